@@ -1,0 +1,24 @@
+// The few number conversions that every room shares.
+//
+// Whole numbers from real ones are truncated toward zero; what does not fit
+// (and not-a-number) becomes -2147483648, as the processor's own conversion
+// gives, on every word size and without undefined behaviour.
+#pragma once
+
+#include <cstdint>
+
+constexpr int32_t unrepresentable = -2147483647 - 1;
+
+// Truncation toward zero; out of range and not-a-number give `unrepresentable`.
+inline int32_t truncate_to_int(long double value)
+{
+    if (value > -2147483649.0L && value < 2147483648.0L)
+        return static_cast<int32_t>(value);
+    return unrepresentable;
+}
+
+// The low eight bits, as a byte store keeps them.
+inline uint8_t low_byte(int32_t value)
+{
+    return static_cast<uint8_t>(static_cast<uint32_t>(value) & 0xFFu);
+}

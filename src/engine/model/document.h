@@ -1,0 +1,139 @@
+// A document: its record tables and timeline, and the reading of both from the
+// element tree, one record at a time.
+//
+// Reading fills records from elements and checks them; it makes no OpenGL
+// object. Whoever drives it (the loading sequence, a tool) takes one record after
+// the other from a document_reader, makes what the record needs, and goes on.
+// Problems are collected as whole lines of text: a fatal one ends the reading, a
+// warning does not. Handles refer to tables of the same document.
+#pragma once
+
+#include "model/record_table.h"
+#include "model/records.h"
+#include "model/timeline.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+struct xml_node;
+
+enum document_section : uint32_t {
+    section_generated_images = 1,
+    section_texture_nodes = 2,
+    section_meshes = 3,
+    section_functions = 4,
+    section_transforms = 5,
+    section_dynamic_textures = 6,
+    section_image_textures = 7,
+    section_cube_maps = 8,
+    section_fonts = 9,
+    section_objects = 10,
+    section_materials = 11,
+    section_effects = 12,
+    section_scenes = 13,
+    section_timeline = 14,
+    section_music = 15
+};
+
+// What a section is called in messages ("image textures"); 1..15, else "unknown".
+const char* section_name(uint32_t section);
+
+// Everything that one document is made of. Null tables are empty.
+struct document {
+    const char* name;                 // "demo.xmlz"; not owned
+    record_table* texture_table;      // texture_node
+    record_table* mesh_table;         // mesh_record
+    record_table* function_table;     // animation_function
+    record_table* transform_table;    // value_record
+    record_table* dynamic_texture_table;
+    record_table* image_texture_table;
+    record_table* cube_map_table;
+    record_table* font_table;
+    record_table* object_table;       // object_reference
+    record_table* material_table;
+    record_table* effect_table;       // mesh_effect
+    record_table* scene_table;
+    timeline* tracks;                 // owned; null: nothing to play
+    generated_image* generated_images; // section 1, kept until section 2 is made; owned
+    uint32_t generated_image_count;
+};
+
+// Empty tables; the timeline is the caller's to give (timeline_new) and becomes
+// the document's. `name` must outlive the document.
+void document_create(document& d, const char* name, timeline* tracks);
+
+// Frees generated images (pixels included) and every node's pixel buffer.
+void document_free_generated_images(document& d);
+
+// Frees all tables, the buffers that their records own, and the timeline; clears
+// the record, so that a second call does nothing. OpenGL objects and the states of
+// mesh effects are released elsewhere, before this.
+void document_free(document& d);
+
+struct document_problem {
+    bool fatal;
+    std::string text; // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
+};
+
+// Where the reading stands. Starts with document_reader_begin.
+struct document_reader {
+    document* target;
+    const xml_node* section_node;   // the section under way, null at the end
+    const xml_node* record_node;    // the record to read next
+    FILE* pack;                     // where entries come from; not owned, may be null
+    uint32_t section;               // number of the section under way, from 1
+    uint32_t record;                // number of the record read last, from 1
+    uint32_t handle;                // its handle (for section 14: its track number + 1), 0: none was made
+    bool section_finished;          // the step ended a section instead of reading a record
+    uint32_t layer_start;           // running position of the track under way, ticks
+    std::vector<document_problem> problems;
+};
+
+enum read_step : uint32_t {
+    read_record,      // `record` of `section` was read into `handle`
+    read_section_end, // all records of `section` were read
+    read_done,        // nothing is left
+    read_failed       // the last problem is fatal
+};
+
+// Prepares to read the document below `root` (the unnamed root of the tree) into
+// `target`, which document_create has prepared.
+void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack);
+
+// Reads the next record, or ends the section under way. A document with fewer than
+// fourteen sections fails at its first step; sections beyond the fifteenth are
+// passed over; section 15 has no records of its own here, but its children are
+// still counted as items and stepped over one by one (handle 0).
+// References to records of sections yet to come are checked at the section's end
+// where they can be resolved; dangling ones become warnings.
+read_step document_read_step(document_reader& reader);
+
+// Items of a document: the children of all children of the document element.
+uint32_t document_item_count(const xml_node* root);
+
+// The music element: the document element's fifteenth child; null: there is none.
+const xml_node* document_music_element(const xml_node* root);
+
+// The handle of mesh_table (kind object_model) or effect_table (object_genmesh)
+// that a scene object means: the id of the object_reference of that number, if it
+// has the object's kind and no material names it as a texture; otherwise the
+// number itself.
+uint32_t resolve_scene_object(const document& d, const scene_object& object);
+
+// Reads a document's entry of the pack into a tree (free it with xml_free).
+// Null when there is no such entry (`problem` stays empty) or when it is damaged
+// or does not inflate (`problem` gets the line "Error: demo.xmlz: ...").
+xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem);
+
+// The mesh of `size` inflated bytes at `data`: fills the arrays to point into it.
+// False when counts and size disagree, the number of coordinate sets is not 1..3,
+// or an index passes the vertices; V = 0 without indices is an empty mesh. An odd
+// last byte and one or two left-over indices are dropped.
+bool mesh_from_bytes(uint8_t* data, uint32_t size, mesh_arrays& arrays);
+
+// A unit's combine mode (0 = unit 1): the number as the document writes it, brought
+// into the unit's own list. Numbers that the list lacks are read in the one long
+// list of eleven names; what is in neither acts as 0.
+uint8_t combine_mode_of_unit(uint32_t unit, int32_t number);

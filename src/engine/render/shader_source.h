@@ -1,0 +1,39 @@
+// Shader texts: writes the program that reproduces a material's fixed-function look.
+//
+// Pure text. Constants are written with six decimals; the n-th dynamic value met
+// becomes the uniform "u" n (1..24): colour r, g, b, a; light 1's values 0..5; light
+// 2's; fog colour, start, end.
+#pragma once
+
+#include "model/record_table.h"
+#include "model/records.h"
+
+#include <cstdint>
+
+// What the generator must know of a unit beyond the material.
+struct shader_unit {
+    bool used;     // its texture exists and no unit before it is empty
+    bool cube_map; // texture reference of kind 3
+};
+
+// The units of a material by its document's tables: resolution stops at the first
+// empty unit.
+void resolve_shader_units(const material_record& material, const record_table* objects,
+    const record_table* texture_table, const record_table* image_texture_table,
+    const record_table* dynamic_texture_table, const record_table* cube_map_table,
+    shader_unit units[texture_unit_count]);
+
+// A new, empty program record (owned by the material; free_shader_program).
+shader_program* new_shader_program();
+
+// Frees the texts and the record. OpenGL names are released before.
+void free_shader_program(shader_program* program);
+
+// Writes both texts and the uniform functions into material.program, which is made
+// when it is null. Materials with a program of their own (enable_glsl not 0 and both texts
+// there) take their texts and user_uniforms instead.
+void generate_shader(material_record& material, const record_table* value_records,
+    const shader_unit units[texture_unit_count]);
+
+// True when the material brings its own program.
+bool has_custom_program(const material_record& material);
