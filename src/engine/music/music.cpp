@@ -1,0 +1,135 @@
+#include "music/music.h"
+
+#include <SDL/SDL.h>
+#define STB_VORBIS_HEADER_ONLY
+#include <stb/stb_vorbis.c>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+constexpr int requested_rate = 44100;            // Hz
+constexpr uint16_t requested_samples = 8192;     // frames a buffer
+constexpr uint32_t bytes_per_frame = 4;          // two channels of 16 bits
+constexpr double ms_per_byte = 0.005668934240362812; // 1000 / 176,400
+constexpr uint32_t start_patience_ms = 10000;
+
+// Written by the audio callback, read by the main thread: one aligned word each.
+struct music_state {
+    FILE* music_file;                         // read by the decoder, which closes it
+    stb_vorbis* decoder;                      // null when the file is no Ogg file
+    int decoder_error;                        // not examined
+    SDL_AudioSpec obtained_spec;              // what the device granted
+    std::atomic<uint32_t> bytes_total;        // requested by the device so far
+    std::atomic<uint32_t> bytes_before_last;  // the same before the latest request
+    std::atomic<uint32_t> last_fill_ticks;    // SDL_GetTicks() of the latest request
+    std::atomic<uint32_t> audio_started;      // 1 from the first request on
+};
+
+static music_state music;
+
+static void audio_callback(void*, Uint8* stream, int len)
+{
+    const uint32_t bytes = len > 0 ? static_cast<uint32_t>(len) : 0;
+    const uint32_t total = music.bytes_total.load(std::memory_order_relaxed);
+    music.bytes_before_last.store(total, std::memory_order_relaxed);
+    music.bytes_total.store(total + bytes, std::memory_order_relaxed);
+    music.last_fill_ticks.store(SDL_GetTicks(), std::memory_order_relaxed);
+
+    uint32_t filled = 0; // bytes
+    if (music.decoder != nullptr) {
+        const int frames = stb_vorbis_get_samples_short_interleaved(
+            music.decoder, 2, reinterpret_cast<short*>(stream), static_cast<int>(bytes / 2));
+        filled = frames > 0 ? static_cast<uint32_t>(frames) * bytes_per_frame : 0;
+    }
+    if (filled < bytes)
+        std::memset(stream + filled, 0, bytes - filled);
+    music.audio_started.store(1, std::memory_order_relaxed);
+}
+
+static FILE* open_music_file(const char* file)
+{
+    FILE* opened = std::fopen(file, "rb");
+    if (opened == nullptr)
+        opened = std::fopen((std::string("music/") + file).c_str(), "rb");
+    return opened;
+}
+
+static void open_decoder()
+{
+    char magic[3] = {};
+    if (std::fread(magic, 1, sizeof magic, music.music_file) != sizeof magic
+        || std::memcmp(magic, "Ogg", sizeof magic) != 0)
+        return;
+    std::rewind(music.music_file);
+    music.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
+}
+
+music_result music_open(const char* file)
+{
+    if (file == nullptr)
+        return music_none;
+    music.music_file = open_music_file(file);
+    if (music.music_file == nullptr) {
+        std::printf("Error: cannot open %s!\n", file);
+        return music_none;
+    }
+    open_decoder();
+
+    SDL_AudioSpec requested = {};
+    requested.freq = requested_rate;
+    requested.format = AUDIO_S16LSB;
+    requested.channels = 2;
+    requested.samples = requested_samples;
+    requested.callback = audio_callback;
+    if (SDL_OpenAudio(&requested, &music.obtained_spec) < 0) {
+        std::fprintf(stderr, "Couldn't open audio: %s\n", SDL_GetError());
+        return music_no_device;
+    }
+    SDL_PauseAudio(0);
+    return music_playing;
+}
+
+void music_clear_counters()
+{
+    music.bytes_total.store(0, std::memory_order_relaxed);
+    music.bytes_before_last.store(0, std::memory_order_relaxed);
+}
+
+uint32_t music_start_clock(int32_t music_enabled, bool& given_up)
+{
+    given_up = false;
+    const uint32_t last_fill = music.last_fill_ticks.load(std::memory_order_relaxed);
+    // The start is taken before the wait: what the device has already asked for counts.
+    const uint32_t start = last_fill > 0.001 ? SDL_GetTicks() - last_fill : 0;
+    if (music_enabled != 1)
+        return start;
+    const uint32_t waiting_since = SDL_GetTicks();
+    while (music.audio_started.load(std::memory_order_relaxed) != 1) {
+        if (SDL_GetTicks() - waiting_since > start_patience_ms) {
+            given_up = true;
+            return 0;
+        }
+        SDL_Delay(10);
+    }
+    std::printf("Audio buffer size:%u\n", static_cast<unsigned>(music.obtained_spec.samples));
+    return start;
+}
+
+uint32_t audio_clock_ms(uint32_t bytes_before_last, uint32_t samples, uint32_t last_fill_ticks, uint32_t now)
+{
+    const uint32_t buffer_bytes = bytes_per_frame * samples;
+    if (!(last_fill_ticks > 0.001) || buffer_bytes > bytes_before_last)
+        return 0;
+    const double heard = static_cast<double>(bytes_before_last - buffer_bytes) * ms_per_byte;
+    const double time = heard - static_cast<double>(last_fill_ticks) + static_cast<double>(now);
+    return time > 0.0 ? static_cast<uint32_t>(time) : 0; // a request between the two readings may lie ahead
+}
+
+uint32_t music_clock_update()
+{
+    const uint32_t now = SDL_GetTicks();
+    return audio_clock_ms(music.bytes_before_last.load(std::memory_order_relaxed), music.obtained_spec.samples,
+        music.last_fill_ticks.load(std::memory_order_relaxed), now);
+}

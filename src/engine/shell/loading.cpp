@@ -1,0 +1,133 @@
+#include "shell/loading.h"
+
+#include "effects/dynamic_texture_gl.h"
+#include "effects/mesh_effect.h"
+#include "render/scene_gl.h"
+#include "render/shader_program_gl.h"
+#include "render/shader_source.h"
+#include "texgen/generators.h"
+#include "texgen/texture_graph.h"
+#include "texgen/texture_upload_gl.h"
+
+#include <cstdlib>
+
+void document_loader_begin(document_loader& loader, document& target, const xml_node* root, FILE* pack,
+    const loading_options& options)
+{
+    loader = {};
+    loader.options = options;
+    document_reader_begin(loader.reader, target, root, pack);
+}
+
+static void make_generated_image(document& d)
+{
+    if (d.generated_image_count == 0)
+        return;
+    generated_image& image = d.generated_images[d.generated_image_count - 1];
+    image.pixels = static_cast<uint8_t*>(std::calloc(generated_size * generated_size, 3));
+    if (image.pixels != nullptr)
+        generate_image(image, generated_size);
+}
+
+// All nodes are there: computes the graph, hands over the outputs, drops the pixels.
+static void make_texture_graph(document& d, const texture_format_table& formats)
+{
+    generate_textures(d.texture_table, {d.generated_images, d.generated_image_count}, generated_size);
+    upload_generated_textures_gl(d.texture_table, formats);
+    document_free_generated_images(d);
+}
+
+static void make_program(document& d, material_record& material)
+{
+    shader_unit units[texture_unit_count];
+    resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
+        d.cube_map_table, units);
+    generate_shader(material, d.transform_table, units);
+    build_shader(material, units);
+}
+
+static void make_record(document& d, uint32_t section, uint32_t handle, const loading_options& options)
+{
+    switch (static_cast<document_section>(section)) {
+    case section_generated_images:
+        make_generated_image(d);
+        break;
+    case section_texture_nodes:
+        if (texture_node* node = table_record<texture_node>(d.texture_table, handle); node && node->type == node_output)
+            create_output_texture_gl(*node, options.formats);
+        break;
+    case section_meshes:
+        if (mesh_record* mesh = table_record<mesh_record>(d.mesh_table, handle); mesh && options.caps.vbo == 1)
+            create_mesh_buffers_gl(mesh->arrays);
+        break;
+    case section_dynamic_textures:
+        if (dynamic_texture* texture = table_record<dynamic_texture>(d.dynamic_texture_table, handle))
+            create_dynamic_texture_gl(
+                *texture, d.function_table, options.formats, options.first_images, options.caps.pbo == 1);
+        break;
+    case section_image_textures:
+        if (image_texture* image = table_record<image_texture>(d.image_texture_table, handle))
+            upload_image_texture_gl(*image, options.formats);
+        break;
+    case section_cube_maps:
+        if (cube_map* cube = table_record<cube_map>(d.cube_map_table, handle))
+            upload_cube_map_gl(*cube, options.formats);
+        break;
+    case section_materials:
+        if (material_record* material = table_record<material_record>(d.material_table, handle);
+            material && options.glsl)
+            make_program(d, *material);
+        break;
+    case section_effects:
+        if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
+            init_mesh_effect(*effect);
+        break;
+    case section_functions:
+    case section_transforms:
+    case section_fonts:
+    case section_objects:
+    case section_scenes:
+    case section_timeline:
+    case section_music:
+        break;
+    }
+}
+
+static void print_new_warnings(document_loader& loader)
+{
+    const auto& problems = loader.reader.problems;
+    for (; loader.warnings_printed < problems.size(); ++loader.warnings_printed) {
+        const document_problem& problem = problems[loader.warnings_printed];
+        if (problem.fatal)
+            loader.error = problem.text;
+        else
+            std::fprintf(stderr, "%s\n", problem.text.c_str());
+    }
+}
+
+read_step document_loader_step(document_loader& loader)
+{
+    document_reader& reader = loader.reader;
+    const read_step step = document_read_step(reader);
+    print_new_warnings(loader);
+    if (step == read_record)
+        make_record(*reader.target, reader.section, reader.handle, loader.options);
+    if (step == read_section_end && reader.section == section_texture_nodes)
+        make_texture_graph(*reader.target, loader.options.formats);
+    return step;
+}
+
+bool document_loader_run(document_loader& loader)
+{
+    for (;;) {
+        switch (document_loader_step(loader)) {
+        case read_record:
+        case read_section_end:
+            break;
+        case read_done:
+            return true;
+        case read_failed:
+            return false;
+        }
+    }
+}

@@ -1,0 +1,41 @@
+// Loading: makes what the records of a document need while they are read.
+//
+// One step reads one record and makes its pictures, OpenGL objects and programs;
+// between steps the caller may draw whatever it likes. Needs a current context, and
+// the cosine and maze tables. Lines: every warning goes to standard error as it
+// comes; a fatal problem is left in the loader for the caller to print.
+#pragma once
+
+#include "model/capabilities.h"
+#include "model/document.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+struct xml_node;
+
+// What a document is made for.
+struct loading_options {
+    gl_caps caps;
+    texture_format_table formats;
+    bool glsl;         // materials get programs
+    bool first_images; // dynamic textures get their picture of time 0 (the production)
+};
+
+struct document_loader {
+    document_reader reader;
+    loading_options options;
+    size_t warnings_printed;
+    std::string error; // the fatal line; empty while all is well
+};
+
+// Prepares to load the document of a tree into `target` (document_create).
+void document_loader_begin(document_loader& loader, document& target, const xml_node* root, FILE* pack,
+    const loading_options& options);
+
+// Reads and makes one record, or finishes a section.
+read_step document_loader_step(document_loader& loader);
+
+// Loads the rest of a document. False: loader.error holds the line.
+bool document_loader_run(document_loader& loader);

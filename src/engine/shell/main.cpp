@@ -1,0 +1,6 @@
+#include "shell/player.h"
+
+int main(int argc, char** argv)
+{
+    return run_player(argc, argv);
+}
