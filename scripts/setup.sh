@@ -1,0 +1,88 @@
+# Shared by ./play and ./check: packages, builds, a word a step.
+#
+# Sourced with bash from the repository's root. Everything comes from Debian's own
+# packages; what is installed already is left alone.
+
+export DEBIAN_FRONTEND=noninteractive
+
+build_packages="cmake ninja-build g++ libsdl1.2-dev libgl-dev libglew-dev libstb-dev python3"
+x86_packages="g++-multilib libsdl1.2debian:i386 libglew2.2:i386 libgl1:i386 libgl1-mesa-dri:i386"
+display_packages="xvfb xdotool imagemagick libgl1-mesa-dri"
+test_packages="doctest-dev x11-utils vorbis-tools sox"
+
+say() { printf '== %s\n' "$*"; }
+fail() { printf 'Sorry: %s\n' "$*" >&2; exit 1; }
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; elif command -v sudo >/dev/null; then sudo -E "$@"; else return 1; fi
+}
+
+# The packages of the list that are not installed.
+missing_packages() {
+    local package name
+    for package in "$@"; do
+        name=${package%%:*}
+        case $package in
+        *:*) dpkg-query -W -f='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || echo "$package" ;;
+        *) dpkg-query -W -f='${db:Status-Status}\n' "$name" 2>/dev/null | grep -qx installed || echo "$package" ;;
+        esac
+    done
+}
+
+update_once() {
+    [ -z "${updated:-}" ] || return 0
+    updated=1
+    # An archive that is out of step must not stop the others: installing tells.
+    as_root apt-get -q update >build/apt.log 2>&1 || true
+}
+
+try_install() {
+    as_root apt-get -q -y --no-install-recommends "$@" >>build/apt.log 2>&1
+}
+
+# Both architectures must get the same versions of what they share. Where the
+# security archive offers one of them only, a second try leaves it out.
+install_without_security() {
+    local preferences
+    preferences=$(mktemp)
+    printf 'Package: *\nPin: release l=Debian-Security\nPin-Priority: -1\n' >"$preferences"
+    chmod 644 "$preferences"
+    try_install -o "Dir::Etc::Preferences=$preferences" --allow-downgrades install "$@"
+    local status=$?
+    rm -f "$preferences"
+    return $status
+}
+
+# Installs what is missing of the list; fails when something cannot be had.
+need() {
+    local missing
+    missing=$(missing_packages "$@")
+    [ -n "$missing" ] || return 0
+    command -v apt-get >/dev/null || return 1
+    say "installing" $missing
+    mkdir -p build
+    case $missing in
+    *:i386*)
+        if ! dpkg --print-foreign-architectures | grep -qx i386; then
+            as_root dpkg --add-architecture i386 || return 1
+            updated=
+        fi
+        ;;
+    esac
+    update_once
+    # shellcheck disable=SC2086
+    try_install install $missing || install_without_security $missing
+}
+
+# Configures a preset once and brings its targets up to date.
+build_preset() {
+    local preset=$1
+    shift
+    mkdir -p build
+    if [ ! -e "build/$preset/build.ninja" ]; then
+        say "configuring the $preset build"
+        cmake --preset "$preset" >"build/$preset.log" 2>&1 || { cat "build/$preset.log"; return 1; }
+    fi
+    say "building ($preset)"
+    ninja -C "build/$preset" "$@" >"build/$preset.log" 2>&1 || { tail -n 60 "build/$preset.log"; return 1; }
+}
