@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""Holds the walls of the house: who may include whom, and that every header stands alone.
+
+    test_walls.py ROOT COMPILER [FLAG ...]
+"""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']
+GROUND = {'render/matrix.h'}            # plain numbers, part of the ground floor
+DEVICE = re.compile(r'(?:GL/|GLES|EGL/|SDL|glew)', re.I)
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.M)
+MAY_CALL_DEVICES = {'music', 'shell'}
+
+
+def sources(engine):
+    for room in sorted(os.listdir(engine)):
+        folder = os.path.join(engine, room)
+        for name in sorted(os.listdir(folder)):
+            if name.endswith(('.h', '.cpp')):
+                with open(os.path.join(folder, name), encoding='utf-8') as f:
+                    yield room, name, f.read()
+
+
+def check_includes(engine):
+    wrong = []
+    for room, name, text in sources(engine):
+        if room not in ROOMS:
+            wrong.append('%s/%s: "%s" is no room of the house' % (room, name, room))
+            continue
+        for included in INCLUDE.findall(text):
+            if DEVICE.search(included):
+                allowed = name.endswith('.cpp') and (name.endswith('_gl.cpp') or room in MAY_CALL_DEVICES)
+                if not allowed:
+                    wrong.append('%s/%s: includes the device header %s' % (room, name, included))
+            other = included.split('/')[0]
+            if other in ROOMS and ROOMS.index(other) > ROOMS.index(room) and included not in GROUND:
+                wrong.append('%s/%s: includes %s, which lies above it' % (room, name, included))
+            if other == 'render' and included in GROUND and room in ('content', 'anim', 'model', 'music'):
+                wrong.append('%s/%s: has no use for %s' % (room, name, included))
+    return wrong
+
+
+def check_headers(engine, compiler, flags):
+    """All headers in one compiler run each: a header that leans on another one's includes fails."""
+    wrong = []
+    with tempfile.TemporaryDirectory() as scratch:
+        for room, name, _ in sources(engine):
+            if not name.endswith('.h'):
+                continue
+            unit = os.path.join(scratch, 'alone.cpp')
+            with open(unit, 'w', encoding='utf-8') as f:
+                f.write('#include "%s/%s"\n#include "%s/%s"\n' % (room, name, room, name))
+            p = subprocess.run([compiler, '-std=c++20', '-fsyntax-only', '-Wall', '-Wextra', '-Werror', '-I', engine]
+                               + flags + [unit], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            if p.returncode:
+                wrong.append('%s/%s does not compile alone:\n%s' % (room, name, p.stdout.decode()))
+    return wrong
+
+
+def check_the_checker():
+    """The rules must catch what they are for."""
+    assert DEVICE.search('SDL/SDL.h') and DEVICE.search('GL/glew.h') and not DEVICE.search('render/matrix.h')
+    assert INCLUDE.findall('#include <GL/glew.h>\n  #  include "shell/log.h"') == ['GL/glew.h', 'shell/log.h']
+
+
+def main():
+    root, compiler, flags = sys.argv[1], sys.argv[2], sys.argv[3:]
+    engine = os.path.join(root, 'src', 'engine')
+    check_the_checker()
+    wrong = check_includes(engine) + check_headers(engine, compiler, flags)
+    for line in wrong:
+        print(line)
+    print('%d files checked, %d broken walls' % (len(list(sources(engine))), len(wrong)))
+    return 1 if wrong else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
