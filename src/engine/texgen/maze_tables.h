@@ -10,9 +10,11 @@
 
 constexpr uint32_t maze_level_count = 7;
 
+// A second call does nothing new.
 void build_maze_tables();
 
-// Table 0..3 of level 1..7, (2^level)^2 bytes.
+// Table 0..3 of level 1..7, (2^level)^2 bytes; empty for any other.
 std::span<const uint8_t> maze_table(uint32_t level, uint32_t table);
 
+// What a truncated weight 0..255 becomes; 255 becomes 253.
 extern const uint8_t maze_curve[256];
