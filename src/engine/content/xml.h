@@ -1,0 +1,83 @@
+// Element trees: a small permissive XML reader, queries, edits, and a writer.
+//
+// The reader knows no entities, no namespaces, no validation and no errors: every
+// text gives some tree. A node owns its strings, its attributes and everything
+// below it; free a tree by its top node with xml_free. Trees may be as deep as
+// memory allows: nothing here recurses.
+#pragma once
+
+#include <cstdint>
+
+struct xml_attribute {
+    char* name;  // owned
+    char* value; // owned; null: the text ended the tag before the value did
+};
+
+struct xml_node {
+    char* name;                // owned; null for the root, and for a tag that the text breaks off before its name
+    xml_attribute* attributes; // owned, in document order, duplicates kept; append through xml_set_attribute only
+    int32_t attribute_count;
+    char* text;             // owned; null: none. Only elements without child elements have text
+    xml_node* next_sibling; // owned by the parent; null: the last
+    xml_node* first_child;  // owned; null: none
+    xml_node* parent;       // null for the root and for detached nodes
+};
+
+// Elements and attributes that one text may hold; behind them it counts as ended.
+// Bounds what a small but hostile entry can make the reader allocate.
+constexpr uint32_t xml_max_items = 1u << 23;
+
+// The unnamed root of a new tree; its first_child is the document element. Linear
+// in the length of `text`, which is not kept. Null only when there is no memory
+// for the root; where memory runs out later the text counts as ended there.
+//
+// What the reader does, where one might not expect it (each is part of the format
+// and pinned by a test in tests/content/test_xml.cpp):
+// - a closing tag closes the current element, whatever its name says; at the root
+//   it changes nothing, and an element opened there becomes the root's last child;
+// - text is kept only for elements without child elements, verbatim; empty text is
+//   null; a comment inside it stays part of it, an instruction ("<?...?>") cuts
+//   off what stood before; "<!" that opens no comment is text;
+// - "/>" ends the element wherever it stands: in quoted values, text and comments;
+// - ">" ends the tag even inside a quoted value, whose attribute stays without one;
+// - an attribute's name is everything before its "=", blanks included; only double
+//   quotes delimit values.
+xml_node* xml_parse(const char* text);
+
+// Parses a whole file. Null when it cannot be read or is larger than 256 MiB.
+xml_node* xml_load_file(const char* path);
+
+// The value of the first attribute of that name (case-sensitive); null when there
+// is none, it has no value, or `node` is null. Valid until the attribute is set.
+const char* xml_get_attribute(const xml_node* node, const char* name);
+
+// Replaces the value of the first attribute of that name, or appends a new one.
+// `value` is copied and may be null (no value). The stored copy, or null.
+char* xml_set_attribute(xml_node* node, const char* name, const char* value);
+char* xml_set_attribute_u32(xml_node* node, const char* name, uint32_t value); // "%u"
+char* xml_set_attribute_i32(xml_node* node, const char* name, int32_t value);  // "%d"
+char* xml_set_attribute_f32(xml_node* node, const char* name, float value);    // "%f", cut at 31 bytes
+
+// A detached node; `name` is copied and may be null.
+xml_node* xml_new_node(const char* name);
+
+// A new node behind the parent's last child; walks over the children.
+xml_node* xml_add_child(xml_node* parent, const char* name);
+
+// Replaces the text by a copy; null removes it.
+void xml_set_text(xml_node* node, const char* text);
+void xml_set_text_u32(xml_node* node, uint32_t value);      // "%u"
+void xml_set_text_f32(xml_node* node, float value);         // "%f", cut at 31 bytes
+void xml_set_text_f32_precise(xml_node* node, float value); // "%.12f", cut at 31 bytes
+
+// Frees the node, its strings and attributes, and every descendant; its siblings
+// and the link that leads to it stay. Null does nothing.
+void xml_free(xml_node* node);
+
+// The text of the node and its subtree in a new zero-terminated block (free() it),
+// two blanks per level, nothing escaped. An element with text is written without
+// its children. Every piece goes through buffer_printf and is cut at 4095 bytes,
+// an element's text together with its closing tag being one piece. A nameless
+// node is written as "<", and ends with "/>" or "</>". Null when the text would
+// pass text_buffer_max_capacity or memory runs out.
+char* xml_write(const xml_node* node);
