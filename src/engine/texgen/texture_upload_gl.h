@@ -1,7 +1,9 @@
 // Upload of pictures to OpenGL: generated textures, image textures, cube maps.
 //
 // Called on the render thread with a current context. Pixels stay the caller's
-// unless it says otherwise.
+// unless it says otherwise. Each function leaves the texture it worked on bound and
+// GL_UNPACK_ALIGNMENT at 4. Nothing is reported: what OpenGL refuses (a picture
+// beyond the driver's greatest size) stays empty, and the show goes on.
 #pragma once
 
 #include "model/capabilities.h"
@@ -11,8 +13,10 @@
 #include <cstdint>
 
 // Uploads levels 1, 2, .. of the bound GL_TEXTURE_2D, whose level 0 is there.
-void build_mipmaps(uint32_t width, uint32_t height, const uint8_t* pixels, uint32_t components,
-    uint32_t internal_format);
+// `pixels` is level 0, rows without gaps. `components` is 3 or 4; any other number,
+// also the compressed formats 34029 and 34030, uploads nothing.
+void build_mipmaps(
+    uint32_t width, uint32_t height, const uint8_t* pixels, uint32_t components, uint32_t internal_format);
 
 // The same with ready-made levels 1 and 2 (null: computed).
 void build_mipmaps_with_levels(uint32_t width, uint32_t height, const uint8_t* pixels, uint32_t components,
@@ -21,13 +25,18 @@ void build_mipmaps_with_levels(uint32_t width, uint32_t height, const uint8_t* p
 // Makes the empty 256 x 256 texture object of an output node, with its filters.
 void create_output_texture_gl(texture_node& node, const texture_format_table& formats);
 
-// Uploads every computed output node of the table; mipmaps for filter 2 only.
+// Uploads every output node of the table that has a texture object: its pixels, or
+// black where it was never computed. Mipmaps are built for filter 2 only: greater
+// numbers have the mipmapped filter too, and no levels, on purpose.
 void upload_generated_textures_gl(record_table* texture_table, const texture_format_table& formats);
 
-// Makes a picture's texture and frees its decoded pixels.
+// Makes a picture's texture and frees its decoded pixels and ready-made levels.
 void upload_image_texture_gl(image_texture& image, const texture_format_table& formats);
+
+// Makes a cube map's texture and frees its faces. Filters as of a picture, levels
+// built face by face; how coordinates wrap is left to the material.
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats);
 
-// Replaces a render target's texture by an empty RGB one of the given size,
-// both filters linear.
+// Replaces a render target's texture by an empty (black) RGB one of the given size,
+// both filters linear. Its internal format is literally 3, the old way to say RGB.
 void recreate_target_gl(image_texture& image, uint32_t width, uint32_t height);
