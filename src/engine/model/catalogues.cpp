@@ -1,0 +1,130 @@
+#include "model/catalogues.h"
+
+#include <iterator>
+
+static_assert(sizeof(effect_type_entry) == 32 + 1 + 16 * 32);
+static_assert(sizeof(effect_2d_entry) == 32 + 1 + 32 * 32);
+static_assert(sizeof(manipulator_entry) == 32 + 1 + 1 + 32 * 32);
+static_assert(sizeof(render_mode_entry) == 52 + 1 + 4 * 32);
+static_assert(sizeof(texture_operation_entry) == 32 + 1 + 1 + 8 * 32);
+static_assert(sizeof(texture_generator_entry) == 32 + 4 + 4 + 8 * 32);
+static_assert(sizeof(function_type_entry) == 32 + 48 + 1 + 24 * 32);
+static_assert(sizeof(name_entry) == 32);
+static_assert(sizeof(glyph_name_entry) == 17);
+
+// The spellings "Amoba", "Substract alpha" and "Sinus" are the system's own.
+
+const effect_type_entry effect_types[5] = {
+    {"Lake water", 1, {"Time"}},
+    {"Centerwave water", 1, {"Time"}},
+    {"Swirl", 2, {"X", "Y"}},
+    {"Particles", 1, {"Time"}},
+    {"Lake water 2", 1, {"Time"}},
+};
+
+const effect_2d_entry effects_2d[5] = {
+    {"Test 2d effect", 2, {"Test parameter1", "Test parameter2"}},
+    {"Effect 1", 1, {"Step"}},
+    {"Amoba", 1, {"Update"}},
+    {"Rotate", 1, {"Step"}},
+    {"Normalmap", 1, {"Time"}},
+};
+
+const manipulator_entry manipulators[4] = {
+    {"XYZ Multiplier", 0, 12,
+        {"X number", "Y number", "Z number", "Position X step", "Position Y step", "Position Z step", "Rotate X step",
+            "Rotate Y step", "Rotate Z step", "Scale X step", "Scale Y step", "Scale Z step"}},
+    {"X Multiplier", 0, 10,
+        {"X number", "Position X step", "Position Y step", "Position Z step", "Rotate X step", "Rotate Y step",
+            "Rotate Z step", "Scale X step", "Scale Y step", "Scale Z step"}},
+    {"Rippler", 0, 3, {"Time", "Amplitude", "Wavelength"}},
+    {"Model placer", 1, 9,
+        {"Position X", "Position Y", "Position Z", "Rotate X", "Rotate Y", "Rotate Z", "Scale X", "Scale Y",
+            "Scale Z"}},
+};
+
+const render_mode_entry render_modes[9] = {
+    {"Simple render", 0, {}},
+    {"Render to texture", 1, {"Texture"}},
+    {"Link with previous", 0, {}},
+    {"Clear Z-buffer and render", 0, {}},
+    {"Render to texture, force 16:9", 1, {"Texture"}},
+    {"Render to quarter screen texture", 1, {"Texture"}},
+    {"Render to quarter screen texture and don't clean", 1, {"Texture"}},
+    {"Render to quarter screen texture, force 4:3", 1, {"Texture"}},
+    {"Clear Z-buffer and link with previous", 0, {}},
+};
+
+const name_entry object_kinds[3] = {{"Model"}, {"Genmesh"}, {"Text"}};
+
+const texture_operation_entry image_operations[4] = {
+    {"Add", 1, 2, {"1. scale", "2. scale"}},
+    {"Multiply", 1, 1, {"Scale"}},
+    {"Maximum", 1, 2, {"1. scale", "2. scale"}},
+    {"Minimum", 1, 2, {"1. scale", "2. scale"}},
+};
+
+const texture_operation_entry node_operations[10] = {
+    {"Invert", 1, 0, {}},
+    {"Multiply", 1, 1, {"Scale"}},
+    {"Offset", 1, 2, {"X offset", "Y offset"}},
+    {"Ripple", 1, 4, {"X amplitude", "Y amplitude", "X wavelength", "Y wavelength"}},
+    {"Blur", 1, 0, {}},
+    {"Emboss", 1, 1, {"Direction (1-4)"}},
+    {"Add 2", 2, 2, {"1. scale", "2. scale"}},
+    {"Mul 2", 2, 1, {"Scale"}},
+    {"Max 2", 2, 2, {"1. scale", "2. scale"}},
+    {"Min 2", 2, 2, {"1. scale", "2. scale"}},
+};
+
+const texture_generator_entry texture_generators[6] = {
+    {"Color", 1, 0, {"Color"}},
+    {"Sinus plasma", 1, 2, {"Plasma color", "Repeat x", "Repeat y"}},
+    {"Radial colors", 2, 2, {"Center color", "Margin color", "Inverse radian", "Color offset (0-127)"}},
+    {"Maze", 1, 3, {"Color", "Maze size (1 - 7 integer)", "Maze field (integer)", "Maze fullness (0 - 1 float)"}},
+    {"Bricks", 2, 5,
+        {"Brick color", "Wall color", "Horizontal number", "Vertical number", "Horizontal margin", "Vertical margin",
+            "Second line offset"}},
+    {"Noise", 1, 1, {"Color", "Random seed"}},
+};
+
+const function_type_entry function_types[6] = {
+    {"Constant", "f(x) = a", 1, {"a"}},
+    {"Linear", "f(x) = a * x + b", 2, {"a", "b"}},
+    {"Quadratic", "f(x) = a * (x - b)^2 + c", 3, {"a", "b", "c"}},
+    {"Sinus", "f(x) = a * sin(x * b - c) + d", 4, {"a", "b", "c", "d"}},
+    {"Catmull-Rom Spline", "Catmull-Rom Spline", 24,
+        {"x1", "y1", "x2", "y2", "x3", "y3", "x4", "y4", "x5", "y5", "x6", "y6", "x7", "y7", "x8", "y8", "x9", "y9",
+            "x10", "y10", "x11", "y11", "x12", "y12"}},
+    {"Sinus * x", "f(x) = (a * x + e) * sin(x * b - c) + d", 5, {"a", "b", "c", "d", "e"}},
+};
+
+const name_entry loop_modes[3] = {{"Off"}, {"Loop"}, {"Ping-pong"}};
+const name_entry quality_hints[3] = {{"Off"}, {"Fastest"}, {"Nicest"}};
+const name_entry coordinate_generations[3] = {{"Off"}, {"Spheremap"}, {"Cubemap"}};
+const name_entry wrap_modes[2] = {{"Repeat"}, {"Edge clamp"}};
+
+const name_entry combine_functions[11] = {
+    {"Multiply color and add previous"},
+    {"Add previous"},
+    {"Multiply previous"},
+    {"DOT3 previous"},
+    {"Interpolate with primary color"},
+    {"Interpolate with primary alpha"},
+    {"Add previous without alpha"},
+    {"Multiply color"},
+    {"Ignore alpha, multiply color"},
+    {"Replace"},
+    {"Add color"},
+};
+
+const name_entry blend_functions[5] = {{"Alpha"}, {"Add"}, {"Replace"}, {"Add alpha"}, {"Substract alpha"}};
+const name_entry parameter_kinds[2] = {{"Float"}, {"Integer"}};
+
+const glyph_name_entry glyph_names[15] = {{"QUESTION_MARK"}, {"EXCLAMATION_MARK"}, {"0"}, {"1"}, {"2"}, {"3"}, {"4"},
+    {"5"}, {"6"}, {"7"}, {"8"}, {"9"}, {"AND"}, {"SLASH"}, {"SPACE"}};
+
+uint8_t effect2d_param_count(uint32_t type)
+{
+    return type < std::size(effects_2d) ? effects_2d[type].param_count : 0;
+}
