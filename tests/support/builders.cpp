@@ -1,0 +1,122 @@
+#include "builders.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+animation_function empty_function()
+{
+    animation_function function = {};
+    function.cached_time = no_cached_time;
+    return function;
+}
+
+void add_segment(animation_function& function, int32_t type, uint32_t length, std::initializer_list<float> params)
+{
+    const uint32_t i = function.segment_count;
+    if (i >= max_segments)
+        return;
+    function.segment_count = static_cast<uint8_t>(i + 1);
+    function.segment_type[i] = type;
+    function.segment_length[i] = length;
+    std::copy_n(params.begin(), std::min<size_t>(params.size(), max_segment_params), function.segment_params[i]);
+}
+
+animation_function one_segment(int32_t type, uint32_t length, std::initializer_list<float> params)
+{
+    animation_function function = empty_function();
+    add_segment(function, type, length, params);
+    return function;
+}
+
+animation_function constant_function(float value)
+{
+    return one_segment(segment_constant, 100, {value});
+}
+
+animation_function linear_function(float slope, float value_at_0, uint32_t length)
+{
+    return one_segment(segment_linear, length, {slope, value_at_0});
+}
+
+test_document::test_document()
+    : d {}
+    , running_end {}
+{
+    d.name = "test.xmlz";
+    d.texture_table = record_table_new(sizeof(texture_node));
+    d.mesh_table = record_table_new(sizeof(mesh_record));
+    d.function_table = record_table_new(sizeof(animation_function));
+    d.transform_table = record_table_new(sizeof(value_record));
+    d.dynamic_texture_table = record_table_new(sizeof(dynamic_texture));
+    d.image_texture_table = record_table_new(sizeof(image_texture));
+    d.cube_map_table = record_table_new(sizeof(cube_map));
+    d.font_table = record_table_new(sizeof(font_record));
+    d.object_table = record_table_new(sizeof(object_reference));
+    d.material_table = record_table_new(sizeof(material_record));
+    d.effect_table = record_table_new(sizeof(mesh_effect));
+    d.scene_table = record_table_new(sizeof(scene_record));
+    d.tracks = timeline_new();
+}
+
+test_document::~test_document()
+{
+    for (uint32_t p = 1; p <= d.scene_table->count; ++p)
+        std::free(static_cast<scene_record*>(record_table_at(d.scene_table, p))->objects);
+    for (uint32_t p = 1; p <= d.mesh_table->count; ++p)
+        std::free(static_cast<mesh_record*>(record_table_at(d.mesh_table, p))->data);
+    for (record_table* table : {d.texture_table, d.mesh_table, d.function_table, d.transform_table,
+             d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
+             d.material_table, d.effect_table, d.scene_table})
+        record_table_free(table);
+    timeline_free(d.tracks);
+}
+
+uint32_t add_function(test_document& t, const animation_function& function)
+{
+    return add_record(t.d.function_table, function);
+}
+
+uint32_t add_color(test_document& t, float red, float green, float blue)
+{
+    value_record color = {};
+    color.values[3] = red;
+    color.values[4] = green;
+    color.values[5] = blue;
+    return add_record(t.d.transform_table, color);
+}
+
+uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height)
+{
+    image_texture texture = {};
+    texture.width = width;
+    texture.height = height;
+    texture.components = 3;
+    return add_record(t.d.image_texture_table, texture);
+}
+
+uint32_t add_scene(test_document& t)
+{
+    return add_record(t.d.scene_table, scene_record {});
+}
+
+layer_record make_layer(uint32_t type, uint32_t length, uint32_t model_id)
+{
+    layer_record layer = {};
+    layer.type = type;
+    layer.length = length;
+    layer.model_id = model_id;
+    layer.camera[camera_fov] = 60.0f;
+    layer.camera[camera_far] = 100.0f;
+    return layer;
+}
+
+uint32_t add_layer(test_document& t, uint32_t track, const layer_record& layer)
+{
+    timeline& tracks = *t.d.tracks;
+    const uint32_t number = tracks.layer_count[track]++;
+    tracks.layers[track][number] = layer;
+    const uint32_t start = t.running_end[track];
+    t.running_end[track] = start + layer.space_before + layer.length;
+    register_layer(start, t.running_end[track], number, track, tracks);
+    return number;
+}
