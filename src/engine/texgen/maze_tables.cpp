@@ -78,6 +78,6 @@ std::span<const uint8_t> maze_table(uint32_t level, uint32_t table)
 {
     if (level < 1 || level > maze_level_count || table >= tables_per_level)
         return {};
-    const size_t bytes = size_t { 1 } << (2 * level);
-    return { table_bytes + level_begin(level) + table * bytes, bytes };
+    const size_t bytes = size_t{1} << (2 * level);
+    return {table_bytes + level_begin(level) + table * bytes, bytes};
 }

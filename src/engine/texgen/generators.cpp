@@ -1,0 +1,324 @@
+#include "texgen/generators.h"
+
+#include "content/numbers.h"
+#include "texgen/maze_tables.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+constexpr double pi = 3.14159265358979323846;
+constexpr int32_t max_brick_count = 65536; // along one side; bounds the work of a document's whim
+
+// ---- colours and bytes ----------------------------------------------------------
+
+struct color_bytes {
+    uint8_t channel[3];
+};
+
+static uint8_t byte_of(double value)
+{
+    return low_byte(truncate_to_int(value));
+}
+
+// Three values of the parameters, each nominally 0..1, times a weight.
+static color_bytes weighted_color(const float* color, double weight)
+{
+    return {byte_of(color[0] * weight), byte_of(color[1] * weight), byte_of(color[2] * weight)};
+}
+
+static uint8_t* put_pixel(uint8_t* pixel, const color_bytes& color)
+{
+    std::memcpy(pixel, color.channel, sizeof color.channel);
+    return pixel + sizeof color.channel;
+}
+
+// Clamped to 0..1; what is not a number is 0.
+static double clamp_to_unit(double value)
+{
+    if (!(value > 0.0))
+        return 0.0;
+    return std::min(value, 1.0);
+}
+
+// A sine that is rounded once, from extended precision: the C library's own double
+// sine differs in its last bit from one processor and word size to the next, and
+// where two sines cancel that bit decides between 126 and 127.
+static double sine(double angle)
+{
+    return static_cast<double>(std::sin(static_cast<long double>(angle)));
+}
+
+// ---- random numbers ---------------------------------------------------------------
+
+// A linear congruential generator. Every picture seeds its own, so that it depends
+// on its parameters only.
+struct random_state {
+    uint32_t state;
+};
+
+// The low 32 bits of the number as a 64-bit integer; 0 for what does not fit one.
+static random_state seeded_from(float value)
+{
+    constexpr float limit = 9223372036854775808.0f;
+    if (!(value >= -limit && value < limit))
+        return {0};
+    return {static_cast<uint32_t>(static_cast<uint64_t>(static_cast<int64_t>(value)))};
+}
+
+// 0 (inclusive) to 1 (exclusive) in steps of 1/32768.
+static double draw(random_state& random)
+{
+    random.state = random.state * 1103515245u + 12345u;
+    return static_cast<double>((random.state >> 16) & 0x7FFF) / 32768.0;
+}
+
+// ---- the kinds --------------------------------------------------------------------
+
+static void generate_color(const float* values, uint8_t* pixels, uint32_t size)
+{
+    const color_bytes color = weighted_color(values, 255.0);
+    for (size_t n = 0; n < size_t{size} * size; ++n)
+        pixels = put_pixel(pixels, color);
+}
+
+static void generate_sinus_plasma(const float* values, uint8_t* pixels, uint32_t size)
+{
+    const std::unique_ptr<double[]> across(new (std::nothrow) double[size]);
+    if (across == nullptr)
+        return;
+    const double step = 2.0 * pi / size;
+    for (uint32_t x = 0; x < size; ++x)
+        across[x] = sine(x * step * values[3]);
+    for (uint32_t y = 0; y < size; ++y) {
+        const double down = sine(y * step * values[4]);
+        for (uint32_t x = 0; x < size; ++x) {
+            const int32_t v = truncate_to_int(127.0 + 63.5 * (across[x] + down));
+            pixels = put_pixel(pixels, weighted_color(values, v)); // v carries the 255
+        }
+    }
+}
+
+// How far a pixel is on the way from the centre's colour to the margin's, 0..255.
+static double margin_weight(double distance, double inverse_radian, int32_t offset, int32_t center)
+{
+    const double beyond = inverse_radian * distance - offset;
+    const double t = center * ((beyond > 0.0 ? beyond : 0.0) / (center - offset));
+    return t <= 127.0 ? 2.0 * t : 255.0;
+}
+
+static void generate_radial_colors(const float* values, uint8_t* pixels, uint32_t size)
+{
+    const float* center_color = values;
+    const float* margin_color = values + 3;
+    const auto center = static_cast<int32_t>(size / 2);
+    const int32_t offset = std::clamp(truncate_to_int(values[7]), 0, 127);
+    for (uint32_t y = 0; y < size; ++y)
+        for (uint32_t x = 0; x < size; ++x) {
+            const double dx = static_cast<double>(center) - x;
+            const double dy = static_cast<double>(center) - y;
+            const double a = margin_weight(std::sqrt(dx * dx + dy * dy), values[6], offset, center);
+            const double b = 255.0 - a;
+            for (uint32_t c = 0; c < 3; ++c)
+                *pixels++ = byte_of(a * margin_color[c] + b * center_color[c]);
+        }
+}
+
+// ---- maze -------------------------------------------------------------------------
+
+// A grid of corner bits, (cells + 1) x (cells + 1), row after row.
+struct maze_grid {
+    uint32_t cells;
+    std::unique_ptr<uint8_t[]> bits; // null: no memory
+};
+
+// Every corner takes a draw, also those of the last row and column, which then
+// repeat the first so that the picture tiles.
+static maze_grid random_maze_grid(uint32_t cells, float field, float fullness)
+{
+    const size_t side = size_t{cells} + 1;
+    maze_grid grid = {cells, std::unique_ptr<uint8_t[]>(new (std::nothrow) uint8_t[side * side])};
+    if (grid.bits == nullptr)
+        return grid;
+    random_state random = seeded_from(field);
+    const double shift = 2.0 * clamp_to_unit(fullness) - 1.0;
+    for (size_t n = 0; n < side * side; ++n)
+        grid.bits[n] = clamp_to_unit(shift + draw(random)) > 0.5 ? 1 : 0; // to the nearest; one half is even, 0
+    for (size_t row = 0; row < side; ++row)
+        grid.bits[row * side + cells] = grid.bits[row * side];
+    std::copy_n(grid.bits.get(), side, grid.bits.get() + side * cells);
+    return grid;
+}
+
+// Which table draws a cell, and how it is turned: rows upside down, columns right to
+// left, and then rows and columns exchanged.
+struct maze_cell_plan {
+    uint8_t table;
+    bool flip_rows;
+    bool flip_columns;
+    bool transpose;
+};
+
+// By case 8 a + 4 b + 2 c + d of the corners top left, top right, bottom left and
+// bottom right. Table 0 has the top left corner, 1 the bottom pair, 2 the top right
+// and bottom left corners, 3 all but the top left. Cases 0 and 15 read no table.
+// clang-format off
+static constexpr maze_cell_plan maze_cell_plans[16] = {
+    { 0, false, false, false }, //
+    { 0, true,  true,  false }, //       d
+    { 0, true,  false, false }, //     c
+    { 1, false, false, false }, //     c d
+    { 0, false, true,  false }, //   b
+    { 1, false, false, true  }, //   b   d
+    { 2, false, false, false }, //   b c
+    { 3, false, false, false }, //   b c d
+    { 0, false, false, false }, // a
+    { 2, false, true,  false }, // a     d
+    { 1, false, true,  true  }, // a   c
+    { 3, false, true,  false }, // a   c d
+    { 1, true,  false, false }, // a b
+    { 3, true,  false, false }, // a b   d
+    { 3, true,  true,  false }, // a b c
+    { 0, false, false, false }, // a b c d
+};
+// clang-format on
+
+static uint32_t maze_cell_case(const maze_grid& grid, uint32_t row, uint32_t column)
+{
+    const size_t side = size_t{grid.cells} + 1;
+    const uint8_t* top = grid.bits.get() + row * side + column;
+    const uint8_t* bottom = top + side;
+    return 8u * top[0] + 4u * top[1] + 2u * bottom[0] + bottom[1];
+}
+
+// The weight 0..255 of pixel (j, i) of a cell of side 2^level; the full case is not
+// smoothed and so brighter than any corner.
+static uint8_t maze_weight(uint32_t level, uint32_t cell_case, uint32_t i, uint32_t j)
+{
+    if (cell_case == 0)
+        return 0;
+    if (cell_case == 15)
+        return 255;
+    const maze_cell_plan plan = maze_cell_plans[cell_case];
+    const uint32_t last = (1u << level) - 1;
+    const uint32_t row = plan.flip_rows ? last - i : i;
+    const uint32_t column = plan.flip_columns ? last - j : j;
+    const uint32_t index = plan.transpose ? (column << level) + row : (row << level) + column;
+    return maze_table(level, plan.table)[index];
+}
+
+static void generate_maze(const float* values, uint8_t* pixels, uint32_t size)
+{
+    const double wanted = std::nearbyint(static_cast<double>(values[3]));
+    const auto level = static_cast<uint32_t>(std::fmin(std::fmax(wanted, 1.0), maze_level_count));
+    const maze_grid grid = random_maze_grid(size >> level, values[4], values[5]);
+    if (grid.bits == nullptr)
+        return;
+    std::memset(pixels, 0, size_t{3} * size * size); // a rest beside the whole cells stays black
+    const uint32_t covered = grid.cells << level;
+    const uint32_t last = (1u << level) - 1;
+    for (uint32_t y = 0; y < covered; ++y) {
+        uint8_t* pixel = pixels + size_t{3} * size * y;
+        for (uint32_t x = 0; x < covered; ++x) {
+            const uint32_t cell_case = maze_cell_case(grid, y >> level, x >> level);
+            pixel = put_pixel(pixel, weighted_color(values, maze_weight(level, cell_case, y & last, x & last)));
+        }
+    }
+}
+
+// ---- bricks -----------------------------------------------------------------------
+
+// One direction of a brick wall.
+struct brick_rhythm {
+    float period;   // pixels from joint to joint; infinite without bricks
+    int32_t margin; // pixels of mortar on either side of a joint
+};
+
+static brick_rhythm make_rhythm(float count, float margin, uint32_t size)
+{
+    const int32_t bricks = std::clamp(truncate_to_int(count), 0, max_brick_count);
+    return {static_cast<float>(size) / static_cast<float>(bricks), truncate_to_int(margin)};
+}
+
+// Where a pixel lies: in which period, and whether in its brick or in the mortar.
+struct brick_place {
+    uint32_t period;
+    bool is_brick;
+};
+
+// The position within the period is what repeated subtraction leaves, in extended
+// precision; a division would put the last pixel of many a brick into the next one
+// ("... a pixel on a joint belongs to the brick before it" tests it).
+static brick_place find_brick(const brick_rhythm& rhythm, uint32_t position)
+{
+    brick_place place = {0, false};
+    const long double period = rhythm.period;
+    long double t = position;
+    while (t > period) {
+        t -= period;
+        ++place.period;
+    }
+    place.is_brick = t >= rhythm.margin && period - t >= rhythm.margin;
+    return place;
+}
+
+// "Vertical" is the number of bricks along a row, "Horizontal" the number of courses.
+static void generate_bricks(const float* values, uint8_t* pixels, uint32_t size)
+{
+    const color_bytes brick = weighted_color(values, 255.0);
+    const color_bytes wall = weighted_color(values + 3, 255.0);
+    const brick_rhythm courses = make_rhythm(values[6], values[8], size);
+    const brick_rhythm joints = make_rhythm(values[7], values[9], size);
+    const int64_t remainder = int64_t{truncate_to_int(values[10])} % size;
+    const auto shift = static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder); // a true modulo
+    const std::unique_ptr<bool[]> brick_columns(new (std::nothrow) bool[size]);
+    if (brick_columns == nullptr)
+        return;
+    for (uint32_t x = 0; x < size; ++x)
+        brick_columns[x] = find_brick(joints, x).is_brick;
+    for (uint32_t y = 0; y < size; ++y) {
+        const brick_place course = find_brick(courses, y);
+        const uint32_t offset = course.period % 2 == 1 ? shift : 0;
+        for (uint32_t x = 0; x < size; ++x) {
+            const bool is_brick = course.is_brick && brick_columns[(x + offset) % size];
+            pixels = put_pixel(pixels, is_brick ? brick : wall);
+        }
+    }
+}
+
+// ---- noise ------------------------------------------------------------------------
+
+static void generate_noise(const float* values, uint8_t* pixels, uint32_t size)
+{
+    random_state random = seeded_from(values[3]);
+    for (size_t n = 0; n < size_t{size} * size; ++n)
+        pixels = put_pixel(pixels, weighted_color(values, draw(random) * 255.0));
+}
+
+void generate_image(generated_image& image, uint32_t size)
+{
+    const float* values = image.params.values;
+    uint8_t* pixels = image.pixels;
+    if (pixels == nullptr || size == 0)
+        return;
+    switch (static_cast<generator_kind>(image.params.kind)) {
+    case generator_color:
+        return generate_color(values, pixels, size);
+    case generator_sinus_plasma:
+        return generate_sinus_plasma(values, pixels, size);
+    case generator_radial_colors:
+        return generate_radial_colors(values, pixels, size);
+    case generator_maze:
+        return generate_maze(values, pixels, size);
+    case generator_bricks:
+        return generate_bricks(values, pixels, size);
+    case generator_noise:
+        return generate_noise(values, pixels, size);
+    case generator_kind_count:
+        break;
+    }
+    // An unknown kind keeps the pixels as they are.
+}

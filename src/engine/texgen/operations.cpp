@@ -1,0 +1,291 @@
+#include "texgen/operations.h"
+
+#include "content/numbers.h"
+#include "texgen/cosine_table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+constexpr double ninth = 0.111111111;  // short of 1/9 on purpose: nine times 255 blurs to 254
+constexpr double cosine_turn = 4096.0; // steps of the cosine table in a full turn
+
+// ---- bytes --------------------------------------------------------------------------
+
+static uint8_t clamped_byte(int32_t value)
+{
+    return static_cast<uint8_t>(std::clamp(value, 0, 255));
+}
+
+// Only the top is capped; a negative number keeps its low eight bits, on purpose.
+static uint8_t capped_byte(int32_t value)
+{
+    return low_byte(std::min(value, 255));
+}
+
+// ---- point operations ---------------------------------------------------------------
+
+// The pictures of an operation with two sources, as flat bytes.
+struct byte_pair_source {
+    const uint8_t* a;
+    const uint8_t* b;
+    double scale1; // of a; of the product for the multiplications
+    double scale2; // of b
+};
+
+static uint8_t* end_of_picture(uint8_t* pixels, uint32_t size)
+{
+    return pixels + size_t{3} * size * size;
+}
+
+static void add(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
+{
+    for (size_t n = 0; out != end; ++n)
+        *out++ = clamped_byte(truncate_to_int(s.a[n] * s.scale1 + s.b[n] * s.scale2));
+}
+
+static void multiply_capped(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
+{
+    for (size_t n = 0; out != end; ++n)
+        *out++ = capped_byte(truncate_to_int(s.b[n] * s.a[n] * s.scale1));
+}
+
+static void multiply_clamped(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
+{
+    for (size_t n = 0; out != end; ++n)
+        *out++ = clamped_byte(truncate_to_int(s.a[n] * s.b[n] * s.scale1));
+}
+
+static void take_greater(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
+{
+    for (size_t n = 0; out != end; ++n)
+        *out++ = capped_byte(std::max(truncate_to_int(s.a[n] * s.scale1), truncate_to_int(s.b[n] * s.scale2)));
+}
+
+static void take_lesser(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
+{
+    for (size_t n = 0; out != end; ++n)
+        *out++ = capped_byte(std::min(truncate_to_int(s.a[n] * s.scale1), truncate_to_int(s.b[n] * s.scale2)));
+}
+
+static void scale_bytes(const uint8_t* a, double scale, uint8_t* out, const uint8_t* end)
+{
+    while (out != end)
+        *out++ = capped_byte(truncate_to_int(*a++ * scale));
+}
+
+static void invert(const uint8_t* a, uint8_t* out, const uint8_t* end)
+{
+    while (out != end)
+        *out++ = static_cast<uint8_t>(255 - *a++);
+}
+
+// ---- neighbourhood operations -------------------------------------------------------
+//
+// They read pixels that they have not reached yet, so source and result differ.
+
+static const uint8_t* pixel_at(const uint8_t* picture, uint32_t size, uint32_t x, uint32_t y)
+{
+    return picture + size_t{3} * (size_t{y} * size + x);
+}
+
+static uint32_t wrap(int64_t position, uint32_t size)
+{
+    const int64_t remainder = position % size;
+    return static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder);
+}
+
+// "X offset" moves along the rows and "Y offset" along the columns: crossed on
+// purpose, as documents count on it.
+static void offset_picture(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
+{
+    const uint32_t rows = wrap(truncate_to_int(values[0]), size);
+    const uint32_t columns = wrap(truncate_to_int(values[1]), size);
+    for (uint32_t y = 0; y < size; ++y)
+        for (uint32_t x = 0; x < size; ++x, out += 3)
+            std::memcpy(out, pixel_at(a, size, (x + columns) % size, (y + rows) % size), 3);
+}
+
+// A sample's place along one axis: the pixel before it, the one behind it, and how
+// far it lies between them.
+struct sample_place {
+    uint32_t before;
+    uint32_t behind;
+    double fraction; // 0..1
+};
+
+static sample_place place_sample(double position, uint32_t size)
+{
+    if (position < 0.0)
+        position += size;
+    if (!std::isfinite(position))
+        position = 0.0;
+    const double whole = std::floor(position);
+    double pixel = std::fmod(whole, size);
+    if (pixel < 0.0)
+        pixel += size;
+    const auto before = static_cast<uint32_t>(pixel);
+    return {before, (before + 1) % size, position - whole};
+}
+
+// The corners are weighted by their distances themselves, and the last corner's
+// distance leaves the x fraction out: the look of existing productions.
+static void mix_corners(const uint8_t* a, uint32_t size, const sample_place& u, const sample_place& v, uint8_t* out)
+{
+    const double fx = u.fraction;
+    const double fy = v.fraction;
+    const double d00 = std::sqrt(fx * fx + fy * fy);
+    const double d10 = std::sqrt((1.0 - fx) * (1.0 - fx) + fy * fy);
+    const double d01 = std::sqrt(fx * fx + (1.0 - fy) * (1.0 - fy));
+    const double d11 = std::sqrt(fy * fy + (1.0 - fy) * (1.0 - fy));
+    const uint8_t* p00 = pixel_at(a, size, u.before, v.before);
+    const uint8_t* p10 = pixel_at(a, size, u.behind, v.before);
+    const uint8_t* p01 = pixel_at(a, size, u.before, v.behind);
+    const uint8_t* p11 = pixel_at(a, size, u.behind, v.behind);
+    for (uint32_t c = 0; c < 3; ++c) {
+        const double sum = p00[c] * d00 + p10[c] * d10 + p01[c] * d01 + p11[c] * d11;
+        out[c] = low_byte(truncate_to_int(sum / (d00 + d10 + d01 + d11)));
+    }
+}
+
+// Whole waves across the picture; a sign is of no matter to a cosine.
+static double wave_count(float wavelength)
+{
+    return std::fabs(static_cast<double>(truncate_to_int(wavelength)));
+}
+
+// The x displacement follows the row and the "Y wavelength", the y displacement the
+// column and the "X wavelength".
+static void ripple(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
+{
+    const double x_reach = static_cast<double>(values[0]) * size;
+    const double y_reach = static_cast<double>(values[1]) * size;
+    const double x_waves = wave_count(values[2]);
+    const double y_waves = wave_count(values[3]);
+    for (uint32_t y = 0; y < size; ++y) {
+        const double x_shift = x_reach * cosine_at(truncate_to_int(y_waves * cosine_turn / size * y));
+        for (uint32_t x = 0; x < size; ++x, out += 3) {
+            const double column = static_cast<double>(x) / size;
+            const double y_shift = y_reach * cosine_at(truncate_to_int(column * x_waves * cosine_turn));
+            mix_corners(a, size, place_sample(x + x_shift, size), place_sample(y + y_shift, size), out);
+        }
+    }
+}
+
+// Factors of the nine pixels around one, the row above first.
+struct kernel {
+    int8_t factor[3][3];
+};
+
+static constexpr kernel box_kernel = {{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}};
+
+static constexpr kernel emboss_kernels[4] = {
+    {{{-2, -1, 0}, {-1, 1, 1}, {0, 1, 2}}},
+    {{{0, -1, -2}, {1, 1, -1}, {2, 1, 0}}},
+    {{{2, 1, 0}, {1, 1, -1}, {0, -1, -2}}},
+    {{{0, 1, 2}, {-1, 1, 1}, {-2, -1, 0}}},
+};
+
+// The nine pixels around (x, y), the row above first, wrapping at the edges.
+struct neighbourhood {
+    const uint8_t* pixel[3][3];
+};
+
+static neighbourhood neighbours_of(const uint8_t* a, uint32_t size, uint32_t x, uint32_t y)
+{
+    const uint32_t columns[3] = {(x + size - 1) % size, x, (x + 1) % size};
+    const uint32_t rows[3] = {(y + size - 1) % size, y, (y + 1) % size};
+    neighbourhood around = {};
+    for (uint32_t i = 0; i < 3; ++i)
+        for (uint32_t j = 0; j < 3; ++j)
+            around.pixel[i][j] = pixel_at(a, size, columns[j], rows[i]);
+    return around;
+}
+
+static int32_t filtered(const neighbourhood& around, const kernel& k, uint32_t channel)
+{
+    int32_t sum = 0;
+    for (uint32_t i = 0; i < 3; ++i)
+        for (uint32_t j = 0; j < 3; ++j)
+            sum += k.factor[i][j] * around.pixel[i][j][channel];
+    return sum;
+}
+
+static void blur(const uint8_t* a, uint8_t* out, uint32_t size)
+{
+    for (uint32_t y = 0; y < size; ++y)
+        for (uint32_t x = 0; x < size; ++x) {
+            const neighbourhood around = neighbours_of(a, size, x, y);
+            for (uint32_t c = 0; c < 3; ++c)
+                *out++ = low_byte(truncate_to_int(ninth * filtered(around, box_kernel, c)));
+        }
+}
+
+static void emboss(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
+{
+    const int32_t direction = std::clamp(truncate_to_int(values[0]), 1, 4);
+    const kernel& k = emboss_kernels[direction - 1];
+    for (uint32_t y = 0; y < size; ++y)
+        for (uint32_t x = 0; x < size; ++x) {
+            const neighbourhood around = neighbours_of(a, size, x, y);
+            for (uint32_t c = 0; c < 3; ++c)
+                *out++ = clamped_byte(filtered(around, k, c));
+        }
+}
+
+static void apply_neighbourhood_operation(
+    node_code code, const float* values, const uint8_t* a, uint8_t* result, uint32_t size)
+{
+    const size_t bytes = size_t{3} * size * size;
+    const std::unique_ptr<uint8_t[]> made(new (std::nothrow) uint8_t[bytes]);
+    if (made == nullptr)
+        return;
+    if (code == node_offset)
+        offset_picture(values, a, made.get(), size);
+    else if (code == node_ripple)
+        ripple(values, a, made.get(), size);
+    else if (code == node_blur)
+        blur(a, made.get(), size);
+    else
+        emboss(values, a, made.get(), size);
+    std::memcpy(result, made.get(), bytes);
+}
+
+void apply_texture_operation(uint8_t code, const float values[max_node_values], const uint8_t* a, const uint8_t* b,
+    uint8_t* result, uint32_t size)
+{
+    if (size == 0)
+        return;
+    const byte_pair_source pair = {a, b, values[0], values[1]};
+    const uint8_t* end = end_of_picture(result, size);
+    switch (static_cast<node_code>(code)) {
+    case node_add_image:
+    case node_add_2:
+        return add(pair, result, end);
+    case node_multiply_image:
+        return multiply_capped(pair, result, end);
+    case node_mul_2:
+        return multiply_clamped(pair, result, end);
+    case node_maximum_image:
+    case node_max_2:
+        return take_greater(pair, result, end);
+    case node_minimum_image:
+    case node_min_2:
+        return take_lesser(pair, result, end);
+    case node_invert:
+        return invert(a, result, end);
+    case node_multiply:
+        return scale_bytes(a, values[0], result, end);
+    case node_offset:
+    case node_ripple:
+    case node_blur:
+    case node_emboss:
+        return apply_neighbourhood_operation(static_cast<node_code>(code), values, a, result, size);
+    case node_output:
+        break;
+    }
+    // Not an operation: the result keeps its contents.
+}
