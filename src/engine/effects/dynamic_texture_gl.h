@@ -15,8 +15,8 @@ void create_dynamic_texture_gl(dynamic_texture& texture, const record_table* fun
 
 // Renders and uploads the picture of `time`, unless that time's picture is there.
 // A dangling handle does nothing.
-void update_dynamic_texture(uint32_t handle, record_table* dynamic_textures, const record_table* functions,
-    uint32_t time, bool use_pbo);
+void update_dynamic_texture(
+    uint32_t handle, record_table* dynamic_textures, const record_table* functions, uint32_t time, bool use_pbo);
 
 // Releases the OpenGL objects and the effect's state; twice is harmless.
 void release_dynamic_texture_gl(dynamic_texture& texture);

@@ -33,9 +33,9 @@ uint32_t manipulator_param_count(int32_t kind);
 // The "Rippler"'s vertices: one cache for the whole program, filled once from the
 // first model ever, changed in place by every call from then on.
 struct rippler_cache {
-    float* positions;      // 3 a vertex; null before the first use
+    float* positions; // 3 a vertex; null before the first use
     float* normals;
-    uint32_t vertex_count; // of the model that filled it
+    uint32_t vertex_count;    // of the model that filled it
     uint32_t position_buffer; // OpenGL names, made by scene_gl where buffers are used
     uint32_t normal_buffer;
 };

@@ -9,5 +9,5 @@
 // length below 0.001 counts as 1), added to the three vertices; sums of more than one
 // are divided by their count. `normals` has as many floats as `positions` (3 a vertex);
 // indices beyond the vertices are passed over.
-void compute_mesh_normals(std::span<const float> positions, std::span<const uint16_t> indices,
-    std::span<float> normals);
+void compute_mesh_normals(
+    std::span<const float> positions, std::span<const uint16_t> indices, std::span<float> normals);

@@ -143,8 +143,9 @@ enum effect_2d_kind : uint32_t {
 constexpr uint32_t max_effect_2d_params = 32;
 
 struct effect_2d_state {
+    uint8_t calls;    // pictures made, modulo 256; kind 0 only
     uint8_t* buffer;  // owned; kind 2 only
-    int32_t counter;
+    int32_t counter;  // whole "Update" value of the last growth; kind 2 only
 };
 
 struct dynamic_texture {

@@ -1,0 +1,197 @@
+#include "effects/effect_2d.h"
+
+#include "content/numbers.h"
+#include "effects/effect_2d_plasma.h"
+#include "model/values.h"
+#include "texgen/cosine_table.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstdlib>
+#include <cstring>
+
+// ---- "Test 2d effect" -----------------------------------------------------------
+
+// 32-bit sums wrap; what passes 255 skips one value at every turn.
+static uint8_t ramp_byte(uint32_t sum)
+{
+    const int32_t turns = static_cast<int32_t>(sum) / 255;
+    return static_cast<uint8_t>(sum + static_cast<uint32_t>(turns));
+}
+
+static void render_ramp(const picture& out, std::span<const float> params, effect_2d_state* state)
+{
+    if (state != nullptr)
+        ++state->calls;
+    // The 8-bit form takes the third value, which nothing ever sets (on purpose).
+    const double second = static_cast<double>(out.channels == 3 ? params[1] : params[2]);
+    const uint32_t o = static_cast<uint32_t>(truncate_to_int(static_cast<double>(params[0]) + second));
+
+    uint8_t* pixel = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y) {
+        for (uint32_t x = 0; x < out.width; ++x) {
+            if (out.channels == 3) {
+                *pixel++ = ramp_byte(o + y);
+                *pixel++ = ramp_byte(o + x);
+            }
+            *pixel++ = ramp_byte(o + x + y);
+        }
+    }
+}
+
+// ---- "Amoba" ---------------------------------------------------------------------
+
+// A number of 0..bound - 1 from the C library's generator.
+static uint32_t random_below(uint64_t bound)
+{
+    return static_cast<uint32_t>((static_cast<uint64_t>(std::rand()) * bound) >> 31);
+}
+
+// Plants one seed in every 400 pixels. The generator is seeded for the whole program,
+// so that the colony is the same on every run.
+static void plant_amoba(uint8_t* colony, uint32_t width, uint32_t height, uint32_t channels)
+{
+    std::srand(5);
+    const uint64_t pixels = static_cast<uint64_t>(width) * height;
+    for (uint64_t seed = 0; seed < pixels / 400; ++seed) {
+        uint8_t* pixel = colony + static_cast<size_t>(random_below(pixels)) * channels;
+        if (channels == 3) {
+            for (uint32_t c = 0; c < 3; ++c)
+                pixel[c] = static_cast<uint8_t>(std::rand() >> 23);
+        } else {
+            pixel[0] = static_cast<uint8_t>(64 + random_below(192));
+        }
+    }
+}
+
+static bool amoba_is_alive(const uint8_t* pixel, uint32_t channels)
+{
+    return channels == 3 ? pixel[0] + pixel[1] + pixel[2] > 32 : pixel[0] > 64;
+}
+
+// Rows and columns 1..side - 3, so that the four neighbours always exist.
+static void grow_amoba(uint8_t* colony, uint32_t width, uint32_t height, uint32_t channels)
+{
+    if (width < 3 || height < 3)
+        return;
+    const size_t row_bytes = static_cast<size_t>(width) * channels;
+    const uint64_t attempts = static_cast<uint64_t>(width) * height / 8;
+    for (uint64_t attempt = 0; attempt < attempts; ++attempt) {
+        const size_t row = 1 + random_below(height - 3);
+        const size_t column = 1 + random_below(width - 3);
+        uint8_t* pixel = colony + row * row_bytes + column * channels;
+        if (!amoba_is_alive(pixel, channels))
+            continue;
+        std::memcpy(pixel + channels, pixel, channels);
+        std::memcpy(pixel + row_bytes, pixel, channels);
+        std::memcpy(pixel - channels, pixel, channels);
+        std::memcpy(pixel - row_bytes, pixel, channels);
+    }
+}
+
+static void render_amoba(const picture& out, float update, effect_2d_state* state)
+{
+    if (state == nullptr || state->buffer == nullptr)
+        return;
+    const int32_t generation = truncate_to_int(static_cast<double>(update));
+    if (generation != state->counter) {
+        state->counter = generation;
+        grow_amoba(state->buffer, out.width, out.height, out.channels);
+    }
+    std::memcpy(out.pixels, state->buffer, static_cast<size_t>(out.width) * out.height * out.channels);
+}
+
+// ---- "Normalmap" -------------------------------------------------------------------
+
+static double table_entry(uint32_t steps)
+{
+    return static_cast<double>(cosine_at(static_cast<int32_t>(steps)));
+}
+
+// Sums of two cosines times 255 pass the byte and wrap, on purpose. Steps are unsigned:
+// they wrap, and the masks keep what stays inside the table.
+static void render_normal_map(const picture& out, float time)
+{
+    if (out.channels != 3)
+        return;
+    const uint32_t t = static_cast<uint32_t>(truncate_to_int(static_cast<double>(time)));
+    uint8_t* pixel = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y) {
+        const double row_x = table_entry(2 * ((5 * (t + y)) & 2047));
+        const double row_y = table_entry((t + y + 1000) & 4095);
+        for (uint32_t x = 0; x < out.width; ++x) {
+            const uint32_t u = t + 10 * x;
+            *pixel++ = low_byte(truncate_to_int((table_entry(u & 4095) + row_x) * 255.0));
+            *pixel++ = low_byte(truncate_to_int((table_entry((9 * t + 10000 + u) & 4095) + row_y) * 255.0));
+            *pixel++ = 255;
+        }
+    }
+}
+
+// ---- all kinds ----------------------------------------------------------------------
+
+effect_2d_state* init_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint32_t bpp)
+{
+    if (type != effect_2d_test && type != effect_2d_amoba)
+        return nullptr;
+    auto* state = static_cast<effect_2d_state*>(std::calloc(1, sizeof(effect_2d_state)));
+    if (state == nullptr || type == effect_2d_test)
+        return state;
+
+    const uint32_t channels = bpp / 8;
+    state->buffer = static_cast<uint8_t*>(std::calloc(static_cast<size_t>(width) * height, channels));
+    if (state->buffer != nullptr)
+        plant_amoba(state->buffer, width, height, channels);
+    return state;
+}
+
+void free_dynamic_texture(effect_2d_state* state)
+{
+    if (state == nullptr)
+        return;
+    std::free(state->buffer);
+    std::free(state);
+}
+
+uint32_t dynamic_texture_param_count(uint32_t type)
+{
+    return type == effect_2d_test ? 2 : 1;
+}
+
+void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint32_t bpp, std::span<const float> params,
+    effect_2d_state* state, uint8_t* out)
+{
+    assert(params.size() >= 3 && (bpp == 8 || bpp == 24));
+    const picture target = {.pixels = out, .width = width, .height = height, .channels = bpp / 8};
+    switch (static_cast<effect_2d_kind>(type)) {
+    case effect_2d_test:
+        return render_ramp(target, params, state);
+    case effect_2d_plasma:
+        return render_plasma(target, params[0]);
+    case effect_2d_amoba:
+        return render_amoba(target, params[0], state);
+    case effect_2d_rotate:
+        return render_rotating_plasma(target, params[0]);
+    case effect_2d_normalmap:
+        return render_normal_map(target, params[0]);
+    case effect_2d_kind_count:
+        break;
+    }
+}
+
+void dynamic_texture_params(
+    const dynamic_texture& texture, const record_table* functions, uint32_t time, std::span<float, 3> params)
+{
+    std::fill(params.begin(), params.end(), 0.0f);
+    for (uint32_t i = 0; i < dynamic_texture_param_count(texture.type); ++i)
+        if (texture.functions[i] != 0)
+            params[i] = function_value(functions, texture.functions[i], time);
+}
+
+void first_dynamic_texture_params(
+    const dynamic_texture& texture, const record_table* functions, std::span<float, 3> params)
+{
+    std::fill(params.begin(), params.end(), 0.0f);
+    for (uint32_t i = 0; i < dynamic_texture_param_count(texture.type) && texture.functions[i] != 0; ++i)
+        params[i] = function_value(functions, texture.functions[i], 0);
+}

@@ -1,0 +1,19 @@
+// The two plasmas among the 2-D effects: interference on straight coordinates
+// ("Effect 1") and on turning ones ("Rotate").
+//
+// Pure computation on a picture of the caller; internal to this room.
+#pragma once
+
+#include <cstdint>
+
+// A picture that is written: width x height pixels of `channels` bytes (3: R, G, B;
+// 1: the red value only), rows without gaps.
+struct picture {
+    uint8_t* pixels;
+    uint32_t width;
+    uint32_t height;
+    uint32_t channels;
+};
+
+void render_plasma(const picture& out, float step);
+void render_rotating_plasma(const picture& out, float step);

@@ -1,0 +1,111 @@
+#include "content/numbers.h"
+#include "effects/mesh_effect_kinds.h"
+#include "effects/single.h"
+#include "texgen/cosine_table.h"
+
+#include <algorithm>
+#include <cmath>
+
+constexpr double steps_per_radian = 651.8986; // 4096 / (2 pi): entries of the cosine table
+constexpr double quarter_turn = 1.5707964;
+
+// ---- "Swirl": a fan whose points wind round the origin ---------------------------------
+
+static double table_cosine(double steps)
+{
+    return static_cast<double>(cosine_at(truncate_to_int(steps)));
+}
+
+static void fill_fan_indices(uint16_t* out)
+{
+    constexpr uint32_t last = swirl_vertices - 1;
+    for (uint32_t k = 1; k <= last; ++k) {
+        *out++ = 0;
+        *out++ = static_cast<uint16_t>(k);
+        *out++ = static_cast<uint16_t>(k == last ? 1 : k + 1);
+    }
+}
+
+void init_swirl(mesh_effect& effect)
+{
+    mesh_arrays& mesh = effect.mesh;
+    mesh.vertex_count = swirl_vertices;
+    mesh.index_count = 3 * (swirl_vertices - 1);
+    mesh.positions = allocate_cleared<float>(size_t{swirl_vertices} * 3);
+    mesh.normals = allocate_cleared<float>(size_t{swirl_vertices} * 3);
+    mesh.indices = allocate_cleared<uint16_t>(mesh.index_count);
+    if (mesh.indices != nullptr)
+        fill_fan_indices(mesh.indices);
+}
+
+void step_swirl(mesh_effect& effect, float x, float y)
+{
+    const double turn = static_cast<double>(x);
+    const double radius = static_cast<double>(y);
+    for (uint32_t k = 1; k < swirl_vertices; ++k) {
+        const double c = table_cosine(turn * k * steps_per_radian);
+        const double s = table_cosine((turn * k + quarter_turn) * steps_per_radian);
+        float* position = effect.mesh.positions + size_t{k} * 3;
+        position[0] = to_single((radius + k + c) * c);
+        position[1] = to_single((k + radius + s) * s);
+        position[2] = 0.0f;
+    }
+    recompute_normals(effect.mesh);
+}
+
+// ---- "Particles": a swarm pulled toward the origin -----------------------------------------
+
+static void place_particle(swarm_particle& particle)
+{
+    for (float& coordinate : particle.position)
+        coordinate = static_cast<float>(random_unit() * 10.0);
+    for (float& component : particle.velocity)
+        component = static_cast<float>(random_unit() * 0.1);
+}
+
+static void copy_swarm_to_mesh(const swarm_state& swarm, mesh_arrays& mesh)
+{
+    for (uint32_t i = 0; i < swarm_size; ++i)
+        std::copy_n(swarm.particles[i].position, 3, mesh.positions + size_t{i} * 3);
+}
+
+void init_swarm(mesh_effect& effect)
+{
+    auto* swarm = allocate_cleared<swarm_state>(1);
+    effect.state = swarm;
+    effect.mesh.vertex_count = swarm_size;
+    effect.mesh.positions = allocate_cleared<float>(size_t{swarm_size} * 3);
+    if (swarm == nullptr || effect.mesh.positions == nullptr)
+        return;
+    for (swarm_particle& particle : swarm->particles)
+        place_particle(particle);
+    copy_swarm_to_mesh(*swarm, effect.mesh);
+}
+
+// The pull has the strength of the old distance and, on every axis, the direction of the
+// new coordinate. At the origin 2 / r^2 is infinite, which the limit turns into 1.
+static void move_particle(swarm_particle& particle, double dt)
+{
+    double squares = 0.0;
+    for (const float coordinate : particle.position)
+        squares += static_cast<double>(coordinate) * static_cast<double>(coordinate);
+    const double r = std::sqrt(squares);
+    const double pull = std::min(2.0 / (r * r), 1.0) * dt;
+
+    for (uint32_t axis = 0; axis < 3; ++axis) {
+        float& position = particle.position[axis];
+        float& velocity = particle.velocity[axis];
+        position = to_single(static_cast<double>(position) + static_cast<double>(velocity) * dt);
+        velocity = to_single(static_cast<double>(velocity) + (position >= 0.0f ? -pull : pull));
+    }
+}
+
+void step_swarm(mesh_effect& effect, float time)
+{
+    swarm_state& swarm = *static_cast<swarm_state*>(effect.state);
+    const double dt = std::fabs(static_cast<double>(time) - static_cast<double>(swarm.last));
+    swarm.last = time;
+    for (swarm_particle& particle : swarm.particles)
+        move_particle(particle, dt);
+    copy_swarm_to_mesh(swarm, effect.mesh);
+}
