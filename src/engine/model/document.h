@@ -77,6 +77,10 @@ struct document_problem {
     std::string text; // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
 };
 
+// What the meshes and pictures of one document may unfold to: an entry can be named by
+// many records, and a small one can unfold to much.
+constexpr uint64_t max_unfolded_bytes = uint64_t {2} << 30;
+
 // Where the reading stands. Starts with document_reader_begin.
 struct document_reader {
     document* target;
@@ -88,6 +92,7 @@ struct document_reader {
     uint32_t handle;                // its handle (for section 14: its track number + 1), 0: none was made
     bool section_finished;          // the step ended a section instead of reading a record
     uint32_t layer_start;           // running position of the track under way, ticks
+    uint64_t unfolded_bytes;        // decoded meshes and pictures so far
     std::vector<document_problem> problems;
 };
 

@@ -1,0 +1,183 @@
+#include "model/document.h"
+
+#include "content/owners.h"
+#include "content/pack.h"
+#include "content/xml.h"
+#include "content/xmlz.h"
+
+#include <cstdlib>
+#include <iterator>
+
+const char* section_name(uint32_t section)
+{
+    static constexpr const char* names[]
+        = {"unknown", "generated images", "texture nodes", "meshes", "functions", "transforms", "dynamic textures",
+            "image textures", "cube maps", "fonts", "objects", "materials", "effects", "scenes", "timeline", "music"};
+    static_assert(std::size(names) == section_music + 1);
+    return section < std::size(names) ? names[section] : names[0];
+}
+
+// ---- making and freeing -------------------------------------------------------------
+
+void document_create(document& d, const char* name, timeline* tracks)
+{
+    d = {};
+    d.name = name;
+    d.tracks = tracks;
+    d.texture_table = record_table_new(sizeof(texture_node));
+    d.mesh_table = record_table_new(sizeof(mesh_record));
+    d.function_table = record_table_new(sizeof(animation_function));
+    d.transform_table = record_table_new(sizeof(value_record));
+    d.dynamic_texture_table = record_table_new(sizeof(dynamic_texture));
+    d.image_texture_table = record_table_new(sizeof(image_texture));
+    d.cube_map_table = record_table_new(sizeof(cube_map));
+    d.font_table = record_table_new(sizeof(font_record));
+    d.object_table = record_table_new(sizeof(object_reference));
+    d.material_table = record_table_new(sizeof(material_record));
+    d.effect_table = record_table_new(sizeof(mesh_effect));
+    d.scene_table = record_table_new(sizeof(scene_record));
+}
+
+// Frees a block of malloc and forgets it.
+template <typename element> static void release(element*& block)
+{
+    std::free(block);
+    block = nullptr;
+}
+
+static void free_buffers(texture_node& node)
+{
+    release(node.pixels);
+}
+
+static void free_buffers(mesh_record& mesh)
+{
+    release(mesh.arrays.line_indices);
+    release(mesh.data);
+    mesh.arrays = {};
+}
+
+static void free_buffers(image_texture& image)
+{
+    release(image.pixels);
+    release(image.level1);
+    release(image.level2);
+}
+
+static void free_buffers(cube_map& cube)
+{
+    for (uint8_t*& face : cube.faces)
+        release(face);
+}
+
+static void free_buffers(material_record& material)
+{
+    release(material.custom_vertex_shader);
+    release(material.custom_fragment_shader);
+}
+
+static void free_buffers(scene_record& scene)
+{
+    release(scene.objects);
+    scene.object_count = 0;
+}
+
+template <typename record> static void free_buffers_of_table(const record_table* table)
+{
+    const uint32_t count = table != nullptr ? table->count : 0;
+    for (uint32_t position = 1; position <= count; ++position) {
+        if (auto* r = static_cast<record*>(record_table_at(table, position)))
+            free_buffers(*r);
+    }
+}
+
+void document_free_generated_images(document& d)
+{
+    for (uint32_t i = 0; i < d.generated_image_count; ++i)
+        std::free(d.generated_images[i].pixels);
+    release(d.generated_images);
+    d.generated_image_count = 0;
+    free_buffers_of_table<texture_node>(d.texture_table);
+}
+
+void document_free(document& d)
+{
+    document_free_generated_images(d);
+    free_buffers_of_table<mesh_record>(d.mesh_table);
+    free_buffers_of_table<image_texture>(d.image_texture_table);
+    free_buffers_of_table<cube_map>(d.cube_map_table);
+    free_buffers_of_table<material_record>(d.material_table);
+    free_buffers_of_table<scene_record>(d.scene_table);
+    for (record_table* table : {d.texture_table, d.mesh_table, d.function_table, d.transform_table,
+             d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
+             d.material_table, d.effect_table, d.scene_table})
+        record_table_free(table);
+    timeline_free(d.tracks);
+    d = {};
+}
+
+// ---- questions ------------------------------------------------------------------------
+
+static const xml_node* first_section(const xml_node* root)
+{
+    return root != nullptr && root->first_child != nullptr ? root->first_child->first_child : nullptr;
+}
+
+uint32_t document_item_count(const xml_node* root)
+{
+    uint32_t count = 0;
+    for (const xml_node* section = first_section(root); section != nullptr; section = section->next_sibling) {
+        for (const xml_node* item = section->first_child; item != nullptr; item = item->next_sibling)
+            ++count;
+    }
+    return count;
+}
+
+const xml_node* document_music_element(const xml_node* root)
+{
+    const xml_node* section = first_section(root);
+    for (uint32_t number = 1; section != nullptr && number < section_music; ++number)
+        section = section->next_sibling;
+    return section;
+}
+
+uint32_t resolve_scene_object(const document& d, const scene_object& object)
+{
+    const auto* reference = table_record<object_reference>(d.object_table, object.object);
+    const bool is_kind = object.type == object_model || object.type == object_genmesh;
+    if (reference != nullptr && is_kind && reference->type == object.type && reference->named_by_material == 0)
+        return reference->id;
+    return object.object;
+}
+
+// ---- documents in a pack ------------------------------------------------------------------
+
+static xml_node* refuse(const char* name, const char* what, std::string& problem)
+{
+    problem = std::string("Error: ") + name + ": the document " + what + ".";
+    return nullptr;
+}
+
+xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
+{
+    problem.clear();
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    switch (pack_read_entry(pack, name, &bytes, &size)) {
+    case pack_found:
+        break;
+    case pack_missing:
+        return nullptr;
+    case pack_damaged:
+        return refuse(name, xmlz_status_text(xmlz_damaged), problem);
+    case pack_out_of_memory:
+        return refuse(name, xmlz_status_text(xmlz_out_of_memory), problem);
+    }
+    const owned_block<uint8_t> entry(bytes);
+    uint8_t* text = nullptr;
+    if (const xmlz_status status = xmlz_inflate(bytes, size, &text, &size); status != xmlz_ok)
+        return refuse(name, xmlz_status_text(status), problem);
+    const owned_block<uint8_t> owned_text(text);
+    xml_node* root = xml_parse(reinterpret_cast<const char*>(text));
+    return root != nullptr ? root : refuse(name, xmlz_status_text(xmlz_out_of_memory), problem);
+}

@@ -1,0 +1,118 @@
+#include "model/document.h"
+
+#include "content/xml.h"
+#include "model/read_sections.h"
+
+constexpr uint32_t needed_sections = section_timeline; // the music is optional
+
+static const xml_node* document_element(const xml_node* root)
+{
+    return root != nullptr ? root->first_child : nullptr;
+}
+
+void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack)
+{
+    reader = {};
+    reader.target = &target;
+    reader.pack = pack;
+    const xml_node* element = document_element(root);
+    reader.section_node = element != nullptr ? element->first_child : nullptr;
+}
+
+static bool has_failed(const document_reader& reader)
+{
+    return !reader.problems.empty() && reader.problems.back().fatal;
+}
+
+static bool enough_sections(document_reader& reader)
+{
+    uint32_t count = 0;
+    for (const xml_node* node = reader.section_node; node != nullptr; node = node->next_sibling)
+        ++count;
+    if (count >= needed_sections)
+        return true;
+    const std::string line = line_of("too few sections: %u of %u.", count, needed_sections);
+    reader.problems.push_back({true, std::string("Error: ") + reader.target->name + ": " + line});
+    return false;
+}
+
+static void enter_section(document_reader& reader, uint32_t section, const xml_node* node)
+{
+    reader.section = section;
+    reader.section_node = section <= section_music ? node : nullptr; // what follows is no section
+    reader.record_node = reader.section_node != nullptr ? reader.section_node->first_child : nullptr;
+    reader.record = 0;
+}
+
+static void end_section(document_reader& reader)
+{
+    if (reader.section == section_texture_nodes)
+        check_texture_nodes(reader);
+    if (reader.section == section_materials) {
+        check_glyph_materials(reader);
+        mark_material_textures(*reader.target);
+    }
+}
+
+static bool read_one(const place& at, const xml_node& node)
+{
+    switch (static_cast<document_section>(at.section)) {
+    case section_generated_images:
+        return read_generated_image(at, node);
+    case section_texture_nodes:
+        return read_texture_node(at, node);
+    case section_meshes:
+        return read_mesh(at, node);
+    case section_functions:
+        return read_function(at, node);
+    case section_transforms:
+        return read_value_record(at, node);
+    case section_dynamic_textures:
+        return read_dynamic_texture(at, node);
+    case section_image_textures:
+        return read_image_texture(at, node);
+    case section_cube_maps:
+        return read_cube_map(at, node);
+    case section_fonts:
+        return read_font(at, node);
+    case section_objects:
+        return read_object_reference(at, node);
+    case section_materials:
+        return read_material(at, node);
+    case section_effects:
+        return read_effect(at, node);
+    case section_scenes:
+        return read_scene(at, node);
+    case section_timeline:
+        return read_track(at, node, at.number - 1);
+    case section_music:
+        return true; // its attribute is the player's; children are items without a meaning
+    }
+    return true;
+}
+
+read_step document_read_step(document_reader& reader)
+{
+    if (has_failed(reader))
+        return read_failed;
+    reader.handle = 0;
+    if (reader.section == 0) {
+        if (!enough_sections(reader))
+            return read_failed;
+        enter_section(reader, section_generated_images, reader.section_node);
+    } else if (reader.section_finished) {
+        reader.section_finished = false;
+        enter_section(reader, reader.section + 1, reader.section_node->next_sibling);
+    }
+    if (reader.section_node == nullptr)
+        return read_done;
+    if (reader.record_node == nullptr) {
+        end_section(reader);
+        reader.section_finished = true;
+        return read_section_end;
+    }
+    const xml_node& node = *reader.record_node;
+    reader.record_node = node.next_sibling;
+    ++reader.record;
+    return read_one(place_of_record(reader, reader.section, reader.record), node) ? read_record : read_failed;
+}

@@ -1,0 +1,114 @@
+// Reading the numbers of one element, and saying what is wrong and where.
+//
+// Numbers are decimal with a point, whatever the locale: whole ones by strtol
+// (clamped to 32 bits), real ones by strtod, stored in single precision; what
+// follows the digits is ignored and an empty text reads 0. A function that returns
+// false has added the fatal problem to the reader; its output is then undefined.
+#pragma once
+
+#include "content/xml.h"
+#include "model/document.h"
+#include "model/record_table.h"
+#include "model/records.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+// A spot of the document as messages name it: a record, or a part of one. Parts
+// point to what they are part of, so places live on the stack while they are used.
+struct place {
+    document_reader& reader;
+    uint32_t section;   // number of the section, from 1
+    const place* outer; // null: the record itself
+    const char* name;   // "record", "object", "red"
+    uint32_t number;    // from 1; 0: the name stands alone
+};
+
+place place_of_record(document_reader& reader, uint32_t section, uint32_t record);
+place place_of_part(const place& outer, const char* name, uint32_t number = 0);
+
+// Adds "Error: demo.xmlz: section 13 (scenes), record 2, object 5: " and `what` as a
+// fatal problem. Always false.
+bool fail(const place& at, const std::string& what);
+
+// Adds the same line as a warning, which begins with "Warning: ".
+void warn(const place& at, const std::string& what);
+
+// A text of the document between double quotes, cut to 64 bytes; bytes that are not
+// printable ASCII become "?", so that a message stays one line. Null is "".
+std::string quoted(const char* text);
+
+// Like printf, into a string of at most 255 bytes.
+[[gnu::format(printf, 1, 2)]] std::string line_of(const char* format, ...);
+
+// ---- numbers --------------------------------------------------------------------
+
+int32_t int_of_text(const char* text);
+float real_of_text(const char* text);
+
+// The attribute's text; null, and a fatal problem, when it is missing or without a value.
+const char* read_attribute(const place& at, const xml_node& node, const char* attribute);
+
+bool read_int(const place& at, const xml_node& node, const char* attribute, int32_t& value);
+bool read_real(const place& at, const xml_node& node, const char* attribute, float& value);
+
+// A whole number that refers to a record; negative ones become handles of nothing.
+bool read_handle(const place& at, const xml_node& node, const char* attribute, uint32_t& handle);
+
+// The element's own text as a number.
+bool read_text_int(const place& at, const xml_node& node, int32_t& value);
+bool read_text_real(const place& at, const xml_node& node, float& value);
+
+// An animated element: a constant, or with `dynamic` a function's handle held as a float.
+// Warns when there is no such function; 0 is none too.
+enum animated_rule {
+    dynamic_if_named,     // only the type "dynamic" is
+    dynamic_unless_static // every type but "static" is
+};
+bool read_animated(const place& at, const xml_node& node, animated_rule rule, animated_value& value);
+
+// A dynamic value's handle, as the document writes it.
+bool read_function_value(const place& at, const xml_node& node, float& value);
+
+// Numbers of one byte. 0..255 stay, all others become `otherwise`.
+uint8_t byte_code(int32_t value, uint8_t otherwise);
+
+// `texture_format`, fatal outside 0..8, and `texture_filter`; a filter that no byte
+// holds becomes 255, which acts as every number above 2.
+bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& format, uint8_t& filter);
+
+// ---- children -------------------------------------------------------------------
+
+uint32_t count_children(const xml_node& node);
+
+// Fatal when there are fewer children than `needed`.
+bool need_children(const place& at, const xml_node& node, uint32_t needed);
+
+inline bool is_named(const xml_node& node, const char* name)
+{
+    return node.name != nullptr && std::strcmp(node.name, name) == 0;
+}
+
+// Copies at most size - 1 bytes and clears the rest. Null copies nothing.
+void copy_name(char* field, uint32_t size, const char* text);
+
+// The handles in the leading children named "p"; beyond `capacity` they are read and
+// dropped. Handles of functions that do not exist are warned about, 0 is none.
+bool read_function_handles(const place& at, const xml_node& node, uint32_t* handles, uint32_t capacity);
+
+// ---- references -----------------------------------------------------------------
+
+// Warns "WHAT N does not exist." unless the handle is 0 or its record is there.
+void check_handle(const place& at, const record_table* table, const char* what, uint32_t handle);
+
+// ---- records --------------------------------------------------------------------
+
+// A new cleared record whose handle goes into reader.handle; null, and a fatal problem,
+// when the table is full.
+void* add_cleared_record(const place& at, record_table* table);
+
+template <typename record> record* add_record(const place& at, record_table* table)
+{
+    return static_cast<record*>(add_cleared_record(at, table));
+}

@@ -1,0 +1,36 @@
+// The readers of the sections: each fills one record from its element.
+//
+// A reader returns false after a fatal problem; the record that it had begun stays in
+// its table, cleared or partly filled, and is freed with the document. The checks at
+// the end of a section add warnings only.
+#pragma once
+
+#include "model/read_element.h"
+
+bool read_generated_image(const place& at, const xml_node& node);
+bool read_texture_node(const place& at, const xml_node& node);
+bool read_mesh(const place& at, const xml_node& node);
+bool read_function(const place& at, const xml_node& node);
+bool read_value_record(const place& at, const xml_node& node);
+bool read_dynamic_texture(const place& at, const xml_node& node);
+bool read_image_texture(const place& at, const xml_node& node);
+bool read_cube_map(const place& at, const xml_node& node);
+bool read_font(const place& at, const xml_node& node);
+bool read_object_reference(const place& at, const xml_node& node);
+bool read_material(const place& at, const xml_node& node);
+bool read_effect(const place& at, const xml_node& node);
+bool read_scene(const place& at, const xml_node& node);
+
+// `track` counts from 0; the tracks beyond the last are passed over, as is every
+// track of a document without a timeline.
+bool read_track(const place& at, const xml_node& node, uint32_t track);
+
+// After section 2: what nodes and generated images the nodes name.
+void check_texture_nodes(document_reader& reader);
+
+// After section 11: the materials of the glyphs.
+void check_glyph_materials(document_reader& reader);
+
+// After section 11: marks what the materials name as textures, so that no scene object
+// takes it for a model.
+void mark_material_textures(document& d);

@@ -1,0 +1,291 @@
+// Fonts, object references, materials, and what holds between them.
+#include "model/read_sections.h"
+
+#include <cstdlib>
+#include <iterator>
+
+// ---- fonts ------------------------------------------------------------------------
+
+static bool read_glyph(const place& at, const xml_node& node, glyph_record& glyph)
+{
+    return read_handle(at, node, "model", glyph.model) && read_handle(at, node, "material", glyph.material)
+        && read_handle(at, node, "bitmap", glyph.bitmap) && read_real(at, node, "offset", glyph.offset)
+        && read_real(at, node, "width", glyph.width);
+}
+
+bool read_font(const place& at, const xml_node& node)
+{
+    const document& d = *at.reader.target;
+    font_record* font = add_record<font_record>(at, d.font_table);
+    if (font == nullptr || !need_children(at, node, glyph_count))
+        return false;
+    const xml_node* child = node.first_child;
+    for (uint32_t index = 0; index < glyph_count; ++index, child = child->next_sibling) {
+        const place here = place_of_part(at, "glyph", index + 1);
+        if (!read_glyph(here, *child, font->glyphs[index]))
+            return false;
+        check_handle(here, d.mesh_table, "model", font->glyphs[index].model);
+    }
+    return true;
+}
+
+void check_glyph_materials(document_reader& reader)
+{
+    const document& d = *reader.target;
+    const uint32_t count = d.font_table != nullptr ? d.font_table->count : 0;
+    for (uint32_t record = 1; record <= count; ++record) {
+        const auto* font = table_record<font_record>(d.font_table, record);
+        const place at = place_of_record(reader, section_fonts, record);
+        for (uint32_t index = 0; font != nullptr && index < glyph_count; ++index)
+            check_handle(
+                place_of_part(at, "glyph", index + 1), d.material_table, "material", font->glyphs[index].material);
+    }
+}
+
+// ---- object references --------------------------------------------------------------
+
+// What the pair means is its user's to say, so it is checked where it is used.
+bool read_object_reference(const place& at, const xml_node& node)
+{
+    object_reference* reference = add_record<object_reference>(at, at.reader.target->object_table);
+    return reference != nullptr && read_int(at, node, "type", reference->type)
+        && read_handle(at, node, "id", reference->id);
+}
+
+void mark_material_textures(document& d)
+{
+    const uint32_t count = d.material_table != nullptr ? d.material_table->count : 0;
+    for (uint32_t record = 1; record <= count; ++record) {
+        const auto* material = table_record<material_record>(d.material_table, record);
+        for (uint32_t unit = 0; material != nullptr && unit < texture_unit_count; ++unit) {
+            if (auto* reference = table_record<object_reference>(d.object_table, material->texture[unit]))
+                reference->named_by_material = 1;
+        }
+    }
+}
+
+// ---- materials ------------------------------------------------------------------------
+
+enum setting_kind : uint32_t {
+    setting_backface_culling,
+    setting_depth_test,
+    setting_normalization,
+    setting_wireframe,
+    setting_blend_function,
+    setting_red,
+    setting_green,
+    setting_blue,
+    setting_alpha,
+    setting_linewidth,
+    setting_light1,
+    setting_light2,
+    setting_texture1,
+    setting_texture2,
+    setting_texture3,
+    setting_fogtype,
+    setting_fogstart,
+    setting_fogend,
+    setting_fogcolor,
+    setting_enable_glsl,
+    setting_glsl_uniforms,
+    setting_vertex_shader,
+    setting_fragment_shader,
+    setting_kind_count
+};
+
+constexpr const char* setting_names[]
+    = {"backface_culling", "depth_test", "normalization", "wireframe", "blend_function", "red", "green", "blue",
+        "alpha", "linewidth", "light1", "light2", "texture1", "texture2", "texture3", "fogtype", "fogstart", "fogend",
+        "fogcolor", "enable_glsl", "glsl_uniforms", "vertex_shader", "fragment_shader"};
+static_assert(std::size(setting_names) == setting_kind_count);
+
+static setting_kind kind_of_setting(const xml_node& node)
+{
+    uint32_t kind = 0;
+    while (kind < setting_kind_count && !is_named(node, setting_names[kind]))
+        ++kind;
+    return static_cast<setting_kind>(kind);
+}
+
+static bool read_flag(const place& at, const xml_node& node, uint8_t& flag)
+{
+    int32_t value = 0;
+    if (!read_int(at, node, "value", value))
+        return false;
+    flag = value != 0 ? 1 : 0;
+    return true;
+}
+
+static bool read_blend_function(const place& at, const xml_node& node, uint8_t& blend_function)
+{
+    int32_t value = 0;
+    if (!read_int(at, node, "value", value))
+        return false;
+    blend_function = byte_code(value, 255); // above 4: sets nothing
+    return true;
+}
+
+static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype)
+{
+    int32_t value = 0;
+    if (!read_int(at, node, "value", value))
+        return false;
+    fogtype = value == 0 ? 0 : value == 1 ? 1 : 2; // only 0 is no fog
+    return true;
+}
+
+static bool read_material_value(const place& at, const xml_node& node, float& value, uint8_t& dynamic)
+{
+    animated_value animated{};
+    if (!read_animated(at, node, dynamic_unless_static, animated))
+        return false;
+    value = animated.value;
+    dynamic = animated.dynamic;
+    return true;
+}
+
+// A light or the fog colour: `at` is the setting, the message names the material.
+static bool read_value_handle(const place& at, const xml_node& node, uint32_t& handle)
+{
+    if (!read_handle(at, node, "value", handle))
+        return false;
+    check_handle(*at.outer, at.reader.target->transform_table, at.name, handle);
+    return true;
+}
+
+// Warns when a unit's reference leads to no texture: nothing, an unknown kind, a record
+// that does not exist, or a texture node that is no output.
+static void check_texture(const place& material, const char* setting, uint32_t handle)
+{
+    const document& d = *material.reader.target;
+    check_handle(material, d.object_table, setting, handle);
+    const auto* reference = table_record<object_reference>(d.object_table, handle);
+    if (reference == nullptr)
+        return;
+    const place at = place_of_part(material, setting, handle);
+    switch (static_cast<texture_kind>(reference->type)) {
+    case texture_generated: {
+        const auto* node = table_record<texture_node>(d.texture_table, reference->id);
+        if (node != nullptr && node->type != node_output)
+            warn(at, line_of("texture node %u is no output node.", reference->id));
+        return check_handle(at, d.texture_table, "texture node", reference->id);
+    }
+    case texture_image:
+        return check_handle(at, d.image_texture_table, "image texture", reference->id);
+    case texture_dynamic:
+        return check_handle(at, d.dynamic_texture_table, "dynamic texture", reference->id);
+    case texture_cube:
+        return check_handle(at, d.cube_map_table, "cube map", reference->id);
+    }
+    warn(at, line_of("kind %d is no texture.", reference->type));
+}
+
+static uint8_t in_range_or_zero(int32_t value, int32_t last)
+{
+    return value >= 0 && value <= last ? static_cast<uint8_t>(value) : 0;
+}
+
+static bool read_texture_unit(const place& at, const xml_node& node, material_record& material, uint32_t unit)
+{
+    int32_t wrapmode = 0;
+    int32_t cgenmode = 0;
+    int32_t rotation = 0;
+    int32_t function = 0;
+    if (!read_handle(at, node, "value", material.texture[unit]) || !read_int(at, node, "wrapmode", wrapmode)
+        || !read_int(at, node, "cgenmode", cgenmode) || !read_int(at, node, "rotation", rotation)
+        || !read_int(at, node, "function", function))
+        return false;
+    material.wrapmode[unit] = in_range_or_zero(wrapmode, 1);
+    material.cgenmode[unit] = in_range_or_zero(cgenmode, coordinates_cube);
+    material.rotation[unit] = rotation != 0 ? 1 : 0;
+    material.combine_mode[unit] = combine_mode_of_unit(unit, function);
+    check_texture(*at.outer, at.name, material.texture[unit]);
+    return true;
+}
+
+static bool read_uniforms(const place& at, const xml_node& node, material_record& material)
+{
+    for (uint32_t index = 0; index < user_uniform_count; ++index) {
+        const std::string name = "u" + std::to_string(index + 1);
+        if (!read_handle(at, node, name.c_str(), material.user_uniforms[index]))
+            return false;
+        check_handle(place_of_part(at, name.c_str()), at.reader.target->function_table, "function",
+            material.user_uniforms[index]);
+    }
+    return true;
+}
+
+// The record's own copy of a shader text; the last element of a name counts.
+static bool read_shader_text(const place& at, const xml_node& node, char*& text)
+{
+    std::free(text);
+    text = nullptr;
+    if (node.text == nullptr)
+        return true;
+    text = strdup(node.text);
+    return text != nullptr || fail(at, "not enough memory.");
+}
+
+static bool read_setting(const place& at, setting_kind kind, const xml_node& node, material_record& m)
+{
+    switch (kind) {
+    case setting_backface_culling:
+        return read_flag(at, node, m.backface_culling);
+    case setting_depth_test:
+        return read_flag(at, node, m.depth_test);
+    case setting_normalization:
+        return read_flag(at, node, m.normalization);
+    case setting_wireframe:
+        return read_flag(at, node, m.wireframe);
+    case setting_blend_function:
+        return read_blend_function(at, node, m.blend_function);
+    case setting_red:
+    case setting_green:
+    case setting_blue:
+    case setting_alpha:
+        return read_material_value(at, node, m.color[kind - setting_red], m.color_dynamic[kind - setting_red]);
+    case setting_linewidth:
+        return read_material_value(at, node, m.linewidth, m.linewidth_dynamic);
+    case setting_light1:
+        return read_value_handle(at, node, m.light1);
+    case setting_light2:
+        return read_value_handle(at, node, m.light2);
+    case setting_texture1:
+    case setting_texture2:
+    case setting_texture3:
+        return read_texture_unit(at, node, m, kind - setting_texture1);
+    case setting_fogtype:
+        return read_fogtype(at, node, m.fogtype);
+    case setting_fogstart:
+        return read_material_value(at, node, m.fogstart, m.fogstart_dynamic);
+    case setting_fogend:
+        return read_material_value(at, node, m.fogend, m.fogend_dynamic);
+    case setting_fogcolor:
+        return read_value_handle(at, node, m.fogcolor);
+    case setting_enable_glsl:
+        return read_flag(at, node, m.enable_glsl);
+    case setting_glsl_uniforms:
+        return read_uniforms(at, node, m);
+    case setting_vertex_shader:
+        return read_shader_text(at, node, m.custom_vertex_shader);
+    case setting_fragment_shader:
+        return read_shader_text(at, node, m.custom_fragment_shader);
+    case setting_kind_count:
+        break;
+    }
+    return true; // unknown names are passed over
+}
+
+bool read_material(const place& at, const xml_node& node)
+{
+    material_record* material = add_record<material_record>(at, at.reader.target->material_table);
+    if (material == nullptr)
+        return false;
+    for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling) {
+        const setting_kind kind = kind_of_setting(*child);
+        const char* name = kind < setting_kind_count ? setting_names[kind] : "setting";
+        if (!read_setting(place_of_part(at, name), kind, *child, *material))
+            return false;
+    }
+    return true;
+}

@@ -1,0 +1,151 @@
+// What lies in entries of its own: meshes, image textures, cube maps.
+#include "model/read_sections.h"
+
+#include "content/owners.h"
+#include "content/pack.h"
+#include "content/xmlz.h"
+#include "model/image_decode.h"
+#include "model/mesh_bytes.h"
+
+#include <cstdlib>
+#include <utility>
+
+struct entry_bytes {
+    owned_block<uint8_t> bytes;
+    uint32_t size;
+};
+
+static bool read_entry(const place& at, const char* name, entry_bytes& entry)
+{
+    uint8_t* bytes = nullptr;
+    const pack_status status = pack_read_entry(at.reader.pack, name, &bytes, &entry.size);
+    entry.bytes.reset(bytes);
+    switch (status) {
+    case pack_found:
+        return true;
+    case pack_missing:
+        return fail(at, "entry " + quoted(name) + " is missing.");
+    case pack_damaged:
+        return fail(at, "entry " + quoted(name) + " is damaged.");
+    case pack_out_of_memory:
+        break;
+    }
+    return fail(at, "entry " + quoted(name) + " does not fit in memory.");
+}
+
+// Entries may be named again and again, so the sum of what they unfold to is bounded.
+static bool count_unfolded(const place& at, uint64_t bytes)
+{
+    at.reader.unfolded_bytes += bytes;
+    return at.reader.unfolded_bytes <= max_unfolded_bytes
+        || fail(at,
+            line_of("meshes and images unfold to more than %u MiB.", static_cast<uint32_t>(max_unfolded_bytes >> 20)));
+}
+
+// ---- meshes -----------------------------------------------------------------------
+
+bool read_mesh(const place& at, const xml_node& node)
+{
+    mesh_record* mesh = add_record<mesh_record>(at, at.reader.target->mesh_table);
+    const char* name = mesh != nullptr ? read_attribute(at, node, "filename") : nullptr;
+    entry_bytes entry{};
+    if (name == nullptr || !read_entry(at, name, entry))
+        return false;
+    uint32_t size = 0;
+    if (const xmlz_status status = xmlz_inflate(entry.bytes.get(), entry.size, &mesh->data, &size); status != xmlz_ok)
+        return fail(at, "entry " + quoted(name) + " " + xmlz_status_text(status) + ".");
+    if (const std::string fault = lay_out_mesh(mesh->data, size, mesh->arrays); !fault.empty())
+        return fail(at, quoted(name) + " is not a mesh: " + fault + ".");
+    return count_unfolded(at, size);
+}
+
+// ---- image textures ----------------------------------------------------------------
+
+static bool decode_entry(const place& at, const char* name, decoded_image& image)
+{
+    entry_bytes entry{};
+    if (!read_entry(at, name, entry))
+        return false;
+    switch (decode_image(entry.bytes.get(), entry.size, 0, image)) {
+    case image_decoded:
+        return true;
+    case image_undecodable:
+        return fail(at, "cannot decode " + quoted(name) + ".");
+    case image_too_large:
+        break;
+    }
+    return fail(at, quoted(name) + " is too large.");
+}
+
+// A ready-made mipmap level: a picture of exactly the size that the level has. What is
+// missing, broken or of another size is no level, and the level is computed.
+static uint8_t* read_level(const place& at, const char* image_name, uint32_t level, const image_texture& image)
+{
+    const level_name name = name_of_level(image_name, level);
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    if (name.text[0] == 0 || pack_read_entry(at.reader.pack, name.text, &bytes, &size) != pack_found)
+        return nullptr;
+    const owned_block<uint8_t> entry(bytes);
+    uint32_t width = 0;
+    uint32_t height = 0;
+    decoded_image decoded{};
+    if (measure_image(bytes, size, width, height) != image_decoded || width != image.width >> level
+        || height != image.height >> level || decode_image(bytes, size, image.components, decoded) != image_decoded)
+        return nullptr;
+    return decoded.pixels;
+}
+
+bool read_image_texture(const place& at, const xml_node& node)
+{
+    image_texture* texture = add_record<image_texture>(at, at.reader.target->image_texture_table);
+    const char* name = texture != nullptr ? read_attribute(at, node, "filename") : nullptr;
+    decoded_image image{};
+    if (name == nullptr || !read_format_and_filter(at, node, texture->texture_format, texture->texture_filter)
+        || !decode_entry(at, name, image))
+        return false;
+    texture->width = image.width;
+    texture->height = image.height;
+    texture->components = image.components;
+    texture->pixels = image.pixels;
+    texture->level1 = read_level(at, name, 1, *texture);
+    texture->level2 = read_level(at, name, 2, *texture);
+    return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
+}
+
+// ---- cube maps ----------------------------------------------------------------------
+
+static bool read_face(const place& at, const char* name, cube_map& cube, uint32_t face)
+{
+    decoded_image image{};
+    if (!decode_entry(at, name, image))
+        return false;
+    cube.faces[face] = image.pixels;
+    cube.components[face] = image.components;
+    if (image.width != image.height)
+        return fail(at, quoted(name) + line_of(" is %u x %u, not a square.", image.width, image.height));
+    if (face == 0)
+        cube.size = image.width;
+    if (image.width != cube.size)
+        return fail(at, quoted(name) + line_of(" has sides of %u pixels, the first face %u.", image.width, cube.size));
+    return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
+}
+
+bool read_cube_map(const place& at, const xml_node& node)
+{
+    static constexpr const char* face_names[cube_face_count] = {"xp", "xn", "yp", "yn", "zp", "zn"};
+    cube_map* cube = add_record<cube_map>(at, at.reader.target->cube_map_table);
+    const char* entry_names[cube_face_count] = {};
+    for (uint32_t face = 0; face < cube_face_count; ++face) {
+        entry_names[face] = cube != nullptr ? read_attribute(at, node, face_names[face]) : nullptr;
+        if (entry_names[face] == nullptr)
+            return false;
+    }
+    if (!read_format_and_filter(at, node, cube->texture_format, cube->texture_filter))
+        return false;
+    for (uint32_t face = 0; face < cube_face_count; ++face) {
+        if (!read_face(place_of_part(at, face_names[face]), entry_names[face], *cube, face))
+            return false;
+    }
+    return true;
+}

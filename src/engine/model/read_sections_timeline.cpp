@@ -1,0 +1,115 @@
+// Tracks and their layers, which the documents call layers and clips.
+#include "model/read_sections.h"
+
+constexpr uint32_t needed_camera_children = camera_value_count; // a ninth is read and not used
+
+static bool mode_has_target(int32_t type)
+{
+    return type == render_to_texture || type == render_to_texture_16_9 || type == render_quarter
+        || type == render_quarter_keep || type == render_quarter_4_3;
+}
+
+static bool read_layer_attributes(const place& at, const xml_node& node, layer_record& layer)
+{
+    int32_t space_before = 0;
+    int32_t length = 0;
+    int32_t type = 0;
+    if (!read_handle(at, node, "id", layer.model_id) || !read_int(at, node, "space_before", space_before)
+        || !read_int(at, node, "length", length) || !read_handle(at, node, "offset", layer.offset)
+        || !read_int(at, node, "type", type))
+        return false;
+    if (mode_has_target(type) && !read_handle(at, node, "rtex", layer.rtex))
+        return false;
+    if (!read_handle(at, node, "clearcolor", layer.clearcolor))
+        return false;
+    if (space_before < 0)
+        return fail(at, line_of("space_before %d is negative.", space_before));
+    if (length < 0)
+        return fail(at, line_of("length %d is negative.", length));
+    layer.space_before = static_cast<uint32_t>(space_before);
+    layer.length = static_cast<uint32_t>(length);
+    layer.type = static_cast<uint32_t>(type);
+    return true;
+}
+
+static void check_layer(const place& at, const layer_record& layer)
+{
+    const document& d = *at.reader.target;
+    check_handle(at, d.scene_table, "id", layer.model_id);
+    check_handle(at, d.image_texture_table, "rtex", layer.rtex);
+    check_handle(at, d.transform_table, "clearcolor", layer.clearcolor);
+}
+
+// "ortographic" is the documents' own spelling.
+static bool read_field_of_view(const place& at, const xml_node& node, uint8_t& mode, float& value)
+{
+    const char* type = read_attribute(at, node, "type");
+    if (type == nullptr)
+        return false;
+    mode = fov_constant;
+    if (std::strcmp(type, "ortographic") == 0)
+        mode = fov_orthographic;
+    if (std::strcmp(type, "dynamic") == 0)
+        mode = fov_dynamic;
+    return mode == fov_dynamic ? read_function_value(at, node, value) : read_real(at, node, "value", value);
+}
+
+static bool read_camera_value(const place& at, const xml_node& node, layer_record& layer, uint32_t index)
+{
+    if (index == camera_fov)
+        return read_field_of_view(at, node, layer.camera_mode[index], layer.camera[index]);
+    animated_value value{};
+    if (!read_animated(at, node, dynamic_if_named, value))
+        return false;
+    if (index < camera_value_count) {
+        layer.camera_mode[index] = value.dynamic;
+        layer.camera[index] = value.value;
+    }
+    return true;
+}
+
+static bool read_camera(const place& at, const xml_node& node, layer_record& layer)
+{
+    if (!need_children(at, node, needed_camera_children))
+        return false;
+    const xml_node* child = node.first_child;
+    for (uint32_t index = 0; index <= camera_value_count && child != nullptr; ++index, child = child->next_sibling) {
+        if (!read_camera_value(place_of_part(at, "value", index + 1), *child, layer, index))
+            return false;
+    }
+    return true;
+}
+
+// Lays the layer behind the one before it, its pause included in its span.
+static bool enter_layer(const place& at, const layer_record& layer, uint32_t index, uint32_t track, timeline& t)
+{
+    const uint32_t start = at.reader.layer_start;
+    const uint64_t end = uint64_t{start} + layer.space_before + layer.length;
+    if (end > max_track_end)
+        return fail(at, line_of("ends at %llu ticks, beyond %u.", static_cast<unsigned long long>(end), max_track_end));
+    register_layer(start, static_cast<uint32_t>(end), index, track, t);
+    at.reader.layer_start = static_cast<uint32_t>(end);
+    return true;
+}
+
+bool read_track(const place& at, const xml_node& node, uint32_t track)
+{
+    timeline* t = at.reader.target->tracks;
+    if (t == nullptr || track >= track_count)
+        return true;
+    at.reader.handle = track + 1;
+    at.reader.layer_start = 0;
+    uint32_t index = 0;
+    for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++index) {
+        const place here = place_of_part(at, "clip", index + 1);
+        if (index == layers_per_track)
+            return fail(here, line_of("more than %u clips.", layers_per_track));
+        layer_record& layer = t->layers[track][index];
+        if (!read_layer_attributes(here, *child, layer) || !read_camera(here, *child, layer)
+            || !enter_layer(here, layer, index, track, *t))
+            return false;
+        check_layer(here, layer);
+        t->layer_count[track] = index + 1;
+    }
+    return true;
+}

@@ -1,0 +1,76 @@
+// Animation functions and value records.
+#include "model/read_sections.h"
+
+// ---- animation functions ----------------------------------------------------------
+
+static bool read_segment(const place& at, const xml_node& node, animation_function& function, uint32_t index)
+{
+    int32_t length = 0;
+    if (!read_int(at, node, "type", function.segment_type[index]) || !read_int(at, node, "length", length))
+        return false;
+    function.segment_length[index] = static_cast<uint32_t>(length);
+    uint32_t param = 0;
+    for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++param) {
+        if (param == max_segment_params)
+            return fail(at, line_of("more than %u parameters.", max_segment_params));
+        if (!read_text_real(place_of_part(at, "parameter", param + 1), *child, function.segment_params[index][param]))
+            return false;
+    }
+    return true;
+}
+
+bool read_function(const place& at, const xml_node& node)
+{
+    animation_function* function = add_record<animation_function>(at, at.reader.target->function_table);
+    if (function == nullptr)
+        return false;
+    function->cached_time = no_cached_time;
+    int32_t value_type = 0;
+    int32_t loop_type = 0;
+    if (!read_int(at, node, "type", value_type) || !read_int(at, node, "loop_type", loop_type)
+        || !read_real(at, node, "loop_begin", function->loop_begin)
+        || !read_real(at, node, "loop_end", function->loop_end))
+        return false;
+    function->value_type = byte_code(value_type, 0);
+    function->loop_type = byte_code(loop_type, loop_off);
+    uint32_t index = 0;
+    for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++index) {
+        const place here = place_of_part(at, "segment", index + 1);
+        if (index == max_segments)
+            return fail(here, line_of("more than %u segments.", max_segments));
+        if (!read_segment(here, *child, *function, index))
+            return false;
+        function->segment_count = static_cast<uint8_t>(index + 1);
+    }
+    return true;
+}
+
+// ---- value records ------------------------------------------------------------------
+
+static void mark_dynamic(value_record& record, uint32_t index)
+{
+    uint8_t& flags = record.dynamic_flags[index < 6 ? 0 : 1];
+    const int bit = index < 6 ? 128 >> index : 128 >> (index - 6);
+    flags = static_cast<uint8_t>(flags | bit);
+}
+
+bool read_value_record(const place& at, const xml_node& node)
+{
+    constexpr uint32_t value_count = 9;
+    value_record* record = add_record<value_record>(at, at.reader.target->transform_table);
+    if (record == nullptr || !need_children(at, node, 1))
+        return false;
+    const xml_node& wrapper = *node.first_child;
+    if (!need_children(place_of_part(at, "wrapper"), wrapper, value_count))
+        return false;
+    const xml_node* child = wrapper.first_child;
+    for (uint32_t index = 0; index < value_count; ++index, child = child->next_sibling) {
+        animated_value value{};
+        if (!read_animated(place_of_part(at, "value", index + 1), *child, dynamic_if_named, value))
+            return false;
+        record->values[index] = value.value;
+        if (value.dynamic != 0)
+            mark_dynamic(*record, index);
+    }
+    return true;
+}
