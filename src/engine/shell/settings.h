@@ -12,9 +12,19 @@
 #include <cstdint>
 #include <cstdio>
 
+constexpr uint32_t resolution_count = 12; // rows of the resolution list; row 0 is the desktop's size
+
+enum aspect_choice : uint32_t {
+    aspect_automatic = 0, // width / height of the chosen size
+    aspect_4_3 = 1,
+    aspect_16_9 = 2,
+    aspect_16_10 = 3,
+    aspect_count
+};
+
 struct player_settings {
     uint32_t resolution_index;    // 0..11, row of the resolution list
-    uint32_t aspect_index;        // 0..3, row of the aspect list
+    uint32_t aspect_index;        // aspect_choice, row of the aspect list
     int32_t fullscreen;           // +1 on, -1 off
     int32_t antialiasing;
     int32_t music_enabled;        // becomes -1 when no music can be played
@@ -45,3 +55,7 @@ struct player_settings {
 
 // Everything zero but the dialog's defaults and initial_caps.
 void settings_defaults(player_settings& settings);
+
+// screen_width, screen_height and aspect from the chosen rows. A desktop without a
+// size counts as 640 x 480; a resolution_index of 12 or more changes nothing.
+void settings_choose_size(player_settings& settings);

@@ -1,0 +1,17 @@
+// The OpenGL window: opened by the viewer's choices, probed, reported, and put into
+// the state that the renderer expects. Main thread only.
+#pragma once
+
+#include "shell/settings.h"
+
+enum display_result {
+    display_open,
+    display_failed // one line says why, SDL is shut down: end with status 0
+};
+
+// Fills screen size, aspect, glsl_path, both capability records, the texture units and
+// the texture formats of the settings, from the dialog's choices and the driver's
+// answers. Starts SDL's timer and, with music, its audio. Prints the capability report
+// and shows a black frame. Resets the renderer's matrices and builds the maze tables.
+// `argv[1]` is looked at for "-forcepbo".
+display_result open_display(player_settings& settings, int argc, char** argv);

@@ -1,0 +1,68 @@
+#include "shell/startup.h"
+
+#include "shell/log.h"
+
+#include <dirent.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+constexpr char pack_suffix[] = "dpk"; // no dot: "mydpk" and "dpk" are packs as well
+constexpr size_t pack_suffix_length = sizeof(pack_suffix) - 1;
+constexpr char sound_server_prefix[] = "pulse";
+
+void prepare_standard_output()
+{
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+void fix_audio_environment()
+{
+    const char* driver = std::getenv("SDL_AUDIODRIVER");
+    if (driver == nullptr)
+        std::puts("Changing SDL_AUDIODRIVER to alsa.");
+    else if (std::strncmp(driver, sound_server_prefix, sizeof(sound_server_prefix) - 1) == 0)
+        std::puts("Changing SDL_AUDIODRIVER from pulse to alsa.");
+    else
+        return;
+    setenv("SDL_AUDIODRIVER", "alsa", 1);
+    unsetenv("AUDIODEV");
+}
+
+static bool names_a_pack(const char* name)
+{
+    const size_t length = std::strlen(name);
+    return length >= pack_suffix_length && std::strcmp(name + length - pack_suffix_length, pack_suffix) == 0;
+}
+
+// The first name in the directory's own order; empty when there is none.
+static std::string first_pack_name()
+{
+    std::string name;
+    DIR* directory = opendir(".");
+    if (directory == nullptr)
+        return name;
+    for (const dirent* entry = readdir(directory); entry != nullptr && name.empty(); entry = readdir(directory))
+        if (names_a_pack(entry->d_name))
+            name = entry->d_name;
+    closedir(directory);
+    return name;
+}
+
+bool discover_pack(player_settings& settings)
+{
+    const std::string name = first_pack_name();
+    if (name.empty()) {
+        log_message(0, "Sux... no dpk file.");
+        return false;
+    }
+    std::printf("Found %s.\n", name.c_str());
+    settings.pack = std::fopen(name.c_str(), "rb");
+    if (settings.pack == nullptr) {
+        log_message(0, ("Error: cannot open " + name + "!").c_str());
+        return false;
+    }
+    log_message(0, "Starting the demo.");
+    return true;
+}

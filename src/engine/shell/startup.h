@@ -1,0 +1,20 @@
+// The first steps of the process: standard output, the audio driver, the pack.
+#pragma once
+
+#include "shell/settings.h"
+
+// The program's name and version: its first line and its windows' title.
+constexpr const char* banner_text = "Brimlow Engine v1.0";
+
+// Standard output by whole lines, even into a pipe or a file. Before the first line.
+void prepare_standard_output();
+
+// Steers SDL to the "alsa" audio driver where SDL_AUDIODRIVER is unset or begins with
+// "pulse", removes AUDIODEV then, and says so in one line. Any other value, the empty
+// one too, leaves the environment alone. Before SDL starts.
+void fix_audio_environment();
+
+// Opens the first file of the working directory whose name ends in "dpk", in the
+// directory's own order, as settings.pack. False when there is none or it cannot be
+// opened; a line says so.
+bool discover_pack(player_settings& settings);
