@@ -55,8 +55,11 @@ struct pack_slot {
 };
 
 // Slot number `index`, counted from 0. False at the end of the index (the
-// terminator, or the end of the file), which prints nothing.
+// terminator, or the end of the file), which prints nothing, and for a null pack.
 bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot);
+
+// The bytes of that slot's entry, as pack_read_entry hands them out.
+[[nodiscard]] pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** bytes);
 
 // ---- lists: what the writing half works on ---------------------------------------
 
@@ -74,8 +77,9 @@ pack_file_list* pack_list_names(FILE* pack);
 pack_file_list* pack_file_list_new();
 
 // Stores the two strings (from malloc; the list frees them) in the list's last
-// node and gives it a new last node, which is returned. Nothing is put between
-// directory and name: a directory ends in "/".
+// node and gives it a new last node, which is returned: appending to that is quick.
+// Nothing is put between directory and name: a directory ends in "/". A null name
+// appends nothing.
 pack_file_list* pack_file_list_append(pack_file_list* list, char* name, char* source_dir);
 
 // Removes the entry with that number, from 0, and returns the list's head. Prints
@@ -100,15 +104,17 @@ const char* pack_name_problem(const char* name);
 // False as well when writing fails.
 bool pack_write(const pack_file_list* list, const char* out_path, FILE* old_pack);
 
-// The same, but `out_path` may be the very file that `old_pack` reads: all its
-// entries are held in memory before the output is opened. Prints "count = %d\n",
-// then "NAME: %s\n" for each of them, then "size of the file: %d\n" or "size=%d\n"
-// for each entry written.
+// The same, and tells what it does: "count = %d\n" with the number of entries taken
+// from the old pack, "NAME: %s\n" for each of them, then "size of the file: %d\n"
+// or "size=%d\n" for each entry written. `out_path` may be the very file that
+// `old_pack` reads: what is taken from it is held in memory before the output is
+// opened.
 bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE* old_pack);
 
 // Writes each entry to the file `prefix` + name, made with permissions 0600 or
-// truncated. An entry that is damaged or has a refused name, a target that is a
-// symbolic link or the pack itself: reported and left out, and the result is false.
+// truncated; directories that the name asks for are made. An entry that is damaged
+// or has a refused name, a target that is a symbolic link or the pack itself:
+// reported and left out, and the result is false.
 bool pack_extract_all(FILE* pack, const char* prefix);
 
 // The same for the entries of a list, taken from source_dir + name where a

@@ -78,6 +78,6 @@ void xml_free(xml_node* node);
 // two blanks per level, nothing escaped. An element with text is written without
 // its children. Every piece goes through buffer_printf and is cut at 4095 bytes,
 // an element's text together with its closing tag being one piece. A nameless
-// node is written as "<", and ends with "/>" or "</>". Null when the text would
-// pass text_buffer_max_capacity or memory runs out.
+// node is written as "<", and ends with "/>" or "</>". Null for null, and when the
+// text would pass text_buffer_max_capacity or memory runs out.
 char* xml_write(const xml_node* node);

@@ -1,0 +1,26 @@
+#define _FILE_OFFSET_BITS 64 // so that the sizes of large files are known on 32-bit systems
+
+#include "content/file_bytes.h"
+#include "content/owners.h"
+
+#include <sys/stat.h>
+
+bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t* size)
+{
+    struct stat status;
+    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > limit)
+        return false; // looked at before it is opened: opening a named pipe waits for its other end
+    const owned_file file(std::fopen(path, "rb"));
+    if (!file)
+        return false;
+    const auto length = static_cast<uint32_t>(status.st_size);
+    if (length > SIZE_MAX - 1)
+        return false;
+    owned_block<uint8_t> block(static_cast<uint8_t*>(std::malloc(size_t{length} + 1)));
+    if (!block || std::fread(block.get(), 1, length, file.get()) != length)
+        return false;
+    block[length] = 0;
+    *bytes = block.release();
+    *size = length;
+    return true;
+}

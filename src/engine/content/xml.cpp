@@ -1,0 +1,501 @@
+#include "content/xml.h"
+#include "content/file_bytes.h"
+#include "content/owners.h"
+#include "content/text_buffer.h"
+#include "content/xmlz.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+static constexpr size_t number_text_size = 32; // longer numbers are cut
+
+// ---- nodes and attributes --------------------------------------------------------
+
+static char* copy_bytes(const char* begin, size_t length)
+{
+    char* copy = static_cast<char*>(std::malloc(length + 1));
+    if (!copy)
+        return nullptr;
+    std::memcpy(copy, begin, length);
+    copy[length] = '\0';
+    return copy;
+}
+
+static char* copy_string(const char* text)
+{
+    return text ? copy_bytes(text, std::strlen(text)) : nullptr;
+}
+
+static xml_node* new_empty_node()
+{
+    return static_cast<xml_node*>(std::calloc(1, sizeof(xml_node)));
+}
+
+// Appends an attribute that takes over `name`; null without memory. The array's
+// capacity is the next power of two, so that appending n costs n.
+static xml_attribute* append_attribute(xml_node* node, char* name)
+{
+    const auto count = static_cast<size_t>(node->attribute_count);
+    if ((count & (count - 1)) == 0) {
+        const size_t capacity = count == 0 ? 1 : 2 * count;
+        void* grown = std::realloc(node->attributes, capacity * sizeof(xml_attribute));
+        if (!grown)
+            return nullptr;
+        node->attributes = static_cast<xml_attribute*>(grown);
+    }
+    xml_attribute* attribute = &node->attributes[count];
+    *attribute = {name, nullptr};
+    ++node->attribute_count;
+    return attribute;
+}
+
+static xml_attribute* find_attribute(const xml_node* node, const char* name)
+{
+    for (int32_t i = 0; i < node->attribute_count; ++i) {
+        xml_attribute* attribute = &node->attributes[i];
+        if (attribute->name && std::strcmp(attribute->name, name) == 0)
+            return attribute;
+    }
+    return nullptr;
+}
+
+static void append_child(xml_node* parent, xml_node* last_child, xml_node* child)
+{
+    child->parent = parent;
+    if (last_child)
+        last_child->next_sibling = child;
+    else
+        parent->first_child = child;
+}
+
+// ---- reading ---------------------------------------------------------------------
+
+enum reader_state : uint32_t {
+    state_text = 0,   // between tags
+    state_opened = 1, // behind "<", before the name
+    state_name = 2,
+    state_tag = 3, // inside a start tag, between attributes
+    state_attribute_name = 5,
+    state_before_value = 6, // behind "="
+    state_value = 7,        // inside double quotes
+    state_skipped_tag = 8,  // a closing tag or an instruction
+    state_comment = 9
+};
+
+enum reader_event : uint32_t {
+    event_open = 0, // a start tag that stays open: the current element has no child yet
+    event_close = 1,
+    event_self_close = 2
+};
+
+struct xml_reader {
+    xml_node* root;
+    xml_node* current;
+    xml_node* last_top_level; // the root's last child
+    const char* token;        // where the name, value or text under way began
+    reader_state state;
+    reader_event event;
+    uint32_t item_count; // elements and attributes so far
+    bool exhausted;      // no memory, or too many items: the text counts as ended
+};
+
+static bool is_space(char byte)
+{
+    return std::isspace(static_cast<unsigned char>(byte)) != 0;
+}
+
+static char* copy_token(xml_reader& reader, const char* end)
+{
+    char* copy = copy_bytes(reader.token, static_cast<size_t>(end - reader.token));
+    reader.exhausted = reader.exhausted || !copy;
+    return copy;
+}
+
+static bool count_item(xml_reader& reader)
+{
+    reader.exhausted = reader.exhausted || ++reader.item_count > xml_max_items;
+    return !reader.exhausted;
+}
+
+static void open_element(xml_reader& reader)
+{
+    xml_node* node = count_item(reader) ? new_empty_node() : nullptr;
+    if (!node) {
+        reader.exhausted = true;
+        return;
+    }
+    xml_node* current = reader.current;
+    if (current == reader.root) // whatever came last: the root has no siblings
+        append_child(current, reader.last_top_level, node);
+    else if (reader.event == event_open)
+        append_child(current, nullptr, node);
+    else
+        append_child(current->parent, current, node);
+    if (node->parent == reader.root)
+        reader.last_top_level = node;
+    reader.current = node;
+    reader.state = state_opened;
+}
+
+// "</": the first one behind a start tag ends an element without children, which
+// stays current so that a sibling can follow; the next one ends its parent.
+static void close_element(xml_reader& reader, const char* at)
+{
+    reader.state = state_skipped_tag;
+    if (reader.current == reader.root)
+        return;
+    if (reader.event != event_open)
+        reader.current = reader.current->parent;
+    else if (at > reader.token)
+        reader.current->text = copy_token(reader, at);
+    reader.event = event_close;
+}
+
+static void read_less_than(xml_reader& reader, const char* at)
+{
+    if (at[1] == '/')
+        close_element(reader, at);
+    else if (at[1] == '?')
+        reader.state = state_skipped_tag;
+    else if (at[1] != '!')
+        open_element(reader);
+    else if (at[2] == '-' && at[3] == '-')
+        reader.state = state_comment;
+}
+
+static void take_name(xml_reader& reader, const char* end)
+{
+    reader.current->name = copy_token(reader, end);
+}
+
+static void take_attribute_name(xml_reader& reader, const char* end)
+{
+    char* name = count_item(reader) ? copy_token(reader, end) : nullptr;
+    if (!name || !append_attribute(reader.current, name)) {
+        std::free(name);
+        reader.exhausted = true;
+        return;
+    }
+    reader.state = state_before_value;
+}
+
+static void take_value(xml_reader& reader, const char* end)
+{
+    xml_node* node = reader.current;
+    node->attributes[node->attribute_count - 1].value = copy_token(reader, end);
+    reader.state = state_tag;
+}
+
+// "/>" counts in every state, also in quoted values, text and comments (deliberate;
+// pinned by "a slash and a greater-than sign end an element wherever they stand").
+static void self_close(xml_reader& reader, const char* at)
+{
+    if (reader.state == state_name)
+        take_name(reader, at);
+    reader.state = state_text;
+    reader.event = event_self_close;
+    reader.token = at + 2;
+}
+
+static void end_tag(xml_reader& reader, const char* at)
+{
+    if (reader.state == state_name)
+        take_name(reader, at);
+    if (reader.state != state_skipped_tag)
+        reader.event = event_open;
+    reader.state = state_text;
+    reader.token = at + 1;
+}
+
+// One byte. Names begin before anything else is looked at, so that "<>" has an
+// empty name and `<a ="1">` an attribute with an empty one.
+static void read_byte(xml_reader& reader, const char* at)
+{
+    if (is_space(*at)) {
+        if (reader.state == state_name) {
+            take_name(reader, at);
+            reader.state = state_tag;
+        }
+        return;
+    }
+    if (reader.state == state_opened || reader.state == state_tag) {
+        reader.token = at;
+        reader.state = reader.state == state_opened ? state_name : state_attribute_name;
+    }
+    switch (*at) {
+    case '<':
+        if (reader.state == state_text)
+            read_less_than(reader, at);
+        break;
+    case '=':
+        if (reader.state == state_attribute_name)
+            take_attribute_name(reader, at);
+        break;
+    case '"':
+        if (reader.state == state_value) {
+            take_value(reader, at);
+        } else if (reader.state == state_before_value) {
+            reader.token = at + 1;
+            reader.state = state_value;
+        }
+        break;
+    case '/':
+        if (at[1] == '>')
+            self_close(reader, at);
+        break;
+    case '>':
+        if (reader.state != state_text && reader.state != state_comment)
+            end_tag(reader, at);
+        break;
+    case '-':
+        if (reader.state == state_comment && at[1] == '-' && at[2] == '>')
+            reader.state = state_text; // the token stays: the comment is part of the text
+        break;
+    }
+}
+
+xml_node* xml_parse(const char* text)
+{
+    xml_reader reader = {};
+    reader.root = reader.current = new_empty_node();
+    reader.token = text;
+    if (!reader.root || !text)
+        return reader.root;
+    for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)
+        read_byte(reader, at);
+    return reader.root;
+}
+
+xml_node* xml_load_file(const char* path)
+{
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    if (!path || !read_whole_file(path, xmlz_max_size, &bytes, &size))
+        return nullptr;
+    const owned_block<uint8_t> text(bytes);
+    return xml_parse(reinterpret_cast<const char*>(text.get()));
+}
+
+// ---- queries and edits -----------------------------------------------------------
+
+const char* xml_get_attribute(const xml_node* node, const char* name)
+{
+    if (!node || !name)
+        return nullptr;
+    const xml_attribute* attribute = find_attribute(node, name);
+    return attribute ? attribute->value : nullptr;
+}
+
+char* xml_set_attribute(xml_node* node, const char* name, const char* value)
+{
+    if (!node || !name)
+        return nullptr;
+    xml_attribute* attribute = find_attribute(node, name);
+    if (!attribute) {
+        char* name_copy = copy_string(name);
+        attribute = name_copy ? append_attribute(node, name_copy) : nullptr;
+        if (!attribute) {
+            std::free(name_copy);
+            return nullptr;
+        }
+    }
+    char* copy = copy_string(value); // before the old value goes: it may be the same
+    std::free(attribute->value);
+    attribute->value = copy;
+    return copy;
+}
+
+char* xml_set_attribute_u32(xml_node* node, const char* name, uint32_t value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%u", value);
+    return xml_set_attribute(node, name, text);
+}
+
+char* xml_set_attribute_i32(xml_node* node, const char* name, int32_t value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%d", value);
+    return xml_set_attribute(node, name, text);
+}
+
+char* xml_set_attribute_f32(xml_node* node, const char* name, float value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%f", static_cast<double>(value));
+    return xml_set_attribute(node, name, text);
+}
+
+xml_node* xml_new_node(const char* name)
+{
+    xml_node* node = new_empty_node();
+    if (node)
+        node->name = copy_string(name);
+    return node;
+}
+
+xml_node* xml_add_child(xml_node* parent, const char* name)
+{
+    xml_node* child = parent ? xml_new_node(name) : nullptr;
+    if (!child)
+        return nullptr;
+    xml_node* last_child = parent->first_child;
+    while (last_child && last_child->next_sibling)
+        last_child = last_child->next_sibling;
+    append_child(parent, last_child, child);
+    return child;
+}
+
+void xml_set_text(xml_node* node, const char* text)
+{
+    if (!node)
+        return;
+    char* copy = copy_string(text); // before the old text goes: it may be the same
+    std::free(node->text);
+    node->text = copy;
+}
+
+void xml_set_text_u32(xml_node* node, uint32_t value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%u", value);
+    xml_set_text(node, text);
+}
+
+void xml_set_text_f32(xml_node* node, float value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%f", static_cast<double>(value));
+    xml_set_text(node, text);
+}
+
+void xml_set_text_f32_precise(xml_node* node, float value)
+{
+    char text[number_text_size];
+    std::snprintf(text, sizeof text, "%.12f", static_cast<double>(value));
+    xml_set_text(node, text);
+}
+
+// ---- freeing ---------------------------------------------------------------------
+
+static void free_one_node(xml_node* node)
+{
+    for (int32_t i = 0; i < node->attribute_count; ++i) {
+        std::free(node->attributes[i].name);
+        std::free(node->attributes[i].value);
+    }
+    std::free(node->attributes);
+    std::free(node->name);
+    std::free(node->text);
+    std::free(node);
+}
+
+// Works through one chain: each node's children are linked behind the chain's end
+// before the node goes, so a deep tree needs no stack.
+void xml_free(xml_node* node)
+{
+    if (!node)
+        return;
+    node->next_sibling = nullptr;
+    xml_node* chain_end = node;
+    while (node) {
+        chain_end->next_sibling = node->first_child;
+        while (chain_end->next_sibling)
+            chain_end = chain_end->next_sibling;
+        xml_node* next = node->next_sibling;
+        free_one_node(node);
+        node = next;
+    }
+}
+
+// ---- writing ---------------------------------------------------------------------
+
+struct xml_writer {
+    char* text;
+    uint32_t capacity;
+    uint32_t used;
+    bool failed;
+};
+
+static void put(xml_writer& writer, const char* piece)
+{
+    writer.failed = writer.failed || !buffer_printf(&writer.text, &writer.capacity, &writer.used, "%s", piece);
+}
+
+static void put_indentation(xml_writer& writer, size_t depth)
+{
+    constexpr size_t widest_piece = text_buffer_piece_size - 2; // whole levels, short enough not to be cut
+    for (size_t blanks = 2 * depth; blanks > 0 && !writer.failed;) {
+        const size_t width = std::min(blanks, widest_piece);
+        writer.failed
+            = !buffer_printf(&writer.text, &writer.capacity, &writer.used, "%*s", static_cast<int>(width), "");
+        blanks -= width;
+    }
+}
+
+// The start tag up to its last attribute.
+static void put_start(xml_writer& writer, const xml_node* node, size_t depth)
+{
+    put_indentation(writer, depth);
+    put(writer, "<");
+    if (node->name)
+        put(writer, node->name);
+    for (int32_t i = 0; i < node->attribute_count && !writer.failed; ++i) {
+        const xml_attribute& attribute = node->attributes[i];
+        put(writer, " ");
+        if (attribute.name)
+            writer.failed
+                = writer.failed || !buffer_printf(&writer.text, &writer.capacity, &writer.used, "%s=", attribute.name);
+        put(writer, "\"");
+        if (attribute.value)
+            put(writer, attribute.value);
+        put(writer, "\"");
+    }
+}
+
+static void put_end(xml_writer& writer, const xml_node* node, size_t depth)
+{
+    put_indentation(writer, depth);
+    writer.failed = writer.failed
+        || !buffer_printf(&writer.text, &writer.capacity, &writer.used, "</%s>\n", node->name ? node->name : "");
+}
+
+// Writes what does not depend on the children; true when they are still to come.
+static bool put_node(xml_writer& writer, const xml_node* node, size_t depth)
+{
+    put_start(writer, node, depth);
+    if (node->text) { // text and closing tag are one piece, and are cut as one
+        writer.failed = writer.failed
+            || !buffer_printf(
+                &writer.text, &writer.capacity, &writer.used, ">%s</%s>\n", node->text, node->name ? node->name : "");
+        return false;
+    }
+    put(writer, node->first_child ? ">\n" : "/>\n");
+    return node->first_child != nullptr;
+}
+
+char* xml_write(const xml_node* node)
+{
+    xml_writer writer = {};
+    std::vector<const xml_node*> open_nodes; // the way down, written up to their ">"
+    while (node && !writer.failed) {
+        if (put_node(writer, node, open_nodes.size())) {
+            open_nodes.push_back(node);
+            node = node->first_child;
+            continue;
+        }
+        while (!open_nodes.empty() && !node->next_sibling && !writer.failed) {
+            node = open_nodes.back();
+            open_nodes.pop_back();
+            put_end(writer, node, open_nodes.size());
+        }
+        node = open_nodes.empty() ? nullptr : node->next_sibling;
+    }
+    if (!writer.failed)
+        return writer.text;
+    std::free(writer.text);
+    return nullptr;
+}
