@@ -2,7 +2,7 @@
 
 #include <SDL/SDL.h>
 #define STB_VORBIS_HEADER_ONLY
-#include <stb/stb_vorbis.c>
+#include <stb/stb_vorbis.h>
 
 #include <atomic>
 #include <cstdio>
