@@ -70,8 +70,20 @@ static void free_buffers(cube_map& cube)
         release(face);
 }
 
+static void free_buffers(dynamic_texture& texture)
+{
+    if (texture.state != nullptr)
+        release(texture.state->buffer);
+    release(texture.state);
+}
+
 static void free_buffers(material_record& material)
 {
+    if (material.program != nullptr) {
+        release(material.program->vertex_source);
+        release(material.program->fragment_source);
+    }
+    release(material.program);
     release(material.custom_vertex_shader);
     release(material.custom_fragment_shader);
 }
@@ -104,6 +116,7 @@ void document_free(document& d)
 {
     document_free_generated_images(d);
     free_buffers_of_table<mesh_record>(d.mesh_table);
+    free_buffers_of_table<dynamic_texture>(d.dynamic_texture_table);
     free_buffers_of_table<image_texture>(d.image_texture_table);
     free_buffers_of_table<cube_map>(d.cube_map_table);
     free_buffers_of_table<material_record>(d.material_table);

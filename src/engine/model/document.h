@@ -67,9 +67,11 @@ void document_create(document& d, const char* name, timeline* tracks);
 // Frees generated images (pixels included) and every node's pixel buffer.
 void document_free_generated_images(document& d);
 
-// Frees all tables, the buffers that their records own, and the timeline; clears
-// the record, so that a second call does nothing. OpenGL objects and the states of
-// mesh effects are released elsewhere, before this.
+// Frees all tables, the buffers that their records own (from malloc, shader programs
+// and the states of dynamic textures included), and the timeline; clears the record,
+// so that a second call does nothing. OpenGL objects and the states of mesh effects are
+// released elsewhere, before this; whoever frees a record's buffer elsewhere clears
+// its field.
 void document_free(document& d);
 
 struct document_problem {
