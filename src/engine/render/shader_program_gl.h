@@ -4,8 +4,11 @@
 #include "model/records.h"
 #include "render/shader_source.h"
 
-// Builds material.program (its texts are there). Errors are kept in the record's info
-// log and printed nowhere; the show goes on. Nothing without shader entry points.
+// Builds material.program (its texts are there) and leaves no program current. Errors
+// are kept in the record's info log and printed nowhere; the show goes on. A program
+// that does not link is deleted again (its name is 0 and all locations are -1), so
+// that what is drawn with it is not drawn at all. Nothing without shader entry points
+// or without a program record.
 void build_shader(material_record& material, const shader_unit units[texture_unit_count]);
 
 // Deletes the OpenGL objects; twice is harmless.

@@ -1,0 +1,105 @@
+// The material plan: the numbers that a material means at a moment - colours,
+// lights, fog, the pictures of its texture units - without OpenGL.
+//
+// material_gl hands them over. Times are ticks of 1/100 s, angles degrees. Dangling
+// references count as none. Evaluating changes the functions' caches, nothing else.
+#pragma once
+
+#include "model/document.h"
+#include "model/records.h"
+
+#include <cstdint>
+
+// Combine modes of unit 1. Other numbers act as 0.
+enum first_unit_combine : uint8_t {
+    first_multiply_color = 0,
+    first_ignore_alpha = 1, // multiply the colour, take the texture's alpha
+    first_replace = 2,
+    first_add_color = 3
+};
+
+// Combine modes of unit 2. Unit 3 has a mode of its own as number 0 and unit 2's list,
+// shifted by one, after it. Other numbers act as 0.
+enum second_unit_combine : uint8_t {
+    second_add_previous = 0,
+    second_multiply_previous = 1,
+    second_dot3_previous = 2,
+    second_interpolate_color = 3,
+    second_interpolate_alpha = 4,
+    second_add_without_alpha = 5
+};
+
+constexpr uint8_t third_multiply_and_add = 0; // texture x primary + previous
+
+// True for sphere and cube maps; what is neither reads the mesh's own coordinates.
+bool generates_coordinates(uint8_t cgenmode);
+
+// The tables that a material's texture references lead through. Null tables are empty.
+struct texture_tables {
+    const record_table* objects;
+    const record_table* generated; // texture_node
+    const record_table* images;    // image_texture
+    const record_table* dynamic;   // dynamic_texture
+    const record_table* cubes;     // cube_map
+};
+
+texture_tables texture_tables_of(const document& d);
+
+// The picture behind a texture reference.
+struct resolved_texture {
+    bool found;       // false: nothing is there, an empty unit
+    int32_t kind;     // texture_kind
+    uint32_t id;      // handle in the kind's table
+    uint32_t texture; // OpenGL name
+};
+
+resolved_texture resolve_texture(const texture_tables& tables, uint32_t reference);
+
+// One texture unit in use.
+struct unit_plan {
+    uint32_t texture;         // OpenGL name
+    uint32_t dynamic_texture; // handle to refresh before use; 0: none
+    bool cube_map;            // a cube map, else a flat picture
+    uint8_t wrapmode;         // 0 repeat, 1 edge clamp
+    uint8_t cgenmode;         // coordinate_generation
+    uint8_t rotation;         // not 0: the texture turns with the view
+    uint8_t combine_mode;     // by the unit's own list
+};
+
+// The units in use, from the first on: the first empty one ends them, and so does
+// `limit`. Returns how many of `units` were filled.
+uint32_t plan_units(
+    const material_record& material, const texture_tables& tables, uint32_t limit, unit_plan units[texture_unit_count]);
+
+struct light_plan {
+    float ambient[3];
+    float diffuse[3];
+    float position[3];
+};
+
+struct fog_plan {
+    float color[3];
+    float start; // distances from the eye
+    float end;
+};
+
+// Red, green, blue, alpha.
+void plan_color(const material_record& material, const document& d, uint32_t time, float color[4]);
+
+// 1.0 for a constant 1.0; line widths that are not above 0 mean nothing to OpenGL.
+float plan_line_width(const material_record& material, const document& d, uint32_t time);
+
+// False, and nothing written, for a light that does not exist.
+bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& out);
+
+// Only a light's position; false as above.
+bool plan_light_position(uint32_t light, const document& d, uint32_t time, float position[3]);
+
+// White without a fog colour.
+fog_plan plan_fog(const material_record& material, const document& d, uint32_t time);
+
+// Fills matrices.texture_matrix for a unit: turned about the picture's centre by the
+// first camera angle where `rotation` is set, else turned back by both where
+// `camera_rotation` is (so that reflections stay fixed in the world), else the identity.
+// `camera_angles` are the rotations about y and about x.
+void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2]);

@@ -1,0 +1,58 @@
+// The scene plan: what a placed object means at a moment - its own time, whether it
+// shows, where its copies stand - without OpenGL.
+//
+// Times are ticks of 1/100 s. Placement lists are owned by whoever asks for them
+// (placement_list_free). Evaluating changes function caches and the rippler's cache,
+// nothing else.
+#pragma once
+
+#include "effects/manipulator.h"
+#include "model/document.h"
+#include "model/records.h"
+
+#include <cstdint>
+
+// The layer's time plus the object's offset, truncated. A sum below 0 (or no number at
+// all) is 0, so that an object waits in its first pose; one beyond the range is its end.
+uint32_t object_time(uint32_t layer_time, float offset);
+
+// False where the visibility function is below 1.0. Without a function, or with a
+// dangling one, the object shows.
+bool object_is_visible(const scene_object& object, const record_table* functions, uint32_t time);
+
+// The object's camera-facing flag.
+bool faces_camera(const scene_record& scene, uint32_t object_number);
+
+// The nine animated values of the object itself.
+placement object_placement(const scene_object& object, const record_table* functions, uint32_t time);
+
+struct placed_copies {
+    placement_list* list; // owned; never null unless memory ran out
+    bool rippled;         // a rippler deformed the mesh: positions and normals come from its cache
+};
+
+// The object's placements after its manipulators, in order. `mesh` is what the object
+// draws; null for texts, which no rippler deforms.
+placed_copies place_copies(const scene_object& object, const document& d, uint32_t time, const mesh_arrays* mesh);
+
+// The mesh a manipulator names: of mesh_table, or of an effect with model_type 1. Null: none.
+const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d);
+
+// Positions and normals of a rippled mesh: the cache's own arrays where it has enough
+// vertices, otherwise copies that continue with the mesh's own. Null fields: draw the
+// mesh's own arrays (the cache is empty).
+struct rippled_arrays {
+    const float* positions;
+    const float* normals;   // null where the mesh has none
+    bool from_cache;        // the arrays are the cache's
+    float* owned_positions; // the copies; release_rippled_arrays frees them
+    float* owned_normals;
+};
+
+rippled_arrays merge_rippled_arrays(const mesh_arrays& mesh, const rippler_cache& cache);
+void release_rippled_arrays(rippled_arrays& arrays);
+
+// The lines of a mesh's triangles: a, b, b, c, c, a each, 2 x index_count indices in
+// mesh.line_indices (made anew, owned by the mesh). Prints "GenerateLineIndexArray" on
+// standard output each time it is called; callers ask once per mesh.
+void generate_line_index_array(mesh_arrays& mesh);
