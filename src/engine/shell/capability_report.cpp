@@ -25,8 +25,7 @@ static void add_line(capability_report& report, const char* text)
 }
 
 // With the option off nothing is said, and there are none.
-static void report_vertex_buffers(
-    capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_vertex_buffers(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
 {
     if (wishes.use_vbo != 1)
         return;
@@ -40,8 +39,7 @@ static bool pixel_buffers_forced(const capability_wishes& wishes)
         && std::strncmp(wishes.first_argument, force_pbo, sizeof(force_pbo) - 1) == 0;
 }
 
-static void report_pixel_buffers(
-    capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_pixel_buffers(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
 {
     if (!offer.pixel_buffer_object) {
         add_line(report, "No PBO support.");
@@ -71,8 +69,7 @@ static void report_textures(capability_report& report, const driver_offer& offer
 
 // One combiner extension at most is used. With shaders none is mentioned, and the line
 // that would name it shrinks to a dot where there is none.
-static void report_rendering_path(
-    capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_rendering_path(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
 {
     report.glsl_path = static_cast<int8_t>(wishes.use_glsl);
     if (wishes.use_glsl == 1 && !offer.shader_objects) {

@@ -9,9 +9,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
-constexpr int window_depth = 24;    // bits per pixel
+constexpr int window_depth = 24;     // bits per pixel
 constexpr Uint32 pass_delay_ms = 30; // the dialog looks at the pointer no more often
 
 struct key_color {
@@ -21,7 +22,7 @@ struct key_color {
 };
 constexpr key_color transparent = {192, 216, 247};
 
-// Freed by SDL_Quit's end of the process, like the window.
+// Kept to the end of the process; nobody frees them.
 struct dialog_pictures {
     SDL_Surface* surface[dialog_image_count]; // null: not loadable; drawn as nothing
 };
@@ -122,6 +123,9 @@ static dialog_result dialog_loop(SDL_Surface* screen, const dialog_pictures& pic
 
 dialog_result run_dialog(player_settings& settings)
 {
+    // Only X has OpenGL windows. Without this a text terminal would be taken as a last
+    // resort and the dialog drawn in letters; a driver that was asked for by name is used.
+    setenv("SDL_VIDEODRIVER", "x11", 0);
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         return fail_without_display();
     read_desktop_size(settings);

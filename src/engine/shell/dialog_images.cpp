@@ -4,18 +4,18 @@
 
 // The assembler lays the files between two labels, so no generated copy of them is
 // needed. BRIMLOW_ARTWORK_DIR is the artwork folder's absolute path.
-#define EMBED_FILE(label, file)                                                                                       \
-    asm(".pushsection .rodata\n"                                                                                      \
-        ".balign 4\n"                                                                                                 \
-        ".hidden " #label "_begin\n"                                                                                  \
-        ".globl " #label "_begin\n" #label "_begin:\n"                                                                \
-        ".incbin \"" BRIMLOW_ARTWORK_DIR "/" file "\"\n"                                                              \
-        ".hidden " #label "_end\n"                                                                                    \
-        ".globl " #label "_end\n" #label "_end:\n"                                                                    \
-        ".popsection\n");                                                                                             \
-    extern "C" {                                                                                                      \
-    [[gnu::visibility("hidden")]] extern const uint8_t label##_begin[];                                               \
-    [[gnu::visibility("hidden")]] extern const uint8_t label##_end[];                                                 \
+#define EMBED_FILE(label, file)                                                                                        \
+    asm(".pushsection .rodata\n"                                                                                       \
+        ".balign 4\n"                                                                                                  \
+        ".hidden " #label "_begin\n"                                                                                   \
+        ".globl " #label "_begin\n" #label "_begin:\n"                                                                 \
+        ".incbin \"" BRIMLOW_ARTWORK_DIR "/" file "\"\n"                                                               \
+        ".hidden " #label "_end\n"                                                                                     \
+        ".globl " #label "_end\n" #label "_end:\n"                                                                     \
+        ".popsection\n");                                                                                              \
+    extern "C" {                                                                                                       \
+    [[gnu::visibility("hidden")]] extern const uint8_t label##_begin[];                                                \
+    [[gnu::visibility("hidden")]] extern const uint8_t label##_end[];                                                  \
     }
 
 EMBED_FILE(dialog_bmp_background, "background.bmp")

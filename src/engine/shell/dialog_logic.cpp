@@ -22,9 +22,9 @@ constexpr int32_t resolution_top = 15;
 constexpr int16_t resolution_highlight_x = 6;
 constexpr int32_t no_limit = 0x7FFFFFFF; // the last row goes on below the window
 
-constexpr list_row resolution_rows[] = {{resolution_top, 33, 9}, {34, 63, 35}, {64, 93, 66}, {94, 126, 97},
-    {127, 156, 128}, {157, 189, 159}, {190, 219, 191}, {220, 249, 222}, {250, 282, 253}, {283, 313, 284},
-    {314, 344, 315}, {345, no_limit, 347}};
+constexpr list_row resolution_rows[]
+    = {{resolution_top, 33, 9}, {34, 63, 35}, {64, 93, 66}, {94, 126, 97}, {127, 156, 128}, {157, 189, 159},
+        {190, 219, 191}, {220, 249, 222}, {250, 282, 253}, {283, 313, 284}, {314, 344, 315}, {345, no_limit, 347}};
 static_assert(std::size(resolution_rows) == resolution_count);
 
 constexpr int32_t aspect_left = 186;
@@ -46,7 +46,7 @@ constexpr int16_t start_image_y = 188;
 struct check_box {
     region hit;
     int16_t mark_y;
-    int32_t player_settings::* option;
+    int32_t player_settings::*option;
 };
 
 constexpr int16_t mark_x = 279;
@@ -72,8 +72,7 @@ template <uint32_t count> static uint32_t row_at(const list_row (&rows)[count], 
 }
 
 template <uint32_t count>
-static bool list_hit(
-    const list_row (&rows)[count], int32_t left, int32_t right, int32_t x, int32_t y, uint32_t& row)
+static bool list_hit(const list_row (&rows)[count], int32_t left, int32_t right, int32_t x, int32_t y, uint32_t& row)
 {
     if (x < left || x > right)
         return false;
@@ -140,8 +139,7 @@ void dialog_begin(dialog_state& state, const player_settings& settings)
     remember_drawn(state, settings, false);
 }
 
-dialog_pass_result dialog_pass(
-    dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down)
+dialog_pass_result dialog_pass(dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down)
 {
     const bool on_armed_start = inside(start_button, x, y) && state.start_armed != 0;
     if (!left_down) {

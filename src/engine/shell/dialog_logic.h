@@ -36,8 +36,7 @@ void dialog_begin(dialog_state& state, const player_settings& settings);
 // One look at the pointer. While the left button is down the choices follow the
 // pointer, and a check box toggles once a press; the start is decided when the
 // button goes up on an armed start button. Nothing is redrawn while it is up.
-dialog_pass_result dialog_pass(
-    dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down);
+dialog_pass_result dialog_pass(dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down);
 
 enum dialog_image : uint32_t {
     dialog_image_background = 0,

@@ -79,8 +79,8 @@ static bool has_shader_entry_points()
         && glCreateProgram != nullptr && glAttachShader != nullptr && glDetachShader != nullptr
         && glLinkProgram != nullptr && glGetProgramiv != nullptr && glGetProgramInfoLog != nullptr
         && glDeleteProgram != nullptr && glUseProgram != nullptr && glGetUniformLocation != nullptr
-        && glUniform1i != nullptr && glUniform1f != nullptr && glUniform3f != nullptr
-        && glUniformMatrix4fv != nullptr && glVertexAttribPointer != nullptr && glGetAttribLocation != nullptr;
+        && glUniform1i != nullptr && glUniform1f != nullptr && glUniform3f != nullptr && glUniformMatrix4fv != nullptr
+        && glVertexAttribPointer != nullptr && glGetAttribLocation != nullptr;
 }
 
 static driver_offer ask_driver()

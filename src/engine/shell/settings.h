@@ -23,33 +23,33 @@ enum aspect_choice : uint32_t {
 };
 
 struct player_settings {
-    uint32_t resolution_index;    // 0..11, row of the resolution list
-    uint32_t aspect_index;        // aspect_choice, row of the aspect list
-    int32_t fullscreen;           // +1 on, -1 off
+    uint32_t resolution_index; // 0..11, row of the resolution list
+    uint32_t aspect_index;     // aspect_choice, row of the aspect list
+    int32_t fullscreen;        // +1 on, -1 off
     int32_t antialiasing;
-    int32_t music_enabled;        // becomes -1 when no music can be played
+    int32_t music_enabled; // becomes -1 when no music can be played
     int32_t use_vbo;
-    int32_t use_glsl;             // 1 shaders, 0 fixed-function combiners
-    uint32_t desktop_width;       // pixels, read before the dialog opens
+    int32_t use_glsl;       // 1 shaders, 0 fixed-function combiners
+    uint32_t desktop_width; // pixels, read before the dialog opens
     uint32_t desktop_height;
-    FILE* pack;                   // open until the main loop ends
-    uint32_t screen_width;        // pixels
+    FILE* pack;            // open until the main loop ends
+    uint32_t screen_width; // pixels
     uint32_t screen_height;
-    float aspect;                 // width / height for projection
-    int8_t glsl_path;             // handed to every frame
-    gl_caps caps;                 // for the production
-    gl_caps loading_caps;         // for the loading screen: no vbo, pbo, npot
+    float aspect;                  // width / height for projection
+    int8_t glsl_path;              // handed to every frame
+    gl_caps caps;                  // for the production
+    gl_caps loading_caps;          // for the loading screen: no vbo, pbo, npot
     int32_t max_texture_units_raw; // as the driver says, then capped at 4
     texture_format_table texture_formats;
-    timeline* loading_timeline;    // until its document takes it over
+    timeline* loading_timeline; // until its document takes it over
     timeline* production_timeline;
-    document loading;             // the loading screen's tables and timeline
+    document loading; // the loading screen's tables and timeline
     document production;
-    uint32_t production_time_ms;  // playing time
-    uint32_t start_ticks;         // SDL_GetTicks() at the start of playing, without music
-    uint32_t frame_count;         // frames drawn in the main loop
-    uint32_t progress_ticks;      // SDL_GetTicks() of the last loading frame
-    int32_t progress_total;       // items of the production, and items made so far
+    uint32_t production_time_ms; // playing time
+    uint32_t start_ticks;        // SDL_GetTicks() at the start of playing, without music
+    uint32_t frame_count;        // frames drawn in the main loop
+    uint32_t progress_ticks;     // SDL_GetTicks() of the last loading frame
+    int32_t progress_total;      // items of the production, and items made so far
     int32_t progress_done;
 };
 

@@ -1,0 +1,215 @@
+#include "shell/log.h"
+#include "shell/startup.h"
+
+#include <doctest/doctest.h>
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+// Standard output goes into a temporary file between begin and end.
+struct output_capture {
+    FILE* file;
+    int saved;
+};
+
+static output_capture capture_begin()
+{
+    std::fflush(stdout);
+    output_capture capture = {std::tmpfile(), dup(STDOUT_FILENO)};
+    REQUIRE(capture.file != nullptr);
+    dup2(fileno(capture.file), STDOUT_FILENO);
+    return capture;
+}
+
+static std::string capture_end(const output_capture& capture)
+{
+    std::fflush(stdout);
+    dup2(capture.saved, STDOUT_FILENO);
+    close(capture.saved);
+    std::string text;
+    std::rewind(capture.file);
+    for (int c = std::fgetc(capture.file); c != EOF; c = std::fgetc(capture.file))
+        text += static_cast<char>(c);
+    std::fclose(capture.file);
+    return text;
+}
+
+static std::string value_of(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value != nullptr ? value : "(unset)";
+}
+
+struct audio_outcome {
+    std::string output;
+    std::string driver;
+    std::string device;
+};
+
+// Runs the fix-up with SDL_AUDIODRIVER as given (null: unset) and AUDIODEV set.
+static audio_outcome fix_with(const char* driver)
+{
+    if (driver != nullptr)
+        setenv("SDL_AUDIODRIVER", driver, 1);
+    else
+        unsetenv("SDL_AUDIODRIVER");
+    setenv("AUDIODEV", "/dev/somewhere", 1);
+    const output_capture capture = capture_begin();
+    fix_audio_environment();
+    audio_outcome outcome = {capture_end(capture), value_of("SDL_AUDIODRIVER"), value_of("AUDIODEV")};
+    unsetenv("SDL_AUDIODRIVER");
+    unsetenv("AUDIODEV");
+    return outcome;
+}
+
+TEST_CASE("startup: an unset audio driver becomes alsa")
+{
+    const audio_outcome outcome = fix_with(nullptr);
+    CHECK(outcome.output == "Changing SDL_AUDIODRIVER to alsa.\n");
+    CHECK(outcome.driver == "alsa");
+    CHECK(outcome.device == "(unset)");
+}
+
+TEST_CASE("startup: an audio driver that begins with pulse becomes alsa")
+{
+    for (const char* driver : {"pulse", "pulseaudio"}) {
+        const audio_outcome outcome = fix_with(driver);
+        CHECK(outcome.output == "Changing SDL_AUDIODRIVER from pulse to alsa.\n");
+        CHECK(outcome.driver == "alsa");
+        CHECK(outcome.device == "(unset)");
+    }
+}
+
+TEST_CASE("startup: any other audio driver is kept, and AUDIODEV with it")
+{
+    for (const char* driver : {"esd", "puls", "Pulse", "alsa", "xpulse", ""}) {
+        const audio_outcome outcome = fix_with(driver);
+        CHECK(outcome.output.empty());
+        CHECK(outcome.driver == driver);
+        CHECK(outcome.device == "/dev/somewhere");
+    }
+}
+
+TEST_CASE("startup: the banner names program and version")
+{
+    CHECK(std::string(banner_text) == "Brimlow Engine v1.0");
+}
+
+TEST_CASE("startup: a message is its text and a newline on standard output, whatever its level")
+{
+    const output_capture capture = capture_begin();
+    log_message(0, "100 % of it");
+    log_message(3, "");
+    CHECK(capture_end(capture) == "100 % of it\n\n");
+}
+
+// An empty working directory of its own, left and removed again by leave().
+struct work_directory {
+    std::filesystem::path before;
+    std::filesystem::path here;
+};
+
+static work_directory enter_empty_directory()
+{
+    char name[] = "/tmp/brimlow_startup_XXXXXX";
+    REQUIRE(mkdtemp(name) != nullptr);
+    const work_directory directory = {std::filesystem::current_path(), name};
+    std::filesystem::current_path(directory.here);
+    return directory;
+}
+
+static void leave(const work_directory& directory)
+{
+    std::filesystem::current_path(directory.before);
+    std::filesystem::remove_all(directory.here);
+}
+
+static void put_file(const char* name, const char* content)
+{
+    FILE* file = std::fopen(name, "wb");
+    REQUIRE(file != nullptr);
+    std::fputs(content, file);
+    std::fclose(file);
+}
+
+struct discovery {
+    bool found;
+    std::string output;
+    std::string content; // of the opened pack
+};
+
+static discovery discover()
+{
+    player_settings settings;
+    settings_defaults(settings);
+    const output_capture capture = capture_begin();
+    discovery result = {discover_pack(settings), "", ""};
+    result.output = capture_end(capture);
+    if (settings.pack != nullptr) {
+        char line[64] = "";
+        result.content = std::fgets(line, sizeof line, settings.pack) != nullptr ? line : "";
+        std::fclose(settings.pack);
+    }
+    return result;
+}
+
+TEST_CASE("startup: a directory without a pack says so")
+{
+    const work_directory directory = enter_empty_directory();
+    const discovery empty = discover();
+    put_file("notes.DPK", "");
+    put_file("dpk.txt", "");
+    put_file("pk", "");
+    put_file("demo.dpk~", "");
+    const discovery others = discover();
+    leave(directory);
+    for (const discovery& result : {empty, others}) {
+        CHECK(!result.found);
+        CHECK(result.output == "Sux... no dpk file.\n");
+    }
+}
+
+TEST_CASE("startup: names that end in dpk are packs, with and without a dot")
+{
+    for (const std::string name : {"demo.dpk", "dpk", "mydpk", ".dpk"}) {
+        const work_directory directory = enter_empty_directory();
+        put_file(name.c_str(), "content");
+        const discovery result = discover();
+        leave(directory);
+        CHECK(result.found);
+        CHECK(result.output == "Found " + name + ".\nStarting the demo.\n");
+        CHECK(result.content == "content");
+    }
+}
+
+TEST_CASE("startup: of several packs the directory's first is taken")
+{
+    const work_directory directory = enter_empty_directory();
+    for (const char* name : {"b.dpk", "a.dpk", "c.dpk", "zdpk", "0.dpk"})
+        put_file(name, name);
+    std::string first;
+    DIR* listing = opendir(".");
+    for (const dirent* entry = readdir(listing); entry != nullptr && first.empty(); entry = readdir(listing))
+        if (entry->d_name[0] != '.')
+            first = entry->d_name;
+    closedir(listing);
+    const discovery result = discover();
+    leave(directory);
+    CHECK(result.content == first);
+    CHECK(result.output == "Found " + first + ".\nStarting the demo.\n");
+}
+
+TEST_CASE("startup: a pack that cannot be opened ends the search with a line")
+{
+    const work_directory directory = enter_empty_directory();
+    std::filesystem::create_symlink("nowhere", "lost.dpk");
+    const discovery result = discover();
+    leave(directory);
+    CHECK(!result.found);
+    CHECK(result.output == "Found lost.dpk.\nError: cannot open lost.dpk!\n");
+}
