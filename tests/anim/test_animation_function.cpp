@@ -226,8 +226,8 @@ TEST_CASE("A ping-pong whose double range is 2^32 does not loop")
 
 TEST_CASE("Loop bounds that are no numbers or too large crash nothing")
 {
-    const float bad[] = {std::nanf(""), std::numeric_limits<float>::infinity(),
-        -std::numeric_limits<float>::infinity(), 1e30f, -1e30f, 3e9f};
+    const float bad[] = {std::nanf(""), std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
+        1e30f, -1e30f, 3e9f};
     for (const uint8_t type : {loop_around, loop_ping_pong})
         for (const float begin : bad)
             for (const float end : bad)

@@ -8,8 +8,7 @@
 
 // Parameter names joined by '|', for one comparison an entry; also checks that
 // exactly `count` of them are set.
-template <size_t slots>
-static std::string joined(const char (&names)[slots][32], uint32_t count)
+template <size_t slots> static std::string joined(const char (&names)[slots][32], uint32_t count)
 {
     std::string text;
     for (uint32_t i = 0; i < slots; ++i) {
@@ -20,8 +19,7 @@ static std::string joined(const char (&names)[slots][32], uint32_t count)
     return text;
 }
 
-template <typename entry>
-static std::string joined_names(std::span<const entry> entries)
+template <typename entry> static std::string joined_names(std::span<const entry> entries)
 {
     std::string text;
     for (const entry& e : entries)
@@ -44,8 +42,7 @@ TEST_CASE("Catalogue records have the widths of their fields and no gaps")
 
 TEST_CASE("Effect types")
 {
-    CHECK(joined_names<effect_type_entry>(effect_types)
-        == "Lake water|Centerwave water|Swirl|Particles|Lake water 2");
+    CHECK(joined_names<effect_type_entry>(effect_types) == "Lake water|Centerwave water|Swirl|Particles|Lake water 2");
     for (uint32_t i = 0; i < 5; ++i)
         CHECK(joined(effect_types[i].param_name, effect_types[i].param_count) == (i == 2 ? "X|Y" : "Time"));
 }
@@ -72,9 +69,9 @@ TEST_CASE("Manipulators")
     CHECK(joined_names<manipulator_entry>(manipulators) == "XYZ Multiplier|X Multiplier|Rippler|Model placer");
     const std::string steps = "Position X step|Position Y step|Position Z step|Rotate X step|Rotate Y step|"
                               "Rotate Z step|Scale X step|Scale Y step|Scale Z step";
-    const std::string params[4] = {"X number|Y number|Z number|" + steps, "X number|" + steps,
-        "Time|Amplitude|Wavelength",
-        "Position X|Position Y|Position Z|Rotate X|Rotate Y|Rotate Z|Scale X|Scale Y|Scale Z"};
+    const std::string params[4]
+        = {"X number|Y number|Z number|" + steps, "X number|" + steps, "Time|Amplitude|Wavelength",
+            "Position X|Position Y|Position Z|Rotate X|Rotate Y|Rotate Z|Scale X|Scale Y|Scale Z"};
     const uint8_t counts[4] = {12, 10, 3, 9};
     for (uint32_t i = 0; i < 4; ++i) {
         CHECK(manipulators[i].param_count == counts[i]);
@@ -108,9 +105,9 @@ TEST_CASE("Texture operations")
     }
     CHECK(joined_names<texture_operation_entry>(node_operations)
         == "Invert|Multiply|Offset|Ripple|Blur|Emboss|Add 2|Mul 2|Max 2|Min 2");
-    const char* const params[10] = {"", "Scale", "X offset|Y offset",
-        "X amplitude|Y amplitude|X wavelength|Y wavelength", "", "Direction (1-4)", "1. scale|2. scale", "Scale",
-        "1. scale|2. scale", "1. scale|2. scale"};
+    const char* const params[10]
+        = {"", "Scale", "X offset|Y offset", "X amplitude|Y amplitude|X wavelength|Y wavelength", "", "Direction (1-4)",
+            "1. scale|2. scale", "Scale", "1. scale|2. scale", "1. scale|2. scale"};
     for (uint32_t i = 0; i < 10; ++i) {
         CHECK(node_operations[i].input_count == (i < 6 ? 1 : 2));
         CHECK(joined(node_operations[i].param_name, node_operations[i].param_count) == params[i]);
@@ -128,12 +125,12 @@ TEST_CASE("Texture generators: colours first, then numbers")
     CHECK(joined_names<texture_generator_entry>(texture_generators)
         == "Color|Sinus plasma|Radial colors|Maze|Bricks|Noise");
     const uint32_t counts[6][2] = {{1, 0}, {1, 2}, {2, 2}, {1, 3}, {2, 5}, {1, 1}};
-    const char* const params[6] = {"Color", "Plasma color|Repeat x|Repeat y",
-        "Center color|Margin color|Inverse radian|Color offset (0-127)",
-        "Color|Maze size (1 - 7 integer)|Maze field (integer)|Maze fullness (0 - 1 float)",
-        "Brick color|Wall color|Horizontal number|Vertical number|Horizontal margin|Vertical margin|"
-        "Second line offset",
-        "Color|Random seed"};
+    const char* const params[6]
+        = {"Color", "Plasma color|Repeat x|Repeat y", "Center color|Margin color|Inverse radian|Color offset (0-127)",
+            "Color|Maze size (1 - 7 integer)|Maze field (integer)|Maze fullness (0 - 1 float)",
+            "Brick color|Wall color|Horizontal number|Vertical number|Horizontal margin|Vertical margin|"
+            "Second line offset",
+            "Color|Random seed"};
     for (uint32_t i = 0; i < 6; ++i) {
         CHECK(texture_generators[i].colour_count == counts[i][0]);
         CHECK(texture_generators[i].number_count == counts[i][1]);

@@ -10,7 +10,10 @@
 #include <vector>
 
 struct free_table {
-    void operator()(record_table* table) const { record_table_free(table); }
+    void operator()(record_table* table) const
+    {
+        record_table_free(table);
+    }
 };
 using owned_table = std::unique_ptr<record_table, free_table>;
 
@@ -37,8 +40,7 @@ static std::vector<uint32_t> order_of(const record_table* table)
 using handles = std::vector<uint32_t>;
 
 // Runs a call with standard output going to a file, and gives back what it wrote.
-template <typename call>
-static std::string printed_by(call&& run)
+template <typename call> static std::string printed_by(call&& run)
 {
     std::fflush(stdout);
     FILE* file = std::tmpfile();
@@ -70,7 +72,7 @@ TEST_CASE("A new table is empty and hands out handle 1 first")
 TEST_CASE("Handles follow the order of creation and stay with their records")
 {
     const owned_table table = make_table(5);
-    CHECK(order_of(table.get()) == handles {1, 2, 3, 4, 5});
+    CHECK(order_of(table.get()) == handles{1, 2, 3, 4, 5});
     for (uint32_t h = 1; h <= 5; ++h)
         CHECK(*table_record<uint32_t>(table.get(), h) == h * 10);
 }
@@ -128,14 +130,14 @@ TEST_CASE("Insertion takes the position and moves the ones behind it up")
 {
     const owned_table table = make_table(3);
     CHECK(record_table_insert(table.get(), 2) == 4);
-    CHECK(order_of(table.get()) == handles {1, 4, 2, 3});
+    CHECK(order_of(table.get()) == handles{1, 4, 2, 3});
 }
 
 TEST_CASE("Insertion at position 0 acts as 1")
 {
     const owned_table table = make_table(2);
     CHECK(record_table_insert(table.get(), 0) == 3);
-    CHECK(order_of(table.get()) == handles {3, 1, 2});
+    CHECK(order_of(table.get()) == handles{3, 1, 2});
 }
 
 TEST_CASE("Insertion beyond the end appends")
@@ -143,14 +145,14 @@ TEST_CASE("Insertion beyond the end appends")
     const owned_table table = make_table(2);
     CHECK(record_table_insert(table.get(), 100) == 3);
     CHECK(record_table_insert(table.get(), 0xFFFFFFFFu) == 4);
-    CHECK(order_of(table.get()) == handles {1, 2, 3, 4});
+    CHECK(order_of(table.get()) == handles{1, 2, 3, 4});
 }
 
 TEST_CASE("A removed handle is reused and the records behind it move down")
 {
     const owned_table table = make_table(5);
     record_table_remove_at(table.get(), 3);
-    CHECK(order_of(table.get()) == handles {1, 2, 4, 5});
+    CHECK(order_of(table.get()) == handles{1, 2, 4, 5});
     CHECK(record_table_get(table.get(), 3) == nullptr);
     CHECK(record_table_position_of(table.get(), 3) == 0);
     CHECK(table->handle_echo[3] == 0);
@@ -160,7 +162,7 @@ TEST_CASE("A removed handle is reused and the records behind it move down")
 
     CHECK(record_table_add(table.get()) == 3);
     CHECK(table->next_free == 6);
-    CHECK(order_of(table.get()) == handles {1, 2, 4, 5, 3});
+    CHECK(order_of(table.get()) == handles{1, 2, 4, 5, 3});
 }
 
 TEST_CASE("The next handle is looked for from the one just used upward")
@@ -189,7 +191,7 @@ TEST_CASE("Removal of an empty position does nothing")
     record_table_remove_at(table.get(), 0);
     record_table_remove_at(table.get(), 3);
     record_table_remove_at(table.get(), 4097);
-    CHECK(order_of(table.get()) == handles {1, 2});
+    CHECK(order_of(table.get()) == handles{1, 2});
 }
 
 TEST_CASE("Removal of unreferenced records says what it found")
@@ -202,17 +204,17 @@ TEST_CASE("Removal of unreferenced records says what it found")
     CHECK(record_table_remove_unreferenced(table.get(), 2) == 1);
     CHECK(table->count == 2);
     CHECK(record_table_remove_unreferenced(table.get(), 1) == 0);
-    CHECK(order_of(table.get()) == handles {2});
+    CHECK(order_of(table.get()) == handles{2});
 }
 
 TEST_CASE("Swapping exchanges positions, not handles")
 {
     const owned_table table = make_table(4);
     record_table_swap(table.get(), 1, 3);
-    CHECK(order_of(table.get()) == handles {3, 2, 1, 4});
+    CHECK(order_of(table.get()) == handles{3, 2, 1, 4});
     CHECK(*table_record<uint32_t>(table.get(), 3) == 30);
     record_table_swap(table.get(), 2, 2);
-    CHECK(order_of(table.get()) == handles {3, 2, 1, 4});
+    CHECK(order_of(table.get()) == handles{3, 2, 1, 4});
 }
 
 TEST_CASE("Swapping with an empty position does nothing")
@@ -221,7 +223,7 @@ TEST_CASE("Swapping with an empty position does nothing")
     record_table_swap(table.get(), 1, 4);
     record_table_swap(table.get(), 0, 1);
     record_table_swap(table.get(), 5000, 1);
-    CHECK(order_of(table.get()) == handles {1, 2, 3});
+    CHECK(order_of(table.get()) == handles{1, 2, 3});
 }
 
 TEST_CASE("Swapping with position 4096 does nothing though it holds a record")

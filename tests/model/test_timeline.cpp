@@ -5,7 +5,10 @@
 #include <memory>
 
 struct free_timeline {
-    void operator()(timeline* t) const { timeline_free(t); }
+    void operator()(timeline* t) const
+    {
+        timeline_free(t);
+    }
 };
 using owned_timeline = std::unique_ptr<timeline, free_timeline>;
 

@@ -29,7 +29,7 @@ TEST_CASE("A constant is its value at every time")
 {
     test_document t;
     CHECK(value_at(t.d.function_table, 2.5f, false, 0) == 2.5f);
-    CHECK(value_at(t.d.function_table, animated_value {2.5f, 0}, 900) == 2.5f);
+    CHECK(value_at(t.d.function_table, animated_value{2.5f, 0}, 900) == 2.5f);
     CHECK(value_at(nullptr, 2.5f, false, 0) == 2.5f);
 }
 
@@ -40,7 +40,7 @@ TEST_CASE("A dynamic value follows the function of its handle")
     const uint32_t handle = add_function(t, linear_function(2.0f, 1.0f));
     REQUIRE(handle == 2);
     CHECK(value_at(t.d.function_table, 2.0f, true, 10) == 21.0f);
-    CHECK(value_at(t.d.function_table, animated_value {2.0f, 1}, 20) == 41.0f);
+    CHECK(value_at(t.d.function_table, animated_value{2.0f, 1}, 20) == 41.0f);
     CHECK(function_value(t.d.function_table, 2, 30) == 61.0f);
 }
 

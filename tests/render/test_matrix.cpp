@@ -328,9 +328,9 @@ TEST_CASE("A chain of turns and moves gives the bits of exact arithmetic rounded
     rotate_y(128.9f, select_modelview);
     translate(1.1f, -2.7f, 0.3f);
     scale(1.5f, 0.7f, -2.3f);
-    const uint32_t modelview[16] = {0xBE371437u, 0xBFB8C47Au, 0xBEBBABA0u, 0x00000000u, 0xBDF7230Du, 0x3E3C1D71u,
-        0xBF2A2315u, 0x00000000u, 0xC00FEE4Bu, 0x3E274F5Bu, 0x3EE831ADu, 0x00000000u, 0x3F20AF68u, 0xBFE4EC1Fu,
-        0x400F1263u, 0x3F800000u};
+    const uint32_t modelview[16]
+        = {0xBE371437u, 0xBFB8C47Au, 0xBEBBABA0u, 0x00000000u, 0xBDF7230Du, 0x3E3C1D71u, 0xBF2A2315u, 0x00000000u,
+            0xC00FEE4Bu, 0x3E274F5Bu, 0x3EE831ADu, 0x00000000u, 0x3F20AF68u, 0xBFE4EC1Fu, 0x400F1263u, 0x3F800000u};
     check_bits(matrices.modelview, modelview, 16);
 
     compute_normal_matrix();

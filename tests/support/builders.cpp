@@ -39,8 +39,8 @@ animation_function linear_function(float slope, float value_at_0, uint32_t lengt
 }
 
 test_document::test_document()
-    : d {}
-    , running_end {}
+    : d{}
+    , running_end{}
 {
     d.name = "test.xmlz";
     d.texture_table = record_table_new(sizeof(texture_node));
@@ -96,7 +96,7 @@ uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height)
 
 uint32_t add_scene(test_document& t)
 {
-    return add_record(t.d.scene_table, scene_record {});
+    return add_record(t.d.scene_table, scene_record{});
 }
 
 layer_record make_layer(uint32_t type, uint32_t length, uint32_t model_id)

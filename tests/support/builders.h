@@ -43,8 +43,7 @@ struct test_document {
 };
 
 // A copy of `value` as a new record of a table; its handle.
-template <typename record>
-uint32_t add_record(record_table* table, const record& value)
+template <typename record> uint32_t add_record(record_table* table, const record& value)
 {
     const uint32_t handle = record_table_add(table);
     if (void* place = record_table_get(table, handle))

@@ -19,7 +19,7 @@ constexpr uint8_t first_second_byte = 0x81; // and the first of the bytes after 
 constexpr uint8_t letter_glyphs[26]
     = {0, 4, 6, 8, 10, 14, 16, 18, 20, 24, 26, 28, 30, 32, 34, 42, 44, 46, 50, 52, 54, 62, 64, 66, 68, 70};
 
-constexpr std::array<uint8_t, 166> make_byte_glyphs()
+static constexpr std::array<uint8_t, 166> make_byte_glyphs()
 {
     std::array<uint8_t, 166> glyphs{};
     glyphs.fill(glyph_none);
@@ -39,7 +39,7 @@ constexpr std::array<uint8_t, 166> make_byte_glyphs()
     return glyphs;
 }
 
-constexpr std::array<uint8_t, 60> make_second_byte_glyphs()
+static constexpr std::array<uint8_t, 60> make_second_byte_glyphs()
 {
     struct entry {
         uint8_t byte;
