@@ -98,7 +98,7 @@ struct xml_reader {
     const char* token;        // where the name, value or text under way began
     reader_state state;
     reader_event event;
-    uint32_t item_count; // elements and attributes so far
+    uint32_t items_left; // elements and attributes that may still come
     bool exhausted;      // no memory, or too many items: the text counts as ended
 };
 
@@ -116,7 +116,8 @@ static char* copy_token(xml_reader& reader, const char* end)
 
 static bool count_item(xml_reader& reader)
 {
-    reader.exhausted = reader.exhausted || ++reader.item_count > xml_max_items;
+    reader.exhausted = reader.exhausted || reader.items_left == 0;
+    --reader.items_left;
     return !reader.exhausted;
 }
 
@@ -259,9 +260,15 @@ static void read_byte(xml_reader& reader, const char* at)
 
 xml_node* xml_parse(const char* text)
 {
+    return xml_parse_bounded(text, xml_max_items);
+}
+
+xml_node* xml_parse_bounded(const char* text, uint32_t max_items)
+{
     xml_reader reader = {};
     reader.root = reader.current = new_empty_node();
     reader.token = text;
+    reader.items_left = max_items;
     if (!reader.root || !text)
         return reader.root;
     for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)

@@ -44,6 +44,9 @@ constexpr uint32_t xml_max_items = 1u << 23;
 //   quotes delimit values.
 xml_node* xml_parse(const char* text);
 
+// The same with another bound in place of xml_max_items.
+xml_node* xml_parse_bounded(const char* text, uint32_t max_items);
+
 // Parses a whole file. Null when it cannot be read or is larger than 256 MiB.
 xml_node* xml_load_file(const char* path);
 

@@ -1,0 +1,98 @@
+// Files and captured lines for the tests of this room: everything lives in a
+// directory of its own that goes with the test.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+// A fresh directory, removed with all that is in it.
+struct temporary_directory {
+    std::string path; // ends in "/"
+    temporary_directory()
+    {
+        char pattern[] = "/tmp/test_content_XXXXXX";
+        path = std::string(mkdtemp(pattern)) + "/";
+    }
+    ~temporary_directory()
+    {
+        std::filesystem::remove_all(path);
+    }
+    temporary_directory(const temporary_directory&) = delete;
+    temporary_directory& operator=(const temporary_directory&) = delete;
+};
+
+inline void write_bytes(const std::string& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::string read_bytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+// What `action` prints on `stream` (stdout or stderr), whole.
+template <typename F> std::string printed_on(FILE* stream, F action)
+{
+    std::fflush(stream);
+    const int kept = dup(fileno(stream));
+    FILE* capture = std::tmpfile();
+    dup2(fileno(capture), fileno(stream));
+    action();
+    std::fflush(stream);
+    dup2(kept, fileno(stream));
+    close(kept);
+    std::rewind(capture);
+    std::string text;
+    for (int byte = std::fgetc(capture); byte != EOF; byte = std::fgetc(capture))
+        text.push_back(static_cast<char>(byte));
+    std::fclose(capture);
+    return text;
+}
+
+inline std::string big_endian(uint32_t value)
+{
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<char>(value >> shift & 255));
+    return bytes;
+}
+
+inline std::string slot_bytes(std::string name, uint32_t start, uint32_t end)
+{
+    name.resize(32);
+    return name + big_endian(start) + big_endian(end);
+}
+
+// A stream over bytes of its own, of exactly that size.
+struct pack_stream {
+    std::string path;
+    FILE* file;
+    explicit pack_stream(const std::string& bytes)
+    {
+        char pattern[] = "/tmp/test_content_XXXXXX";
+        close(mkstemp(pattern));
+        path = pattern;
+        write_bytes(path, bytes);
+        file = std::fopen(pattern, "rb");
+    }
+    ~pack_stream()
+    {
+        std::fclose(file);
+        std::remove(path.c_str());
+    }
+    pack_stream(const pack_stream&) = delete;
+    pack_stream& operator=(const pack_stream&) = delete;
+};

@@ -1,0 +1,413 @@
+// Looking entries up, and lists of names. Packs are put together by hand.
+#define _FILE_OFFSET_BITS 64
+
+#include "content/pack.h"
+#include "content_files.h"
+
+#include <doctest/doctest.h>
+#include <string>
+
+// Entries "a" of 3 bytes and "b" of 5, every byte as it stands in the file:
+// 3 + 2 x 40 + 32 = 115 = 0x73 is where the data begins.
+static const std::string two_entries = std::string("DP\x01", 3)
+    + std::string("a\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x73\0\0\0\x75", 40)
+    + std::string("b\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x76\0\0\0\x7A", 40)
+    + std::string(32, '\0') + "one" + "three";
+
+static const std::string terminator(32, '\0');
+
+struct found_entry {
+    pack_status status;
+    std::string bytes;
+};
+
+static found_entry read(FILE* pack, const char* name)
+{
+    uint8_t untouched = 0;
+    uint8_t* bytes = &untouched;
+    uint32_t size = 77;
+    found_entry found = {pack_read_entry(pack, name, &bytes, &size), ""};
+    if (found.status == pack_found) {
+        found.bytes.assign(reinterpret_cast<const char*>(bytes), size);
+        std::free(bytes);
+    } else {
+        CHECK(bytes == &untouched);
+        CHECK(size == 77);
+    }
+    return found;
+}
+
+static found_entry read_from(const std::string& pack_bytes, const char* name)
+{
+    const pack_stream pack(pack_bytes);
+    return read(pack.file, name);
+}
+
+// One entry "x" with these offsets in a pack of 75 + 10 bytes.
+static pack_status status_of_range(uint32_t start, uint32_t end)
+{
+    return read_from("DP\x01" + slot_bytes("x", start, end) + terminator + "0123456789", "x").status;
+}
+
+TEST_CASE("entries are found by name with exactly their bytes")
+{
+    const pack_stream pack(two_entries);
+    CHECK(read(pack.file, "a").bytes == "one");
+    CHECK(read(pack.file, "b").bytes == "three");
+    uint32_t size = 0;
+    void* bytes = pack_find_entry(pack.file, "b", &size);
+    REQUIRE(bytes);
+    CHECK(size == 5);
+    CHECK(std::memcmp(bytes, "three", 5) == 0);
+    std::free(bytes);
+}
+
+TEST_CASE("a missing entry is null, silent, and leaves the size untouched")
+{
+    const pack_stream pack(two_entries);
+    uint32_t size = 77;
+    void* bytes = &size;
+    CHECK(printed_on(stdout, [&] { bytes = pack_find_entry(pack.file, "c", &size); }).empty());
+    CHECK(bytes == nullptr);
+    CHECK(size == 77);
+    CHECK(read(pack.file, "c").status == pack_missing);
+}
+
+TEST_CASE("no pack and no name find nothing")
+{
+    const pack_stream pack(two_entries);
+    uint32_t size = 0;
+    CHECK(pack_find_entry(nullptr, "a", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(nullptr, "a.png", &size) == nullptr);
+    CHECK(read(nullptr, "a").status == pack_missing);
+    CHECK(read(pack.file, nullptr).status == pack_missing);
+    pack_slot slot;
+    CHECK_FALSE(pack_read_slot(nullptr, 0, slot));
+}
+
+TEST_CASE("the empty name takes the first entry")
+{
+    CHECK(read_from(two_entries, "").bytes == "one");
+}
+
+TEST_CASE("the empty name takes the first slot even in an empty index")
+{
+    // Without entries the terminator fills the name's place, and what lies behind
+    // it is taken for the offsets: here 35 + 8 = 43 and 45.
+    const std::string bytes = "DP\x01" + terminator + big_endian(43) + big_endian(45) + "abc";
+    CHECK(read_from(bytes, "").bytes == "abc");
+    CHECK(read_from("DP\x01" + terminator, "").status == pack_damaged);
+}
+
+TEST_CASE("an empty index has no entry of any name")
+{
+    const pack_stream pack("DP\x01" + terminator);
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "a").status == pack_missing); }).empty());
+}
+
+TEST_CASE("the first of two entries with one name wins")
+{
+    const std::string bytes = "DP\x01" + slot_bytes("x", 115, 115) + slot_bytes("x", 116, 117) + terminator + "abb";
+    CHECK(read_from(bytes, "x").bytes == "a");
+}
+
+TEST_CASE("names match whole and with their case")
+{
+    const std::string bytes = "DP\x01" + slot_bytes("a.xmlz", 75, 77) + terminator + "abc";
+    CHECK(read_from(bytes, "a.xmlz").bytes == "abc");
+    CHECK(read_from(bytes, "a.xml").status == pack_missing);
+    CHECK(read_from(bytes, "a.xmlzz").status == pack_missing);
+    CHECK(read_from(bytes, "A.xmlz").status == pack_missing);
+}
+
+TEST_CASE("a slash in a name is a byte like any other")
+{
+    const std::string bytes = "DP\x01" + slot_bytes("music/a", 75, 77) + terminator + "abc";
+    CHECK(read_from(bytes, "music/a").bytes == "abc");
+    CHECK(read_from(bytes, "a").status == pack_missing);
+}
+
+TEST_CASE("a name of 31 bytes fills its field but for one")
+{
+    const std::string name(31, 'n');
+    const std::string bytes = "DP\x01" + slot_bytes(name, 75, 77) + terminator + "abc";
+    CHECK(read_from(bytes, name.c_str()).bytes == "abc");
+    CHECK(read_from(bytes, name.substr(0, 30).c_str()).status == pack_missing);
+}
+
+TEST_CASE("a name of 32 bytes is ended by the first byte of the start offset")
+{
+    const std::string name(32, 'n');
+    const std::string bytes = "DP\x01" + slot_bytes(name, 75, 77) + terminator + "abc";
+    CHECK(read_from(bytes, name.c_str()).bytes == "abc");
+    CHECK(read_from(bytes, (name + "n").c_str()).status == pack_missing);
+    const std::string far = "DP\x01" + slot_bytes(name, 0x01000000, 0x01000002) + terminator + "abc";
+    CHECK(read_from(far, name.c_str()).status == pack_missing);
+}
+
+TEST_CASE("a name longer than a slot is compared with what follows in the file")
+{
+    const std::string name(32, 'n');
+    const std::string request = name + std::string(8, '\x01') + "m";
+    const std::string slots = slot_bytes(name, 0x01010101, 0x01010101) + slot_bytes("m", 155, 157);
+    // The first slot matches across its offsets into the second one's name; its own
+    // offsets leave the pack.
+    CHECK(read_from("DP\x01" + slots + terminator, request.c_str()).status == pack_damaged);
+    CHECK(read_from("DP\x01" + slots + terminator, (request + "m").c_str()).status == pack_missing);
+    // The search goes on at the right place behind such a comparison.
+    const std::string third = slot_bytes("x", 155, 157);
+    CHECK(read_from("DP\x01" + slots + third + terminator + "abc", "x").bytes == "abc");
+    CHECK(read_from("DP\x01" + slots + third + terminator + "abc", (request + "m").c_str()).status == pack_missing);
+}
+
+TEST_CASE("an entry of no bytes is found and has none")
+{
+    const pack_stream pack("DP\x01" + slot_bytes("x", 75, 74) + terminator);
+    uint32_t size = 77;
+    void* bytes = pack_find_entry(pack.file, "x", &size);
+    CHECK(bytes != nullptr);
+    CHECK(size == 0);
+    std::free(bytes);
+    CHECK(status_of_range(0, 0xFFFFFFFFu) == pack_found); // also at the very start
+    CHECK(status_of_range(85, 84) == pack_found);         // and at the very end
+}
+
+TEST_CASE("the magic is not looked at")
+{
+    std::string bytes = two_entries;
+    bytes.replace(0, 3, "xyz");
+    CHECK(read_from(bytes, "b").bytes == "three");
+}
+
+TEST_CASE("entries may lie anywhere in the file")
+{
+    CHECK(read_from("DP\x01" + slot_bytes("x", 0, 2) + terminator, "x").bytes == std::string("DP\x01"));
+}
+
+TEST_CASE("offsets that leave the pack are damage and no miss")
+{
+    CHECK(status_of_range(75, 84) == pack_found);
+    CHECK(status_of_range(75, 85) == pack_damaged); // one byte beyond the end
+    CHECK(status_of_range(85, 85) == pack_damaged);
+    CHECK(status_of_range(86, 85) == pack_damaged); // empty, but outside
+    CHECK(status_of_range(80, 78) == pack_damaged); // end before start - 1
+    CHECK(status_of_range(75, 0) == pack_damaged);
+    CHECK(status_of_range(75, 0xFFFFFFFFu) == pack_damaged);
+    CHECK(status_of_range(0, 0xFFFFFFFEu) == pack_damaged);
+    CHECK(status_of_range(0xFFFFFFFFu, 0xFFFFFFFFu) == pack_damaged);
+}
+
+TEST_CASE("a damaged entry is null for those who need no reason")
+{
+    const pack_stream pack("DP\x01" + slot_bytes("x", 75, 85) + terminator + "0123456789");
+    uint32_t size = 77;
+    CHECK(pack_find_entry(pack.file, "x", &size) == nullptr);
+    CHECK(size == 77);
+}
+
+TEST_CASE("an index without a terminator ends at the end of the file with one line")
+{
+    const std::string index = "DP\x01" + slot_bytes("x", 0, 2) + slot_bytes("y", 0, 1);
+    const pack_stream pack(index);
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "x").status == pack_found); }).empty());
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "z").status == pack_missing); }) == "unexpected error\n");
+    const pack_stream broken(index + "zz");
+    CHECK(printed_on(stdout, [&] { CHECK(read(broken.file, "w").status == pack_missing); }) == "unexpected error\n");
+    CHECK(printed_on(stdout, [&] { CHECK(read(broken.file, "zz").status == pack_damaged); }) == "unexpected error\n");
+    const pack_stream empty("");
+    CHECK(printed_on(stdout, [&] { CHECK(read(empty.file, "x").status == pack_missing); }) == "unexpected error\n");
+}
+
+TEST_CASE("every truncated pack gives whole entries or none")
+{
+    for (size_t length = 0; length < two_entries.size(); ++length) {
+        // The stream reads an allocation of exactly that size.
+        char* exact = static_cast<char*>(std::malloc(length));
+        std::memcpy(exact, two_entries.data(), length);
+        FILE* pack = fmemopen(exact, length, "rb");
+        REQUIRE(pack);
+        printed_on(stdout, [&] {
+            CHECK((read(pack, "a").status == pack_found) == (length >= 118));
+            CHECK(read(pack, "b").status != pack_found);
+            CHECK(read(pack, "c").status == pack_missing);
+            CHECK((read(pack, "").status == pack_found) == (length >= 118));
+            pack_file_list_free(pack_list_names(pack));
+            pack_slot slot;
+            for (uint32_t index = 0; pack_read_slot(pack, index, slot); ++index)
+                CHECK(slot.damaged == (length < (index == 0 ? 118u : 123u)));
+        });
+        std::fclose(pack);
+        std::free(exact);
+    }
+}
+
+TEST_CASE("entries beyond 2 GiB are read on every word size")
+{
+    const temporary_directory directory;
+    const std::string path = directory.path + "large.dpk";
+    constexpr uint32_t start = 0x90000000u;
+    write_bytes(path, "DP\x01" + slot_bytes("x", start, start + 2) + terminator);
+    FILE* pack = std::fopen(path.c_str(), "r+b");
+    REQUIRE(pack);
+    if (fseeko(pack, static_cast<off_t>(start), SEEK_SET) == 0 && std::fputs("far", pack) != EOF
+        && std::fflush(pack) == 0) // a hole in the file takes no space, but a file system may refuse it
+        CHECK(read(pack, "x").bytes == "far");
+    std::fclose(pack);
+}
+
+TEST_CASE("a texture's other form is asked for with its last three letters replaced")
+{
+    const pack_stream pack(
+        "DP\x01" + slot_bytes("rock.ktx", 115, 117) + slot_bytes("ktx", 118, 118) + terminator + "abcd");
+    uint32_t size = 0;
+    void* bytes = pack_find_entry_ktx(pack.file, "rock.png", &size);
+    REQUIRE(bytes);
+    CHECK(size == 3);
+    std::free(bytes);
+    bytes = pack_find_entry_ktx(pack.file, "png", &size);
+    REQUIRE(bytes);
+    CHECK(size == 1);
+    std::free(bytes);
+    size = 77;
+    CHECK(pack_find_entry_ktx(pack.file, "stone.png", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.file, "ab", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.file, "", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.file, nullptr, &size) == nullptr);
+    CHECK(size == 77);
+}
+
+TEST_CASE("slots tell where their entries are")
+{
+    const pack_stream pack("DP\x01" + slot_bytes("x", 115, 117) + slot_bytes("y", 115, 200) + terminator + "abc");
+    pack_slot slot;
+    REQUIRE(pack_read_slot(pack.file, 0, slot));
+    CHECK(std::string(slot.name) == "x");
+    CHECK(slot.start == 115);
+    CHECK(slot.size == 3);
+    CHECK_FALSE(slot.damaged);
+    uint8_t* bytes = nullptr;
+    CHECK(pack_read_slot_bytes(pack.file, slot, &bytes) == pack_found);
+    CHECK(std::memcmp(bytes, "abc", 3) == 0);
+    std::free(bytes);
+    REQUIRE(pack_read_slot(pack.file, 1, slot));
+    CHECK(slot.damaged);
+    CHECK(slot.size == 0);
+    CHECK(pack_read_slot_bytes(pack.file, slot, &bytes) == pack_damaged);
+    CHECK_FALSE(pack_read_slot(pack.file, 2, slot));
+}
+
+// ---- lists -------------------------------------------------------------------------
+
+static std::string names_of(const pack_file_list* list)
+{
+    std::string names;
+    for (; list && list->name; list = list->next)
+        names += std::string(list->name) + "," + (list->source_dir ? list->source_dir : "-") + ";";
+    return names + (list ? "" : "no end");
+}
+
+static pack_file_list* list_of_three()
+{
+    pack_file_list* list = pack_file_list_new();
+    pack_file_list_append(list, strdup("a"), strdup("dir/"));
+    pack_file_list_append(list, strdup("b"), nullptr);
+    pack_file_list_append(list, strdup("c"), strdup(""));
+    return list;
+}
+
+TEST_CASE("names are listed in index order, duplicates too")
+{
+    const std::string full(32, 'n');
+    const pack_stream pack("DP\x01" + slot_bytes("b", 0, 0) + slot_bytes("a", 0, 0) + slot_bytes("b", 0, 0)
+        + slot_bytes(full, 0, 0) + terminator);
+    pack_file_list* list = pack_list_names(pack.file);
+    CHECK(names_of(list) == "b,-;a,-;b,-;" + full + ",-;");
+    pack_file_list_free(list);
+}
+
+TEST_CASE("the names of an empty pack and of no pack are an empty list")
+{
+    const pack_stream pack("DP\x01" + terminator);
+    pack_file_list* list = pack_list_names(pack.file);
+    CHECK(names_of(list) == "");
+    pack_file_list_free(list);
+    list = pack_list_names(nullptr);
+    CHECK(names_of(list) == "");
+    pack_file_list_free(list);
+}
+
+TEST_CASE("the names of an index without a terminator end with a line")
+{
+    const pack_stream pack("DP\x01" + slot_bytes("x", 0, 0) + "yy");
+    pack_file_list* list = nullptr;
+    CHECK(printed_on(stdout, [&] { list = pack_list_names(pack.file); }) == "unexpected error\n");
+    CHECK(names_of(list) == "x,-;");
+    pack_file_list_free(list);
+}
+
+TEST_CASE("a new list is one empty node")
+{
+    pack_file_list* list = pack_file_list_new();
+    CHECK(list->name == nullptr);
+    CHECK(list->source_dir == nullptr);
+    CHECK(list->next == nullptr);
+    pack_file_list_free(list);
+}
+
+TEST_CASE("appending keeps the strings and returns the new end of the list")
+{
+    pack_file_list* list = pack_file_list_new();
+    char* name = strdup("a");
+    char* directory = strdup("dir/");
+    pack_file_list* last = pack_file_list_append(list, name, directory);
+    CHECK(list->name == name);
+    CHECK(list->source_dir == directory);
+    CHECK(list->next == last);
+    CHECK(last->name == nullptr);
+    CHECK(pack_file_list_append(list, strdup("b"), nullptr) == last->next);
+    CHECK(pack_file_list_append(list, nullptr, strdup("freed")) == last->next);
+    CHECK(names_of(list) == "a,dir/;b,-;");
+    pack_file_list_free(list);
+}
+
+TEST_CASE("removing takes one entry out and returns the head")
+{
+    pack_file_list* list = list_of_three();
+    pack_file_list* head = list;
+    CHECK(pack_file_list_remove(list, 1) == head);
+    CHECK(names_of(list) == "a,dir/;c,;");
+    pack_file_list* second = list->next;
+    list = pack_file_list_remove(list, 0);
+    CHECK(list == second);
+    CHECK(names_of(list) == "c,;");
+    list = pack_file_list_remove(list, 0);
+    CHECK(names_of(list) == "");
+    pack_file_list_free(list);
+}
+
+TEST_CASE("removing what is not there says so and changes nothing")
+{
+    pack_file_list* list = list_of_three();
+    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(list, 3) == list); }) == "Error: index not found!\n");
+    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(list, 4) == list); }) == "Error: index not found!\n");
+    CHECK(names_of(list) == "a,dir/;b,-;c,;");
+    pack_file_list_free(list);
+    pack_file_list* empty = pack_file_list_new();
+    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(empty, 0) == empty); }) == "Error: index not found!\n");
+    pack_file_list_free(empty);
+}
+
+TEST_CASE("clearing keeps the head as an empty list")
+{
+    pack_file_list* list = list_of_three();
+    pack_file_list_clear(list);
+    CHECK(list->name == nullptr);
+    CHECK(list->source_dir == nullptr);
+    CHECK(list->next == nullptr);
+    pack_file_list_clear(list);
+    pack_file_list_append(list, strdup("d"), nullptr);
+    CHECK(names_of(list) == "d,-;");
+    pack_file_list_free(list);
+    pack_file_list_free(nullptr);
+    pack_file_list_clear(nullptr);
+}
