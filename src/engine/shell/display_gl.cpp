@@ -71,16 +71,36 @@ static display_result open_window(const player_settings& settings)
     return display_open;
 }
 
-// A driver may announce shaders and lack a function; every one that programs use is looked at.
+// Buffer objects came as an extension before they came with OpenGL 1.5, with the same
+// functions under other names: the renderer knows the later names only.
+static void adopt_buffer_functions()
+{
+    if (!GLEW_ARB_vertex_buffer_object || glBindBuffer != nullptr)
+        return;
+    glBindBuffer = glBindBufferARB;
+    glBufferData = glBufferDataARB;
+    glBufferSubData = glBufferSubDataARB;
+    glDeleteBuffers = glDeleteBuffersARB;
+    glGenBuffers = glGenBuffersARB;
+    glMapBuffer = glMapBufferARB;
+    glUnmapBuffer = glUnmapBufferARB;
+}
+
+// The loader fills in OpenGL 2.0's functions all together or marks the version as absent;
+// each one that programs use is looked at all the same.
 static bool has_shader_entry_points()
 {
-    return glCreateShader != nullptr && glShaderSource != nullptr && glCompileShader != nullptr
-        && glGetShaderiv != nullptr && glGetShaderInfoLog != nullptr && glDeleteShader != nullptr
-        && glCreateProgram != nullptr && glAttachShader != nullptr && glDetachShader != nullptr
+    const bool shaders = glCreateShader != nullptr && glShaderSource != nullptr && glCompileShader != nullptr
+        && glGetShaderiv != nullptr && glGetShaderInfoLog != nullptr && glDeleteShader != nullptr;
+    const bool programs = glCreateProgram != nullptr && glAttachShader != nullptr && glDetachShader != nullptr
         && glLinkProgram != nullptr && glGetProgramiv != nullptr && glGetProgramInfoLog != nullptr
-        && glDeleteProgram != nullptr && glUseProgram != nullptr && glGetUniformLocation != nullptr
-        && glUniform1i != nullptr && glUniform1f != nullptr && glUniform3f != nullptr && glUniformMatrix4fv != nullptr
-        && glVertexAttribPointer != nullptr && glGetAttribLocation != nullptr;
+        && glDeleteProgram != nullptr && glUseProgram != nullptr;
+    const bool uniforms = glGetUniformLocation != nullptr && glUniform1i != nullptr && glUniform1f != nullptr
+        && glUniform3f != nullptr && glUniform3fv != nullptr && glUniformMatrix3fv != nullptr
+        && glUniformMatrix4fv != nullptr;
+    const bool attributes = glGetAttribLocation != nullptr && glVertexAttribPointer != nullptr
+        && glEnableVertexAttribArray != nullptr && glDisableVertexAttribArray != nullptr;
+    return shaders && programs && uniforms && attributes;
 }
 
 static driver_offer ask_driver()
@@ -152,6 +172,7 @@ display_result open_display(player_settings& settings, int argc, char** argv)
     if (!GLEW_VERSION_1_3)
         return fail("Error: OpenGL 1.3 required, please install a proper OpenGL driver.");
 
+    adopt_buffer_functions();
     const capability_wishes wishes = {
         .use_vbo = settings.use_vbo,
         .use_glsl = settings.use_glsl,
