@@ -180,6 +180,7 @@ TEST_CASE("Ping-pong does not add its begin back")
     CHECK(fresh_value(function, 5000) == 0.0f);
     CHECK(fresh_value(function, 5500) == 500.0f);
     CHECK(fresh_value(function, 6000) == 1000.0f);
+    CHECK(fresh_value(function, 6999) == 1999.0f);
     CHECK(fresh_value(function, 7000) == 2000.0f);
     CHECK(fresh_value(function, 7001) == 1999.0f);
 }
@@ -338,10 +339,11 @@ TEST_CASE("The padding after the last point continues the last chord")
 
 TEST_CASE("A spline that ends near the fixed last padding point divides by nothing")
 {
-    // The eleventh and twelfth points put the first padding point at 9,999,999, where the second one stands too.
-    const animation_function function = spline({0, 0, 100, 1, 9000000, 2, 9000001, 2, 9000002, 2, 9000003, 2, 9000004,
-        2, 9000005, 2, 9000006, 2, 9000007, 2, 9000008, 2, 9000000, 2});
-    CHECK(fresh_value(function, 9000009) == 2.0f);
+    // The twelfth point puts the first padding point at 9,999,999, where the second one stands too.
+    const animation_function function = spline(
+        {0, 0, 100, 1, 200, 2, 300, 2, 400, 2, 500, 2, 600, 2, 700, 2, 800, 2, 900, 2, 8999000, 2, 9000000, 2});
+    CHECK(fresh_value(function, 9000000) == 2.0f);
+    CHECK(fresh_value(function, 9000001) == 2.0f);
     CHECK(fresh_value(function, 9500000) == 2.0f);
     CHECK(fresh_value(function, 9999999) == 2.0f);
     CHECK(std::isfinite(fresh_value(spline({9000000, 1, 9999000, 5, 20000000, 7}), 20500000)));

@@ -238,6 +238,21 @@ TEST_CASE("A texture is copied by the next screen layer, which clears and restor
     CHECK(frame.layers[2].viewport_height == 600);
 }
 
+TEST_CASE("A texture is copied once, and only the layer that copies clears for it")
+{
+    for (const uint32_t mode : {render_simple, render_link}) {
+        scene_document t;
+        add_layer(t, 0, mode_layer(render_to_texture, add_image_texture(t, 64, 64)));
+        add_layer(t, 1, mode_layer(render_simple));
+        add_layer(t, 2, mode_layer(mode));
+        const frame_plan frame = plan_at(t, 10);
+        REQUIRE(frame.layer_count == 3);
+        CHECK(frame.layers[1].clear == clear_both);
+        CHECK(frame.layers[2].flush_texture == 0);
+        CHECK(frame.layers[2].clear == clear_nothing);
+    }
+}
+
 TEST_CASE("Linked layers draw into the pending target and copy nothing")
 {
     scene_document t;
