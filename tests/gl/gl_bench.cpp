@@ -1,0 +1,335 @@
+#include "gl_bench.h"
+
+#include "render/material_gl.h"
+#include "render/matrix.h"
+#include "render/shader_program_gl.h"
+#include "render/shader_source.h"
+#include "texgen/cosine_table.h"
+
+#include <GL/glew.h>
+
+#include <SDL/SDL.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+// ---- the window -----------------------------------------------------------------
+
+// The state that the player's display set-up leaves behind.
+static void set_initial_state()
+{
+    constexpr GLfloat ambient[4] = {0, 0, 0, 1};
+    init_matrices();
+    build_cosine_table();
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glEnable(GL_BLEND);
+    glShadeModel(GL_SMOOTH);
+    glEnable(GL_COLOR_MATERIAL);
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient);
+    glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
+}
+
+static bool open_window()
+{
+    if (SDL_Init(SDL_INIT_VIDEO) != 0 || SDL_SetVideoMode(window_width, window_height, 24, SDL_OPENGL) == nullptr) {
+        std::printf("cannot open a window: %s\n", SDL_GetError());
+        std::exit(1);
+    }
+    std::atexit(SDL_Quit);
+    glewInit();
+    set_initial_state();
+    return true;
+}
+
+// What an earlier test left in units that a material does not reach would show.
+static void forget_units(uint32_t count)
+{
+    for (uint32_t unit = count; unit-- > 0;) {
+        glActiveTexture(GL_TEXTURE0 + unit);
+        glDisable(GL_TEXTURE_2D);
+        glDisable(GL_TEXTURE_CUBE_MAP);
+    }
+}
+
+gl_bench::gl_bench()
+    : caps(initial_caps)
+{
+    static const bool opened = open_window();
+    static_cast<void>(opened);
+    GLint units = 0;
+    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+    caps.texture_units = static_cast<uint8_t>(std::min(units, 4));
+    forget_units(caps.texture_units);
+    caps.npot = 1;
+    caps.nv_combine4 = GLEW_NV_texture_env_combine4 ? 1 : 0;
+    caps.ati_combine3 = GLEW_ATI_texture_env_combine3 && caps.nv_combine4 == 0 ? 1 : 0;
+}
+
+gl_bench::~gl_bench()
+{
+    for (uint32_t position = 1; position <= d.material_table->count; ++position)
+        free_shader_program(static_cast<material_record*>(record_table_at(d.material_table, position))->program);
+    for (uint32_t position = 1; position <= d.mesh_table->count; ++position)
+        std::free(static_cast<mesh_record*>(record_table_at(d.mesh_table, position))->arrays.line_indices);
+}
+
+// ---- pictures -------------------------------------------------------------------
+
+rgb pixel_at(const picture& p, int x, int y)
+{
+    const uint8_t* at = p.bytes.data() + static_cast<size_t>(y * window_width + x) * 3;
+    return {at[0], at[1], at[2]};
+}
+
+rgb center_of(const picture& p)
+{
+    return pixel_at(p, window_width / 2, window_height / 2);
+}
+
+bool is_near(const rgb& a, const rgb& b, int tolerance)
+{
+    return std::abs(a.red - b.red) <= tolerance && std::abs(a.green - b.green) <= tolerance
+        && std::abs(a.blue - b.blue) <= tolerance;
+}
+
+int greatest_difference(const picture& a, const picture& b)
+{
+    int greatest = 0;
+    for (size_t i = 0; i < a.bytes.size(); ++i)
+        greatest = std::max(greatest, std::abs(a.bytes[i] - b.bytes[i]));
+    return greatest;
+}
+
+double mean_difference(const picture& a, const picture& b)
+{
+    double sum = 0;
+    for (size_t i = 0; i < a.bytes.size(); ++i)
+        sum += std::abs(a.bytes[i] - b.bytes[i]);
+    return sum / static_cast<double>(a.bytes.size());
+}
+
+// ---- records --------------------------------------------------------------------
+
+static uint32_t upload(GLenum target, const std::vector<uint8_t>& pixels, int side)
+{
+    GLuint name = 0;
+    glActiveTexture(GL_TEXTURE0);
+    glGenTextures(1, &name);
+    glBindTexture(target, name);
+    glTexParameteri(target, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+    glTexParameteri(target, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+    if (target == GL_TEXTURE_2D)
+        glTexImage2D(target, 0, GL_RGBA, side, side, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    else
+        for (GLenum face = 0; face < 6; ++face)
+            glTexImage2D(GL_TEXTURE_CUBE_MAP_POSITIVE_X + face, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                pixels.data() + face * 4);
+    return name;
+}
+
+static uint32_t add_image_reference(gl_bench& b, uint32_t texture)
+{
+    image_texture image = {};
+    image.texture = texture;
+    const uint32_t handle = add_record(b.d.image_texture_table, image);
+    return add_record(b.d.object_table, object_reference{texture_image, handle, 1});
+}
+
+uint32_t gl_bench::add_texture(const float color[4])
+{
+    std::vector<uint8_t> pixels(16);
+    for (size_t i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<uint8_t>(std::lround(color[i % 4] * 255.0f));
+    return add_image_reference(*this, upload(GL_TEXTURE_2D, pixels, 2));
+}
+
+uint32_t gl_bench::add_checkered_texture()
+{
+    const std::vector<uint8_t> pixels = {255, 0, 0, 255, 0, 255, 0, 128, 0, 0, 255, 64, 200, 180, 40, 255};
+    return add_image_reference(*this, upload(GL_TEXTURE_2D, pixels, 2));
+}
+
+uint32_t gl_bench::add_cube_map()
+{
+    const std::vector<uint8_t> pixels
+        = {255, 0, 0, 255, 0, 255, 255, 255, 0, 255, 0, 255, 255, 0, 255, 255, 0, 0, 255, 255, 255, 255, 0, 255};
+    cube_map cube = {};
+    cube.texture = upload(GL_TEXTURE_CUBE_MAP, pixels, 1);
+    const uint32_t handle = add_record(d.cube_map_table, cube);
+    return add_record(d.object_table, object_reference{texture_cube, handle, 1});
+}
+
+// The arrays of a mesh, put where the record's one block owns them.
+static uint32_t add_mesh(gl_bench& b, const std::vector<float>& positions, const std::vector<float>& normals,
+    const std::vector<std::vector<float>>& sets, const std::vector<uint16_t>& indices)
+{
+    size_t floats = positions.size() + normals.size();
+    for (const std::vector<float>& set : sets)
+        floats += set.size();
+    mesh_record mesh = {};
+    mesh.data = static_cast<uint8_t*>(std::malloc(floats * sizeof(float) + indices.size() * sizeof(uint16_t)));
+    float* at = reinterpret_cast<float*>(mesh.data);
+    const auto put = [&at](const std::vector<float>& values) {
+        float* start = at;
+        at = std::copy(values.begin(), values.end(), at);
+        return start;
+    };
+    mesh.arrays.vertex_count = static_cast<uint32_t>(positions.size() / 3);
+    mesh.arrays.index_count = static_cast<uint32_t>(indices.size());
+    mesh.arrays.texcoord_sets = static_cast<uint32_t>(sets.size());
+    mesh.arrays.positions = put(positions);
+    for (size_t i = 0; i < sets.size(); ++i)
+        mesh.arrays.texcoords[i] = put(sets[i]);
+    mesh.arrays.normals = put(normals);
+    mesh.arrays.indices = reinterpret_cast<uint16_t*>(at);
+    std::copy(indices.begin(), indices.end(), mesh.arrays.indices);
+    return add_record(b.d.mesh_table, mesh);
+}
+
+uint32_t gl_bench::add_quad(uint32_t texcoord_sets)
+{
+    const std::vector<float> corners = {0, 0, 1, 0, 1, 1, 0, 1};
+    std::vector<float> positions;
+    std::vector<float> normals;
+    for (size_t i = 0; i < 4; ++i) {
+        positions.insert(positions.end(), {corners[i * 2], corners[i * 2 + 1], 0.0f});
+        normals.insert(normals.end(), {0.0f, 0.0f, 1.0f});
+    }
+    std::vector<std::vector<float>> sets(texcoord_sets, corners);
+    for (size_t set = 0; set < sets.size(); ++set)
+        for (float& c : sets[set])
+            c += 0.25f * static_cast<float>(set);
+    return add_mesh(*this, positions, normals, sets, {0, 1, 2, 0, 2, 3});
+}
+
+uint32_t gl_bench::add_sphere()
+{
+    constexpr int rings = 24;
+    constexpr int sides = 32;
+    std::vector<float> positions;
+    std::vector<float> texcoords;
+    std::vector<uint16_t> indices;
+    for (int ring = 0; ring <= rings; ++ring) {
+        for (int side = 0; side <= sides; ++side) {
+            const double a = 3.14159265358979 * ring / rings;
+            const double b = 2 * 3.14159265358979 * side / sides;
+            positions.insert(positions.end(),
+                {static_cast<float>(std::sin(a) * std::cos(b)), static_cast<float>(std::cos(a)),
+                    static_cast<float>(std::sin(a) * std::sin(b))});
+            texcoords.insert(
+                texcoords.end(), {static_cast<float>(side) * 4.0f / sides, static_cast<float>(ring) * 2.0f / rings});
+        }
+    }
+    for (int ring = 0; ring < rings; ++ring) {
+        for (int side = 0; side < sides; ++side) {
+            const uint16_t k = static_cast<uint16_t>(ring * (sides + 1) + side);
+            const uint16_t below = static_cast<uint16_t>(k + sides + 1);
+            for (const int i : {k + 0, k + 1, below + 1, k + 0, below + 1, below + 0})
+                indices.push_back(static_cast<uint16_t>(i));
+        }
+    }
+    return add_mesh(*this, positions, positions, {texcoords}, indices);
+}
+
+uint32_t gl_bench::add_light(float ambient, float diffuse, const float position[3])
+{
+    value_record record = {};
+    for (uint32_t i = 0; i < 3; ++i) {
+        const float tint = 1.0f - 0.2f * static_cast<float>(i);
+        record.values[i] = ambient * tint;
+        record.values[3 + i] = diffuse * tint;
+        record.values[6 + i] = position[i];
+    }
+    return add_record(d.transform_table, record);
+}
+
+material_record& gl_bench::add_material(uint32_t* handle)
+{
+    material_record material = {};
+    material.blend_function = 2;
+    std::fill_n(material.color, 4, 1.0f);
+    material.linewidth = 1.0f;
+    *handle = add_record(d.material_table, material);
+    return *table_record<material_record>(d.material_table, *handle);
+}
+
+scene_object gl_bench::object(object_kind kind, uint32_t object, uint32_t material)
+{
+    scene_object o = {};
+    o.type = kind;
+    o.object = object;
+    o.material = material;
+    for (uint32_t i = 6; i < placement_value_count; ++i)
+        o.values[i].value = 1.0f;
+    return o;
+}
+
+uint32_t gl_bench::add_scene(const std::vector<scene_object>& objects)
+{
+    scene_record scene = {};
+    scene.object_count = static_cast<uint32_t>(objects.size());
+    scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
+    std::copy(objects.begin(), objects.end(), scene.objects);
+    return add_record(d.scene_table, scene);
+}
+
+// ---- drawing --------------------------------------------------------------------
+
+bool gl_bench::build_programs()
+{
+    bool silent = true;
+    for (uint32_t position = 1; position <= d.material_table->count; ++position) {
+        material_record& material = *static_cast<material_record*>(record_table_at(d.material_table, position));
+        shader_unit units[texture_unit_count];
+        resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
+            d.cube_map_table, units);
+        generate_shader(material, d.transform_table, units);
+        build_shader(material, units);
+        silent &= std::strcmp(material.program->info_log, "VS:\nFS:") == 0 && material.program->program != 0;
+    }
+    return silent;
+}
+
+void gl_bench::draw_over(uint32_t scene, bool glsl)
+{
+    glUseProgram(0); // tests change paths where a run of the player has one
+    glEnable(GL_DEPTH_TEST);
+    if (perspective)
+        set_perspective(60.0f, 4.0f / 3.0f, 0.1f, 100.0f);
+    else
+        set_orthographic(0.0f, 1.0f, 1.0f, 0.0f, -1.0f, 1.0f);
+    load_matrix(select_projection);
+    reset_modelview();
+    if (perspective)
+        translate(0.3f, -0.2f, -3.0f); // the camera goes round the origin
+    rotate_z(camera[2], select_modelview);
+    rotate_x(camera[0], select_modelview);
+    rotate_y(camera[1], select_modelview);
+    load_matrix(select_modelview);
+    draw_model(
+        scene, {.d = &d, .caps = &caps, .glsl = glsl, .time = time, .rotation = {camera[0], camera[1], camera[2]}});
+}
+
+picture gl_bench::read()
+{
+    picture p;
+    p.bytes.resize(static_cast<size_t>(window_width) * window_height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, window_width, window_height, GL_RGB, GL_UNSIGNED_BYTE, p.bytes.data());
+    return p;
+}
+
+picture gl_bench::draw(uint32_t scene, bool glsl)
+{
+    glViewport(0, 0, window_width, window_height);
+    glClearColor(static_cast<float>(background.red) / 255.0f, static_cast<float>(background.green) / 255.0f,
+        static_cast<float>(background.blue) / 255.0f, 1.0f);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    draw_over(scene, glsl);
+    return read();
+}
