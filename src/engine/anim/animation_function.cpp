@@ -1,9 +1,9 @@
 #include "anim/animation_function.h"
 
+#include "content/extended_trig.h"
 #include "content/numbers.h"
 
 #include <algorithm>
-#include <cmath>
 
 // ---- time ---------------------------------------------------------------------
 
@@ -134,11 +134,11 @@ static long double segment_value(int32_t type, const float p[max_segment_params]
     case segment_quadratic:
         return (x - p[1]) * (x - p[1]) * p[0] + p[2];
     case segment_sine:
-        return sinl(x * p[1] - p[2]) * p[0] + p[3];
+        return extended_sine(x * p[1] - p[2]) * p[0] + p[3];
     case segment_spline:
         return spline_value(p, x);
     case segment_sine_linear:
-        return sinl(p[1] * x - p[2]) * (x * p[0] + p[4]) + p[3];
+        return extended_sine(p[1] * x - p[2]) * (x * p[0] + p[4]) + p[3];
     case segment_kind_count:
         break;
     }

@@ -1,5 +1,7 @@
 #include "render/matrix.h"
 
+#include "content/extended_trig.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -46,8 +48,7 @@ static void translate_matrix(float m[16], float x, float y, float z)
 static void rotate_columns(float a[4], float b[4], float angle)
 {
     const long double radians = static_cast<long double>(angle) * half_turns_per_degree * pi;
-    const long double c = cosl(radians);
-    const long double s = sinl(radians);
+    const auto [s, c] = extended_sine_cosine(radians);
     for (int r = 0; r < 4; ++r) {
         const long double old_a = a[r];
         const long double old_b = b[r];
