@@ -209,6 +209,14 @@ TEST_CASE("ripples of more than one picture wrap too")
     CHECK(operated(node_ripple, {-3.0625f, 0, 0, 0}, a) == operated(node_ripple, {0.9375f, 0, 0, 0}, a));
 }
 
+TEST_CASE("a displacement that is hardly below 0 rounds to the first pixel, not to the last")
+{
+    // The size is added before the place is split: 8 - 8e-20 is 8, which wraps to 0.
+    const picture a = scrambled_picture(8, 9);
+    const picture still = operated(node_ripple, {0, 0, 0, 0}, a);
+    CHECK(operated(node_ripple, {-1e-20f, -1e-20f, 0, 0}, a) == still);
+}
+
 TEST_CASE("the x displacement of a ripple follows the row with the Y wavelength")
 {
     // One wave on 8 rows: at row 4 the cosine is -1, at row 0 it is 1.
