@@ -3,11 +3,11 @@
 
     test_walls.py ROOT COMPILER [FLAG ...]
 """
+import concurrent.futures
 import os
 import re
 import subprocess
 import sys
-import tempfile
 
 ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']
 GROUND = {'render/matrix.h'}            # plain numbers, part of the ground floor
@@ -45,20 +45,17 @@ def check_includes(engine):
 
 
 def check_headers(engine, compiler, flags):
-    """All headers in one compiler run each: a header that leans on another one's includes fails."""
-    wrong = []
-    with tempfile.TemporaryDirectory() as scratch:
-        for room, name, _ in sources(engine):
-            if not name.endswith('.h'):
-                continue
-            unit = os.path.join(scratch, 'alone.cpp')
-            with open(unit, 'w', encoding='utf-8') as f:
-                f.write('#include "%s/%s"\n#include "%s/%s"\n' % (room, name, room, name))
-            p = subprocess.run([compiler, '-std=c++20', '-fsyntax-only', '-Wall', '-Wextra', '-Werror', '-I', engine]
-                               + flags + [unit], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-            if p.returncode:
-                wrong.append('%s/%s does not compile alone:\n%s' % (room, name, p.stdout.decode()))
-    return wrong
+    """Every header twice in a unit of its own: one that leans on another's includes, or lacks a guard, fails."""
+    def check(header):
+        unit = '#include "%s"\n#include "%s"\n' % (header, header)
+        p = subprocess.run([compiler, '-std=c++20', '-fsyntax-only', '-Wall', '-Wextra', '-Werror', '-I', engine]
+                           + flags + ['-x', 'c++', '-'], input=unit.encode(), stdout=subprocess.PIPE,
+                           stderr=subprocess.STDOUT)
+        return '%s does not compile alone:\n%s' % (header, p.stdout.decode()) if p.returncode else None
+
+    headers = ['%s/%s' % (room, name) for room, name, _ in sources(engine) if name.endswith('.h')]
+    with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
+        return [wrong for wrong in pool.map(check, headers) if wrong]
 
 
 def check_the_checker():
