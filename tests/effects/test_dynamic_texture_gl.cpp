@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-// ---- the recorder --------------------------------------------------------------------------
+// ---- the recorder ------------------------------------------------------------------------
 
 struct gl_recorder {
     std::string log;               // one line a call
@@ -130,7 +130,7 @@ PFNGLBUFFERDATAPROC __glewBufferData = record_buffer_data;
 PFNGLMAPBUFFERPROC __glewMapBuffer = record_map_buffer;
 PFNGLUNMAPBUFFERPROC __glewUnmapBuffer = record_unmap_buffer;
 
-// ---- what the tests share ----------------------------------------------------------------------
+// ---- what the tests share ----------------------------------------------------------------
 
 constexpr texture_format_table formats = {{100, 101, 102, 103, 104, 105, 106, 107, 108}};
 
@@ -182,7 +182,7 @@ static std::vector<uint8_t> plasma_at(uint32_t time, uint32_t bpp)
     return out;
 }
 
-// ---- creation --------------------------------------------------------------------------------------
+// ---- creation ----------------------------------------------------------------------------
 
 TEST_CASE("without a first image the texture is storage of black pixels with its filters")
 {
@@ -227,7 +227,7 @@ TEST_CASE("the first image takes no parameter after a handle 0, a refresh does")
     CHECK(recorder.uploaded[0] == 9);
 }
 
-// ---- refresh ------------------------------------------------------------------------------------------
+// ---- refresh -----------------------------------------------------------------------------
 
 TEST_CASE("a refresh through memory is one upload of the picture of its time")
 {
@@ -313,7 +313,7 @@ TEST_CASE("a dangling dynamic texture, or one that was not made, is not refreshe
     CHECK(recorder.log.empty());
 }
 
-// ---- release ---------------------------------------------------------------------------------------------
+// ---- release -----------------------------------------------------------------------------
 
 TEST_CASE("releasing deletes the texture, its buffer and its state; twice is harmless")
 {

@@ -106,7 +106,7 @@ TEST_CASE("no list stays no list")
         CHECK(apply_manipulator(nullptr, kind, params_12{}, nullptr, nullptr) == nullptr);
 }
 
-// ---- "XYZ Multiplier" -----------------------------------------------------------------------
+// ---- "XYZ Multiplier" --------------------------------------------------------------------
 
 TEST_CASE("the XYZ multiplier makes a grid for every input, z fastest, each axis with its own number")
 {
@@ -184,7 +184,7 @@ TEST_CASE("a chain of multipliers to millions of placements stays within the bou
     CHECK(result->count == max_placements);
 }
 
-// ---- "X Multiplier" -----------------------------------------------------------------------------
+// ---- "X Multiplier" ----------------------------------------------------------------------
 
 TEST_CASE("the X multiplier steps all nine values with the number of the copy")
 {
@@ -223,7 +223,7 @@ TEST_CASE("steps are added once, in double precision")
     CHECK(list->items[3].position[0] == static_cast<float>(static_cast<double>(0.1f) * 3));
 }
 
-// ---- "Rippler" --------------------------------------------------------------------------------------
+// ---- "Rippler" ---------------------------------------------------------------------------
 
 // Starts every rippler test with an empty cache, and leaves it empty.
 struct fresh_cache {
@@ -360,7 +360,7 @@ TEST_CASE("a rippler on a mesh without indices clears its normals")
     CHECK(shared_rippler_cache().normals[0] == 0.0f);
 }
 
-// ---- "Model placer" -------------------------------------------------------------------------------------
+// ---- "Model placer" ----------------------------------------------------------------------
 
 TEST_CASE("the model placer puts every placement at every vertex; rotation and scale are the input's")
 {

@@ -70,10 +70,11 @@ TEST_CASE("triangles beyond the vertices and left-over indices are passed over")
     CHECK(normals == std::vector<float>{0, 0, 1, 0, 0, 1, 0, 0, 1});
 }
 
-TEST_CASE("no vertices and no indices are no trouble")
+TEST_CASE("without vertices only what was there is cleared")
 {
     compute_mesh_normals({}, {}, {});
     const std::vector<uint16_t> indices = {0, 1, 2};
-    compute_mesh_normals({}, indices, {});
-    CHECK(true);
+    std::vector<float> normals(3, 7.0f);
+    compute_mesh_normals({}, indices, normals);
+    CHECK(normals == std::vector<float>(3, 0.0f));
 }

@@ -14,7 +14,9 @@ void create_dynamic_texture_gl(dynamic_texture& texture, const record_table* fun
     const texture_format_table& formats, bool first_image, bool use_pbo);
 
 // Renders and uploads the picture of `time`, unless that time's picture is there.
-// A dangling handle does nothing.
+// With `use_pbo` through a pixel buffer, or through memory where that cannot be mapped:
+// the pixels are the same. Leaves the texture bound to GL_TEXTURE_2D of the active unit.
+// A dangling handle, or a texture that was never created, does nothing.
 void update_dynamic_texture(
     uint32_t handle, record_table* dynamic_textures, const record_table* functions, uint32_t time, bool use_pbo);
 

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-// ---- "Test 2d effect" -----------------------------------------------------------
+// ---- "Test 2d effect" --------------------------------------------------------------------
 
 // 32-bit sums wrap; what passes 255 skips one value at every turn.
 static uint8_t ramp_byte(uint32_t sum)
@@ -39,7 +39,7 @@ static void render_ramp(const picture& out, std::span<const float> params, effec
     }
 }
 
-// ---- "Amoba" ---------------------------------------------------------------------
+// ---- "Amoba" -----------------------------------------------------------------------------
 
 // A number of 0..bound - 1 from the C library's generator.
 static uint32_t random_below(uint64_t bound)
@@ -101,7 +101,7 @@ static void render_amoba(const picture& out, float update, effect_2d_state* stat
     std::memcpy(out.pixels, state->buffer, static_cast<size_t>(out.width) * out.height * out.channels);
 }
 
-// ---- "Normalmap" -------------------------------------------------------------------
+// ---- "Normalmap" -------------------------------------------------------------------------
 
 static double table_entry(uint32_t steps)
 {
@@ -128,7 +128,7 @@ static void render_normal_map(const picture& out, float time)
     }
 }
 
-// ---- all kinds ----------------------------------------------------------------------
+// ---- all kinds ---------------------------------------------------------------------------
 
 effect_2d_state* init_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint32_t bpp)
 {

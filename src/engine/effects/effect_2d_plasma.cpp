@@ -31,7 +31,7 @@ static double table_cosine(double steps)
     return static_cast<double>(cosine_at(truncate_to_int(steps)));
 }
 
-// ---- colours ------------------------------------------------------------------
+// ---- colours -----------------------------------------------------------------------------
 
 struct wave {
     double density; // table steps per unit of the field
@@ -76,7 +76,7 @@ static uint8_t* write_pixel(uint8_t* out, uint32_t channels, const colour_waves&
     return out;
 }
 
-// ---- the two fields -------------------------------------------------------------
+// ---- the two fields ----------------------------------------------------------------------
 
 void render_plasma(const picture& out, float step)
 {

@@ -14,7 +14,7 @@
 
 constexpr double steps_per_radian = 651.8986; // 4096 / (2 pi): entries of the cosine table
 
-// ---- lists ------------------------------------------------------------------------
+// ---- lists -------------------------------------------------------------------------------
 
 // A list of `count` placements whose values are still to be set; empty when memory is
 // short.
@@ -67,7 +67,7 @@ static float stepped(float value, float step, uint32_t n)
     return n == 0 ? value : to_single(static_cast<double>(value) + static_cast<double>(step) * n);
 }
 
-// ---- "XYZ Multiplier", "X Multiplier" ------------------------------------------------
+// ---- "XYZ Multiplier", "X Multiplier" ----------------------------------------------------
 
 // `steps` has nine values: position, rotation, scale; `n` is the copy's number on each axis.
 static placement stepped_placement(const placement& from, std::span<const float> steps, const uint32_t n[3])
@@ -131,7 +131,7 @@ static placement_list* multiply_x(const placement_list& list, std::span<const fl
     return result;
 }
 
-// ---- "Rippler" --------------------------------------------------------------------------
+// ---- "Rippler" ---------------------------------------------------------------------------
 
 rippler_cache& shared_rippler_cache()
 {
@@ -196,7 +196,7 @@ uint32_t rippled_vertex_count(const mesh_arrays& mesh)
     return std::min(mesh.vertex_count, shared_rippler_cache().vertex_count);
 }
 
-// ---- "Model placer" ---------------------------------------------------------------------
+// ---- "Model placer" ----------------------------------------------------------------------
 
 // The model's first vertices under the placer's own transform, three floats each. Works in
 // the shared modelview and puts it back from a copy of its own, because drawing may be in
@@ -241,7 +241,7 @@ static placement_list* place_on_model(
     return result;
 }
 
-// ---- all kinds ------------------------------------------------------------------------------
+// ---- all kinds ---------------------------------------------------------------------------
 
 uint32_t manipulator_param_count(int32_t kind)
 {

@@ -49,7 +49,10 @@ void reset_rippler_cache();
 // `place_model` the model placer's (may be null). `params` has at least
 // manipulator_param_count entries. `list` is consumed; a kind beyond the catalogue
 // returns it unchanged. The rippler sets nothing in `mesh`: drawing takes positions and
-// normals from the cache afterwards (see rippled_vertex_count).
+// normals from the cache afterwards (see rippled_vertex_count). Numbers of copies are
+// truncated; below 1 (and what is no whole number of 32 bits) the result is empty. A
+// rippler parameter that is not finite moves nothing. No list stays no list; null comes
+// back also when memory is out.
 placement_list* apply_manipulator(placement_list* list, int32_t kind, std::span<const float> params,
     const mesh_arrays* mesh, const mesh_arrays* place_model);
 

@@ -30,7 +30,7 @@ inline double random_unit()
     return std::rand() / 2147483648.0;
 }
 
-// ---- waters: an N x N grid of vertices in the x-z plane, heights in y ----------------
+// ---- waters: an N x N grid of vertices in the x-z plane, heights in y --------------------
 
 constexpr uint32_t lake_side = 30; // also the centre wave's
 constexpr uint32_t lake_2_side = 60;

@@ -9,7 +9,7 @@
 constexpr double steps_per_radian = 651.8986; // 4096 / (2 pi): entries of the cosine table
 constexpr double quarter_turn = 1.5707964;
 
-// ---- "Swirl": a fan whose points wind round the origin ---------------------------------
+// ---- "Swirl": a fan whose points wind round the origin -----------------------------------
 
 static double table_cosine(double steps)
 {
@@ -53,7 +53,7 @@ void step_swirl(mesh_effect& effect, float x, float y)
     recompute_normals(effect.mesh);
 }
 
-// ---- "Particles": a swarm pulled toward the origin -----------------------------------------
+// ---- "Particles": a swarm pulled toward the origin ---------------------------------------
 
 static void place_particle(swarm_particle& particle)
 {

@@ -9,7 +9,7 @@
 
 constexpr double steps_per_radian = 651.8986; // 4096 / (2 pi): entries of the cosine table
 
-// ---- the grid -----------------------------------------------------------------------
+// ---- the grid ----------------------------------------------------------------------------
 
 static void append_triangle(uint16_t*& out, uint32_t a, uint32_t b, uint32_t c)
 {
@@ -65,7 +65,7 @@ static void init_grid(mesh_arrays& mesh, uint32_t side)
     fill_grid_indices(mesh.indices, side);
 }
 
-// ---- what both lakes share --------------------------------------------------------------
+// ---- what both lakes share ---------------------------------------------------------------
 
 // Whether the time has come to step. A jump of two or more, either way, only moves the
 // clock along, so that a surface that was out of sight is at most one step behind.
@@ -118,7 +118,7 @@ void init_lake(mesh_effect& effect, uint32_t side)
     init_grid(effect.mesh, side);
 }
 
-// ---- "Lake water": the discrete wave equation -----------------------------------------------
+// ---- "Lake water": the discrete wave equation --------------------------------------------
 
 // Sums are 64 bits wide and stored as their low 32, so that no height can overflow.
 static void spread_wave(const int32_t* a, int32_t* b, uint32_t side)
@@ -151,7 +151,7 @@ void step_lake(mesh_effect& effect, float time)
     recompute_normals(effect.mesh);
 }
 
-// ---- "Lake water 2": a damped grid of springs --------------------------------------------------
+// ---- "Lake water 2": a damped grid of springs --------------------------------------------
 
 constexpr int32_t fastest_spring = 20;
 constexpr int32_t steps_per_drop = 6;
@@ -191,7 +191,7 @@ void step_lake_2(mesh_effect& effect, float time)
     recompute_normals(effect.mesh);
 }
 
-// ---- "Centerwave water": a circular wave by formula ----------------------------------------------
+// ---- "Centerwave water": a circular wave by formula --------------------------------------
 
 constexpr double wave_radius = 14.0;
 

@@ -1,0 +1,163 @@
+#include "effects/mesh_normals.h"
+#include "reference.h"
+#include "test_effect.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+// ---- "Swirl" -----------------------------------------------------------------------------
+
+TEST_CASE("the swirl's points stand at (Y + k + c) c and (Y + k + s) s, with a shifted cosine for s")
+{
+    test_effect effect(mesh_effect_swirl);
+    for (const std::array<float, 2> params :
+        {std::array{0.0f, 0.0f}, std::array{0.1f, 3.0f}, std::array{-2.5f, 100.25f}, std::array{777.7f, -50.0f}}) {
+        step(effect, params[0], params[1]);
+        const auto x = static_cast<double>(params[0]);
+        const auto y = static_cast<double>(params[1]);
+        uint32_t wrong = 0;
+        for (int k = 1; k < 256; ++k) {
+            const double c = reference_cosine(static_cast<int64_t>(x * k * 651.8986));
+            const double s = reference_cosine(static_cast<int64_t>((x * k + 1.5707964) * 651.8986));
+            const float* p = effect.e.mesh.positions + 3 * k;
+            wrong += p[0] != static_cast<float>((y + k + c) * c) || p[1] != static_cast<float>((y + k + s) * s)
+                || p[2] != 0.0f;
+        }
+        CHECK(wrong == 0);
+        for (int axis = 0; axis < 3; ++axis)
+            CHECK(effect.e.mesh.positions[axis] == 0.0f);
+    }
+}
+
+TEST_CASE("the swirl at X 0 is a line of k + 1 along x")
+{
+    test_effect effect(mesh_effect_swirl);
+    step(effect, 0.0f, 0.0f);
+    CHECK(effect.e.mesh.positions[3 * 1] == 2.0f);
+    CHECK(effect.e.mesh.positions[3 * 255] == 256.0f);
+    // a quarter of 4096 x 1.5707964 / 2 pi is 1023 after truncation or 1024: s is nearly 0
+    CHECK(std::fabs(effect.e.mesh.positions[3 * 255 + 1]) < 0.5f);
+}
+
+TEST_CASE("the swirl recomputes its normals at every update")
+{
+    test_effect effect(mesh_effect_swirl);
+    step(effect, 0.3f, 5.0f);
+    std::vector<float> expected(768);
+    compute_mesh_normals(positions(effect), std::span<const uint16_t>(effect.e.mesh.indices, 765), expected);
+    CHECK(normals(effect) == expected);
+    CHECK(normals(effect) != std::vector<float>(768, 0.0f));
+}
+
+TEST_CASE("the swirl stays within its radius over 200 updates")
+{
+    test_effect effect(mesh_effect_swirl);
+    for (int time = 0; time < 200; ++time) {
+        step(effect, static_cast<float>(time) * 0.013f, static_cast<float>(time));
+        CHECK(all_finite(positions(effect)));
+        CHECK(all_finite(normals(effect)));
+        for (const float coordinate : positions(effect))
+            CHECK(std::fabs(coordinate) <= 255.0f + 1.0f + 200.0f);
+    }
+}
+
+// ---- "Particles" -------------------------------------------------------------------------
+
+TEST_CASE("particles are drawn x, y, z, vx, vy, vz, one after the other")
+{
+    std::srand(42);
+    test_effect effect(mesh_effect_particles);
+    std::srand(42);
+    uint32_t wrong = 0;
+    for (uint32_t i = 0; i < swarm_size; ++i) {
+        for (uint32_t axis = 0; axis < 3; ++axis) {
+            const auto expected = static_cast<float>(random_real() * 10);
+            wrong += swarm(effect).particles[i].position[axis] != expected
+                || effect.e.mesh.positions[3 * i + axis] != expected;
+        }
+        for (uint32_t axis = 0; axis < 3; ++axis)
+            wrong += swarm(effect).particles[i].velocity[axis] != static_cast<float>(random_real() * 0.1);
+    }
+    CHECK(wrong == 0);
+    CHECK(swarm(effect).last == 0.0f);
+}
+
+static void place(test_effect& effect, const std::array<float, 6>& values)
+{
+    std::copy_n(values.begin(), 3, swarm(effect).particles[0].position);
+    std::copy_n(values.begin() + 3, 3, swarm(effect).particles[0].velocity);
+}
+
+TEST_CASE("a particle at the origin is pulled with strength 1")
+{
+    test_effect effect(mesh_effect_particles);
+    place(effect, {0.0f, 0.0f, 0.0f, 0.5f, -0.5f, 0.0f});
+    step(effect, 0.5f);
+    const swarm_particle& p = swarm(effect).particles[0];
+    CHECK(p.position[0] == 0.25f);
+    CHECK(p.position[1] == -0.25f);
+    CHECK(p.position[2] == 0.0f);
+    CHECK(p.velocity[0] == 0.0f);
+    CHECK(p.velocity[1] == 0.0f);
+    CHECK(p.velocity[2] == -0.5f); // a coordinate of 0 counts as positive
+}
+
+TEST_CASE("a particle is pulled by its old radius toward the side opposite to its new coordinate")
+{
+    test_effect effect(mesh_effect_particles);
+    place(effect, {2.0f, 0.0f, 0.0f, -3.0f, 0.0f, 0.0f}); // 2 / 4 = 0.5
+    step(effect, 1.0f);
+    CHECK(swarm(effect).particles[0].position[0] == -1.0f);
+    CHECK(swarm(effect).particles[0].velocity[0] == -2.5f);
+}
+
+TEST_CASE("the swarm's time counts both ways, and the mesh shows the new positions")
+{
+    test_effect effect(mesh_effect_particles);
+    place(effect, {2.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f});
+    step(effect, -2.0f);
+    CHECK(swarm(effect).particles[0].position[0] == 4.0f);
+    CHECK(swarm(effect).last == -2.0f);
+    CHECK(effect.e.mesh.positions[0] == 4.0f);
+    step(effect, -2.0f); // no time, no change
+    CHECK(effect.e.mesh.positions[0] == 4.0f);
+    CHECK(swarm(effect).particles[0].velocity[0] == 0.0f);
+}
+
+TEST_CASE("the swarm follows its rules for 300 updates and stays near the origin")
+{
+    std::srand(8);
+    test_effect effect(mesh_effect_particles);
+    std::vector<std::array<float, 6>> reference;
+    for (const swarm_particle& p : swarm(effect).particles)
+        reference.push_back({p.position[0], p.position[1], p.position[2], p.velocity[0], p.velocity[1], p.velocity[2]});
+    uint32_t wrong = 0;
+    float farthest = 0.0f;
+    for (int time = 1; time <= 300; ++time) {
+        step(effect, static_cast<float>(time) * 0.125f);
+        for (uint32_t i = 0; i < swarm_size; ++i) {
+            std::array<float, 6>& p = reference[i];
+            const double r
+                = std::hypot(static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2]));
+            const double strength = r * r > 2 ? 2 / (r * r) : 1.0;
+            for (uint32_t axis = 0; axis < 3; ++axis) {
+                p[axis] = static_cast<float>(static_cast<double>(p[axis]) + static_cast<double>(p[3 + axis]) * 0.125);
+                const double pull = std::copysign(strength * 0.125, p[axis] < 0.0f ? 1.0 : -1.0);
+                p[3 + axis] = static_cast<float>(static_cast<double>(p[3 + axis]) + pull);
+                const float computed = effect.e.mesh.positions[3 * i + axis];
+                wrong += std::fabs(computed - p[axis]) > 1e-3f;
+                farthest = std::max(farthest, std::fabs(computed));
+                p[axis] = computed; // rounding may differ in the last bit: start again from the same place
+                p[3 + axis] = swarm(effect).particles[i].velocity[axis];
+            }
+        }
+        CHECK(all_finite(positions(effect)));
+    }
+    CHECK(wrong == 0);
+    CHECK(farthest < 100.0f);
+}
