@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Builds the show "First Light": OUTDIR/demo.dpk, its music, and both documents as readable text.
 
-    python3 productions/first-light/build.py OUTDIR
+    python3 productions/first-light/build.py OUTDIR            the whole show
+    python3 productions/first-light/build.py OUTDIR temple     one scene of it, to work on
 
 Needs nothing beyond Python 3. The scenes stand in files of their own, in the order of the show.
 """
@@ -12,6 +13,7 @@ import sys
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, HERE)
 
+import bloom  # noqa: E402
 import check  # noqa: E402
 import lake  # noqa: E402
 import loading  # noqa: E402
@@ -19,40 +21,47 @@ import morning  # noqa: E402
 import night  # noqa: E402
 import pack  # noqa: E402
 import stones  # noqa: E402
+import temple  # noqa: E402
+import windows  # noqa: E402
 from stage import BAR, BEAT, CREAM, INK, PEACH, Stage, bars  # noqa: E402
 
 MUSIC = "first-light.ogg"
 
 # (scene, bars). No cut falls on a whole second: then every track changes over at the same tick.
-SCENES = ((night, 4), (lake, 5), (stones, 4), (morning, 4))
+SCENES = ((night, 4), (lake, 5), (stones, 4), (temple, 4), (windows, 4), (bloom, 3), (morning, 4))
 
 
-def show():
+# What covers the cut at the end of each scene: colour, ticks to come, ticks to go.
+CUTS = ((INK, BEAT, BEAT), (PEACH, BEAT // 2, BEAT), (INK, BEAT // 2, BEAT), (INK, BEAT // 2, BEAT),
+        (CREAM, BEAT // 4, 2 * BEAT), (CREAM, BEAT, 2 * BEAT))
+
+
+def show(scenes):
     stage = Stage("First Light")
     stage.document.music_file = MUSIC
-    start, cuts = 0, []
-    for scene, count in SCENES:
-        end = start + bars(count)
-        assert end % 100, "a cut on a whole second"
-        scene.build(stage, start, end)
-        cuts.append(end)
-        start = end
-    last = cuts[-1]
-    stage.vignette(0, last)
+    start = 0
     stage.fade(0, (0, 0, 0), 0, 3 * BEAT)
-    for cut, color, before, after in ((cuts[0], INK, BEAT, BEAT), (cuts[1], PEACH, BEAT // 2, BEAT), (cuts[2], CREAM, BEAT, BEAT * 2)):
-        stage.fade(cut, color, before, after)
-    stage.fade(last - 20, CREAM, 2 * BEAT, 0, hold_dark=20)
+    for (scene, count), cut in zip(scenes, (*CUTS, None)):
+        end = start + bars(count)
+        assert end % 100 or len(scenes) < len(SCENES), "a cut on a whole second"
+        scene.build(stage, start, end)
+        stage.caption(start + BEAT // 2, scene.CAPTION)
+        if end != sum(bars(count) for _, count in scenes):
+            stage.fade(end, *cut)
+        start = end
+    stage.vignette(0, start)
+    stage.fade(start - 20, CREAM, 2 * BEAT, 0, hold_dark=20)
     return stage
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit("usage: build.py OUTDIR")
+    if len(sys.argv) < 2:
+        sys.exit("usage: build.py OUTDIR [SCENE ...]")
+    scenes = [s for s in SCENES if len(sys.argv) == 2 or s[0].__name__ in sys.argv[2:]]
     out = sys.argv[1]
     os.makedirs(out, exist_ok=True)
     entries = {}
-    for name, stage in (("loading", loading.build()), ("demo", show())):
+    for name, stage in (("loading", loading.build()), ("demo", show(scenes))):
         document = stage.document
         text = document.text()
         check.document(name, document)

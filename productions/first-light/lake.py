@@ -2,6 +2,8 @@
 from document import (Camera, Unit, curve_to, hold, in_line, in_rows, line, spline, wave)
 from stage import (BEAT, CREAM, GOLD, INDIGO, PEACH, PLUM, Path, ROSE, SUN, bars, between, shade)
 
+CAPTION = "II / LAKE"
+
 BOATS = (   # (tick, x, z) along the way of each boat, and its size
     ([(0, -3.2, -6), (500, -2.4, -13), (1000, -2.0, -21), (1600, -1.2, -32)], 1.0),
     ([(0, 2.6, -3), (500, 3.4, -9), (1000, 2.7, -16), (1600, 2.0, -25)], 1.1),
@@ -36,7 +38,7 @@ def build(stage, start, end):
     boats(stage, water_scene, length)
     birds(stage, water_scene, length)
     document.clip(2, start, end, water_scene, "Link with previous", path.world)
-    stage.rays(start, end, path, stage.target("target.png", 1), level=0.115)
+    stage.rays(start, end, path, stage.target("target.png", 1), path.on_screen(SUN), level=0.115)
 
 
 def light_of_rays(stage, start, end, path):
@@ -58,11 +60,13 @@ def hills(stage, scene):
             Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]))
 
 
-def reflections(stage):
-    if not hasattr(stage, "lake_map"):
-        names = ["lake_%s.jpg" % face for face in ("xp", "xn", "yp", "yn", "zp", "zn")]
-        stage.lake_map = stage.document.cube_map(names, [stage.asset(name) for name in names])
-    return stage.lake_map
+def reflections(stage, place="lake"):
+    """The cube map of the dawn over the lake, or of the day over the sea."""
+    names = ["%s_%s.jpg" % (place, face) for face in ("xp", "xn", "yp", "yn", "zp", "zn")]
+    key = ("cube map", place)
+    if key not in stage.document.cache:
+        stage.document.cache[key] = stage.document.cube_map(names, [stage.asset(name) for name in names])
+    return stage.document.cache[key]
 
 
 def water(stage, scene, haze, mirrored, fog):
@@ -77,8 +81,8 @@ def water(stage, scene, haze, mirrored, fog):
         Unit(stage.deep_water, "Replace"),
         Unit(reflections(stage), "Interpolate with primary color", wrap="Edge clamp", coordinates="Cubemap")],
         normalize=True, fog=fog, fog_color=haze)
-    scene.effect(stage.lake_effect, surface, at=(-174, 0, -252), size=(3.0, 0.11, 3.0),
-                 manipulators=[in_rows((4, 1, 3), (87, 0, 87))])
+    scene.effect(stage.lake_effect, surface, at=(-203, 0, -252), size=(14.0, 0.11, 3.0),
+                 manipulators=[in_rows((1, 1, 3), (0, 0, 87))])
 
 
 def road_of_light(stage, scene):

@@ -94,8 +94,7 @@ def night(d):
     sky = sky + ember[..., None] * np.array([0.22, 0.09, 0.14])
     band = d @ (np.array([0.62, 0.58, 0.53]))
     river = np.exp(-(band / 0.20) ** 2) * (0.35 + 0.9 * fractal(*(d[..., k] * 4 for k in range(3)), 5, 3))
-    dark = smooth(0.50, 0.62, fractal(*(d[..., k] * 6 + 9 for k in range(3)), 5, 8)) * np.exp(-(band / 0.10) ** 2)
-    river = river * (1 - 0.7 * dark) * smooth(4, 30, e)
+    river = river * smooth(4, 30, e)
     sky = sky + river[..., None] * np.array([0.085, 0.085, 0.15])
     return sky
 
@@ -167,7 +166,8 @@ def cube_faces(size, sky):
                   "zp": (s, -t, one), "zn": (-s, -t, -one)}
     for name, parts in directions.items():
         d = np.stack(parts, axis=-1)
-        yield name, world(d / np.linalg.norm(d, axis=-1, keepdims=True), sky)
+        day = {} if sky is dawn else {"tint": (0.80, 0.80, 0.84), "deep": (0.16, 0.28, 0.42)}
+        yield name, world(d / np.linalg.norm(d, axis=-1, keepdims=True), sky, **day)
 
 
 def sphere_map(size, sky):
@@ -310,6 +310,8 @@ def main():
         save("sky_%s.jpg" % name, panorama(1024 if name == "night" else 2048, 512, sky), quality=86)
     for face, picture in cube_faces(128, dawn):
         save("lake_%s.jpg" % face, picture, quality=88)
+    for face, picture in cube_faces(128, morning):
+        save("sea_%s.jpg" % face, picture, quality=88)
     save("mirror.jpg", sphere_map(256, dawn), quality=90)
     base = rock()
     save("rock.jpg", base, quality=86)

@@ -177,15 +177,17 @@ def wall(width, height, columns, rows, repeat_x, repeat_y):
 # ---- the sky --------------------------------------------------------------------------
 
 def dome(radius=100.0, columns=48, lowest=-12.0, highest=90.0, rows=18):
-    """Seen from inside. The middle of the picture is straight ahead (-z), its top row the zenith."""
+    """Seen from inside. The middle of the picture is straight ahead (-z), its top row the zenith; below
+    its bottom row the last colours go on, so that a steep view finds no edge."""
     mesh = Mesh()
+    rows += 1
     for i in range(rows + 1):
-        elevation = math.radians(highest + (lowest - highest) * i / rows)
+        elevation = math.radians(highest + (lowest - highest) * i / (rows - 1) if i < rows else -80.0)
         for j in range(columns + 1):
             heading = (j / columns - 0.5) * 2 * math.pi
             p = (math.sin(heading) * math.cos(elevation), math.sin(elevation),
                  -math.cos(heading) * math.cos(elevation))
-            mesh.vertex([c * radius for c in p], (j / columns, i / rows), [-c for c in p])
+            mesh.vertex([c * radius for c in p], (j / columns, min(i / (rows - 1), 1.0)), [-c for c in p])
     for i in range(rows):
         for j in range(columns):
             k = i * (columns + 1) + j
@@ -193,7 +195,7 @@ def dome(radius=100.0, columns=48, lowest=-12.0, highest=90.0, rows=18):
     return mesh
 
 
-def stars(count, seed, radius=95.0, smallest=0.10, largest=0.34):
+def stars(count, seed, radius=95.0, smallest=0.24, largest=0.9):
     """Small squares that face the middle, each with a whole picture (a spark) on it."""
     dice = random.Random(seed)
     mesh = Mesh()

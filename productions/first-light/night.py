@@ -6,13 +6,15 @@ from lake import water
 from document import Unit, curve_to, flat_camera, hold, in_line, line, on_vertices, spline, swelling_wave, wave
 from stage import BEAT, CREAM, GOLD, INDIGO, Path, ROSE, bars, between, shade
 
+CAPTION = "I / NIGHT"
+
 TITLE = "FIRST LIGHT"
 
 
 def build(stage, start, end):
     document, length = stage.document, end - start
     path = Path(document, length, [
-        (0, (0, 2.2, 0), (-30, 70, -80)),
+        (0, (0, 2.2, 0), (-16, 74, -80)),
         (length * 0.35, (0, 2.2, 0), (-8, 24, -90)),
         (length * 0.7, (0, 2.2, 0), (0, 16, -90)),
         (length, (0, 2.2, -2), (0, 11, -90))], fov=58)
@@ -26,9 +28,9 @@ def build(stage, start, end):
         material = stage.glowing(twinkle, "spark.png", depth=False)
         sky.model(stage.shape(name), material)
     sky.model(stage.shape("panel"), stage.glowing((1, 1, 1), "moon.png", depth=False),
-              at=(-36, 34, -78), turn=(24, 25, 8), size=11)
+              at=(-50, 37, -66), turn=(24, 37, 8), size=11)
     sky.model(stage.shape("panel"), stage.glowing(shade((0.55, 0.58, 0.9), 0.30), "glow.png", depth=False),
-              at=(-36, 34, -78), turn=(24, 25, 0), size=46)
+              at=(-50, 37, -66), turn=(24, 37, 0), size=46)
     aurora(stage, sky)
     document.clip(0, start, end, sky, "Simple render", path.sky)
 
@@ -37,7 +39,7 @@ def build(stage, start, end):
                       ("ridge_near", (0.035, 0.04, 0.115))):
         land.model(stage.shape(name), document.material((*low, 1), [Unit(stage.picture("crest.png"), "Multiply color",
                                                                         wrap="Edge clamp")]))
-    water(stage, land, document.color(0.10, 0.085, 0.21), (0.17, 0.15, 0.27), (26, 130))
+    water(stage, land, document.color(0.10, 0.085, 0.21), (0.24, 0.21, 0.42), (60, 220))
     # fireflies: the particles themselves are only points, so every point carries a spark
     time = document.function(line(length, 0, length * 0.022), kind="Float")
     swarm = document.mesh_effect("Particles", time)
@@ -46,6 +48,9 @@ def build(stage, start, end):
     land.effect(swarm, fly, at=(0, 3, -22))
     land.model(stage.shape("panel"), fly, at=(0, 3.2, -20), size=0.42, facing=True,
                manipulators=[on_vertices(swarm, size=(0.9, 0.22, 0.6))])
+    for width, level in ((9, 0.20), (3.5, 0.24)):     # what the moon lays on the water
+        land.model(stage.shape("panel"), stage.glowing(shade((0.72, 0.74, 1.0), level), depth=False), at=(-46, 0.05, -60),
+                   turn=(-90, 37, 0), size=(width, 90, 1))
     document.clip(1, start, end, land, "Clear Z-buffer and link with previous", path.world)
 
     title(stage, start, end)
@@ -57,7 +62,7 @@ def aurora(stage, sky):
     step = document.function(line(12000, 0, 260))
     plasma = document.dynamic_texture("Effect 1", 64, 8, step)
     breath = document.function(wave(420, 0.55, 0.25, 420), loop="Loop", end=420)
-    for k, (heading, tone) in enumerate(((52, (0.10, 0.52, 0.50)), (66, (0.24, 0.30, 0.62)))):
+    for k, (heading, tone) in enumerate(((-14, (0.12, 0.62, 0.58)), (14, (0.34, 0.34, 0.78)))):
         veil = document.material(
             (tone[0], tone[1] if k else breath, tone[2], 1),
             [Unit(stage.picture("aurora.png"), "Multiply color", wrap="Edge clamp"),

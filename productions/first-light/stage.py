@@ -13,7 +13,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 BAR = 320                       # ticks: four beats at 75 a minute
 BEAT = 80
 
-RAYS_TRACK, TEXT_TRACK, VIGNETTE_TRACK, FADE_TRACK = 16, 17, 18, 19
+CAPTION_TRACK, RAYS_TRACK, TEXT_TRACK, VIGNETTE_TRACK, FADE_TRACK = 15, 16, 17, 18, 19
 
 # The palette: from indigo over plum and rose to peach, gold and cream.
 INK = (0.035, 0.045, 0.13)
@@ -88,11 +88,11 @@ class Path:
         self.world = Camera(at, turn, fov, far)
         self.sky = Camera((0, 0, 0), turn, fov, far)     # turns, but never comes nearer to the sky
 
-    def on_screen(self, direction):
-        """(tick, x, y) of a far direction on a 4:3 screen, 0..1 from the top left."""
+    def on_screen(self, direction=None, point=None):
+        """(tick, x, y) of a far direction, or of a point, on a 4:3 screen, 0..1 from the top left."""
         result = []
-        for tick, _, (rx, ry, rz) in self.samples:
-            x, y, z = direction
+        for tick, eye, (rx, ry, rz) in self.samples:
+            x, y, z = direction or tuple(p - e for p, e in zip(point, eye))
             a = math.radians(ry)
             x, z = math.cos(a) * x + math.sin(a) * z, -math.sin(a) * x + math.cos(a) * z
             a = math.radians(rx)
@@ -145,7 +145,8 @@ class Stage:
 
     def glowing(self, color, picture="glow.png", depth=True, **more):
         """Light that is added to what is there; black in its picture is nothing."""
-        return self.document.material((*color[:3], 1.0), [Unit(self.picture(picture), "Multiply color",
+        filtering = "linear" if picture == "spark.png" else "mipmaps"     # a small spark stays a spark
+        return self.document.material((*color[:3], 1.0), [Unit(self.picture(picture, filtering), "Multiply color",
                                                                wrap="Edge clamp")], "Add", depth=depth, **more)
 
     def lit(self, picture, color, light1, light2=None, normalize=True, more_units=(), **more):
@@ -203,12 +204,11 @@ class Stage:
                         at=(0, height, -90), size=radius * size)
         return scene
 
-    def rays(self, start, end, path, target, direction=SUN, level=0.10, count=9, spread=0.075, color=GOLD):
-        """Shafts of light: the picture of the light, thrown outward from the sun again and again."""
+    def rays(self, start, end, path, target, source, level=0.10, count=9, spread=0.075, color=GOLD):
+        """Shafts of light: the picture of the light, thrown outward from its source again and again."""
         document = self.document
         scene = document.scene("rays")
-        sun = path.on_screen(direction)
-        points = list(zip(*sun))
+        points = list(zip(*source))
         for k in range(1, count + 1):
             size = 1 + spread * k
             place = [document.function(spline(path.length, [(t, v * (1 - size)) for t, v in zip(points[0], points[c])]))
@@ -234,16 +234,24 @@ class Stage:
 
     def vignette(self, start, end):
         """Takes a little light away from the corners, least from the reds."""
-        material = self.document.material((0.26, 0.27, 0.22, 1.0), [Unit(self.picture("vignette.png"), "Multiply color",
+        material = self.document.material((0.20, 0.21, 0.17, 1.0), [Unit(self.picture("vignette.png"), "Multiply color",
                                           wrap="Edge clamp")], "Substract alpha", depth=False)
         scene = self.simple_scene("vignette", (self.shape("screen"), material, {}))
         self.document.clip(VIGNETTE_TRACK, start, end, scene, "Link with previous", flat_camera())
 
-    def caption(self, start, length, text, font, x=0.06, y=0.93):
-        """A line of small letters on the screen; the font's material fades them in and out."""
-        scene = self.document.scene("caption")
-        scene.text(font, text, at=(x, y, 0), size=(font.size, -font.size / 0.75, 1))
-        self.document.clip(TEXT_TRACK, start, start + length, scene, "Link with previous", flat_camera())
+    def fading_ink(self, color, length, edge=60):
+        """Letters that come and go within a clip of so many ticks."""
+        alpha = self.document.function(line(edge, 0, color[3]), hold(length - 2 * edge, color[3]), line(edge, color[3], 0))
+        return self.plain((*color[:3], alpha), "Alpha", depth=False)
+
+    def caption(self, start, text):
+        """The name of a scene, small, in the lower left corner."""
+        length = BAR + BAR // 2
+        if not hasattr(self, "caption_font"):
+            self.caption_font = self.font(self.fading_ink((*CREAM, 0.85), length), 0.0165, tracking=0.38)
+        font, scene = self.caption_font, self.document.scene("caption")
+        scene.text(font, text, at=(0.055, 0.94, 0), size=(font.size, -font.size / 0.75, 1))
+        self.document.clip(CAPTION_TRACK, start, start + length, scene, "Link with previous", flat_camera())
 
 
 SHAPES = {
@@ -261,7 +269,7 @@ SHAPES = {
     "boat": meshes.paper_boat,
     "wing": meshes.wing,
     "stars_a": lambda: meshes.stars(420, 7),
-    "stars_b": lambda: meshes.stars(260, 23, smallest=0.12, largest=0.5),
+    "stars_b": lambda: meshes.stars(260, 23, smallest=0.28, largest=1.1),
     "ridge_far": lambda: meshes.ridge(240, 0, 6, 34, 3, 3.2, valley=0.55),
     "ridge_middle": lambda: meshes.ridge(170, 0, 2, 24, 8, 4.0, valley=0.8),
     "ridge_near": lambda: meshes.ridge(110, -1, 0.5, 9, 14, 5.0, trees=5.0, valley=0.9),

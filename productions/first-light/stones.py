@@ -5,6 +5,8 @@ import meshes
 from document import Unit, curve_to, hold, in_line, line, spline, wave
 from stage import (CREAM, GOLD, INDIGO, PEACH, PLUM, Path, ROSE, between, shade)
 
+CAPTION = "III / STONES"
+
 RADIUS = 9.0
 
 
@@ -17,16 +19,16 @@ def build(stage, start, end):
     document, length = stage.document, end - start
     path = Path(document, length, [
         (0, (-15.5, 1.3, 9), (0, 2.7, -4), 2),
-        (length * 0.35, (-6.0, 1.6, 14.5), (0, 3.0, -8), 0),
-        (length * 0.7, (4.6, 2.3, 11.5), (-0.4, 3.4, -14), -1),
-        (length, (3.2, 3.4, 4.0), (0, 4.4, -30), -1)], fov=54, far=500)
+        (length * 0.35, (-5.0, 1.6, 16.5), (0, 3.0, -8), 0),
+        (length * 0.7, (3.2, 2.3, 14.0), (-0.4, 3.2, -14), -1),
+        (length, (2.2, 3.2, 9.0), (0, 3.9, -30), -1)], fov=54, far=500)
 
     sky = stage.sky("meadow sky", "sky_dawn.jpg")
     stage.sun(sky, 1.0, 1.2, elevation=6.0)
     document.clip(0, start, end, sky, "Simple render", path.sky)
 
-    sun = document.light((0.20, 0.16, 0.25), (1.0, 0.66, 0.40), (0, 16, -150))
-    cool = document.light((0.12, 0.11, 0.20), (0.34, 0.32, 0.58), (-40, 50, 80))
+    sun = document.light((0.34, 0.27, 0.34), (1.0, 0.66, 0.40), (0, 34, -150))
+    cool = document.light((0.12, 0.11, 0.20), (0.46, 0.42, 0.66), (-40, 60, 60))
     haze = document.color(0.95, 0.60, 0.48)
     fog = {"fog": (16, 105), "fog_color": haze, "hint": "Fastest"}
 
@@ -38,7 +40,7 @@ def build(stage, start, end):
     land = stage.shape("meadow", lambda: meshes.ground(200, 64, 40, meadow_height))
     scene.model(land, stage.lit("meadow.jpg", (1.0, 0.92, 0.86, 1), sun, cool, **fog))
 
-    shadow = document.material((0.40, 0.34, 0.26, 1.0), [Unit(stage.picture("shadow.png"), "Multiply color",
+    shadow = document.material((0.20, 0.19, 0.13, 0.85), [Unit(stage.picture("shadow.png"), "Multiply color",
                                                               wrap="Edge clamp")], "Substract alpha")
     rock = document.material((1.0, 0.95, 0.92, 1), [Unit(stage.with_levels("rock.jpg"), "Multiply color")],
                              light1=sun, light2=cool, normalize=True, **fog)
