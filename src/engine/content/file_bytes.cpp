@@ -1,5 +1,3 @@
-#define _FILE_OFFSET_BITS 64 // so that the sizes of large files are known on 32-bit systems
-
 #include "content/file_bytes.h"
 #include "content/owners.h"
 

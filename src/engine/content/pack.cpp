@@ -1,5 +1,4 @@
 // Reading packs, and the lists of names. Writing is in pack_files.cpp.
-#define _FILE_OFFSET_BITS 64 // entries may start beyond 2 GiB on 32-bit systems too
 
 #include "content/pack.h"
 #include "content/owners.h"

@@ -1,5 +1,4 @@
 // Writing packs, and taking them apart into files.
-#define _FILE_OFFSET_BITS 64 // files beyond 2 GiB have sizes on 32-bit systems too
 
 #include "content/owners.h"
 #include "content/pack.h"

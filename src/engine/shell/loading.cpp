@@ -131,3 +131,11 @@ bool document_loader_run(document_loader& loader)
         }
     }
 }
+
+void unload_document(document& d)
+{
+    for (uint32_t handle = 1; handle <= record_table_capacity; ++handle)
+        if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
+            free_mesh_effect(*effect);
+    document_free(d);
+}

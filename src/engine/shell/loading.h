@@ -39,3 +39,7 @@ read_step document_loader_step(document_loader& loader);
 
 // Loads the rest of a document. False: loader.error holds the line.
 bool document_loader_run(document_loader& loader);
+
+// Frees a document that was loaded: the states of its mesh effects and dynamic textures, its
+// tables and its timeline. OpenGL objects go with the context. A second call does nothing.
+void unload_document(document& d);

@@ -207,13 +207,14 @@ int run_player(int argc, char** argv)
             return 1;
         if (!start_music(settings, tree.get()))
             return 1;
-        document_free(settings.loading);
+        unload_document(settings.loading);
     }
     start_clock(settings);
     play(settings);
 
     std::puts("Bye!");
-    document_free(settings.production);
+    unload_document(settings.production);
+    timeline_free(settings.production_timeline); // still here when there was no production
     SDL_Quit();
     return 0;
 }

@@ -3,8 +3,6 @@
 // Exit status: 0 done; 1 something could not be done; 2 the command line is wrong.
 // What it tells goes to standard output, what went wrong to standard error.
 
-#define _FILE_OFFSET_BITS 64 // packs beyond 2 GiB open on 32-bit systems too
-
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "content/pack.h"
