@@ -1,0 +1,81 @@
+// Pictures in memory: files, sizes, differences.
+//
+// A picture owns its bytes: three a pixel (red, green, blue, sRGB), rows from the top,
+// without gaps; a size of 0 x 0 is "none". Functions that can fail return false (or an
+// empty result) and put one sentence without a full stop into `error`.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+struct picture {
+    uint32_t width = 0; // pixels
+    uint32_t height = 0;
+    std::vector<uint8_t> rgb; // width x height x 3 bytes
+};
+
+// A picture of one colour.
+picture make_picture(uint32_t width, uint32_t height, uint8_t red, uint8_t green, uint8_t blue);
+
+// True when there are pixels and exactly as many bytes as the size tells.
+bool is_whole(const picture& p);
+
+// ---- files ------------------------------------------------------------------------
+
+// The picture as a PNG or baseline JPEG file in memory (`quality` 1..100); empty for a
+// picture that is not whole, or when there is no memory. The same pixels give the same
+// bytes.
+std::vector<uint8_t> encode_png(const picture& p);
+std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
+
+// Writes a whole file; an existing one is replaced. A file that could not be finished
+// is removed.
+[[nodiscard]] bool write_file(const std::string& path, std::span<const uint8_t> bytes, std::string& error);
+
+[[nodiscard]] bool save_png(const std::string& path, const picture& p, std::string& error);
+
+// Reads a PNG (any picture that the engine's decoder knows); grey becomes colour, and
+// transparency is left out. `p` changes only on success.
+[[nodiscard]] bool load_png(const std::string& path, picture& p, std::string& error);
+
+// ---- sizes ------------------------------------------------------------------------
+
+// The picture at another size: each new pixel is the mean of the area that it covers,
+// taken in linear light, not of the stored bytes. A star of one white pixel among four
+// so keeps its light when it is made smaller, where a mean of bytes would dim it. For
+// sizes above the picture's this repeats pixels, with mixed ones at their borders.
+picture scale_picture(const picture& p, uint32_t width, uint32_t height);
+
+// The greatest size inside width x height of the picture's own aspect, at least 1 x 1.
+void fit_inside(const picture& p, uint32_t& width, uint32_t& height);
+
+// The part of `p` from (x, y), cut to what is there; none when nothing is.
+picture crop_picture(const picture& p, uint32_t x, uint32_t y, uint32_t width, uint32_t height);
+
+// Copies `from` into `to` with its upper left corner at (x, y); what falls outside is
+// left out.
+void paste_picture(picture& to, const picture& from, uint32_t x, uint32_t y);
+
+// ---- colours ----------------------------------------------------------------------
+
+// Linear light 0..1 of an sRGB byte, and back, rounded to the nearest byte
+// (IEC 61966-2-1: c / 12.92 up to 0.04045, else ((c + 0.055) / 1.055) ^ 2.4).
+float linear_light(uint8_t value);
+uint8_t srgb_byte(float light); // clamps; not-a-number gives 0
+
+// ---- differences ------------------------------------------------------------------
+
+struct picture_comparison {
+    bool same_size = false; // else nothing else is filled in
+    double mean[3] = {};    // mean absolute difference of red, green, blue, 0..255
+    double mean_of_all = 0; // over the three
+    uint32_t greatest = 0;  // of any one byte, 0..255
+    uint64_t differing_pixels = 0;
+    picture difference; // absolute differences times `amplification`, at most 255
+};
+
+// Compares pixel by pixel. The picture of the difference is made only where
+// `amplification` is not 0.
+picture_comparison compare_pictures(const picture& a, const picture& b, uint32_t amplification);
