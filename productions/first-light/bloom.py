@@ -1,10 +1,8 @@
 """VI. Bloom: a flower of two hundred and fifty-six lights opens before the sun."""
-import math
-
 import meshes
-from document import Unit, curve_from, curve_to, hold, in_line, in_rows, line, on_vertices, rippled, spline, swelling_wave, wave
+from document import Unit, curve_from, curve_to, in_line, line, on_vertices, rippled, swelling_wave, wave
 from lake import reflections
-from stage import (BEAT, CREAM, GOLD, INDIGO, PEACH, PLUM, Path, ROSE, SUN, between, shade)
+from stage import BEAT, CREAM, GOLD, PEACH, Path, ROSE, shade
 
 CAPTION = "VI / BLOOM"
 
@@ -44,7 +42,7 @@ def flower(stage, scene, length):
     angle = document.function(wave(length, GOLDEN_ANGLE, 0.0042, length * 0.9, 0.12))
     opening = document.function(curve_to(length // 2, -60, 6), swelling_wave(length - length // 2, 6, 1, 5, 160))
     swirl = document.mesh_effect("Swirl", angle, opening)
-    fan = document.material((*shade(ROSE, 0.05)[:3], 1), [Unit(stage.picture("white.png", "nearest"), "Multiply color")],
+    fan = document.material((*shade(ROSE, 0.05)[:3], 1), [stage.white()],
                             "Add", wire=1.0)
     scene.effect(swirl, fan, at=MIDDLE, size=SPREAD)
     lights(stage, scene, swirl)
@@ -86,13 +84,13 @@ def heart(stage, scene, length):
     skin = document.material((1.0, 0.72, 0.58, 1), [
         Unit(stage.with_levels("rock.jpg"), "Multiply color"),
         Unit(stage.picture("paper.jpg"), "Multiply previous"),
-        Unit(stage.picture("mirror.jpg"), "Multiply color and add previous", wrap="Edge clamp", coordinates="Spheremap")],
+        stage.once("mirror.jpg", "Multiply color and add previous", "Spheremap")],
         light1=key, light2=back, normalize=True)
     spin = document.function(line(length, 0, 130))
     scene.model(stage.shape("heart", lambda: meshes.icosahedron(4)), skin, at=(0, 1.4, 0), turn=(0, spin, 20), size=1.5,
                 manipulators=[rippled(time, 0.006, 4.0)])
     gem = stage.lit("paper.jpg", (1.0, 0.80, 0.62, 1), key, back, more_units=[
-        Unit(stage.picture("mirror.jpg"), "Add previous", wrap="Edge clamp", coordinates="Spheremap")])
+        stage.once("mirror.jpg", "Add previous", "Spheremap")])
     scene.model(stage.shape("gem"), gem, at=(0, 1.4, 0), turn=(spin, spin, 0), size=0.16,
                 manipulators=[on_vertices(stage.shape("ico"), turn=(0, spin, 20), size=(2.25, 2.25, 2.25))])
     wire = stage.glowing(shade(GOLD, 0.50), "white.png", wire=1.5)

@@ -23,7 +23,7 @@ import pack  # noqa: E402
 import stones  # noqa: E402
 import temple  # noqa: E402
 import windows  # noqa: E402
-from stage import BAR, BEAT, CREAM, INK, PEACH, Stage, bars  # noqa: E402
+from stage import BEAT, CREAM, INK, PEACH, Stage, bars  # noqa: E402
 
 MUSIC = "first-light.ogg"
 

@@ -36,7 +36,8 @@ def document(name, d):
                     fail("%s: function %s does not exist", section, element.attributes["value"])
     # A number of a placed object means a mesh or effect only while no entry of the list of references
     # that carries the same number is one that scenes may use; all of ours are textures of materials.
-    named = {int(e.attributes["value"]) for m in d.records["materials"] for e in m.children if e.name.startswith("texture")}
+    named = {int(setting.attributes["value"]) for material in d.records["materials"]
+             for setting in material.children if setting.name.startswith("texture")}
     for handle in range(1, counts["objects"] + 1):
         if handle not in named:
             fail("reference %d is used by no material", handle)

@@ -42,7 +42,8 @@ FORMAT = {"RGB": 0, "RGBA": 1, "LUMINANCE": 2, "LUMINANCE_ALPHA": 3, "small RGB"
 FILTER = {"nearest": 0, "linear": 1, "mipmaps": 2}
 
 # The order of the letters in a font; the space is the last of the 87.
-LETTERS = ("aAáÁbBcCdDeEéÉfFgGhHiIíÍjJkKlLmMnNoOóÓöÖőŐpPqQrRřŘsStTuUúÚüÜűŰvVwWxXyYzZ?!0123456789&/ ")
+LETTERS = ("aAáÁbBcCdDeEéÉfFgGhHiIíÍjJkKlLmMnNoOóÓöÖőŐpPqQrRřŘsStTuUúÚüÜűŰvVwWxXyYzZ"
+           "?!0123456789&/ ")
 assert len(LETTERS) == 87
 
 

@@ -1,6 +1,6 @@
 """II. Lake: paper boats carry their lights towards the sun."""
-from document import (Camera, Unit, curve_to, hold, in_line, in_rows, line, spline, wave)
-from stage import (BEAT, CREAM, GOLD, INDIGO, PEACH, PLUM, Path, ROSE, SUN, bars, between, shade)
+from document import Unit, curve_to, in_line, in_rows, line, spline, wave
+from stage import GOLD, PEACH, Path, SUN, shade
 
 CAPTION = "II / LAKE"
 
@@ -18,10 +18,10 @@ BOATS = (   # (tick, x, z) along the way of each boat, and its size
 def build(stage, start, end):
     document, length = stage.document, end - start
     path = Path(document, length, [
-        (0, (-5.0, 2.6, 9), (0, 3.0, -40), -2.0),
-        (length * 0.4, (-1.5, 1.5, 2), (0, 2.8, -46), 0.5),
-        (length * 0.75, (1.6, 1.7, -7), (0, 3.4, -60), 1.0),
-        (length, (0.2, 4.6, -15), (0, 6.2, -80), 0.0)], fov=56)
+        (0, (-5.0, 2.4, 8), (0, 3.0, -40), -2.0),
+        (length * 0.4, (-0.8, 1.15, -2.5), (0.6, 2.2, -40), 0.5),
+        (length * 0.75, (0.9, 1.3, -11), (0.2, 3.0, -60), 1.0),
+        (length, (0.2, 3.8, -18), (0, 5.6, -80), 0.0)], fov=56)
 
     light_of_rays(stage, start, end, path)
 
@@ -32,7 +32,7 @@ def build(stage, start, end):
 
     haze = document.color(0.97, 0.62, 0.46)
     water_scene = document.scene("lake")
-    hills(stage, water_scene)
+    stage.hills(water_scene, (0.88, 0.52, 0.50), (0.56, 0.32, 0.44), (0.25, 0.16, 0.29))
     water(stage, water_scene, haze, (0.80, 0.76, 0.82), (70, 250))
     road_of_light(stage, water_scene)
     boats(stage, water_scene, length)
@@ -50,14 +50,8 @@ def light_of_rays(stage, start, end, path):
     black = stage.plain((0, 0, 0, 1))
     for name in ("ridge_far", "ridge_middle", "ridge_near"):
         glow.model(stage.shape(name), black)
-    document.clip(0, start, end, glow, "Render to quarter screen texture", path.sky, target=stage.target("target.png", 1))
-
-
-def hills(stage, scene):
-    for name, tone in (("ridge_far", (0.88, 0.52, 0.50)), ("ridge_middle", (0.56, 0.32, 0.44)),
-                       ("ridge_near", (0.25, 0.16, 0.29))):
-        scene.model(stage.shape(name), stage.document.material((*tone, 1), [
-            Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]))
+    document.clip(0, start, end, glow, "Render to quarter screen texture", path.sky,
+                  target=stage.target("target.png", 1))
 
 
 def reflections(stage, place="lake"):

@@ -1,7 +1,7 @@
 """The loading screen: a small sun climbs out of the hills as loading goes from 0 to 100."""
 import meshes
-from document import Camera, Unit, curve_to, flat_camera, line
-from stage import CREAM, GOLD, PEACH, ROSE, Stage, between, shade
+from document import Unit, flat_camera, line
+from stage import CREAM, PEACH, ROSE, Stage, between, shade
 
 
 def build():
@@ -15,10 +15,11 @@ def build():
         return tuple(moving(a, b) for a, b in zip(first, last))
 
     scene = document.scene("progress")
-    scene.model(stage.shape("screen"), stage.plain((*color_from_to((0.030, 0.036, 0.11), (0.15, 0.11, 0.27)), 1), depth=False))
+    night = color_from_to((0.030, 0.036, 0.11), (0.15, 0.11, 0.27))
+    scene.model(stage.shape("screen"), stage.plain((*night, 1), depth=False))
     scene.model(stage.shape("screen"), document.material(
         (*color_from_to((0.10, 0.06, 0.16), (0.95, 0.46, 0.36)), 1),
-        [Unit(stage.picture("glow.png"), "Multiply color", wrap="Edge clamp")], "Add", depth=False),
+        [stage.once("glow.png")], "Add", depth=False),
         at=(-0.35, 0.10, 0), size=(1.7, 1.04, 1))
     sun = moving(0.70, 0.50)
     for picture, tone, width in (("glow.png", shade(PEACH, 0.75), 0.36), ("disc.png", CREAM, 0.075)):
@@ -35,7 +36,7 @@ def build():
     scene.model(stage.shape("screen"), stage.plain((1.0, 0.78, 0.54, 1), depth=False), at=(0.20, 0.860, 0),
                 size=(moving(0.0, 0.60), 0.012, 1))
     scene.model(stage.shape("panel"), document.material((1.0, 0.66, 0.40, 1), [
-        Unit(stage.picture("glow.png"), "Multiply color", wrap="Edge clamp")], "Add", depth=False),
+        stage.once("glow.png")], "Add", depth=False),
         at=(moving(0.20, 0.80), 0.866, 0), size=(0.07, 0.09, 1))
     document.clip(0, 0, 110, scene, "Simple render", flat_camera())
     return stage

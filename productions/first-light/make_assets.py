@@ -205,7 +205,7 @@ def meadow(size=256):
     blades = 0.5 * blades + 0.5 * np.roll(blades, size // 2, axis=0)
     flowers = smooth(0.80, 0.86, noise(x * 14, y * 14, z, 44, 56))
     picture = mix(np.array([0.20, 0.23, 0.16]), np.array([0.52, 0.50, 0.30]), smooth(0.3, 0.75, n))
-    picture = picture * (0.65 + 0.7 * blades[..., None])
+    picture = picture * (0.95 + 0.95 * blades[..., None])
     return picture * (1 - flowers[..., None]) + np.array([0.98, 0.80, 0.62]) * flowers[..., None]
 
 

@@ -17,9 +17,11 @@ LENGTH = 92.0
 DICE = np.random.default_rng(1907)
 
 # One chord a bar: bass note, then the notes above it, as numbers of half steps (60 is middle C).
-B_MINOR, G_MAJOR, D_LOW_F, A_OPEN = (35, 59, 62, 66, 73), (31, 55, 59, 62, 66), (42, 57, 62, 66, 69), (33, 57, 59, 64, 69)
-D_MAJOR, A_LOW_C, B_SEVEN, A_MAJOR = (38, 57, 62, 66, 69), (37, 57, 61, 64, 69), (35, 57, 62, 66, 69), (33, 57, 61, 64, 69)
-G_NINE, E_SEVEN, F_MINOR, D_WIDE = (31, 57, 59, 62, 66), (40, 55, 59, 62, 66), (42, 57, 61, 64, 69), (38, 57, 62, 66, 74)
+B_MINOR, B_SEVEN = (35, 59, 62, 66, 73), (35, 57, 62, 66, 69)
+G_MAJOR, G_NINE = (31, 55, 59, 62, 66), (31, 57, 59, 62, 66)
+D_MAJOR, D_LOW_F, D_WIDE = (38, 57, 62, 66, 69), (42, 57, 62, 66, 69), (38, 57, 62, 66, 74)
+A_MAJOR, A_LOW_C, A_OPEN = (33, 57, 61, 64, 69), (37, 57, 61, 64, 69), (33, 57, 59, 64, 69)
+F_MINOR = (42, 57, 61, 64, 69)
 CHORDS = [B_MINOR, G_MAJOR, D_LOW_F, A_OPEN,                            # night
           D_MAJOR, A_LOW_C, B_SEVEN, G_NINE, A_MAJOR,                   # lake
           B_SEVEN, G_MAJOR, D_MAJOR, A_LOW_C,                           # stones
@@ -69,7 +71,8 @@ def pad(note, length, bright):
         f = hertz(note) * 2 ** (cents / 1200)
         drift = 0.6 * np.sin(2 * np.pi * (0.11 + 0.02 * cents / 7) * t + cents)
         for n in range(1, 9):
-            sound += np.sin(2 * np.pi * f * n * t + n * drift + DICE.uniform(0, 6.28)) * np.exp(-(n - 1) / bright) / n ** 0.8
+            level = np.exp(-(n - 1) / bright) / n ** 0.8
+            sound += np.sin(2 * np.pi * f * n * t + n * drift + DICE.uniform(0, 6.28)) * level
     return sound * envelope(length, 0.9, 1.3) / 3
 
 
@@ -140,7 +143,8 @@ def swell(length):
 
 def shimmer(length=3.5):
     t = times(length)
-    return softened(DICE.standard_normal(len(t)), -5200) * np.exp(-t * 1.5) * np.clip(t / 0.01, 0, 1) * np.clip((length - t), 0, 1)
+    noise = softened(DICE.standard_normal(len(t)), -5200)
+    return noise * np.exp(-t * 1.5) * np.clip(t / 0.01, 0, 1) * np.clip((length - t), 0, 1)
 
 
 def reverberated(dry, seconds=3.4, damping=2600):
@@ -169,12 +173,13 @@ def delayed(dry, seconds, feedback, turns=5):
 BELLS = [(0, 0, 4, 78), (0, 2.5, 3, 85), (1, 1, 4, 81), (1, 3, 3, 78), (2, 0.5, 4, 76), (2, 2, 3, 74), (3, 0, 4, 76),
          (3, 2, 3, 81), (24, 0, 4, 86), (24, 2, 4, 81), (25, 1, 4, 83), (26, 0, 4, 81), (26, 2, 4, 76), (27, 0, 6, 78),
          (27, 1, 6, 86), (27, 2, 6, 90)]
-MELODY = [(9, 2, 1, 66), (9, 3, 1, 69), (10, 0, 2.5, 71), (10, 3, 1, 69), (11, 0, 1.5, 66), (11, 2, 1, 64), (11, 3, 1, 62),
-          (12, 0, 3.5, 64),
+MELODY = [(9, 2, 1, 66), (9, 3, 1, 69), (10, 0, 2.5, 71), (10, 3, 1, 69),
+          (11, 0, 1.5, 66), (11, 2, 1, 64), (11, 3, 1, 62), (12, 0, 3.5, 64),
           (13, 0, 1.5, 74), (13, 2, 1, 73), (13, 3, 1, 69), (14, 0, 2.5, 71), (14, 3, 0.5, 69), (14, 3.5, 0.5, 71),
           (15, 0, 1.5, 69), (15, 2, 1, 66), (15, 3, 1, 62), (16, 0, 2, 64), (16, 2, 2, 69),
           (19, 0, 2, 73), (19, 2, 2, 76), (20, 0, 2, 78), (20, 2, 1, 76), (20, 3, 1, 74),
-          (21, 0, 2.5, 78), (21, 2.5, 0.5, 79), (21, 3, 1, 81), (22, 0, 2.5, 81), (22, 3, 1, 78), (23, 0, 1.5, 76), (23, 2, 2, 73),
+          (21, 0, 2.5, 78), (21, 2.5, 0.5, 79), (21, 3, 1, 81), (22, 0, 2.5, 81), (22, 3, 1, 78),
+          (23, 0, 1.5, 76), (23, 2, 2, 73),
           (24, 0, 3.5, 74), (25, 0, 2, 71), (25, 2, 2, 74), (26, 0, 3, 76), (27, 0, 5, 74)]
 
 
@@ -193,7 +198,8 @@ def play():
                 low.put(at, bass(chord[0], BAR), 0.26)
             else:
                 for beat, beats in ((0, 1.4), (1.5, 0.9), (2.5, 1.4)):
-                    low.put(at + beat * BEAT, bass(chord[0] + (12 if beat == 2.5 and bar >= 13 else 0), beats * BEAT), 0.27)
+                    octave = 12 if beat == 2.5 and bar >= 13 else 0
+                    low.put(at + beat * BEAT, bass(chord[0] + octave, beats * BEAT), 0.27)
 
     # the broken chords: eighths at the lake, sixteenths from the temple on, thinning out in the morning
     for bar in range(4, 28):
@@ -207,8 +213,9 @@ def play():
             rung = order[k]
             note = chord[rung % 4] + 12 * (rung // 4) + 12
             accent = 1.0 if k % (steps // 4) == 0 else 0.72
-            plucks.put(bar * BAR + k * BAR / steps, pluck(note, 1.5, 1.0 + 0.05 * bar), 0.15 * rise * accent * DICE.uniform(0.85, 1.0),
-                       0.55 * np.sin(k * 1.9 + bar))
+            level = 0.15 * rise * accent * DICE.uniform(0.85, 1.0)
+            pan = 0.55 * np.sin(k * 1.9 + bar)
+            plucks.put(bar * BAR + k * BAR / steps, pluck(note, 1.5, 1.0 + 0.05 * bar), level, pan)
 
     for bar, beat, beats, note in BELLS:
         bells.put(bar * BAR + beat * BEAT, bell(note, beats * BEAT + 1.6), 0.15, DICE.uniform(-0.5, 0.5))
@@ -233,7 +240,8 @@ def play():
     for at in kicks:
         drums.put(at, kick(), 0.46)
 
-    for bar, length, level in ((4, 3.2, 0.05), (9, 2.4, 0.06), (13, 2.4, 0.07), (17, 1.6, 0.06), (21, 4.8, 0.13), (24, 2.4, 0.06)):
+    for bar, length, level in ((4, 3.2, 0.05), (9, 2.4, 0.06), (13, 2.4, 0.07),
+                               (17, 1.6, 0.06), (21, 4.8, 0.13), (24, 2.4, 0.06)):
         air.put(bar * BAR - length, swell(length), level)
     for bar, level in ((4, 0.05), (13, 0.07), (17, 0.06), (21, 0.11), (24, 0.09)):
         air.put(bar * BAR, shimmer(), level, 0.2)
@@ -249,7 +257,8 @@ def play():
     plucked = plucks.stereo() + delayed(plucks.stereo(), 0.75 * BEAT, 0.42)
     rung = bells.stereo() + delayed(bells.stereo(), 1.5 * BEAT, 0.38, 4)
     dry = (pads.stereo() + 0.9 * plucked) * duck + rung + leads.stereo() + low.stereo() + drums.stereo() + air.stereo()
-    send = 0.55 * pads.stereo() * duck + 0.75 * plucked + 1.0 * rung + 0.8 * leads.stereo() + 0.10 * drums.stereo() + 0.8 * air.stereo()
+    send = (0.55 * pads.stereo() * duck + 0.75 * plucked + rung + 0.8 * leads.stereo()
+            + 0.10 * drums.stereo() + 0.8 * air.stereo())
     mix = dry + 0.42 * reverberated(send)
 
     t = np.arange(mix.shape[1]) / RATE

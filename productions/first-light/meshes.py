@@ -195,7 +195,7 @@ def dome(radius=100.0, columns=48, lowest=-12.0, highest=90.0, rows=18):
     return mesh
 
 
-def stars(count, seed, radius=95.0, smallest=0.24, largest=0.9):
+def stars(count, seed, radius=95.0, smallest=0.5, largest=2.0):
     """Small squares that face the middle, each with a whole picture (a spark) on it."""
     dice = random.Random(seed)
     mesh = Mesh()
@@ -364,9 +364,9 @@ def turned(profile, around=24, repeat=2.0, flutes=0, depth=0.0):
 def block(width, height, depth, repeat=1.0):
     """A box on the ground, faceted."""
     mesh = Mesh()
-    for normal, right, up, half in (((0, 0, 1), (1, 0, 0), (0, 1, 0), depth), ((0, 0, -1), (-1, 0, 0), (0, 1, 0), depth),
-                                    ((1, 0, 0), (0, 0, -1), (0, 1, 0), width), ((-1, 0, 0), (0, 0, 1), (0, 1, 0), width),
-                                    ((0, 1, 0), (1, 0, 0), (0, 0, -1), height), ((0, -1, 0), (1, 0, 0), (0, 0, 1), height)):
+    for normal, right, up in (((0, 0, 1), (1, 0, 0), (0, 1, 0)), ((0, 0, -1), (-1, 0, 0), (0, 1, 0)),
+                              ((1, 0, 0), (0, 0, -1), (0, 1, 0)), ((-1, 0, 0), (0, 0, 1), (0, 1, 0)),
+                              ((0, 1, 0), (1, 0, 0), (0, 0, -1)), ((0, -1, 0), (1, 0, 0), (0, 0, 1))):
         size = (width, height, depth)
         corners = []
         for a, b in ((-1, -1), (1, -1), (1, 1), (-1, 1)):
@@ -455,7 +455,8 @@ def glyph(outline, depth=0.0):
             for a, b in zip(contour, contour[1:] + contour[:1]):
                 (ax, ay), (bx, by) = outline["points"][a], outline["points"][b]
                 normal = unit((by - ay, ax - bx, 0.0))
+                half = depth / 2
                 corners = [mesh.vertex((x, y, z), (x, 1 - y), normal)
-                           for x, y, z in ((ax, ay, depth / 2), (ax, ay, -depth / 2), (bx, by, -depth / 2), (bx, by, depth / 2))]
+                           for x, y, z in ((ax, ay, half), (ax, ay, -half), (bx, by, -half), (bx, by, half))]
                 mesh.quad(*corners)
     return mesh

@@ -5,7 +5,7 @@ from stage import BEAT, GOLD, PLUM, Path, TEXT_TRACK, shade
 
 CAPTION = "VII / MORNING"
 
-GREETINGS = ("GOOD MORNING", "DOBRÉ RÁNO", "BUENOS DÍAS", "JÓ REGGELT", "GÜNAYDIN", "GOD MORGON")
+GREETINGS = ("GOOD MORNING", "DOBRÉ RÁNO", "BUENOS DÍAS", "JÓ REGGELT", "GÜNAYDIN")
 GREETING_TICKS = 3 * BEAT // 2
 
 
@@ -22,9 +22,7 @@ def build(stage, start, end):
     document.clip(0, start, end, sky, "Simple render", path.sky)
 
     scene = document.scene("sea")
-    for name, tone in (("ridge_far", (0.98, 0.74, 0.64)), ("ridge_middle", (0.80, 0.60, 0.60))):
-        scene.model(stage.shape(name), document.material((*tone, 1), [
-            Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]))
+    stage.hills(scene, (0.98, 0.74, 0.64), (0.86, 0.64, 0.62))
     sea(stage, scene, length)
     clouds(stage, scene, length)
     document.clip(1, start, end, scene, "Link with previous", path.world)
@@ -42,7 +40,8 @@ def sea(stage, scene, length):
         Unit(reflections(stage), "Replace", wrap="Edge clamp", coordinates="Cubemap"),
         Unit(reflections(stage, "sea"), "Interpolate with primary alpha", wrap="Edge clamp", coordinates="Cubemap")],
                                 normalize=True, fog=(50, 240), fog_color=haze)
-    scene.effect(waves, surface, at=(-206.5, 0, -238), size=(7.0, 0.10, 2.0), manipulators=[in_rows((1, 1, 2), (0, 0, 118))])
+    scene.effect(waves, surface, at=(-206.5, 0, -238), size=(7.0, 0.10, 2.0),
+                 manipulators=[in_rows((1, 1, 2), (0, 0, 118))])
     scene.model(stage.shape("panel"), stage.glowing(shade(GOLD, 0.5), "glow.png", depth=False), at=(0, 0.05, -90),
                 turn=(-90, 0, 0), size=(24, 200, 1))
 
@@ -50,12 +49,13 @@ def sea(stage, scene, length):
 def clouds(stage, scene, length):
     """Small clouds that the climbing view passes; their colour already holds their alpha."""
     document = stage.document
-    puff = document.material((1, 1, 1, 1), [Unit(stage.picture("cloud.png"), "Multiply color", wrap="Edge clamp")],
+    puff = document.material((1, 1, 1, 1), [stage.once("cloud.png")],
                              "Add alpha", depth=False)
     for k, (x, y, z, size) in enumerate((
-            (-12, 33, -150, 40), (44, 27, -140, 56), (-42, 24, -130, 50), (20, 19, -105, 26), (-30, 27, -84, 32), (34, 23, -70, 26))):
+            (-12, 33, -150, 40), (44, 27, -140, -56), (-42, 24, -130, 50),
+            (20, 19, -105, -26), (-30, 27, -84, -32), (34, 23, -70, 26))):      # a negative width is its mirror image
         drift = document.function(line(length, x - 2, x + 3 + k))
-        scene.model(stage.shape("panel"), puff, at=(drift, y, z), size=(size, size * 0.55, 1), facing=True)
+        scene.model(stage.shape("panel"), puff, at=(drift, y, z), size=(size, abs(size) * 0.55, 1), facing=True)
 
 
 def greetings(stage, begin):
@@ -67,15 +67,17 @@ def greetings(stage, begin):
     turn = document.function(curve_to(50, -90, 0), hold(ticks - 80, 0), line(30, 0, 90))
     for k, words in enumerate(GREETINGS):
         scene = document.scene("greeting")
-        scene.text(font, words, at=(-(stage.width(font, words) - 0.22 * size) / 2, 5.4, -20), turn=(0, turn, 0), size=size)
+        left = -(stage.width(font, words) - 0.22 * size) / 2
+        scene.text(font, words, at=(left, 5.4, -20), turn=(0, turn, 0), size=size)
         document.clip(14, begin + k * ticks, begin + (k + 1) * ticks, scene, "Clear Z-buffer and link with previous",
                       Camera(fov=58, far=600))
 
 
 def closing_words(stage, begin, end):
-    document, length = stage.document, end - begin
+    scene, length = stage.document.scene("closing words"), end - begin
+    ink = stage.fading_ink((*PLUM, 0.95), length, 70)
     for text, size, tracking, y in (("FIRST LIGHT", 0.040, 0.42, 0.27), ("played by Brimlow", 0.0165, 0.38, 0.335)):
-        font = stage.font(stage.fading_ink((*PLUM, 0.95), length, 70), size, tracking)
-        scene = document.scene("closing words")
-        scene.text(font, text, at=(0.5 - (stage.width(font, text) - tracking * size) / 2, y, 0), size=(size, -size / 0.75, 1))
-        document.clip(TEXT_TRACK if size > 0.03 else TEXT_TRACK - 4, begin, end, scene, "Link with previous", flat_camera())
+        font = stage.font(ink, size, tracking)
+        left = 0.5 - (stage.width(font, text) - tracking * size) / 2
+        scene.text(font, text, at=(left, y, 0), size=(size, -size / 0.75, 1))
+    stage.document.clip(TEXT_TRACK, begin, end, scene, "Link with previous", flat_camera())

@@ -3,8 +3,8 @@ import math
 
 import meshes
 from lake import water
-from document import Unit, curve_to, flat_camera, hold, in_line, line, on_vertices, spline, swelling_wave, wave
-from stage import BEAT, CREAM, GOLD, INDIGO, Path, ROSE, bars, between, shade
+from document import Unit, curve_to, flat_camera, hold, line, on_vertices, wave
+from stage import BEAT, Path, shade
 
 CAPTION = "I / NIGHT"
 
@@ -28,17 +28,14 @@ def build(stage, start, end):
         material = stage.glowing(twinkle, "spark.png", depth=False)
         sky.model(stage.shape(name), material)
     sky.model(stage.shape("panel"), stage.glowing((1, 1, 1), "moon.png", depth=False),
-              at=(-50, 37, -66), turn=(24, 37, 8), size=11)
+              at=(-38, 46, -68), turn=(30, 29, 8), size=11)
     sky.model(stage.shape("panel"), stage.glowing(shade((0.55, 0.58, 0.9), 0.30), "glow.png", depth=False),
-              at=(-50, 37, -66), turn=(24, 37, 0), size=46)
+              at=(-38, 46, -68), turn=(30, 29, 0), size=46)
     aurora(stage, sky)
     document.clip(0, start, end, sky, "Simple render", path.sky)
 
     land = document.scene("night hills")
-    for name, low in (("ridge_far", (0.115, 0.115, 0.27)), ("ridge_middle", (0.075, 0.08, 0.20)),
-                      ("ridge_near", (0.035, 0.04, 0.115))):
-        land.model(stage.shape(name), document.material((*low, 1), [Unit(stage.picture("crest.png"), "Multiply color",
-                                                                        wrap="Edge clamp")]))
+    stage.hills(land, (0.115, 0.115, 0.27), (0.075, 0.08, 0.20), (0.035, 0.04, 0.115))
     water(stage, land, document.color(0.10, 0.085, 0.21), (0.24, 0.21, 0.42), (60, 220))
     # fireflies: the particles themselves are only points, so every point carries a spark
     time = document.function(line(length, 0, length * 0.022), kind="Float")
@@ -49,8 +46,8 @@ def build(stage, start, end):
     land.model(stage.shape("panel"), fly, at=(0, 3.2, -20), size=0.42, facing=True,
                manipulators=[on_vertices(swarm, size=(0.9, 0.22, 0.6))])
     for width, level in ((9, 0.20), (3.5, 0.24)):     # what the moon lays on the water
-        land.model(stage.shape("panel"), stage.glowing(shade((0.72, 0.74, 1.0), level), depth=False), at=(-46, 0.05, -60),
-                   turn=(-90, 37, 0), size=(width, 90, 1))
+        silver = stage.glowing(shade((0.72, 0.74, 1.0), level), depth=False)
+        land.model(stage.shape("panel"), silver, at=(-38, 0.05, -66), turn=(-90, 29, 0), size=(width, 90, 1))
     document.clip(1, start, end, land, "Clear Z-buffer and link with previous", path.world)
 
     title(stage, start, end)
@@ -65,7 +62,7 @@ def aurora(stage, sky):
     for k, (heading, tone) in enumerate(((-14, (0.12, 0.62, 0.58)), (14, (0.34, 0.34, 0.78)))):
         veil = document.material(
             (tone[0], tone[1] if k else breath, tone[2], 1),
-            [Unit(stage.picture("aurora.png"), "Multiply color", wrap="Edge clamp"),
+            [stage.once("aurora.png"),
              Unit(plasma, "Multiply previous")], "Add", depth=False)
         mesh = stage.shape("curtain", curtain)
         sky.model(mesh, veil, turn=(0, -heading, 0))
@@ -99,7 +96,7 @@ def title(stage, start, end):
         if letter != " ":
             letters.text(font, letter, at=(x, rise, 0), size=(size, -size / 0.75, 1), offset=(len(TITLE) - k) * 8)
         x += font.widths[letter]
-    line_ink = document.material((0.9, 0.6, 0.5, 1), [Unit(stage.picture("glow.png"), "Multiply color", wrap="Edge clamp")],
+    line_ink = document.material((0.9, 0.6, 0.5, 1), [stage.once("glow.png")],
                                  "Add", depth=False)
     grow = document.function(hold(60, 0.0), curve_to(260, 0.0, 0.72), hold(stay - 480, 0.72), line(160, 0.72, 0.0))
     letters.model(stage.shape("panel"), line_ink, at=(0.5, 0.475, 0), size=(grow, 0.010, 1))

@@ -7,7 +7,7 @@ import math
 import os
 
 import meshes
-from document import (Camera, Document, Unit, curve_from, curve_to, flat_camera, hold, line, spline, wave)
+from document import Camera, Document, Unit, curve_to, flat_camera, hold, line, spline
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 BAR = 320                       # ticks: four beats at 75 a minute
@@ -137,10 +137,18 @@ class Stage:
         """A texture that a scene is drawn into; every copy is one of its own."""
         return self.document.image(name, self.asset(name), "linear", copy=copy)
 
+    def once(self, picture, combine="Multiply color", coordinates="Off"):
+        """A texture unit that shows a picture without repeating it."""
+        return Unit(self.picture(picture), combine, "Edge clamp", coordinates)
+
+    def white(self, combine="Multiply color"):
+        """A texture unit that changes nothing."""
+        return Unit(self.picture("white.png", "nearest"), combine)
+
     # ---- materials that many scenes use
 
     def plain(self, color, blend="Replace", **more):
-        return self.document.material(color, [Unit(self.picture("white.png", "nearest"), "Multiply color")],
+        return self.document.material(color, [self.white()],
                                       blend, **more)
 
     def glowing(self, color, picture="glow.png", depth=True, **more):
@@ -177,6 +185,12 @@ class Stage:
 
     # ---- passes
 
+    def hills(self, scene, far=None, middle=None, near=None, **place):
+        """Lines of hills, the farthest first, each in its colour."""
+        for name, tone in (("ridge_far", far), ("ridge_middle", middle), ("ridge_near", near)):
+            if tone:
+                scene.model(self.shape(name), self.document.material((*tone, 1), [self.once("crest.png")]), **place)
+
     def simple_scene(self, name, *models):
         scene = self.document.scene(name)
         for mesh, material, more in models:
@@ -198,10 +212,10 @@ class Stage:
     def sun(self, scene, level=1.0, size=1.0, color=GOLD, elevation=None):
         """Glow upon glow where the sky has its sun."""
         height = 90 * (SUN[1] / -SUN[2] if elevation is None else math.tan(math.radians(elevation)))
-        for picture, tone, radius in (("glow.png", between(color, ROSE, 0.55), 62), ("glow.png", color, 26),
-                                      ("disc.png", CREAM, 3.1)):
-            scene.model(self.shape("panel"), self.glowing(shade(tone, level * (0.42 if radius > 50 else 0.7 if radius > 20 else 1.0)), picture, depth=False),
-                        at=(0, height, -90), size=radius * size)
+        for picture, tone, strength, radius in (("glow.png", between(color, ROSE, 0.55), 0.42, 62),
+                                                ("glow.png", color, 0.7, 26), ("disc.png", CREAM, 1.0, 3.1)):
+            light = self.glowing(shade(tone, level * strength), picture, depth=False)
+            scene.model(self.shape("panel"), light, at=(0, height, -90), size=radius * size)
         return scene
 
     def rays(self, start, end, path, target, source, level=0.10, count=9, spread=0.075, color=GOLD):
@@ -234,21 +248,22 @@ class Stage:
 
     def vignette(self, start, end):
         """Takes a little light away from the corners, least from the reds."""
-        material = self.document.material((0.20, 0.21, 0.17, 1.0), [Unit(self.picture("vignette.png"), "Multiply color",
-                                          wrap="Edge clamp")], "Substract alpha", depth=False)
+        material = self.document.material((0.20, 0.21, 0.17, 1.0), [self.once("vignette.png")], "Substract alpha",
+                                          depth=False)
         scene = self.simple_scene("vignette", (self.shape("screen"), material, {}))
         self.document.clip(VIGNETTE_TRACK, start, end, scene, "Link with previous", flat_camera())
 
     def fading_ink(self, color, length, edge=60):
         """Letters that come and go within a clip of so many ticks."""
-        alpha = self.document.function(line(edge, 0, color[3]), hold(length - 2 * edge, color[3]), line(edge, color[3], 0))
+        alpha = self.document.function(line(edge, 0, color[3]), hold(length - 2 * edge, color[3]),
+                                       line(edge, color[3], 0))
         return self.plain((*color[:3], alpha), "Alpha", depth=False)
 
     def caption(self, start, text):
         """The name of a scene, small, in the lower left corner."""
         length = BAR + BAR // 2
         if not hasattr(self, "caption_font"):
-            self.caption_font = self.font(self.fading_ink((*CREAM, 0.85), length), 0.0165, tracking=0.38)
+            self.caption_font = self.font(self.fading_ink((*CREAM, 0.85), length), 0.0185, tracking=0.34)
         font, scene = self.caption_font, self.document.scene("caption")
         scene.text(font, text, at=(0.055, 0.94, 0), size=(font.size, -font.size / 0.75, 1))
         self.document.clip(CAPTION_TRACK, start, start + length, scene, "Link with previous", flat_camera())
@@ -268,8 +283,8 @@ SHAPES = {
     "ring": meshes.ring,
     "boat": meshes.paper_boat,
     "wing": meshes.wing,
-    "stars_a": lambda: meshes.stars(420, 7),
-    "stars_b": lambda: meshes.stars(260, 23, smallest=0.28, largest=1.1),
+    "stars_a": lambda: meshes.stars(460, 7),
+    "stars_b": lambda: meshes.stars(260, 23, smallest=0.6, largest=2.4),
     "ridge_far": lambda: meshes.ridge(240, 0, 6, 34, 3, 3.2, valley=0.55),
     "ridge_middle": lambda: meshes.ridge(170, 0, 2, 24, 8, 4.0, valley=0.8),
     "ridge_near": lambda: meshes.ridge(110, -1, 0.5, 9, 14, 5.0, trees=5.0, valley=0.9),

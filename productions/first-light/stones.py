@@ -2,8 +2,8 @@
 import math
 
 import meshes
-from document import Unit, curve_to, hold, in_line, line, spline, wave
-from stage import (CREAM, GOLD, INDIGO, PEACH, PLUM, Path, ROSE, between, shade)
+from document import Unit, curve_to, line, spline, wave
+from stage import PEACH, Path, shade
 
 CAPTION = "III / STONES"
 
@@ -19,9 +19,9 @@ def build(stage, start, end):
     document, length = stage.document, end - start
     path = Path(document, length, [
         (0, (-15.5, 1.3, 9), (0, 2.7, -4), 2),
-        (length * 0.35, (-5.0, 1.6, 16.5), (0, 3.0, -8), 0),
-        (length * 0.7, (3.2, 2.3, 14.0), (-0.4, 3.2, -14), -1),
-        (length, (2.2, 3.2, 9.0), (0, 3.9, -30), -1)], fov=54, far=500)
+        (length * 0.35, (-6.5, 1.5, 15.5), (0, 3.0, -8), 0),
+        (length * 0.7, (0.3, 2.0, 13.6), (0, 3.2, -14), -1),
+        (length, (0, 3.2, 6.6), (0, 3.8, -30), 0)], fov=54, far=500)
 
     sky = stage.sky("meadow sky", "sky_dawn.jpg")
     stage.sun(sky, 1.0, 1.2, elevation=6.0)
@@ -33,15 +33,11 @@ def build(stage, start, end):
     fog = {"fog": (16, 105), "fog_color": haze, "hint": "Fastest"}
 
     scene = document.scene("stones")
-    for name, tone in (("ridge_far", (0.92, 0.56, 0.50)), ("ridge_middle", (0.68, 0.40, 0.46)),
-                       ("ridge_near", (0.42, 0.26, 0.36))):
-        scene.model(stage.shape(name), document.material((*tone, 1), [
-            Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]), at=(0, -2, 0))
+    stage.hills(scene, (0.92, 0.56, 0.50), (0.68, 0.40, 0.46), (0.42, 0.26, 0.36), at=(0, -2, 0))
     land = stage.shape("meadow", lambda: meshes.ground(200, 64, 40, meadow_height))
     scene.model(land, stage.lit("meadow.jpg", (1.0, 0.92, 0.86, 1), sun, cool, **fog))
 
-    shadow = document.material((0.20, 0.19, 0.13, 0.85), [Unit(stage.picture("shadow.png"), "Multiply color",
-                                                              wrap="Edge clamp")], "Substract alpha")
+    shadow = document.material((0.20, 0.19, 0.13, 0.85), [stage.once("shadow.png")], "Substract alpha")
     rock = document.material((1.0, 0.95, 0.92, 1), [Unit(stage.with_levels("rock.jpg"), "Multiply color")],
                              light1=sun, light2=cool, normalize=True, **fog)
     circle = []
@@ -54,8 +50,8 @@ def build(stage, start, end):
     for x, z, k in circle:
         tall = (1.0, 0.86, 1.12, 0.92, 1.05)[k % 5]
         scene.model(stage.shape("stone%d" % (k % 3), lambda k=k: meshes.standing_stone(k % 3 + 1)), rock,
-                    at=(x, meadow_height(x, z) - 0.1, z), turn=(0, math.degrees(math.atan2(x, z)) + (k * 29 % 24 - 12), 0),
-                    size=(1.0, tall, 1.0))
+                    at=(x, meadow_height(x, z) - 0.1, z), size=(1.0, tall, 1.0),
+                    turn=(0, math.degrees(math.atan2(x, z)) + (k * 29 % 24 - 12), 0))
     orb(stage, scene, length)
     mist(stage, scene, length)
     document.clip(1, start, end, scene, "Link with previous", path.world)
@@ -73,8 +69,8 @@ def shadow_shape():
 def orb(stage, scene, length):
     """A mirror ball rises in the middle, and smaller ones go round it on splines."""
     document = stage.document
-    mirror = document.material((1.0, 0.96, 0.94, 1), [Unit(stage.picture("mirror.jpg"), "Ignore alpha, multiply color",
-                                                            wrap="Edge clamp", coordinates="Spheremap")], normalize=True)
+    mirror = document.material((1.0, 0.96, 0.94, 1), [
+        stage.once("mirror.jpg", "Ignore alpha, multiply color", "Spheremap")], normalize=True)
     rise = document.function(curve_to(length * 3 // 4, 0.2, 3.6), wave(length, 3.6, 0.12, 300))
     slow = document.function(line(length, 0, 160))
     scene.model(stage.shape("ball"), mirror, at=(0, rise, 0), turn=(0, slow, 0), size=1.45)
@@ -86,7 +82,7 @@ def orb(stage, scene, length):
         reach = 3.0 + 0.25 * k
         x = document.function(spline(length, [(t, reach * math.sin(a)) for t, a in turns]))
         z = document.function(spline(length, [(t, reach * math.cos(a)) for t, a in turns]))
-        y = document.function(spline(length, [(t, 2.2 + 1.0 * t / length + 0.9 * math.sin(2 * a + k)) for t, a in turns]))
+        y = document.function(spline(length, [(t, 2.2 + t / length + 0.9 * math.sin(2 * a + k)) for t, a in turns]))
         scene.model(stage.shape("orb"), mirror, at=(x, y, z), size=0.30 + 0.04 * (k % 3))
     scene.model(stage.shape("panel"), stage.glowing(shade(PEACH, 0.34)), at=(0, rise, 0), size=7.5, facing=True)
 

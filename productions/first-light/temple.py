@@ -2,9 +2,8 @@
 import math
 
 import meshes
-from document import Unit, curve_to, hold, in_line, in_rows, line, spline, wave
-from lake import reflections
-from stage import (BEAT, CREAM, GOLD, PEACH, PLUM, Path, ROSE, between, shade)
+from document import Unit, curve_to, in_rows, line, spline, wave
+from stage import BEAT, CREAM, PEACH, Path, ROSE, shade
 
 CAPTION = "IV / TEMPLE"
 
@@ -16,12 +15,12 @@ def textures(stage):
     d = stage.document
     sand = d.generated_image("Color", (0.86, 0.76, 0.70))
     veins = d.generated_image("Sinus plasma", (0.95, 0.86, 0.84), 2, 3)
-    rose = d.generated_image("Radial colors", (1.0, 0.90, 0.62), (0.62, 0.12, 0.34), 1.0, 12)
-    cells = d.generated_image("Maze", (0.85, 0.90, 1.0), 4, 21, 0.5)
+    rose = d.generated_image("Radial colors", (1.0, 0.86, 0.54), (0.56, 0.10, 0.38), 1.0, 10)
+    cells = d.generated_image("Maze", (0.45, 0.75, 1.0), 5, 21, 0.5)
     clouds = d.generated_image("Maze", (1.0, 1.0, 1.0), 5, 9, 0.62)
-    courses = d.generated_image("Bricks", (0.90, 0.76, 0.66), (0.60, 0.48, 0.46), 8, 4, 2, 2, 32)
+    courses = d.generated_image("Bricks", (0.86, 0.78, 0.74), (0.66, 0.57, 0.57), 8, 4, 2, 2, 32)
     tiles = d.generated_image("Bricks", (0.86, 0.80, 0.80), (0.46, 0.38, 0.44), 4, 4, 2, 2, 0)
-    leads = d.generated_image("Bricks", (1.0, 1.0, 1.0), (0.06, 0.04, 0.08), 16, 16, 1, 1, 8)
+    leads = d.generated_image("Bricks", (1.0, 1.0, 1.0), (0.10, 0.05, 0.10), 5, 16, 3, 1, 8)
     grains = d.generated_image("Noise", (1.0, 1.0, 1.0), 77)
 
     # grain, twice softened, with a second copy of itself from elsewhere
@@ -55,12 +54,12 @@ def textures(stage):
     floor = d.node("floor", "Multiply", marble, tiles, 1 / 190)
     floor = d.node("floor, not too bright", "Minimum", floor, d.generated_image("Color", (0.92, 0.86, 0.84)), 1.0, 1.0)
 
-    # coloured glass: a rose of light, cells in it, and the leads between
+    # coloured glass: a rose of light with cells in it; the leads lie on it in circles
     glass = d.node("rose", "Add", None, rose, 1.0, 1.0)
-    glass = d.node("glass", "Maximum", glass, cells, 0.96, 0.34)
-    glass = d.node("leaded glass", "Multiply", glass, leads, 1 / 235)
+    glass = d.node("glass", "Maximum", glass, cells, 0.96, 0.46)
+    leading = d.node("leads", "Add", None, leads, 1.0, 1.0)
     return {name: d.generated_texture(name, node) for name, node in (
-        ("wall", wall), ("marble", marble), ("floor", floor), ("glass", glass))}
+        ("wall", wall), ("marble", marble), ("floor", floor), ("glass", glass), ("leads", leading))}
 
 
 def build(stage, start, end):
@@ -76,10 +75,10 @@ def build(stage, start, end):
     lantern = [document.function(spline(length, [(round(length * k / 8), f(k / 8)) for k in range(9)]))
                for f in (lambda u: 2.2 * math.sin(u * 9), lambda u: 2.4 + 0.9 * math.sin(u * 14 + 1),
                          lambda u: -3 - 27 * u)]
-    window = document.light((0.27, 0.22, 0.36), (1.0, 0.74, 0.56), (0, 7.5, -DEPTH + 9))
+    window = document.light((0.17, 0.15, 0.30), (1.0, 0.74, 0.54), (0, 7.5, -DEPTH + 9))
     flame = document.light((0.05, 0.04, 0.05), (0.46, 0.30, 0.18), tuple(lantern))
     haze = document.color(0.78, 0.48, 0.48)
-    lights = {"light1": window, "light2": flame, "normalize": True, "fog": (14, 80), "fog_color": haze}
+    lights = {"light1": window, "light2": flame, "normalize": True, "fog": (18, 105), "fog_color": haze}
 
     def surface(name, color=(1, 1, 1, 1), *more):
         return document.material(color, [Unit(made[name], "Multiply color"), *more], **lights)
@@ -89,7 +88,8 @@ def build(stage, start, end):
     bricks = surface("wall")
     hall.model(side, bricks, at=(-HALF, 0, 12), turn=(0, 90, 0))
     hall.model(side, bricks, at=(HALF, 0, -DEPTH), turn=(0, -90, 0))
-    hall.model(stage.shape("temple_end", lambda: meshes.wall(2 * HALF, HEIGHT, 10, 8, 1.5, 1.25)), bricks, at=(-HALF, 0, -DEPTH))
+    front = stage.shape("temple_end", lambda: meshes.wall(2 * HALF, HEIGHT, 10, 8, 1.5, 1.25))
+    hall.model(front, bricks, at=(-HALF, 0, -DEPTH))
     flat = stage.shape("temple_floor", lambda: meshes.wall(2 * HALF, DEPTH + 12, 10, 40, 3, 16))
     hall.model(flat, surface("floor"), at=(-HALF, 0, 12), turn=(-90, 0, 0))
     hall.model(flat, surface("marble", (0.62, 0.56, 0.66, 1)), at=(-HALF, HEIGHT, -DEPTH), turn=(90, 0, 0))
@@ -98,12 +98,13 @@ def build(stage, start, end):
 
     # the window, brighter on every other beat, and what its light does
     kindled = (*(document.function(curve_to(2 * BEAT, c, 0), loop="Loop", end=2 * BEAT) for c in (0.26, 0.16, 0.08)), 1)
-    hall.model(stage.shape("rose_window", rose_window), document.material(kindled, [Unit(made["glass"], "Add color")]),
+    hall.model(stage.shape("rose_window", rose_window), document.material(kindled, [
+        Unit(made["glass"], "Add color"), Unit(made["leads"], "Multiply previous")]),
                at=(0, 4.9, -DEPTH + 0.1), size=3.6)
     hall.model(stage.shape("ring"), surface("marble", (0.8, 0.7, 0.7, 1)), at=(0, 4.9, -DEPTH + 0.12), size=3.65)
     for size, tone in ((24, shade(ROSE, 0.26)),):
         hall.model(stage.shape("panel"), stage.glowing(tone, depth=False), at=(0, 4.9, -DEPTH + 1.2), size=size)
-    beam = stage.glowing(shade(PEACH, 0.15), "aurora.png", depth=False)
+    beam = stage.glowing(shade(PEACH, 0.26), "glow.png", depth=False)
     for k, tilt in enumerate((-5.0, 0.0, 5.0)):
         breath = document.function(wave(330, 1.0, 0.12, 330, k / 3), loop="Loop", end=330)
         hall.model(stage.shape("beam", beam_shape), beam, at=((k - 1) * 0.9, 5.2, -DEPTH + 1), turn=(0, 0, tilt * 2),
@@ -119,9 +120,9 @@ def columns(stage, hall, marble):
     shaft = stage.shape("column", lambda: meshes.turned(
         [(0.62, 0.30)] + [(0.60 - 0.012 * k, 0.32 + 7.2 * k / 8) for k in range(9)] + [(0.50, 7.55)],
         around=48, repeat=2.0, flutes=12, depth=0.10))
-    ends = stage.shape("column_ends", lambda: meshes.turned(
-        [(0.95, 0.0), (0.95, 0.16), (0.88, 0.17), (0.88, 0.24), (0.70, 0.34), (0.0, 0.34)], around=20).add(meshes.turned(
-            [(0.50, 7.45), (0.62, 7.60), (0.84, 7.90), (0.90, 7.92), (0.90, 8.2), (1.0, 8.22), (1.0, HEIGHT)], around=20)))
+    foot = [(0.95, 0.0), (0.95, 0.16), (0.88, 0.17), (0.88, 0.24), (0.70, 0.34), (0.0, 0.34)]
+    head = [(0.50, 7.45), (0.62, 7.60), (0.84, 7.90), (0.90, 7.92), (0.90, 8.2), (1.0, 8.22), (1.0, HEIGHT)]
+    ends = stage.shape("column_ends", lambda: meshes.turned(foot, around=20).add(meshes.turned(head, around=20)))
     for x in (-4.0, 4.0):
         rows = [in_rows((1, 1, 11), (0, 0, -5.2))]
         hall.model(shaft, marble, at=(x, 0, 2), manipulators=rows)
@@ -132,8 +133,7 @@ def pool(stage, hall, length, haze):
     """A basin in the floor; rings run outward from its middle."""
     document = stage.document
     waves = document.mesh_effect("Centerwave water", document.function(line(length, 0, length * 0.055)))
-    water = document.material((0.74, 0.66, 0.70, 1), [Unit(stage.picture("mirror.jpg"), "Multiply color",
-                                                           wrap="Edge clamp", coordinates="Spheremap")],
+    water = document.material((1.0, 0.94, 0.94, 1), [stage.once("mirror.jpg", "Multiply color", "Spheremap")],
                               normalize=True, fog=(14, 90), fog_color=haze)
     size = 0.185
     hall.effect(waves, water, at=(-14.5 * size, 0.16, -34 - 14.5 * size), size=(size, 0.045, size))
@@ -150,21 +150,27 @@ def rim_shape():
 
 
 def rose_window():
-    """A disc of glass; the picture lies on it once."""
-    mesh = meshes.Mesh()
-    mesh.vertex((0, 0, 0), (0.5, 0.5))
-    for k in range(41):
-        a = 2 * math.pi * k / 40
-        mesh.vertex((math.cos(a), math.sin(a), 0), (0.5 + 0.5 * math.cos(a), 0.5 - 0.5 * math.sin(a)))
-        if k:
-            mesh.triangle(0, k, k + 1)
+    """A disc of glass; the first coordinates lay a picture on it once, the second wind one around it."""
+    mesh, polar, around, circles = meshes.Mesh(), [], 48, 10
+    for i in range(circles + 1):
+        for k in range(around + 1):
+            a, r = 2 * math.pi * k / around, i / circles
+            x, y = r * math.sin(a), r * math.cos(a)
+            mesh.vertex((x, y, 0), (0.5 + 0.5 * x, 0.5 - 0.5 * y))
+            polar.append((k / around, r))
+    for i in range(circles):
+        for k in range(around):
+            v = i * (around + 1) + k
+            mesh.quad(v, v + around + 1, v + around + 2, v + 1)
+    mesh.sets.append(polar)
     return mesh
 
 
 def beam_shape():
     """A sheet of light from the window down to the floor of the hall."""
     mesh = meshes.Mesh()
-    for x, y, z, s, t in ((-1.2, 0.8, 0, 0.2, 1.0), (1.2, 0.8, 0, 0.8, 1.0), (3.4, -5.2, 42, 1.0, 0.25), (-3.4, -5.2, 42, 0.0, 0.25)):
+    for x, y, z, s, t in ((-1.6, 1.6, 0, 0.1, 0.5), (1.6, 1.6, 0, 0.9, 0.5),
+                          (3.2, -4.9, 17, 1.0, 1.0), (-3.2, -4.9, 17, 0.0, 1.0)):
         mesh.vertex((x, y, z), (s, t))
     mesh.quad(0, 1, 2, 3)
     return mesh

@@ -38,7 +38,7 @@ def build(stage, start, end):
     haze = document.color(0.17, 0.12, 0.28)
     # two units, though one would do: it follows the picture with three, and turns the third off
     frame = document.material((0.9, 0.82, 0.85, 1), [
-        Unit(stage.picture("mirror.jpg"), "Ignore alpha, multiply color", wrap="Edge clamp", coordinates="Spheremap"),
+        stage.once("mirror.jpg", "Ignore alpha, multiply color", "Spheremap"),
         Unit(stage.picture("paper.jpg"), "Multiply previous")], normalize=True, fog=(10, 46), fog_color=haze)
     border = stage.shape("frame", frame_shape)
     for k, (material, mesh, size) in enumerate(order):
@@ -48,16 +48,16 @@ def build(stage, start, end):
             scene.model(border, frame, at=(x, up * 1.62, z), turn=turn, size=(WIDE / 2, up * TALL / 2, 1))
             scene.model(stage.shape(mesh), material, at=(x, up * 1.62, z), turn=turn, size=(size[0], up * size[1], 1))
     for scene, up in ((under, -1), (over, 1)):
-        scene.model(stage.shape("ridge_middle"), document.material((0.11, 0.09, 0.22, 1), [
-            Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]), at=(0, -0.5 * up, 0), size=(1, up, 1))
+        stage.hills(scene, middle=(0.11, 0.09, 0.22), at=(0, -0.5 * up, 0), size=(1, up, 1))
     document.clip(6, start, end, under, "Clear Z-buffer and link with previous", path.world)
 
     surface = document.scene("still water")
-    film = document.material((0.045, 0.05, 0.14, 0.66), [Unit(stage.picture("white.png", "nearest"), "Multiply color")],
+    film = document.material((0.045, 0.05, 0.14, 0.66), [stage.white()],
                              "Alpha", fog=(8, 60), fog_color=haze)
     surface.model(stage.shape("water_film", lambda: meshes.ground(160, 8, 1)), film, at=(0, 0, -30))
     grow = document.function(curve_to(150, 0.2, 4.6), loop="Loop", end=150)
-    faint = stage.glowing(tuple(document.function(line(150, 0.22 * c, 0), loop="Loop", end=150) for c in ROSE), "halo.png")
+    fading = [document.function(line(150, 0.22 * c, 0), loop="Loop", end=150) for c in ROSE]
+    faint = stage.glowing(fading, "halo.png")
     for k in range(10):
         x, z = place(k)
         surface.model(stage.shape("panel"), faint, at=(x * 0.96, 0.02, z + 0.1), turn=(-90, 0, 0), size=(grow, grow, 1))
@@ -75,54 +75,57 @@ def moving_pictures(stage):
     turning = d.dynamic_texture("Rotate", 128, 8, d.function(line(25600, 0, 420)))
     dents = d.dynamic_texture("Normalmap", 128, 24, d.function(line(25600, 0, 25600 * 0.18)))
     toward_light = d.generated_texture("towards the light", d.node(
-        "towards the light", "Add", None, d.generated_image("Color", (0.62, 0.70, 0.86)), 1.0, 1.0), "linear")
+        "towards the light", "Add", None, d.generated_image("Color", (0.55, 0.58, 0.66)), 1.0, 1.0), "linear")
     dawn, night = stage.picture("sky_dawn.jpg"), stage.picture("sky_night.jpg")
     pictures = [
         d.material((*between(PEACH, CREAM, 0.3), 1), [
-            Unit(plasma, "Multiply color"), Unit(stage.picture("glow.png"), "Add previous without alpha", wrap="Edge clamp")]),
+            Unit(plasma, "Multiply color"), stage.once("glow.png", "Add previous without alpha")]),
         d.material((*GOLD, 1), [Unit(colony, "Multiply color"), Unit(night, "Add previous")]),
         d.material((0.86, 0.72, 0.62, 1), [Unit(turning, "Multiply color"), Unit(dawn, "Add previous")]),
-        d.material((0.70, 0.62, 0.66, 1), [
-            Unit(dents, "Replace"), Unit(toward_light, "DOT3 previous"), Unit(dawn, "Multiply color and add previous")]),
-        d.material((1.0, 0.82, 0.66, 1), [Unit(ramp, "Multiply color"), Unit(dawn, "Multiply previous")]),
+        d.material((0.46, 0.40, 0.44, 1), [
+            Unit(dents, "Replace"), Unit(toward_light, "DOT3 previous"),
+            Unit(dawn, "Multiply color and add previous")]),
+        d.material((1.0, 0.66, 0.48, 1), [Unit(ramp, "Multiply color"), Unit(night, "Add previous")]),
     ]
     return [(material, "panel", (WIDE, TALL)) for material in pictures]
 
 
 def small_scenes(stage, start, end):
     """Five scenes drawn into textures, one for each way of doing that."""
-    d, length = stage.document, end - start
+    d = stage.document
     spin = d.function(line(25600, 0, 25600 * 0.42))
     slow = d.function(line(25600, 0, 25600 * 0.16))
     targets = [stage.target("target.png", 2), stage.target("target_wide.png", 1), stage.target("target.png", 3),
                stage.target("target.png", 4), stage.target("target.png", 5)]
-    dawn = stage.document.material((1, 1, 1, 1), [Unit(stage.picture("sky_dawn.jpg"), "Replace", wrap="Edge clamp")], depth=False)
+    dawn = stage.document.material((1, 1, 1, 1), [stage.once("sky_dawn.jpg", "Replace")], depth=False)
 
     # a knot of chrome before the dawn
     knot = d.scene("knot")
     knot.model(stage.shape("dome"), dawn, turn=(0, slow, 0))
-    knot.model(stage.shape("knot"), d.material((1.0, 0.92, 0.88, 1), [Unit(reflections(stage), "Multiply color",
-               wrap="Edge clamp", coordinates="Cubemap")], normalize=True), at=(0, 0, -3.6), turn=(slow, spin, 0), size=1.2)
+    chrome = d.material((1.0, 0.92, 0.88, 1), [
+        Unit(reflections(stage), "Multiply color", "Edge clamp", "Cubemap")], normalize=True)
+    knot.model(stage.shape("knot"), chrome, at=(0, 0, -3.6), turn=(slow, spin, 0), size=1.2)
     d.clip(0, start, end, knot, "Render to texture", Camera(turn=(-6, 0, 0), fov=50, far=300), target=targets[0])
 
     # hills and sun, in the wide picture
     hills = d.scene("wide hills")
     hills.model(stage.shape("dome"), dawn)
     stage.sun(hills, 0.9, 0.8, elevation=6)
-    for name, tone in (("ridge_far", (0.80, 0.46, 0.48)), ("ridge_middle", (0.50, 0.28, 0.42)), ("ridge_near", (0.20, 0.13, 0.27))):
-        hills.model(stage.shape(name), d.material((*tone, 1), [Unit(stage.picture("crest.png"), "Multiply color", wrap="Edge clamp")]))
+    stage.hills(hills, (0.80, 0.46, 0.48), (0.50, 0.28, 0.42), (0.20, 0.13, 0.27))
     pan = d.function(wave(700, 0, 16, 700), loop="Loop", end=700)
-    d.clip(1, start, end, hills, "Render to texture, force 16:9", Camera(at=(0, 2, 0), turn=(-7, pan, 0), fov=36, far=300),
-           target=targets[1])
+    d.clip(1, start, end, hills, "Render to texture, force 16:9",
+           Camera(at=(0, 2, 0), turn=(-7, pan, 0), fov=36, far=300), target=targets[1])
 
     # a cage of lines around a gem
     cage = d.scene("cage")
     cage.model(stage.shape("dome"), stage.document.material((0.42, 0.36, 0.55, 1), [
-        Unit(stage.picture("sky_dawn.jpg"), "Multiply color", wrap="Edge clamp")], depth=False), turn=(0, 140, 0))
+        stage.once("sky_dawn.jpg")], depth=False), turn=(0, 140, 0))
     key = d.light((0.24, 0.16, 0.24), (1.0, 0.70, 0.48), (4, 5, 2))
-    cage.model(stage.shape("gem"), stage.lit("paper.jpg", (1.0, 0.66, 0.50, 1), key), at=(0, 0, -4), turn=(slow, spin, 0), size=0.95)
-    cage.model(stage.shape("cage", lambda: meshes.icosahedron(2)), stage.glowing(shade(GOLD, 0.42), "white.png", wire=1.5),
-               at=(0, 0, -4), turn=(0, slow, spin), size=1.45)
+    cage.model(stage.shape("gem"), stage.lit("paper.jpg", (1.0, 0.66, 0.50, 1), key), at=(0, 0, -4),
+               turn=(slow, spin, 0), size=0.95)
+    lines = stage.glowing(shade(GOLD, 0.42), "white.png", wire=1.5)
+    cage.model(stage.shape("cage", lambda: meshes.icosahedron(2)), lines, at=(0, 0, -4),
+               turn=(0, slow, spin), size=1.45)
     d.clip(2, start, end, cage, "Render to quarter screen texture", Camera(fov=48, far=300), target=targets[2],
            clear=d.color(0.16, 0.11, 0.26))      # the colour of the next wiping: the ground of the halos
 
@@ -131,17 +134,19 @@ def small_scenes(stage, start, end):
     halo = stage.glowing(shade(ROSE, 0.55), "halo.png", depth=False)
     halos.model(stage.shape("panel"), halo, at=(-1.6, -0.1, -4.5), turn=(0, 0, slow), size=1.0,
                 manipulators=[in_line(7, (0.52, 0.02, -0.1), growth=(0.16, 0.16, 0))])
-    d.clip(3, start, end, halos, "Render to quarter screen texture and don't clean", Camera(fov=50, far=300), target=targets[3])
+    d.clip(3, start, end, halos, "Render to quarter screen texture and don't clean",
+           Camera(fov=50, far=300), target=targets[3])
     bird = d.scene("bird over halos")
     flap = [d.function(wave(70, m * 10, m * 32, 70), loop="Loop", end=70) for m in (1, -1)]
     dark = stage.plain((0.98, 0.86, 0.74, 1), depth=False)
     for m, angle in zip((1, -1), flap):
         bird.model(stage.shape("wing"), dark, at=(0, 0.1, -3.4), turn=(38, 0, angle), size=(m * 1.1, 1.1, 1.1))
-    d.clip(4, start, end, bird, "Render to quarter screen texture, force 4:3", Camera(fov=50, far=300), target=targets[4])
+    d.clip(4, start, end, bird, "Render to quarter screen texture, force 4:3",
+           Camera(fov=50, far=300), target=targets[4])
 
-    screen_like = [("target_panel", (WIDE, TALL)), ("target_panel", (WIDE, WIDE / 1.6)), *[("target_panel", (WIDE, TALL))] * 3]
-    return [(d.material((1, 1, 1, 1), [Unit(t, "Replace", wrap="Edge clamp"), Unit(stage.picture("white.png", "nearest"), "Multiply previous")]), *s)
-            for t, s in zip(targets, screen_like)]
+    # two units again, for the picture with three hangs among these
+    return [(d.material((1, 1, 1, 1), [Unit(target, "Replace", "Edge clamp"), stage.white("Multiply previous")]),
+             "target_panel", (WIDE, WIDE / 1.6 if target is targets[1] else TALL)) for target in targets]
 
 
 def frame_shape():
