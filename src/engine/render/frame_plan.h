@@ -48,10 +48,20 @@ struct frame_plan {
     uint32_t drawn;                   // layers with a model: what compose_frame returns
 };
 
+// A part of a picture that is too large to be drawn at once: a rectangle of the whole
+// screen, x and y counted from its lower left corner.
+struct frame_tile {
+    uint32_t x; // pixels
+    uint32_t y;
+    uint32_t width; // 0: no tile, the whole screen is drawn
+    uint32_t height;
+};
+
 struct frame_view {
     uint32_t width;  // screen, pixels
     uint32_t height;
     float aspect;    // width / height for projection
+    frame_tile tile = {0, 0, 0, 0};
 };
 
 // Plans the frame of `time`. Texture sizes are those of the document's records;
