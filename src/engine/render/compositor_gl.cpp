@@ -114,8 +114,7 @@ static void set_camera(const layer_plan& plan)
 
 // The order of these steps is part of the picture: a layer's clear colour takes effect
 // at the next clear, not at its own.
-static void draw_layer(
-    document& d, const layer_plan& plan, const frame_view& view, const gl_caps& caps, bool glsl)
+static void draw_layer(document& d, const layer_plan& plan, const frame_view& view, const gl_caps& caps, bool glsl)
 {
     if (plan.flush_texture != 0)
         flush_target(d, plan);
@@ -150,8 +149,8 @@ static void draw_layer_measured(document& d, const layer_plan& plan, const frame
     costs.layers[index] = {plan.track, took.count()};
 }
 
-uint32_t compose_frame(document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl,
-    frame_cost_record* costs)
+uint32_t compose_frame(
+    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, frame_cost_record* costs)
 {
     const frame_plan plan = plan_frame(d, time, view, caps);
     if (costs != nullptr)
