@@ -5,10 +5,13 @@
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
 #include "texgen/cosine_table.h"
+#include "texgen/maze_tables.h"
 
 #include <GL/glew.h>
 
 #include <SDL/SDL.h>
+
+#include <doctest/doctest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -34,40 +37,72 @@ static void set_initial_state()
     glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
 }
 
-static bool open_window()
+void open_test_window()
 {
+    static bool opened = false;
+    if (opened)
+        return;
+    opened = true;
     if (SDL_Init(SDL_INIT_VIDEO) != 0 || SDL_SetVideoMode(window_width, window_height, 24, SDL_OPENGL) == nullptr) {
         std::printf("cannot open a window: %s\n", SDL_GetError());
         std::exit(1);
     }
     std::atexit(SDL_Quit);
     glewInit();
+    while (glGetError() != GL_NO_ERROR) { } // the loader of the entry points may leave one
     set_initial_state();
-    return true;
+    build_maze_tables();
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
 }
 
-// What an earlier test left in units that a material does not reach would show.
-static void forget_units(uint32_t count)
+void forget_state()
 {
-    for (uint32_t unit = count; unit-- > 0;) {
-        glActiveTexture(GL_TEXTURE0 + unit);
-        glDisable(GL_TEXTURE_2D);
-        glDisable(GL_TEXTURE_CUBE_MAP);
-    }
+    glUseProgram(0);
+    glPopAttrib();
+    glPopClientAttrib();
+    glPushAttrib(GL_ALL_ATTRIB_BITS);
+    glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    CHECK(glGetError() == GL_NO_ERROR);
 }
 
-gl_bench::gl_bench()
-    : caps(initial_caps)
+picture read_window()
 {
-    static const bool opened = open_window();
-    static_cast<void>(opened);
+    picture p;
+    p.bytes.resize(static_cast<size_t>(window_width) * window_height * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(0, 0, window_width, window_height, GL_RGB, GL_UNSIGNED_BYTE, p.bytes.data());
+    CHECK(glGetError() == GL_NO_ERROR);
+    return p;
+}
+
+gl_caps driver_caps()
+{
+    gl_caps caps = initial_caps;
     GLint units = 0;
     glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
     caps.texture_units = static_cast<uint8_t>(std::min(units, 4));
-    forget_units(caps.texture_units);
     caps.npot = 1;
     caps.nv_combine4 = GLEW_NV_texture_env_combine4 ? 1 : 0;
     caps.ati_combine3 = GLEW_ATI_texture_env_combine3 && caps.nv_combine4 == 0 ? 1 : 0;
+    return caps;
+}
+
+texture_format_table driver_formats()
+{
+    if (!GLEW_ARB_texture_compression)
+        return {{GL_RGB, GL_RGBA, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA, GL_LUMINANCE, GL_LUMINANCE_ALPHA,
+            GL_RGB}};
+    return {{GL_RGB, GL_RGBA, GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_COMPRESSED_RGB, GL_COMPRESSED_RGBA,
+        GL_COMPRESSED_LUMINANCE, GL_COMPRESSED_LUMINANCE_ALPHA, GL_RGB}};
+}
+
+gl_bench::gl_bench()
+    : caps{}
+{
+    open_test_window();
+    forget_state();
+    caps = driver_caps();
 }
 
 gl_bench::~gl_bench()
@@ -317,11 +352,7 @@ void gl_bench::draw_over(uint32_t scene, bool glsl)
 
 picture gl_bench::read()
 {
-    picture p;
-    p.bytes.resize(static_cast<size_t>(window_width) * window_height * 3);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, window_width, window_height, GL_RGB, GL_UNSIGNED_BYTE, p.bytes.data());
-    return p;
+    return read_window();
 }
 
 picture gl_bench::draw(uint32_t scene, bool glsl)

@@ -2,7 +2,7 @@
 // the drawing side share.
 //
 // The window is opened once per program. A gl_bench owns its document; OpenGL objects
-// stay until the program ends.
+// stay until the program ends. Reading a picture checks that OpenGL reports no error.
 #pragma once
 
 #include "builders.h"
@@ -34,6 +34,16 @@ bool is_near(const rgb& a, const rgb& b, int tolerance);
 // The greatest difference of any byte, and the mean over all bytes.
 int greatest_difference(const picture& a, const picture& b);
 double mean_difference(const picture& a, const picture& b);
+
+// ---- the window -----------------------------------------------------------------
+
+void open_test_window(); // the first call opens it
+void forget_state();     // OpenGL's state is again what the player's display set-up leaves
+picture read_window();
+gl_caps driver_caps(); // buffers off
+texture_format_table driver_formats();
+
+// ---- records ----------------------------------------------------------------------
 
 struct gl_bench {
     test_document content;
