@@ -253,34 +253,40 @@ static material_context material_context_of(const draw_context& context)
         .camera_angles = {context.rotation[1], context.rotation[0]}};
 }
 
+static void apply_material(
+    const object_drawing& drawing, const mesh_arrays& mesh, bool use_buffers, const material_record* material)
+{
+    unit_coordinates coordinates;
+    choose_unit_coordinates(mesh, use_buffers, coordinates);
+    if (drawing.context.glsl)
+        apply_material_glsl(material, material_context_of(drawing.context), coordinates);
+    else
+        apply_material_fixed(material, material_context_of(drawing.context), coordinates);
+}
+
 // On the shader path a mesh is drawn by the fixed pipeline as long as no material has
 // chosen a program, and not at all with a program that did not build.
-static void draw_with_material(
+static void draw_copies(
     const object_drawing& drawing, mesh_arrays& mesh, const mesh_source& source, const material_record* material)
 {
-    const draw_context& context = drawing.context;
-    unit_coordinates coordinates;
-    choose_unit_coordinates(mesh, source.use_buffers, coordinates);
-    if (!context.glsl) {
-        apply_material_fixed(material, material_context_of(context), coordinates);
+    if (!drawing.context.glsl || current_program().state == program_never) {
         draw_copies_fixed(drawing, mesh, source);
-        return;
-    }
-    apply_material_glsl(material, material_context_of(context), coordinates);
-    if (current_program().state == program_ready && drawing.placements->count > 0) {
+    } else if (current_program().state == program_ready && drawing.placements->count > 0) {
         feed_program_vertices(source);
         const bool wireframe = material != nullptr && material->wireframe != 0;
         draw_copies_glsl(drawing, choose_elements(mesh, wireframe, source.use_buffers), source);
-    } else if (current_program().state == program_never) {
-        draw_copies_fixed(drawing, mesh, source);
     }
-    end_program_arrays();
 }
 
+static bool has_triangles(const mesh_arrays& mesh)
+{
+    return mesh.vertex_count != 0 && mesh.positions != nullptr && mesh.index_count != 0 && mesh.indices != nullptr;
+}
+
+// A mesh without triangles (a swarm is one) draws nothing, but its material is applied:
+// a later mesh without a material is drawn with the state as it stands.
 static void draw_mesh(const object_drawing& drawing, mesh_arrays& mesh, const material_record* material)
 {
-    if (mesh.vertex_count == 0 || mesh.positions == nullptr || mesh.index_count == 0 || mesh.indices == nullptr)
-        return;
     mesh_source source = choose_source(mesh, buffers_usable(*drawing.context.caps));
     rippled_arrays rippled = {};
     if (drawing.rippled) {
@@ -288,9 +294,15 @@ static void draw_mesh(const object_drawing& drawing, mesh_arrays& mesh, const ma
         take_rippled_arrays(rippled, source);
     }
     unbind_buffers(source);
-    begin_vertex_arrays(source);
-    draw_with_material(drawing, mesh, source, material);
-    end_vertex_arrays();
+    if (has_triangles(mesh)) {
+        begin_vertex_arrays(source);
+        apply_material(drawing, mesh, source.use_buffers, material);
+        draw_copies(drawing, mesh, source, material);
+        end_vertex_arrays();
+    } else {
+        apply_material(drawing, mesh, source.use_buffers, material);
+    }
+    end_program_arrays();
     unbind_buffers(source);
     release_rippled_arrays(rippled);
 }
