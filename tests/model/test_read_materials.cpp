@@ -307,3 +307,13 @@ TEST_CASE("a glyph's model is checked with the font, its material when materials
            "Warning: demo.xmlz: section 11 (materials), record 1: light1 3 does not exist.\n"
            "Warning: demo.xmlz: section 9 (fonts), record 1, glyph 87: material 9 does not exist.\n");
 }
+
+TEST_CASE("a glyph whose model does not exist is a blank")
+{
+    document_text text;
+    text.records[9] = "<font>" + with(glyph, "model=\"0\"", "model=\"8\"") + repeated(glyph, 86) + "</font>";
+    const reading r(text);
+    const auto* font = table_record<font_record>(r.d.font_table, 1);
+    REQUIRE(font != nullptr);
+    CHECK(font->glyphs[0].model == 0);
+}

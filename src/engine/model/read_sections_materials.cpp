@@ -24,7 +24,10 @@ bool read_font(const place& at, const xml_node& node)
         const place here = place_of_part(at, "glyph", index + 1);
         if (!read_glyph(here, *child, font->glyphs[index]))
             return false;
-        check_handle(here, d.mesh_table, "model", font->glyphs[index].model);
+        uint32_t& model = font->glyphs[index].model;
+        check_handle(here, d.mesh_table, "model", model);
+        if (record_table_get(d.mesh_table, model) == nullptr)
+            model = 0; // a blank, also to the pen
     }
     return true;
 }
