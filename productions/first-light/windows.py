@@ -48,7 +48,8 @@ def build(stage, start, end):
             scene.model(border, frame, at=(x, up * 1.62, z), turn=turn, size=(WIDE / 2, up * TALL / 2, 1))
             scene.model(stage.shape(mesh), material, at=(x, up * 1.62, z), turn=turn, size=(size[0], up * size[1], 1))
     for scene, up in ((under, -1), (over, 1)):
-        stage.hills(scene, middle=(0.11, 0.09, 0.22), at=(0, -0.5 * up, 0), size=(1, up, 1))
+        far = 1.0 if up > 0 else 1.04       # both at one distance would fight for the same depth
+        stage.hills(scene, middle=(0.11, 0.09, 0.22), at=(0, -0.5 * up, 0), size=(far, up, far))
     document.clip(6, start, end, under, "Clear Z-buffer and link with previous", path.world)
 
     surface = document.scene("still water")
