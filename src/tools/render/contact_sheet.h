@@ -35,7 +35,8 @@ struct sheet_geometry {
     uint32_t step_y = 0; // from row to row; includes the line of the time
 };
 
-// The layout of `count` stills of `width` x `height` pixels.
+// The layout of `count` stills of `width` x `height` pixels; all 0 for no stills, and
+// for a sheet of more than 65,536 pixels along a side.
 sheet_geometry plan_sheet(const sheet_layout& layout, uint32_t count, uint32_t width, uint32_t height);
 
 // The sheet: title large, note small and to the right of it (UTF-8; either may be

@@ -58,7 +58,7 @@ constexpr uint32_t flash_history = 64; // transitions remembered per rectangle
 struct flash_field {                  // a rectangle of one kind
     int32_t direction = 0;            // of its last transition
     uint32_t count = 0;               // transitions so far
-    float times[flash_history] = {};  // s after the first picture; transition n at n % 64
+    double times[flash_history] = {}; // s after the first picture; transition n at n % 64
     float shares[flash_history] = {}; // of its cells
 };
 
