@@ -63,6 +63,11 @@ void forget_state()
     glPopClientAttrib();
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    // The lit material follows the colour as it is set, not as it is taken back.
+    float set[4];
+    glColor4f(0.0f, 0.0f, 0.0f, 1.0f);
+    glGetFloatv(GL_CURRENT_COLOR, set);
+    glColor4f(1.0f, 1.0f, 1.0f, 1.0f);
     CHECK(glGetError() == GL_NO_ERROR);
 }
 

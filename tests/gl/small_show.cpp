@@ -362,6 +362,49 @@ std::string show_text::document() const
 
 // ---- shows ----------------------------------------------------------------------
 
+// What reaches standard output and standard error while it lives.
+struct output_capture {
+    int saved[2];
+    FILE* kept;
+
+    output_capture()
+        : kept(std::tmpfile())
+    {
+        REQUIRE(kept != nullptr);
+        std::fflush(stdout);
+        for (int stream = 0; stream < 2; ++stream) {
+            saved[stream] = dup(stream + 1);
+            dup2(fileno(kept), stream + 1);
+        }
+    }
+
+    // Ends it; what was written.
+    std::string end()
+    {
+        std::fflush(stdout);
+        for (int stream = 0; stream < 2; ++stream) {
+            dup2(saved[stream], stream + 1);
+            close(saved[stream]);
+        }
+        std::string all(static_cast<size_t>(lseek(fileno(kept), 0, SEEK_END)), '\0');
+        const ssize_t got = pread(fileno(kept), all.data(), all.size(), 0);
+        std::fclose(kept);
+        return all.substr(0, got > 0 ? static_cast<size_t>(got) : 0);
+    }
+};
+
+// True for lines that all tell of references to nothing.
+static bool only_warnings(const std::string& lines)
+{
+    for (size_t begin = 0; begin < lines.size();) {
+        const size_t end = lines.find('\n', begin);
+        if (end == std::string::npos || lines.compare(begin, 9, "Warning: ") != 0)
+            return false;
+        begin = end + 1;
+    }
+    return true;
+}
+
 static gl_caps caps_for(const show_options& options)
 {
     gl_caps caps = driver_caps();
@@ -385,9 +428,13 @@ small_show::small_show(const show_text& text, const show_options& options)
     document_create(d, "demo.xmlz", timeline_new());
     document_loader loader;
     document_loader_begin(loader, d, root, pack, {caps, driver_formats(), glsl, options.first_images});
+    output_capture capture;
     const bool loaded = document_loader_run(loader);
+    const std::string lines = capture.end();
     std::fclose(pack);
     xml_free(root);
+    CHECK_MESSAGE(only_warnings(lines), lines);
+    CHECK_MESSAGE(lines.empty() == !options.dangling, lines);
     REQUIRE_MESSAGE(loaded, loader.error);
     CHECK(glGetError() == GL_NO_ERROR);
 }
@@ -411,8 +458,14 @@ small_show::~small_show()
 
 picture small_show::frame(uint32_t time)
 {
+    output_capture capture;
     drawn = compose_frame(d, time, view, caps, glsl);
+    std::string lines = capture.end();
     CHECK(glGetError() == GL_NO_ERROR);
+    const std::string of_wireframes = "GenerateLineIndexArray\n";
+    for (; lines.starts_with(of_wireframes); ++line_arrays)
+        lines.erase(0, of_wireframes.size());
+    CHECK(lines == "");
     return read_window();
 }
 
@@ -493,38 +546,4 @@ int lit_pixels_in_column(const picture& p, int x)
     for (int y = 0; y < window_height; ++y)
         lit += is_lit(pixel_at(p, x, y));
     return lit;
-}
-
-output_capture::output_capture()
-{
-    std::fflush(stdout);
-    std::fflush(stderr);
-    kept = std::tmpfile();
-    for (int stream = 0; stream < 2; ++stream) {
-        saved[stream] = dup(stream + 1);
-        dup2(fileno(kept), stream + 1);
-    }
-}
-
-output_capture::~output_capture()
-{
-    std::fflush(stdout);
-    std::fflush(stderr);
-    for (int stream = 0; stream < 2; ++stream) {
-        dup2(saved[stream], stream + 1);
-        close(saved[stream]);
-    }
-    std::fclose(kept);
-}
-
-std::string output_capture::text()
-{
-    std::fflush(stdout);
-    std::fflush(stderr);
-    std::string all;
-    const off_t size = lseek(fileno(kept), 0, SEEK_END);
-    all.resize(static_cast<size_t>(size));
-    const ssize_t got = pread(fileno(kept), all.data(), all.size(), 0);
-    all.resize(got > 0 ? static_cast<size_t>(got) : 0);
-    return all;
 }

@@ -2,8 +2,9 @@
 // drawn by the compositor into the window of gl_bench.h.
 //
 // A show_text collects the records of each section; adding one returns its handle. A
-// small_show is such a text, loaded for one of the two paths. Every frame checks that
-// OpenGL reports no error. In pictures row 0 is the lowest.
+// small_show is such a text, loaded for one of the two paths. Loading checks that it warns
+// of dangling references only; every frame checks that OpenGL reports no error and that
+// nothing is printed but the one line for wireframes. In pictures row 0 is the lowest.
 #pragma once
 
 #include "document_text.h"
@@ -141,6 +142,7 @@ struct show_options {
     bool pbo = false;
     bool npot = true;
     bool first_images = true;
+    bool dangling = false; // loading warns of references to nothing
 };
 
 struct small_show {
@@ -148,7 +150,8 @@ struct small_show {
     gl_caps caps;
     bool glsl;
     frame_view view = {window_width, window_height, 4.0f / 3.0f};
-    uint32_t drawn = 0; // what the last frame returned
+    uint32_t drawn = 0;       // what the last frame returned
+    uint32_t line_arrays = 0; // lines "GenerateLineIndexArray" so far
 
     small_show(const show_text& text, const show_options& options);
     small_show(const show_text& text, bool shader_path);
@@ -184,15 +187,3 @@ rgb to_rgb(double red, double green, double blue); // 0..1, clamped
 // The lit pixels of a row from x = 0 on (any channel above 128).
 int lit_pixels_in_row(const picture& p, int y);
 int lit_pixels_in_column(const picture& p, int x);
-
-// What reaches standard output and standard error while it lives.
-struct output_capture {
-    int saved[2];
-    FILE* kept;
-
-    output_capture();
-    ~output_capture();
-    output_capture(const output_capture&) = delete;
-    output_capture& operator=(const output_capture&) = delete;
-    std::string text(); // so far
-};

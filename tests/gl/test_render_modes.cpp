@@ -96,8 +96,7 @@ TEST_CASE("a clear colour may follow functions of the layer's time")
     const int ramp = k.s.linear(0.01);
     const int animated_color = k.s.values({0, 0, 0, dynamic(ramp), 0.5, dynamic(99), 0, 0, 0});
     k.s.show(0, {.scene = k.green_left, .clearcolor = animated_color, .offset = 20});
-    const output_capture quiet; // the dangling function is warned of
-    small_show show(k.s, false);
+    small_show show(k.s, {.dangling = true});
     show.frame(30);
     check_pixel(show.frame(60), 140, 60, to_rgb(0.5, 0.5, 1.0)); // the frame of time 30 has set it
     check_pixel(show.frame(0), 140, 60, to_rgb(0.8, 0.5, 1.0));
@@ -419,7 +418,6 @@ TEST_CASE("targets of no texture, or of one that does not exist, copy what waits
     for (const bool glsl : {false, true}) {
         for (const int mode : {to_texture, wide, quarter, quarter_keep, quarter_4_3}) {
             for (const int rtex : {0, 77}) {
-                const output_capture quiet; // loading warns of number 77
                 stock k;
                 const int target = k.s.black_image(64, 32);
                 const int stage = k.s.black_image(64, 32);
@@ -427,7 +425,7 @@ TEST_CASE("targets of no texture, or of one that does not exist, copy what waits
                 k.s.show(1, {.scene = k.green_left, .mode = mode, .rtex = rtex}); // copies, clears, draws on
                 k.s.show(2, {.scene = k.scene_showing(target), .mode = to_texture, .rtex = stage}); // copies again
                 k.s.show(3, {.scene = k.scene_showing(stage)});
-                small_show show(k.s, glsl);
+                small_show show(k.s, {.glsl = glsl, .dangling = rtex != 0});
                 show.frame();
                 const stored_texture t = read_texture(show.image(target).texture);
                 CAPTURE(mode);
