@@ -19,8 +19,9 @@
 // picture's width and height, at every cell) makes a transition when more than a
 // quarter of its cells have made it within the last tenth of a second; two opposing
 // transitions are a flash; four flashes within a second are a moment of the report.
-// The tenth of a second lets brighter and darker parts of one fade count as one, so a
-// fast bright thing crossing the screen may be named too: the count errs upward.
+// A cell that is partly covered counts as a whole where its mean changes enough, and
+// within a tenth of a second the brighter and darker parts of one fade count as one; a
+// fast bright thing crossing the screen may so be named too: the count errs upward.
 #pragma once
 
 #include "picture.h"

@@ -1,0 +1,275 @@
+#include "picture.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <doctest/doctest.h>
+#include <limits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// A directory that goes with its files at the end of a test.
+struct scratch {
+    std::string path;
+
+    scratch()
+    {
+        char pattern[] = "/tmp/brimlow-picture-XXXXXX";
+        const char* made = mkdtemp(pattern);
+        REQUIRE(made);
+        path = made;
+    }
+    ~scratch()
+    {
+        for (const char* name : {"/a.png", "/b.png", "/broken.png"})
+            unlink((path + name).c_str());
+        rmdir(path.c_str());
+    }
+    scratch(const scratch&) = delete;
+    scratch& operator=(const scratch&) = delete;
+};
+
+static picture gradient(uint32_t width, uint32_t height)
+{
+    picture p = make_picture(width, height, 0, 0, 0);
+    for (size_t i = 0; i < p.rgb.size(); ++i)
+        p.rgb[i] = static_cast<uint8_t>(i * 7 + i / 31);
+    return p;
+}
+
+static void set_pixel(picture& p, uint32_t x, uint32_t y, uint8_t red, uint8_t green, uint8_t blue)
+{
+    uint8_t* pixel = &p.rgb[(size_t{y} * p.width + x) * 3];
+    pixel[0] = red;
+    pixel[1] = green;
+    pixel[2] = blue;
+}
+
+TEST_CASE("A picture comes back from its PNG file as it was")
+{
+    const scratch directory;
+    const picture p = gradient(37, 21);
+    std::string error;
+    REQUIRE(save_png(directory.path + "/a.png", p, error));
+    picture back;
+    REQUIRE(load_png(directory.path + "/a.png", back, error));
+    CHECK(back.width == 37);
+    CHECK(back.height == 21);
+    CHECK(back.rgb == p.rgb);
+    CHECK(error.empty());
+}
+
+TEST_CASE("A PNG has its signature, its size in its first chunk, and the same bytes twice")
+{
+    const picture p = gradient(300, 2);
+    const std::vector<uint8_t> bytes = encode_png(p);
+    REQUIRE(bytes.size() > 33);
+    const uint8_t expected[] = {0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0, 0, 13, 'I', 'H', 'D', 'R', 0, 0, 1, 44, 0, 0,
+        0, 2, 8, 2}; // 300 x 2, 8 bits, RGB
+    CHECK(std::memcmp(bytes.data(), expected, sizeof expected) == 0);
+    CHECK(encode_png(p) == bytes);
+}
+
+TEST_CASE("A picture that is not whole is no file")
+{
+    std::string error;
+    CHECK(encode_png({}).empty());
+    CHECK(encode_jpeg({}, 90).empty());
+    picture p = gradient(4, 4);
+    p.rgb.pop_back();
+    CHECK(encode_png(p).empty());
+    CHECK_FALSE(save_png("/nonexistent/a.png", p, error));
+    CHECK(error.find("empty or too large") != std::string::npos);
+}
+
+TEST_CASE("Files that cannot be written or read say which and why")
+{
+    std::string error;
+    CHECK_FALSE(save_png("/nonexistent/a.png", gradient(2, 2), error));
+    CHECK(error == "cannot write \"/nonexistent/a.png\": No such file or directory");
+    picture p = gradient(2, 2);
+    CHECK_FALSE(load_png("/nonexistent/a.png", p, error));
+    CHECK(error == "cannot read \"/nonexistent/a.png\"");
+    CHECK(p.rgb == gradient(2, 2).rgb);
+}
+
+TEST_CASE("A full disk is an error, and the device that told it stays")
+{
+    struct stat info;
+    if (stat("/dev/full", &info) != 0)
+        return;
+    std::string error;
+    CHECK_FALSE(save_png("/dev/full", gradient(8, 8), error));
+    CHECK(error == "cannot write \"/dev/full\": No space left on device");
+    CHECK(stat("/dev/full", &info) == 0);
+}
+
+TEST_CASE("Every truncated PNG is refused and leaves the picture alone")
+{
+    const scratch directory;
+    const std::string path = directory.path + "/broken.png";
+    const std::vector<uint8_t> bytes = encode_png(gradient(9, 5));
+    // The decoder does not ask for what stands behind the pixels: the end chunk (12
+    // bytes) and checksums; so only cuts well inside are certain to be noticed.
+    for (size_t size = 0; size < bytes.size() - 40; ++size) {
+        std::string error;
+        picture p;
+        REQUIRE(write_file(path, {bytes.data(), size}, error));
+        CAPTURE(size);
+        CHECK_FALSE(load_png(path, p, error));
+        CHECK(p.rgb.empty());
+        CHECK_FALSE(error.empty());
+    }
+}
+
+TEST_CASE("A JPEG is nearly the picture, and smaller with less quality")
+{
+    const picture p = make_picture(64, 48, 200, 60, 30);
+    const std::vector<uint8_t> good = encode_jpeg(p, 95);
+    REQUIRE(good.size() > 4);
+    CHECK(good[0] == 0xFF);
+    CHECK(good[1] == 0xD8);
+    const picture busy = gradient(64, 48);
+    CHECK(encode_jpeg(busy, 10).size() < encode_jpeg(busy, 90).size());
+}
+
+// ---- colours ----------------------------------------------------------------------
+
+TEST_CASE("Linear light follows the sRGB curve")
+{
+    // By a calculator: 10/255 = 0.0392 is on the straight part; 188/255 is about half.
+    CHECK(linear_light(0) == 0.0f);
+    CHECK(linear_light(255) == 1.0f);
+    CHECK(linear_light(10) == doctest::Approx(0.00303527));
+    CHECK(linear_light(128) == doctest::Approx(0.2158605));
+    CHECK(linear_light(188) == doctest::Approx(0.5028865));
+}
+
+TEST_CASE("Every byte comes back from its linear light")
+{
+    for (uint32_t b = 0; b < 256; ++b)
+        CHECK(srgb_byte(linear_light(static_cast<uint8_t>(b))) == b);
+}
+
+TEST_CASE("Light becomes the nearest byte, whatever the light")
+{
+    for (uint32_t i = 0; i <= 20000; ++i) {
+        const double light = i / 20000.0;
+        const double value = light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+        CAPTURE(light);
+        CHECK(std::abs(srgb_byte(static_cast<float>(light)) - value * 255) < 0.51);
+    }
+    CHECK(srgb_byte(-1) == 0);
+    CHECK(srgb_byte(2) == 255);
+    CHECK(srgb_byte(std::numeric_limits<float>::quiet_NaN()) == 0);
+    CHECK(srgb_byte(std::numeric_limits<float>::infinity()) == 255);
+}
+
+// ---- sizes ------------------------------------------------------------------------
+
+TEST_CASE("Black and white in equal parts become the byte of half the light")
+{
+    picture p = make_picture(2, 1, 0, 0, 0);
+    set_pixel(p, 0, 0, 255, 255, 255);
+    const picture small = scale_picture(p, 1, 1);
+    CHECK(small.rgb == std::vector<uint8_t>{188, 188, 188}); // not 128
+}
+
+TEST_CASE("A pixel on a border counts by the area that is covered")
+{
+    // 3 pixels to 2: the middle one is half of each. Light (1 + 0.5 x 0) / 1.5 = 2/3
+    // is byte 213 (0.66539 = 213, 0.67244 = 214).
+    picture p = make_picture(3, 1, 0, 0, 0);
+    set_pixel(p, 0, 0, 255, 255, 255);
+    CHECK(scale_picture(p, 2, 1).rgb == std::vector<uint8_t>{213, 213, 213, 0, 0, 0});
+    picture q = make_picture(1, 3, 0, 0, 0);
+    set_pixel(q, 0, 2, 255, 0, 255);
+    CHECK(scale_picture(q, 1, 2).rgb == std::vector<uint8_t>{0, 0, 0, 213, 0, 213});
+}
+
+TEST_CASE("A picture of one colour keeps it at every size")
+{
+    const picture p = make_picture(97, 31, 17, 128, 254);
+    for (const uint32_t size : {1u, 2u, 30u, 96u, 98u, 200u}) {
+        const picture scaled = scale_picture(p, size, size);
+        CAPTURE(size);
+        CHECK(scaled.rgb == make_picture(size, size, 17, 128, 254).rgb);
+    }
+}
+
+TEST_CASE("Twice the size repeats every pixel, the same size changes nothing")
+{
+    picture p = make_picture(2, 1, 10, 20, 30);
+    set_pixel(p, 1, 0, 40, 50, 60);
+    CHECK(scale_picture(p, 4, 2).rgb
+        == std::vector<uint8_t>{10, 20, 30, 10, 20, 30, 40, 50, 60, 40, 50, 60, //
+            10, 20, 30, 10, 20, 30, 40, 50, 60, 40, 50, 60});
+    CHECK(scale_picture(gradient(5, 7), 5, 7).rgb == gradient(5, 7).rgb);
+    CHECK(scale_picture(p, 0, 5).rgb.empty());
+    CHECK(scale_picture({}, 5, 5).rgb.empty());
+}
+
+TEST_CASE("A size is fitted into a place with its aspect kept")
+{
+    const auto fitted = [](uint32_t width, uint32_t height, uint32_t into_width, uint32_t into_height) {
+        fit_inside(make_picture(width, height, 0, 0, 0), into_width, into_height);
+        return std::to_string(into_width) + "x" + std::to_string(into_height);
+    };
+    CHECK(fitted(1920, 1080, 320, 320) == "320x180");
+    CHECK(fitted(640, 480, 320, 180) == "240x180");
+    CHECK(fitted(10, 10, 1000, 50) == "50x50");
+    CHECK(fitted(1000, 1, 10, 10) == "10x1");
+}
+
+TEST_CASE("Cropping and pasting stay inside")
+{
+    const picture p = gradient(6, 4);
+    const picture part = crop_picture(p, 4, 3, 10, 10);
+    CHECK(part.width == 2);
+    CHECK(part.height == 1);
+    CHECK(part.rgb == std::vector<uint8_t>(p.rgb.begin() + (3 * 6 + 4) * 3, p.rgb.end()));
+    CHECK(crop_picture(p, 6, 0, 1, 1).rgb.empty());
+    CHECK(crop_picture(p, 0, 0, 0, 1).rgb.empty());
+
+    picture to = make_picture(3, 3, 0, 0, 0);
+    paste_picture(to, make_picture(5, 5, 9, 9, 9), 2, 1);
+    picture expected = make_picture(3, 3, 0, 0, 0);
+    set_pixel(expected, 2, 1, 9, 9, 9);
+    set_pixel(expected, 2, 2, 9, 9, 9);
+    CHECK(to.rgb == expected.rgb);
+    paste_picture(to, make_picture(5, 5, 1, 1, 1), 3, 0);
+    CHECK(to.rgb == expected.rgb);
+}
+
+// ---- differences ------------------------------------------------------------------
+
+TEST_CASE("Differences are counted by channel, by pixel and in the worst place")
+{
+    picture a = make_picture(2, 2, 100, 100, 100);
+    picture b = a;
+    set_pixel(b, 0, 0, 104, 100, 98);
+    set_pixel(b, 1, 1, 100, 90, 100);
+    const picture_comparison c = compare_pictures(a, b, 20);
+    CHECK(c.same_size);
+    CHECK(c.mean[0] == 1.0); // 4 / 4 pixels
+    CHECK(c.mean[1] == 2.5);
+    CHECK(c.mean[2] == 0.5);
+    CHECK(c.mean_of_all == doctest::Approx(4.0 / 3));
+    CHECK(c.greatest == 10);
+    CHECK(c.differing_pixels == 2);
+    CHECK(c.difference.rgb == std::vector<uint8_t>{80, 0, 40, 0, 0, 0, 0, 0, 0, 0, 200, 0});
+    CHECK(compare_pictures(a, b, 1000).difference.rgb[0] == 255);
+    CHECK(compare_pictures(a, b, 0).difference.rgb.empty());
+}
+
+TEST_CASE("Equal pictures have no difference, and other sizes none to speak of")
+{
+    const picture a = gradient(8, 8);
+    const picture_comparison same = compare_pictures(a, a, 1);
+    CHECK(same.same_size);
+    CHECK(same.mean_of_all == 0);
+    CHECK(same.differing_pixels == 0);
+    CHECK_FALSE(compare_pictures(a, gradient(8, 9), 1).same_size);
+    CHECK_FALSE(compare_pictures({}, {}, 1).same_size);
+}
