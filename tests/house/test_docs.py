@@ -1,0 +1,146 @@
+#!/usr/bin/env python3
+"""Holds the pages for demo makers: the catalogues are those of the engine, links lead somewhere, and the
+listings of the tutorial build up to the example that it promises.
+
+    test_docs.py ROOT
+"""
+import ast
+import os
+import re
+import sys
+
+PAGES = ['documents.md', 'packs.md', 'making-a-show.md', 'behaviours.md']
+TABLE = re.compile(r'<!-- catalogue: (\w+) ?(\d*) -->\n((?:\|.*\n)+)')
+CATALOGUE = re.compile(r'const \w+_entry (\w+)\[(\d+)\]\s*=\s*(\{.*?\});', re.S)
+LISTING = re.compile(r'^```xml\n(.*?)^```', re.S | re.M)
+
+
+# ---- catalogues ----------------------------------------------------------------------------------
+
+def catalogues(source):
+    """name -> entries as nested lists, from the initialisers of C++."""
+    result = {}
+    for name, count, text in CATALOGUE.findall(source):
+        entries = ast.literal_eval(text.replace('{', '[').replace('}', ']'))
+        assert len(entries) == int(count), name
+        result[name] = entries
+    return result
+
+
+def quoted(cell):
+    return re.findall(r'"([^"]*)"', cell)
+
+
+def rows(table):
+    """The rows of a table of ours as dictionaries by column."""
+    lines = [[cell.strip() for cell in line.strip().strip('|').split('|')] for line in table.splitlines()]
+    return [dict(zip(lines[0], cells)) for cells in lines[2:]]
+
+
+def check_table(name, first, table, entries):
+    written = rows(table)
+    wrong = []
+    if len(written) != len(entries):
+        return ['%s: %d rows for %d entries' % (name, len(written), len(entries))]
+    for number, (row, entry) in enumerate(zip(written, entries)):
+        where = '%s, entry %d: ' % (name, number)
+        if row['number'] != str(first + number):
+            wrong.append(where + 'is called number ' + row['number'])
+        if quoted(row['name']) != [entry[0]]:
+            wrong.append(where + 'is called %s, not "%s"' % (row['name'], entry[0]))
+        if 'parameters' in row:
+            if quoted(row['parameters']) != entry[-1]:
+                wrong.append(where + 'has the parameters %s, not %s' % (row['parameters'], entry[-1]))
+        if 'formula' in row and quoted(row['formula']) != [entry[1]]:
+            wrong.append(where + 'has the formula ' + row['formula'])
+        if name == 'texture_generators' and [int(row['colours']), int(row['numbers'])] != entry[1:3]:
+            wrong.append(where + 'has other numbers of colours and numbers')
+    return wrong
+
+
+def check_catalogues(page, source):
+    known = catalogues(source)
+    wrong = []
+    seen = set()
+    for name, first, table in TABLE.findall(page):
+        seen.add(name)
+        wrong += check_table(name, int(first or 0), table, known[name]) if name in known else ['no catalogue ' + name]
+    return wrong + ['the catalogue %s is missing' % name for name in sorted(set(known) - seen)]
+
+
+# ---- links -----------------------------------------------------------------------------------------
+
+def anchor(heading):
+    return re.sub(r'[^\w\- ]', '', heading.lower()).replace(' ', '-')
+
+
+def anchors(text):
+    return {anchor(heading) for heading in re.findall(r'^#+ (.*)$', text, re.M)}
+
+
+def check_links(root, pages):
+    wrong = []
+    for name, text in pages.items():
+        for target in re.findall(r'\]\(([^)]+)\)', text):
+            file, _, part = target.partition('#')
+            path = os.path.normpath(os.path.join(root, 'docs', file or name))
+            if not os.path.exists(path):
+                wrong.append('%s: %s does not exist' % (name, target))
+            elif part and part not in anchors(pages.get(file or name) or open(path, encoding='utf-8').read()):
+                wrong.append('%s: %s has no such heading' % (name, target))
+    return wrong
+
+
+# ---- listings --------------------------------------------------------------------------------------
+
+def with_sections(document, listing):
+    """The document with the sections of a listing in place of its own of the same name."""
+    for match in re.finditer(r'^<(\w+)(?:/>|>.*?^</\1>)\n', listing, re.S | re.M):
+        pattern = r'^ *<%s(?:/>|>.*?</%s>)\n' % (match[1], match[1])
+        document, count = re.subn(pattern, lambda _: match[0], document, count=1, flags=re.S | re.M)
+        assert count == 1, 'no section ' + match[1]
+    return document
+
+
+def bare(document):
+    """Without comments and blanks between elements."""
+    return re.sub(r'>\s+<', '><', re.sub(r'<!--.*?-->', '', document, flags=re.S)).strip()
+
+
+def check_tutorial(page, example):
+    document = ''
+    for listing in LISTING.findall(page):
+        document = listing if listing.startswith('<production>') else with_sections(document, listing)
+    return [] if bare(document) == bare(example) else ['the listings of the tutorial do not make up the example']
+
+
+def check_the_checker():
+    """The rules must catch what they are for."""
+    entries = catalogues('const name_entry modes[2] = {{"Off"}, {"Loop"}};')['modes']
+    table = '| number | name |\n|---|---|\n| 0 | "Off" |\n| 1 | "%s" |\n'
+    assert check_table('modes', 0, table % 'Loop', entries) == []
+    assert check_table('modes', 0, table % 'Lop', entries) != []
+    assert check_table('modes', 1, table % 'Loop', entries) != []
+    assert bare(with_sections('<p>\n  <a/>\n  <b/>\n</p>', '<b>\n  <c/>  <!-- 1 -->\n</b>\n')) == '<p><a/><b><c/></b></p>'
+
+
+def main():
+    root = sys.argv[1]
+
+    def read(*path):
+        with open(os.path.join(root, *path), encoding='utf-8') as f:
+            return f.read()
+
+    check_the_checker()
+    pages = {name: read('docs', name) for name in PAGES}
+    wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
+    wrong += check_links(root, pages)
+    wrong += check_tutorial(pages['making-a-show.md'], read('productions', 'examples', 'spinning-cube', 'demo.xml'))
+    for line in wrong:
+        print(line)
+    print('%d pages checked, %d faults' % (len(pages), len(wrong)))
+    return 1 if wrong else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
