@@ -5,7 +5,7 @@
 #
 # Ends with the player's own output and status.
 set -u
-player=$1
+player=$(realpath "$1")
 show=$2
 shots=$3
 mkdir -p "$shots"
