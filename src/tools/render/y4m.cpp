@@ -37,12 +37,12 @@ static yuv_weights weights_of(yuv_matrix matrix)
     return w;
 }
 
-// offset + weights * rgb / count, rounded; rgb are sums of `count` pixels (1, 2 or 4).
+// offset + weights * rgb / count, rounded; rgb are sums of `count` pixels (1 or 4).
 static uint8_t combine(const int32_t weights[3], const int32_t rgb[3], int32_t offset, int32_t count)
 {
     const int32_t sum = weights[0] * rgb[0] + weights[1] * rgb[1] + weights[2] * rgb[2];
     const int32_t scale = count << weight_bits;
-    return static_cast<uint8_t>(offset + ((sum + scale / 2) >> (weight_bits + count / 2)));
+    return static_cast<uint8_t>(offset + ((sum + scale / 2) >> (weight_bits + (count == 4 ? 2 : 0))));
 }
 
 yuv_matrix matrix_for_size(uint32_t width, uint32_t height)
@@ -78,22 +78,31 @@ static void write_luma(const picture& p, const yuv_weights& w, uint8_t* to)
     }
 }
 
-// `step` pixels (1 or 2) along either axis for each sample.
-static void write_chroma(const picture& p, const yuv_weights& w, uint32_t step, uint8_t* cb, uint8_t* cr)
+// One sample for each pixel.
+static void write_chroma_444(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
 {
-    for (uint32_t y = 0; y < p.height; y += step) {
-        const uint32_t rows = std::min(step, p.height - y);
-        for (uint32_t x = 0; x < p.width; x += step) {
-            const uint32_t columns = std::min(step, p.width - x);
-            int32_t rgb[3] = {};
-            for (uint32_t row = 0; row < rows; ++row) {
-                const uint8_t* from = &p.rgb[((size_t{y} + row) * p.width + x) * 3];
-                for (uint32_t k = 0; k < columns * 3; ++k)
-                    rgb[k % 3] += from[k];
-            }
-            const int32_t count = static_cast<int32_t>(rows * columns);
-            *cb++ = combine(w.cb, rgb, 128, count);
-            *cr++ = combine(w.cr, rgb, 128, count);
+    for (size_t i = 0; i < p.rgb.size(); i += 3) {
+        const int32_t rgb[3] = {p.rgb[i], p.rgb[i + 1], p.rgb[i + 2]};
+        *cb++ = combine(w.cb, rgb, 128, 1);
+        *cr++ = combine(w.cr, rgb, 128, 1);
+    }
+}
+
+// One sample for each 2 x 2 pixels. At odd borders the last pixel is taken twice, which
+// is the mean of what is there.
+static void write_chroma_420(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
+{
+    for (uint32_t y = 0; y < p.height; y += 2) {
+        const uint8_t* top = &p.rgb[size_t{y} * p.width * 3];
+        const uint8_t* bottom = y + 1 < p.height ? top + size_t{p.width} * 3 : top;
+        for (uint32_t x = 0; x < p.width; x += 2) {
+            const size_t a = size_t{x} * 3;
+            const size_t b = x + 1 < p.width ? a + 3 : a;
+            int32_t rgb[3];
+            for (size_t k = 0; k < 3; ++k)
+                rgb[k] = top[a + k] + top[b + k] + bottom[a + k] + bottom[b + k];
+            *cb++ = combine(w.cb, rgb, 128, 4);
+            *cr++ = combine(w.cr, rgb, 128, 4);
         }
     }
 }
@@ -110,5 +119,8 @@ void y4m_frame(const picture& p, yuv_matrix matrix, yuv_sampling sampling, std::
     uint8_t* cr = cb + static_cast<size_t>(chroma_size(p.width, sampling) * chroma_size(p.height, sampling));
     const yuv_weights w = weights_of(matrix);
     write_luma(p, w, luma);
-    write_chroma(p, w, sampling == yuv_444 ? 1 : 2, cb, cr);
+    if (sampling == yuv_444)
+        write_chroma_444(p, w, cb, cr);
+    else
+        write_chroma_420(p, w, cb, cr);
 }
