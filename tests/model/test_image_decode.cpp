@@ -47,6 +47,23 @@ TEST_CASE("a count that is asked for is what comes")
     check_first_pixel(tga_picture(3, 2, 1), 4, {10, 10, 10, 255});
 }
 
+TEST_CASE("grey of 16 bits spreads within its own bytes")
+{
+    // 3 x 2 samples of two bytes. Which of the two the decoder takes is its own business.
+    const std::string grey = "P5 3 2 65535\n" + std::string(12, '\x55');
+    check_first_pixel(grey, 0, {0x55, 0x55, 0x55});
+    check_first_pixel(grey, 4, {0x55, 0x55, 0x55, 255});
+    const std::string colors = "P6 3 2 65535\n" + std::string(36, '\x66');
+    check_first_pixel(colors, 4, {0x66, 0x66, 0x66, 255});
+    check_first_pixel(colors, 3, {0x66, 0x66, 0x66});
+}
+
+TEST_CASE("grey with alpha gives its alpha up where three components are asked for")
+{
+    check_first_pixel(tga_picture(3, 2, 2), 3, {10, 10, 10});
+    check_first_pixel(tga_picture(3, 2, 2), 4, {10, 10, 10, 11});
+}
+
 TEST_CASE("what is no picture is undecodable and leaves the result alone")
 {
     decoded_image image{7, 7, 7, nullptr};

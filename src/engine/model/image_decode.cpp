@@ -1,5 +1,6 @@
 #include "model/image_decode.h"
 
+#include "content/owners.h"
 #include "content/pack.h"
 
 #include <climits>
@@ -24,6 +25,29 @@ image_status measure_image(const uint8_t* data, uint32_t size, uint32_t& width, 
     return image_decoded;
 }
 
+// Spreads or drops components: grey goes into all three colours, alpha that is missing is
+// opaque. The decoder could do this on its way, but what it hands out for pictures of 16 bits
+// in the portable formats is then shorter than it believes. `pixels` is freed; null without
+// memory.
+static uint8_t* change_components(uint8_t* pixels, size_t count, uint32_t from, uint32_t to)
+{
+    const owned_block<uint8_t> old(pixels);
+    owned_block<uint8_t> changed(static_cast<uint8_t*>(std::malloc(count * to)));
+    if (!changed)
+        return nullptr;
+    const bool grey = from < 3;
+    const bool has_alpha = from == 2 || from == 4;
+    for (size_t i = 0; i < count; ++i) {
+        const uint8_t* source = pixels + i * from;
+        uint8_t* target = changed.get() + i * to;
+        for (uint32_t c = 0; c < 3; ++c)
+            target[c] = source[grey ? 0 : c];
+        if (to == 4)
+            target[3] = has_alpha ? source[from - 1] : 255;
+    }
+    return changed.release();
+}
+
 image_status decode_image(const uint8_t* data, uint32_t size, uint32_t components, decoded_image& image)
 {
     uint32_t width = 0;
@@ -32,19 +56,20 @@ image_status decode_image(const uint8_t* data, uint32_t size, uint32_t component
         return status;
     int w = 0;
     int h = 0;
-    int stored = 0;
-    const int wanted = static_cast<int>(components);
-    uint8_t* pixels = stbi_load_from_memory(data, static_cast<int>(size), &w, &h, &stored, wanted);
-    if (pixels != nullptr && components == 0 && stored < 3) {
-        // Grey: decoded again with the decoder's own spreading to three or four components.
-        std::free(pixels);
-        return decode_image(data, size, stored == 1 ? 3 : 4, image);
-    }
+    int found = 0;
+    uint8_t* pixels = stbi_load_from_memory(data, static_cast<int>(size), &w, &h, &found, 0);
     if (pixels == nullptr || static_cast<uint32_t>(w) != width || static_cast<uint32_t>(h) != height) {
         std::free(pixels);
         return image_undecodable;
     }
-    image = {width, height, components != 0 ? components : static_cast<uint32_t>(stored), pixels};
+    const auto stored = static_cast<uint32_t>(found);
+    const uint32_t kept = stored == 1 || stored == 3 ? 3 : 4; // grey, and grey with alpha, become colours
+    const uint32_t wanted = components != 0 ? components : kept;
+    if (wanted != stored)
+        pixels = change_components(pixels, size_t{width} * height, stored, wanted);
+    if (pixels == nullptr)
+        return image_too_large;
+    image = {width, height, wanted, pixels};
     return image_decoded;
 }
 
