@@ -1,0 +1,287 @@
+#include "frame_source_gl.h"
+
+#include "frame_clock.h"
+#include "production.h"
+#include "tiles.h"
+
+#include <GL/glew.h>
+
+#include <chrono>
+#include <algorithm>
+#include <cstring>
+
+using stopwatch = std::chrono::steady_clock;
+
+static double seconds_since(stopwatch::time_point begin)
+{
+    return std::chrono::duration<double>(stopwatch::now() - begin).count();
+}
+
+static frame_view view_of(const frame_source& source, const frame_tile& tile)
+{
+    const player_settings& settings = *source.settings;
+    const bool whole = source.tiles.size() == 1;
+    return {settings.screen_width, settings.screen_height, settings.aspect, whole ? frame_tile {0, 0, 0, 0} : tile};
+}
+
+void source_begin(frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures)
+{
+    source.session = &session;
+    source.settings = &settings;
+    source.rate = rate;
+    source.measures = measures;
+    source.tiles = plan_tiles(settings.screen_width, settings.screen_height, session.width, session.height);
+    if (!measures || !session.timer_queries)
+        return;
+    for (drawn_frame& slot : source.waiting)
+        glGenQueries(track_count, slot.costs.queries);
+}
+
+// ---- drawing --------------------------------------------------------------------------
+
+static double compose(frame_source& source, uint64_t frame, const frame_tile& tile, frame_cost_record* costs)
+{
+    const auto begin = stopwatch::now();
+    player_settings& settings = *source.settings;
+    compose_frame(settings.production, tick_of_frame(frame, source.rate), view_of(source, tile), settings.caps,
+        settings.glsl_path == 1, costs);
+    const double took = seconds_since(begin);
+    source.gl_seconds += took;
+    return took * 1000.0;
+}
+
+void source_pass(frame_source& source, uint64_t frame, bool pixels)
+{
+    if (!pixels) {
+        glEnable(GL_SCISSOR_TEST); // of nothing: what effects do is not OpenGL's
+        glScissor(0, 0, 0, 0);
+    }
+    compose(source, frame, source.tiles[0], nullptr);
+    if (!pixels)
+        glDisable(GL_SCISSOR_TEST);
+    const auto begin = stopwatch::now();
+    glFlush();
+    session_end_frame(*source.session);
+    source.gl_seconds += seconds_since(begin);
+}
+
+// ---- reading --------------------------------------------------------------------------
+
+// OpenGL's rows come from the bottom.
+static void copy_upside_down(const uint8_t* from, uint32_t width, uint32_t height, picture& to, uint32_t x, uint32_t y)
+{
+    const size_t row = size_t {width} * 3;
+    for (uint32_t i = 0; i < height; ++i)
+        std::memcpy(to.rgb.data() + (size_t {to.height - 1 - y - i} * to.width + x) * 3, from + i * row, row);
+}
+
+static picture empty_picture(const player_settings& settings)
+{
+    picture p;
+    p.width = settings.screen_width;
+    p.height = settings.screen_height;
+    p.rgb.resize(size_t {p.width} * p.height * 3);
+    return p;
+}
+
+static void read_into(uint32_t width, uint32_t height, void* pixels)
+{
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadPixels(
+        0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height), GL_RGB, GL_UNSIGNED_BYTE, pixels);
+}
+
+static void read_tile(const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
+{
+    rows.resize(size_t {tile.width} * tile.height * 3);
+    read_into(tile.width, tile.height, rows.data());
+    copy_upside_down(rows.data(), tile.width, tile.height, image, tile.x, tile.y);
+}
+
+// The driver copies the picture into a buffer of its own while the next frame is drawn.
+static bool begin_reading(drawn_frame& slot, const player_settings& settings)
+{
+    if (!GLEW_ARB_pixel_buffer_object || glMapBuffer == nullptr)
+        return false;
+    const size_t bytes = size_t {settings.screen_width} * settings.screen_height * 3;
+    const bool is_new = slot.buffer == 0;
+    if (is_new)
+        glGenBuffers(1, &slot.buffer);
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, slot.buffer);
+    if (is_new)
+        glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(bytes), nullptr, GL_STREAM_READ);
+    read_into(settings.screen_width, settings.screen_height, nullptr);
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    return true;
+}
+
+static void finish_reading(drawn_frame& slot, const player_settings& settings, double& gl_seconds)
+{
+    slot.image = empty_picture(settings);
+    auto begin = stopwatch::now();
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, slot.buffer);
+    const void* pixels = glMapBuffer(GL_PIXEL_PACK_BUFFER, GL_READ_ONLY);
+    gl_seconds += seconds_since(begin);
+    if (pixels != nullptr)
+        copy_upside_down(
+            static_cast<const uint8_t*>(pixels), slot.image.width, slot.image.height, slot.image, 0, 0);
+    begin = stopwatch::now();
+    glUnmapBuffer(GL_PIXEL_PACK_BUFFER);
+    glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    gl_seconds += seconds_since(begin);
+}
+
+// ---- times ----------------------------------------------------------------------------
+
+static void add_gpu_times(const frame_source& source, drawn_frame& slot)
+{
+    for (uint32_t i = 0; i < slot.costs.layer_count; ++i) {
+        GLuint64 nanoseconds = 0;
+        if (source.session->timer_queries)
+            glGetQueryObjectui64v(slot.costs.queries[i], GL_QUERY_RESULT, &nanoseconds);
+        slot.gpu_ms[i] += static_cast<double>(nanoseconds) * 1e-6;
+    }
+}
+
+static frame_time times_of(const frame_source& source, const drawn_frame& slot)
+{
+    const bool gpu = source.session->timer_queries;
+    frame_time times;
+    times.frame = slot.number;
+    times.seconds = time_of_frame(slot.number, source.rate);
+    times.cpu_ms = slot.cpu_ms;
+    times.gpu_ms = gpu ? 0.0 : no_time;
+    for (uint32_t i = 0; i < slot.costs.layer_count; ++i) {
+        times.tracks.push_back({slot.costs.layers[i].track, slot.costs.layers[i].cpu_ms, gpu ? slot.gpu_ms[i] : no_time});
+        times.gpu_ms += gpu ? slot.gpu_ms[i] : 0.0;
+    }
+    return times;
+}
+
+// ---- a frame ----------------------------------------------------------------------------
+
+static void begin_slot(drawn_frame& slot, uint64_t frame)
+{
+    slot.number = frame;
+    slot.cpu_ms = 0;
+    std::fill_n(slot.gpu_ms, track_count, 0.0);
+}
+
+static void draw_whole(frame_source& source, drawn_frame& slot)
+{
+    slot.cpu_ms = compose(source, slot.number, source.tiles[0], source.measures ? &slot.costs : nullptr);
+    const auto begin = stopwatch::now();
+    if (!begin_reading(slot, *source.settings)) {
+        std::vector<uint8_t> rows;
+        slot.image = empty_picture(*source.settings);
+        read_tile(source.tiles[0], slot.image, rows);
+    }
+    session_end_frame(*source.session);
+    source.gl_seconds += seconds_since(begin);
+}
+
+// Adds one tile's times to those of the tiles before.
+static void measure_tile(const frame_source& source, drawn_frame& slot, frame_cost_record& total, bool first)
+{
+    if (!source.measures)
+        return;
+    add_gpu_times(source, slot);
+    for (uint32_t i = 0; i < slot.costs.layer_count && !first; ++i)
+        slot.costs.layers[i].cpu_ms += total.layers[i].cpu_ms;
+    total = slot.costs;
+}
+
+static bool draw_in_tiles(frame_source& source, drawn_frame& slot, std::string& problem)
+{
+    player_settings& settings = *source.settings;
+    const frame_plan plan = plan_frame(settings.production, tick_of_frame(slot.number, source.rate),
+        view_of(source, source.tiles[0]), settings.caps);
+    problem = tiling_problem(plan);
+    if (!problem.empty())
+        return false;
+
+    const rippler_memory rippler = remember_rippler();
+    std::vector<uint8_t> rows;
+    frame_cost_record total = {};
+    uint64_t effects = 0;
+    slot.image = empty_picture(settings);
+    for (size_t i = 0; i < source.tiles.size(); ++i) {
+        if (i > 0)
+            restore_rippler(rippler);
+        slot.cpu_ms += compose(source, slot.number, source.tiles[i], source.measures ? &slot.costs : nullptr);
+        read_tile(source.tiles[i], slot.image, rows);
+        measure_tile(source, slot, total, i == 0);
+        effects = i == 0 ? effects_fingerprint(settings.production) : effects;
+    }
+    session_end_frame(*source.session);
+    if (effects != effects_fingerprint(settings.production))
+        problem = "an effect moves on each time that it is drawn";
+    return problem.empty();
+}
+
+bool source_draw(frame_source& source, uint64_t frame, std::string& problem)
+{
+    drawn_frame& slot = source.waiting[(source.first_waiting + source.waiting_count) % pictures_in_flight];
+    begin_slot(slot, frame);
+    if (source.tiles.size() == 1) {
+        draw_whole(source, slot);
+    } else if (!draw_in_tiles(source, slot, problem)) {
+        problem = "frame " + std::to_string(frame) + " cannot be rendered in tiles of "
+            + std::to_string(source.session->width) + " x " + std::to_string(source.session->height) + ": " + problem;
+        return false;
+    }
+    ++source.waiting_count;
+    return true;
+}
+
+bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_time* times)
+{
+    if (source.waiting_count == 0)
+        return false;
+    drawn_frame& slot = source.waiting[source.first_waiting];
+    source.first_waiting = (source.first_waiting + 1) % pictures_in_flight;
+    --source.waiting_count;
+    const bool in_tiles = source.tiles.size() > 1;
+    if (!in_tiles && slot.buffer != 0)
+        finish_reading(slot, *source.settings, source.gl_seconds);
+    if (!in_tiles && source.measures)
+        add_gpu_times(source, slot);
+    if (times != nullptr)
+        *times = times_of(source, slot);
+    frame = slot.number;
+    image = std::move(slot.image);
+    return true;
+}
+
+// ---- the loading screen -------------------------------------------------------------------
+
+void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image)
+{
+    player_settings& settings = *source.settings;
+    if (image != nullptr)
+        *image = empty_picture(settings);
+    std::vector<uint8_t> rows;
+    for (const frame_tile& tile : source.tiles) {
+        compose_frame(
+            settings.loading, per_cent, view_of(source, tile), settings.loading_caps, settings.glsl_path == 1);
+        if (image != nullptr)
+            read_tile(tile, *image, rows);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+    session_end_frame(*source.session);
+}
+
+// ---- what a frame needs ---------------------------------------------------------------------
+
+uint64_t pixels_needed_from(const player_settings& settings, frame_rate rate, uint64_t frame)
+{
+    if (settings.production.tracks == nullptr || renders_to_textures(*settings.production.tracks))
+        return 0;
+    const frame_view view = {settings.screen_width, settings.screen_height, settings.aspect};
+    for (uint64_t from = frame; from > 0; --from) {
+        const frame_plan plan = plan_frame(settings.production, tick_of_frame(from, rate), view, settings.caps);
+        if (plan.layer_count > 0 && plan.layers[0].clear == (clear_color | clear_depth))
+            return from;
+    }
+    return 0;
+}

@@ -1,0 +1,563 @@
+#include "render_job.h"
+
+#include "comparison.h"
+#include "contact_sheet.h"
+#include "frame_source_gl.h"
+#include "picture_worker.h"
+#include "production.h"
+#include "progress.h"
+#include "release_shots.h"
+#include "sound.h"
+#include "tiles.h"
+#include "video_pipe.h"
+#include "wav.h"
+#include "y4m.h"
+
+#include "shell/loading.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+constexpr uint32_t stills_of_a_sheet = 16;
+constexpr uint32_t slowest_count = 10;
+
+using stopwatch = std::chrono::steady_clock;
+
+struct render_job {
+    render_options options;
+    int stream = -1; // descriptor, -1: none
+    player_settings settings = {};
+    production_files files;
+    gl_session session;
+    frame_source source;
+
+    uint64_t end = 0;                 // frames of the whole production
+    std::vector<uint64_t> wanted;     // frames to be seen, ascending
+    std::vector<uint64_t> sheet_frames;
+    bool interrupted = false;
+    double waiting_seconds = 0; // for those who take pictures
+
+    picture_worker pictures; // of -o
+    picture_worker flashes;
+    bool writes_pictures = false;
+    video_pipe video;
+    decoded_music music;
+    std::vector<int16_t> sound; // of the video
+    std::vector<reference_picture> references;
+    bool all_passed = true;
+    std::vector<sheet_still> stills;
+    time_report times;
+};
+
+// ---- words ------------------------------------------------------------------------------
+
+static exit_status complain(exit_status status, const std::string& problem)
+{
+    std::fprintf(stderr, "Error: %s.\n", problem.c_str());
+    return status;
+}
+
+static std::string seconds_text(uint64_t frame, frame_rate rate)
+{
+    char text[48];
+    std::snprintf(text, sizeof text, "%.2f s", time_of_frame(frame, rate));
+    return text;
+}
+
+// ---- Ctrl-C --------------------------------------------------------------------------------
+
+static volatile std::sig_atomic_t stop_signal = 0;
+
+static void note_signal(int)
+{
+    stop_signal = 1;
+}
+
+// The first signal ends the run at the next frame, the second one at once.
+static void watch_signals()
+{
+    struct sigaction action = {};
+    action.sa_handler = note_signal;
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+// ---- preparing -----------------------------------------------------------------------------
+
+static void choose_size(render_job& job)
+{
+    settings_defaults(job.settings);
+    job.settings.resolution_index = 0; // a size of our own, by the player's rules for shapes
+    job.settings.desktop_width = job.options.width;
+    job.settings.desktop_height = job.options.height;
+    job.settings.aspect_index = job.options.aspect;
+    settings_choose_size(job.settings);
+}
+
+static exit_status open_session(render_job& job)
+{
+    std::string problem;
+    if (!session_open(job.session, job.options, job.settings, problem))
+        return complain(exit_no_opengl, problem);
+    std::fprintf(stderr, "%s\n%s", job.session.driver.c_str(), job.session.report.c_str());
+    source_begin(job.source, job.session, job.settings, job.options.rate, !job.options.times.empty());
+    if (job.source.tiles.size() > 1)
+        std::fprintf(stderr, "Rendering in %zu tiles of at most %u x %u.\n", job.source.tiles.size(),
+            job.session.width, job.session.height);
+    return exit_done;
+}
+
+// The folder that a file goes into is made where it is missing.
+static bool make_folder_of(const std::string& path, std::string& problem)
+{
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code error;
+    if (!folder.empty())
+        std::filesystem::create_directories(folder, error);
+    if (error)
+        problem = "cannot make the folder " + folder.string() + ": " + error.message();
+    return !error;
+}
+
+static bool make_folders(const render_options& options, std::string& problem)
+{
+    const std::string folders[] = {options.kind == output_stream ? "" : options.output, options.contact_sheet,
+        options.times, options.shots.empty() ? "" : options.shots + "/"};
+    return std::all_of(std::begin(folders), std::end(folders),
+        [&problem](const std::string& path) { return make_folder_of(path, problem); });
+}
+
+// ---- which frames ----------------------------------------------------------------------------
+
+static exit_status choose_stills(render_job& job)
+{
+    for (const moment& still : job.options.stills)
+        job.wanted.push_back(frame_at(still, job.options.rate, job.end));
+    for (const reference_picture& reference : job.references)
+        job.wanted.push_back(reference.frame);
+    std::sort(job.wanted.begin(), job.wanted.end());
+    job.wanted.erase(std::unique(job.wanted.begin(), job.wanted.end()), job.wanted.end());
+    if (job.wanted.back() < job.end)
+        return exit_done;
+    return complain(exit_usage,
+        "frame " + std::to_string(job.wanted.back()) + " (" + seconds_text(job.wanted.back(), job.options.rate)
+            + ") is behind the end: the production has " + std::to_string(job.end) + " frames ("
+            + seconds_text(job.end, job.options.rate) + ")");
+}
+
+static void choose_sheet_frames(render_job& job, uint64_t first, uint64_t last)
+{
+    const frame_rate rate = job.options.rate;
+    const auto times = spread_times(time_of_frame(first, rate), time_of_frame(last, rate), stills_of_a_sheet);
+    for (const double seconds : times) {
+        const double frame = seconds * rate.numerator / rate.denominator;
+        job.sheet_frames.push_back(std::clamp(static_cast<uint64_t>(frame), first, last - 1));
+    }
+    job.sheet_frames.erase(std::unique(job.sheet_frames.begin(), job.sheet_frames.end()), job.sheet_frames.end());
+}
+
+static exit_status choose_range(render_job& job)
+{
+    const render_options& options = job.options;
+    const bool to_given = options.to.kind != moment_unset;
+    const uint64_t first = frame_from(options.from, options.rate, job.end);
+    const uint64_t last
+        = std::min(to_given ? frame_from(options.to, options.rate, job.end) : job.end, job.end);
+    if (first >= job.end)
+        return complain(exit_usage,
+            "--from is behind the end: the production has " + std::to_string(job.end) + " frames ("
+                + seconds_text(job.end, options.rate) + ")");
+    if (first >= last)
+        return complain(exit_usage, "there is no frame between --from and --to");
+    if (!options.contact_sheet.empty())
+        choose_sheet_frames(job, first, last);
+    const bool sheet_only = options.kind == output_none && !options.flashes && options.times.empty();
+    if (sheet_only) {
+        job.wanted = job.sheet_frames;
+        return exit_done;
+    }
+    for (uint64_t frame = first; frame < last; ++frame)
+        job.wanted.push_back(frame);
+    return exit_done;
+}
+
+static exit_status choose_frames(render_job& job)
+{
+    job.end = count_frames(job.settings, job.options.rate);
+    if (job.end == 0) {
+        std::fputs("Error: the production shows nothing.\n", stderr);
+        return exit_broken;
+    }
+    if (job.options.stills.empty() && job.references.empty())
+        return choose_range(job);
+    const exit_status status = choose_stills(job);
+    if (!job.options.contact_sheet.empty())
+        job.sheet_frames = job.wanted;
+    return status;
+}
+
+// ---- outputs ------------------------------------------------------------------------------------
+
+static void prepare_sound(render_job& job)
+{
+    if (job.files.music.empty())
+        return;
+    std::string warning;
+    const uint64_t last = job.wanted.back() + 1;
+    job.music = decode_music(job.files.music, time_of_frame(last, job.options.rate), warning);
+    if (!warning.empty())
+        std::fprintf(stderr, "Warning: %s.\n", warning.c_str());
+    if (job.music.samples_per_second == 0)
+        return;
+    job.sound = fit_sound_to_frames(
+        job.music.pairs, job.music.samples_per_second, job.wanted.front(), last, job.options.rate);
+}
+
+static bool open_video(render_job& job, std::string& problem)
+{
+    prepare_sound(job);
+    const video_plan plan = {.path = job.options.output,
+        .width = job.options.width,
+        .height = job.options.height,
+        .rate = job.options.rate,
+        .sound = job.sound,
+        .samples_per_second = job.music.samples_per_second};
+    const bool opened = video_open(job.video, plan, problem);
+    job.pictures.kind = worker_video;
+    job.pictures.descriptor = job.video.pictures;
+    return opened;
+}
+
+static bool open_stream(render_job& job, std::string& problem)
+{
+    const std::string header = y4m_header(job.options.width, job.options.height, job.options.rate, yuv_420);
+    job.pictures.kind = worker_stream;
+    job.pictures.descriptor = job.stream;
+    if (write_all(job.stream, {reinterpret_cast<const uint8_t*>(header.data()), header.size()}))
+        return true;
+    problem = "standard output cannot be written";
+    return false;
+}
+
+static bool open_pictures(render_job& job, std::string& problem)
+{
+    switch (job.options.kind) {
+    case output_none:
+        return true;
+    case output_still:
+    case output_pictures:
+        job.pictures.kind = worker_files;
+        job.pictures.pattern = job.options.output;
+        job.pictures.driver = job.session.driver;
+        return true;
+    case output_video:
+        return open_video(job, problem);
+    case output_stream:
+        return open_stream(job, problem);
+    }
+    return true;
+}
+
+static exit_status open_outputs(render_job& job)
+{
+    std::string problem;
+    if (!make_folders(job.options, problem) || !open_pictures(job, problem))
+        return complain(exit_broken, problem);
+    job.writes_pictures = job.options.kind != output_none;
+    if (job.writes_pictures)
+        worker_begin(job.pictures);
+    if (job.options.flashes) {
+        job.flashes.kind = worker_flashes;
+        job.flashes.rate = job.options.rate;
+        worker_begin(job.flashes);
+    }
+    return exit_done;
+}
+
+// ---- a picture has come ----------------------------------------------------------------------
+
+// Small at once: the pictures of a sheet need not all be kept whole.
+static void add_to_sheet(render_job& job, uint64_t frame, const picture& image)
+{
+    if (!std::binary_search(job.sheet_frames.begin(), job.sheet_frames.end(), frame))
+        return;
+    uint32_t width = sheet_layout().still_width;
+    uint32_t height = UINT32_MAX;
+    fit_inside(image, width, height);
+    job.stills.push_back({time_of_frame(frame, job.options.rate), scale_picture(image, width, height)});
+}
+
+static bool write_shots(render_job& job, uint64_t frame, const picture& image, std::string& problem)
+{
+    if (job.options.shots.empty())
+        return true;
+    const std::string name
+        = job.wanted.size() == 1 ? job.files.name : job.files.name + "-" + numbered_name("%05d", frame);
+    std::vector<std::string> written;
+    const bool done = write_release_shots(image, job.options.shots, name, written, problem);
+    for (const std::string& path : written)
+        std::fprintf(stderr, "%s\n", path.c_str());
+    return done;
+}
+
+static void compare(render_job& job, uint64_t frame, const picture& image)
+{
+    for (const reference_picture& reference : job.references) {
+        if (reference.frame != frame)
+            continue;
+        const comparison_result result = compare_with_reference(reference, image, job.session.driver);
+        std::printf("%s\n", result.text.c_str());
+        job.all_passed &= result.passed;
+    }
+}
+
+static bool give(render_job& job, picture_worker& worker, uint64_t frame, const shared_picture& image)
+{
+    const auto begin = stopwatch::now();
+    const bool given = worker_give(worker, frame, image);
+    job.waiting_seconds += std::chrono::duration<double>(stopwatch::now() - begin).count();
+    return given;
+}
+
+static bool take_picture(render_job& job, std::string& problem)
+{
+    uint64_t frame = 0;
+    picture image;
+    frame_time times;
+    const bool measures = !job.options.times.empty();
+    if (!source_take(job.source, frame, image, measures ? &times : nullptr))
+        return true;
+    if (measures)
+        job.times.frames.push_back(std::move(times));
+    add_to_sheet(job, frame, image);
+    compare(job, frame, image);
+    if (!write_shots(job, frame, image, problem))
+        return false;
+    const shared_picture shared = std::make_shared<const picture>(std::move(image));
+    if (job.options.flashes)
+        give(job, job.flashes, frame, shared);
+    return !job.writes_pictures || give(job, job.pictures, frame, shared);
+}
+
+// ---- the frames ----------------------------------------------------------------------------------
+
+struct frame_loop {
+    uint64_t done = 0; // wanted frames that were drawn
+    bool failed = false;
+    std::string problem; // may stay empty where a worker knows
+};
+
+static void run_frames(render_job& job, frame_loop& loop, progress& shown)
+{
+    uint64_t pixels_from = pixels_needed_from(job.settings, job.options.rate, job.wanted[0]);
+    for (uint64_t frame = 0; loop.done < job.wanted.size(); ++frame) {
+        job.interrupted |= stop_signal != 0 || job.session.stop_asked;
+        if (job.interrupted)
+            return;
+        if (frame < job.wanted[loop.done]) {
+            source_pass(job.source, frame, frame >= pixels_from);
+        } else {
+            loop.failed = !source_draw(job.source, frame, loop.problem)
+                || (job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem));
+            if (loop.failed)
+                return;
+            if (++loop.done < job.wanted.size())
+                pixels_from = pixels_needed_from(job.settings, job.options.rate, job.wanted[loop.done]);
+        }
+        progress_show(shown, frame + 1);
+    }
+}
+
+// What the program itself costs: all but OpenGL, and waiting for those who take pictures.
+static void tell_times(const render_job& job, uint64_t frames, double seconds)
+{
+    const double per_frame = 1000.0 / static_cast<double>(std::max<uint64_t>(frames, 1));
+    const double own = std::max(seconds - job.source.gl_seconds - job.waiting_seconds, 0.0);
+    std::fprintf(stderr,
+        "%llu frames in %.1f s, %.1f frames a second; of %.2f ms a frame OpenGL took %.2f, waiting for outputs %.2f, "
+        "the rest %.3f.\n",
+        static_cast<unsigned long long>(frames), seconds, static_cast<double>(frames) / std::max(seconds, 1e-9),
+        seconds * per_frame, job.source.gl_seconds * per_frame, job.waiting_seconds * per_frame, own * per_frame);
+}
+
+static frame_loop render_frames(render_job& job)
+{
+    frame_loop loop;
+    progress shown;
+    const uint64_t frames = job.wanted.back() + 1;
+    const auto begin = stopwatch::now();
+    progress_begin(shown, frames);
+    run_frames(job, loop, shown);
+    while (!loop.failed && job.source.waiting_count > 0)
+        loop.failed = !take_picture(job, loop.problem);
+    progress_end(shown);
+    if (!loop.failed && !job.interrupted)
+        tell_times(job, frames, std::chrono::duration<double>(stopwatch::now() - begin).count());
+    return loop;
+}
+
+// ---- the end ---------------------------------------------------------------------------------------
+
+static void note_problem(std::string& problem, const std::string& later)
+{
+    if (problem.empty())
+        problem = later;
+}
+
+static void close_pictures(render_job& job, uint64_t done, std::string& problem)
+{
+    if (!worker_end(job.pictures))
+        note_problem(problem, job.pictures.problem);
+    const uint64_t first = job.wanted.front();
+    const uint32_t rate = job.music.samples_per_second;
+    const uint64_t samples
+        = sample_of_frame(first + done, job.options.rate, rate) - sample_of_frame(first, job.options.rate, rate);
+    std::string later;
+    if (!video_close(job.video, samples, later))
+        problem = later; // ffmpeg knows better why its pipe broke
+}
+
+static void write_sheet(render_job& job, std::string& problem)
+{
+    if (job.options.contact_sheet.empty() || job.stills.empty())
+        return;
+    char note[96];
+    std::snprintf(note, sizeof note, "%s, %u x %u", seconds_text(job.end, job.options.rate).c_str(), job.options.width,
+        job.options.height);
+    const picture sheet = make_contact_sheet({}, job.files.name, note, job.stills);
+    std::string later;
+    if (!save_png(job.options.contact_sheet, sheet, later))
+        note_problem(problem, later);
+}
+
+static void write_times(render_job& job, std::string& problem)
+{
+    if (job.options.times.empty())
+        return;
+    time_report& report = job.times;
+    report.production = job.files.pack;
+    report.driver = job.session.driver;
+    report.path = job.settings.glsl_path == 1 ? "glsl" : "fixed";
+    report.width = job.options.width;
+    report.height = job.options.height;
+    report.rate = job.options.rate;
+    std::string later;
+    if (!write_time_report(job.options.times, report, later))
+        note_problem(problem, later);
+    for (const std::string& line : slowest_moment_lines(report, slowest_count))
+        std::printf("%s\n", line.c_str());
+}
+
+static exit_status finish(render_job& job, frame_loop& loop)
+{
+    std::string problem = loop.problem;
+    close_pictures(job, loop.done, problem);
+    worker_end(job.flashes);
+    if (!loop.failed) {
+        write_sheet(job, problem);
+        write_times(job, problem);
+        if (job.options.flashes)
+            std::fputs(flash_report_text(job.flashes.report).c_str(), stdout);
+    }
+    if (!problem.empty() || loop.failed)
+        return complain(exit_broken, problem);
+    if (job.interrupted) {
+        std::fprintf(stderr, "Stopped after %llu of %zu pictures.\n", static_cast<unsigned long long>(loop.done),
+            job.wanted.size());
+        return exit_interrupted;
+    }
+    return job.all_passed ? exit_done : exit_broken;
+}
+
+// ---- the loading screen ----------------------------------------------------------------------------
+
+// One frame a per cent, from 0 on: what a loading of many small steps shows.
+static exit_status render_loading(render_job& job)
+{
+    std::string problem;
+    const timeline* tracks = job.settings.loading.tracks;
+    if (tracks == nullptr || tracks->layer_count[0] == 0)
+        return complain(exit_broken, "the pack has no loading screen");
+    if (job.source.tiles.size() > 1 && renders_to_textures(*tracks))
+        return complain(exit_broken, "the loading screen draws into textures, which cannot be done in tiles");
+    if (!make_folders(job.options, problem) || !open_pictures(job, problem))
+        return complain(exit_broken, problem);
+    std::vector<uint32_t> per_cents = job.options.loading;
+    std::sort(per_cents.begin(), per_cents.end());
+    worker_begin(job.pictures);
+    for (uint32_t per_cent = 0; per_cent <= per_cents.back() && stop_signal == 0; ++per_cent) {
+        picture image;
+        const bool wanted = std::binary_search(per_cents.begin(), per_cents.end(), per_cent);
+        source_draw_loading(job.source, per_cent, wanted ? &image : nullptr);
+        if (wanted && !worker_give(job.pictures, per_cent, std::make_shared<const picture>(std::move(image))))
+            break;
+    }
+    if (!worker_end(job.pictures))
+        return complain(exit_broken, job.pictures.problem);
+    return stop_signal == 0 ? exit_done : exit_interrupted;
+}
+
+// ---- the run -----------------------------------------------------------------------------------------
+
+static exit_status fail_to_load(const std::string& line)
+{
+    std::fprintf(stderr, "%s\n", line.c_str());
+    return exit_broken;
+}
+
+static exit_status run_production(render_job& job)
+{
+    std::string problem;
+    std::string warning;
+    if (!load_show(job.settings, job.files, problem, warning))
+        return fail_to_load(problem);
+    unload_document(job.settings.loading);
+    if (!warning.empty())
+        std::fprintf(stderr, "%s\n", warning.c_str());
+    exit_status status = choose_frames(job);
+    if (status == exit_done)
+        status = open_outputs(job);
+    if (status != exit_done)
+        return status;
+    frame_loop loop = render_frames(job);
+    return finish(job, loop);
+}
+
+static exit_status run_session(render_job& job)
+{
+    std::string problem;
+    if (job.options.seed_given)
+        std::srand(job.options.seed);
+    if (!load_loading_screen(job.settings, problem))
+        return fail_to_load(problem);
+    return job.options.loading.empty() ? run_production(job) : render_loading(job);
+}
+
+exit_status run_render(const render_options& options, int stream)
+{
+    render_job job;
+    job.options = options;
+    job.stream = stream;
+    std::string problem;
+    if (!options.compare.empty()) {
+        if (!load_references(options.compare, job.references, problem))
+            return complain(exit_usage, problem);
+        job.options.width = job.references[0].image.width;
+        job.options.height = job.references[0].image.height;
+    }
+    choose_size(job);
+    if (!open_pack(options.pack, job.settings, job.files, problem))
+        return fail_to_load(problem);
+    watch_signals();
+    exit_status status = open_session(job);
+    if (status != exit_done)
+        return status;
+    status = run_session(job);
+    std::fflush(stdout);
+    session_close(job.session);
+    return status;
+}

@@ -1,0 +1,16 @@
+// One run: from the options to the files.
+#pragma once
+
+#include "options.h"
+
+enum exit_status : int {
+    exit_done = 0,
+    exit_broken = 1,     // the production, a comparison, or an output
+    exit_usage = 2,
+    exit_no_opengl = 3,
+    exit_interrupted = 130 // by Ctrl-C or by closing the window; what was done is kept
+};
+
+// Renders. Everything that is said goes to standard error, reports to standard output;
+// with `stream` (a descriptor, -1: none) pictures go there as YUV4MPEG2.
+exit_status run_render(const render_options& options, int stream);

@@ -1,0 +1,294 @@
+#include "session_gl.h"
+
+#include "render/matrix.h"
+#include "shell/capability_report.h"
+#include "texgen/cosine_table.h"
+#include "texgen/maze_tables.h"
+
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <GL/glew.h>
+#include <SDL/SDL.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+constexpr EGLint color_bits = 8;
+constexpr EGLint depth_bits = 24;
+constexpr uint32_t max_devices = 16;
+
+// ---- a context without a display ------------------------------------------------------
+
+static bool has_word(const char* list, const char* word)
+{
+    const size_t length = std::strlen(word);
+    for (const char* at = list; at != nullptr && (at = std::strstr(at, word)) != nullptr; at += length)
+        if ((at == list || at[-1] == ' ') && (at[length] == ' ' || at[length] == '\0'))
+            return true;
+    return false;
+}
+
+// The displays of graphics cards. The software rasteriser has a device of its own, which
+// the surfaceless display stands for.
+static void add_card_displays(std::vector<EGLDisplay>& displays)
+{
+    const auto query_devices = reinterpret_cast<PFNEGLQUERYDEVICESEXTPROC>(eglGetProcAddress("eglQueryDevicesEXT"));
+    const auto query_string
+        = reinterpret_cast<PFNEGLQUERYDEVICESTRINGEXTPROC>(eglGetProcAddress("eglQueryDeviceStringEXT"));
+    EGLDeviceEXT devices[max_devices];
+    EGLint count = 0;
+    if (query_devices == nullptr || query_string == nullptr
+        || query_devices(max_devices, devices, &count) != EGL_TRUE)
+        return;
+    for (EGLint i = 0; i < count; ++i)
+        if (!has_word(query_string(devices[i], EGL_EXTENSIONS), "EGL_MESA_device_software"))
+            displays.push_back(eglGetPlatformDisplay(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr));
+}
+
+// Cards first, unless the environment asks for the software rasteriser.
+static std::vector<EGLDisplay> candidate_displays()
+{
+    std::vector<EGLDisplay> displays;
+    const char* software = std::getenv("LIBGL_ALWAYS_SOFTWARE");
+    const bool cards = software == nullptr || std::strcmp(software, "0") == 0 || std::strcmp(software, "") == 0;
+    if (cards)
+        add_card_displays(displays);
+    displays.push_back(eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr));
+    displays.push_back(eglGetDisplay(EGL_DEFAULT_DISPLAY));
+    return displays;
+}
+
+static EGLint config_value(EGLDisplay display, EGLConfig config, EGLint attribute)
+{
+    EGLint value = 0;
+    eglGetConfigAttrib(display, config, attribute, &value);
+    return value;
+}
+
+// Exactly the colours and the depth of the player's window, no alpha; the fewest samples
+// that are enough.
+static EGLConfig choose_config(EGLDisplay display, EGLint samples)
+{
+    const EGLint wanted[] = {EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_RED_SIZE,
+        color_bits, EGL_GREEN_SIZE, color_bits, EGL_BLUE_SIZE, color_bits, EGL_DEPTH_SIZE, depth_bits,
+        EGL_SAMPLE_BUFFERS, samples > 0 ? 1 : 0, EGL_SAMPLES, samples, EGL_NONE};
+    EGLint count = 0;
+    if (eglChooseConfig(display, wanted, nullptr, 0, &count) != EGL_TRUE || count == 0)
+        return nullptr;
+    std::vector<EGLConfig> configs(static_cast<size_t>(count));
+    eglChooseConfig(display, wanted, configs.data(), count, &count);
+
+    EGLConfig best = nullptr;
+    EGLint least = 0;
+    for (EGLint i = 0; i < count; ++i) {
+        EGLConfig config = configs[static_cast<size_t>(i)];
+        const EGLint excess = (config_value(display, config, EGL_BUFFER_SIZE) - 3 * color_bits) * 100
+            + config_value(display, config, EGL_SAMPLES) * 1000 + config_value(display, config, EGL_STENCIL_SIZE)
+            + config_value(display, config, EGL_DEPTH_SIZE) - depth_bits;
+        if (config_value(display, config, EGL_RED_SIZE) == color_bits && (best == nullptr || excess < least)) {
+            best = config;
+            least = excess;
+        }
+    }
+    return best;
+}
+
+static bool make_surface(gl_session& session, EGLDisplay display, EGLConfig config)
+{
+    const EGLint size[] = {EGL_WIDTH, static_cast<EGLint>(session.width), EGL_HEIGHT,
+        static_cast<EGLint>(session.height), EGL_NONE};
+    session.surface = eglCreatePbufferSurface(display, config, size);
+    return session.surface != EGL_NO_SURFACE
+        && eglMakeCurrent(display, session.surface, session.surface, session.context) == EGL_TRUE;
+}
+
+// A surface of one pixel first: only a current context tells how large a surface may be.
+static uint32_t largest_side(gl_session& session, EGLDisplay display, EGLConfig config)
+{
+    session.width = session.height = 1;
+    if (!make_surface(session, display, config))
+        return 0;
+    GLint viewport[2] = {0, 0};
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, viewport);
+    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroySurface(display, session.surface);
+    const EGLint limit = std::min({viewport[0], viewport[1], config_value(display, config, EGL_MAX_PBUFFER_WIDTH),
+        config_value(display, config, EGL_MAX_PBUFFER_HEIGHT)});
+    return static_cast<uint32_t>(std::max(limit, 0));
+}
+
+static bool open_on(gl_session& session, EGLDisplay display, const render_options& options, std::string& problem)
+{
+    if (display == EGL_NO_DISPLAY || eglInitialize(display, nullptr, nullptr) != EGL_TRUE
+        || eglBindAPI(EGL_OPENGL_API) != EGL_TRUE)
+        return false;
+    const EGLConfig config = choose_config(display, static_cast<EGLint>(options.samples));
+    if (config == nullptr && choose_config(display, 0) != nullptr)
+        problem = "the driver has no " + std::to_string(options.samples) + " samples of antialiasing";
+    session.context = config == nullptr ? nullptr : eglCreateContext(display, config, EGL_NO_CONTEXT, nullptr);
+    if (session.context == nullptr) {
+        eglTerminate(display);
+        return false;
+    }
+    session.display = display;
+    const uint32_t limit = largest_side(session, display, config);
+    const uint32_t side = options.tile == 0 ? limit : std::min(limit, options.tile);
+    session.width = std::min(options.width, side);
+    session.height = std::min(options.height, side);
+    if (limit > 0 && make_surface(session, display, config))
+        return true;
+    problem = "the driver has no surface of " + std::to_string(session.width) + " x " + std::to_string(session.height);
+    eglTerminate(display);
+    return false;
+}
+
+static bool open_without_display(gl_session& session, const render_options& options, std::string& problem)
+{
+    for (const EGLDisplay display : candidate_displays())
+        if (open_on(session, display, options, problem))
+            return true;
+    return false;
+}
+
+// ---- a window ---------------------------------------------------------------------------
+
+static bool open_window(gl_session& session, const render_options& options, std::string& problem)
+{
+    setenv("SDL_AUDIODRIVER", "dummy", 1); // the window needs no sound device
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+        problem = std::string("there is no display: ") + SDL_GetError();
+        return false;
+    }
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLEBUFFERS, options.samples > 0 ? 1 : 0);
+    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, static_cast<int>(options.samples));
+    session.width = options.width;
+    session.height = options.height;
+    constexpr int window_depth = 24; // bits per pixel
+    if (SDL_SetVideoMode(static_cast<int>(options.width), static_cast<int>(options.height), window_depth, SDL_OPENGL)
+        == nullptr) {
+        problem = std::string("no window can be opened: ") + SDL_GetError();
+        SDL_Quit();
+        return false;
+    }
+    SDL_WM_SetCaption("brimlow-render", nullptr);
+    return true;
+}
+
+void session_end_frame(gl_session& session)
+{
+    if (!session.window)
+        return;
+    SDL_GL_SwapBuffers();
+    SDL_Event event;
+    while (SDL_PollEvent(&event) != 0)
+        session.stop_asked |= event.type == SDL_QUIT
+            || (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE);
+}
+
+// ---- the driver's offer -------------------------------------------------------------------
+
+static bool has_shader_entry_points()
+{
+    return glCreateShader != nullptr && glShaderSource != nullptr && glCompileShader != nullptr
+        && glGetShaderiv != nullptr && glCreateProgram != nullptr && glLinkProgram != nullptr
+        && glUseProgram != nullptr && glGetUniformLocation != nullptr && glUniformMatrix4fv != nullptr
+        && glGetAttribLocation != nullptr && glVertexAttribPointer != nullptr;
+}
+
+// The player's questions, less what --caps takes away.
+static driver_offer ask_driver(const lesser_card& lesser)
+{
+    GLint units = initial_caps.texture_units;
+    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+    if (lesser.units != 0)
+        units = std::min(units, static_cast<GLint>(lesser.units));
+    return {
+        .version_2_1 = GLEW_VERSION_2_1 != 0,
+        .vertex_buffer_object = GLEW_ARB_vertex_buffer_object != 0 && glBindBuffer != nullptr && !lesser.no_vbo,
+        .pixel_buffer_object = GLEW_ARB_pixel_buffer_object != 0 && !lesser.no_pbo,
+        .texture_npot = GLEW_ARB_texture_non_power_of_two != 0 && !lesser.no_npot,
+        .texture_compression = GLEW_ARB_texture_compression != 0 && !lesser.no_compression,
+        .nv_combine4 = GLEW_NV_texture_env_combine4 != 0 && !lesser.no_combine4,
+        .ati_combine3 = GLEW_ATI_texture_env_combine3 != 0 && !lesser.no_combine3,
+        .nv_texture_shader = GLEW_NV_texture_shader != 0,
+        .ati_envmap_bumpmap = GLEW_ATI_envmap_bumpmap != 0,
+        .shader_objects = has_shader_entry_points(),
+        .texture_units = units,
+    };
+}
+
+static void apply_report(gl_session& session, player_settings& settings, const capability_report& report)
+{
+    settings.caps = report.caps;
+    settings.loading_caps = report.loading_caps;
+    settings.texture_formats = report.formats;
+    settings.max_texture_units_raw = report.texture_units;
+    settings.glsl_path = report.glsl_path;
+    session.report = report.text;
+    if (report.compression_hint)
+        glHint(GL_TEXTURE_COMPRESSION_HINT, GL_NICEST);
+}
+
+// What the player sets for its window before it loads anything.
+static void set_initial_state()
+{
+    init_matrices();
+    build_cosine_table();
+    build_maze_tables();
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glEnable(GL_BLEND);
+    glShadeModel(GL_SMOOTH);
+    glEnable(GL_COLOR_MATERIAL);
+    const GLfloat no_ambient[] = {0.0f, 0.0f, 0.0f, 1.0f};
+    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, no_ambient);
+    glTexGeni(GL_S, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
+    glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
+    glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
+}
+
+static const char* driver_text(GLenum name)
+{
+    const GLubyte* text = glGetString(name);
+    return text == nullptr ? "?" : reinterpret_cast<const char*>(text);
+}
+
+bool session_open(gl_session& session, const render_options& options, player_settings& settings, std::string& problem)
+{
+    session = {};
+    session.window = options.window;
+    problem = "this machine offers no OpenGL";
+    if (options.window ? !open_window(session, options, problem) : !open_without_display(session, options, problem))
+        return false;
+    problem.clear();
+
+    glewInit(); // without an X display it says so, after it has loaded every function
+    if (!GLEW_VERSION_1_3) {
+        problem = "OpenGL 1.3 is needed";
+        return false;
+    }
+    const capability_wishes wishes
+        = {.use_vbo = 1, .use_glsl = options.glsl ? 1 : 0, .first_argument = nullptr};
+    apply_report(session, settings, report_capabilities(ask_driver(options.caps), wishes));
+    GLint samples = 0;
+    glGetIntegerv(GL_SAMPLES, &samples);
+    session.samples = static_cast<uint32_t>(std::max(samples, 0));
+    session.driver = std::string(driver_text(GL_RENDERER)) + ", OpenGL " + driver_text(GL_VERSION);
+    session.timer_queries = GLEW_ARB_timer_query && glGetQueryObjectui64v != nullptr;
+    set_initial_state();
+    return true;
+}
+
+void session_close(gl_session& session)
+{
+    if (session.window)
+        SDL_Quit();
+    if (session.display != nullptr) {
+        eglMakeCurrent(session.display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+        eglTerminate(session.display);
+    }
+    session.display = session.surface = session.context = nullptr;
+}

@@ -1,0 +1,38 @@
+// An OpenGL context without a display (or in a window), probed and put into the state
+// that the renderer expects, as the player does it for its window.
+//
+// One session per process. Nothing here is freed before the process ends but what
+// session_close gives back.
+#pragma once
+
+#include "options.h"
+#include "shell/settings.h"
+
+#include <cstdint>
+#include <string>
+
+struct gl_session {
+    bool window = false;
+    uint32_t width = 0; // of the surface, pixels: the picture's size, or a tile's
+    uint32_t height = 0;
+    uint32_t samples = 0; // of antialiasing that the driver gave
+    std::string driver;   // renderer and version, in the driver's words
+    std::string report;   // the capability report, whole lines
+    bool timer_queries = false;
+    bool stop_asked = false; // the window was closed, or Escape was pressed in it
+    void* display = nullptr; // EGLDisplay, EGLSurface, EGLContext
+    void* surface = nullptr;
+    void* context = nullptr;
+};
+
+// Opens a surface for the picture's size, or for tiles where the size passes the driver's
+// limit or --tile; fills in capabilities, formats and path of the settings. False with one
+// sentence in `problem`: there is no OpenGL for it.
+[[nodiscard]] bool session_open(
+    gl_session& session, const render_options& options, player_settings& settings, std::string& problem);
+
+// Ends a frame: shows it in the window and looks at the window's events; without a
+// window nothing.
+void session_end_frame(gl_session& session);
+
+void session_close(gl_session& session);

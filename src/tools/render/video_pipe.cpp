@@ -1,0 +1,165 @@
+#include "video_pipe.h"
+
+#include "wav.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <initializer_list>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+constexpr int sound_descriptor = 3; // in the process
+
+bool write_all(int descriptor, std::span<const uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR)
+            return false;
+        bytes = bytes.subspan(written > 0 ? static_cast<size_t>(written) : 0);
+    }
+    return true;
+}
+
+// ---- the command line ------------------------------------------------------------------
+
+static bool ends_in(const std::string& text, const char* end)
+{
+    const size_t length = std::strlen(end);
+    return text.size() >= length && text.compare(text.size() - length, length, end) == 0;
+}
+
+static void add(std::vector<std::string>& command, std::initializer_list<const char*> words)
+{
+    command.insert(command.end(), words.begin(), words.end());
+}
+
+// Half the colours in either direction, where the size allows it, is what players of
+// videos expect.
+static void add_codecs(std::vector<std::string>& command, const video_plan& plan)
+{
+    const char* pixels = plan.width % 2 == 0 && plan.height % 2 == 0 ? "yuv420p" : "yuv444p";
+    if (ends_in(plan.path, ".mkv")) {
+        add(command, {"-c:v", "ffv1", "-level", "3", "-g", "1", "-slices", "4", "-slicecrc", "1", "-pix_fmt", "bgr0",
+                         "-c:a", "flac"});
+        return;
+    }
+    // The colours of high definition, named in the file, so that they come out as rendered.
+    add(command, {"-vf", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd+full_chroma_int",
+                     "-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv",
+                     "-pix_fmt", pixels});
+    if (ends_in(plan.path, ".webm"))
+        add(command, {"-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-deadline", "good",
+                         "-cpu-used", "4", "-c:a", "libopus", "-b:a", "192k"});
+    else
+        add(command, {"-c:v", "libx264", "-preset", "medium", "-crf", "17", "-movflags", "+faststart", "-c:a", "aac",
+                         "-b:a", "256k"});
+}
+
+std::vector<std::string> video_command(const video_plan& plan, const std::string& sound_file)
+{
+    const std::string size = std::to_string(plan.width) + "x" + std::to_string(plan.height);
+    const std::string rate = std::to_string(plan.rate.numerator) + "/" + std::to_string(plan.rate.denominator);
+    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y", "-f",
+        "rawvideo", "-pixel_format", "rgb24", "-video_size", size, "-framerate", rate, "-i", "pipe:0"};
+    if (!plan.sound.empty())
+        add(command, {"-f", "wav", "-i", sound_file.c_str(), "-map", "0:v", "-map", "1:a"});
+    add_codecs(command, plan);
+    // The same frames give the same file: no dates, no random numbers.
+    add(command, {"-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact", "-map_metadata", "-1"});
+    command.push_back("file:" + plan.path);
+    return command;
+}
+
+// ---- the process -------------------------------------------------------------------------
+
+static bool make_sound_file(video_pipe& pipe, const video_plan& plan)
+{
+    pipe.sound = memfd_create("sound", MFD_CLOEXEC);
+    if (pipe.sound < 0)
+        return false;
+    const auto* bytes = reinterpret_cast<const uint8_t*>(plan.sound.data());
+    return write_all(pipe.sound, wav_header(plan.sound.size() / 2, plan.samples_per_second))
+        && write_all(pipe.sound, {bytes, plan.sound.size_bytes()});
+}
+
+static void close_descriptor(int& descriptor)
+{
+    if (descriptor >= 0)
+        close(descriptor);
+    descriptor = -1;
+}
+
+// In a process group of its own, so that Ctrl-C on a terminal reaches only us.
+static int start_process(video_pipe& pipe, int reading_end, std::vector<std::string>& command)
+{
+    std::vector<char*> words;
+    for (std::string& word : command)
+        words.push_back(word.data());
+    words.push_back(nullptr);
+
+    posix_spawn_file_actions_t files;
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_init(&files);
+    posix_spawnattr_init(&attributes);
+    posix_spawn_file_actions_adddup2(&files, reading_end, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&files, STDERR_FILENO, STDOUT_FILENO);
+    if (pipe.sound >= 0)
+        posix_spawn_file_actions_adddup2(&files, pipe.sound, sound_descriptor);
+    sigset_t restored; // signals that we ignore
+    sigemptyset(&restored);
+    sigaddset(&restored, SIGPIPE);
+    posix_spawnattr_setsigdefault(&attributes, &restored);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    const int failed = posix_spawnp(&pipe.process, words[0], &files, &attributes, words.data(), environ);
+    posix_spawn_file_actions_destroy(&files);
+    posix_spawnattr_destroy(&attributes);
+    return failed;
+}
+
+bool video_open(video_pipe& pipe, const video_plan& plan, std::string& problem)
+{
+    pipe = {};
+    int ends[2] = {-1, -1};
+    if ((!plan.sound.empty() && !make_sound_file(pipe, plan)) || pipe2(ends, O_CLOEXEC) != 0) {
+        problem = std::string("the sound cannot be handed over: ") + std::strerror(errno);
+        close_descriptor(pipe.sound);
+        return false;
+    }
+    std::vector<std::string> command = video_command(plan, "/proc/self/fd/" + std::to_string(sound_descriptor));
+    const int failed = start_process(pipe, ends[0], command);
+    close(ends[0]);
+    pipe.pictures = ends[1];
+    if (failed == 0)
+        return true;
+    problem = failed == ENOENT ? "videos need the program ffmpeg, which is not installed"
+                               : std::string("ffmpeg cannot be started: ") + std::strerror(failed);
+    pipe.process = 0;
+    close_descriptor(pipe.pictures);
+    close_descriptor(pipe.sound);
+    return false;
+}
+
+bool video_close(video_pipe& pipe, uint64_t samples, std::string& problem)
+{
+    if (pipe.process == 0)
+        return true;
+    const off_t end = static_cast<off_t>(wav_header_size + samples * 4);
+    if (pipe.sound >= 0 && lseek(pipe.sound, 0, SEEK_END) > end && ftruncate(pipe.sound, end) != 0)
+        problem = "the sound is longer than the pictures";
+    close_descriptor(pipe.pictures);
+    close_descriptor(pipe.sound);
+    int status = 0;
+    while (waitpid(pipe.process, &status, 0) < 0 && errno == EINTR) { }
+    pipe.process = 0;
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        problem = "ffmpeg could not make the video";
+    return problem.empty();
+}
