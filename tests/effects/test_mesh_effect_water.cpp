@@ -425,3 +425,25 @@ TEST_CASE("normals of a flat surface point the way of the triangles, and follow 
         step(effect, static_cast<float>(time));
     CHECK(normals(effect) != up);
 }
+
+TEST_CASE("the second lake's normals belong to its heights, whether these move or stand still")
+{
+    std::srand(11);
+    test_effect effect(mesh_effect_lake_2);
+    int still = 0;
+    int moved = 0;
+    std::vector<float> before;
+    for (int half = 1; half <= 200; ++half) {
+        step(effect, static_cast<float>(half) * 0.5f);
+        if (half == 100) // a wave high enough to show in whole heights
+            water(effect).fields[1][1830] = 400;
+        const mesh_arrays& mesh = effect.e.mesh;
+        std::vector<float> expected(10800);
+        compute_mesh_normals({mesh.positions, 10800}, {mesh.indices, mesh.index_count}, expected);
+        CHECK(normals(effect) == expected);
+        ++(positions(effect) == before ? still : moved);
+        before = positions(effect);
+    }
+    CHECK(still > 20);
+    CHECK(moved > 20);
+}

@@ -39,6 +39,7 @@ constexpr uint32_t max_water_entries = lake_2_side * lake_2_side;
 struct water_state {
     int32_t last;                         // whole time of the last step
     int32_t step_count;                   // since the last drop; "Lake water 2" only
+    bool normals_made;                    // the mesh's normals belong to its heights; "Lake water 2" only
     int32_t fields[3][max_water_entries]; // side x side entries are used: before the step, and two that change places
 };
 

@@ -185,10 +185,18 @@ void step_lake_2(mesh_effect& effect, float time)
         }
     }
 
+    // Whole heights only, on purpose: the surface has steps. It mostly stands still so,
+    // and its normals with it.
     const double f = water_phase(water, t);
-    for (uint32_t k = 0; k < entries; ++k) // whole heights only, on purpose: the surface has steps
-        effect.mesh.positions[3 * k + 1] = static_cast<float>(truncate_to_int(blended_height(water, k, f)));
-    recompute_normals(effect.mesh);
+    for (uint32_t k = 0; k < entries; ++k) {
+        float& height = effect.mesh.positions[3 * k + 1];
+        const float whole = static_cast<float>(truncate_to_int(blended_height(water, k, f)));
+        water.normals_made = water.normals_made && whole == height;
+        height = whole;
+    }
+    if (!water.normals_made)
+        recompute_normals(effect.mesh);
+    water.normals_made = true;
 }
 
 // ---- "Centerwave water": a circular wave by formula --------------------------------------
