@@ -48,6 +48,8 @@ TEST_CASE("No angle is sine 0 and cosine 1 exactly")
     CHECK(extended_sine(0.0L) == 0.0L);
     CHECK(extended_sine_cosine(0.0L).sine == 0.0L);
     CHECK(extended_sine_cosine(0.0L).cosine == 1.0L);
+    CHECK(std::signbit(extended_sine_cosine(-0.0L).sine));
+    CHECK(!std::signbit(extended_sine_cosine(0.0L).sine));
 }
 
 TEST_CASE("Angles that are no numbers give none")

@@ -54,6 +54,8 @@ inline long double extended_sine(long double angle)
 
 inline sine_cosine extended_sine_cosine(long double angle)
 {
+    if (angle == 0.0L) // nine of ten turns of a frame: most placements do not turn
+        return {angle, 1.0L};
     if (!is_reducible(angle))
         return {sinl(angle), cosl(angle)};
     const reduced_angle reduced = reduce_angle(angle);
