@@ -4,6 +4,7 @@
 // The wide camera stands at the origin and looks along -z: a point (x, y, -d) is seen at
 // pixel (80 + 60 x / d, 60 + 60 y / d).
 #include "small_show.h"
+#include "vectors.h"
 
 #include <GL/glew.h>
 
@@ -467,34 +468,6 @@ TEST_CASE("generated, image, dynamic and cube textures are bound by what their r
 
 namespace {
 
-struct vector {
-    double x, y, z;
-};
-
-vector turned_x(const vector& v, double degrees)
-{
-    const double a = degrees * 3.14159265358979 / 180;
-    return {v.x, v.y * std::cos(a) - v.z * std::sin(a), v.y * std::sin(a) + v.z * std::cos(a)};
-}
-
-vector turned_y(const vector& v, double degrees)
-{
-    const double a = degrees * 3.14159265358979 / 180;
-    return {v.x * std::cos(a) + v.z * std::sin(a), v.y, -v.x * std::sin(a) + v.z * std::cos(a)};
-}
-
-vector turned_z(const vector& v, double degrees)
-{
-    const double a = degrees * 3.14159265358979 / 180;
-    return {v.x * std::cos(a) - v.y * std::sin(a), v.x * std::sin(a) + v.y * std::cos(a), v.z};
-}
-
-vector unit_length(const vector& v)
-{
-    const double length = std::sqrt(v.x * v.x + v.y * v.y + v.z * v.z);
-    return {v.x / length, v.y / length, v.z / length};
-}
-
 // A small square that faces the camera at a place before the turned camera, in one material.
 void show_at(show_text& s, int material, const vector& eye, const vector& rotation)
 {
@@ -512,7 +485,8 @@ void show_at(show_text& s, int material, const vector& eye, const vector& rotati
 
 rgb pixel_of(const picture& p, const vector& eye)
 {
-    return pixel_at(p, static_cast<int>(80 - 60 * eye.x / eye.z), static_cast<int>(60 - 60 * eye.y / eye.z));
+    const spot at = spot_of(eye);
+    return pixel_at(p, at.x, at.y);
 }
 
 // Where a mirror that faces the camera at `eye` looks to.
