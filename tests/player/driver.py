@@ -54,7 +54,8 @@ class Display:
         self.server = subprocess.Popen(
             ['Xvfb', '-displayfd', str(writing), '-screen', '0', '%dx%dx24' % (self.width, self.height),
              '-nolisten', 'tcp', '-noreset', '-ac', *self.options],
-            env=dict(os.environ, **self.settings), pass_fds=[writing], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            env=dict(os.environ, **self.settings), pass_fds=[writing],
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writing)
         text = b''
         while b'\n' not in text and select.select([reading], [], [], 30)[0]:

@@ -137,7 +137,8 @@ class Production:
         return self.add(GENERATED_IMAGES, Element('image', *numbers('p', values), type=kind))
 
     def texture_node(self, kind, input1=0, *values, input2=None, outputs=(), image=0, name='node', form=0, filtering=1):
-        children = [Element('first', content=input1)] + ([Element('input', content=input2)] if input2 is not None else [])
+        children = [Element('first', content=input1)]
+        children += [Element('input', content=input2)] if input2 is not None else []
         children += numbers('output', outputs) + numbers('p', values)
         more = {'layer_id': image} if kind < 201 else {}
         return self.add(TEXTURE_NODES, Element('node', *children, name=name, type=kind, texture_format=form,

@@ -14,11 +14,11 @@ import unittest
 
 import cases
 from cases import BENCHMARK, found, report
-from driver import FIXED_PATH, Display, Player
-from production import (CUBE, CUBE_MAPS, DYNAMIC, DYNAMIC_TEXTURES, EFFECTS, FONTS, FUNCTIONS, GENERATED, GENERATED_IMAGES,
-                        GENMESH, IMAGE, IMAGES, MATERIALS, MESHES, OBJECTS, SCENES, TEXT, TEXTURE_NODES, TIMELINE,
-                        VALUES, Element, Production, animated, dynamic, in_envelope, manipulator, mesh_bytes, numbers,
-                        pack_bytes, placed, png, quad)
+from driver import Display, Player
+from production import (CUBE, CUBE_MAPS, DYNAMIC, DYNAMIC_TEXTURES, EFFECTS, FONTS, FUNCTIONS, GENERATED,
+                        GENERATED_IMAGES, GENMESH, IMAGE, IMAGES, MATERIALS, MESHES, OBJECTS, SCENES, TEXT,
+                        TEXTURE_NODES, TIMELINE, VALUES, Production, animated, dynamic, in_envelope, manipulator,
+                        mesh_bytes, numbers, pack_bytes, placed, png, quad)
 
 PLAYERS_AT_ONCE = 3
 SCREEN = (320, 240)
@@ -60,7 +60,8 @@ def full_show(length=12):
               manipulator(3, *[0.5] * 9, model=(0, letter))]
     world = show.scene(
         placed(board, plain, manipulators=copies, turned=(0, dynamic(curve), 0)), placed(board, shiny, at=(1, 0, 0)),
-        placed(board, shiny_cube, facing=1), placed(references[6], plain, GENMESH), placed(references[7], plain, GENMESH),
+        placed(board, shiny_cube, facing=1),
+        placed(references[6], plain, GENMESH), placed(references[7], plain, GENMESH),
         placed(0, plain, TEXT, 1, 'HELLO 1!', visibility=rise, time_offset=3))
     mirrored = show.scene(placed(board, mirror))
     camera = (0, dynamic(rise), -4, 5, 10, 0)
@@ -208,7 +209,8 @@ FATAL = [
     ('section 12 (effects), record 1, p 1: the number is missing.',
      changed(EFFECTS, 1, lambda e: setattr(e.children[0], 'content', None))),
     (OBJECT_1 + ': attribute "material" is missing.', first_object(lambda o: o.attributes.pop('material'))),
-    ('section 14 (timeline), record 1, clip 1: attribute "rtex" is missing.', clip(1, lambda c: c.attributes.pop('rtex'))),
+    ('section 14 (timeline), record 1, clip 1: attribute "rtex" is missing.',
+     clip(1, lambda c: c.attributes.pop('rtex'))),
     # Too few children.
     ('section 2 (texture nodes), record 3: too few children: 0 of 1.', children_cut(TEXTURE_NODES, 3, 0)),
     ('section 5 (transforms), record 1, wrapper: too few children: 8 of 9.',
@@ -232,7 +234,8 @@ FATAL = [
     # Numbers that cannot be.
     ('section 14 (timeline), record 3, clip 1: ends at 25601 ticks, beyond 25600.',
      clip(3, lambda c: c.attributes.update(space_before=25000, length=601))),
-    ('section 14 (timeline), record 1, clip 1: length -1 is negative.', clip(1, lambda c: c.attributes.update(length=-1))),
+    ('section 14 (timeline), record 1, clip 1: length -1 is negative.',
+     clip(1, lambda c: c.attributes.update(length=-1))),
     ('section 14 (timeline), record 1, clip 1: space_before -9 is negative.',
      clip(1, lambda c: c.attributes.update(space_before=-9))),
     ('section 7 (image textures), record 2: texture_format 9 is outside 0..8.',

@@ -4,10 +4,9 @@ import os
 import struct
 import subprocess
 
-
 import cases
 from cases import NO_BENCHMARK, PlayerTest, found, report
-from driver import (ANTIALIASING, ASPECT, FIXED_PATH, FULLSCREEN, MUSIC, RESOLUTION, RULE, SHADER_PATH, START, TITLE,
+from driver import (ANTIALIASING, ASPECT, FIXED_PATH, FULLSCREEN, MUSIC, RESOLUTION, SHADER_PATH, START, TITLE,
                     VERTEX_BUFFERS, Picture)
 from production import pack_bytes
 

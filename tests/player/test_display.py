@@ -140,8 +140,8 @@ class WindowTest(PlayerTest):
         self.assert_quad(played, 512, 512)
 
     def test_the_size_is_the_rows_and_the_shape_the_aspects(self):
-        for row, size in enumerate(((320, 240), (400, 300), (512, 384), (640, 480), (800, 600), (1024, 768), (1280, 720),
-                                    (1280, 1024)), 1):
+        sizes = (320, 240), (400, 300), (512, 384), (640, 480), (800, 600), (1024, 768), (1280, 720), (1280, 1024)
+        for row, size in enumerate(sizes, 1):
             aspect = row % 4
             shape = (size[0] / size[1], 4 / 3, 16 / 9, 1.6)[aspect]
             with self.subTest(row=row, aspect=aspect):

@@ -3,13 +3,11 @@
 import array
 import math
 import os
-import time
 import unittest
 
 import cases
 from cases import BENCHMARK, FIXED_PATH_LINE, NO_BENCHMARK, PlayerTest, found, report
-from driver import RULE, Display
-from production import IMAGES, MATERIALS, SCENES, Element, Production, dynamic, placed, png, quad
+from production import IMAGES, SCENES, Element, Production, dynamic, placed, png, quad
 
 AUDIO = 'Audio buffer size:8192'
 ENDS = (BENCHMARK, 'Bye!')
@@ -18,11 +16,9 @@ RATE = 44100
 
 RED, GREEN, BLUE = (1, 0, 0), (0, 1, 0), (0, 0, 1)
 
-# The sound goes to a file, as fast as it can be written: the audio clock leaps ahead.
-WARNING_OF_SDL = ['WARNING: You are using the SDL disk writer audio driver!']
-
 
 def sound_to(path, delay=2):
+    """The sound goes to a file, a buffer every `delay` ms: the audio clock leaps ahead."""
     return dict(SDL_AUDIODRIVER='disk', SDL_DISKAUDIOFILE=path, SDL_DISKAUDIODELAY=str(delay))
 
 
