@@ -7,6 +7,10 @@
 
 #include <cstdint>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 constexpr int32_t unrepresentable = -2147483647 - 1;
 
 // Truncation toward zero; out of range and not-a-number give `unrepresentable`.
@@ -15,6 +19,17 @@ inline int32_t truncate_to_int(long double value)
     if (value > -2147483649.0L && value < 2147483648.0L)
         return static_cast<int32_t>(value);
     return unrepresentable;
+}
+
+// The same for a double, for loops over pixels: the processor's own conversion where
+// there is one.
+inline int32_t truncate_to_int(double value)
+{
+#ifdef __SSE2__
+    return _mm_cvttsd_si32(_mm_set_sd(value));
+#else
+    return truncate_to_int(static_cast<long double>(value));
+#endif
 }
 
 // The low eight bits, as a byte store keeps them.
