@@ -264,7 +264,7 @@ TEST_CASE("both paths draw the same picture of every material that both can expr
 {
     for (size_t number = 0;; ++number) {
         std::string name;
-        for (const int blend : {0, 1, 2, 3, 4}) {
+        for (const int blend : {2, static_cast<int>(number % 5)}) {
             const show_text s = show_of_look(number, blend, &name);
             // The alpha of unit 2 differs on purpose; blending would show it.
             const bool two_units = s.text.records[section_materials].find("<texture2") != std::string::npos;
