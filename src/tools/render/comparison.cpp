@@ -27,8 +27,8 @@ static std::string driver_of(const std::string& path)
     return png_read_text({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}, "Driver");
 }
 
-static bool load_reference(const std::filesystem::path& path, std::vector<reference_picture>& references,
-    std::string& problem)
+static bool load_reference(
+    const std::filesystem::path& path, std::vector<reference_picture>& references, std::string& problem)
 {
     reference_picture reference;
     reference.path = path.string();
@@ -80,8 +80,8 @@ static std::string beside(const reference_picture& reference, const char* kind)
     return std::filesystem::path(reference.path).replace_extension(kind).string();
 }
 
-static void keep_evidence(const reference_picture& reference, const picture& image, const picture& difference,
-    std::string& text)
+static void keep_evidence(
+    const reference_picture& reference, const picture& image, const picture& difference, std::string& text)
 {
     std::string problem;
     if (!save_png(beside(reference, ".new.png"), image, problem)

@@ -9,7 +9,7 @@ constexpr uint64_t whole_share = 100000; // 100 % in thousandths
 
 uint32_t tick_of_frame(uint64_t frame, frame_rate rate)
 {
-    const uint64_t parts = uint64_t {100} * rate.denominator;
+    const uint64_t parts = uint64_t{100} * rate.denominator;
     if (frame > UINT64_MAX / parts)
         return UINT32_MAX;
     return static_cast<uint32_t>(std::min<uint64_t>(frame * parts / rate.numerator, UINT32_MAX));
@@ -126,7 +126,6 @@ uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end)
 uint64_t frame_from(const moment& when, frame_rate rate, uint64_t end)
 {
     const uint64_t before = frame_at(when, rate, end);
-    const bool exact = when.kind != moment_time
-        || when.value * rate.numerator % (microseconds * rate.denominator) == 0;
+    const bool exact = when.kind != moment_time || when.value * rate.numerator % (microseconds * rate.denominator) == 0;
     return exact ? before : before + 1;
 }

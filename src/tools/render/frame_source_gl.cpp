@@ -6,8 +6,8 @@
 
 #include <GL/glew.h>
 
-#include <chrono>
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 using stopwatch = std::chrono::steady_clock;
@@ -21,7 +21,7 @@ static frame_view view_of(const frame_source& source, const frame_tile& tile)
 {
     const player_settings& settings = *source.settings;
     const bool whole = source.tiles.size() == 1;
-    return {settings.screen_width, settings.screen_height, settings.aspect, whole ? frame_tile {0, 0, 0, 0} : tile};
+    return {settings.screen_width, settings.screen_height, settings.aspect, whole ? frame_tile{0, 0, 0, 0} : tile};
 }
 
 void source_begin(frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures)
@@ -70,9 +70,9 @@ void source_pass(frame_source& source, uint64_t frame, bool pixels)
 // OpenGL's rows come from the bottom.
 static void copy_upside_down(const uint8_t* from, uint32_t width, uint32_t height, picture& to, uint32_t x, uint32_t y)
 {
-    const size_t row = size_t {width} * 3;
+    const size_t row = size_t{width} * 3;
     for (uint32_t i = 0; i < height; ++i)
-        std::memcpy(to.rgb.data() + (size_t {to.height - 1 - y - i} * to.width + x) * 3, from + i * row, row);
+        std::memcpy(to.rgb.data() + (size_t{to.height - 1 - y - i} * to.width + x) * 3, from + i * row, row);
 }
 
 static picture empty_picture(const player_settings& settings)
@@ -80,37 +80,38 @@ static picture empty_picture(const player_settings& settings)
     picture p;
     p.width = settings.screen_width;
     p.height = settings.screen_height;
-    p.rgb.resize(size_t {p.width} * p.height * 3);
+    p.rgb.resize(size_t{p.width} * p.height * 3);
     return p;
 }
 
-static void read_into(uint32_t width, uint32_t height, void* pixels)
+static void read_into(gl_session& session, uint32_t width, uint32_t height, void* pixels)
 {
+    session_begin_reading(session);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(
-        0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height), GL_RGB, GL_UNSIGNED_BYTE, pixels);
+    glReadPixels(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height), GL_RGB, GL_UNSIGNED_BYTE, pixels);
+    session_end_reading(session);
 }
 
-static void read_tile(const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
+static void read_tile(gl_session& session, const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
 {
-    rows.resize(size_t {tile.width} * tile.height * 3);
-    read_into(tile.width, tile.height, rows.data());
+    rows.resize(size_t{tile.width} * tile.height * 3);
+    read_into(session, tile.width, tile.height, rows.data());
     copy_upside_down(rows.data(), tile.width, tile.height, image, tile.x, tile.y);
 }
 
 // The driver copies the picture into a buffer of its own while the next frame is drawn.
-static bool begin_reading(drawn_frame& slot, const player_settings& settings)
+static bool begin_reading(gl_session& session, drawn_frame& slot, const player_settings& settings)
 {
     if (!GLEW_ARB_pixel_buffer_object || glMapBuffer == nullptr)
         return false;
-    const size_t bytes = size_t {settings.screen_width} * settings.screen_height * 3;
+    const size_t bytes = size_t{settings.screen_width} * settings.screen_height * 3;
     const bool is_new = slot.buffer == 0;
     if (is_new)
         glGenBuffers(1, &slot.buffer);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, slot.buffer);
     if (is_new)
         glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(bytes), nullptr, GL_STREAM_READ);
-    read_into(settings.screen_width, settings.screen_height, nullptr);
+    read_into(session, settings.screen_width, settings.screen_height, nullptr);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
     return true;
 }
@@ -123,8 +124,7 @@ static void finish_reading(drawn_frame& slot, const player_settings& settings, d
     const void* pixels = glMapBuffer(GL_PIXEL_PACK_BUFFER, GL_READ_ONLY);
     gl_seconds += seconds_since(begin);
     if (pixels != nullptr)
-        copy_upside_down(
-            static_cast<const uint8_t*>(pixels), slot.image.width, slot.image.height, slot.image, 0, 0);
+        copy_upside_down(static_cast<const uint8_t*>(pixels), slot.image.width, slot.image.height, slot.image, 0, 0);
     begin = stopwatch::now();
     glUnmapBuffer(GL_PIXEL_PACK_BUFFER);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
@@ -152,7 +152,8 @@ static frame_time times_of(const frame_source& source, const drawn_frame& slot)
     times.cpu_ms = slot.cpu_ms;
     times.gpu_ms = gpu ? 0.0 : no_time;
     for (uint32_t i = 0; i < slot.costs.layer_count; ++i) {
-        times.tracks.push_back({slot.costs.layers[i].track, slot.costs.layers[i].cpu_ms, gpu ? slot.gpu_ms[i] : no_time});
+        times.tracks.push_back(
+            {slot.costs.layers[i].track, slot.costs.layers[i].cpu_ms, gpu ? slot.gpu_ms[i] : no_time});
         times.gpu_ms += gpu ? slot.gpu_ms[i] : 0.0;
     }
     return times;
@@ -171,10 +172,10 @@ static void draw_whole(frame_source& source, drawn_frame& slot)
 {
     slot.cpu_ms = compose(source, slot.number, source.tiles[0], source.measures ? &slot.costs : nullptr);
     const auto begin = stopwatch::now();
-    if (!begin_reading(slot, *source.settings)) {
+    if (!begin_reading(*source.session, slot, *source.settings)) {
         std::vector<uint8_t> rows;
         slot.image = empty_picture(*source.settings);
-        read_tile(source.tiles[0], slot.image, rows);
+        read_tile(*source.session, source.tiles[0], slot.image, rows);
     }
     session_end_frame(*source.session);
     source.gl_seconds += seconds_since(begin);
@@ -194,8 +195,8 @@ static void measure_tile(const frame_source& source, drawn_frame& slot, frame_co
 static bool draw_in_tiles(frame_source& source, drawn_frame& slot, std::string& problem)
 {
     player_settings& settings = *source.settings;
-    const frame_plan plan = plan_frame(settings.production, tick_of_frame(slot.number, source.rate),
-        view_of(source, source.tiles[0]), settings.caps);
+    const frame_plan plan = plan_frame(
+        settings.production, tick_of_frame(slot.number, source.rate), view_of(source, source.tiles[0]), settings.caps);
     problem = tiling_problem(plan);
     if (!problem.empty())
         return false;
@@ -209,7 +210,7 @@ static bool draw_in_tiles(frame_source& source, drawn_frame& slot, std::string& 
         if (i > 0)
             restore_rippler(rippler);
         slot.cpu_ms += compose(source, slot.number, source.tiles[i], source.measures ? &slot.costs : nullptr);
-        read_tile(source.tiles[i], slot.image, rows);
+        read_tile(*source.session, source.tiles[i], slot.image, rows);
         measure_tile(source, slot, total, i == 0);
         effects = i == 0 ? effects_fingerprint(settings.production) : effects;
     }
@@ -265,7 +266,7 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
         compose_frame(
             settings.loading, per_cent, view_of(source, tile), settings.loading_caps, settings.glsl_path == 1);
         if (image != nullptr)
-            read_tile(tile, *image, rows);
+            read_tile(*source.session, tile, *image, rows);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     }
     session_end_frame(*source.session);

@@ -39,8 +39,7 @@ struct frame_source {
 };
 
 // A picture is of the settings' screen size.
-void source_begin(
-    frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures);
+void source_begin(frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures);
 
 // Draws a frame for what effects make of it. Nobody sees its picture; where `pixels` is
 // false not one pixel is coloured, which saves most of the time.

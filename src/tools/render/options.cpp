@@ -12,11 +12,11 @@ constexpr uint32_t min_tile = 16;
 constexpr uint32_t max_samples = 64;
 constexpr size_t max_stills = 1000;
 
-const char help_text[] = R"(brimlow-render: renders a production frame by frame, without window and sound device.
+const char help_text[] = R"(brimlow-render: renders a production frame by frame, without window or sound.
 
   brimlow-render [options] [PACK]
 
-Without PACK the first pack of the working directory is taken, as the player does.
+Without PACK it takes the first pack of the working directory, like the player.
 
 Picture
   --size WxH              pixels (1280x720; 1920x1080 with --shots)
@@ -26,8 +26,8 @@ Picture
   --caps LIST             plays as on a lesser card: no-vbo, no-pbo, no-npot,
                           no-compression, no-combine4, no-combine3, units=1..4,
                           with commas between them
-  --seed N                start of the random numbers (as the player starts them)
-  --tile SIDE             renders in tiles of at most SIDE pixels (the driver's limit)
+  --seed N                start of the random numbers (the player's)
+  --tile SIDE             tiles of at most SIDE pixels (the driver's limit)
   --window                renders in a window, which shows it
 
 Moments
@@ -37,30 +37,30 @@ Moments
   --at TIME[,TIME...]     only the frames on the screen at these moments
   --loading P[,P...]      the loading screen at P per cent instead
 
-TIME is seconds (12.5), minutes and seconds (1:02.25), a frame (750f) or a share of
-the production (40%).
+TIME is seconds (12.5), minutes and seconds (1:02.25), a frame (750f) or a share
+of the production (40%).
 
 Output
-  -o, --output NAME       frames/%05d.png   a picture for each frame, by its number
+  -o, --output NAME       frames/%05d.png   a picture a frame, by its number
                           still.png         the one picture of --at or --loading
                           show.mp4          H.264 and AAC
                           show.mkv          FFV1 and FLAC, without loss
                           show.webm         VP9 and Opus
-                          -                 YUV4MPEG2 on standard output, no sound
-  --contact-sheet FILE    a PNG with stills (those of --at, or 16) and their times
+                          -                 YUV4MPEG2 on standard output, silent
+  --contact-sheet FILE    a PNG with stills (of --at, or 16) and their times
   --shots DIR             the stills of --at in the sizes of a release
   --flashes               counts flashes that may be dangerous
   --times FILE            a report (JSON) of CPU and GPU time by frame and track
-  --compare DIR           renders the numbered pictures of DIR again and compares
+  --compare DIR           renders the numbered pictures of DIR anew and compares
 
   --help                  this text
   --version               the version
 
 Videos need the program ffmpeg. Files that exist are overwritten.
 
-Exit status: 0 done; 1 the production is broken, a comparison found a difference, or
-something could not be written; 2 the command line is wrong; 3 no OpenGL; 130 stopped
-by Ctrl-C, with what was done until then kept.
+Exit status: 0 done; 1 the production is broken, a comparison found a change, or
+something could not be written; 2 the command line is wrong; 3 no OpenGL; 130
+stopped by Ctrl-C, with what was done until then kept.
 )";
 
 // ---- values ------------------------------------------------------------------------
@@ -112,8 +112,7 @@ static bool read_cap(std::string_view name, lesser_card& caps)
         std::string_view name;
         bool& flag;
     } switches[] = {{"no-vbo", caps.no_vbo}, {"no-pbo", caps.no_pbo}, {"no-npot", caps.no_npot},
-        {"no-compression", caps.no_compression}, {"no-combine4", caps.no_combine4},
-        {"no-combine3", caps.no_combine3}};
+        {"no-compression", caps.no_compression}, {"no-combine4", caps.no_combine4}, {"no-combine3", caps.no_combine3}};
     for (const auto& s : switches) {
         if (s.name == name) {
             s.flag = true;
@@ -205,7 +204,7 @@ std::string numbered_name(const std::string& pattern, uint64_t number)
         } else {
             const bool escaped = pattern.compare(at, 2, "%%") == 0;
             name += pattern[at];
-            at += escaped ? size_t {2} : size_t {1};
+            at += escaped ? size_t{2} : size_t{1};
         }
     }
     return name;
@@ -374,8 +373,8 @@ static const char* find_contradiction(const render_options& options)
     const bool loading = !options.loading.empty();
     const bool compare = !options.compare.empty();
     const bool moving = options.kind == output_video || options.kind == output_stream;
-    const bool other_output = !options.contact_sheet.empty() || !options.shots.empty() || !options.times.empty()
-        || options.flashes;
+    const bool other_output
+        = !options.contact_sheet.empty() || !options.shots.empty() || !options.times.empty() || options.flashes;
 
     if (compare && (options.kind != output_none || other_output || at || loading || has_range(options)))
         return "--compare goes with no other output and no choice of moments";

@@ -30,13 +30,13 @@ using shared_picture = std::shared_ptr<const picture>;
 
 struct picture_worker {
     worker_kind kind = worker_files;
-    std::string pattern;     // files
-    std::string driver;      // files: what made them, kept inside
-    int descriptor = -1;     // video, stream; not owned
-    frame_rate rate;         // flashes
-    flash_report report;     // flashes; to be read after the end
-    bool failed = false;     // nothing more is written after the first problem
-    std::string problem;     // one sentence
+    std::string pattern; // files
+    std::string driver;  // files: what made them, kept inside
+    int descriptor = -1; // video, stream; not owned
+    frame_rate rate;     // flashes
+    flash_report report; // flashes; to be read after the end
+    bool failed = false; // nothing more is written after the first problem
+    std::string problem; // one sentence
 
     struct job {
         uint64_t number;

@@ -34,8 +34,8 @@ struct render_job {
     gl_session session;
     frame_source source;
 
-    uint64_t end = 0;                 // frames of the whole production
-    std::vector<uint64_t> wanted;     // frames to be seen, ascending
+    uint64_t end = 0;             // frames of the whole production
+    std::vector<uint64_t> wanted; // frames to be seen, ascending
     std::vector<uint64_t> sheet_frames;
     bool interrupted = false;
     double waiting_seconds = 0; // for those who take pictures
@@ -106,8 +106,8 @@ static exit_status open_session(render_job& job)
     std::fprintf(stderr, "%s\n%s", job.session.driver.c_str(), job.session.report.c_str());
     source_begin(job.source, job.session, job.settings, job.options.rate, !job.options.times.empty());
     if (job.source.tiles.size() > 1)
-        std::fprintf(stderr, "Rendering in %zu tiles of at most %u x %u.\n", job.source.tiles.size(),
-            job.session.width, job.session.height);
+        std::fprintf(stderr, "Rendering in %zu tiles of at most %u x %u.\n", job.source.tiles.size(), job.session.width,
+            job.session.height);
     return exit_done;
 }
 
@@ -165,8 +165,7 @@ static exit_status choose_range(render_job& job)
     const render_options& options = job.options;
     const bool to_given = options.to.kind != moment_unset;
     const uint64_t first = frame_from(options.from, options.rate, job.end);
-    const uint64_t last
-        = std::min(to_given ? frame_from(options.to, options.rate, job.end) : job.end, job.end);
+    const uint64_t last = std::min(to_given ? frame_from(options.to, options.rate, job.end) : job.end, job.end);
     if (first >= job.end)
         return complain(exit_usage,
             "--from is behind the end: the production has " + std::to_string(job.end) + " frames ("

@@ -5,7 +5,7 @@
 
 enum exit_status : int {
     exit_done = 0,
-    exit_broken = 1,     // the production, a comparison, or an output
+    exit_broken = 1, // the production, a comparison, or an output
     exit_usage = 2,
     exit_no_opengl = 3,
     exit_interrupted = 130 // by Ctrl-C or by closing the window; what was done is kept

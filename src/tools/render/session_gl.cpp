@@ -39,8 +39,7 @@ static void add_card_displays(std::vector<EGLDisplay>& displays)
         = reinterpret_cast<PFNEGLQUERYDEVICESTRINGEXTPROC>(eglGetProcAddress("eglQueryDeviceStringEXT"));
     EGLDeviceEXT devices[max_devices];
     EGLint count = 0;
-    if (query_devices == nullptr || query_string == nullptr
-        || query_devices(max_devices, devices, &count) != EGL_TRUE)
+    if (query_devices == nullptr || query_string == nullptr || query_devices(max_devices, devices, &count) != EGL_TRUE)
         return;
     for (EGLint i = 0; i < count; ++i)
         if (!has_word(query_string(devices[i], EGL_EXTENSIONS), "EGL_MESA_device_software"))
@@ -97,8 +96,8 @@ static EGLConfig choose_config(EGLDisplay display, EGLint samples)
 
 static bool make_surface(gl_session& session, EGLDisplay display, EGLConfig config)
 {
-    const EGLint size[] = {EGL_WIDTH, static_cast<EGLint>(session.width), EGL_HEIGHT,
-        static_cast<EGLint>(session.height), EGL_NONE};
+    const EGLint size[]
+        = {EGL_WIDTH, static_cast<EGLint>(session.width), EGL_HEIGHT, static_cast<EGLint>(session.height), EGL_NONE};
     session.surface = eglCreatePbufferSurface(display, config, size);
     return session.surface != EGL_NO_SURFACE
         && eglMakeCurrent(display, session.surface, session.surface, session.context) == EGL_TRUE;
@@ -157,6 +156,7 @@ static bool open_without_display(gl_session& session, const render_options& opti
 static bool open_window(gl_session& session, const render_options& options, std::string& problem)
 {
     setenv("SDL_AUDIODRIVER", "dummy", 1); // the window needs no sound device
+    setenv("SDL_VIDEODRIVER", "x11", 0);   // never a picture of letters in a terminal
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         problem = std::string("there is no display: ") + SDL_GetError();
         return false;
@@ -183,8 +183,42 @@ void session_end_frame(gl_session& session)
     SDL_GL_SwapBuffers();
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0)
-        session.stop_asked |= event.type == SDL_QUIT
-            || (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE);
+        session.stop_asked
+            |= event.type == SDL_QUIT || (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE);
+}
+
+// ---- reading ------------------------------------------------------------------------------
+
+static void make_resolved_framebuffer(gl_session& session)
+{
+    GLuint colors = 0;
+    glGenFramebuffers(1, &session.resolved);
+    glGenRenderbuffers(1, &colors);
+    glBindRenderbuffer(GL_RENDERBUFFER, colors);
+    glRenderbufferStorage(
+        GL_RENDERBUFFER, GL_RGB8, static_cast<GLsizei>(session.width), static_cast<GLsizei>(session.height));
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, session.resolved);
+    glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colors);
+}
+
+void session_begin_reading(gl_session& session)
+{
+    if (session.samples == 0 || glBlitFramebuffer == nullptr)
+        return;
+    if (session.resolved == 0)
+        make_resolved_framebuffer(session);
+    const GLint width = static_cast<GLint>(session.width);
+    const GLint height = static_cast<GLint>(session.height);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, session.resolved);
+    glBlitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, session.resolved);
+}
+
+void session_end_reading(const gl_session& session)
+{
+    if (session.resolved != 0)
+        glBindFramebuffer(GL_FRAMEBUFFER, 0);
 }
 
 // ---- the driver's offer -------------------------------------------------------------------
@@ -192,9 +226,9 @@ void session_end_frame(gl_session& session)
 static bool has_shader_entry_points()
 {
     return glCreateShader != nullptr && glShaderSource != nullptr && glCompileShader != nullptr
-        && glGetShaderiv != nullptr && glCreateProgram != nullptr && glLinkProgram != nullptr
-        && glUseProgram != nullptr && glGetUniformLocation != nullptr && glUniformMatrix4fv != nullptr
-        && glGetAttribLocation != nullptr && glVertexAttribPointer != nullptr;
+        && glGetShaderiv != nullptr && glCreateProgram != nullptr && glLinkProgram != nullptr && glUseProgram != nullptr
+        && glGetUniformLocation != nullptr && glUniformMatrix4fv != nullptr && glGetAttribLocation != nullptr
+        && glVertexAttribPointer != nullptr;
 }
 
 // The player's questions, less what --caps takes away.
@@ -270,8 +304,7 @@ bool session_open(gl_session& session, const render_options& options, player_set
         problem = "OpenGL 1.3 is needed";
         return false;
     }
-    const capability_wishes wishes
-        = {.use_vbo = 1, .use_glsl = options.glsl ? 1 : 0, .first_argument = nullptr};
+    const capability_wishes wishes = {.use_vbo = 1, .use_glsl = options.glsl ? 1 : 0, .first_argument = nullptr};
     apply_report(session, settings, report_capabilities(ask_driver(options.caps), wishes));
     GLint samples = 0;
     glGetIntegerv(GL_SAMPLES, &samples);

@@ -19,6 +19,7 @@ struct gl_session {
     std::string driver;   // renderer and version, in the driver's words
     std::string report;   // the capability report, whole lines
     bool timer_queries = false;
+    uint32_t resolved = 0;   // OpenGL framebuffer: the samples of each pixel made one; 0: none yet
     bool stop_asked = false; // the window was closed, or Escape was pressed in it
     void* display = nullptr; // EGLDisplay, EGLSurface, EGLContext
     void* surface = nullptr;
@@ -30,6 +31,11 @@ struct gl_session {
 // sentence in `problem`: there is no OpenGL for it.
 [[nodiscard]] bool session_open(
     gl_session& session, const render_options& options, player_settings& settings, std::string& problem);
+
+// Between these two, glReadPixels reads the finished picture. With antialiasing that is a
+// copy: not every driver joins the samples of a surface that it reads.
+void session_begin_reading(gl_session& session);
+void session_end_reading(const gl_session& session);
 
 // Ends a frame: shows it in the window and looks at the window's events; without a
 // window nothing.

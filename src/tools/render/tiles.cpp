@@ -20,7 +20,7 @@ std::string tiling_problem(const frame_plan& plan)
     for (uint32_t i = 0; i < plan.layer_count; ++i) {
         const layer_plan& layer = plan.layers[i];
         if (layer.target != 0 || layer.flush_texture != 0)
-            return "track " + std::to_string(layer.track + 1) + " draws into a texture";
+            return "track " + std::to_string(layer.track) + " draws into a texture";
     }
     if (plan.layer_count == 0 || (plan.layers[0].clear & clear_color) == 0 || (plan.layers[0].clear & clear_depth) == 0)
         return "it is drawn over the frame before";
@@ -34,7 +34,7 @@ rippler_memory remember_rippler()
     const rippler_cache& cache = shared_rippler_cache();
     if (cache.positions == nullptr)
         return {};
-    return {{cache.positions, cache.positions + size_t {cache.vertex_count} * 3}, true};
+    return {{cache.positions, cache.positions + size_t{cache.vertex_count} * 3}, true};
 }
 
 void restore_rippler(const rippler_memory& memory)
@@ -61,10 +61,10 @@ uint64_t effects_fingerprint(const document& d)
     uint64_t hash = 0xCBF29CE484222325u;
     for (uint32_t handle = 1; handle <= record_table_capacity; ++handle) {
         if (const mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
-            add_bytes(hash, effect->mesh.positions, size_t {effect->mesh.vertex_count} * 3 * sizeof(float));
+            add_bytes(hash, effect->mesh.positions, size_t{effect->mesh.vertex_count} * 3 * sizeof(float));
         const auto* texture = table_record<dynamic_texture>(d.dynamic_texture_table, handle);
         if (texture != nullptr && texture->state != nullptr)
-            add_bytes(hash, texture->state->buffer, size_t {texture->width} * texture->height * (texture->bpp / 8));
+            add_bytes(hash, texture->state->buffer, size_t{texture->width} * texture->height * (texture->bpp / 8));
     }
     return hash;
 }

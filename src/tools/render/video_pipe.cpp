@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <initializer_list>
 #include <fcntl.h>
+#include <initializer_list>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -46,20 +46,23 @@ static void add_codecs(std::vector<std::string>& command, const video_plan& plan
 {
     const char* pixels = plan.width % 2 == 0 && plan.height % 2 == 0 ? "yuv420p" : "yuv444p";
     if (ends_in(plan.path, ".mkv")) {
-        add(command, {"-c:v", "ffv1", "-level", "3", "-g", "1", "-slices", "4", "-slicecrc", "1", "-pix_fmt", "bgr0",
-                         "-c:a", "flac"});
+        add(command,
+            {"-c:v", "ffv1", "-level", "3", "-g", "1", "-slices", "4", "-slicecrc", "1", "-pix_fmt", "bgr0", "-c:a",
+                "flac"});
         return;
     }
     // The colours of high definition, named in the file, so that they come out as rendered.
-    add(command, {"-vf", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd+full_chroma_int",
-                     "-colorspace", "bt709", "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv",
-                     "-pix_fmt", pixels});
+    add(command,
+        {"-vf", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd+full_chroma_int", "-colorspace", "bt709",
+            "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv", "-pix_fmt", pixels});
     if (ends_in(plan.path, ".webm"))
-        add(command, {"-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-deadline", "good",
-                         "-cpu-used", "4", "-c:a", "libopus", "-b:a", "192k"});
+        add(command,
+            {"-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-deadline", "good", "-cpu-used", "4",
+                "-c:a", "libopus", "-b:a", "192k"});
     else
-        add(command, {"-c:v", "libx264", "-preset", "medium", "-crf", "17", "-movflags", "+faststart", "-c:a", "aac",
-                         "-b:a", "256k"});
+        add(command,
+            {"-c:v", "libx264", "-preset", "medium", "-crf", "17", "-movflags", "+faststart", "-c:a", "aac", "-b:a",
+                "256k"});
 }
 
 std::vector<std::string> video_command(const video_plan& plan, const std::string& sound_file)

@@ -1,0 +1,819 @@
+#!/usr/bin/env python3
+"""Drives brimlow-render: test_brimlow_render.py BRIMLOW-RENDER BRIMLOW MAN-PAGE.
+
+Shows are small ones, made for the test; pictures are read here with zlib alone. Everything runs
+on the software rasteriser, without a display but where a window is the subject.
+"""
+import array
+import json
+import os
+import re
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zlib
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'player'))
+from driver import Display, Player  # noqa: E402
+from production import (ALPHA, GENMESH, Element, Production, dynamic, in_envelope,  # noqa: E402
+                        manipulator, mesh_bytes, pack_bytes, placed, png, quad)
+
+RENDER = PLAYER = MAN_PAGE = ''
+TONE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'player', 'tone.ogg')
+RED, GREEN, BLUE, WHITE = (1, 0, 0), (0, 1, 0), (0, 0, 1), (1, 1, 1)
+SMALL = ('--size', '32x24')
+LINEAR = 1  # the segment type "linear": parameter 0 times the time, plus parameter 1
+RIPPLER = 2
+LAKE = 0
+SLOPE = 0.3  # of values that run with the time, per tick
+
+
+# ---- pictures -----------------------------------------------------------------------------------
+
+class Picture:
+    """Packed RGB rows from the top, read from a PNG file of 8 bits and 3 channels."""
+
+    def __init__(self, path):
+        with open(path, 'rb') as file:
+            content = file.read()
+        assert content[:8] == b'\x89PNG\r\n\x1a\n', path
+        self.chunks, at = {}, 8
+        while at < len(content):
+            size, = struct.unpack_from('>I', content, at)
+            kind, data = content[at + 4:at + 8], content[at + 8:at + 8 + size]
+            assert zlib.crc32(kind + data) == struct.unpack_from('>I', content, at + 8 + size)[0], kind
+            self.chunks[kind] = self.chunks.get(kind, b'') + data
+            at += size + 12
+        self.width, self.height, depth, channels = struct.unpack_from('>IIBB', self.chunks[b'IHDR'])
+        assert (depth, channels) == (8, 2), path
+        self.rgb = self.unfiltered(zlib.decompress(self.chunks[b'IDAT']))
+
+    def unfiltered(self, raw):
+        row, out = 3 * self.width, bytearray()
+        above = bytes(row)
+        for y in range(self.height):
+            kind, line = raw[y * (row + 1)], bytearray(raw[y * (row + 1) + 1:(y + 1) * (row + 1)])
+            for i in range(row):
+                left = line[i - 3] if i >= 3 else 0
+                corner = above[i - 3] if i >= 3 else 0
+                if kind == 4:
+                    p = left + above[i] - corner
+                    guess = min((left, above[i], corner), key=lambda v: abs(p - v))
+                else:
+                    guess = (0, left, above[i], (left + above[i]) // 2)[kind]
+                line[i] = (line[i] + guess) & 255
+            out += line
+            above = line
+        return bytes(out)
+
+    def pixel(self, x, y):
+        return tuple(self.rgb[(y * self.width + x) * 3:][:3])
+
+    def differences(self, other):
+        """How many bytes differ, and by how much at most."""
+        assert (self.width, self.height) == (other.width, other.height)
+        found = [abs(a - b) for a, b in zip(self.rgb, other.rgb)]
+        return sum(1 for d in found if d), max(found)
+
+
+# ---- shows ----------------------------------------------------------------------------------------
+
+def two_colours(length=100, music=None):
+    """Red for `length` ticks, then blue: at 10 frames a second and 100 ticks 10 red, 11 blue frames."""
+    show = Production()
+    show.colour(RED, length)
+    show.colour(BLUE, length)
+    show.music = music
+    return show
+
+
+def running(show):
+    """A function of 0.3 for every tick, endless for our shows."""
+    return show.function((LINEAR, 100000, SLOPE, 0))
+
+
+def grid(side):
+    """A plate of triangles from -1 to 1 in x and y."""
+    step = 2 / side
+    positions = [(-1 + x * step, -1 + y * step, 0) for y in range(side + 1) for x in range(side + 1)]
+    indices = []
+    for y in range(side):
+        for x in range(side):
+            k = y * (side + 1) + x
+            indices += [k, k + 1, k + side + 2, k, k + side + 2, k + side + 1]
+    return mesh_bytes(positions, [(0, 0)] * len(positions), indices)
+
+
+def remembering():
+    """Effects that remember the frames before: a lake, a colony and a rippled plate; 1.5 s."""
+    show = Production()
+    run = running(show)
+    lake = show.effect(LAKE, run)
+    colony = show.reference(2, show.dynamic_texture(2, run))
+    light = show.values(0.2, 0.2, 0.2, 0.9, 0.9, 0.9, 10, 20, 0)
+    water = show.material((0.3, 0.5, 0.9), lighting=1, light1=light)
+    skin = show.material(WHITE, (colony,))
+    red = show.material((1, 0.3, 0.1))
+    objects = [placed(lake, water, GENMESH, at=(-15, -6, -30)),
+               placed(show.mesh(quad(-3, 2, 3, 6, -12)), skin),
+               placed(show.mesh(grid(6)), red, at=(2, -2, -8),
+                      manipulators=[manipulator(RIPPLER, dynamic(run), 0.01, 3)])]
+    show.layer(show.scene(*objects), length=150, fov=60, far=200)
+    return show
+
+
+def shapes(length=100):
+    """A still picture with slanted edges, a texture and blending."""
+    show = Production()
+    picture = show.reference(1, show.image(png(2, 2, bytes((255, 255, 0, 0, 255, 255, 255, 0, 255, 40, 80, 120)))))
+    back = show.material(WHITE, (picture,))
+    glass = show.material((0.2, 0.9, 0.1, 0.5), blend=ALPHA)
+    show.layer(show.scene(placed(show.mesh(quad(-9, -7, 9, 7, -10)), back, turned=(0, 0, 20)),
+                          placed(show.mesh(grid(4)), glass, at=(0.5, 0.2, -4), turned=(25, 40, 10))),
+               length=length, fov=60)
+    return show
+
+
+def into_a_texture(length=100):
+    """A layer that draws into a texture, and one that shows it."""
+    show = Production()
+    image = show.image(png(16, 16, (0, 0, 0)))
+    seen = show.material(WHITE, (show.reference(1, image),))
+    show.colour(GREEN, length, mode=1, rtex=image)
+    show.layer(show.scene(placed(show.mesh(quad()), seen)), length, track=2)
+    return show
+
+
+def flicker(length=300):
+    """Red and black in turns, each for a tenth of a second."""
+    show = Production()
+    red = show.function((0, 10, 1), (0, 10, 0), loop=1, end=20)
+    show.layer(show.scene(placed(show.mesh(quad()), show.material((dynamic(red), 0, 0)))), length)
+    return show
+
+
+# ---- the program ------------------------------------------------------------------------------------
+
+class RenderTest(unittest.TestCase):
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory(prefix='test_render_')
+        self.addCleanup(self.directory.cleanup)
+        self.folder = self.directory.name
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    @staticmethod
+    def environment(**changes):
+        env = dict(os.environ, LIBGL_ALWAYS_SOFTWARE='1', LC_ALL='C')
+        env.pop('DISPLAY', None)
+        env.update(changes)
+        return env
+
+    def render(self, *arguments, **environment):
+        """Status, standard output (bytes), lines of standard error."""
+        run = subprocess.run([RENDER, *arguments], cwd=self.folder, env=self.environment(**environment),
+                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=300)
+        return run.returncode, run.stdout, run.stderr.decode().splitlines()
+
+    def done(self, *arguments, **environment):
+        """Renders successfully; gives standard output and the lines."""
+        status, output, errors = self.render(*arguments, **environment)
+        self.assertEqual(status, 0, errors)
+        return output, errors
+
+    def fails(self, status, line, *arguments, **environment):
+        """The last line of standard error, which is the only one that says "Error"."""
+        got, output, errors = self.render(*arguments, **environment)
+        self.assertEqual((got, output, errors[-1:]), (status, b'', [line]))
+        self.assertEqual([e for e in errors[:-1] if 'Error' in e], [])
+
+    def names(self, folder):
+        return sorted(os.listdir(self.path(folder)))
+
+    def frames(self, folder):
+        """The bytes of every file of a folder."""
+        result = {}
+        for name in self.names(folder):
+            with open(self.path(folder, name), 'rb') as file:
+                result[name] = file.read()
+        return result
+
+    def still(self, name, *arguments, **environment):
+        self.done('--at', '0', '-o', name, *arguments, **environment)
+        return Picture(self.path(name))
+
+
+class CommandLineTest(RenderTest):
+    def misuse(self, problem, *arguments):
+        status, output, errors = self.render(*arguments)
+        self.assertEqual((status, output, errors),
+                         (2, b'', ['Error: %s. "brimlow-render --help" tells more.' % problem]))
+
+    def test_help_and_version_go_to_standard_output(self):
+        output, errors = self.done('--help')
+        self.assertEqual(errors, [])
+        self.assertTrue(output.startswith(b'brimlow-render: '))
+        self.assertTrue(all(len(line) <= 80 for line in output.decode().splitlines()))
+        self.assertEqual(self.done('--version'), (b'brimlow-render 1.0\n', []))
+
+    def test_the_manual_page_has_the_options_of_the_help(self):
+        with open(MAN_PAGE, encoding='utf-8') as file:
+            page = file.read().replace('\\-', '-')
+        pattern = r'(?<![\w-])--?[a-z][a-z-]*'
+        in_help = set(re.findall(r'^  (-o|--[a-z-]+)(?:, (--[a-z-]+))?', self.done('--help')[0].decode(), re.M))
+        in_help = {name for pair in in_help for name in pair if name}
+        headed = set(re.findall(pattern, '\n'.join(l for l in page.splitlines() if l.startswith('.B'))))
+        self.assertGreater(len(in_help), 20)
+        self.assertEqual(in_help, headed)
+
+    def test_every_misuse_is_one_line(self):
+        size = '--size takes a size like 1280x720, each side 1 to 65535'
+        time_like = ' takes a time like 12.5, 1:02.25, 750f or 40%'
+        fps = '--fps takes frames a second like 60 or 30000/1001, from 1/1000 to 1000'
+        caps = ('--caps takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and '
+                'units=1 to units=4')
+        pictures = ('a single picture needs --at or --loading with one moment; many need a name like '
+                    'frames/%05d.png')
+        for problem, arguments in (
+                ('nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare', []),
+                ('unknown option --sise', ['--sise', '3']),
+                ('unknown option -x', ['-x']),
+                (size, ['--size']),
+                (size + ', not "640"', ['--size', '640']),
+                (size + ', not "0x480"', ['--size', '0x480']),
+                (size + ', not "640x70000"', ['--size', '640x70000']),
+                (size + ', not "-1x5"', ['--size=-1x5']),
+                (size + ', not "640x480x2"', ['--size=640x480x2']),
+                ('--aspect takes auto, 4:3, 16:9 or 16:10, not "5:4"', ['--aspect', '5:4']),
+                ('--path takes glsl or fixed, not "GLSL"', ['--path', 'GLSL']),
+                ('--samples takes a number from 0 to 64, not "65"', ['--samples', '65']),
+                ('--samples takes a number from 0 to 64, not "two"', ['--samples', 'two']),
+                (caps + ', not "no-vbo,no-luck"', ['--caps', 'no-vbo,no-luck']),
+                (caps + ', not "units=0"', ['--caps', 'units=0']),
+                (caps + ', not "units=5"', ['--caps', 'units=5']),
+                (caps + ', not ""', ['--caps', '']),
+                ('--seed takes a number from 0 to 4294967295, not "4294967296"', ['--seed', '4294967296']),
+                ('--tile takes a number of pixels from 16 to 65535, not "15"', ['--tile', '15']),
+                (fps + ', not "0"', ['--fps', '0']),
+                (fps + ', not "1001"', ['--fps', '1001']),
+                (fps + ', not "25/0"', ['--fps', '25/0']),
+                (fps + ', not "29.97"', ['--fps', '29.97']),
+                ('--from' + time_like + ', not "soon"', ['--from', 'soon']),
+                ('--from' + time_like + ', not "1:60"', ['--from', '1:60']),
+                ('--from' + time_like + ', not "1:5"', ['--from', '1:5']),
+                ('--to' + time_like + ', not "101%"', ['--to', '101%']),
+                ('--to' + time_like + ', not "1.2345678"', ['--to', '1.2345678']),
+                ('--to' + time_like + ', not "2.5f"', ['--to', '2.5f']),
+                ('--at takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them, not "1,,2"',
+                 ['--at', '1,,2']),
+                ('--loading takes per cents from 0 to 100 with commas between them, not "101"', ['--loading', '101']),
+                ('-o takes a name, not ""', ['-o', '']),
+                ('--output takes a name', ['--output']),
+                ('the name of an output ends in .png, .mp4, .mkv or .webm, or is -', ['-o', 'show.avi']),
+                ('the name of an output ends in .png, .mp4, .mkv or .webm, or is -', ['-o', '.png']),
+                ('the name of pictures has one place for their numbers, like frames/%05d.png', ['-o', '%d-%d.png']),
+                ('the name of pictures has one place for their numbers, like frames/%05d.png', ['-o', '%s.png']),
+                ('--contact-sheet takes the name of a .png file, not "sheet.jpg"', ['--contact-sheet', 'sheet.jpg']),
+                ('--window takes no value', ['--window=yes']),
+                ('--flashes is given twice', ['--flashes', '--flashes']),
+                ('-o is given twice', ['--output', 'a.mp4', '-o', 'b.mp4']),
+                ('one pack only', ['--flashes', 'a.dpk', 'b.dpk']),
+                ('a pack has a name', ['--flashes', '']),
+                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--flashes']),
+                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--at', '1']),
+                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--to', '1']),
+                ('--compare takes the size of the pictures that it compares with', ['--compare', 'd', *SMALL]),
+                ('--loading goes with -o only', ['--loading', '5', '--times', 't.json']),
+                ('--loading goes with -o only', ['--loading', '5', '-o', 'a.png', '--at', '1']),
+                ('--at goes without --from and --to', ['--at', '1', '-o', 'a.png', '--from', '1']),
+                ('stills go to .png files', ['--at', '1', '-o', 'a.mp4']),
+                ('stills go to .png files', ['--loading', '1', '-o', '-']),
+                ('--flashes needs moving pictures, so it goes without --at', ['--at', '1', '--flashes']),
+                ('--shots needs --at', ['--shots', 'd']),
+                ('--shots needs a size of 16:9', ['--shots', 'd', '--at', '1', '--size', '640x480']),
+                (pictures, ['-o', 'a.png']),
+                (pictures, ['-o', 'a.png', '--at', '1,2'])):
+            with self.subTest(arguments=arguments):
+                self.misuse(problem, *arguments)
+        self.assertEqual(os.listdir(self.folder), [])
+
+    def test_moments_outside_of_the_production_are_misuse(self):
+        two_colours().write(self.folder)
+        ten = ('--fps', '10', *SMALL)
+        self.fails(2, 'Error: --from is behind the end: the production has 21 frames (2.10 s).',
+                   *ten, '--from', '2.1', '-o', '%d.png')
+        self.fails(2, 'Error: there is no frame between --from and --to.', *ten, '--from', '1', '--to', '1',
+                   '-o', '%d.png')
+        self.fails(2, 'Error: frame 21 (2.10 s) is behind the end: the production has 21 frames (2.10 s).',
+                   *ten, '--at', '0,2.1', '-o', '%d.png')
+
+    def test_packs_that_cannot_be_played_end_with_the_players_line(self):
+        sheet = ('--contact-sheet', 'a.png')
+        self.fails(1, 'Sux... no dpk file.', *sheet)
+        self.fails(1, 'Error: cannot open missing.dpk!', *sheet, 'missing.dpk')
+        os.mkdir(self.path('folder.dpk'))
+        self.fails(1, 'Error: cannot open folder.dpk!', *sheet, 'folder.dpk')
+        show = shapes()
+        show.entries['image1.png'] = b'no picture'
+        show.write(self.folder)
+        self.fails(1, 'Error: demo.xmlz: section 7 (image textures), record 1: cannot decode "image1.png".',
+                   *sheet, 'demo.dpk')
+        with open(self.path('cut.dpk'), 'wb') as file:
+            file.write(pack_bytes({'demo.xmlz': in_envelope(b'<production/>')}))
+        status, output, errors = self.render(*sheet, 'cut.dpk')
+        self.assertEqual((status, output), (1, b''))
+        self.assertTrue(errors[-1].startswith('Error: demo.xmlz: '), errors)
+        with open(self.path('empty.dpk'), 'wb') as file:
+            file.write(pack_bytes({'other': b'x'}))
+        self.fails(1, 'Error: the production shows nothing.', *sheet, 'empty.dpk')
+
+    def test_without_opengl_the_status_is_3(self):
+        shapes().write(self.folder)
+        self.fails(3, 'Error: this machine offers no OpenGL.', '--at', '0', '-o', 'a.png',
+                   __EGL_VENDOR_LIBRARY_FILENAMES='/nonexistent')
+        self.fails(3, 'Error: the driver has no 64 samples of antialiasing.', '--at', '0', '-o', 'a.png',
+                   '--samples', '64')
+        status, output, errors = self.render('--at', '0', '-o', 'a.png', '--window')
+        self.assertEqual((status, output, len(errors)), (3, b'', 1))
+        self.assertRegex(errors[0], '^Error: there is no display: .*')
+
+
+class PictureTest(RenderTest):
+    def test_the_first_pack_of_the_folder_is_taken_or_the_one_that_is_named(self):
+        two_colours().write(self.folder)
+        self.assertEqual(self.still('a.png', *SMALL).pixel(0, 0), (255, 0, 0))
+        other = Production()
+        other.colour(GREEN)
+        os.mkdir(self.path('shows'))
+        other.write(self.path('shows'), 'other.dpk')
+        self.assertEqual(self.still('b.png', *SMALL, 'shows/other.dpk').pixel(0, 0), (0, 255, 0))
+        self.assertEqual(self.still('c.png', *SMALL, '--', 'demo.dpk').pixel(0, 0), (255, 0, 0))
+
+    def test_rows_come_from_the_top(self):
+        show = Production()
+        corner = show.scene(placed(show.mesh(quad()), show.material(BLUE)),
+                            placed(show.mesh(quad(0, 0, 0.5, 0.25)), show.material(RED)))
+        show.layer(corner)
+        show.write(self.folder)
+        picture = self.still('a.png', '--size', '64x40')
+        self.assertEqual((picture.width, picture.height), (64, 40))
+        self.assertEqual([picture.pixel(*p) for p in ((0, 0), (31, 9), (32, 0), (0, 10), (63, 39))],
+                         [(255, 0, 0), (255, 0, 0), (0, 0, 255), (0, 0, 255), (0, 0, 255)])
+
+    def test_frame_n_stands_at_n_divided_by_the_rate(self):
+        two_colours().write(self.folder)
+        self.done('-o', 'ten/%03d.png', '--fps', '10', *SMALL)
+        self.assertEqual(self.names('ten'), ['%03d.png' % n for n in range(21)])
+        colours = [Picture(self.path('ten', name)).pixel(5, 5) for name in self.names('ten')]
+        self.assertEqual(colours, [(255, 0, 0)] * 10 + [(0, 0, 255)] * 11)
+        # 30000/1001 a second: frame 29 at 0.9676 s is red, 30 at 1.001 s blue, 59 at 1.9687 s, 60 at 2.002 s.
+        self.done('-o', 'ntsc/%d.png', '--fps', '30000/1001', '--from', '29f', '--to', '31f', *SMALL)
+        self.assertEqual([Picture(self.path('ntsc', n)).pixel(0, 0) for n in ('29.png', '30.png')],
+                         [(255, 0, 0), (0, 0, 255)])
+        self.assertEqual(len(self.done('-o', '-', '--fps', '30000/1001', *SMALL)[0].split(b'FRAME\n')) - 1, 61)
+
+    def test_segments_meet_without_a_gap_and_equal_the_whole(self):
+        remembering().write(self.folder)
+        options = ('--fps', '20', '--size', '64x48')
+        self.done('-o', 'whole/%05d.png', *options)
+        for first, last in (('0', '33.333%'), ('33.333%', '0.9'), ('0:00.9', '25f'), ('25f', '9:59')):
+            self.done('-o', 'parts/%05d.png', '--from', first, '--to', last, *options)
+        whole = self.frames('whole')
+        self.assertEqual(len(whole), 31)
+        self.assertGreater(len(set(whole.values())), 20)  # it moves
+        self.assertEqual(self.frames('parts'), whole)
+
+    def test_two_runs_give_the_same_bytes_on_both_paths(self):
+        remembering().write(self.folder)
+        for path in ('glsl', 'fixed'):
+            for run in ('first', 'second'):
+                self.done('-o', path + run + '/%d.png', '--fps', '25', '--size', '64x48', '--path', path)
+            self.assertEqual(self.frames(path + 'first'), self.frames(path + 'second'))
+
+    def test_stills_are_the_frames_that_are_on_the_screen(self):
+        remembering().write(self.folder)
+        options = ('--fps', '20', '--size', '64x48')
+        self.done('-o', 'whole/%05d.png', *options)
+        self.done('-o', 'stills/%05d.png', '--at', '1.049999,0:00.1,50%,3f,3f', *options)
+        whole = self.frames('whole')
+        wanted = ['%05d.png' % n for n in (2, 3, 15, 20)]
+        self.assertEqual(self.frames('stills'), {name: whole[name] for name in wanted})
+        self.done('-o', '100%%.png', '--at', '3f', *options)
+        with open(self.path('100%.png'), 'rb') as file:
+            self.assertEqual(file.read(), whole['00003.png'])
+
+    def test_pictures_say_which_driver_made_them(self):
+        shapes().write(self.folder)
+        _, errors = self.done('--at', '0', '-o', 'a.png', *SMALL)
+        self.assertEqual(Picture(self.path('a.png')).chunks[b'tEXt'], b'Driver\0' + errors[0].encode())
+
+    def test_frames_before_are_played_even_where_old_pictures_show_through(self):
+        show = Production()
+        show.colour(RED, 20)
+        show.colour(GREEN, 80, space_before=0, track=1)
+        show.sections[14][0].children[1].attributes['id'] = 0  # the second layer draws nothing ...
+        show.layer(show.scene(placed(show.mesh(quad(0.5, 0, 1, 1)), show.material(BLUE))), 100, track=2)
+        show.write(self.folder)
+        options = ('--fps', '10', *SMALL)
+        self.done('-o', 'whole/%d.png', *options)
+        self.done('-o', 'one/%d.png', '--at', '0.7', *options)
+        with open(self.path('whole', '7.png'), 'rb') as file:
+            self.assertEqual(self.frames('one'), {'7.png': file.read()})
+
+    def test_aspect_is_that_of_the_size_or_another(self):
+        shapes().write(self.folder)
+        pictures = {shape: self.still(shape.replace(':', '-') + '.png', '--size', '64x48', '--aspect', shape)
+                    for shape in ('auto', '4:3', '16:9', '16:10')}
+        self.assertEqual(pictures['auto'].rgb, pictures['4:3'].rgb)
+        self.assertEqual(len({p.rgb for p in pictures.values()}), 3)
+
+    def test_samples_smooth_the_edges(self):
+        show = Production()
+        show.layer(show.scene(placed(show.mesh(quad(-2, -2, 2, 2, -10)), show.material(WHITE), turned=(0, 0, 10))),
+                   fov=60)
+        show.write(self.folder)
+        hard = self.still('hard.png', '--size', '64x48')
+        soft = self.still('soft.png', '--size', '64x48', '--samples', '4')
+        self.assertEqual(set(hard.rgb), {0, 255})
+        self.assertTrue(set(soft.rgb) - {0, 255})
+
+    def test_paths_and_lesser_cards_are_reported_as_the_player_does(self):
+        shapes().write(self.folder)
+        full = ['VBO support detected.', 'PBO support detected.', 'NPOT texture support detected.',
+                'Texture compression support detected.']
+
+        def report(*arguments):
+            _, errors = self.done('--at', '0', '-o', 'a.png', *SMALL, *arguments)
+            rules = [i for i, line in enumerate(errors) if line == '=' * 74]
+            return errors[rules[0] + 1:rules[1]]
+
+        self.assertEqual(report(), full + ['Using GLSL shaders.'])
+        fixed = report('--path', 'fixed')
+        self.assertRegex(fixed[4], r'^Using 4 texture units( \+ (NV|ATI)_texture_env_combine[34]\.|\.)$')
+        lesser = report('--path=fixed', '--caps=no-vbo,no-pbo,no-npot,no-compression,no-combine4,no-combine3,units=2')
+        self.assertEqual(lesser, ['No VBO support.', 'No PBO support.', 'No NPOT texture support.',
+                                  'No texture compression support.', 'Using 2 texture units.'])
+        for cap, place in (('no-vbo', 0), ('no-pbo', 1), ('no-npot', 2), ('no-compression', 3)):
+            changed = [i for i in range(4) if report('--caps', cap)[i] != full[i]]
+            self.assertEqual(changed, [place], cap)
+
+    def test_fewer_texture_units_change_the_picture(self):
+        show = Production()
+        red, blue = (show.reference(1, show.image(png(2, 2, c))) for c in ((255, 0, 0), (0, 0, 255)))
+        show.layer(show.scene(placed(show.mesh(quad()), show.material(WHITE, (red, blue)))))
+        show.write(self.folder)
+        both = self.still('both.png', '--path', 'fixed', *SMALL)
+        one = self.still('one.png', '--path', 'fixed', '--caps', 'units=1', *SMALL)
+        self.assertNotEqual(both.rgb, one.rgb)
+
+    def test_the_seed_moves_random_things_and_1_is_the_players(self):
+        show = Production()
+        lake = show.effect(LAKE, running(show))
+        light = show.values(0.2, 0.2, 0.2, 0.9, 0.9, 0.9, 10, 20, 0)
+        water = show.material((0.3, 0.5, 0.9), lighting=1, light1=light)
+        show.layer(show.scene(placed(lake, water, GENMESH, at=(-15, -6, -30))), length=150, fov=60, far=200)
+        show.write(self.folder)
+
+        def picture(name, *arguments):
+            self.done('--at', '1', '-o', name, '--size', '64x48', *arguments)
+            return Picture(self.path(name)).rgb
+
+        plain = picture('plain.png')
+        self.assertEqual(picture('one.png', '--seed', '1'), plain)
+        self.assertNotEqual(picture('two.png', '--seed', '2'), plain)
+
+    def test_the_loading_screen_shows_its_first_second(self):
+        show = two_colours()
+        show.loading = two_colours(40)
+        show.loading.prefix = 'loading_'
+        loading = Production('loading_')
+        loading.colour(GREEN, 49)
+        loading.colour(BLUE, 52)
+        show.loading = loading
+        show.write(self.folder)
+        self.done('--loading', '75,0', '-o', 'l/%d.png', *SMALL)
+        self.assertEqual(self.names('l'), ['0.png', '75.png'])
+        self.assertEqual([Picture(self.path('l', n)).pixel(9, 9) for n in self.names('l')], [(0, 255, 0), (0, 0, 255)])
+        self.done('--loading', '100%', '-o', 'end.png', *SMALL)
+        self.assertEqual(Picture(self.path('end.png')).pixel(9, 9), (0, 0, 255))
+        two_colours().write(self.folder, 'plain.dpk')
+        self.fails(1, 'Error: the pack has no loading screen.', '--loading', '5', '-o', 'a.png', 'plain.dpk')
+
+    def test_files_that_cannot_be_written_are_told(self):
+        two_colours().write(self.folder)
+        with open(self.path('file'), 'w'):
+            pass
+        self.fails(1, 'Error: cannot make the folder file: Not a directory.', *SMALL, '-o', 'file/%d.png')
+        os.mkdir(self.path('0.png'))
+        status, _, errors = self.render(*SMALL, '--fps', '10', '-o', '%d.png')
+        self.assertEqual(status, 1)
+        self.assertIn('0.png', errors[-1])
+
+
+class TileTest(RenderTest):
+    def test_a_picture_in_tiles_is_the_whole_picture(self):
+        shapes().write(self.folder)
+        for path in ('glsl', 'fixed'):
+            whole = self.still('whole.png', '--size', '150x100', '--path', path)
+            tiled = self.still('tiled.png', '--size', '150x100', '--path', path, '--tile', '41')
+            count, most = whole.differences(tiled)
+            self.assertLessEqual(count, len(whole.rgb) // 200, path)  # edges may round to the next pixel
+            self.assertGreater(len(set(whole.rgb)), 10)
+            self.assertLessEqual(sum(abs(a - b) for a, b in zip(whole.rgb, tiled.rgb)) / len(whole.rgb), 0.5)
+
+    def test_effects_move_once_a_frame_in_tiles_too(self):
+        remembering().write(self.folder)
+        options = ('--at', '0.3,1.2', '--size', '120x90', '--fps', '20')
+        self.done('-o', 'whole/%d.png', *options)
+        self.done('-o', 'tiled/%d.png', '--tile', '50', *options)
+        for name in self.names('whole'):
+            whole, tiled = (Picture(self.path(folder, name)) for folder in ('whole', 'tiled'))
+            count, _ = whole.differences(tiled)
+            self.assertLess(count, len(whole.rgb) // 50, name)
+
+    def test_sizes_above_the_drivers_limit_come_in_tiles(self):
+        two_colours(10).write(self.folder)
+        _, errors = self.done('--at', '0', '-o', 'wide.png', '--size', '17000x16')
+        self.assertTrue(any(line.startswith('Rendering in ') for line in errors), errors)
+        picture = Picture(self.path('wide.png'))
+        self.assertEqual((picture.width, picture.height), (17000, 16))
+        self.assertEqual(picture.rgb, bytes((255, 0, 0)) * (17000 * 16))
+
+    def test_what_cannot_be_tiled_is_said_plainly(self):
+        into_a_texture().write(self.folder)
+        self.assertEqual(self.still('a.png', *SMALL).pixel(9, 9), (0, 255, 0))
+        self.fails(1, 'Error: frame 0 cannot be rendered in tiles of 16 x 16: track 0 draws into a texture.',
+                   '--at', '0', '-o', 'b.png', '--tile', '16', *SMALL)
+
+
+class VideoTest(RenderTest):
+    def probe(self, name):
+        run = subprocess.run(['ffprobe', '-v', 'error', '-count_frames', '-show_streams', '-show_format', '-of', 'json',
+                              self.path(name)], stdout=subprocess.PIPE, check=True)
+        found = json.loads(run.stdout)
+        return found['format'], {stream['codec_type']: stream for stream in found['streams']}
+
+    def sound(self, name, rate=44100):
+        """Left and right samples."""
+        run = subprocess.run(['ffmpeg', '-v', 'error', '-i', self.path(name), '-f', 's16le', '-ac', '2', '-ar', str(rate),
+                              '-'], stdout=subprocess.PIPE, check=True)
+        samples = array.array('h', run.stdout)
+        return samples[0::2], samples[1::2]
+
+    def pictures(self, name):
+        """All frames as they lie in the file, one behind the other."""
+        run = subprocess.run(['ffmpeg', '-v', 'error', '-i', self.path(name), '-vsync', 'passthrough', '-f', 'rawvideo',
+                              '-pix_fmt', 'rgb24', '-'], stdout=subprocess.PIPE, check=True)
+        return run.stdout
+
+    def put_show(self, length=100):
+        two_colours(length, 'tone.ogg').write(self.folder)
+        os.makedirs(self.path('music'), exist_ok=True)
+        shutil.copy(TONE, self.path('music', 'tone.ogg'))
+
+    def test_every_kind_has_the_right_frames_length_and_codecs(self):
+        self.put_show()
+        for name, video, audio in (('a.mp4', 'h264', 'aac'), ('a.mkv', 'ffv1', 'flac'), ('a.webm', 'vp9', 'opus')):
+            with self.subTest(name=name):
+                self.done('-o', name, '--fps', '20', '--size', '64x48')
+                whole, streams = self.probe(name)
+                self.assertEqual((streams['video']['codec_name'], streams['audio']['codec_name']), (video, audio))
+                self.assertEqual((streams['video']['nb_read_frames'], streams['video']['r_frame_rate']), ('41', '20/1'))
+                self.assertEqual((streams['video']['width'], streams['video']['height']), (64, 48))
+                self.assertAlmostEqual(float(whole['duration']), 2.05, delta=0.03)
+
+    def test_odd_sizes_are_kept(self):
+        self.put_show(10)
+        self.done('-o', 'odd.mp4', '--size', '33x25')
+        _, streams = self.probe('odd.mp4')
+        self.assertEqual((streams['video']['width'], streams['video']['height']), (33, 25))
+
+    def test_the_sound_is_in_step_to_the_sample(self):
+        self.put_show()
+        self.done('-o', 'all.mkv', '--fps', '24', *SMALL)
+        left, right = self.sound('all.mkv')
+        frames = 2 * 24 + 1  # the last one begins at 2 s
+        self.assertEqual(len(left), frames * 44100 // 24)
+        self.assertGreater(max(left[22050:30000]), 15000)      # 441 Hz at half of full scale ...
+        self.assertGreater(max(right[22050:30000]), 7500)      # ... and 882 Hz at a quarter
+        self.assertLess(max(map(abs, left[44200:])), 2)         # silence behind its end
+        crossings = [i for i in range(22050, 26460) if left[i - 1] < 0 <= left[i]]
+        self.assertEqual(len(crossings), 44)                    # 0.1 s at 441 Hz
+        # Frames 7 to 20 hold exactly the samples between their beginnings: 1837.5 a frame, rounded down.
+        self.done('-o', 'part.mkv', '--fps', '24', '--from', '7f', '--to', '20f', *SMALL)
+        self.assertEqual(self.sound('part.mkv')[0], left[7 * 44100 // 24:20 * 44100 // 24])
+        self.done('-o', 'rest.mkv', '--fps', '24', '--from', '20f', *SMALL)
+        self.assertEqual(self.sound('rest.mkv')[1], right[20 * 44100 // 24:])
+
+    def test_segments_join_without_a_seam(self):
+        self.put_show(150)
+        options = ('--fps', '24', *SMALL)
+        self.done('-o', 'whole.mkv', *options)
+        with open(self.path('parts.txt'), 'w', encoding='utf-8') as parts:
+            for first in range(0, 73, 25):
+                name = 'part-%d.mkv' % first
+                self.done('-o', name, '--from', '%df' % first, '--to', '%df' % (first + 25), *options)
+                parts.write("file '%s'\n" % name)
+        subprocess.run(['ffmpeg', '-v', 'error', '-f', 'concat', '-safe', '0', '-i', 'parts.txt', '-c', 'copy',
+                        'joined.mkv'], cwd=self.folder, stdin=subprocess.DEVNULL, check=True)
+        self.assertEqual(self.pictures('joined.mkv'), self.pictures('whole.mkv'))
+        self.assertEqual(self.sound('joined.mkv'), self.sound('whole.mkv'))
+
+    def test_videos_hold_the_frames_and_two_runs_are_equal(self):
+        self.put_show()
+        for name in ('a.mkv', 'b.mkv', 'a.mp4', 'b.mp4'):
+            self.done('-o', name, '--fps', '50', *SMALL)
+        for kind in ('.mkv', '.mp4'):
+            with open(self.path('a' + kind), 'rb') as a, open(self.path('b' + kind), 'rb') as b:
+                self.assertEqual(a.read(), b.read(), kind)
+        size = 32 * 24
+        self.assertEqual(self.pictures('a.mkv'), bytes((255, 0, 0)) * size * 50 + bytes((0, 0, 255)) * size * 51)
+
+    def test_without_music_there_is_no_sound_and_missing_music_is_told(self):
+        two_colours(10).write(self.folder)
+        _, errors = self.done('-o', 'a.mkv', *SMALL)
+        self.assertNotIn('audio', self.probe('a.mkv')[1])
+        two_colours(10, 'gone.ogg').write(self.folder)
+        _, errors = self.done('-o', 'b.mkv', *SMALL)
+        self.assertIn('Error: cannot open gone.ogg!', errors)
+        self.assertNotIn('audio', self.probe('b.mkv')[1])
+        two_colours(10, 'demo.dpk').write(self.folder)
+        _, errors = self.done('-o', 'c.mkv', *SMALL)
+        self.assertIn('Warning: demo.dpk is no Ogg Vorbis file: the video has no sound.', errors)
+
+    def test_music_lies_beside_the_pack(self):
+        self.put_show(10)
+        elsewhere = self.path('elsewhere')
+        os.mkdir(elsewhere)
+        self.folder, folder = elsewhere, self.folder
+        self.done('-o', 'a.mkv', *SMALL, os.path.join(folder, 'demo.dpk'))
+        self.assertIn('audio', self.probe('a.mkv')[1])
+
+    def test_without_ffmpeg_one_line_says_so(self):
+        two_colours(10).write(self.folder)
+        self.fails(1, 'Error: videos need the program ffmpeg, which is not installed.', '-o', 'a.mp4', *SMALL,
+                   PATH='/nonexistent')
+        self.fails(1, 'Error: ffmpeg could not make the video.', '-o', '/proc/a.mp4', *SMALL)
+
+    def test_ctrl_c_leaves_a_playable_file(self):
+        show = two_colours(12000, 'tone.ogg')
+        show.write(self.folder)
+        shutil.copy(TONE, self.path('tone.ogg'))
+        for name in ('cut.mp4', 'cut.mkv'):
+            run = subprocess.Popen([RENDER, '-o', name, '--size', '640x480'], cwd=self.folder, env=self.environment(),
+                                   stderr=subprocess.PIPE, stdout=subprocess.PIPE)
+            time.sleep(2.5)
+            run.send_signal(signal.SIGINT)
+            _, errors = run.communicate(timeout=120)
+            self.assertEqual(run.returncode, 130, errors)
+            self.assertRegex(errors.decode().splitlines()[-1], r'^Stopped after \d+ of \d+ pictures\.$')
+            _, streams = self.probe(name)
+            frames = int(streams['video']['nb_read_frames'])
+            told = int(re.search(r'after (\d+) of', errors.decode()).group(1))
+            self.assertEqual(frames, told)
+            self.assertLessEqual(abs(len(self.sound(name)[0]) - frames * 735), 22050)
+
+    def test_the_stream_is_pure(self):
+        two_colours().write(self.folder)
+        output, errors = self.done('-o', '-', '--size', '33x25', '--fps', '5')
+        header = b'YUV4MPEG2 W33 H25 F5:1 Ip A1:1 C420jpeg'
+        self.assertTrue(output.startswith(header), output[:80])
+        frame = 6 + 33 * 25 + 2 * 17 * 13
+        self.assertEqual(len(output), output.index(b'\n') + 1 + 11 * frame)
+        self.assertIn('Using GLSL shaders.', errors)
+        decoded = subprocess.run(['ffmpeg', '-v', 'error', '-i', '-', '-f', 'framecrc', '-'], input=output,
+                                 stdout=subprocess.PIPE, check=True)
+        self.assertEqual(len([line for line in decoded.stdout.splitlines() if not line.startswith(b'#')]), 11)
+
+    def test_a_reader_that_goes_away_ends_the_run(self):
+        two_colours(3000).write(self.folder)
+        run = subprocess.Popen([RENDER, '-o', '-', *SMALL], cwd=self.folder, env=self.environment(),
+                               stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        run.stdout.read(100)
+        run.stdout.close()
+        errors = run.stderr.read().decode().splitlines()
+        run.stderr.close()
+        self.assertEqual(run.wait(60), 1)
+        self.assertEqual(errors[-1], 'Error: whoever takes the pictures has stopped taking them.')
+
+
+class ReportTest(RenderTest):
+    def test_the_contact_sheet_has_stills_of_the_whole_show_or_those_asked_for(self):
+        two_colours().write(self.folder)
+        self.done('--contact-sheet', 'sheets/all.png', '--fps', '10', '--size', '64x48')
+        everything = Picture(self.path('sheets', 'all.png'))
+        seen = {everything.pixel(x, y) for x in range(0, everything.width, 7) for y in range(0, everything.height, 7)}
+        self.assertTrue({(255, 0, 0), (0, 0, 255)} <= seen)
+        self.done('--contact-sheet', 'one.png', '--at', '0.5', '--fps', '10', '--size', '64x48')
+        one = Picture(self.path('one.png'))
+        self.assertLess(one.width * one.height, everything.width * everything.height / 4)
+        seen = {one.pixel(x, y) for x in range(0, one.width, 7) for y in range(0, one.height, 7)}
+        self.assertIn((255, 0, 0), seen)
+        self.assertNotIn((0, 0, 255), seen)
+
+    def test_shots_come_in_the_sizes_of_a_release(self):
+        shapes().write(self.folder)
+        os.rename(self.path('demo.dpk'), self.path('star.dpk'))
+        _, errors = self.done('--shots', 'shots', '--at', '0')
+        names = self.names('shots')
+        self.assertEqual([n[:-4] for n in names], ['star-160x90', 'star-1920x1080', 'star-400x225'])
+        self.assertEqual([line for line in errors if line.startswith('shots/')].sort(),
+                         ['shots/' + n for n in names].sort())
+        self.assertLess(os.path.getsize(self.path('shots', names[2])), 65536)
+        large = Picture(self.path('shots', 'star-1920x1080.png'))
+        self.assertEqual((large.width, large.height), (1920, 1080))
+        self.done('--shots', 'many', '--at', '0,1', '--size', '320x180', '--fps', '10')
+        self.assertEqual(len(self.names('many')), 6)
+        self.assertIn('star-00010-160x90.png', self.names('many'))
+
+    def test_flashes_are_counted_and_nothing_is_promised(self):
+        flicker().write(self.folder)
+        output, _ = self.done('--flashes', '--size', '64x48', '--fps', '50')
+        self.assertIn(b'red', output)
+        self.assertRegex(output.decode(), r'0?0:0\d')
+        self.assertIn(b'no guarantee', output)
+        two_colours().write(self.folder)
+        calm, _ = self.done('--flashes', '--size', '64x48', '--fps', '50')
+        self.assertIn(b'no second has more than three', calm)
+        self.assertIn(b'no guarantee', calm)
+
+    def test_times_name_every_frame_and_the_slowest_moments(self):
+        into_a_texture(1100).write(self.folder)
+        output, _ = self.done('--times', 'reports/times.json', '--fps', '10', *SMALL)
+        with open(self.path('reports', 'times.json'), encoding='utf-8') as file:
+            report = json.load(file)
+        self.assertEqual([f['frame'] for f in report['frames']], list(range(111)))
+        self.assertEqual((report['path'], report['width'], report['height']), ('glsl', 32, 24))
+        for frame in report['frames']:
+            self.assertEqual([track['track'] for track in frame['tracks']], [0, 1])
+            self.assertGreater(frame['cpu_ms'], 0)
+            self.assertGreaterEqual(frame['cpu_ms'] + 1e-3, sum(track['cpu_ms'] for track in frame['tracks']))
+            self.assertGreater(frame['gpu_ms'], 0)
+        self.assertEqual(len(output.splitlines()), 10)
+
+    def test_comparing_finds_what_has_changed(self):
+        two_colours().write(self.folder)
+        self.done('--at', '0.5,1.5', '-o', 'kept/%05d.png', '--size', '64x48')
+        output, _ = self.done('--compare', 'kept')
+        self.assertEqual(output.decode().splitlines(), ['00030.png: equal', '00090.png: equal'])
+        show = Production()
+        show.colour(RED, 100)
+        show.colour(GREEN, 100)
+        show.write(self.folder)
+        status, output, _ = self.render('--compare', 'kept')
+        self.assertEqual(status, 1)
+        self.assertEqual(output.decode().splitlines()[0], '00030.png: equal')
+        self.assertRegex(output.decode().splitlines()[1], '^00090.png: DIFFERENT, by 255.000 of 255 in the mean')
+        self.assertEqual(self.names('kept'), ['00030.png', '00090.difference.png', '00090.new.png', '00090.png'])
+        two_colours().write(self.folder)
+        self.done('--compare', 'kept')
+        self.assertEqual(self.names('kept'), ['00030.png', '00090.png'])
+        os.mkdir(self.path('none'))
+        self.fails(2, 'Error: none has no numbered pictures like 00750.png.', '--compare', 'none')
+        status, _, errors = self.render('--compare', 'missing')
+        self.assertEqual((status, len(errors)), (2, 1))
+
+
+class WindowTest(RenderTest):
+    def test_a_window_shows_the_same_pictures(self):
+        remembering().write(self.folder)
+        options = ('--fps', '10', '--size', '64x48', '--to', '5f')
+        self.done('-o', 'without/%d.png', *options)
+        with Display(640, 480) as display:
+            self.done('-o', 'within/%d.png', '--window', *options, DISPLAY=display.name)
+        self.assertEqual(self.frames('within').keys(), self.frames('without').keys())
+        for name in self.names('without'):
+            self.assertEqual(Picture(self.path('within', name)).rgb, Picture(self.path('without', name)).rgb)
+
+    def test_stills_equal_the_players_own_window(self):
+        shapes(1000).write(self.folder)
+        for shaders in (True, False):
+            with self.subTest(shaders=shaders), Display(800, 600) as display, \
+                    Player(display, PLAYER, self.folder) as player:
+                player.choose(shaders=shaders, music=False)
+                self.assertTrue(player.start())
+                still = self.still('still.png', '--size', '320x240', '--path', 'glsl' if shaders else 'fixed')
+
+                def shows_it():
+                    window = player.window()
+                    return window and window[3:] == (320, 240) and player.screenshot().rgb == still.rgb
+
+                self.assertTrue(player.until(shows_it, 20), 'the pictures differ')
+                player.press('Escape')
+
+
+def main():
+    global RENDER, PLAYER, MAN_PAGE
+    RENDER, PLAYER, MAN_PAGE = (os.path.abspath(path) for path in sys.argv[1:4])
+    del sys.argv[1:4]
+    unittest.main(verbosity=1)
+
+
+if __name__ == '__main__':
+    main()
