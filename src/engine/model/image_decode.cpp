@@ -2,6 +2,7 @@
 
 #include "content/owners.h"
 #include "content/pack.h"
+#include "model/jpeg_tables.h"
 
 #include <climits>
 #include <cstdlib>
@@ -15,8 +16,8 @@ image_status measure_image(const uint8_t* data, uint32_t size, uint32_t& width, 
     int w = 0;
     int h = 0;
     int components = 0;
-    if (size == 0 || size > INT_MAX || stbi_info_from_memory(data, static_cast<int>(size), &w, &h, &components) == 0
-        || w <= 0 || h <= 0)
+    if (size == 0 || size > INT_MAX || !jpeg_tables_fit(data, size)
+        || stbi_info_from_memory(data, static_cast<int>(size), &w, &h, &components) == 0 || w <= 0 || h <= 0)
         return image_undecodable;
     width = static_cast<uint32_t>(w);
     height = static_cast<uint32_t>(h);
