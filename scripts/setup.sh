@@ -41,14 +41,20 @@ try_install() {
 }
 
 # Both architectures must get the same versions of what they share. Where the
-# security archive offers one of them only, a second try leaves it out.
+# security archive offers an update for one of them only, these tries leave it out:
+# first for what is yet to come, then for shared libraries that are there already.
 install_without_security() {
-    local preferences
+    local preferences status
     preferences=$(mktemp)
     printf 'Package: *\nPin: release l=Debian-Security\nPin-Priority: -1\n' >"$preferences"
     chmod 644 "$preferences"
-    try_install -o "Dir::Etc::Preferences=$preferences" --allow-downgrades install "$@"
-    local status=$?
+    try_install -o "Dir::Etc::Preferences=$preferences" install "$@"
+    status=$?
+    if [ $status != 0 ]; then
+        printf '\nPackage: *\nPin: release l=Debian\nPin-Priority: 1001\n' >>"$preferences"
+        try_install -o "Dir::Etc::Preferences=$preferences" --allow-downgrades install "$@"
+        status=$?
+    fi
     rm -f "$preferences"
     return $status
 }
