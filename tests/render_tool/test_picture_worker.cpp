@@ -1,0 +1,91 @@
+#include "picture_worker.h"
+
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+struct scratch_directory {
+    std::string path;
+
+    scratch_directory()
+    {
+        char pattern[] = "/tmp/brimlow-worker-XXXXXX";
+        const char* made = mkdtemp(pattern);
+        REQUIRE(made);
+        path = made;
+    }
+    ~scratch_directory()
+    {
+        std::filesystem::remove_all(path);
+    }
+    scratch_directory(const scratch_directory&) = delete;
+    scratch_directory& operator=(const scratch_directory&) = delete;
+};
+
+static shared_picture shade(uint8_t value)
+{
+    return std::make_shared<const picture>(make_picture(3, 2, value, value, value));
+}
+
+TEST_CASE("Pictures become files called by their numbers")
+{
+    const scratch_directory scratch;
+    picture_worker worker;
+    worker.pattern = scratch.path + "/%03d.png";
+    worker_begin(worker);
+    for (uint8_t n = 0; n < 40; ++n)
+        REQUIRE(worker_give(worker, n, shade(n)));
+    CHECK(worker_end(worker));
+    for (uint8_t n = 0; n < 40; ++n) {
+        picture read;
+        std::string error;
+        const std::string digits = std::to_string(1000 + n).substr(1);
+        REQUIRE(load_png(scratch.path + "/" + digits + ".png", read, error));
+        CHECK(read.rgb == shade(n)->rgb);
+    }
+}
+
+TEST_CASE("Raw pictures come in the order in which they were given")
+{
+    const scratch_directory scratch;
+    FILE* file = std::fopen((scratch.path + "/raw").c_str(), "w+b");
+    REQUIRE(file);
+    picture_worker worker;
+    worker.kind = worker_video;
+    worker.descriptor = fileno(file);
+    worker_begin(worker);
+    for (uint8_t n = 0; n < 100; ++n)
+        REQUIRE(worker_give(worker, n, shade(n)));
+    CHECK(worker_end(worker));
+    std::rewind(file);
+    uint8_t bytes[100 * 18];
+    REQUIRE(std::fread(bytes, 1, sizeof bytes, file) == sizeof bytes);
+    for (size_t i = 0; i < sizeof bytes; ++i)
+        REQUIRE(bytes[i] == i / 18);
+    std::fclose(file);
+}
+
+TEST_CASE("After a failure nothing more is taken, and nobody waits for ever")
+{
+    picture_worker worker;
+    worker.pattern = "/nonexistent/%d.png";
+    worker_begin(worker);
+    bool taken = true;
+    for (uint64_t n = 0; n < 10000 && taken; ++n)
+        taken = worker_give(worker, n, shade(1));
+    CHECK_FALSE(taken);
+    CHECK_FALSE(worker_end(worker));
+    CHECK_FALSE(worker.problem.empty());
+}
+
+TEST_CASE("A worker without work ends, begun or not")
+{
+    picture_worker idle;
+    CHECK(worker_end(idle));
+    picture_worker begun;
+    begun.kind = worker_flashes;
+    worker_begin(begun);
+    CHECK(worker_end(begun));
+}

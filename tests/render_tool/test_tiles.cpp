@@ -1,0 +1,115 @@
+#include "tiles.h"
+
+#include "builders.h"
+
+#include "effects/manipulator.h"
+#include "effects/mesh_effect.h"
+#include "texgen/cosine_table.h"
+
+#include <array>
+#include <doctest/doctest.h>
+
+// How often each pixel of a picture is covered.
+static std::vector<uint32_t> coverage(uint32_t width, uint32_t height, const std::vector<frame_tile>& tiles)
+{
+    std::vector<uint32_t> counts(size_t{width} * height);
+    for (const frame_tile& tile : tiles)
+        for (uint32_t y = tile.y; y < tile.y + tile.height; ++y)
+            for (uint32_t x = tile.x; x < tile.x + tile.width; ++x)
+                ++counts.at(size_t{y} * width + x);
+    return counts;
+}
+
+TEST_CASE("Tiles cover every pixel once and are not larger than asked for")
+{
+    for (const auto& [width, height, side_x, side_y] : {std::array<uint32_t, 4>{1, 1, 1, 1}, {10, 7, 3, 3},
+             {9, 9, 3, 3}, {5, 40, 16, 7}, {30, 2, 29, 2}, {8, 8, 100, 100}}) {
+        const std::vector<frame_tile> tiles = plan_tiles(width, height, side_x, side_y);
+        for (const frame_tile& tile : tiles) {
+            CHECK(tile.width >= 1);
+            CHECK(tile.width <= side_x);
+            CHECK(tile.height <= side_y);
+        }
+        CHECK(coverage(width, height, tiles) == std::vector<uint32_t>(size_t{width} * height, 1));
+        CHECK(tiles.size() == size_t{(width + side_x - 1) / side_x} * ((height + side_y - 1) / side_y));
+    }
+}
+
+TEST_CASE("A picture of 15360 x 8640 is made of twelve tiles of 4096")
+{
+    CHECK(plan_tiles(15360, 8640, 4096, 4096).size() == 12);
+}
+
+static frame_plan plan_of_two()
+{
+    frame_plan plan = {};
+    plan.layer_count = 2;
+    plan.layers[0].clear = clear_color | clear_depth;
+    plan.layers[0].projection = projection_perspective;
+    plan.layers[1].track = 5;
+    return plan;
+}
+
+TEST_CASE("Frames that need their textures or the frame before are not tiled")
+{
+    CHECK(tiling_problem(plan_of_two()).empty());
+
+    frame_plan plan = plan_of_two();
+    plan.layers[1].target = 3;
+    CHECK(tiling_problem(plan) == "track 5 draws into a texture");
+    plan = plan_of_two();
+    plan.layers[1].flush_texture = 3;
+    CHECK(tiling_problem(plan) == "track 5 draws into a texture");
+    plan = plan_of_two();
+    plan.layers[0].clear = clear_depth;
+    CHECK(tiling_problem(plan) == "it is drawn over the frame before");
+    plan = plan_of_two();
+    plan.layers[0].clear = clear_color;
+    CHECK(tiling_problem(plan) == "it is drawn over the frame before");
+    plan = plan_of_two();
+    plan.layers[0].projection = projection_kept;
+    CHECK(tiling_problem(plan) == "its first layer keeps the view of the frame before");
+    CHECK_FALSE(tiling_problem({}).empty());
+}
+
+TEST_CASE("The rippler's vertices are put back, also to not being there")
+{
+    build_cosine_table();
+    reset_rippler_cache();
+    const rippler_memory empty = remember_rippler();
+    float positions[] = {1, 2, 3, 4, 5, 6};
+    mesh_arrays mesh = {};
+    mesh.vertex_count = 2;
+    mesh.positions = positions;
+    const float params[] = {0, 1, 1};
+    const placement only = {};
+    placement_list_free(apply_manipulator(placement_list_new(only), 2, params, &mesh, nullptr));
+    const rippler_memory once = remember_rippler();
+    REQUIRE(once.filled);
+    placement_list_free(apply_manipulator(placement_list_new(only), 2, params, &mesh, nullptr));
+    CHECK(remember_rippler().positions != once.positions);
+    restore_rippler(once);
+    CHECK(remember_rippler().positions == once.positions);
+    restore_rippler(empty);
+    CHECK(shared_rippler_cache().positions == nullptr);
+}
+
+TEST_CASE("The fingerprint of effects changes with any of them")
+{
+    build_cosine_table();
+    document d = {};
+    document_create(d, "test", nullptr);
+    const uint64_t none = effects_fingerprint(d);
+    mesh_effect effect = {};
+    effect.type = 2; // the swirl
+    init_mesh_effect(effect);
+    const uint32_t handle = add_record(d.effect_table, effect);
+    const uint64_t before = effects_fingerprint(d);
+    CHECK(before != none);
+    CHECK(effects_fingerprint(d) == before);
+    const float params[] = {0.5f, 3.0f};
+    step_mesh_effect(*table_record<mesh_effect>(d.effect_table, handle), params);
+    CHECK(effects_fingerprint(d) != before);
+    free_mesh_effect(*table_record<mesh_effect>(d.effect_table, handle));
+    document_free(d);
+}

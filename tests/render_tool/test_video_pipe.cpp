@@ -1,0 +1,67 @@
+#include "video_pipe.h"
+
+#include <algorithm>
+#include <doctest/doctest.h>
+
+static video_plan plan_of(const char* path, uint32_t width, uint32_t height)
+{
+    video_plan plan;
+    plan.path = path;
+    plan.width = width;
+    plan.height = height;
+    plan.rate = {30000, 1001};
+    return plan;
+}
+
+// The word behind `option`, and empty when there is none.
+static std::string value_of(const std::vector<std::string>& command, const char* option)
+{
+    const auto found = std::find(command.begin(), command.end(), option);
+    return found == command.end() || found + 1 == command.end() ? "" : found[1];
+}
+
+TEST_CASE("Pictures come raw, with their size and their exact rate")
+{
+    const auto command = video_command(plan_of("a.mp4", 640, 480), "/sound");
+    CHECK(command.front() == "ffmpeg");
+    CHECK(value_of(command, "-pixel_format") == "rgb24");
+    CHECK(value_of(command, "-video_size") == "640x480");
+    CHECK(value_of(command, "-framerate") == "30000/1001");
+    CHECK(value_of(command, "-i") == "pipe:0");
+    CHECK(std::find(command.begin(), command.end(), "/sound") == command.end());
+}
+
+TEST_CASE("A name that looks like an option or an address is a file")
+{
+    CHECK(video_command(plan_of("-a.mp4", 2, 2), "").back() == "file:-a.mp4");
+    CHECK(video_command(plan_of("http://a.mp4", 2, 2), "").back() == "file:http://a.mp4");
+}
+
+TEST_CASE("The sound is a second input where there is one")
+{
+    const int16_t pair[2] = {1, 2};
+    video_plan plan = plan_of("a.mkv", 640, 480);
+    plan.sound = pair;
+    const auto command = video_command(plan, "/sound");
+    CHECK(std::find(command.begin(), command.end(), "/sound") != command.end());
+    CHECK(std::count(command.begin(), command.end(), "-map") == 2);
+}
+
+TEST_CASE("The codecs follow from the name, and odd sizes keep all their colours")
+{
+    CHECK(value_of(video_command(plan_of("a.mp4", 4, 4), ""), "-c:v") == "libx264");
+    CHECK(value_of(video_command(plan_of("a.webm", 4, 4), ""), "-c:v") == "libvpx-vp9");
+    CHECK(value_of(video_command(plan_of("a.mkv", 4, 4), ""), "-c:v") == "ffv1");
+    CHECK(value_of(video_command(plan_of("a.mp4", 4, 4), ""), "-pix_fmt") == "yuv420p");
+    CHECK(value_of(video_command(plan_of("a.mp4", 5, 4), ""), "-pix_fmt") == "yuv444p");
+    CHECK(value_of(video_command(plan_of("a.mp4", 4, 5), ""), "-pix_fmt") == "yuv444p");
+    CHECK(value_of(video_command(plan_of("a.mkv", 5, 5), ""), "-pix_fmt") == "bgr0");
+}
+
+TEST_CASE("Closing a video that was never opened is no problem")
+{
+    video_pipe pipe;
+    std::string problem;
+    CHECK(video_close(pipe, 0, problem));
+    CHECK(problem.empty());
+}
