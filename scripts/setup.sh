@@ -80,14 +80,17 @@ need() {
     try_install install $missing || install_without_security $missing
 }
 
-# Configures a preset once and brings its targets up to date.
+# Configures a preset and brings targets up to date:
+#     build_preset PRESET ON|OFF(tests) [TARGET ...]
+# A build folder that is there already and may hold more is left as it is.
 build_preset() {
-    local preset=$1
-    shift
+    local preset=$1 tests=$2
+    shift 2
     mkdir -p build
-    if [ ! -e "build/$preset/build.ninja" ]; then
+    if [ ! -e "build/$preset/build.ninja" ] || [ "$tests" = ON ]; then
         say "configuring the $preset build"
-        cmake --preset "$preset" >"build/$preset.log" 2>&1 || { cat "build/$preset.log"; return 1; }
+        cmake --preset "$preset" -D BRIMLOW_TESTS="$tests" >"build/$preset.log" 2>&1 \
+            || { tail -n 30 "build/$preset.log"; return 1; }
     fi
     say "building ($preset)"
     ninja -C "build/$preset" "$@" >"build/$preset.log" 2>&1 || { tail -n 60 "build/$preset.log"; return 1; }
