@@ -1,9 +1,12 @@
 #include "music/music.h"
 
+#include "music/vorbis_comments.h"
+
 #include <SDL/SDL.h>
 #define STB_VORBIS_HEADER_ONLY
 #include <stb/stb_vorbis.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -18,7 +21,7 @@ constexpr uint32_t start_patience_ms = 10000;
 // Written by the audio callback, read by the main thread: one aligned word each.
 struct music_state {
     FILE* music_file;                         // read by the decoder, which closes it
-    stb_vorbis* decoder;                      // null when the file is no Ogg file
+    stb_vorbis* decoder;                      // null when the file cannot be decoded
     int decoder_error;                        // not examined
     SDL_AudioSpec obtained_spec;              // what the device granted
     std::atomic<uint32_t> bytes_total;        // requested by the device so far
@@ -60,7 +63,7 @@ static void open_decoder()
 {
     char magic[3] = {};
     if (std::fread(magic, 1, sizeof magic, music.music_file) != sizeof magic
-        || std::memcmp(magic, "Ogg", sizeof magic) != 0)
+        || std::memcmp(magic, "Ogg", sizeof magic) != 0 || !vorbis_comments_fit(music.music_file))
         return;
     std::rewind(music.music_file);
     music.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
@@ -124,7 +127,8 @@ uint32_t audio_clock_ms(uint32_t bytes_before_last, uint32_t samples, uint32_t l
         return 0;
     const double heard = static_cast<double>(bytes_before_last - buffer_bytes) * ms_per_byte;
     const double time = heard - static_cast<double>(last_fill_ticks) + static_cast<double>(now);
-    return time > 0.0 ? static_cast<uint32_t>(time) : 0; // a request between the two readings may lie ahead
+    constexpr double last_time = 4294967295.0;
+    return static_cast<uint32_t>(std::clamp(time, 0.0, last_time)); // a request between the two readings may lie ahead
 }
 
 uint32_t music_clock_update()
