@@ -52,24 +52,49 @@ static frame_plan plan_of_two()
 
 TEST_CASE("Frames that need their textures or the frame before are not tiled")
 {
-    CHECK(tiling_problem(plan_of_two()).empty());
+    CHECK(tiling_problem({}, plan_of_two()).empty());
 
     frame_plan plan = plan_of_two();
     plan.layers[1].target = 3;
-    CHECK(tiling_problem(plan) == "track 5 draws into a texture");
+    CHECK(tiling_problem({}, plan) == "track 5 draws into a texture");
     plan = plan_of_two();
     plan.layers[1].flush_texture = 3;
-    CHECK(tiling_problem(plan) == "track 5 draws into a texture");
+    CHECK(tiling_problem({}, plan) == "track 5 draws into a texture");
     plan = plan_of_two();
     plan.layers[0].clear = clear_depth;
-    CHECK(tiling_problem(plan) == "it is drawn over the frame before");
+    CHECK(tiling_problem({}, plan) == "it is drawn over the frame before");
     plan = plan_of_two();
     plan.layers[0].clear = clear_color;
-    CHECK(tiling_problem(plan) == "it is drawn over the frame before");
+    CHECK(tiling_problem({}, plan) == "it is drawn over the frame before");
     plan = plan_of_two();
     plan.layers[0].projection = projection_kept;
-    CHECK(tiling_problem(plan) == "its first layer keeps the view of the frame before");
-    CHECK_FALSE(tiling_problem({}).empty());
+    CHECK(tiling_problem({}, plan) == "its first layer keeps the view of the frame before");
+    CHECK_FALSE(tiling_problem({}, {}).empty());
+}
+
+TEST_CASE("Frames that show what others drew into a texture are not tiled")
+{
+    document d = {};
+    document_create(d, "test", timeline_new());
+    d.tracks->layer_count[2] = 1;
+    d.tracks->layers[2][0].rtex = 7;
+    scene_object* objects = static_cast<scene_object*>(std::calloc(1, sizeof(scene_object)));
+    material_record material = {};
+    material.texture[1] = add_record(d.object_table, object_reference{texture_image, 7, 1});
+    objects[0].material = add_record(d.material_table, material);
+    scene_record scene = {};
+    scene.object_count = 1;
+    scene.objects = objects;
+    frame_plan plan = plan_of_two();
+    plan.layers[1].model_id = add_record(d.scene_table, scene);
+    CHECK(tiling_problem(d, plan) == "track 5 shows a texture that layers draw into");
+
+    table_record<object_reference>(d.object_table, 1)->id = 8; // an ordinary picture
+    CHECK(tiling_problem(d, plan).empty());
+    table_record<object_reference>(d.object_table, 1)->id = 7;
+    table_record<object_reference>(d.object_table, 1)->type = texture_cube;
+    CHECK(tiling_problem(d, plan).empty());
+    document_free(d);
 }
 
 TEST_CASE("The rippler's vertices are put back, also to not being there")

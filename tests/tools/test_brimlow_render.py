@@ -149,6 +149,19 @@ def into_a_texture(length=100):
     return show
 
 
+def out_of_the_past():
+    """For a second a layer draws its colour, which changes, into a texture; it is shown for two seconds."""
+    show = Production()
+    image = show.image(png(16, 16, (0, 0, 0)))
+    seen = show.material(WHITE, (show.reference(1, image),))
+    rise = show.function((LINEAR, 100000, 0.01, 0))
+    show.colour(BLUE, 200)
+    show.layer(show.scene(placed(show.mesh(quad()), show.material((0.2, dynamic(rise), 0)))), 100, track=2, mode=1,
+               rtex=image)
+    show.layer(show.scene(placed(show.mesh(quad(0.25, 0.25, 0.75, 0.75)), seen)), 200, track=3)
+    return show
+
+
 def flicker(length=300):
     """Red and black in turns, each for a tenth of a second."""
     show = Production()
@@ -426,6 +439,16 @@ class PictureTest(RenderTest):
         with open(self.path('whole', '7.png'), 'rb') as file:
             self.assertEqual(self.frames('one'), {'7.png': file.read()})
 
+    def test_frames_before_are_played_for_what_they_draw_into_textures(self):
+        out_of_the_past().write(self.folder)
+        options = ('--fps', '20', *SMALL)
+        self.done('-o', 'whole/%d.png', *options)
+        self.done('-o', 'some/%d.png', '--at', '0.4,1.5', *options)
+        whole = self.frames('whole')
+        self.assertEqual(self.frames('some'), {name: whole[name] for name in ('8.png', '30.png')})
+        self.assertEqual(Picture(self.path('some', '30.png')).pixel(16, 12)[0], 51)  # the texture is seen
+        self.assertGreater(Picture(self.path('some', '30.png')).pixel(16, 12)[1], 230)  # as it was at 1 s
+
     def test_aspect_is_that_of_the_size_or_another(self):
         shapes().write(self.folder)
         pictures = {shape: self.still(shape.replace(':', '-') + '.png', '--size', '64x48', '--aspect', shape)
@@ -550,6 +573,9 @@ class TileTest(RenderTest):
         self.assertEqual(self.still('a.png', *SMALL).pixel(9, 9), (0, 255, 0))
         self.fails(1, 'Error: frame 0 cannot be rendered in tiles of 16 x 16: track 0 draws into a texture.',
                    '--at', '0', '-o', 'b.png', '--tile', '16', *SMALL)
+        out_of_the_past().write(self.folder)
+        self.fails(1, 'Error: frame 90 cannot be rendered in tiles of 16 x 16: track 2 shows a texture that layers '
+                   'draw into.', '--at', '1.5', '-o', 'b.png', '--tile', '16', *SMALL)
 
 
 class VideoTest(RenderTest):

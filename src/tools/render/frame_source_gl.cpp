@@ -24,6 +24,19 @@ static frame_view view_of(const frame_source& source, const frame_tile& tile)
     return {settings.screen_width, settings.screen_height, settings.aspect, whole ? frame_tile{0, 0, 0, 0} : tile};
 }
 
+static frame_plan plan_of(const frame_source& source, uint64_t frame)
+{
+    const player_settings& settings = *source.settings;
+    const frame_view view = {settings.screen_width, settings.screen_height, settings.aspect};
+    return plan_frame(settings.production, tick_of_frame(frame, source.rate), view, settings.caps);
+}
+
+static std::string tiling_sentence(const frame_source& source, uint64_t frame, const std::string& reason)
+{
+    return "frame " + std::to_string(frame) + " cannot be rendered in tiles of " + std::to_string(source.session->width)
+        + " x " + std::to_string(source.session->height) + ": " + reason;
+}
+
 void source_begin(frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures)
 {
     source.session = &session;
@@ -92,10 +105,12 @@ static void read_into(gl_session& session, uint32_t width, uint32_t height, void
     session_end_reading(session);
 }
 
-static void read_tile(gl_session& session, const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
+static void read_tile(frame_source& source, const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
 {
     rows.resize(size_t{tile.width} * tile.height * 3);
-    read_into(session, tile.width, tile.height, rows.data());
+    const auto begin = stopwatch::now();
+    read_into(*source.session, tile.width, tile.height, rows.data());
+    source.gl_seconds += seconds_since(begin);
     copy_upside_down(rows.data(), tile.width, tile.height, image, tile.x, tile.y);
 }
 
@@ -171,12 +186,15 @@ static void begin_slot(drawn_frame& slot, uint64_t frame)
 static void draw_whole(frame_source& source, drawn_frame& slot)
 {
     slot.cpu_ms = compose(source, slot.number, source.tiles[0], source.measures ? &slot.costs : nullptr);
-    const auto begin = stopwatch::now();
-    if (!begin_reading(*source.session, slot, *source.settings)) {
+    auto begin = stopwatch::now();
+    const bool begun = begin_reading(*source.session, slot, *source.settings);
+    source.gl_seconds += seconds_since(begin);
+    if (!begun) {
         std::vector<uint8_t> rows;
         slot.image = empty_picture(*source.settings);
-        read_tile(*source.session, source.tiles[0], slot.image, rows);
+        read_tile(source, source.tiles[0], slot.image, rows);
     }
+    begin = stopwatch::now();
     session_end_frame(*source.session);
     source.gl_seconds += seconds_since(begin);
 }
@@ -192,15 +210,10 @@ static void measure_tile(const frame_source& source, drawn_frame& slot, frame_co
     total = slot.costs;
 }
 
-static bool draw_in_tiles(frame_source& source, drawn_frame& slot, std::string& problem)
+// False: an effect has moved on from tile to tile.
+static bool draw_in_tiles(frame_source& source, drawn_frame& slot)
 {
     player_settings& settings = *source.settings;
-    const frame_plan plan = plan_frame(
-        settings.production, tick_of_frame(slot.number, source.rate), view_of(source, source.tiles[0]), settings.caps);
-    problem = tiling_problem(plan);
-    if (!problem.empty())
-        return false;
-
     const rippler_memory rippler = remember_rippler();
     std::vector<uint8_t> rows;
     frame_cost_record total = {};
@@ -210,14 +223,12 @@ static bool draw_in_tiles(frame_source& source, drawn_frame& slot, std::string& 
         if (i > 0)
             restore_rippler(rippler);
         slot.cpu_ms += compose(source, slot.number, source.tiles[i], source.measures ? &slot.costs : nullptr);
-        read_tile(*source.session, source.tiles[i], slot.image, rows);
+        read_tile(source, source.tiles[i], slot.image, rows);
         measure_tile(source, slot, total, i == 0);
         effects = i == 0 ? effects_fingerprint(settings.production) : effects;
     }
     session_end_frame(*source.session);
-    if (effects != effects_fingerprint(settings.production))
-        problem = "an effect moves on each time that it is drawn";
-    return problem.empty();
+    return effects == effects_fingerprint(settings.production);
 }
 
 bool source_draw(frame_source& source, uint64_t frame, std::string& problem)
@@ -226,9 +237,8 @@ bool source_draw(frame_source& source, uint64_t frame, std::string& problem)
     begin_slot(slot, frame);
     if (source.tiles.size() == 1) {
         draw_whole(source, slot);
-    } else if (!draw_in_tiles(source, slot, problem)) {
-        problem = "frame " + std::to_string(frame) + " cannot be rendered in tiles of "
-            + std::to_string(source.session->width) + " x " + std::to_string(source.session->height) + ": " + problem;
+    } else if (!draw_in_tiles(source, slot)) {
+        problem = tiling_sentence(source, frame, "an effect moves on each time that it is drawn");
         return false;
     }
     ++source.waiting_count;
@@ -266,7 +276,7 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
         compose_frame(
             settings.loading, per_cent, view_of(source, tile), settings.loading_caps, settings.glsl_path == 1);
         if (image != nullptr)
-            read_tile(*source.session, tile, *image, rows);
+            read_tile(source, tile, *image, rows);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     }
     session_end_frame(*source.session);
@@ -274,15 +284,34 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
 
 // ---- what a frame needs ---------------------------------------------------------------------
 
-uint64_t pixels_needed_from(const player_settings& settings, frame_rate rate, uint64_t frame)
+std::string source_tiling_problem(const frame_source& source, uint64_t frame)
 {
-    if (settings.production.tracks == nullptr || renders_to_textures(*settings.production.tracks))
-        return 0;
-    const frame_view view = {settings.screen_width, settings.screen_height, settings.aspect};
-    for (uint64_t from = frame; from > 0; --from) {
-        const frame_plan plan = plan_frame(settings.production, tick_of_frame(from, rate), view, settings.caps);
-        if (plan.layer_count > 0 && plan.layers[0].clear == (clear_color | clear_depth))
-            return from;
+    if (source.tiles.size() == 1)
+        return "";
+    const std::string reason = tiling_problem(source.settings->production, plan_of(source, frame));
+    return reason.empty() ? "" : tiling_sentence(source, frame, reason);
+}
+
+static bool draws_into_textures(const frame_plan& plan)
+{
+    return std::any_of(plan.layers, plan.layers + plan.layer_count,
+        [](const layer_plan& layer) { return layer.target != 0 || layer.flush_texture != 0; });
+}
+
+std::vector<bool> frames_with_pixels(const frame_source& source, const std::vector<uint64_t>& wanted)
+{
+    std::vector<bool> pixels(wanted.empty() ? 0 : wanted.back() + 1);
+    bool shows_through = false; // into a later frame that needs its pixels
+    size_t next = wanted.size();
+    for (uint64_t frame = pixels.size(); frame-- > 0;) {
+        const frame_plan plan = plan_of(source, frame);
+        const bool is_wanted = next > 0 && wanted[next - 1] == frame;
+        next -= is_wanted ? 1 : 0;
+        // What is drawn into textures in tiles is of no use: no tiled frame shows it.
+        const bool textures = source.tiles.size() == 1 && draws_into_textures(plan);
+        pixels[frame] = is_wanted || textures || shows_through;
+        const bool clears = plan.layer_count > 0 && plan.layers[0].clear == (clear_color | clear_depth);
+        shows_through = pixels[frame] && !clears;
     }
-    return 0;
+    return pixels;
 }

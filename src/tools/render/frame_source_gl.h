@@ -46,8 +46,12 @@ void source_begin(frame_source& source, gl_session& session, player_settings& se
 void source_pass(frame_source& source, uint64_t frame, bool pixels);
 
 // Draws a frame and begins to read it; at most two may wait. False with one sentence in
-// `problem` when it cannot be put together from tiles.
+// `problem` when an effect keeps it from being put together from tiles.
 [[nodiscard]] bool source_draw(frame_source& source, uint64_t frame, std::string& problem);
+
+// Why a frame cannot be put together from tiles, as one sentence; empty when it can, and
+// where there is one tile only.
+std::string source_tiling_problem(const frame_source& source, uint64_t frame);
 
 // Takes the oldest waiting frame; `times` may be null. False: none waits.
 bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_time* times);
@@ -56,7 +60,7 @@ bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_ti
 // where `image` is not null.
 void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image);
 
-// The latest frame up to `frame` from which on every pixel must be drawn to have that
-// frame right: its own number unless it lets older pictures show, and 0 where layers
-// draw into textures.
-uint64_t pixels_needed_from(const player_settings& settings, frame_rate rate, uint64_t frame);
+// Which of the frames 0 .. wanted.back() need their pixels, that the wanted ones (ascending)
+// be right: these themselves, those that draw into textures, and before either of them
+// the frames whose pictures still show through. The others may be passed without pixels.
+std::vector<bool> frames_with_pixels(const frame_source& source, const std::vector<uint64_t>& wanted);

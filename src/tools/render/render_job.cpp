@@ -184,6 +184,17 @@ static exit_status choose_range(render_job& job)
     return exit_done;
 }
 
+// Before anything is drawn: the frames before a poster take their time.
+static exit_status check_tiling(const render_job& job)
+{
+    for (const uint64_t frame : job.wanted) {
+        const std::string problem = source_tiling_problem(job.source, frame);
+        if (!problem.empty())
+            return complain(exit_broken, problem);
+    }
+    return exit_done;
+}
+
 static exit_status choose_frames(render_job& job)
 {
     job.end = count_frames(job.settings, job.options.rate);
@@ -191,12 +202,13 @@ static exit_status choose_frames(render_job& job)
         std::fputs("Error: the production shows nothing.\n", stderr);
         return exit_broken;
     }
-    if (job.options.stills.empty() && job.references.empty())
-        return choose_range(job);
-    const exit_status status = choose_stills(job);
-    if (!job.options.contact_sheet.empty())
+    const bool range = job.options.stills.empty() && job.references.empty();
+    const exit_status status = range ? choose_range(job) : choose_stills(job);
+    if (status != exit_done)
+        return status;
+    if (!range && !job.options.contact_sheet.empty())
         job.sheet_frames = job.wanted;
-    return status;
+    return check_tiling(job);
 }
 
 // ---- outputs ------------------------------------------------------------------------------------
@@ -352,20 +364,19 @@ struct frame_loop {
 
 static void run_frames(render_job& job, frame_loop& loop, progress& shown)
 {
-    uint64_t pixels_from = pixels_needed_from(job.settings, job.options.rate, job.wanted[0]);
-    for (uint64_t frame = 0; loop.done < job.wanted.size(); ++frame) {
+    const std::vector<bool> pixels = frames_with_pixels(job.source, job.wanted);
+    for (uint64_t frame = 0; frame < pixels.size(); ++frame) {
         job.interrupted |= stop_signal != 0 || job.session.stop_asked;
         if (job.interrupted)
             return;
         if (frame < job.wanted[loop.done]) {
-            source_pass(job.source, frame, frame >= pixels_from);
+            source_pass(job.source, frame, pixels[frame]);
         } else {
             loop.failed = !source_draw(job.source, frame, loop.problem)
                 || (job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem));
             if (loop.failed)
                 return;
-            if (++loop.done < job.wanted.size())
-                pixels_from = pixels_needed_from(job.settings, job.options.rate, job.wanted[loop.done]);
+            ++loop.done;
         }
         progress_show(shown, frame + 1);
     }
