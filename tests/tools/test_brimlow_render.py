@@ -669,9 +669,13 @@ class VideoTest(RenderTest):
         _, errors = self.done('-o', 'b.mkv', *SMALL)
         self.assertIn('Error: cannot open gone.ogg!', errors)
         self.assertNotIn('audio', self.probe('b.mkv')[1])
-        two_colours(10, 'demo.dpk').write(self.folder)
-        _, errors = self.done('-o', 'c.mkv', *SMALL)
-        self.assertIn('Warning: demo.dpk is no Ogg Vorbis file: the video has no sound.', errors)
+        with open(TONE, 'rb') as tone, open(self.path('cut.ogg'), 'wb') as cut:
+            cut.write(tone.read(60))
+        for name in ('demo.dpk', 'cut.ogg'):
+            two_colours(10, name).write(self.folder)
+            _, errors = self.done('-o', 'c.mkv', *SMALL)
+            self.assertIn('Warning: %s is no Ogg Vorbis file that can be decoded: the video has no sound.' % name,
+                          errors)
 
     def test_music_lies_beside_the_pack(self):
         self.put_show(10)
