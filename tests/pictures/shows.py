@@ -211,4 +211,4 @@ SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'laye
          'spinning-cube': built_by('examples', 'spinning-cube', 'build.py'),
          'first-light': built_by('first-light', 'build.py')}
 STILLS = {'textures': (0, 4), 'effects': (3, 11, 27), 'materials': (0, 5), 'layers': (2, 7), 'spinning-cube': (4, 12),
-          'first-light': (32, 96, 160, 224, 288)}
+          'first-light': (32, 96, 160, 224, 256)}
