@@ -160,6 +160,24 @@ TEST_CASE("the production's dynamic textures have the picture of time 0 from the
     }
 }
 
+TEST_CASE("computing a dynamic texture leaves the texture of another unit alone")
+{
+    // On the fixed path the third unit keeps the grey of the first material for the second one.
+    ramp_show k(24);
+    const int white = k.s.plain_texture({255, 255, 255});
+    const int grey = k.s.plain_texture({128, 128, 128});
+    const int three_units = k.s.material(setting("blend_function", 2) + color(1, 1, 1) + unit(1, {.texture = white})
+        + unit(2, {.texture = white, .function = 1}) + unit(3, {.texture = grey, .function = 2})); // times previous
+    k.s.show(0, {.scene = k.s.full_scene(three_units)});
+    k.s.show(1, {.scene = k.s.full_scene(k.material)});
+    small_show show(k.s, false);
+    if (show.caps.texture_units < 3)
+        return;
+    const picture p = show.frame(100);
+    const rgb moving = ramp_color(100, 32, 32, 24);
+    check_pixel(p, 81, 58, {moving.red / 2, moving.green / 2, moving.blue / 2}, 3);
+}
+
 TEST_CASE("pixel buffers change no pixel of any kind of dynamic texture, over several frames")
 {
     for (const bool glsl : {false, true}) {

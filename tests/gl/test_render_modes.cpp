@@ -468,18 +468,29 @@ TEST_CASE("targets of every format take the copy without an error")
     }
 }
 
-TEST_CASE("copies leave the texture of another unit alone")
+TEST_CASE("copies and new targets leave the texture of another unit alone")
 {
-    stock k; // the last unit of a material stays active; the copy must not bind there
+    // The last unit of a material stays active, and on the fixed path later materials of fewer
+    // units leave its picture in use: neither a copy nor a new target may be bound there.
+    stock k;
     const int target = k.s.black_image(64, 32);
-    const int half_grey = k.s.plain_texture({128, 128, 128});
-    const int two_units = k.s.material(setting("blend_function", 2) + color(1, 1, 1)
-        + unit(1, {.texture = half_grey, .function = 2}) + unit(2, {.texture = half_grey, .function = 1}));
-    k.s.show(0, {.scene = k.s.full_scene(two_units), .mode = to_texture, .rtex = target});
-    k.s.show(1, {.scene = k.s.full_scene(two_units)});
-    for (const bool glsl : {false, true}) {
-        small_show show(k.s, glsl);
-        for (int n = 0; n < 2; ++n)
-            check_pixel(show.frame(), 80, 60, to_rgb(0.252, 0.252, 0.252));
-    }
+    const int made_anew = k.s.black_image(16, 16);
+    const int white = k.s.plain_texture({255, 255, 255});
+    const int grey = k.s.plain_texture({128, 128, 128});
+    const int three_units = k.s.material(setting("blend_function", 2) + color(1, 0, 0) + unit(1, {.texture = white})
+        + unit(2, {.texture = white, .function = 1}) + unit(3, {.texture = grey, .function = 2})); // texture x previous
+    k.s.show(0, {.scene = k.s.full_scene(three_units), .mode = to_texture, .rtex = target});
+    const int plain = k.s.full_scene(k.s.plain_material({200, 100, 50}));
+    k.s.show(1, {.scene = plain});
+    small_show copied(k.s, false);
+    if (copied.caps.texture_units < 3)
+        return;
+    for (int n = 0; n < 2; ++n)
+        check_pixel(copied.frame(), 80, 60, {100, 50, 25});
+    k.s.tracks[0].clear();
+    k.s.show(0, {.scene = k.s.full_scene(three_units)});
+    k.s.tracks[1].clear();
+    k.s.show(1, {.scene = plain, .mode = quarter, .rtex = made_anew});
+    small_show recreated(k.s, false);
+    check_pixel(recreated.frame(), 40, 30, {100, 50, 25});
 }

@@ -492,6 +492,19 @@ TEST_CASE("generated meshes are updated and drawn like models, with buffers and 
     }
 }
 
+TEST_CASE("generated meshes follow the object's time")
+{
+    for (const bool glsl : {false, true}) {
+        swirl_show k;
+        k.swirl = k.s.effect(2, {k.s.linear(3.14159265358979 / 128 / 150), 0});
+        placed_object o = k.object(k.material);
+        o.offset = 100;
+        k.s.show(0, {.scene = k.s.scene({o}), .offset = 20, .camera = wide_camera()});
+        small_show show(k.s, glsl);
+        check_swirl(show.frame(30), white);
+    }
+}
+
 TEST_CASE("a generated mesh without a material is drawn with the state as it stands")
 {
     for (const bool glsl : {false, true}) {
