@@ -1,7 +1,6 @@
 #include "frame_source_gl.h"
 
 #include "frame_clock.h"
-#include "production.h"
 #include "tiles.h"
 
 #include <GL/glew.h>
@@ -282,7 +281,7 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
     session_end_frame(*source.session);
 }
 
-// ---- what a frame needs ---------------------------------------------------------------------
+// ---- tiles ----------------------------------------------------------------------------------
 
 std::string source_tiling_problem(const frame_source& source, uint64_t frame)
 {
@@ -290,28 +289,4 @@ std::string source_tiling_problem(const frame_source& source, uint64_t frame)
         return "";
     const std::string reason = tiling_problem(source.settings->production, plan_of(source, frame));
     return reason.empty() ? "" : tiling_sentence(source, frame, reason);
-}
-
-static bool draws_into_textures(const frame_plan& plan)
-{
-    return std::any_of(plan.layers, plan.layers + plan.layer_count,
-        [](const layer_plan& layer) { return layer.target != 0 || layer.flush_texture != 0; });
-}
-
-std::vector<bool> frames_with_pixels(const frame_source& source, const std::vector<uint64_t>& wanted)
-{
-    std::vector<bool> pixels(wanted.empty() ? 0 : wanted.back() + 1);
-    bool shows_through = false; // into a later frame that needs its pixels
-    size_t next = wanted.size();
-    for (uint64_t frame = pixels.size(); frame-- > 0;) {
-        const frame_plan plan = plan_of(source, frame);
-        const bool is_wanted = next > 0 && wanted[next - 1] == frame;
-        next -= is_wanted ? 1 : 0;
-        // What is drawn into textures in tiles is of no use: no tiled frame shows it.
-        const bool textures = source.tiles.size() == 1 && draws_into_textures(plan);
-        pixels[frame] = is_wanted || textures || shows_through;
-        const bool clears = plan.layer_count > 0 && plan.layers[0].clear == (clear_color | clear_depth);
-        shows_through = pixels[frame] && !clears;
-    }
-    return pixels;
 }

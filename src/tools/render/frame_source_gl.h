@@ -59,8 +59,3 @@ bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_ti
 // Draws the loading screen at a per cent of the loading, as the player does, and reads it
 // where `image` is not null.
 void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image);
-
-// Which of the frames 0 .. wanted.back() need their pixels, that the wanted ones (ascending)
-// be right: these themselves, those that draw into textures, and before either of them
-// the frames whose pictures still show through. The others may be passed without pixels.
-std::vector<bool> frames_with_pixels(const frame_source& source, const std::vector<uint64_t>& wanted);

@@ -2,6 +2,7 @@
 
 #include "comparison.h"
 #include "contact_sheet.h"
+#include "frame_needs.h"
 #include "frame_source_gl.h"
 #include "picture_worker.h"
 #include "production.h"
@@ -364,7 +365,9 @@ struct frame_loop {
 
 static void run_frames(render_job& job, frame_loop& loop, progress& shown)
 {
-    const std::vector<bool> pixels = frames_with_pixels(job.source, job.wanted);
+    const player_settings& settings = job.settings;
+    const std::vector<bool> pixels = frames_with_pixels(settings.production,
+        {settings.screen_width, settings.screen_height, settings.aspect}, settings.caps, job.options.rate, job.wanted);
     for (uint64_t frame = 0; frame < pixels.size(); ++frame) {
         job.interrupted |= stop_signal != 0 || job.session.stop_asked;
         if (job.interrupted)
