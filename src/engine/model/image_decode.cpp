@@ -2,7 +2,7 @@
 
 #include "content/owners.h"
 #include "content/pack.h"
-#include "model/jpeg_tables.h"
+#include "model/picture_check.h"
 
 #include <climits>
 #include <cstdlib>
@@ -16,7 +16,7 @@ image_status measure_image(const uint8_t* data, uint32_t size, uint32_t& width, 
     int w = 0;
     int h = 0;
     int components = 0;
-    if (size == 0 || size > INT_MAX || !jpeg_tables_fit(data, size)
+    if (size == 0 || size > INT_MAX || !picture_is_harmless(data, size)
         || stbi_info_from_memory(data, static_cast<int>(size), &w, &h, &components) == 0 || w <= 0 || h <= 0)
         return image_undecodable;
     width = static_cast<uint32_t>(w);
