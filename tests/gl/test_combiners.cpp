@@ -1,4 +1,4 @@
-// Every combination of combine modes, in one picture each: a cell of 10 x 10 pixels for
+// Combinations of combine modes, many in one picture: a cell of 10 x 10 pixels for
 // every material, and beside it the same computed in doubles by the rules of its path.
 #include "small_show.h"
 
@@ -126,8 +126,10 @@ std::vector<combination> all_combinations()
         all.push_back({1, {a + 7, 0, 0}, {a, 0, 0}}); // the number of the one long list
         for (int b = 0; b < 6; ++b) {
             all.push_back({2, {a, b, 0}, {a, b, 0}});
+            // The third unit sees only what the two before hand on: one of the first's ways will do.
             for (int c = 0; c < 7; ++c)
-                all.push_back({3, {a, b, c}, {a, b, c}});
+                if (a == 2 || (b == 1 && c == 0))
+                    all.push_back({3, {a, b, c}, {a, b, c}});
         }
     }
     all.push_back({1, {4, 0, 0}, {0, 0, 0}}); // what no list has acts as 0
@@ -207,26 +209,26 @@ void check_all(const show_options& options, combiner which)
 
 } // namespace
 
-TEST_CASE("all combinations of combine modes give the fixed path's colours and alphas, plain combiners")
+TEST_CASE("combinations of combine modes give the fixed path's colours and alphas, plain combiners")
 {
     check_all({.glsl = false}, plain_combiner);
 }
 
-TEST_CASE("all combinations of combine modes, with unit 3's three arguments in one combiner")
+TEST_CASE("combinations of combine modes, with unit 3's three arguments in one combiner")
 {
     open_test_window();
     if (GLEW_ATI_texture_env_combine3)
         check_all({.glsl = false}, ati_combiner);
 }
 
-TEST_CASE("all combinations of combine modes, with unit 3's two products in one combiner")
+TEST_CASE("combinations of combine modes, with unit 3's two products in one combiner")
 {
     open_test_window();
     if (GLEW_NV_texture_env_combine4)
         check_all({.glsl = false}, nv_combiner);
 }
 
-TEST_CASE("all combinations of combine modes give the shader path's colours and alphas")
+TEST_CASE("combinations of combine modes give the shader path's colours and alphas")
 {
     check_all({.glsl = true}, plain_combiner);
 }
