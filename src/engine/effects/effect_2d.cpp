@@ -19,7 +19,7 @@ static uint8_t ramp_byte(uint32_t sum)
     return static_cast<uint8_t>(sum + static_cast<uint32_t>(turns));
 }
 
-static void render_ramp(const picture& out, std::span<const float> params, effect_2d_state* state)
+static void render_ramp(const effect_picture& out, std::span<const float> params, effect_2d_state* state)
 {
     if (state != nullptr)
         ++state->calls;
@@ -89,7 +89,7 @@ static void grow_amoba(uint8_t* colony, uint32_t width, uint32_t height, uint32_
     }
 }
 
-static void render_amoba(const picture& out, float update, effect_2d_state* state)
+static void render_amoba(const effect_picture& out, float update, effect_2d_state* state)
 {
     if (state == nullptr || state->buffer == nullptr)
         return;
@@ -110,7 +110,7 @@ static double table_entry(uint32_t steps)
 
 // Sums of two cosines times 255 pass the byte and wrap, on purpose. Steps are unsigned:
 // they wrap, and the masks keep what stays inside the table.
-static void render_normal_map(const picture& out, float time)
+static void render_normal_map(const effect_picture& out, float time)
 {
     if (out.channels != 3)
         return;
@@ -162,7 +162,7 @@ void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint
     effect_2d_state* state, uint8_t* out)
 {
     assert(params.size() >= 3 && (bpp == 8 || bpp == 24));
-    const picture target = {.pixels = out, .width = width, .height = height, .channels = bpp / 8};
+    const effect_picture target = {.pixels = out, .width = width, .height = height, .channels = bpp / 8};
     switch (static_cast<effect_2d_kind>(type)) {
     case effect_2d_test:
         return render_ramp(target, params, state);

@@ -78,7 +78,7 @@ static uint8_t* write_pixel(uint8_t* out, uint32_t channels, const colour_waves&
 
 // ---- the two fields ----------------------------------------------------------------------
 
-void render_plasma(const picture& out, float step)
+void render_plasma(const effect_picture& out, float step)
 {
     const double t = 0.5 * static_cast<double>(step);
     const double amplitude = sine(0.1 * t) + 1.88;
@@ -109,7 +109,7 @@ void render_plasma(const picture& out, float step)
     }
 }
 
-void render_rotating_plasma(const picture& out, float step)
+void render_rotating_plasma(const effect_picture& out, float step)
 {
     const double t = 0.5 * static_cast<double>(step);
     const double a = (sine(0.1 * t) + 1.88) * 20.0;

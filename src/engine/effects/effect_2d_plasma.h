@@ -8,12 +8,12 @@
 
 // A picture that is written: width x height pixels of `channels` bytes (3: R, G, B;
 // 1: the red value only), rows without gaps.
-struct picture {
+struct effect_picture {
     uint8_t* pixels;
     uint32_t width;
     uint32_t height;
     uint32_t channels;
 };
 
-void render_plasma(const picture& out, float step);
-void render_rotating_plasma(const picture& out, float step);
+void render_plasma(const effect_picture& out, float step);
+void render_rotating_plasma(const effect_picture& out, float step);

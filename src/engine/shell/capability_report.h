@@ -1,7 +1,7 @@
 // The capability report: what the driver offers and the viewer wants, turned into
 // the capability records, the texture formats and the printed lines.
 //
-// Pure decision; display_gl.cpp asks the driver and applies the result.
+// Pure decision; driver_gl.cpp asks the driver and applies the result.
 #pragma once
 
 #include "model/capabilities.h"

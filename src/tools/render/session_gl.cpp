@@ -2,8 +2,8 @@
 
 #include "render/matrix.h"
 #include "shell/capability_report.h"
+#include "shell/driver_gl.h"
 #include "texgen/cosine_table.h"
-#include "texgen/maze_tables.h"
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
@@ -223,65 +223,28 @@ void session_end_reading(const gl_session& session)
 
 // ---- the driver's offer -------------------------------------------------------------------
 
-static bool has_shader_entry_points()
-{
-    return glCreateShader != nullptr && glShaderSource != nullptr && glCompileShader != nullptr
-        && glGetShaderiv != nullptr && glCreateProgram != nullptr && glLinkProgram != nullptr && glUseProgram != nullptr
-        && glGetUniformLocation != nullptr && glUniformMatrix4fv != nullptr && glGetAttribLocation != nullptr
-        && glVertexAttribPointer != nullptr;
-}
-
 // The player's questions, less what --caps takes away.
 static driver_offer ask_driver(const lesser_card& lesser)
 {
-    GLint units = initial_caps.texture_units;
-    glGetIntegerv(GL_MAX_TEXTURE_UNITS, &units);
+    driver_offer offer = ask_driver_gl();
+    offer.vertex_buffer_object &= !lesser.no_vbo;
+    offer.pixel_buffer_object &= !lesser.no_pbo;
+    offer.texture_npot &= !lesser.no_npot;
+    offer.texture_compression &= !lesser.no_compression;
+    offer.nv_combine4 &= !lesser.no_combine4;
+    offer.ati_combine3 &= !lesser.no_combine3;
     if (lesser.units != 0)
-        units = std::min(units, static_cast<GLint>(lesser.units));
-    return {
-        .version_2_1 = GLEW_VERSION_2_1 != 0,
-        .vertex_buffer_object = GLEW_ARB_vertex_buffer_object != 0 && glBindBuffer != nullptr && !lesser.no_vbo,
-        .pixel_buffer_object = GLEW_ARB_pixel_buffer_object != 0 && !lesser.no_pbo,
-        .texture_npot = GLEW_ARB_texture_non_power_of_two != 0 && !lesser.no_npot,
-        .texture_compression = GLEW_ARB_texture_compression != 0 && !lesser.no_compression,
-        .nv_combine4 = GLEW_NV_texture_env_combine4 != 0 && !lesser.no_combine4,
-        .ati_combine3 = GLEW_ATI_texture_env_combine3 != 0 && !lesser.no_combine3,
-        .nv_texture_shader = GLEW_NV_texture_shader != 0,
-        .ati_envmap_bumpmap = GLEW_ATI_envmap_bumpmap != 0,
-        .shader_objects = has_shader_entry_points(),
-        .texture_units = units,
-    };
+        offer.texture_units = std::min(offer.texture_units, static_cast<int32_t>(lesser.units));
+    return offer;
 }
 
-static void apply_report(gl_session& session, player_settings& settings, const capability_report& report)
-{
-    settings.caps = report.caps;
-    settings.loading_caps = report.loading_caps;
-    settings.texture_formats = report.formats;
-    settings.max_texture_units_raw = report.texture_units;
-    settings.glsl_path = report.glsl_path;
-    session.report = report.text;
-    if (report.compression_hint)
-        glHint(GL_TEXTURE_COMPRESSION_HINT, GL_NICEST);
-}
-
-// What the player sets for its window before it loads anything.
-static void set_initial_state()
+// What the player does for its window before it loads anything.
+static void begin_drawing()
 {
     init_matrices();
     build_cosine_table();
-    build_maze_tables();
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LEQUAL);
-    glEnable(GL_BLEND);
-    glShadeModel(GL_SMOOTH);
-    glEnable(GL_COLOR_MATERIAL);
-    const GLfloat no_ambient[] = {0.0f, 0.0f, 0.0f, 1.0f};
-    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, no_ambient);
-    glTexGeni(GL_S, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
-    glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
-    glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
+    set_unchanging_state_gl();
 }
 
 static const char* driver_text(GLenum name)
@@ -305,13 +268,15 @@ bool session_open(gl_session& session, const render_options& options, player_set
         return false;
     }
     const capability_wishes wishes = {.use_vbo = 1, .use_glsl = options.glsl ? 1 : 0, .first_argument = nullptr};
-    apply_report(session, settings, report_capabilities(ask_driver(options.caps), wishes));
+    const capability_report report = report_capabilities(ask_driver(options.caps), wishes);
+    session.report = report.text;
+    apply_report_gl(settings, report);
     GLint samples = 0;
     glGetIntegerv(GL_SAMPLES, &samples);
     session.samples = static_cast<uint32_t>(std::max(samples, 0));
     session.driver = std::string(driver_text(GL_RENDERER)) + ", OpenGL " + driver_text(GL_VERSION);
     session.timer_queries = GLEW_ARB_timer_query && glGetQueryObjectui64v != nullptr;
-    set_initial_state();
+    begin_drawing();
     return true;
 }
 
