@@ -160,6 +160,35 @@ TEST_CASE("a name longer than a slot is compared with what follows in the file")
     CHECK(read_from("DP\x01" + slots + third + terminator + "abc", (request + "m").c_str()).status == pack_missing);
 }
 
+TEST_CASE("a comparison that ran past a slot goes back to the slot behind it")
+{
+    // Three slots without a zero byte. The second one agrees with the request until the third
+    // one's first byte; the third one agrees whole, with what stands behind it.
+    const std::string request = std::string(pack_slot_size, 'a') + "b";
+    const std::string slots = std::string(pack_slot_size, 'x') + std::string(2 * pack_slot_size, 'a');
+    const auto status_before = [&](char fourth) {
+        return read_from("DP\x01" + slots + slot_bytes({fourth}, 0, 0) + terminator, request.c_str()).status;
+    };
+    CHECK(status_before('b') == pack_damaged);
+    CHECK(status_before('c') == pack_missing);
+}
+
+TEST_CASE("a slot that ends with its name has no entry but still a name")
+{
+    const pack_stream pack("DP\x01" + slot_bytes("x", 0, 0).substr(0, pack_name_size));
+    pack_slot slot;
+    REQUIRE(pack_read_slot(pack.file, 0, slot));
+    CHECK(std::string(slot.name) == "x");
+    CHECK(slot.damaged);
+    CHECK_FALSE(pack_read_slot(pack.file, 1, slot));
+    pack_file_list* list = nullptr;
+    const std::string lines = printed_on(stdout, [&] { list = pack_list_names(pack.file); });
+    CHECK(lines == "unexpected error\n"); // where the next slot would begin
+    REQUIRE(list->name);
+    CHECK(std::string(list->name) == "x");
+    pack_file_list_free(list);
+}
+
 TEST_CASE("an entry of no bytes is found and has none")
 {
     const pack_stream pack("DP\x01" + slot_bytes("x", 75, 74) + terminator);

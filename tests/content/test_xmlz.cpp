@@ -1538,6 +1538,22 @@ TEST_CASE("a stored envelope is a size word, a header, a block and a checksum")
     CHECK(xmlz_store(nullptr, xmlz_max_size + 1, &size) == nullptr);
 }
 
+TEST_CASE("the checksum of a long envelope is its sums modulo 65521")
+{
+    // n bytes of 255: the first sum is 1 + 255 n, the second n + 255 n (n + 1) / 2.
+    const uint64_t n = 100000;
+    const std::string content(n, '\xFF');
+    uint32_t size = 0;
+    uint8_t* entry = xmlz_store(reinterpret_cast<const uint8_t*>(content.data()), n, &size);
+    REQUIRE(entry);
+    const uint64_t a = (1 + 255 * n) % 65521;
+    const uint64_t b = (n + 255 * (n * (n + 1) / 2)) % 65521;
+    const uint8_t* sum = entry + size - 4;
+    CHECK((sum[0] << 8 | sum[1]) == static_cast<int>(b));
+    CHECK((sum[2] << 8 | sum[3]) == static_cast<int>(a));
+    std::free(entry);
+}
+
 TEST_CASE("every status has its words")
 {
     CHECK(std::string(xmlz_status_text(xmlz_ok)) == "");

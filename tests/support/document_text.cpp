@@ -247,8 +247,10 @@ reading::reading(const std::string& text, const std::vector<pack_content>& entri
             break;
         }
     }
-    for (const document_problem& problem : reader.problems)
+    for (const document_problem& problem : reader.problems) {
         lines.push_back(problem.text);
+        REQUIRE(problem.fatal == (failed && lines.size() == reader.problems.size())); // what is fatal comes last
+    }
 }
 
 reading::~reading()
