@@ -25,16 +25,16 @@ constexpr uint32_t max_segment_params = 24;
 constexpr uint32_t no_cached_time = 0xFFFFFFFFu;
 
 struct animation_function {
-    uint8_t value_type;                                       // 0 float, 1 integer; kept, not used
-    uint8_t segment_count;                                    // segments in use, 0..16
-    int32_t segment_type[max_segments];                       // segment_kind of each segment
-    uint32_t segment_length[max_segments];                    // ticks
-    float segment_params[max_segments][max_segment_params];   // a, b, c, d, e or x1, y1 .. x12, y12
-    uint8_t loop_type;                                        // loop_kind
-    float loop_begin;                                         // ticks
-    float loop_end;                                           // ticks
-    float cached_value;                                       // value at cached_time
-    uint32_t cached_time;                                     // caller's time of the last evaluation
+    uint8_t value_type;                                     // 0 float, 1 integer; kept, not used
+    uint8_t segment_count;                                  // segments in use, 0..16
+    int32_t segment_type[max_segments];                     // segment_kind of each segment
+    uint32_t segment_length[max_segments];                  // ticks
+    float segment_params[max_segments][max_segment_params]; // a, b, c, d, e or x1, y1 .. x12, y12
+    uint8_t loop_type;                                      // loop_kind
+    float loop_begin;                                       // ticks
+    float loop_end;                                         // ticks
+    float cached_value;                                     // value at cached_time
+    uint32_t cached_time;                                   // caller's time of the last evaluation
 };
 
 // The function's value at `time` ticks. Changes only the record's cache.

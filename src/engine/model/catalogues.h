@@ -8,23 +8,59 @@
 
 #include <cstdint>
 
-struct effect_type_entry { char name[32]; uint8_t param_count; char param_name[16][32]; };
-struct effect_2d_entry { char name[32]; uint8_t param_count; char param_name[32][32]; };
-struct manipulator_entry { char name[32]; uint8_t places_model; uint8_t param_count; char param_name[32][32]; };
-struct render_mode_entry { char name[52]; uint8_t uses_target; char param_name[4][32]; };
-struct texture_operation_entry { char name[32]; uint8_t input_count; uint8_t param_count; char param_name[8][32]; };
-struct texture_generator_entry { char name[32]; uint32_t colour_count; uint32_t number_count; char param_name[8][32]; };
-struct function_type_entry { char name[32]; char formula[48]; uint8_t param_count; char param_name[24][32]; };
-struct name_entry { char name[32]; };
-struct glyph_name_entry { char name[17]; };
+struct effect_type_entry {
+    char name[32];
+    uint8_t param_count;
+    char param_name[16][32];
+};
+struct effect_2d_entry {
+    char name[32];
+    uint8_t param_count;
+    char param_name[32][32];
+};
+struct manipulator_entry {
+    char name[32];
+    uint8_t places_model;
+    uint8_t param_count;
+    char param_name[32][32];
+};
+struct render_mode_entry {
+    char name[52];
+    uint8_t uses_target;
+    char param_name[4][32];
+};
+struct texture_operation_entry {
+    char name[32];
+    uint8_t input_count;
+    uint8_t param_count;
+    char param_name[8][32];
+};
+struct texture_generator_entry {
+    char name[32];
+    uint32_t colour_count;
+    uint32_t number_count;
+    char param_name[8][32];
+};
+struct function_type_entry {
+    char name[32];
+    char formula[48];
+    uint8_t param_count;
+    char param_name[24][32];
+};
+struct name_entry {
+    char name[32];
+};
+struct glyph_name_entry {
+    char name[17];
+};
 
 extern const effect_type_entry effect_types[5];
 extern const effect_2d_entry effects_2d[5];
 extern const manipulator_entry manipulators[4];
 extern const render_mode_entry render_modes[9];
 extern const name_entry object_kinds[3];
-extern const texture_operation_entry image_operations[4];  // codes 101..104
-extern const texture_operation_entry node_operations[10];  // codes 201..210
+extern const texture_operation_entry image_operations[4]; // codes 101..104
+extern const texture_operation_entry node_operations[10]; // codes 201..210
 extern const texture_generator_entry texture_generators[6];
 extern const function_type_entry function_types[6];
 extern const name_entry loop_modes[3];

@@ -42,20 +42,20 @@ const char* section_name(uint32_t section);
 
 // Everything that one document is made of. Null tables are empty.
 struct document {
-    const char* name;                 // "demo.xmlz"; not owned
-    record_table* texture_table;      // texture_node
-    record_table* mesh_table;         // mesh_record
-    record_table* function_table;     // animation_function
-    record_table* transform_table;    // value_record
+    const char* name;              // "demo.xmlz"; not owned
+    record_table* texture_table;   // texture_node
+    record_table* mesh_table;      // mesh_record
+    record_table* function_table;  // animation_function
+    record_table* transform_table; // value_record
     record_table* dynamic_texture_table;
     record_table* image_texture_table;
     record_table* cube_map_table;
     record_table* font_table;
-    record_table* object_table;       // object_reference
+    record_table* object_table; // object_reference
     record_table* material_table;
-    record_table* effect_table;       // mesh_effect
+    record_table* effect_table; // mesh_effect
     record_table* scene_table;
-    timeline* tracks;                 // owned; null: nothing to play
+    timeline* tracks;                  // owned; null: nothing to play
     generated_image* generated_images; // section 1, kept until section 2 is made; owned
     uint32_t generated_image_count;
 };
@@ -81,20 +81,20 @@ struct document_problem {
 
 // What the meshes and pictures of one document may unfold to: an entry can be named by
 // many records, and a small one can unfold to much.
-constexpr uint64_t max_unfolded_bytes = uint64_t {2} << 30;
+constexpr uint64_t max_unfolded_bytes = uint64_t{2} << 30;
 
 // Where the reading stands. Starts with document_reader_begin.
 struct document_reader {
     document* target;
-    const xml_node* section_node;   // the section under way, null at the end
-    const xml_node* record_node;    // the record to read next
-    FILE* pack;                     // where entries come from; not owned, may be null
-    uint32_t section;               // number of the section under way, from 1
-    uint32_t record;                // number of the record read last, from 1
-    uint32_t handle;                // its handle (for section 14: its track number + 1), 0: none was made
-    bool section_finished;          // the step ended a section instead of reading a record
-    uint32_t layer_start;           // running position of the track under way, ticks
-    uint64_t unfolded_bytes;        // decoded meshes and pictures so far
+    const xml_node* section_node; // the section under way, null at the end
+    const xml_node* record_node;  // the record to read next
+    FILE* pack;                   // where entries come from; not owned, may be null
+    uint32_t section;             // number of the section under way, from 1
+    uint32_t record;              // number of the record read last, from 1
+    uint32_t handle;              // its handle (for section 14: its track number + 1), 0: none was made
+    bool section_finished;        // the step ended a section instead of reading a record
+    uint32_t layer_start;         // running position of the track under way, ticks
+    uint64_t unfolded_bytes;      // decoded meshes and pictures so far
     std::vector<document_problem> problems;
 };
 

@@ -62,8 +62,7 @@ bool record_table_removable(const record_table* table, uint32_t handle);
 void record_table_free(record_table* table);
 
 // The record of a handle as its type; null as record_table_get.
-template <typename record>
-record* table_record(const record_table* table, uint32_t handle)
+template <typename record> record* table_record(const record_table* table, uint32_t handle)
 {
     return static_cast<record*>(record_table_get(table, handle));
 }

@@ -24,7 +24,7 @@ struct animated_value {
 // position; a colour: 3..5. Dynamic marks are bits: values 0..5 are 128, 64, 32,
 // 16, 8, 4 of the first byte, 6..8 are 128, 64, 32 of the second.
 struct value_record {
-    float values[9];          // constants, or handles of function_table
+    float values[9]; // constants, or handles of function_table
     uint8_t dynamic_flags[2];
 };
 
@@ -53,8 +53,8 @@ enum generator_kind : int32_t {
 
 // Slot 0 is the generator kind, 1..8 are unused, the values follow from slot 9.
 struct generator_params {
-    int32_t kind;                    // slot 0
-    int32_t unused[8];               // slots 1..8
+    int32_t kind;                       // slot 0
+    int32_t unused[8];                  // slots 1..8
     float values[max_generator_values]; // slots 9..32
 };
 static_assert(sizeof(generator_params) == generated_param_slots * 4);
@@ -88,11 +88,11 @@ constexpr uint32_t max_node_outputs = 255;
 constexpr uint32_t max_node_values = 9;
 
 struct texture_node {
-    uint8_t type;                       // node_code; other codes compute nothing
-    char name[35];                      // zero-terminated
-    uint32_t layer_id;                  // generated image, counted from 0; below code 201
+    uint8_t type;      // node_code; other codes compute nothing
+    char name[35];     // zero-terminated
+    uint32_t layer_id; // generated image, counted from 0; below code 201
     float values[max_node_values];
-    uint32_t input1;                    // handles of texture_table
+    uint32_t input1; // handles of texture_table
     uint32_t input2;
     uint32_t output_count;
     uint32_t outputs[max_node_outputs]; // handles of the nodes that this one feeds
@@ -109,15 +109,15 @@ constexpr uint32_t max_texcoord_sets = 3;
 
 // What drawing needs of a mesh, wherever it comes from: a file or an effect.
 struct mesh_arrays {
-    uint32_t vertex_count;                   // at most 65,535
-    uint32_t index_count;                    // three a triangle
-    uint32_t texcoord_sets;                  // 0..3
-    float* positions;                        // 3 a vertex
-    float* texcoords[max_texcoord_sets];     // 2 a vertex; null beyond texcoord_sets
-    float* normals;                          // 3 a vertex; null: none
-    uint16_t* indices;                       // index_count entries
-    uint16_t* line_indices;                  // 2 x index_count entries, made on first use; owned
-    uint32_t position_buffer;                // OpenGL buffer names, 0: client arrays
+    uint32_t vertex_count;               // at most 65,535
+    uint32_t index_count;                // three a triangle
+    uint32_t texcoord_sets;              // 0..3
+    float* positions;                    // 3 a vertex
+    float* texcoords[max_texcoord_sets]; // 2 a vertex; null beyond texcoord_sets
+    float* normals;                      // 3 a vertex; null: none
+    uint16_t* indices;                   // index_count entries
+    uint16_t* line_indices;              // 2 x index_count entries, made on first use; owned
+    uint32_t position_buffer;            // OpenGL buffer names, 0: client arrays
     uint32_t texcoord_buffer[max_texcoord_sets];
     uint32_t normal_buffer;
     uint32_t index_buffer;
@@ -125,7 +125,7 @@ struct mesh_arrays {
 };
 
 struct mesh_record {
-    uint8_t* data;      // the inflated bytes that arrays points into; owned
+    uint8_t* data; // the inflated bytes that arrays points into; owned
     mesh_arrays arrays;
 };
 
@@ -133,7 +133,7 @@ struct mesh_record {
 
 enum effect_2d_kind : uint32_t {
     effect_2d_test = 0,
-    effect_2d_plasma = 1,     // "Effect 1"
+    effect_2d_plasma = 1, // "Effect 1"
     effect_2d_amoba = 2,
     effect_2d_rotate = 3,
     effect_2d_normalmap = 4,
@@ -143,15 +143,15 @@ enum effect_2d_kind : uint32_t {
 constexpr uint32_t max_effect_2d_params = 32;
 
 struct effect_2d_state {
-    uint8_t calls;    // pictures made, modulo 256; kind 0 only
-    uint8_t* buffer;  // owned; kind 2 only
-    int32_t counter;  // whole "Update" value of the last growth; kind 2 only
+    uint8_t calls;   // pictures made, modulo 256; kind 0 only
+    uint8_t* buffer; // owned; kind 2 only
+    int32_t counter; // whole "Update" value of the last growth; kind 2 only
 };
 
 struct dynamic_texture {
     char name[32];
-    uint32_t type;                            // effect_2d_kind
-    uint32_t width;                           // 64, 128, 256 or 512
+    uint32_t type;  // effect_2d_kind
+    uint32_t width; // 64, 128, 256 or 512
     uint32_t height;
     uint32_t bpp;                             // 8 or 24
     uint32_t functions[max_effect_2d_params]; // handles of function_table
@@ -165,11 +165,11 @@ struct dynamic_texture {
 };
 
 struct image_texture {
-    uint32_t width;         // pixels
+    uint32_t width; // pixels
     uint32_t height;
-    uint32_t components;    // 3 or 4
-    uint8_t* pixels;        // decoded, owned; null once uploaded
-    uint8_t* level1;        // ready-made mipmap levels, same components; owned, null: none
+    uint32_t components; // 3 or 4
+    uint8_t* pixels;     // decoded, owned; null once uploaded
+    uint8_t* level1;     // ready-made mipmap levels, same components; owned, null: none
     uint8_t* level2;
     uint8_t texture_format; // 0..8
     uint8_t texture_filter; // 0 nearest, 1 linear, else with mipmaps
@@ -180,12 +180,12 @@ struct image_texture {
 constexpr uint32_t cube_face_count = 6; // +x, -x, +y, -y, +z, -z
 
 struct cube_map {
-    uint32_t size;                    // side of every face, pixels
+    uint32_t size;                        // side of every face, pixels
     uint32_t components[cube_face_count]; // 3 or 4
-    uint8_t* faces[cube_face_count];  // decoded, owned; null once uploaded
-    uint8_t texture_format;           // 0..8
-    uint8_t texture_filter;           // 0 nearest, 1 linear, else with mipmaps
-    uint32_t texture;                 // OpenGL name
+    uint8_t* faces[cube_face_count];      // decoded, owned; null once uploaded
+    uint8_t texture_format;               // 0..8
+    uint8_t texture_filter;               // 0 nearest, 1 linear, else with mipmaps
+    uint32_t texture;                     // OpenGL name
 };
 
 // ---- fonts, object references ----------------------------------------------------
@@ -229,16 +229,16 @@ enum coordinate_generation : uint8_t { coordinates_off = 0, coordinates_sphere =
 
 // The program of one material: its texts and, once built, its OpenGL names.
 struct shader_program {
-    char* vertex_source;              // owned, zero-terminated; null: none
+    char* vertex_source; // owned, zero-terminated; null: none
     char* fragment_source;
-    int32_t vertex_length;            // bytes without the terminator
+    int32_t vertex_length; // bytes without the terminator
     int32_t fragment_length;
-    char info_log[info_log_size];     // "VS:" log "\n" "FS:" log
-    uint32_t vertex_shader;           // OpenGL names, 0 until created
+    char info_log[info_log_size]; // "VS:" log "\n" "FS:" log
+    uint32_t vertex_shader;       // OpenGL names, 0 until created
     uint32_t fragment_shader;
     uint32_t program;
-    uint32_t shared_program;          // stays 0
-    int32_t projection_location;      // -1: the program has none
+    uint32_t shared_program;     // stays 0
+    int32_t projection_location; // -1: the program has none
     int32_t modelview_location;
     int32_t position_location;
     int32_t texcoord_location[texture_unit_count];
@@ -255,29 +255,29 @@ struct material_record {
     uint8_t depth_test;
     uint8_t normalization;
     uint8_t wireframe;
-    uint8_t blend_function;                 // 0..4, others set nothing
-    uint8_t fogtype;                        // 0 none, 1 fastest, 2 nicest
+    uint8_t blend_function; // 0..4, others set nothing
+    uint8_t fogtype;        // 0 none, 1 fastest, 2 nicest
     uint8_t color_dynamic[4];
     uint8_t linewidth_dynamic;
     uint8_t fogstart_dynamic;
     uint8_t fogend_dynamic;
-    float color[4];                         // red, green, blue, alpha; or handles of function_table
+    float color[4]; // red, green, blue, alpha; or handles of function_table
     float linewidth;
     float fogstart;
     float fogend;
-    uint32_t light1;                        // handles of transform_table, 0 none
+    uint32_t light1; // handles of transform_table, 0 none
     uint32_t light2;
-    uint32_t fogcolor;                      // handle of transform_table, 0 white
-    uint32_t texture[texture_unit_count];   // handles of object_table, 0 unused
-    uint8_t wrapmode[texture_unit_count];   // 0 repeat, 1 edge clamp
-    uint8_t cgenmode[texture_unit_count];   // coordinate_generation
-    uint8_t rotation[texture_unit_count];   // 1: the texture turns with the view
-    uint8_t combine_mode[texture_unit_count]; // by the unit's own list, see combine_mode_of_unit
-    uint8_t enable_glsl;                    // not 0: the material brings its own program
+    uint32_t fogcolor;                          // handle of transform_table, 0 white
+    uint32_t texture[texture_unit_count];       // handles of object_table, 0 unused
+    uint8_t wrapmode[texture_unit_count];       // 0 repeat, 1 edge clamp
+    uint8_t cgenmode[texture_unit_count];       // coordinate_generation
+    uint8_t rotation[texture_unit_count];       // 1: the texture turns with the view
+    uint8_t combine_mode[texture_unit_count];   // by the unit's own list, see combine_mode_of_unit
+    uint8_t enable_glsl;                        // not 0: the material brings its own program
     uint32_t user_uniforms[user_uniform_count]; // glsl_uniforms: handles of function_table, own programs only
-    char* custom_vertex_shader;             // texts of the document, owned; null: none
+    char* custom_vertex_shader;                 // texts of the document, owned; null: none
     char* custom_fragment_shader;
-    shader_program* program;                // owned; null until generated
+    shader_program* program; // owned; null until generated
 };
 
 // ---- mesh effects, scenes -------------------------------------------------------
@@ -325,14 +325,14 @@ struct manipulator_record {
 };
 
 struct scene_object {
-    int32_t type;                             // object_kind
-    uint32_t object;                          // as written; see resolve_scene_object
-    uint32_t material;                        // handle of material_table
-    uint32_t font;                            // handle of font_table
-    char text[scene_text_size];               // not terminated when it is 32 long
+    int32_t type;                                 // object_kind
+    uint32_t object;                              // as written; see resolve_scene_object
+    uint32_t material;                            // handle of material_table
+    uint32_t font;                                // handle of font_table
+    char text[scene_text_size];                   // not terminated when it is 32 long
     animated_value values[placement_value_count]; // position, rotation in degrees, scale
-    uint32_t visibility;                      // handle of function_table, 0: always visible
-    float time_offset;                        // ticks
+    uint32_t visibility;                          // handle of function_table, 0: always visible
+    float time_offset;                            // ticks
     uint32_t manipulator_count;
     manipulator_record manipulators[max_manipulators];
 };
@@ -341,12 +341,9 @@ struct scene_record {
     char name[32];
     uint32_t object_count;
     uint8_t camera_facing[max_scene_objects / 8]; // object n: bit 128 >> (n % 8) of byte n / 8
-    scene_object* objects; // object_count of them; owned, null when there are none
+    scene_object* objects;                        // object_count of them; owned, null when there are none
 };
 
-static_assert(std::is_trivially_copyable_v<texture_node> && std::is_trivially_copyable_v<mesh_record>
-    && std::is_trivially_copyable_v<animation_function> && std::is_trivially_copyable_v<value_record>
-    && std::is_trivially_copyable_v<dynamic_texture> && std::is_trivially_copyable_v<image_texture>
-    && std::is_trivially_copyable_v<cube_map> && std::is_trivially_copyable_v<font_record>
-    && std::is_trivially_copyable_v<object_reference> && std::is_trivially_copyable_v<material_record>
-    && std::is_trivially_copyable_v<mesh_effect> && std::is_trivially_copyable_v<scene_record>);
+static_assert(
+    std::is_trivially_copyable_v<
+        texture_node> && std::is_trivially_copyable_v<mesh_record> && std::is_trivially_copyable_v<animation_function> && std::is_trivially_copyable_v<value_record> && std::is_trivially_copyable_v<dynamic_texture> && std::is_trivially_copyable_v<image_texture> && std::is_trivially_copyable_v<cube_map> && std::is_trivially_copyable_v<font_record> && std::is_trivially_copyable_v<object_reference> && std::is_trivially_copyable_v<material_record> && std::is_trivially_copyable_v<mesh_effect> && std::is_trivially_copyable_v<scene_record>);

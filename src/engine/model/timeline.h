@@ -11,7 +11,7 @@
 
 constexpr uint32_t track_count = 32;
 constexpr uint32_t layers_per_track = 256;
-constexpr uint32_t slots_per_track = 256;               // seconds that can be searched
+constexpr uint32_t slots_per_track = 256;                 // seconds that can be searched
 constexpr uint32_t max_track_end = slots_per_track * 100; // ticks: 25,600 is the last end accepted
 constexpr uint32_t no_layer = 0xFFFFFFFFu;
 
@@ -20,18 +20,22 @@ enum render_mode : uint32_t {
     render_to_texture = 1,
     render_link = 2,
     render_clear_depth = 3,
-    render_to_texture_16_9 = 4,      // the aspect it sets is 1.6
+    render_to_texture_16_9 = 4, // the aspect it sets is 1.6
     render_quarter = 5,
-    render_quarter_keep = 6,         // the next layer's clear is left out
+    render_quarter_keep = 6, // the next layer's clear is left out
     render_quarter_4_3 = 7,
     render_clear_depth_link = 8,
     render_mode_count
 };
 
 enum camera_value : uint32_t {
-    camera_x, camera_y, camera_z,
-    camera_rotation_x, camera_rotation_y, camera_rotation_z, // degrees
-    camera_fov,                                              // degrees, the full vertical angle
+    camera_x,
+    camera_y,
+    camera_z,
+    camera_rotation_x,
+    camera_rotation_y,
+    camera_rotation_z, // degrees
+    camera_fov,        // degrees, the full vertical angle
     camera_far,
     camera_value_count
 };
@@ -56,11 +60,11 @@ constexpr size_t timeline_used = track_count * 4 + sizeof(layer_record) * track_
     + 4 * track_count * slots_per_track + 4 * track_count * layers_per_track + track_count * 4;
 
 struct timeline {
-    uint32_t layer_count[track_count];                  // layers on each track
+    uint32_t layer_count[track_count]; // layers on each track
     layer_record layers[track_count][layers_per_track];
-    uint32_t slot_layer[track_count][slots_per_track];  // where a second's search starts; no_layer: nowhere
-    uint32_t layer_end[track_count][layers_per_track];  // tick at which each layer ends
-    uint32_t track_end[track_count];                    // greatest end on each track
+    uint32_t slot_layer[track_count][slots_per_track]; // where a second's search starts; no_layer: nowhere
+    uint32_t layer_end[track_count][layers_per_track]; // tick at which each layer ends
+    uint32_t track_end[track_count];                   // greatest end on each track
     uint8_t reserved[timeline_size - timeline_used];
 };
 static_assert(sizeof(timeline) == timeline_size);

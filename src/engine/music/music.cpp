@@ -12,22 +12,22 @@
 #include <cstring>
 #include <string>
 
-constexpr int requested_rate = 44100;            // Hz
-constexpr uint16_t requested_samples = 8192;     // frames a buffer
-constexpr uint32_t bytes_per_frame = 4;          // two channels of 16 bits
+constexpr int requested_rate = 44100;                // Hz
+constexpr uint16_t requested_samples = 8192;         // frames a buffer
+constexpr uint32_t bytes_per_frame = 4;              // two channels of 16 bits
 constexpr double ms_per_byte = 0.005668934240362812; // 1000 / 176,400
 constexpr uint32_t start_patience_ms = 10000;
 
 // Written by the audio callback, read by the main thread: one aligned word each.
 struct music_state {
-    FILE* music_file;                         // read by the decoder, which closes it
-    stb_vorbis* decoder;                      // null when the file cannot be decoded
-    int decoder_error;                        // not examined
-    SDL_AudioSpec obtained_spec;              // what the device granted
-    std::atomic<uint32_t> bytes_total;        // requested by the device so far
-    std::atomic<uint32_t> bytes_before_last;  // the same before the latest request
-    std::atomic<uint32_t> last_fill_ticks;    // SDL_GetTicks() of the latest request
-    std::atomic<uint32_t> audio_started;      // 1 from the first request on
+    FILE* music_file;                        // read by the decoder, which closes it
+    stb_vorbis* decoder;                     // null when the file cannot be decoded
+    int decoder_error;                       // not examined
+    SDL_AudioSpec obtained_spec;             // what the device granted
+    std::atomic<uint32_t> bytes_total;       // requested by the device so far
+    std::atomic<uint32_t> bytes_before_last; // the same before the latest request
+    std::atomic<uint32_t> last_fill_ticks;   // SDL_GetTicks() of the latest request
+    std::atomic<uint32_t> audio_started;     // 1 from the first request on
 };
 
 static music_state music;

@@ -8,8 +8,8 @@
 #include <cstdint>
 
 enum music_result : int {
-    music_playing, // audio runs (with silence where the file is no Ogg Vorbis file, or a broken one)
-    music_none,    // nothing to play; one line was printed when the file is missing
+    music_playing,  // audio runs (with silence where the file is no Ogg Vorbis file, or a broken one)
+    music_none,     // nothing to play; one line was printed when the file is missing
     music_no_device // audio could not be opened; the line went to standard error
 };
 

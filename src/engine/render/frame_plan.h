@@ -11,7 +11,7 @@
 #include <cstdint>
 
 enum projection_kind : uint8_t {
-    projection_kept,        // the one in force stays
+    projection_kept, // the one in force stays
     projection_perspective,
     projection_orthographic // (0, 0) top left, (1, 1) bottom right
 };
@@ -21,31 +21,31 @@ enum clear_bits : uint8_t { clear_nothing = 0, clear_depth = 1, clear_color = 2 
 struct layer_plan {
     uint32_t track;
     uint32_t layer;
-    uint32_t time;            // function time: local time + offset
-    uint32_t flush_texture;   // image_texture handle to copy the frame buffer into first; 0 none
-    uint32_t flush_width;     // size of that copy
+    uint32_t time;          // function time: local time + offset
+    uint32_t flush_texture; // image_texture handle to copy the frame buffer into first; 0 none
+    uint32_t flush_width;   // size of that copy
     uint32_t flush_height;
-    uint32_t target;          // image_texture handle that the layer draws for; 0: none of its own
-    uint32_t recreate_width;  // not 0: recreate the target's texture at this size first
+    uint32_t target;         // image_texture handle that the layer draws for; 0: none of its own
+    uint32_t recreate_width; // not 0: recreate the target's texture at this size first
     uint32_t recreate_height;
-    uint32_t viewport_width;  // 0: the viewport stays
+    uint32_t viewport_width; // 0: the viewport stays
     uint32_t viewport_height;
-    uint8_t clear;            // clear_bits
-    uint8_t depth_test;       // 1 enable, 0 disable
-    uint8_t projection;       // projection_kind
-    float fov;                // degrees; for the perspective projection
+    uint8_t clear;      // clear_bits
+    uint8_t depth_test; // 1 enable, 0 disable
+    uint8_t projection; // projection_kind
+    float fov;          // degrees; for the perspective projection
     float aspect;
     float far_distance;
-    float clear_color[3];     // takes effect at the next clear
-    float position[3];        // camera translation
-    float rotation[3];        // about x, y, z
-    uint32_t model_id;        // scene handle; 0 draws nothing
+    float clear_color[3]; // takes effect at the next clear
+    float position[3];    // camera translation
+    float rotation[3];    // about x, y, z
+    uint32_t model_id;    // scene handle; 0 draws nothing
 };
 
 struct frame_plan {
-    uint32_t layer_count;             // active layers, in track order
+    uint32_t layer_count; // active layers, in track order
     layer_plan layers[track_count];
-    uint32_t drawn;                   // layers with a model: what compose_frame returns
+    uint32_t drawn; // layers with a model: what compose_frame returns
 };
 
 // A part of a picture that is too large to be drawn at once: a rectangle of the whole
@@ -58,9 +58,9 @@ struct frame_tile {
 };
 
 struct frame_view {
-    uint32_t width;  // screen, pixels
+    uint32_t width; // screen, pixels
     uint32_t height;
-    float aspect;    // width / height for projection
+    float aspect; // width / height for projection
     frame_tile tile = {0, 0, 0, 0};
 };
 

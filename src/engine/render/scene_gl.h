@@ -10,9 +10,9 @@
 struct draw_context {
     document* d;
     const gl_caps* caps;
-    bool glsl;            // the shader path
-    uint32_t time;        // function time of the layer, ticks
-    float rotation[3];    // the layer's rotations about x, y, z, degrees
+    bool glsl;         // the shader path
+    uint32_t time;     // function time of the layer, ticks
+    float rotation[3]; // the layer's rotations about x, y, z, degrees
 };
 
 // Draws the scene of a handle; nothing for a dangling one. The modelview matrix is the

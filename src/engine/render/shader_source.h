@@ -32,8 +32,8 @@ void free_shader_program(shader_program* program);
 // Writes both texts and the uniform functions into material.program, which is made
 // when it is null. Materials with a program of their own (enable_glsl not 0 and both texts
 // there) take their texts and user_uniforms instead.
-void generate_shader(material_record& material, const record_table* value_records,
-    const shader_unit units[texture_unit_count]);
+void generate_shader(
+    material_record& material, const record_table* value_records, const shader_unit units[texture_unit_count]);
 
 // True when the material brings its own program.
 bool has_custom_program(const material_record& material);

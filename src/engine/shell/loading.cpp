@@ -11,8 +11,8 @@
 
 #include <cstdlib>
 
-void document_loader_begin(document_loader& loader, document& target, const xml_node* root, FILE* pack,
-    const loading_options& options)
+void document_loader_begin(
+    document_loader& loader, document& target, const xml_node* root, FILE* pack, const loading_options& options)
 {
     loader = {};
     loader.options = options;

@@ -31,8 +31,8 @@ struct document_loader {
 };
 
 // Prepares to load the document of a tree into `target` (document_create).
-void document_loader_begin(document_loader& loader, document& target, const xml_node* root, FILE* pack,
-    const loading_options& options);
+void document_loader_begin(
+    document_loader& loader, document& target, const xml_node* root, FILE* pack, const loading_options& options);
 
 // Reads and makes one record, or finishes a section.
 read_step document_loader_step(document_loader& loader);

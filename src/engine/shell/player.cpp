@@ -69,8 +69,8 @@ static bool load_loading_screen(player_settings& settings)
     if (tree == nullptr)
         return true;
     document_loader loader;
-    document_loader_begin(loader, settings.loading, tree.get(), settings.pack,
-        options_for(settings, settings.loading_caps, false));
+    document_loader_begin(
+        loader, settings.loading, tree.get(), settings.pack, options_for(settings, settings.loading_caps, false));
     return document_loader_run(loader) || report_broken(loader.error);
 }
 
@@ -88,8 +88,8 @@ static bool load_production(player_settings& settings, owned_tree& tree)
     settings.production_timeline = nullptr;
     settings.progress_total = static_cast<int32_t>(document_item_count(tree.get()));
     document_loader loader;
-    document_loader_begin(loader, settings.production, tree.get(), settings.pack,
-        options_for(settings, settings.caps, true));
+    document_loader_begin(
+        loader, settings.production, tree.get(), settings.pack, options_for(settings, settings.caps, true));
     for (;;) {
         switch (document_loader_step(loader)) {
         case read_record:
