@@ -142,6 +142,49 @@ TEST_CASE("grey pictures become three components, grey with alpha four")
     CHECK(table_record<image_texture>(grey_alpha.d.image_texture_table, 1)->components == 4);
 }
 
+TEST_CASE("images and faces count towards what a document unfolds to")
+{
+    document_text text;
+    text.records[7] = repeated("<i filename=\"a.tga\" texture_format=\"0\" texture_filter=\"0\"/>", 3);
+    text.records[8] = "<c xp=\"f.tga\" xn=\"f.tga\" yp=\"f.tga\" yn=\"f.tga\" zp=\"f.tga\" zn=\"f.tga\" "
+                      "texture_format=\"0\" texture_filter=\"0\"/>";
+    xml_node* root = xml_parse(to_text(text).c_str());
+    FILE* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}, {"f.tga", tga_picture(3, 3, 3)}});
+    document d;
+    document_create(d, "demo.xmlz", nullptr);
+    document_reader reader;
+    document_reader_begin(reader, d, root, pack);
+    while (reader.section < section_image_textures || reader.record < 1)
+        REQUIRE(document_read_step(reader) != read_failed);
+    CHECK(reader.unfolded_bytes == 140); // 5 x 7 x 4
+    while (reader.section < section_cube_maps || reader.record < 1)
+        REQUIRE(document_read_step(reader) != read_failed);
+    CHECK(reader.unfolded_bytes == 3 * 140 + 6 * 27);
+    document_free(d);
+    xml_free(root);
+    std::fclose(pack);
+}
+
+TEST_CASE("the last byte that a document may unfold to is still its own")
+{
+    document_text text;
+    text.records[7] = repeated("<i filename=\"a.tga\" texture_format=\"0\" texture_filter=\"0\"/>", 3);
+    xml_node* root = xml_parse(to_text(text).c_str());
+    FILE* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}});
+    document d;
+    document_create(d, "demo.xmlz", nullptr);
+    document_reader reader;
+    document_reader_begin(reader, d, root, pack);
+    while (reader.section < section_image_textures || reader.record < 1)
+        REQUIRE(document_read_step(reader) != read_failed);
+    reader.unfolded_bytes = max_unfolded_bytes - 140;
+    CHECK(document_read_step(reader) == read_record);
+    CHECK(document_read_step(reader) == read_failed);
+    document_free(d);
+    xml_free(root);
+    std::fclose(pack);
+}
+
 TEST_CASE("an image's filter above 2 stays above 2, negative ones included")
 {
     for (const int filter : {-1, 3, 255, 256, 1000}) {

@@ -58,6 +58,17 @@ TEST_CASE("an effect's kind outside the catalogue is an error")
     }
 }
 
+TEST_CASE("an effect may be of every kind in the catalogue")
+{
+    document_text text;
+    for (const char* type : {"0", "1", "2", "3", "4"})
+        text.records[12] += std::string("<e type=\"") + type + "\"/>";
+    const reading r(text);
+    CHECK(joined(r) == "");
+    for (uint32_t type = 0; type < 5; ++type)
+        CHECK(table_record<mesh_effect>(r.d.effect_table, type + 1)->type == type);
+}
+
 TEST_CASE("an effect warns of functions that do not exist, but not of 0")
 {
     document_text text;
@@ -123,6 +134,21 @@ TEST_CASE("only the value 1 turns an object to the camera")
     CHECK(scene->object_count == 10);
     CHECK(scene->camera_facing[0] == (64 | 8)); // objects 1 and 4
     CHECK(scene->camera_facing[1] == 128);      // object 8
+}
+
+TEST_CASE("every object has a camera-facing bit of its own, the highest of a byte first")
+{
+    const std::string facing = with(plain, "<facing value=\"0\"/>", "<facing value=\"1\"/>");
+    std::string objects;
+    for (int object = 0; object < 17; ++object)
+        objects += object == 0 || object == 7 || object == 8 || object == 14 || object == 16 ? facing : plain;
+    const reading r = scene_of(objects);
+    const auto* scene = table_record<scene_record>(r.d.scene_table, 1);
+    REQUIRE(scene != nullptr);
+    CHECK(scene->camera_facing[0] == 0x81); // objects 0 and 7
+    CHECK(scene->camera_facing[1] == 0x82); // 8 and 14
+    CHECK(scene->camera_facing[2] == 0x80); // 16
+    CHECK(scene->camera_facing[3] == 0);
 }
 
 TEST_CASE("a text of 32 bytes has no terminator, and longer ones are cut")
@@ -268,6 +294,16 @@ TEST_CASE("seven manipulators are read, eight are too many")
         object_of(scene_of(scene_object_text(0, 1, 1, 1, "", repeated("<m type=\"2\"/>", 7)))).manipulator_count == 7);
     CHECK(joined(scene_of(scene_object_text(0, 1, 1, 1, "", repeated("<m type=\"2\"/>", 8))))
         == object_error + ", manipulator 8: more than 7 manipulators.\n");
+}
+
+TEST_CASE("a manipulator may be of every kind in the catalogue")
+{
+    std::string manipulators;
+    for (const char* type : {"0", "1", "2", "3"})
+        manipulators += std::string("<m type=\"") + type + "\"/>";
+    const reading r = scene_of(scene_object_text(0, 1, 1, 1, "", manipulators));
+    for (int32_t type = 0; type < 4; ++type)
+        CHECK(object_of(r).manipulators[type].type == type);
 }
 
 TEST_CASE("a manipulator's kind outside the catalogue is an error")

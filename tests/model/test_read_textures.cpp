@@ -214,7 +214,8 @@ TEST_CASE("what the nodes name is checked when all of them are read")
         + with(node_head, "\"207\"", "\"101\" layer_id=\"2\"") + "<i>5000</i></t>"
         + with(node_head, "\"207\"", "\"104\" layer_id=\"1\"") + "<i>0</i></t>"
         + with(node_head, "\"207\"", "\"102\" layer_id=\"-1\"") + "<i>0</i></t>"
-        + with(node_head, "\"207\"", "\"99\" layer_id=\"50\"") + "<i>0</i></t>";
+        + with(node_head, "\"207\"", "\"99\" layer_id=\"50\"") + "<i>0</i></t>"
+        + with(node_head, "\"207\"", "\"104\" layer_id=\"2\"") + "<i>0</i></t>";
     const reading r(text);
     CHECK_FALSE(r.failed);
     CHECK(joined(r)
@@ -222,7 +223,8 @@ TEST_CASE("what the nodes name is checked when all of them are read")
            "Warning: demo.xmlz: section 2 (texture nodes), record 1: output -1 does not exist.\n"
            "Warning: demo.xmlz: section 2 (texture nodes), record 2: input1 5000 does not exist.\n"
            "Warning: demo.xmlz: section 2 (texture nodes), record 2: layer_id 2 does not exist.\n"
-           "Warning: demo.xmlz: section 2 (texture nodes), record 4: layer_id -1 does not exist.\n");
+           "Warning: demo.xmlz: section 2 (texture nodes), record 4: layer_id -1 does not exist.\n"
+           "Warning: demo.xmlz: section 2 (texture nodes), record 6: layer_id 2 does not exist.\n");
     text.records[2] = node_head + "<i>1</i><input>2</input></t>";
     CHECK(
         joined(reading(text)) == "Warning: demo.xmlz: section 2 (texture nodes), record 1: input2 2 does not exist.\n");
@@ -308,6 +310,13 @@ TEST_CASE("a dynamic texture's kind outside the catalogue is an error")
             == std::string("Error: demo.xmlz: section 6 (dynamic textures), record 1: type ") + type
                 + " is no 2-D effect.\n");
     }
+}
+
+TEST_CASE("a dynamic texture may be of every kind in the catalogue")
+{
+    for (const std::string type : {"0", "1", "2", "3", "4"})
+        CHECK(std::to_string(dynamic_of(with(dynamic_head, "type=\"1\"", "type=\"" + type + "\"") + "</d>").type)
+            == type);
 }
 
 TEST_CASE("a dynamic texture warns of functions that do not exist, but not of 0")
