@@ -1,7 +1,6 @@
 #include "builders.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 animation_function empty_function()
 {
@@ -42,33 +41,12 @@ test_document::test_document()
     : d{}
     , running_end{}
 {
-    d.name = "test.xmlz";
-    d.texture_table = record_table_new(sizeof(texture_node));
-    d.mesh_table = record_table_new(sizeof(mesh_record));
-    d.function_table = record_table_new(sizeof(animation_function));
-    d.transform_table = record_table_new(sizeof(value_record));
-    d.dynamic_texture_table = record_table_new(sizeof(dynamic_texture));
-    d.image_texture_table = record_table_new(sizeof(image_texture));
-    d.cube_map_table = record_table_new(sizeof(cube_map));
-    d.font_table = record_table_new(sizeof(font_record));
-    d.object_table = record_table_new(sizeof(object_reference));
-    d.material_table = record_table_new(sizeof(material_record));
-    d.effect_table = record_table_new(sizeof(mesh_effect));
-    d.scene_table = record_table_new(sizeof(scene_record));
-    d.tracks = timeline_new();
+    document_create(d, "test.xmlz", timeline_new());
 }
 
 test_document::~test_document()
 {
-    for (uint32_t p = 1; p <= d.scene_table->count; ++p)
-        std::free(static_cast<scene_record*>(record_table_at(d.scene_table, p))->objects);
-    for (uint32_t p = 1; p <= d.mesh_table->count; ++p)
-        std::free(static_cast<mesh_record*>(record_table_at(d.mesh_table, p))->data);
-    for (record_table* table : {d.texture_table, d.mesh_table, d.function_table, d.transform_table,
-             d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
-             d.material_table, d.effect_table, d.scene_table})
-        record_table_free(table);
-    timeline_free(d.tracks);
+    document_free(d);
 }
 
 uint32_t add_function(test_document& t, const animation_function& function)
