@@ -8,7 +8,7 @@ export DEBIAN_FRONTEND=noninteractive
 build_packages="cmake ninja-build g++ libsdl1.2-dev libgl-dev libglew-dev libstb-dev libegl-dev libegl1 python3"
 x86_packages="g++-multilib libsdl1.2debian:i386 libglew2.2:i386 libgl1:i386 libgl1-mesa-dri:i386"
 display_packages="xvfb xdotool imagemagick libgl1-mesa-dri"
-test_packages="doctest-dev x11-utils vorbis-tools sox ffmpeg"
+test_packages="doctest-dev ffmpeg"
 
 say() { printf '== %s\n' "$*"; }
 fail() { printf 'Sorry: %s\n' "$*" >&2; exit 1; }
