@@ -119,14 +119,6 @@ gl_bench::gl_bench()
     caps = driver_caps();
 }
 
-gl_bench::~gl_bench()
-{
-    for (uint32_t position = 1; position <= d.material_table->count; ++position)
-        free_shader_program(static_cast<material_record*>(record_table_at(d.material_table, position))->program);
-    for (uint32_t position = 1; position <= d.mesh_table->count; ++position)
-        std::free(static_cast<mesh_record*>(record_table_at(d.mesh_table, position))->arrays.line_indices);
-}
-
 // ---- pictures -------------------------------------------------------------------
 
 rgb pixel_at(const picture& p, int x, int y)

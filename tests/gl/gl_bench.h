@@ -55,7 +55,6 @@ struct gl_bench {
     rgb background = {0, 0, 0};
 
     gl_bench(); // opens the window
-    ~gl_bench();
     gl_bench(const gl_bench&) = delete;
     gl_bench& operator=(const gl_bench&) = delete;
 
