@@ -35,11 +35,19 @@ static std::string table(int per_length)
         + std::string(16 * static_cast<size_t>(per_length), 'c');
 }
 
+static std::string with_one_more_code(std::string table)
+{
+    ++table[1];
+    return table + 'c';
+}
+
 static const std::string start = "\xFF\xD8";
 
 TEST_CASE("a code table of a JPEG picture holds at most 256 codes")
 {
     CHECK(harmless(start + whole_segment(0xC4, table(16))));
+    // 257 codes: sixteen of every length, and one more of the first.
+    CHECK_FALSE(harmless(start + whole_segment(0xC4, with_one_more_code(table(16)))));
     CHECK_FALSE(harmless(start + whole_segment(0xC4, table(17))));
     CHECK_FALSE(harmless(start + whole_segment(0xC4, table(255))));
 }

@@ -76,6 +76,9 @@ TEST_CASE("a packet of comments may go on over segments and pages")
     CHECK(packet_fits(packet));
     CHECK(packet_fits(packet, 1));
     CHECK(packet_fits(packet, 4));
+    CHECK(packet_fits(
+        mark + text("") + number(1) + text(std::string(0x11170, 'c')) + "\1")); // every byte of a length counts
+    CHECK_FALSE(packet_fits(mark + text("") + number(1) + number(0x21170) + std::string(0x11170, 'c') + "\1"));
     CHECK(packet_fits(mark + text(std::string(255 * 2 - 15, 'c')) + number(0), 2)); // ends with an empty segment
 }
 

@@ -396,6 +396,30 @@ TEST_CASE("A texture layer keeps its texture's size unless the screen is smaller
     }
 }
 
+TEST_CASE("A target recreated twice in one frame counts with its latest size")
+{
+    scene_document t;
+    add_image_texture(t, 64, 64); // another one in front, so that sizes are looked up by texture
+    const uint32_t large = add_image_texture(t, 2000, 2000);
+    add_layer(t, 0, mode_layer(render_quarter, 1));
+    add_layer(t, 1, mode_layer(render_to_texture, large));
+    add_layer(t, 2, mode_layer(render_quarter, large));
+    add_layer(t, 3, mode_layer(render_quarter, large));
+    add_layer(t, 4, mode_layer(render_simple));
+    const frame_plan frame = plan_at(t, 0);
+    REQUIRE(frame.layer_count == 5);
+    CHECK(frame.layers[0].recreate_width == 400);
+    CHECK(frame.layers[1].recreate_width == 800);
+    CHECK(frame.layers[2].flush_width == 800);
+    CHECK(frame.layers[2].flush_height == 600);
+    CHECK(frame.layers[2].recreate_width == 400);
+    CHECK(frame.layers[3].flush_width == 400);
+    CHECK(frame.layers[3].recreate_width == 0);
+    CHECK(frame.layers[4].flush_texture == large);
+    CHECK(frame.layers[4].flush_width == 400);
+    CHECK(frame.layers[4].flush_height == 300);
+}
+
 TEST_CASE("A recreated target counts with its new size for the rest of the frame")
 {
     scene_document t;
