@@ -16,7 +16,7 @@ constexpr rgb red = {255, 0, 0};
 constexpr rgb green = {0, 255, 0};
 constexpr rgb blue = {0, 0, 255};
 
-enum mode { simple, to_texture, link, clear_depth_mode, wide, quarter, quarter_keep, quarter_4_3, clear_link };
+enum mode { simple, to_texture, linked, clear_depth_mode, wide, quarter, quarter_keep, quarter_4_3, clear_link };
 
 // What most shows here are made of: scenes that fill the whole target, or a half of it.
 struct stock {
@@ -163,7 +163,7 @@ TEST_CASE("a target that still waits at the end of a frame is not copied, not ev
 TEST_CASE("linked layers draw into the target before them and are part of the copy")
 {
     for (const bool glsl : {false, true}) {
-        for (const int mode : {link, clear_link}) {
+        for (const int mode : {linked, clear_link}) {
             stock k;
             const int target = k.s.black_image(64, 32);
             k.s.show(0, {.scene = k.red_scene, .mode = to_texture, .rtex = target});
@@ -307,7 +307,7 @@ TEST_CASE("modes force aspects, and keep the projection where they are linked")
 TEST_CASE("a constant field of view leaves a linked layer's projection alone, a dynamic one sets it")
 {
     for (const bool glsl : {false, true}) {
-        for (const int mode : {link, clear_link}) {
+        for (const int mode : {linked, clear_link}) {
             for (const bool moving : {false, true}) {
                 stock k;
                 const double narrow = 53.130102; // the tangent of its half is 0.5
@@ -327,8 +327,8 @@ TEST_CASE("an orthographic linked layer has its own projection, and the perspect
     for (const bool glsl : {false, true}) {
         stock k;
         k.s.show(0, {.scene = k.red_scene, .camera = wide_camera()}); // behind the near plane
-        k.s.show(1, {.scene = k.green_left, .mode = link});
-        clip constant_link = {.scene = k.green_top, .mode = link, .camera = wide_camera()};
+        k.s.show(1, {.scene = k.green_left, .mode = linked});
+        clip constant_link = {.scene = k.green_top, .mode = linked, .camera = wide_camera()};
         k.s.show(2, constant_link);
         small_show show(k.s, glsl);
         const picture p = show.frame();
@@ -341,7 +341,7 @@ TEST_CASE("an orthographic linked layer has its own projection, and the perspect
 TEST_CASE("modes 3 and 8 clear the depth of what is there, modes 0 and 2 keep it")
 {
     for (const bool glsl : {false, true}) {
-        for (const int mode : {simple, link, clear_depth_mode, clear_link}) {
+        for (const int mode : {simple, linked, clear_depth_mode, clear_link}) {
             stock k;
             const auto deep = [&](const rgb& c) {
                 return k.s.material(setting("blend_function", 2) + setting("depth_test", 1)
@@ -383,7 +383,7 @@ TEST_CASE("after mode 6 the very next layer's clear is held back, its copy is no
                 const int target = k.s.black_image(80, 60);
                 k.s.show(0, {.scene = k.red_scene, .mode = mode, .rtex = target});
                 if (layer_between)
-                    k.s.show(1, {.scene = 0, .mode = link});
+                    k.s.show(1, {.scene = 0, .mode = linked});
                 k.s.show(2, {.scene = k.green_top});
                 small_show show(k.s, glsl);
                 const picture p = show.frame();

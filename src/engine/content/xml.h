@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 struct xml_attribute {
     char* name;  // owned
@@ -84,3 +85,12 @@ void xml_free(xml_node* node);
 // node is written as "<", and ends with "/>" or "</>". Null for null, and when the
 // text would pass text_buffer_max_capacity or memory runs out.
 char* xml_write(const xml_node* node);
+
+// A tree that is freed at the end of its scope.
+struct free_tree {
+    void operator()(xml_node* root) const
+    {
+        xml_free(root);
+    }
+};
+using owned_tree = std::unique_ptr<xml_node, free_tree>;

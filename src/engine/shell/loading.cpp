@@ -132,6 +132,20 @@ bool document_loader_run(document_loader& loader)
     }
 }
 
+bool load_document(FILE* pack, const char* name, timeline* tracks, const loading_options& options, document& target,
+    owned_tree& tree, std::string& problem)
+{
+    document_create(target, name, tracks);
+    tree.reset(load_document_tree(pack, name, problem));
+    if (tree == nullptr)
+        return problem.empty();
+    document_loader loader;
+    document_loader_begin(loader, target, tree.get(), pack, options);
+    const bool loaded = document_loader_run(loader);
+    problem = loader.error;
+    return loaded;
+}
+
 void unload_document(document& d)
 {
     for (uint32_t handle = 1; handle <= record_table_capacity; ++handle)

@@ -6,14 +6,13 @@
 // comes; a fatal problem is left in the loader for the caller to print.
 #pragma once
 
+#include "content/xml.h"
 #include "model/capabilities.h"
 #include "model/document.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <string>
-
-struct xml_node;
 
 // What a document is made for.
 struct loading_options {
@@ -39,6 +38,12 @@ read_step document_loader_step(document_loader& loader);
 
 // Loads the rest of a document. False: loader.error holds the line.
 bool document_loader_run(document_loader& loader);
+
+// Creates `target` with `tracks` and loads the pack's entry `name` into it, whole. A document
+// that the pack lacks stays empty and leaves `tree` null; else `tree` holds its elements. False: `problem`
+// holds the fatal line.
+bool load_document(FILE* pack, const char* name, timeline* tracks, const loading_options& options, document& target,
+    owned_tree& tree, std::string& problem);
 
 // Frees a document that was loaded: the states of its mesh effects and dynamic textures, its
 // tables and its timeline. OpenGL objects go with the context. A second call does nothing.

@@ -16,17 +16,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <utility>
 
 constexpr uint32_t loading_frame_interval_ms = 50;
-
-struct free_tree {
-    void operator()(xml_node* root) const
-    {
-        xml_free(root);
-    }
-};
-using owned_tree = std::unique_ptr<xml_node, free_tree>;
 
 static frame_view screen_view(const player_settings& settings)
 {
@@ -60,18 +52,12 @@ static bool report_broken(const std::string& line)
 
 static bool load_loading_screen(player_settings& settings)
 {
+    owned_tree tree;
     std::string problem;
-    const owned_tree tree(load_document_tree(settings.pack, "loading.xmlz", problem));
-    if (!problem.empty())
-        return report_broken(problem);
-    document_create(settings.loading, "loading.xmlz", settings.loading_timeline);
-    settings.loading_timeline = nullptr;
-    if (tree == nullptr)
-        return true;
-    document_loader loader;
-    document_loader_begin(
-        loader, settings.loading, tree.get(), settings.pack, options_for(settings, settings.loading_caps, false));
-    return document_loader_run(loader) || report_broken(loader.error);
+    timeline* tracks = std::exchange(settings.loading_timeline, nullptr);
+    return load_document(settings.pack, "loading.xmlz", tracks, options_for(settings, settings.loading_caps, false),
+               settings.loading, tree, problem)
+        || report_broken(problem);
 }
 
 // Makes the production section by section, with a loading frame at most every 50 ms.

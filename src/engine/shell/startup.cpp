@@ -36,8 +36,7 @@ static bool names_a_pack(const char* name)
     return length >= pack_suffix_length && std::strcmp(name + length - pack_suffix_length, pack_suffix) == 0;
 }
 
-// The first name in the directory's own order; empty when there is none.
-static std::string first_pack_name()
+std::string first_pack_name()
 {
     std::string name;
     DIR* directory = opendir(".");

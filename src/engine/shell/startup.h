@@ -3,6 +3,8 @@
 
 #include "shell/settings.h"
 
+#include <string>
+
 // The program's name and version: its first line and its windows' title.
 constexpr const char* banner_text = "Brimlow Engine v1.0";
 
@@ -13,6 +15,10 @@ void prepare_standard_output();
 // "pulse", removes AUDIODEV then, and says so in one line. Any other value, the empty
 // one too, leaves the environment alone. Before SDL starts.
 void fix_audio_environment();
+
+// The first name of the working directory that ends in "dpk", in the directory's own
+// order; empty when there is none.
+std::string first_pack_name();
 
 // Opens the first file of the working directory whose name ends in "dpk", in the
 // directory's own order, as settings.pack. False when there is none or it cannot be

@@ -4,34 +4,14 @@
 #include "frame_clock.h"
 #include "render/frame_plan.h"
 #include "shell/loading.h"
+#include "shell/startup.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <memory>
-
-using owned_tree = std::unique_ptr<xml_node, decltype([](xml_node* root) { xml_free(root); })>;
 
 // ---- the pack -------------------------------------------------------------------------
-
-// The first name that ends in "dpk", in the directory's own order, as for the player.
-static std::string first_pack()
-{
-    std::string name;
-    DIR* directory = opendir(".");
-    if (directory == nullptr)
-        return name;
-    for (const dirent* entry = readdir(directory); entry != nullptr && name.empty(); entry = readdir(directory)) {
-        const size_t length = std::strlen(entry->d_name);
-        if (length >= 3 && std::strcmp(entry->d_name + length - 3, "dpk") == 0)
-            name = entry->d_name;
-    }
-    closedir(directory);
-    return name;
-}
 
 static std::string name_of_production(const std::filesystem::path& pack)
 {
@@ -44,7 +24,7 @@ static std::string name_of_production(const std::filesystem::path& pack)
 
 bool open_pack(const std::string& name, player_settings& settings, production_files& files, std::string& problem)
 {
-    files.pack = name.empty() ? first_pack() : name;
+    files.pack = name.empty() ? first_pack_name() : name;
     if (files.pack.empty()) {
         problem = "Sux... no dpk file.";
         return false;
@@ -63,27 +43,12 @@ bool open_pack(const std::string& name, player_settings& settings, production_fi
 
 // ---- the documents ----------------------------------------------------------------------
 
-static bool load_document(player_settings& settings, document& d, const char* name, const loading_options& options,
-    owned_tree& tree, std::string& problem)
-{
-    tree.reset(load_document_tree(settings.pack, name, problem));
-    if (!problem.empty())
-        return false;
-    document_create(d, name, timeline_new());
-    if (tree == nullptr)
-        return true;
-    document_loader loader;
-    document_loader_begin(loader, d, tree.get(), settings.pack, options);
-    const bool loaded = document_loader_run(loader);
-    problem = loader.error;
-    return loaded;
-}
-
 bool load_loading_screen(player_settings& settings, std::string& problem)
 {
     owned_tree tree;
-    return load_document(settings, settings.loading, "loading.xmlz",
-        {settings.loading_caps, settings.texture_formats, settings.glsl_path == 1, false}, tree, problem);
+    return load_document(settings.pack, "loading.xmlz", timeline_new(),
+        {settings.loading_caps, settings.texture_formats, settings.glsl_path == 1, false}, settings.loading, tree,
+        problem);
 }
 
 static bool can_be_read(const std::string& path)
@@ -114,8 +79,9 @@ static void find_music(const xml_node* tree, production_files& files, std::strin
 bool load_show(player_settings& settings, production_files& files, std::string& problem, std::string& warning)
 {
     owned_tree tree;
-    if (!load_document(settings, settings.production, "demo.xmlz",
-            {settings.caps, settings.texture_formats, settings.glsl_path == 1, true}, tree, problem))
+    if (!load_document(settings.pack, "demo.xmlz", timeline_new(),
+            {settings.caps, settings.texture_formats, settings.glsl_path == 1, true}, settings.production, tree,
+            problem))
         return false;
     find_music(tree.get(), files, warning);
     return true;
