@@ -72,6 +72,17 @@ class OutputTest(PlayerTest):
         colour_show(3, 'no/tune.ogg').write(self.folder)
         self.assert_output(*report(), 'Error: cannot open no/tune.ogg!', *ENDS)
 
+    def test_a_folder_or_a_pipe_called_like_the_music_is_no_music(self):
+        colour_show(3, 'tone.ogg').write(self.folder)
+        os.mkdir(os.path.join(self.folder, 'tone.ogg'))
+        self.assert_output(*report(), 'Error: cannot open tone.ogg!', *ENDS)
+        os.mkdir(os.path.join(self.folder, 'music'))
+        os.mkfifo(os.path.join(self.folder, 'music', 'tone.ogg'))
+        self.assert_output(*report(), 'Error: cannot open tone.ogg!', *ENDS)
+        os.unlink(os.path.join(self.folder, 'music', 'tone.ogg'))
+        self.put_tone('music/tone.ogg')  # which the folder beside the pack does not hide
+        self.assert_output(*report(), AUDIO, *ENDS)
+
     def test_a_sound_device_that_cannot_be_opened_ends_it(self):
         colour_show(3, 'tone.ogg').write(self.folder)
         self.put_tone()

@@ -4,6 +4,7 @@
 #include <doctest/doctest.h>
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -212,4 +213,23 @@ TEST_CASE("startup: a pack that cannot be opened ends the search with a line")
     leave(directory);
     CHECK(!result.found);
     CHECK(result.output == "Found lost.dpk.\nError: cannot open lost.dpk!\n");
+}
+
+TEST_CASE("startup: a directory, a pipe or a device of a pack's name is no pack")
+{
+    for (const std::string kind : {"directory", "pipe", "device"}) {
+        const work_directory directory = enter_empty_directory();
+        if (kind == "directory")
+            std::filesystem::create_directory("odd.dpk");
+        else if (kind == "pipe")
+            REQUIRE(mkfifo("odd.dpk", 0600) == 0);
+        else
+            std::filesystem::create_symlink("/dev/zero", "odd.dpk");
+        alarm(30); // a pipe would be waited for
+        const discovery result = discover();
+        alarm(0);
+        leave(directory);
+        CHECK_MESSAGE(!result.found, kind);
+        CHECK(result.output == "Found odd.dpk.\nError: cannot open odd.dpk!\n");
+    }
 }

@@ -1,5 +1,6 @@
 #include "music/music.h"
 
+#include "content/file_bytes.h"
 #include "music/vorbis_comments.h"
 
 #include <SDL/SDL.h>
@@ -51,11 +52,12 @@ static void audio_callback(void*, Uint8* stream, int len)
     music.audio_started.store(1, std::memory_order_relaxed);
 }
 
+// A folder of that name beside the pack is no music: the file may lie under "music/".
 static FILE* open_music_file(const char* file)
 {
-    FILE* opened = std::fopen(file, "rb");
+    FILE* opened = open_regular_file(file);
     if (opened == nullptr)
-        opened = std::fopen((std::string("music/") + file).c_str(), "rb");
+        opened = open_regular_file((std::string("music/") + file).c_str());
     return opened;
 }
 

@@ -14,7 +14,7 @@ enum music_result : int {
 };
 
 // Opens `file` (null: none), or the same name under "music/", and starts the audio
-// device.
+// device. Only regular files are music.
 music_result music_open(const char* file);
 
 // Forgets what has been played so far.

@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "content/file_bytes.h"
 #include "shell/log.h"
 
 #include <dirent.h>
@@ -57,7 +58,7 @@ bool discover_pack(player_settings& settings)
         return false;
     }
     std::printf("Found %s.\n", name.c_str());
-    settings.pack = std::fopen(name.c_str(), "rb");
+    settings.pack = open_regular_file(name.c_str());
     if (settings.pack == nullptr) {
         log_message(0, ("Error: cannot open " + name + "!").c_str());
         return false;

@@ -21,6 +21,6 @@ void fix_audio_environment();
 std::string first_pack_name();
 
 // Opens the first file of the working directory whose name ends in "dpk", in the
-// directory's own order, as settings.pack. False when there is none or it cannot be
-// opened; a line says so.
+// directory's own order, as settings.pack. False when there is none, or it cannot be
+// opened or is no regular file; a line says so.
 bool discover_pack(player_settings& settings);
