@@ -5,11 +5,13 @@
 
 #include <dirent.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 
 // Standard output goes into a temporary file between begin and end.
@@ -94,6 +96,69 @@ TEST_CASE("startup: any other audio driver is kept, and AUDIODEV with it")
         CHECK(outcome.driver == driver);
         CHECK(outcome.device == "/dev/somewhere");
     }
+}
+
+// SDL_VIDEODRIVER after the fix-up, from a value of its own and of WAYLAND_DISPLAY (null: unset).
+static std::string video_driver_with(const char* driver, const char* wayland)
+{
+    driver != nullptr ? setenv("SDL_VIDEODRIVER", driver, 1) : unsetenv("SDL_VIDEODRIVER");
+    wayland != nullptr ? setenv("WAYLAND_DISPLAY", wayland, 1) : unsetenv("WAYLAND_DISPLAY");
+    fix_video_environment();
+    const std::string after = value_of("SDL_VIDEODRIVER");
+    unsetenv("SDL_VIDEODRIVER");
+    unsetenv("WAYLAND_DISPLAY");
+    return after;
+}
+
+TEST_CASE("startup: the video driver becomes x11 when none is asked for and Wayland is not there")
+{
+    CHECK(video_driver_with(nullptr, nullptr) == "x11");
+    CHECK(video_driver_with(nullptr, "wayland-0") == "(unset)");
+    CHECK(video_driver_with("dummy", nullptr) == "dummy");
+    CHECK(video_driver_with("", nullptr).empty());
+    CHECK(video_driver_with("dummy", "wayland-0") == "dummy");
+}
+
+// What stands on the three standard descriptors after the preparation, when those named were closed before:
+// n for /dev/null, k for what was kept, - for nothing. A process of its own.
+static std::string streams_without(std::initializer_list<int> closed)
+{
+    int answer[2];
+    REQUIRE(pipe(answer) == 0);
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const int descriptor : {0, 1, 2})
+            dup2(answer[1], descriptor);
+        for (const int descriptor : closed)
+            close(descriptor);
+        prepare_standard_streams();
+        struct stat null_device = {};
+        stat("/dev/null", &null_device);
+        std::string found;
+        for (const int descriptor : {0, 1, 2}) {
+            struct stat status = {};
+            if (fstat(descriptor, &status) != 0)
+                found += '-';
+            else
+                found += S_ISCHR(status.st_mode) && status.st_rdev == null_device.st_rdev ? 'n' : 'k';
+        }
+        _exit(write(answer[1], found.data(), found.size()) < 0);
+    }
+    close(answer[1]);
+    char found[4] = "";
+    CHECK(read(answer[0], found, 3) == 3);
+    close(answer[0]);
+    waitpid(child, nullptr, 0);
+    return found;
+}
+
+TEST_CASE("startup: standard streams that are closed are opened on /dev/null, the others stay")
+{
+    CHECK(streams_without({}) == "kkk");
+    CHECK(streams_without({1}) == "knk");
+    CHECK(streams_without({0, 2}) == "nkn");
+    CHECK(streams_without({0, 1, 2}) == "nnn");
 }
 
 TEST_CASE("startup: the banner names program and version")

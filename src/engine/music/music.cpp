@@ -1,6 +1,7 @@
 #include "music/music.h"
 
 #include "content/file_bytes.h"
+#include "content/reason.h"
 #include "music/vorbis_comments.h"
 
 #include <SDL/SDL.h>
@@ -89,7 +90,7 @@ music_result music_open(const char* file)
     requested.samples = requested_samples;
     requested.callback = audio_callback;
     if (SDL_OpenAudio(&requested, &music.obtained_spec) < 0) {
-        std::fprintf(stderr, "Couldn't open audio: %s\n", SDL_GetError());
+        std::fprintf(stderr, "Couldn't open audio: %s\n", given_reason(SDL_GetError()));
         return music_no_device;
     }
     SDL_PauseAudio(0);

@@ -1,7 +1,9 @@
 #include "shell/dialog.h"
 
+#include "content/reason.h"
 #include "shell/dialog_images.h"
 #include "shell/dialog_logic.h"
+#include "shell/interrupt.h"
 #include "shell/log.h"
 #include "shell/startup.h"
 
@@ -9,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 constexpr int window_depth = 24;     // bits per pixel
@@ -29,7 +30,7 @@ struct dialog_pictures {
 
 static dialog_result fail_without_display()
 {
-    const std::string line = std::string("Error: cannot open the display: ") + SDL_GetError();
+    const std::string line = std::string("Error: cannot open the display: ") + given_reason(SDL_GetError());
     SDL_Quit();
     log_message(0, line.c_str());
     return dialog_failed;
@@ -103,7 +104,8 @@ static dialog_result dialog_loop(SDL_Surface* screen, const dialog_pictures& pic
     dialog_begin(state, settings);
     for (;;) {
         SDL_Event event; // one a pass; no key does anything here
-        if (SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT)
+        const bool closed = SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT;
+        if (closed || interrupted())
             return quit_dialog(settings);
 
         int x = 0;
@@ -123,9 +125,6 @@ static dialog_result dialog_loop(SDL_Surface* screen, const dialog_pictures& pic
 
 dialog_result run_dialog(player_settings& settings)
 {
-    // Only X has OpenGL windows. Without this a text terminal would be taken as a last
-    // resort and the dialog drawn in letters; a driver that was asked for by name is used.
-    setenv("SDL_VIDEODRIVER", "x11", 0);
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         return fail_without_display();
     read_desktop_size(settings);

@@ -5,6 +5,7 @@
 #include "render/compositor_gl.h"
 #include "shell/dialog.h"
 #include "shell/display_gl.h"
+#include "shell/interrupt.h"
 #include "shell/loading.h"
 #include "shell/log.h"
 #include "shell/settings.h"
@@ -147,7 +148,8 @@ static void play(player_settings& settings)
 
         const Uint8* keys = SDL_GetKeyState(nullptr);
         SDL_Event event;
-        if (SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT)
+        const bool closed = SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT;
+        if (closed || interrupted())
             std::exit(0);
         if (keys[SDLK_ESCAPE] != 0) {
             close_pack(settings);
@@ -164,8 +166,10 @@ int run_player(int argc, char** argv)
     static player_settings settings;
 
     // What the viewer wants.
-    prepare_standard_output();
+    prepare_standard_streams();
+    catch_interrupts();
     fix_audio_environment();
+    fix_video_environment();
     std::puts(banner_text);
     settings_defaults(settings);
     settings.loading_timeline = timeline_new();

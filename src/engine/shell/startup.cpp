@@ -4,7 +4,10 @@
 #include "shell/log.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -13,8 +16,12 @@ constexpr char pack_suffix[] = "dpk"; // no dot: "mydpk" and "dpk" are packs as 
 constexpr size_t pack_suffix_length = sizeof(pack_suffix) - 1;
 constexpr char sound_server_prefix[] = "pulse";
 
-void prepare_standard_output()
+void prepare_standard_streams()
 {
+    // Else the display's connection would take the place of a closed one, and get the lines.
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor)
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0)
+            break; // a system without that device
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 }
 
@@ -29,6 +36,13 @@ void fix_audio_environment()
         return;
     setenv("SDL_AUDIODRIVER", "alsa", 1);
     unsetenv("AUDIODEV");
+}
+
+void fix_video_environment()
+{
+    // Without a display a text terminal would be taken as a last resort and the dialog drawn in letters.
+    if (std::getenv("WAYLAND_DISPLAY") == nullptr)
+        setenv("SDL_VIDEODRIVER", "x11", 0);
 }
 
 static bool names_a_pack(const char* name)
