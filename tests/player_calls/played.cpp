@@ -1,0 +1,211 @@
+#include "played.h"
+
+#include "document_text.h"
+#include "recording_gl.h"
+#include "render/compositor_gl.h"
+#include "shell/player.h"
+
+#include <doctest/doctest.h>
+
+#include <GL/glew.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+
+// ---- the frame ------------------------------------------------------------------
+
+// Stands in for the renderer: which frame was asked for, and with what.
+uint32_t compose_frame(
+    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, frame_cost_record*)
+{
+    const bool loading = d.name != nullptr && std::string(d.name) == "loading.xmlz";
+    char line[200];
+    std::snprintf(line, sizeof line,
+        "compose_frame(%s at %u, %u x %u, %.4f, vbo %u pbo %u npot %u, %u units, nv %u ati %u, %s)",
+        loading ? "loading" : "production", static_cast<unsigned>(time), static_cast<unsigned>(view.width),
+        static_cast<unsigned>(view.height), static_cast<double>(view.aspect), caps.vbo, caps.pbo, caps.npot,
+        caps.texture_units, caps.nv_combine4, caps.ati_combine3, glsl ? "glsl" : "fixed");
+    const bool is_over = !loading && time > current_script().last_tick;
+    record_line(std::string(line) + (is_over ? " = 0" : ""));
+    pass_time(is_over ? 0 : current_script().ms_per_frame);
+    return is_over ? 0 : 1;
+}
+
+// ---- the show -------------------------------------------------------------------
+
+static document_text production_text(const scripted_show& show)
+{
+    document_text text;
+    text.records[section_functions] = repeated(function_text(), show.functions);
+    text.records[section_scenes] = "<scene name=\"empty\"/>";
+    text.records[section_timeline] = "<track>" + clip_text(1, 0, 100) + "</track>";
+    if (!show.music.empty())
+        text.music_attributes = " file=\"" + show.music + "\"";
+    return text;
+}
+
+static std::string bytes_of(const scripted_show& show, const std::string& name, document_text text)
+{
+    if (show.damaged == name)
+        return std::string("\5\0\0\0nothing that inflates", 25);
+    if (show.empty_record == name)
+        text.records[section_functions] = "<function/>";
+    return in_envelope(to_text(text));
+}
+
+static void write_show(const scripted_show& show)
+{
+    std::vector<pack_content> entries;
+    if (show.has_loading)
+        entries.push_back({"loading.xmlz", bytes_of(show, "loading.xmlz", production_text({}))});
+    if (show.has_production)
+        entries.push_back({"demo.xmlz", bytes_of(show, "demo.xmlz", production_text(show))});
+    FILE* pack = open_pack(entries);
+    FILE* file = std::fopen("demo.dpk", "wb");
+    for (int byte = std::fgetc(pack); byte != EOF; byte = std::fgetc(pack))
+        std::fputc(byte, file);
+    std::fclose(file);
+    std::fclose(pack);
+    std::filesystem::copy_file(TONE_FILE, "tone.ogg");
+}
+
+// ---- the process ----------------------------------------------------------------
+
+static FILE* report; // where the process leaves its lines
+
+// What the player prints, in whole or in parts of lines.
+static ssize_t print_into(void* printed, const char* text, size_t size)
+{
+    std::string& line = *static_cast<std::string*>(printed);
+    for (const char byte : std::string_view(text, size)) {
+        if (byte == '\n')
+            record_line(std::exchange(line, line.substr(0, 2)));
+        else
+            line += byte;
+    }
+    return static_cast<ssize_t>(size);
+}
+
+static void leave_report()
+{
+    std::fflush(stdout);
+    std::fputs(take_gl_calls().c_str(), report);
+    std::fclose(report);
+}
+
+static void offer_everything()
+{
+    gl_answers& answers = begin_gl_recording();
+    answers.integers[GL_MAX_TEXTURE_UNITS] = 8;
+    __GLEW_ARB_vertex_buffer_object = GL_TRUE;
+    __GLEW_ARB_pixel_buffer_object = GL_TRUE;
+    __GLEW_ARB_texture_non_power_of_two = GL_TRUE;
+    __GLEW_ARB_texture_compression = GL_TRUE;
+    __GLEW_NV_texture_env_combine4 = GL_TRUE;
+}
+
+[[noreturn]] static void run_in_process(const sdl_script& script, std::vector<std::string> words, void (*prepare)())
+{
+    alarm(60);
+    static std::string printed = "| ";
+    static std::string complained = "! ";
+    stdout = fopencookie(&printed, "w", {nullptr, print_into, nullptr, nullptr});
+    stderr = fopencookie(&complained, "w", {nullptr, print_into, nullptr, nullptr});
+    std::setvbuf(stderr, nullptr, _IONBF, 0);
+    offer_everything();
+    begin_script(script);
+    if (prepare != nullptr)
+        prepare();
+    std::atexit(leave_report);
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const int status = run_player(static_cast<int>(words.size()), arguments.data());
+    record_line("run_player() = " + std::to_string(status));
+    std::exit(status);
+}
+
+played_run play(
+    const sdl_script& script, const scripted_show& show, const std::vector<std::string>& arguments, void (*prepare)())
+{
+    std::vector<std::string> words = {"brimlow"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    char folder[] = "/tmp/brimlow_calls_XXXXXX";
+    REQUIRE(mkdtemp(folder) != nullptr);
+    report = std::tmpfile();
+    REQUIRE(report != nullptr);
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        std::filesystem::current_path(folder);
+        write_show(show);
+        run_in_process(script, words, prepare);
+    }
+    played_run run = {"", 0};
+    waitpid(child, &run.status, 0);
+    run.status = WIFSIGNALED(run.status) ? 128 + WTERMSIG(run.status) : WEXITSTATUS(run.status);
+    std::rewind(report);
+    for (int byte = std::fgetc(report); byte != EOF; byte = std::fgetc(report))
+        run.calls += static_cast<char>(byte);
+    std::fclose(report);
+    if (const size_t at = run.calls.find("-nan"); at != std::string::npos)
+        run.calls.erase(at, 1); // which sign it has is the machine's business
+    std::filesystem::remove_all(folder);
+    return run;
+}
+
+// ---- looking at lines -----------------------------------------------------------
+
+static std::vector<std::string> split(const std::string& calls)
+{
+    std::vector<std::string> lines;
+    for (size_t begin = 1; begin < calls.size();) {
+        const size_t end = calls.find('\n', begin);
+        lines.push_back(calls.substr(begin, end - begin));
+        begin = end == std::string::npos ? calls.size() : end + 1;
+    }
+    return lines;
+}
+
+std::string lines_of(const std::string& calls, std::initializer_list<std::string_view> beginnings)
+{
+    std::string text = "\n";
+    for (const std::string& line : split(calls))
+        for (const std::string_view beginning : beginnings)
+            if (line.starts_with(beginning)) {
+                text += line + "\n";
+                break;
+            }
+    return text;
+}
+
+std::string part_of(const std::string& calls, const std::string& from, const std::string& to)
+{
+    std::string text = "\n";
+    bool inside = false;
+    for (const std::string& line : split(calls)) {
+        const bool begins = !inside && text.size() == 1 && line == from;
+        inside = inside || begins;
+        if (inside)
+            text += line + "\n";
+        if (!begins && line == to)
+            inside = false;
+    }
+    return text;
+}
+
+size_t count_of(const std::string& calls, const std::string& line)
+{
+    size_t count = 0;
+    for (const std::string& each : split(calls))
+        count += each == line;
+    return count;
+}

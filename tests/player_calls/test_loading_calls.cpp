@@ -1,0 +1,115 @@
+// Loading, its frames, and how it ends when a document is broken.
+#include "played.h"
+
+#include <doctest/doctest.h>
+
+#include <initializer_list>
+
+static sdl_script started(uint32_t ms_per_reading)
+{
+    sdl_script script;
+    script.clicks = {start_button};
+    script.ms_per_reading = ms_per_reading;
+    script.last_tick = -1;
+    return script;
+}
+
+static std::string frame(uint32_t percent)
+{
+    return "compose_frame(loading at " + std::to_string(percent)
+        + ", 800 x 600, 1.3333, vbo 0 pbo 0 npot 0, 4 units, nv 1 ati 0, glsl)\n"
+          "SDL_GL_SwapBuffers()\n"
+          "glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)\n";
+}
+
+static std::string readings(std::initializer_list<uint32_t> times)
+{
+    std::string text;
+    for (const uint32_t time : times)
+        text += "SDL_GetTicks() = " + std::to_string(time) + "\n";
+    return text;
+}
+
+static const std::string over
+    = "compose_frame(production at 0, 800 x 600, 1.3333, vbo 1 pbo 1 npot 1, 4 units, nv 1 ati 0, "
+      "glsl) = 0\n";
+
+// Behind the display's last call.
+static std::string loading_of(const played_run& run)
+{
+    return part_of(run.calls, "SDL_ShowCursor(0)", "* the pack is closed");
+}
+
+TEST_CASE("a loading frame comes when more than 50 ms have passed since the last one was shown and cleared")
+{
+    sdl_script script = started(25); // 1030 at the start; each look at the clock takes 25 ms
+    script.ms_per_frame = 3;
+    script.ms_per_swap = 7;
+    const played_run run = play(script, {.functions = 4, .has_loading = true}); // 6 items
+    CHECK(loading_of(run)
+        == "\nSDL_ShowCursor(0)\n" + readings({1044, 1069, 1094, 1119}) + frame(50) + readings({1154, 1179, 1204, 1229})
+            + frame(100) + readings({1264, 1289}) + over + "* the pack is closed\n");
+}
+
+TEST_CASE("50 ms are no more than 50")
+{
+    const auto frames
+        = [](uint32_t ms) { return lines_of(play(started(ms), {.functions = 1}).calls, {"compose_frame(loading"}); };
+    CHECK(frames(50)
+        == "\ncompose_frame(loading at 66, 800 x 600, 1.3333, vbo 0 pbo 0 npot 0, 4 units, nv 1 ati 0, glsl)\n");
+    CHECK(frames(16) == "\n");
+    CHECK(frames(17)
+        == "\ncompose_frame(loading at 100, 800 x 600, 1.3333, vbo 0 pbo 0 npot 0, 4 units, nv 1 ati 0, glsl)\n");
+}
+
+TEST_CASE("the loading screen's time is the percentage, cut off")
+{
+    const played_run run = play(started(51), {.functions = 1, .has_loading = true});
+    CHECK(loading_of(run)
+        == "\nSDL_ShowCursor(0)\n" + readings({1030, 1081}) + frame(33) + readings({1132, 1183}) + frame(66)
+            + readings({1234, 1285}) + frame(100) + readings({1336, 1387}) + over + "* the pack is closed\n");
+}
+
+TEST_CASE("a pack without a production has an empty show, which is over at once")
+{
+    const played_run run = play(started(0), {.has_production = false});
+    CHECK(part_of(run.calls, "SDL_ShowCursor(0)", "")
+        == "\nSDL_ShowCursor(0)\n" + readings({1030, 1030}) + over
+            + "* the pack is closed\n| Benchmark result: nan fps\n| Bye!\nSDL_Quit()\nrun_player() = 0\n");
+}
+
+TEST_CASE("a broken document ends it with one line behind SDL's end")
+{
+    const auto end_of = [](const scripted_show& show) {
+        const played_run run = play(started(1), show);
+        CHECK(run.status == 1);
+        return part_of(run.calls, "SDL_ShowCursor(0)", "");
+    };
+    CHECK(end_of({.has_loading = true, .damaged = "loading.xmlz"}) == R"(
+SDL_ShowCursor(0)
+SDL_Quit()
+| Error: loading.xmlz: the document is damaged.
+run_player() = 1
+)");
+    CHECK(end_of({.has_loading = true, .empty_record = "loading.xmlz"}) == R"(
+SDL_ShowCursor(0)
+SDL_Quit()
+| Error: loading.xmlz: section 4 (functions), record 1: attribute "type" is missing.
+run_player() = 1
+)");
+    // Reading and inflating count towards the first interval: the clock is looked at before.
+    CHECK(end_of({.damaged = "demo.xmlz"}) == R"(
+SDL_ShowCursor(0)
+SDL_GetTicks() = 1030
+SDL_Quit()
+| Error: demo.xmlz: the document is damaged.
+run_player() = 1
+)");
+    CHECK(end_of({.empty_record = "demo.xmlz"}) == R"(
+SDL_ShowCursor(0)
+SDL_GetTicks() = 1030
+SDL_Quit()
+| Error: demo.xmlz: section 4 (functions), record 1: attribute "type" is missing.
+run_player() = 1
+)");
+}
