@@ -1,3 +1,4 @@
+#include "music/latest_request.h"
 #include "music/music.h"
 
 #include <doctest/doctest.h>
@@ -45,4 +46,55 @@ TEST_CASE("the clock ends where its number does")
 TEST_CASE("a show without a music file is no error")
 {
     CHECK(music_open(nullptr) == music_none);
+}
+
+// The two words of the callback, and a request that comes while they are read: its count is
+// stored before the reading of number `count_at`, its time before that of number `time_at`.
+struct request_words {
+    uint32_t bytes = 1000;
+    uint32_t ticks = 10;
+    uint32_t readings = 0;
+    uint32_t count_at;
+    uint32_t time_at;
+};
+
+struct watched_word {
+    request_words* words;
+    uint32_t request_words::*value;
+
+    uint32_t load(std::memory_order) const
+    {
+        const uint32_t reading = words->readings++;
+        words->bytes = reading >= words->count_at ? 2000 : 1000;
+        words->ticks = reading >= words->time_at ? 20 : 10;
+        return words->*value;
+    }
+};
+
+static latest_request read_while(uint32_t count_at, uint32_t time_at)
+{
+    request_words words;
+    words.count_at = count_at;
+    words.time_at = time_at;
+    return read_latest_request(watched_word{&words, &request_words::bytes}, {&words, &request_words::ticks});
+}
+
+TEST_CASE("a request that comes while the latest one is read counts with both words or with none")
+{
+    for (uint32_t at = 0; at < 6; ++at) {
+        const latest_request request = read_while(at, at);
+        const bool fits = request.bytes_before == 2000 ? request.ticks == 20 : request.ticks == 10;
+        CHECK_MESSAGE(fits, at);
+    }
+    CHECK(read_while(0, 0).bytes_before == 2000);
+    CHECK(read_while(6, 6).bytes_before == 1000);
+}
+
+TEST_CASE("a new time is never read with an old count, whenever the callback stores them")
+{
+    for (uint32_t count_at = 0; count_at < 6; ++count_at)
+        for (uint32_t time_at = count_at; time_at < 8; ++time_at) {
+            const latest_request request = read_while(count_at, time_at);
+            CHECK((request.ticks == 10 || request.bytes_before == 2000));
+        }
 }

@@ -2,6 +2,7 @@
 
 #include "content/file_bytes.h"
 #include "content/reason.h"
+#include "music/latest_request.h"
 #include "music/vorbis_comments.h"
 
 #include <SDL/SDL.h>
@@ -38,9 +39,10 @@ static void audio_callback(void*, Uint8* stream, int len)
 {
     const uint32_t bytes = len > 0 ? static_cast<uint32_t>(len) : 0;
     const uint32_t total = music.bytes_total.load(std::memory_order_relaxed);
+    const uint32_t now = SDL_GetTicks(); // taken here, so that the stores lie close together
     music.bytes_before_last.store(total, std::memory_order_relaxed);
     music.bytes_total.store(total + bytes, std::memory_order_relaxed);
-    music.last_fill_ticks.store(SDL_GetTicks(), std::memory_order_relaxed);
+    music.last_fill_ticks.store(now, std::memory_order_release); // behind its count, see read_latest_request
 
     uint32_t filled = 0; // bytes
     if (music.decoder != nullptr) {
@@ -136,7 +138,7 @@ uint32_t audio_clock_ms(uint32_t bytes_before_last, uint32_t samples, uint32_t l
 
 uint32_t music_clock_update()
 {
-    const uint32_t now = SDL_GetTicks();
-    return audio_clock_ms(music.bytes_before_last.load(std::memory_order_relaxed), music.obtained_spec.samples,
-        music.last_fill_ticks.load(std::memory_order_relaxed), now);
+    const uint32_t now = SDL_GetTicks(); // before the request's time: the clock's own reading is the older one
+    const latest_request request = read_latest_request(music.bytes_before_last, music.last_fill_ticks);
+    return audio_clock_ms(request.bytes_before, music.obtained_spec.samples, request.ticks, now);
 }
