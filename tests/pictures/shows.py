@@ -16,6 +16,7 @@ from production import (ADD, ADD_ALPHA, ALPHA, CUBE, DYNAMIC, GENERATED, GENMESH
 
 FRAMES_PER_SECOND = 4
 SECOND = 100  # ticks
+LONG = 25000  # ticks, until nobody looks any more
 REPLACED = 2  # unit 1: "Replace"
 
 
@@ -200,6 +201,50 @@ def layers(folder):
     show.write(folder)
 
 
+def held(folder):
+    """A picture that never moves, with something of everything: the player in its window is compared with it too."""
+    show = Production()
+    light = show.values(0.25, 0.25, 0.25, 1, 0.9, 0.8, 3, 4, 5)
+    fog = show.values(0, 0, 0, 0.5, 0.2, 0.4, 0, 0, 0)
+    night = show.values(0, 0, 0, 0.2, 0.2, 0.4, 0, 0, 0)  # which every driver rounds alike
+    still = show.function((0, LONG, 0.3))
+    show.generated_image(1, 1, 0.8, 0.5, 3, 2)
+    show.generated_image(4, 0.7, 0.25, 0.15, 0.8, 0.8, 0.75, 8, 4, 2, 3, 32)
+    plasma, bricks = (show.texture_node(101, 0, 0, 1, image=n) for n in range(2))
+    mixed = show.texture_node(255, show.texture_node(209, bricks, 0.8, 1, input2=plasma), filtering=2)
+    checked = show.image(picture(64, checks), filtering=2)
+    shining = show.image(picture(64, ball))
+    target = show.image(png(128, 128))
+    surface = show.dynamic_texture(1, still, still, resolution='128x128')
+    for face, rgb in enumerate(((220, 60, 60), (60, 220, 60), (240, 240, 200), (40, 40, 60), (60, 60, 220), (220, 200, 60))):
+        show.entries['face%d.png' % face] = picture(16, lambda x, y, rgb=rgb: tuple(int(c * (0.5 + x / 2)) for c in rgb))
+    cube = show.reference(CUBE, show.cube_map(*('face%d.png' % n for n in range(6)), filtering=1))
+    mixed, surface = show.reference(GENERATED, mixed), show.reference(DYNAMIC, surface)
+    checked, shining, target_seen = (show.reference(IMAGE, n) for n in (checked, shining, target))
+    solid = show.mesh(sphere())
+    looks = [show.material((1, 1, 1), [(checked, 0)], light1=light, depth_test=1),
+             show.material((1, 1, 1), depth_test=1, texture1=environment(shining, 1)),
+             show.material((1, 1, 1), depth_test=1, texture1=environment(cube, 2)),
+             show.material((1, 1, 1), [(checked, 0)], light1=light, depth_test=1, fogtype=2, fogcolor=fog,
+                           fogstart=animated('fogstart', 4), fogend=animated('fogend', 9)),
+             show.material((1, 0.8, 0.6, 0.5), blend=ALPHA, light1=light, depth_test=1, backface_culling=1)]
+    letter = show.mesh(quad(0, 0, 0.7, 1))
+    show.font(letter, looks[4], width=0.8)
+    turned = show.scene(placed(solid, looks[0], turned=(20, 30, 0)))
+    walls = [show.material(textures=[(r, REPLACED)]) for r in (mixed, surface, target_seen)]
+    walls += [show.material((0.9, 0.5, 0.2, 0.6), [(checked, 0), (shining, mode)]) for mode in (1, 2, 3)]
+    balls = [placed(solid, looks[n], at=(-2.1 + 1.4 * n, 0.9, 0), turned=(10, 40, 0), scaled=(0.6, 0.6, 0.6))
+             for n in range(4)]
+    balls.append(placed(solid, looks[0], at=(-1.6, -1.2, 0), scaled=(0.4, 0.4, 0.4),
+                        manipulators=[manipulator(1, 3, 1.1, 0, 0, 0, 0, 30, -0.1, -0.1, -0.1)]))
+    balls.append(placed(0, looks[4], TEXT, 1, 'HELD', at=(0.2, -1.9, 0)))
+    camera = dict(camera=(0, 0, -3, 0, 0, 0), fov=50)
+    show.layer(turned, LONG, mode=5, rtex=target, clearcolor=night, **camera)
+    show.layer(tiles(show, walls, 3, 2), LONG, track=2)
+    show.layer(show.scene(*balls), LONG, track=3, camera=(0, 0.2, -6, 0, 0, 0), fov=45)
+    show.write(folder)
+
+
 def built_by(*script):
     def build(folder):
         subprocess.run([sys.executable, '-B', os.path.join(ROOT, 'productions', *script), folder], check=True,
@@ -207,8 +252,8 @@ def built_by(*script):
     return build
 
 
-SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'layers': layers,
+SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'layers': layers, 'held': held,
          'spinning-cube': built_by('examples', 'spinning-cube', 'build.py'),
          'first-light': built_by('first-light', 'build.py')}
-STILLS = {'textures': (0, 4), 'effects': (3, 11, 27), 'materials': (0, 5), 'layers': (2, 7), 'spinning-cube': (4, 12),
-          'first-light': (32, 96, 160, 224, 256)}
+STILLS = {'textures': (0, 4), 'effects': (3, 11, 27), 'materials': (0, 5), 'layers': (2, 7), 'held': (0,),
+          'spinning-cube': (4, 12), 'first-light': (32, 96, 160, 224, 256)}
