@@ -38,6 +38,16 @@ uint32_t compose_frame(
     return is_over ? 0 : 1;
 }
 
+// ---- inflating ------------------------------------------------------------------
+
+extern "C" int __real_stbi_zlib_decode_buffer(char* out, int out_size, const char* in, int in_size);
+
+extern "C" int __wrap_stbi_zlib_decode_buffer(char* out, int out_size, const char* in, int in_size)
+{
+    pass_time(current_script().ms_per_document);
+    return __real_stbi_zlib_decode_buffer(out, out_size, in, in_size);
+}
+
 // ---- the show -------------------------------------------------------------------
 
 static document_text production_text(const scripted_show& show)

@@ -31,7 +31,8 @@ struct sdl_script {
     uint32_t now = 1000;
     uint32_t ms_per_reading = 0; // passes behind each reading of the clock by the main thread
     uint32_t ms_per_swap = 0;
-    uint32_t ms_per_frame = 0; // that composing one takes
+    uint32_t ms_per_frame = 0;    // that composing one takes
+    uint32_t ms_per_document = 0; // that inflating one takes
     // The display.
     bool has_display = true;
     int desktop_width = 800;

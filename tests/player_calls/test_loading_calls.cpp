@@ -62,6 +62,16 @@ TEST_CASE("50 ms are no more than 50")
         == "\ncompose_frame(loading at 100, 800 x 600, 1.3333, vbo 0 pbo 0 npot 0, 4 units, nv 1 ati 0, glsl)\n");
 }
 
+TEST_CASE("reading and inflating the production count towards the first interval, the loading screen's do not")
+{
+    sdl_script script = started(1);
+    script.ms_per_document = 48;                                                // 1078 behind the loading screen's
+    const played_run run = play(script, {.functions = 2, .has_loading = true}); // 4 items
+    CHECK(loading_of(run)
+        == "\nSDL_ShowCursor(0)\n" + readings({1078, 1127, 1128, 1129}) + frame(75) + readings({1130, 1131, 1132})
+            + over + "* the pack is closed\n");
+}
+
 TEST_CASE("the loading screen's time is the percentage, cut off")
 {
     const played_run run = play(started(51), {.functions = 1, .has_loading = true});
@@ -97,7 +107,6 @@ SDL_Quit()
 | Error: loading.xmlz: section 4 (functions), record 1: attribute "type" is missing.
 run_player() = 1
 )");
-    // Reading and inflating count towards the first interval: the clock is looked at before.
     CHECK(end_of({.damaged = "demo.xmlz"}) == R"(
 SDL_ShowCursor(0)
 SDL_GetTicks() = 1030
