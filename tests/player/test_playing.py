@@ -127,6 +127,9 @@ class OutputTest(PlayerTest):
         show = colour_show(3)
         show.loading = Production('loading_')
         show.loading.colour(GREEN, 100)
+        for document in (show, show.loading):  # lakes and their like have a state of their own
+            for kind in range(5):
+                document.effect(kind, *[document.function((0, 100, 0.5))] * 2)
         show.write(self.folder)
         player, status = self.run_through(ASAN_OPTIONS='detect_leaks=1:exitcode=0')
         self.assert_lines(player.lines, *found(), *report(), *ENDS)

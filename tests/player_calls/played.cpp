@@ -38,7 +38,7 @@ uint32_t compose_frame(
     return is_over ? 0 : 1;
 }
 
-// ---- inflating ------------------------------------------------------------------
+// ---- what is done on the way ------------------------------------------------------
 
 extern "C" int __real_stbi_zlib_decode_buffer(char* out, int out_size, const char* in, int in_size);
 
@@ -48,14 +48,40 @@ extern "C" int __wrap_stbi_zlib_decode_buffer(char* out, int out_size, const cha
     return __real_stbi_zlib_decode_buffer(out, out_size, in, in_size);
 }
 
+extern "C" void __real__Z13document_freeR8document(document& d);
+extern "C" void __real__Z13timeline_freeP8timeline(timeline* t);
+extern "C" void __real__Z30document_free_generated_imagesR8document(document& d);
+
+extern "C" void __wrap__Z13document_freeR8document(document& d)
+{
+    record_line(std::string("document_free(") + (d.name != nullptr ? d.name : "nothing") + ")");
+    __real__Z13document_freeR8document(d);
+}
+
+extern "C" void __wrap__Z13timeline_freeP8timeline(timeline* t)
+{
+    record_line(std::string("timeline_free(") + (t != nullptr ? "" : "nothing") + ")");
+    __real__Z13timeline_freeP8timeline(t);
+}
+
+extern "C" void __wrap__Z30document_free_generated_imagesR8document(document& d)
+{
+    if (d.generated_image_count != 0)
+        record_line("document_free_generated_images()");
+    __real__Z30document_free_generated_imagesR8document(d);
+}
+
 // ---- the show -------------------------------------------------------------------
 
 static document_text production_text(const scripted_show& show)
 {
-    document_text text;
+    document_text text = show.is_complete ? complete_document() : document_text();
+    if (show.is_complete)
+        return text;
     text.records[section_functions] = repeated(function_text(), show.functions);
     text.records[section_scenes] = "<scene name=\"empty\"/>";
     text.records[section_timeline] = "<track>" + clip_text(1, 0, 100) + "</track>";
+    text.records[section_music] = repeated("<note/>", show.notes);
     if (!show.music.empty())
         text.music_attributes = " file=\"" + show.music + "\"";
     return text;
@@ -72,9 +98,10 @@ static std::string bytes_of(const scripted_show& show, const std::string& name, 
 
 static void write_show(const scripted_show& show)
 {
-    std::vector<pack_content> entries;
+    std::vector<pack_content> entries = complete_pack();
     if (show.has_loading)
-        entries.push_back({"loading.xmlz", bytes_of(show, "loading.xmlz", production_text({}))});
+        entries.push_back(
+            {"loading.xmlz", bytes_of(show, "loading.xmlz", production_text({.is_complete = show.is_complete}))});
     if (show.has_production)
         entries.push_back({"demo.xmlz", bytes_of(show, "demo.xmlz", production_text(show))});
     FILE* pack = open_pack(entries);

@@ -11,14 +11,16 @@
 
 constexpr scripted_click start_button = {318, 217};
 
-// A show whose records need nothing of OpenGL.
+// A show; but for a complete one its records need nothing of OpenGL.
 struct scripted_show {
     uint32_t functions = 0;        // records of the production, besides its scene and its clip
+    uint32_t notes = 0;            // children of the music element
     std::string music = "";        // the name of its file; empty: none
     bool has_loading = false;      // a loading screen
     std::string damaged = "";      // the name of a document that is none
     std::string empty_record = ""; // the name of a document with a record that lacks everything
     bool has_production = true;    // demo.xmlz
+    bool is_complete = false;      // instead of all that: a record in every section of both documents
 };
 
 struct played_run {

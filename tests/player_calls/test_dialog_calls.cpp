@@ -37,6 +37,7 @@ SDL_EventState(MOUSEMOTION, IGNORE)
 
 static const std::string closing = R"(SDL_PollEvent() = 12
 | Bye!
+timeline_free()
 SDL_Quit()
 run_player() = 0
 )";

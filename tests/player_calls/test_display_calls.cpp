@@ -1,5 +1,7 @@
 // From the choices to the OpenGL window.
 #include "played.h"
+#include "recording_gl.h"
+#include "shell/driver_gl.h"
 
 #include <doctest/doctest.h>
 
@@ -146,4 +148,40 @@ TEST_CASE("the first argument alone may force pixel buffers")
     CHECK(caps_with({"-forcepbo"}));
     CHECK_FALSE(caps_with({}));
     CHECK_FALSE(caps_with({"x", "-forcepbo"}));
+}
+
+TEST_CASE("without shader functions the show is drawn on the fixed path, whatever was chosen")
+{
+    const played_run run = play(choices({}), {}, {}, [] { glCreateShader = nullptr; });
+    CHECK(lines_of(run.calls, {"| No GLSL", "| Using", "compose_frame"}) == R"(
+| No GLSL support.
+| Using 4 texture units + NV_texture_env_combine4.
+compose_frame(production at 0, 800 x 600, 1.3333, vbo 1 pbo 1 npot 1, 4 units, nv 1 ati 0, fixed) = 0
+)");
+}
+
+// Stands in for the extension's functions: they are called by nobody here.
+static void GLAPIENTRY bind_of_extension(GLenum, GLuint) { }
+
+static void GLAPIENTRY delete_of_extension(GLsizei, const GLuint*) { }
+
+TEST_CASE("below OpenGL 1.5 the functions of the buffer extension take the places of the later ones")
+{
+    begin_gl_recording();
+    const auto later_bind = glBindBuffer;
+    glBindBufferARB = bind_of_extension;
+    glDeleteBuffersARB = delete_of_extension;
+    __GLEW_ARB_vertex_buffer_object = GL_TRUE;
+    ask_driver_gl();
+    CHECK((glBindBuffer == later_bind)); // it is there
+    glBindBuffer = nullptr;
+    ask_driver_gl();
+    CHECK((glBindBuffer == bind_of_extension));
+    CHECK((glDeleteBuffers == delete_of_extension));
+
+    glBindBuffer = nullptr;
+    __GLEW_ARB_vertex_buffer_object = GL_FALSE;
+    ask_driver_gl();
+    CHECK((glBindBuffer == nullptr));
+    take_gl_calls();
 }

@@ -5,6 +5,10 @@
 
 #include <initializer_list>
 
+// What can be clicked in the dialog.
+constexpr scripted_click buffers_box = {289, 113};
+constexpr scripted_click fixed_path_row = {320, 328};
+
 static sdl_script started(uint32_t ms_per_reading)
 {
     sdl_script script;
@@ -40,6 +44,9 @@ static std::string loading_of(const played_run& run)
     return part_of(run.calls, "SDL_ShowCursor(0)", "* the pack is closed");
 }
 
+// The loading screen goes when everything is there.
+static const std::string loaded = "document_free(loading.xmlz)\ntimeline_free()\n";
+
 TEST_CASE("a loading frame comes when more than 50 ms have passed since the last one was shown and cleared")
 {
     sdl_script script = started(25); // 1030 at the start; each look at the clock takes 25 ms
@@ -48,7 +55,7 @@ TEST_CASE("a loading frame comes when more than 50 ms have passed since the last
     const played_run run = play(script, {.functions = 4, .has_loading = true}); // 6 items
     CHECK(loading_of(run)
         == "\nSDL_ShowCursor(0)\n" + readings({1044, 1069, 1094, 1119}) + frame(50) + readings({1154, 1179, 1204, 1229})
-            + frame(100) + readings({1264, 1289}) + over + "* the pack is closed\n");
+            + frame(100) + readings({1264}) + loaded + readings({1289}) + over + "* the pack is closed\n");
 }
 
 TEST_CASE("50 ms are no more than 50")
@@ -68,8 +75,8 @@ TEST_CASE("reading and inflating the production count towards the first interval
     script.ms_per_document = 48;                                                // 1078 behind the loading screen's
     const played_run run = play(script, {.functions = 2, .has_loading = true}); // 4 items
     CHECK(loading_of(run)
-        == "\nSDL_ShowCursor(0)\n" + readings({1078, 1127, 1128, 1129}) + frame(75) + readings({1130, 1131, 1132})
-            + over + "* the pack is closed\n");
+        == "\nSDL_ShowCursor(0)\n" + readings({1078, 1127, 1128, 1129}) + frame(75) + readings({1130, 1131}) + loaded
+            + readings({1132}) + over + "* the pack is closed\n");
 }
 
 TEST_CASE("the loading screen's time is the percentage, cut off")
@@ -77,15 +84,61 @@ TEST_CASE("the loading screen's time is the percentage, cut off")
     const played_run run = play(started(51), {.functions = 1, .has_loading = true});
     CHECK(loading_of(run)
         == "\nSDL_ShowCursor(0)\n" + readings({1030, 1081}) + frame(33) + readings({1132, 1183}) + frame(66)
-            + readings({1234, 1285}) + frame(100) + readings({1336, 1387}) + over + "* the pack is closed\n");
+            + readings({1234, 1285}) + frame(100) + readings({1336}) + loaded + readings({1387}) + over
+            + "* the pack is closed\n");
+}
+
+TEST_CASE("children of the music are items of the production that are never done")
+{
+    const played_run run = play(started(51), {.notes = 2}); // a scene, a track, two notes
+    CHECK(loading_of(run)
+        == "\nSDL_ShowCursor(0)\n" + readings({1030, 1081}) + frame(25) + readings({1132, 1183}) + frame(50)
+            + readings({1234, 1285}) + frame(50) + readings({1336, 1387}) + frame(50) + readings({1438}) + loaded
+            + readings({1489}) + over + "* the pack is closed\n");
+}
+
+TEST_CASE("the production is made with buffers and first pictures, the loading screen without, programs as chosen")
+{
+    const auto made = [](const sdl_script& script) {
+        const played_run run = play(script, {.has_loading = true, .is_complete = true});
+        return lines_of(run.calls,
+            {"glTexImage2D(GL_TEXTURE_2D, 0", "glTexSubImage2D", "glGenBuffers", "glMapBuffer", "glCreateProgram",
+                "document_free"});
+    };
+    // Texture formats 8 (no bump maps here), 1 and 2: the outputs of the graph, their pixels, the 2-D effect, the
+    // image.
+    const std::string pictures = R"(glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 256, 256, 0, GL_RGB, GL_UNSIGNED_BYTE, 0)
+glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 256, 256, 0, GL_RGB, GL_UNSIGNED_BYTE, 196608 bytes #52239dc5)
+document_free_generated_images()
+)";
+    const std::string effect
+        = "glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_RGB, GL_UNSIGNED_BYTE, 12288 bytes #52965dc5)\n";
+    const std::string image
+        = "glTexImage2D(GL_TEXTURE_2D, 0, GL_LUMINANCE, 4, 8, 0, GL_RGB, GL_UNSIGNED_BYTE, 96 bytes #21a46425)\n";
+    const std::string first_picture
+        = "glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, GL_RGB, GL_UNSIGNED_BYTE, 12288 bytes #6ae8c67c)\n";
+    const std::string freed = "document_free(loading.xmlz)\ndocument_free(demo.xmlz)\n";
+    CHECK(made(started(0))
+        == "\n" + pictures + effect + image + "glCreateProgram() = 301\n" + pictures
+            + "glGenBuffers(1) = 101\nglGenBuffers(1) = 102\nglGenBuffers(1) = 103\nglGenBuffers(1) = 104\n" + effect
+            + "glGenBuffers(1) = 105\nglMapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY) = memory\n" + first_picture
+            + image + "glCreateProgram() = 302\n" + freed);
+
+    sdl_script plain = started(0);
+    plain.clicks = {buffers_box, fixed_path_row, start_button};
+    CHECK(made(plain)
+        == "\n" + pictures + effect + image + pictures + effect
+            + "glGenBuffers(1) = 101\nglMapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY) = memory\n" + first_picture
+            + image + freed);
 }
 
 TEST_CASE("a pack without a production has an empty show, which is over at once")
 {
     const played_run run = play(started(0), {.has_production = false});
     CHECK(part_of(run.calls, "SDL_ShowCursor(0)", "")
-        == "\nSDL_ShowCursor(0)\n" + readings({1030, 1030}) + over
-            + "* the pack is closed\n| Benchmark result: nan fps\n| Bye!\nSDL_Quit()\nrun_player() = 0\n");
+        == "\nSDL_ShowCursor(0)\n" + readings({1030}) + loaded + readings({1030}) + over
+            + "* the pack is closed\n| Benchmark result: nan fps\n| "
+              "Bye!\ndocument_free(nothing)\ntimeline_free(nothing)\ntimeline_free()\nSDL_Quit()\nrun_player() = 0\n");
 }
 
 TEST_CASE("a broken document ends it with one line behind SDL's end")

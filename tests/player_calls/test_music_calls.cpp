@@ -37,6 +37,8 @@ TEST_CASE("the device is opened for 44,100 Hz and played at once, and its first 
     CHECK(part_of(run.calls, "SDL_OpenAudio(44100 Hz, S16LSB, 2 channels, 8192 samples)", "") == R"(
 SDL_OpenAudio(44100 Hz, S16LSB, 2 channels, 8192 samples)
 SDL_PauseAudio(0)
+document_free(loading.xmlz)
+timeline_free()
 SDL_GetTicks() = 1030
 SDL_GetTicks() = 1030
 SDL_Delay(10)
@@ -51,6 +53,9 @@ compose_frame(production at 0, 800 x 600, 1.3333, vbo 1 pbo 1 npot 1, 4 units, n
 * the pack is closed
 | Benchmark result: nan fps
 | Bye!
+document_free(demo.xmlz)
+timeline_free()
+timeline_free(nothing)
 SDL_Quit()
 run_player() = 0
 )");
