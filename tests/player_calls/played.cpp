@@ -96,6 +96,22 @@ static std::string bytes_of(const scripted_show& show, const std::string& name, 
     return in_envelope(to_text(text));
 }
 
+static std::string read_to_end(FILE* file)
+{
+    std::string bytes;
+    for (int byte = std::fgetc(file); byte != EOF; byte = std::fgetc(file))
+        bytes += static_cast<char>(byte);
+    std::fclose(file);
+    return bytes;
+}
+
+static void write_file(const char* name, const std::string& bytes)
+{
+    FILE* file = std::fopen(name, "wb");
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+}
+
 static void write_show(const scripted_show& show)
 {
     std::vector<pack_content> entries = complete_pack();
@@ -105,12 +121,12 @@ static void write_show(const scripted_show& show)
     if (show.has_production)
         entries.push_back({"demo.xmlz", bytes_of(show, "demo.xmlz", production_text(show))});
     FILE* pack = open_pack(entries);
-    FILE* file = std::fopen("demo.dpk", "wb");
-    for (int byte = std::fgetc(pack); byte != EOF; byte = std::fgetc(pack))
-        std::fputc(byte, file);
-    std::fclose(file);
-    std::fclose(pack);
-    std::filesystem::copy_file(TONE_FILE, "tone.ogg");
+    write_file("demo.dpk", read_to_end(pack));
+    FILE* tone = std::fopen(TONE_FILE, "rb");
+    std::string music = read_to_end(tone);
+    write_file("tone.ogg", music);
+    music[music.find("\3vorbis") + 8] = '\x7F'; // of the length of the encoder's name
+    write_file("odd.ogg", music);
 }
 
 // ---- the process ----------------------------------------------------------------
@@ -190,9 +206,7 @@ played_run play(
     waitpid(child, &run.status, 0);
     run.status = WIFSIGNALED(run.status) ? 128 + WTERMSIG(run.status) : WEXITSTATUS(run.status);
     std::rewind(report);
-    for (int byte = std::fgetc(report); byte != EOF; byte = std::fgetc(report))
-        run.calls += static_cast<char>(byte);
-    std::fclose(report);
+    run.calls = read_to_end(report);
     if (const size_t at = run.calls.find("-nan"); at != std::string::npos)
         run.calls.erase(at, 1); // which sign it has is the machine's business
     std::filesystem::remove_all(folder);

@@ -28,8 +28,9 @@ struct played_run {
     int status;        // of the process
 };
 
-// Runs the player with the show as demo.dpk, a tone of one second as tone.ogg, and `arguments`
-// behind the program's name. `prepare` is called in the process before, null: nothing.
+// Runs the player with the show as demo.dpk, a tone of one second as tone.ogg, the same with comments that leave
+// their packet as odd.ogg, and `arguments` behind the program's name. `prepare` is called in the process before,
+// null: nothing.
 played_run play(const sdl_script& script, const scripted_show& show, const std::vector<std::string>& arguments = {},
     void (*prepare)() = nullptr);
 

@@ -7,6 +7,7 @@
 
 #include <GL/glew.h>
 
+#include <cstdint>
 #include <initializer_list>
 
 // What can be clicked in the dialog.
@@ -160,24 +161,35 @@ compose_frame(production at 0, 800 x 600, 1.3333, vbo 1 pbo 1 npot 1, 4 units, n
 )");
 }
 
-// Stands in for the extension's functions: they are called by nobody here.
-static void GLAPIENTRY bind_of_extension(GLenum, GLuint) { }
-
-static void GLAPIENTRY delete_of_extension(GLsizei, const GLuint*) { }
+// An entry point that nobody calls here, at an address of its own.
+template <typename function> static function entry_point(uintptr_t address)
+{
+    return reinterpret_cast<function>(address);
+}
 
 TEST_CASE("below OpenGL 1.5 the functions of the buffer extension take the places of the later ones")
 {
     begin_gl_recording();
     const auto later_bind = glBindBuffer;
-    glBindBufferARB = bind_of_extension;
-    glDeleteBuffersARB = delete_of_extension;
+    glBindBufferARB = entry_point<PFNGLBINDBUFFERARBPROC>(1);
+    glBufferDataARB = entry_point<PFNGLBUFFERDATAARBPROC>(2);
+    glBufferSubDataARB = entry_point<PFNGLBUFFERSUBDATAARBPROC>(3);
+    glDeleteBuffersARB = entry_point<PFNGLDELETEBUFFERSARBPROC>(4);
+    glGenBuffersARB = entry_point<PFNGLGENBUFFERSARBPROC>(5);
+    glMapBufferARB = entry_point<PFNGLMAPBUFFERARBPROC>(6);
+    glUnmapBufferARB = entry_point<PFNGLUNMAPBUFFERARBPROC>(7);
     __GLEW_ARB_vertex_buffer_object = GL_TRUE;
     ask_driver_gl();
     CHECK((glBindBuffer == later_bind)); // it is there
     glBindBuffer = nullptr;
     ask_driver_gl();
-    CHECK((glBindBuffer == bind_of_extension));
-    CHECK((glDeleteBuffers == delete_of_extension));
+    CHECK((glBindBuffer == glBindBufferARB));
+    CHECK((glBufferData == glBufferDataARB));
+    CHECK((glBufferSubData == glBufferSubDataARB));
+    CHECK((glDeleteBuffers == glDeleteBuffersARB));
+    CHECK((glGenBuffers == glGenBuffersARB));
+    CHECK((glMapBuffer == glMapBufferARB));
+    CHECK((glUnmapBuffer == glUnmapBufferARB));
 
     glBindBuffer = nullptr;
     __GLEW_ARB_vertex_buffer_object = GL_FALSE;
