@@ -4,8 +4,8 @@
 #include "render/matrix.h"
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
+#include "shell/driver_gl.h"
 #include "texgen/cosine_table.h"
-#include "texgen/maze_tables.h"
 
 #include <GL/glew.h>
 
@@ -30,21 +30,6 @@ extern "C" const char* __lsan_default_suppressions()
 
 // ---- the window -----------------------------------------------------------------
 
-// The state that the player's display set-up leaves behind.
-static void set_initial_state()
-{
-    constexpr GLfloat ambient[4] = {0, 0, 0, 1};
-    init_matrices();
-    build_cosine_table();
-    glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LEQUAL);
-    glEnable(GL_BLEND);
-    glShadeModel(GL_SMOOTH);
-    glEnable(GL_COLOR_MATERIAL);
-    glLightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient);
-    glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
-}
-
 void open_test_window()
 {
     static bool opened = false;
@@ -59,8 +44,9 @@ void open_test_window()
     // before it would look like a leak of its own memory.
     glewInit();
     while (glGetError() != GL_NO_ERROR) { } // the loader of the entry points may leave one
-    set_initial_state();
-    build_maze_tables();
+    init_matrices();
+    build_cosine_table();
+    set_unchanging_state_gl();
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
 }
