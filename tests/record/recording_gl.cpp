@@ -3,6 +3,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 
@@ -133,8 +134,9 @@ static std::string as_text(GLuint number)
 
 static std::string as_text(float number)
 {
+    const double rounded = std::round(static_cast<double>(number) * 1e5) / 1e5 + 0.0; // no "-0"
     char text[32];
-    std::snprintf(text, sizeof text, "%g", static_cast<double>(number == 0.0f ? 0.0f : number)); // no "-0"
+    std::snprintf(text, sizeof text, "%.9g", std::isfinite(rounded) ? rounded : static_cast<double>(number));
     return text;
 }
 

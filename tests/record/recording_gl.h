@@ -10,8 +10,8 @@
 //     glGenTextures(1) = 3
 //     glTexImage2D(GL_TEXTURE_2D, 1, GL_RGB, 1, 1, 0, GL_RGB, GL_UNSIGNED_BYTE, [10 11 12])
 //
-// Constants by name, numbers as %g, bytes and vertices in brackets, more than 16 bytes as
-// their hash. An array is its first vertex, as nobody says where it ends; "0" is a null
+// Constants by name, numbers to five decimals, bytes and vertices in brackets, more than 16
+// bytes as their hash. An array is its first vertex, as nobody says where it ends; "0" is a null
 // pointer or the start of a buffer. Pixels are those that OpenGL would read: at the unpack
 // alignment in force, and out of the pixel buffer where one is bound.
 #pragma once

@@ -1,0 +1,254 @@
+#include "record_bench.h"
+
+#include "effects/effect_2d.h"
+#include "effects/manipulator.h"
+#include "render/compositor_gl.h"
+#include "render/material_gl.h"
+#include "render/matrix.h"
+#include "render/scene_gl.h"
+#include "render/shader_source.h"
+#include "texgen/cosine_table.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <map>
+#include <sstream>
+
+// ---- beginning and end ----------------------------------------------------------
+
+// Three units that generate their coordinates switch every coordinate array off; a material
+// without a program leaves none in use.
+static void empty_engine(record_bench& b)
+{
+    material_record material = {};
+    for (uint32_t unit = 0; unit < texture_unit_count; ++unit) {
+        material.texture[unit] = b.add_image(1);
+        material.cgenmode[unit] = coordinates_sphere;
+    }
+    b.apply_fixed(material);
+    end_program_arrays();
+    b.apply_glsl(material);
+}
+
+record_bench::record_bench()
+    : answers(begin_gl_recording())
+{
+    init_matrices();
+    build_cosine_table();
+    reset_rippler_cache();
+    empty_engine(*this);
+    begin_gl_recording();
+}
+
+record_bench::~record_bench()
+{
+    reset_rippler_cache();
+}
+
+// ---- records --------------------------------------------------------------------
+
+uint32_t record_bench::add_image(uint32_t texture)
+{
+    image_texture image = {};
+    image.texture = texture;
+    const uint32_t handle = add_record(d.image_texture_table, image);
+    return add_record(d.object_table, object_reference{texture_image, handle, 1});
+}
+
+uint32_t record_bench::add_cube(uint32_t texture)
+{
+    cube_map cube = {};
+    cube.texture = texture;
+    const uint32_t handle = add_record(d.cube_map_table, cube);
+    return add_record(d.object_table, object_reference{texture_cube, handle, 1});
+}
+
+uint32_t record_bench::add_moving(uint32_t texture, uint32_t function)
+{
+    dynamic_texture moving = {};
+    moving.type = effect_2d_test;
+    moving.width = moving.height = 64;
+    moving.bpp = 8;
+    moving.functions[0] = function;
+    moving.texture = texture;
+    moving.state = init_dynamic_texture(moving.type, moving.width, moving.height, moving.bpp);
+    const uint32_t handle = add_record(d.dynamic_texture_table, moving);
+    return add_record(d.object_table, object_reference{texture_dynamic, handle, 1});
+}
+
+uint32_t record_bench::add_values(const std::array<float, 9>& values)
+{
+    value_record record = {};
+    std::copy(values.begin(), values.end(), record.values);
+    return add_record(d.transform_table, record);
+}
+
+uint32_t record_bench::add_time(float slope)
+{
+    return add_function(content, linear_function(slope));
+}
+
+material_record& record_bench::add_material(uint32_t* handle)
+{
+    constexpr float color[4] = {0.25f, 0.5f, 0.75f, 1.0f};
+    material_record material = {};
+    material.blend_function = 2;
+    std::copy_n(color, 4, material.color);
+    const uint32_t made = add_record(d.material_table, material);
+    if (handle != nullptr)
+        *handle = made;
+    return *table_record<material_record>(d.material_table, made);
+}
+
+void record_bench::give_program(material_record& material, uint32_t name)
+{
+    shader_program& program = *new_shader_program();
+    program.program = name;
+    program.position_location = 1;
+    program.normal_location = 2;
+    program.projection_location = 11;
+    program.modelview_location = 12;
+    program.normal_matrix_location = 13;
+    program.texture_matrix_location = 14;
+    for (int32_t i = 0; i < 2; ++i)
+        program.light_position_location[i] = 15 + i;
+    for (int32_t i = 0; i < 3; ++i)
+        program.texcoord_location[i] = 3 + i;
+    for (int32_t i = 0; i < static_cast<int32_t>(user_uniform_count); ++i)
+        program.uniform_locations[i] = 21 + i;
+    material.program = &program;
+}
+
+static const float triangle_positions[9] = {1, 2, 3, 4, 2, 3, 1, 5, 3};
+static const float triangle_normals[9] = {0, 0, 1, 0, 1, 0, 1, 0, 0};
+static const float triangle_sets[3][6] = {{1, 0.5f, 0, 0.5f, 0, 0}, {2, 0.5f, 0, 0.5f, 0, 0}, {3, 0.5f, 0, 0.5f, 0, 0}};
+static const uint16_t triangle_indices[3] = {0, 1, 2};
+
+uint32_t record_bench::add_triangle(uint32_t sets)
+{
+    mesh_record mesh = {};
+    mesh.data = static_cast<uint8_t*>(std::malloc(
+        sizeof triangle_positions + sizeof triangle_normals + sizeof triangle_sets + sizeof triangle_indices));
+    float* at = reinterpret_cast<float*>(mesh.data);
+    mesh.arrays.vertex_count = 3;
+    mesh.arrays.index_count = 3;
+    mesh.arrays.texcoord_sets = sets;
+    mesh.arrays.positions = at;
+    at = std::copy(std::begin(triangle_positions), std::end(triangle_positions), at);
+    mesh.arrays.normals = at;
+    at = std::copy(std::begin(triangle_normals), std::end(triangle_normals), at);
+    for (uint32_t set = 0; set < sets; ++set) {
+        mesh.arrays.texcoords[set] = at;
+        at = std::copy(std::begin(triangle_sets[set]), std::end(triangle_sets[set]), at);
+    }
+    mesh.arrays.indices = reinterpret_cast<uint16_t*>(at);
+    std::copy(std::begin(triangle_indices), std::end(triangle_indices), mesh.arrays.indices);
+    return add_record(d.mesh_table, mesh);
+}
+
+mesh_arrays& record_bench::arrays(uint32_t mesh)
+{
+    return table_record<mesh_record>(d.mesh_table, mesh)->arrays;
+}
+
+scene_object record_bench::object(object_kind kind, uint32_t object, uint32_t material)
+{
+    scene_object made = {};
+    made.type = kind;
+    made.object = object;
+    made.material = material;
+    for (uint32_t i = 6; i < placement_value_count; ++i)
+        made.values[i].value = 1.0f;
+    return made;
+}
+
+uint32_t record_bench::add_scene(const std::vector<scene_object>& objects)
+{
+    scene_record scene = {};
+    scene.object_count = static_cast<uint32_t>(objects.size());
+    scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
+    std::copy(objects.begin(), objects.end(), scene.objects);
+    return add_record(d.scene_table, scene);
+}
+
+// ---- work -----------------------------------------------------------------------
+
+static material_context context_of(record_bench& b)
+{
+    return {.d = &b.d, .caps = &b.caps, .time = b.time, .camera_angles = {b.camera[1], b.camera[0]}};
+}
+
+static unit_coordinates triangle_coordinates(uint32_t sets)
+{
+    unit_coordinates coordinates = {};
+    for (uint32_t unit = 0; unit < texture_unit_count; ++unit)
+        coordinates.set[unit] = triangle_sets[unit < sets ? unit : 0];
+    return coordinates;
+}
+
+void record_bench::apply_fixed(const material_record& material, uint32_t sets)
+{
+    apply_material_fixed(&material, context_of(*this), triangle_coordinates(sets));
+}
+
+void record_bench::apply_glsl(const material_record& material, uint32_t sets)
+{
+    apply_material_glsl(&material, context_of(*this), triangle_coordinates(sets));
+}
+
+void record_bench::draw(uint32_t scene, bool glsl)
+{
+    draw_model(
+        scene, {.d = &d, .caps = &caps, .glsl = glsl, .time = time, .rotation = {camera[0], camera[1], camera[2]}});
+}
+
+uint32_t record_bench::compose(bool glsl)
+{
+    return compose_frame(d, time, view, caps, glsl);
+}
+
+// ---- reading lists --------------------------------------------------------------
+
+// How many arguments a combiner function reads.
+static uint32_t argument_count(const std::string& function)
+{
+    if (function == "GL_REPLACE")
+        return 1;
+    return function == "GL_INTERPOLATE" || function == "GL_MODULATE_ADD_ATI" ? 3 : 2;
+}
+
+static std::string combiner_half(std::map<std::string, std::string>& state, const std::string& half)
+{
+    const std::string function = state["GL_COMBINE_" + half];
+    const bool four = state["GL_TEXTURE_ENV_MODE"] == "GL_COMBINE4_NV";
+    std::string text = function + "(";
+    for (uint32_t i = 0; i < (four ? 4 : argument_count(function)); ++i) {
+        const std::string end = std::to_string(i) + "_" + half + (i == 3 ? "_NV" : "");
+        text += (i == 0 ? "" : ", ") + state["GL_SOURCE" + end] + "." + state["GL_OPERAND" + end];
+    }
+    return text + ")";
+}
+
+std::string take_combiner()
+{
+    std::map<std::string, std::string> state;
+    std::istringstream calls(take_gl_calls({"glTexEnvi"}));
+    for (std::string line; std::getline(calls, line);) {
+        const size_t first = line.find(", ");
+        const size_t second = line.rfind(", ");
+        if (first != second)
+            state[line.substr(first + 2, second - first - 2)] = line.substr(second + 2, line.size() - second - 3);
+    }
+    return state["GL_TEXTURE_ENV_MODE"] + ": " + combiner_half(state, "RGB") + "; " + combiner_half(state, "ALPHA");
+}
+
+std::string without(const std::string& calls, std::string_view word)
+{
+    std::string kept;
+    std::istringstream lines(calls);
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(word) == std::string::npos)
+            kept += line + "\n";
+    return kept;
+}
