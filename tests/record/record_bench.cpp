@@ -230,14 +230,14 @@ static std::string combiner_half(std::map<std::string, std::string>& state, cons
     return text + ")";
 }
 
-std::string take_combiner()
+std::string combiner_state(const std::string& calls)
 {
     std::map<std::string, std::string> state;
-    std::istringstream calls(take_gl_calls({"glTexEnvi"}));
-    for (std::string line; std::getline(calls, line);) {
+    std::istringstream lines(calls);
+    for (std::string line; std::getline(lines, line);) {
         const size_t first = line.find(", ");
         const size_t second = line.rfind(", ");
-        if (first != second)
+        if (line.starts_with("glTexEnvi(") && first != second)
             state[line.substr(first + 2, second - first - 2)] = line.substr(second + 2, line.size() - second - 3);
     }
     return state["GL_TEXTURE_ENV_MODE"] + ": " + combiner_half(state, "RGB") + "; " + combiner_half(state, "ALPHA");

@@ -62,10 +62,10 @@ struct record_bench {
     uint32_t compose(bool glsl = false);
 };
 
-// The state of the combiner that the recorded glTexEnvi calls leave, as the last call of each
-// parameter says: "GL_ADD(GL_TEXTURE.GL_SRC_COLOR, ...)", only the arguments that the function
-// reads, first the colour, then after "; " the alpha. Takes the list.
-std::string take_combiner();
+// What a list's glTexEnvi calls make of one combiner, as the last call of each parameter
+// says: "MODE: FUNCTION(SOURCE.OPERAND, ...); FUNCTION(...)", the colour and the alpha, each
+// with the arguments that its function reads.
+std::string combiner_state(const std::string& calls);
 
 // A list without the lines that have `word` in them.
 std::string without(const std::string& calls, std::string_view word);
