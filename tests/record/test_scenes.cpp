@@ -1,0 +1,673 @@
+// The calls that drawing a scene is: arrays and buffers, copies, wireframes, texts.
+#include "record_bench.h"
+
+#include "effects/manipulator.h"
+#include "effects/mesh_effect.h"
+#include "render/matrix.h"
+#include "render/scene_gl.h"
+
+#include <GL/glew.h>
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+// The part of a list from the first `from` on, up to the first `to` behind it.
+static std::string part(const std::string& calls, const std::string& from, const std::string& to)
+{
+    const size_t begin = calls.find("\n" + from);
+    return begin == std::string::npos ? "nothing" : calls.substr(begin, calls.find("\n" + to, begin) + 1 - begin);
+}
+
+// ---- client arrays, fixed path --------------------------------------------------
+
+TEST_CASE("a model is drawn from its own arrays, material first, its matrix put back behind it")
+{
+    record_bench b;
+    reset_modelview();
+    translate(0.0f, 0.0f, -5.0f);
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    m.texture[0] = b.add_image(7);
+    scene_object object = b.object(object_model, b.add_triangle(), material);
+    object.values[0].value = 10.0f;
+    object.values[6].value = 2.0f;
+    b.draw(b.add_scene({object}), false);
+    const std::string calls = take_gl_calls();
+    CHECK(calls.starts_with(R"(
+glEnableClientState(GL_NORMAL_ARRAY)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glEnableClientState(GL_VERTEX_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glDisable(GL_CULL_FACE)
+)"));
+    CHECK(part(calls, "glTexCoordPointer", "glActive") == "\nglTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])\n");
+    CHECK(calls.ends_with(R"(
+glDisableClientState(GL_TEXTURE_COORD_ARRAY)
+glMatrixMode(GL_MODELVIEW)
+glLoadMatrixf([2 0 0 0 0 1 0 0 0 0 1 0 10 0 -5 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glMatrixMode(GL_MODELVIEW)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
+glDisableClientState(GL_NORMAL_ARRAY)
+glDisableClientState(GL_VERTEX_ARRAY)
+)"));
+    CHECK(matrices.modelview[12] == 0.0f);
+}
+
+TEST_CASE("a wireframe on the fixed path is a polygon mode: it draws triangles")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material).wireframe = 1;
+    const uint32_t mesh = b.add_triangle();
+    b.draw(b.add_scene({b.object(object_model, mesh, material)}), false);
+    CHECK(take_gl_calls({"glDrawElements"}) == "\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n");
+    CHECK(b.arrays(mesh).line_indices == nullptr);
+}
+
+TEST_CASE("with two coordinate sets unit 2 takes the second and unit 3 the first")
+{
+    record_bench b;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    m.texture[0] = m.texture[1] = m.texture[2] = b.add_image(7);
+    constexpr const char* expected[3] = {R"(
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+)",
+        R"(
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [2 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+)",
+        R"(
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [2 0.5])
+glTexCoordPointer(2, GL_FLOAT, 0, [3 0.5])
+)"};
+    for (uint32_t sets = 1; sets <= 3; ++sets) {
+        b.draw(b.add_scene({b.object(object_model, b.add_triangle(sets), material)}), false);
+        CHECK(take_gl_calls({"glTexCoordPointer"}) == expected[sets - 1]);
+    }
+}
+
+// ---- copies ---------------------------------------------------------------------
+
+// "X Multiplier": so many copies, each a step of (10, 0, 0) further.
+static manipulator_record multiplier(float copies)
+{
+    manipulator_record m = {};
+    m.type = manipulator_x_multiplier;
+    m.params[0].value = copies;
+    m.params[1].value = 10.0f;
+    return m;
+}
+
+TEST_CASE("one material serves all copies, each under a matrix of its own")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    scene_object object = b.object(object_model, b.add_triangle(), material);
+    object.manipulator_count = 1;
+    object.manipulators[0] = multiplier(3.0f);
+    b.draw(b.add_scene({object}), false);
+    CHECK(take_gl_calls({"glPolygonMode", "glLoadMatrixf", "glDrawElements"}) == R"(
+glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 10 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 20 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+)");
+}
+
+// Position, then back toward the camera about y, x, z, then the object's own x, y, z, then scale.
+TEST_CASE("a copy is placed, turned to the camera, turned by itself, and scaled, in this order")
+{
+    record_bench b;
+    b.camera[0] = 90.0f;
+    b.camera[1] = 90.0f;
+    uint32_t material = 0;
+    b.add_material(&material);
+    scene_object object = b.object(object_model, b.add_triangle(), material);
+    for (uint32_t i = 0; i < 3; ++i)
+        object.values[i].value = static_cast<float>(i + 1);
+    object.values[6].value = 2.0f;
+    object.values[7].value = 3.0f;
+    object.values[8].value = 4.0f;
+    const uint32_t scene = b.add_scene({object});
+    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 128;
+    b.draw(scene, false);
+    // Ry(-90): x -> z, z -> -x. Then Rx(-90): y -> -z, z -> y. Their product takes x to z, y to x,
+    // z to y; its columns are scaled by 2, 3, 4.
+    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
+        == "\nglLoadMatrixf([0 0 2 0 3 0 0 0 0 4 0 0 1 2 3 1])\n");
+
+    b.camera[0] = b.camera[1] = 0.0f;
+    b.camera[2] = 90.0f; // Rz(-90): x -> -y, y -> x
+    b.draw(scene, false);
+    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
+        == "\nglLoadMatrixf([0 -2 0 0 3 0 0 0 0 0 4 0 1 2 3 1])\n");
+
+    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 64; // another object's bit
+    scene_object& placed = table_record<scene_record>(b.d.scene_table, scene)->objects[0];
+    placed.values[3].value = 90.0f; // Rx(90): y -> z, z -> -y
+    placed.values[4].value = 90.0f; // Ry(90): x -> -z, z -> x
+    b.draw(scene, false);
+    // Rx Ry: x -> Rx(-z) = y, y -> Rx(y) = z, z -> Rx(x) = x.
+    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
+        == "\nglLoadMatrixf([0 2 0 0 0 0 3 0 4 0 0 0 1 2 3 1])\n");
+
+    placed.values[4].value = 0.0f;
+    placed.values[5].value = 90.0f; // Rz(90): x -> y, y -> -x; Rx Rz: x -> z, y -> -x, z -> -y
+    b.draw(scene, false);
+    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
+        == "\nglLoadMatrixf([0 0 2 0 -3 0 0 0 0 -4 0 0 1 2 3 1])\n");
+}
+
+// ---- shader path ----------------------------------------------------------------
+
+TEST_CASE("on the shader path matrices are uniforms: the projection once, the others for every copy")
+{
+    record_bench b;
+    set_orthographic(0, 1, 1, 0, -1, 1);
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    scene_object object = b.object(object_model, b.add_triangle(1), material);
+    object.values[0].value = 5.0f;
+    object.values[6].value = object.values[7].value = 2.0f;
+    object.values[8].value = 4.0f;
+    b.draw(b.add_scene({object}), true);
+    CHECK(take_gl_calls() == R"(
+glEnableClientState(GL_NORMAL_ARRAY)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glEnableClientState(GL_VERTEX_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glUseProgram(50)
+glBlendEquation(GL_FUNC_ADD)
+glBlendFunc(GL_ONE, GL_ZERO)
+glDisable(GL_CULL_FACE)
+glDisable(GL_DEPTH_TEST)
+glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glEnableVertexAttribArray(3)
+glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glEnableVertexAttribArray(4)
+glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glEnableVertexAttribArray(5)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glEnableVertexAttribArray(1)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glEnableVertexAttribArray(2)
+glUniformMatrix4fv(11, 1, GL_FALSE, [2 0 0 0 0 -2 0 0 0 0 -1 0 -1 1 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [2 0 0 0 0 2 0 0 0 0 4 0 5 0 0 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [0.5 0 0 0 0.5 0 0 0 0.25])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glDisableClientState(GL_NORMAL_ARRAY)
+glDisableClientState(GL_VERTEX_ARRAY)
+glDisableVertexAttribArray(3)
+glDisableVertexAttribArray(4)
+glDisableVertexAttribArray(5)
+glDisableVertexAttribArray(1)
+glDisableVertexAttribArray(2)
+)");
+}
+
+// The inverse of a turned and stretched matrix, by rows: read by columns it is the inverse transpose.
+TEST_CASE("normals are turned by the inverse transpose")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    scene_object object = b.object(object_model, b.add_triangle(1), material);
+    object.values[5].value = 90.0f; // x -> y, y -> -x
+    object.values[6].value = 2.0f;  // M: x -> 2 y, y -> -4 x
+    object.values[7].value = 4.0f;
+    b.draw(b.add_scene({object}), true);
+    // The inverse takes y to x / 2 and x to -y / 4: its rows are (0, 1/2, 0), (-1/4, 0, 0), (0, 0, 1).
+    CHECK(
+        take_gl_calls({"glUniformMatrix3fv"}) == "\nglUniformMatrix3fv(13, 1, GL_FALSE, [0 0.5 0 -0.25 0 0 0 0 1])\n");
+}
+
+TEST_CASE("matrices that a program does not read are not uploaded")
+{
+    record_bench b;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    b.give_program(m);
+    const uint32_t scene = b.add_scene({b.object(object_model, b.add_triangle(1), material)});
+    m.program->projection_location = -1;
+    b.draw(scene, true);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"})
+        == "\nglUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])\n");
+    m.program->modelview_location = m.program->normal_matrix_location = -1;
+    b.draw(scene, true);
+    CHECK(take_gl_calls({"glUniformMatrix4fv", "glUniformMatrix3fv"}) == "\n");
+}
+
+TEST_CASE("a wireframe on the shader path draws lines, whose indices are made once")
+{
+    record_bench b;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    b.give_program(m);
+    m.wireframe = 1;
+    const uint32_t mesh = b.add_triangle(1);
+    const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
+    b.draw(scene, true);
+    CHECK(take_gl_calls({"glDrawElements"}) == "\nglDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])\n");
+    const uint16_t* made = b.arrays(mesh).line_indices;
+    b.draw(scene, true);
+    CHECK(b.arrays(mesh).line_indices == made);
+}
+
+TEST_CASE("with a program that did not build nothing is drawn")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material), 0);
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), true);
+    CHECK(take_gl_calls({"glDrawElements", "glVertexAttribPointer", "glUniformMatrix4fv"}) == "\n");
+}
+
+// ---- buffers --------------------------------------------------------------------
+
+TEST_CASE("a mesh that never changes gets a buffer for each of its arrays, and loses them once")
+{
+    record_bench b;
+    mesh_arrays& mesh = b.arrays(b.add_triangle(2));
+    create_mesh_buffers_gl(mesh);
+    CHECK(take_gl_calls() == R"(
+glGenBuffers(1) = 101
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glBufferData(GL_ARRAY_BUFFER, 36, [1 2 3 4 2 3 1 5 3], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glGenBuffers(1) = 102
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glBufferData(GL_ARRAY_BUFFER, 36, [0 0 1 0 1 0 1 0 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glGenBuffers(1) = 103
+glBindBuffer(GL_ARRAY_BUFFER, 103)
+glBufferData(GL_ARRAY_BUFFER, 24, [1 0.5 0 0.5 0 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glGenBuffers(1) = 104
+glBindBuffer(GL_ARRAY_BUFFER, 104)
+glBufferData(GL_ARRAY_BUFFER, 24, [2 0.5 0 0.5 0 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glGenBuffers(1) = 105
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
+glBufferData(GL_ELEMENT_ARRAY_BUFFER, 6, [0 1 2], GL_STATIC_DRAW)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+)");
+    create_mesh_buffers_gl(mesh);
+    CHECK(take_gl_calls() == "\n");
+    mesh.line_index_buffer = 106;
+    release_mesh_buffers_gl(mesh);
+    CHECK(take_gl_calls() == R"(
+glDeleteBuffers(1, [101])
+glDeleteBuffers(1, [102])
+glDeleteBuffers(1, [103])
+glDeleteBuffers(1, [104])
+glDeleteBuffers(1, [105])
+glDeleteBuffers(1, [106])
+)");
+    release_mesh_buffers_gl(mesh);
+    CHECK(take_gl_calls() == "\n");
+    glGenBuffers = nullptr; // a card without buffers
+    glDeleteBuffers = nullptr;
+    create_mesh_buffers_gl(mesh);
+    release_mesh_buffers_gl(mesh);
+    CHECK(take_gl_calls() == "\n");
+}
+
+TEST_CASE("a mesh in buffers is drawn from their starts, and leaves none bound")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    b.add_material(&material).texture[0] = b.add_image(7);
+    const uint32_t mesh = b.add_triangle(1);
+    create_mesh_buffers_gl(b.arrays(mesh));
+    take_gl_calls();
+    const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glTexCoordPointer", "glDrawElements"})
+        == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glNormalPointer(GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 103)
+glTexCoordPointer(2, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+)");
+    b.caps.vbo = 0; // the loading screen draws the same mesh from memory
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glTexCoordPointer", "glDrawElements"})
+        == R"(
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)");
+}
+
+TEST_CASE("a wireframe in buffers gets one for its lines, made with the first frame")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    b.give_program(m);
+    m.wireframe = 1;
+    const uint32_t mesh = b.add_triangle(1);
+    create_mesh_buffers_gl(b.arrays(mesh));
+    take_gl_calls();
+    const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
+    b.draw(scene, true);
+    CHECK(part(take_gl_calls(), "glGenBuffers", "glDisableClientState") == R"(
+glGenBuffers(1) = 105
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
+glBufferData(GL_ELEMENT_ARRAY_BUFFER, 12, [0 1 1 2 2 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
+glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, 0)
+)");
+    b.draw(scene, true);
+    CHECK(take_gl_calls({"glGenBuffers", "glBufferData"}) == "\n");
+}
+
+TEST_CASE("a mesh without buffers is drawn from memory beside those that have them")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), true);
+    CHECK(take_gl_calls({"glBindBuffer", "glVertexAttribPointer", "glDrawElements"}) == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+)");
+}
+
+// ---- rippled meshes -------------------------------------------------------------
+
+static manipulator_record rippler(float amplitude)
+{
+    manipulator_record m = {};
+    m.type = manipulator_rippler;
+    m.params[1].value = amplitude;
+    return m;
+}
+
+TEST_CASE("a rippled mesh is drawn from the cache; in buffers its vertices are handed over anew for each draw")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material).texture[0] = b.add_image(7);
+    const uint32_t mesh = b.add_triangle(1);
+    create_mesh_buffers_gl(b.arrays(mesh));
+    scene_object object = b.object(object_model, mesh, material);
+    object.manipulator_count = 1;
+    object.manipulators[0] = rippler(0.0f);
+    const uint32_t scene = b.add_scene({object});
+    b.draw(scene, false);
+    const rippler_cache& cache = shared_rippler_cache();
+    REQUIRE(cache.vertex_count == 3);
+    constexpr float ground[9] = {10, 0, 0, 10, 0, 1, 11, 0, 0}; // its normal is +y
+    std::copy_n(ground, 9, cache.positions);
+    take_gl_calls();
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glVertexPointer", "glNormalPointer"})
+        == "\nglNormalPointer(GL_FLOAT, 0, [0 1 0])\nglVertexPointer(3, GL_FLOAT, 0, [10 0 0])\n");
+
+    b.caps.vbo = 1;
+    b.draw(scene, false);
+    CHECK(part(take_gl_calls(), "glGenBuffers", "glDisable(") == R"(
+glGenBuffers(1) = 105
+glBindBuffer(GL_ARRAY_BUFFER, 105)
+glBufferData(GL_ARRAY_BUFFER, 36, [10 0 0 10 0 1 11 0 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glGenBuffers(1) = 106
+glBindBuffer(GL_ARRAY_BUFFER, 106)
+glBufferData(GL_ARRAY_BUFFER, 36, [0 1 0 0 1 0 0 1 0], GL_STATIC_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glEnableClientState(GL_NORMAL_ARRAY)
+glBindBuffer(GL_ARRAY_BUFFER, 106)
+glNormalPointer(GL_FLOAT, 0, 0)
+glEnableClientState(GL_VERTEX_ARRAY)
+glBindBuffer(GL_ARRAY_BUFFER, 105)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+)");
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glGenBuffers"}) == "\n");
+    shared_rippler_cache().vertex_count = 2; // a larger model continues with its own vertices, from memory
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glVertexPointer", "glBufferData"}) == "\nglVertexPointer(3, GL_FLOAT, 0, [10 0 0])\n");
+}
+
+// ---- objects --------------------------------------------------------------------
+
+TEST_CASE("objects are drawn in their order; one without a mesh or a material is passed over")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    const uint32_t mesh = b.add_triangle(1);
+    scene_object first = b.object(object_model, mesh, material);
+    first.values[0].value = 1.0f;
+    scene_object second = first;
+    second.values[0].value = 2.0f;
+    scene_object without_mesh = first;
+    without_mesh.object = 0;
+    scene_object without_material = first;
+    without_material.material = 0;
+    scene_object strange = first;
+    strange.type = 3;
+    b.draw(b.add_scene({second, without_mesh, without_material, strange, first}), false);
+    CHECK(take_gl_calls({"glLoadMatrixf", "glDrawElements"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 2 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+)");
+}
+
+TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    mesh_effect water = {};
+    water.type = mesh_effect_lake;
+    water.functions[0] = add_function(b.content, constant_function(1.0f));
+    init_mesh_effect(water);
+    const uint32_t effect = add_record(b.d.effect_table, water);
+    scene_object lake = b.object(object_genmesh, effect, material);
+    scene_object rippled = b.object(object_model, b.add_triangle(1), material);
+    rippled.manipulator_count = 1;
+    rippled.manipulators[0] = rippler(1.0f);
+    lake.visibility = rippled.visibility = add_function(b.content, constant_function(0.999f));
+    const std::vector<float> still(water.mesh.positions, water.mesh.positions + size_t{water.mesh.vertex_count} * 3);
+    b.draw(b.add_scene({lake, rippled}), false);
+    CHECK(take_gl_calls() == "\n");
+    CHECK(shared_rippler_cache().vertex_count == 0);
+    CHECK(std::equal(still.begin(), still.end(), water.mesh.positions));
+    lake.visibility = rippled.visibility = add_function(b.content, constant_function(1.0f));
+    b.draw(b.add_scene({lake, rippled}), false);
+    CHECK(shared_rippler_cache().vertex_count == 3);
+    CHECK_FALSE(std::equal(still.begin(), still.end(), water.mesh.positions));
+    free_mesh_effect(*table_record<mesh_effect>(b.d.effect_table, effect));
+}
+
+TEST_CASE("an object's values, manipulators and visibility follow its own time, its material the layer's")
+{
+    record_bench b;
+    b.time = 10;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    m.color[0] = static_cast<float>(b.add_time(0.01f));
+    m.color_dynamic[0] = 1;
+    scene_object object = b.object(object_model, b.add_triangle(1), material);
+    object.time_offset = 5.75f;
+    object.values[0] = {static_cast<float>(b.add_time()), 1};
+    object.manipulator_count = 1;
+    object.manipulators[0] = multiplier(2.0f);
+    object.manipulators[0].params[1] = {static_cast<float>(b.add_time(2.0f)), 1};
+    object.visibility = add_function(b.content, linear_function(0.1f, -0.5f)); // 1.0 at 15 ticks
+    b.draw(b.add_scene({object}), false);
+    const std::string calls = take_gl_calls({"glColor4f", "glLoadMatrixf"});
+    CHECK(part(calls, "glColor4f", "glLoad") == "\nglColor4f(0.1, 0.5, 0.75, 1)\n");
+    CHECK(calls.find("0 0 1 0 15 0 0 1]") != std::string::npos); // the object's x at its own time
+}
+
+// ---- texts ----------------------------------------------------------------------
+
+// A font whose a and b are triangles with offset 2 and width 5 in the given materials.
+static uint32_t add_font(record_bench& b, uint32_t material_of_a, uint32_t material_of_b)
+{
+    font_record font = {};
+    font.glyphs[0] = {b.add_triangle(1), material_of_a, 0, 2.0f, 5.0f};
+    font.glyphs[4] = {b.add_triangle(2), material_of_b, 0, 2.0f, 5.0f};
+    font.glyphs[86] = {0, 0, 0, 2.0f, 5.0f};
+    return add_record(b.d.font_table, font);
+}
+
+static scene_object text_object(record_bench& b, uint32_t font, const char* text)
+{
+    scene_object object = b.object(object_text, 0, 0);
+    object.font = font;
+    std::snprintf(object.text, sizeof object.text, "%s", text);
+    return object;
+}
+
+// a at -2, the blank moves on by 3: b at 5 + 3 - 2.
+TEST_CASE("a text draws glyph by glyph, each with its own mesh, material and place")
+{
+    record_bench b;
+    uint32_t red = 0;
+    uint32_t green = 0;
+    b.add_material(&red).color[0] = 1.0f;
+    b.add_material(&green).color[1] = 1.0f;
+    scene_object object = text_object(b, add_font(b, red, green), "a ~b");
+    object.values[0].value = 100.0f;
+    b.draw(b.add_scene({object}), false);
+    CHECK(take_gl_calls({"glColor4f", "glLoadMatrixf", "glDrawElements"}) == R"(
+glColor4f(1, 0.5, 0.75, 1)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 98 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glColor4f(0.25, 1, 0.75, 1)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 106 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+)");
+}
+
+TEST_CASE("a text's place follows its own time, and it turns to the camera where its bit says so")
+{
+    record_bench b;
+    b.time = 10;
+    b.camera[2] = 90.0f;
+    uint32_t material = 0;
+    b.add_material(&material);
+    scene_object object = text_object(b, add_font(b, material, material), "a");
+    object.time_offset = 5.0f;
+    object.values[0] = {static_cast<float>(b.add_time()), 1};
+    object.visibility = add_function(b.content, linear_function(0.1f, -0.5f)); // 1.0 at 15 ticks
+    const uint32_t scene = b.add_scene({b.object(object_model, 0, 0), object});
+    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 64; // object 1
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
+glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 13 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+)");
+    b.time = 9; // at its own time 14 it is hidden
+    b.draw(scene, false);
+    CHECK(take_gl_calls() == "\n");
+}
+
+TEST_CASE("a text at several places draws each glyph at all of them before the next glyph")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    scene_object object = text_object(b, add_font(b, material, material), "ab");
+    object.manipulator_count = 1;
+    object.manipulators[0] = multiplier(2.0f);
+    b.draw(b.add_scene({object}), false);
+    const std::string calls = take_gl_calls({"glPolygonMode", "glDrawElements"});
+    CHECK(calls == R"(
+glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)");
+}
+
+TEST_CASE("a glyph without a material is drawn with the state as it stands")
+{
+    record_bench b;
+    b.draw(b.add_scene({text_object(b, add_font(b, 0, 0), "a")}), false);
+    CHECK(take_gl_calls() == R"(
+glEnableClientState(GL_NORMAL_ARRAY)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glEnableClientState(GL_VERTEX_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glMatrixMode(GL_MODELVIEW)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 -2 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glMatrixMode(GL_MODELVIEW)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glDisableClientState(GL_NORMAL_ARRAY)
+glDisableClientState(GL_VERTEX_ARRAY)
+)");
+}
+
+TEST_CASE("an empty text, one without a font and one without glyphs draw nothing")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    const uint32_t font = add_font(b, material, material);
+    b.draw(b.add_scene({text_object(b, font, ""), text_object(b, 0, "a"), text_object(b, font, "~~")}), false);
+    CHECK(take_gl_calls() == "\n");
+}
