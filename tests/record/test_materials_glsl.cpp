@@ -155,6 +155,37 @@ glUniform3fv(16, 1, [7 8 9])
 )");
 }
 
+TEST_CASE("location 0 is a location")
+{
+    record_bench b;
+    uint32_t handle = 0;
+    material_record& m = b.add_material(&handle);
+    b.give_program(m);
+    m.rotation[0] = 1;
+    m.texture[0] = b.add_image(7);
+    m.light1 = b.add_values({0, 0, 0, 0, 0, 0, 7, 8, 9});
+    shader_program& p = *m.program;
+    p.uniform_functions[0] = b.add_time();
+    p.position_location = p.normal_location = p.texcoord_location[0] = 0;
+    p.texcoord_location[1] = p.texcoord_location[2] = -1;
+    p.projection_location = p.modelview_location = p.normal_matrix_location = p.texture_matrix_location = 0;
+    p.light_position_location[0] = p.uniform_locations[0] = 0;
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), handle)}), true);
+    CHECK(take_gl_calls(
+              {"glVertexAttribPointer", "glUniform1f", "glUniform3fv", "glUniformMatrix3fv", "glUniformMatrix4fv"})
+        == R"(
+glUniformMatrix4fv(0, 1, GL_TRUE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glUniform1f(0, 0)
+glUniform3fv(0, 1, [7 8 9])
+glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glUniformMatrix4fv(0, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix4fv(0, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix3fv(0, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
+)");
+}
+
 TEST_CASE("on the shader path a second light needs no first")
 {
     record_bench b;

@@ -221,6 +221,25 @@ glDisableVertexAttribArray(2)
 )");
 }
 
+TEST_CASE("on the shader path every copy starts from the camera, and the camera is there again behind them")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    scene_object object = b.object(object_model, b.add_triangle(1), material);
+    object.manipulator_count = 1;
+    object.manipulators[0] = multiplier(2.0f);
+    reset_modelview();
+    translate(0.0f, 0.0f, -5.0f);
+    b.draw(b.add_scene({object}), true);
+    CHECK(take_gl_calls({"glUniformMatrix4fv", "glLoadMatrixf"}) == R"(
+glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 10 0 -5 1])
+)");
+    CHECK(floats_as_text(matrices.modelview) == "[1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1]");
+}
+
 // The inverse of a turned and stretched matrix, by rows: read by columns it is the inverse transpose.
 TEST_CASE("normals are turned by the inverse transpose")
 {
@@ -321,6 +340,7 @@ glDeleteBuffers(1, [106])
 )");
     release_mesh_buffers_gl(mesh);
     CHECK(take_gl_calls() == "\n");
+    mesh.index_buffer = 105;
     glGenBuffers = nullptr; // a card without buffers
     glDeleteBuffers = nullptr;
     create_mesh_buffers_gl(mesh);
