@@ -100,6 +100,18 @@ glLoadMatrixf([0 0 -1 0 0 1 0 0 1 0 0 0 0 0 0 1])
 )");
 }
 
+TEST_CASE("the first scene of a document is drawn like any other")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    const uint32_t scene = b.add_scene({b.object(object_model, b.add_triangle(1), material)});
+    REQUIRE(scene == 1);
+    add_layer(b.content, 0, make_layer(render_simple, 1000, scene));
+    b.compose();
+    CHECK(take_gl_calls({"glDrawElements"}) == "\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n");
+}
+
 TEST_CASE("cube maps turn back by the layer's rotations about y and x")
 {
     record_bench b;

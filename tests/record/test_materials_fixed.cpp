@@ -175,6 +175,9 @@ TEST_CASE("only a wireframe has a line width, and only one that OpenGL takes")
     m.linewidth = 0.0f;
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glPolygonMode", "glLineWidth"}) == "\nglPolygonMode(GL_FRONT_AND_BACK, GL_LINE)\n");
+    m.linewidth = 0.125f;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glLineWidth"}) == "\nglLineWidth(0.125)\n");
     m.linewidth = static_cast<float>(b.add_time(0.25f));
     m.linewidth_dynamic = 1;
     b.time = 6;
@@ -307,6 +310,31 @@ glDisable(GL_TEXTURE_2D)
 glDisable(GL_TEXTURE_CUBE_MAP)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
 )");
+}
+
+TEST_CASE("a reference of any kind to a picture that is not there is an empty unit")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    texture_node blurred = {};
+    blurred.type = node_blur; // no output node: it has no picture on the card
+    const uint32_t node = add_record(b.d.texture_table, blurred);
+    const object_reference references[] = {{texture_generated, 9, 1}, {texture_generated, node, 1},
+        {texture_image, 9, 1}, {texture_dynamic, 9, 1}, {texture_cube, 9, 1}, {4, 1, 1}, {-1, 1, 1}};
+    for (const object_reference& reference : references) {
+        m.texture[0] = add_record(b.d.object_table, reference);
+        b.apply_fixed(m);
+        CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexEnvi"}) == "\nglActiveTexture(GL_TEXTURE0)\n");
+    }
+    m.texture[0] = 99;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexEnvi"}) == "\nglActiveTexture(GL_TEXTURE0)\n");
+    blurred.type = node_output;
+    blurred.texture = 17;
+    m.texture[0]
+        = add_record(b.d.object_table, object_reference{texture_generated, add_record(b.d.texture_table, blurred), 1});
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glBindTexture"}) == "\nglBindTexture(GL_TEXTURE_2D, 17)\n");
 }
 
 TEST_CASE("a card with two units is told nothing of a third")

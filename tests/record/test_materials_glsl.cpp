@@ -10,7 +10,9 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 // ---- applying -------------------------------------------------------------------
 
@@ -375,24 +377,39 @@ TEST_CASE("each stage's log is kept to 250 characters behind its name, anew for 
     CHECK(std::string(m.program->info_log) == "VS:short\nFS:short");
 }
 
+// Every location of a program, in the record's order.
+static std::vector<int32_t> locations_of(const shader_program& p)
+{
+    std::vector<int32_t> all = {p.projection_location, p.modelview_location, p.position_location,
+        p.normal_matrix_location, p.normal_location, p.texture_matrix_location};
+    all.insert(all.end(), p.texcoord_location, p.texcoord_location + texture_unit_count);
+    all.insert(all.end(), p.light_position_location, p.light_position_location + 2);
+    all.insert(all.end(), p.uniform_locations, p.uniform_locations + user_uniform_count);
+    return all;
+}
+
 TEST_CASE("a program that does not link is deleted and has no locations; the next build makes a new one")
 {
     record_bench b;
-    b.answers.locations = {{"Position", 7}};
     material_record& m = add_program_texts(b, "a", "b");
     const shader_unit units[texture_unit_count] = {};
     build_shader(m, units);
-    CHECK(m.program->position_location == 7);
     b.answers.links = false;
+    shader_program& p = *m.program;
+    p.projection_location = p.modelview_location = p.position_location = p.normal_matrix_location = 5;
+    p.normal_location = p.texture_matrix_location = 5;
+    std::fill_n(p.texcoord_location, texture_unit_count, 5);
+    std::fill_n(p.light_position_location, 2, 5);
+    std::fill_n(p.uniform_locations, user_uniform_count, 5);
     build_shader(m, units);
-    CHECK(m.program->program == 0);
-    CHECK(m.program->position_location == -1);
+    CHECK(p.program == 0);
+    CHECK(locations_of(p) == std::vector<int32_t>(11 + user_uniform_count, -1));
     const std::string calls = take_gl_calls({"glDeleteProgram", "glUseProgram", "glCreateProgram"});
     CHECK(calls == "\nglCreateProgram() = 301\nglUseProgram(301)\nglUseProgram(0)\nglDeleteProgram(301)\n");
     b.answers.links = true;
     build_shader(m, units);
     CHECK(take_gl_calls({"glCreateShader", "glCreateProgram", "glDetachShader"}) == "\nglCreateProgram() = 302\n");
-    CHECK(m.program->program == 302);
+    CHECK(p.program == 302);
 }
 
 TEST_CASE("a program's objects are deleted once")

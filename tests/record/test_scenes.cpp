@@ -442,6 +442,27 @@ glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 )");
 }
 
+TEST_CASE("on the fixed path too a mesh without buffers leaves none bound for its indices")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    b.add_material(&material);
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), false);
+    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glDrawElements"}) == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+)");
+}
+
 // ---- rippled meshes -------------------------------------------------------------
 
 static manipulator_record rippler(float amplitude)
