@@ -5,6 +5,8 @@
 
 #include <doctest/doctest.h>
 
+#include <cstdlib>
+
 // A layer with a field of view of 90 degrees that shows an empty scene.
 static layer_record wide_layer(record_bench& b, uint32_t type)
 {
@@ -337,6 +339,7 @@ TEST_CASE("a quarter target of another size is made anew, black, and its old tex
     layer_record layer = wide_layer(b, render_quarter);
     const uint32_t target = add_target(b, 7, 256, 128);
     layer.rtex = target;
+    table_record<image_texture>(b.d.image_texture_table, target)->pixels = static_cast<uint8_t*>(std::malloc(1));
     add_layer(b.content, 0, layer);
     add_layer(b.content, 1, wide_layer(b, render_simple));
     b.compose();
@@ -366,6 +369,7 @@ glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)
     CHECK(made.height == 6);
     CHECK(made.components == 3);
     CHECK(made.texture == 1);
+    CHECK(made.pixels == nullptr);
     b.compose(); // from the second frame on it has its size
     CHECK(take_gl_calls({"glDeleteTextures", "glGenTextures", "glTexImage2D"}) == "\n");
 }

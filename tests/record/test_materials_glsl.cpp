@@ -412,15 +412,17 @@ TEST_CASE("a program that does not link is deleted and has no locations; the nex
     CHECK(p.program == 302);
 }
 
-TEST_CASE("a program's objects are deleted once")
+TEST_CASE("a program's objects are deleted once, and its locations forgotten")
 {
     record_bench b;
+    b.answers.locations = {{"Position", 7}, {"Projection", 8}};
     material_record& m = add_program_texts(b, "a", "b");
     const shader_unit units[texture_unit_count] = {};
     build_shader(m, units);
     take_gl_calls();
     release_shader_gl(*m.program);
     CHECK(take_gl_calls() == "\nglDeleteProgram(301)\nglDeleteShader(201)\nglDeleteShader(202)\n");
+    CHECK(locations_of(*m.program) == std::vector<int32_t>(11 + user_uniform_count, -1));
     release_shader_gl(*m.program);
     CHECK(take_gl_calls() == "\n");
 }

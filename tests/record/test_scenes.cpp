@@ -550,6 +550,40 @@ glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 )");
 }
 
+// Handles of the object table, of meshes and of effects are told apart by what they lead to: mesh
+// and effect n begin at x = 10 + n.
+TEST_CASE("an object's number goes through the object table, unless a material names it or its kind differs")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    const uint32_t to_mesh = add_record(b.d.object_table, object_reference{object_model, 2, 0});
+    const uint32_t to_effect = add_record(b.d.object_table, object_reference{object_genmesh, 1, 0});
+    const uint32_t named = add_record(b.d.object_table, object_reference{object_genmesh, 2, 1});
+    for (uint32_t handle = 1; handle <= named; ++handle) {
+        mesh_arrays& arrays = b.arrays(b.add_triangle(1));
+        arrays.positions[0] = static_cast<float>(10 + handle);
+        mesh_effect effect = {};
+        effect.type = mesh_effect_kind_count; // one that keeps still
+        effect.mesh = arrays;
+        add_record(b.d.effect_table, effect);
+    }
+    REQUIRE(to_mesh == 4); // three pictures stand before it
+    b.draw(b.add_scene({b.object(object_model, to_mesh, material), b.object(object_model, to_effect, material),
+               b.object(object_genmesh, to_mesh, material), b.object(object_genmesh, to_effect, material),
+               b.object(object_genmesh, named, material)}),
+        false);
+    CHECK(take_gl_calls({"glVertexPointer"}) == R"(
+glVertexPointer(3, GL_FLOAT, 0, [12 2 3])
+glVertexPointer(3, GL_FLOAT, 0, [15 2 3])
+glVertexPointer(3, GL_FLOAT, 0, [14 2 3])
+glVertexPointer(3, GL_FLOAT, 0, [11 2 3])
+glVertexPointer(3, GL_FLOAT, 0, [16 2 3])
+)");
+    for (uint32_t handle = 1; handle <= named; ++handle)
+        table_record<mesh_effect>(b.d.effect_table, handle)->mesh = {}; // they were borrowed
+}
+
 TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
 {
     record_bench b;
