@@ -78,7 +78,8 @@ static constexpr named_constant constants[] = {NAMED(GL_LINES), NAMED(GL_TRIANGL
     // buffers, programs, answers
     NAMED(GL_ARRAY_BUFFER), NAMED(GL_ELEMENT_ARRAY_BUFFER), NAMED(GL_PIXEL_UNPACK_BUFFER), NAMED(GL_STATIC_DRAW),
     NAMED(GL_STREAM_DRAW), NAMED(GL_WRITE_ONLY), NAMED(GL_VERTEX_SHADER), NAMED(GL_FRAGMENT_SHADER),
-    NAMED(GL_LINK_STATUS), NAMED(GL_MAX_TEXTURE_UNITS), NAMED(GL_MAX_TEXTURE_SIZE), NAMED(GL_TIME_ELAPSED)};
+    NAMED(GL_COMPILE_STATUS), NAMED(GL_LINK_STATUS), NAMED(GL_INFO_LOG_LENGTH), NAMED(GL_MAX_TEXTURE_UNITS),
+    NAMED(GL_MAX_TEXTURE_SIZE), NAMED(GL_TIME_ELAPSED)};
 #undef NAMED
 
 static std::string name(GLenum value)
@@ -515,6 +516,11 @@ static void GLAPIENTRY record_client_active_texture(GLenum unit)
     record("glClientActiveTexture", name(unit));
 }
 
+static void GLAPIENTRY record_multi_tex_coord_4f(GLenum unit, GLfloat s, GLfloat t, GLfloat r, GLfloat q)
+{
+    record("glMultiTexCoord4f", name(unit), s, t, r, q);
+}
+
 static void GLAPIENTRY record_blend_equation(GLenum equation)
 {
     record("glBlendEquation", name(equation));
@@ -611,10 +617,18 @@ static void GLAPIENTRY record_get_shader_info_log(GLuint shader, GLsizei size, G
     std::snprintf(log, static_cast<size_t>(size), "%s", driver.answers.shader_log.c_str());
 }
 
+static GLint log_length(const std::string& log)
+{
+    return log.empty() ? 0 : static_cast<GLint>(log.size()) + 1;
+}
+
 static void GLAPIENTRY record_get_shader_iv(GLuint shader, GLenum parameter, GLint* value)
 {
     record("glGetShaderiv", shader, name(parameter));
-    *value = GL_TRUE;
+    *value = parameter == GL_INFO_LOG_LENGTH ? log_length(driver.answers.shader_log)
+        : driver.answers.compiles            ? GL_TRUE
+                                             : GL_FALSE;
+    record_result(as_text(*value));
 }
 
 static void GLAPIENTRY record_delete_shader(GLuint shader)
@@ -647,14 +661,16 @@ static void GLAPIENTRY record_link_program(GLuint program)
 static void GLAPIENTRY record_get_program_iv(GLuint program, GLenum parameter, GLint* value)
 {
     record("glGetProgramiv", program, name(parameter));
-    *value = driver.answers.links ? GL_TRUE : GL_FALSE;
+    *value = parameter == GL_INFO_LOG_LENGTH ? log_length(driver.answers.program_log)
+        : driver.answers.links               ? GL_TRUE
+                                             : GL_FALSE;
     record_result(as_text(*value));
 }
 
 static void GLAPIENTRY record_get_program_info_log(GLuint program, GLsizei size, GLsizei*, GLchar* log)
 {
     record("glGetProgramInfoLog", program, size);
-    log[0] = '\0';
+    std::snprintf(log, static_cast<size_t>(size), "%s", driver.answers.program_log.c_str());
 }
 
 static void GLAPIENTRY record_delete_program(GLuint program)
@@ -724,6 +740,11 @@ static void GLAPIENTRY record_vertex_attrib_pointer(
     record("glVertexAttribPointer", index, size, name(type), flag_name(normalized), stride, vertex_as_text(size, data));
 }
 
+static void GLAPIENTRY record_vertex_attrib_4f(GLuint index, GLfloat x, GLfloat y, GLfloat z, GLfloat w)
+{
+    record("glVertexAttrib4f", index, x, y, z, w);
+}
+
 static void GLAPIENTRY record_enable_vertex_attrib_array(GLuint index)
 {
     record("glEnableVertexAttribArray", index);
@@ -740,6 +761,7 @@ static void offer_entry_points()
 {
     glActiveTexture = record_active_texture;
     glClientActiveTexture = record_client_active_texture;
+    glMultiTexCoord4f = record_multi_tex_coord_4f;
     glBlendEquation = record_blend_equation;
     glBindBuffer = record_bind_buffer;
     glBufferData = record_buffer_data;
@@ -777,6 +799,7 @@ static void offer_programs()
     glUniformMatrix3fv = record_uniform_matrix_3fv;
     glUniformMatrix4fv = record_uniform_matrix_4fv;
     glVertexAttribPointer = record_vertex_attrib_pointer;
+    glVertexAttrib4f = record_vertex_attrib_4f;
     glEnableVertexAttribArray = record_enable_vertex_attrib_array;
     glDisableVertexAttribArray = record_disable_vertex_attrib_array;
 }

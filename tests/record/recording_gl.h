@@ -30,6 +30,8 @@ struct gl_answers {
     std::map<uint32_t, int32_t> integers;     // glGetIntegerv; 0 for others
     std::map<std::string, int32_t> locations; // of uniforms and attributes; -1 for others
     std::string shader_log;                   // of every shader
+    std::string program_log;                  // of every program
+    bool compiles = true;                     // shaders do
     bool links = true;                        // programs do
     bool maps = true;                         // buffers can be mapped
     bool unmaps = true;                       // what was mapped arrived
