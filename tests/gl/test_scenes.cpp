@@ -243,7 +243,8 @@ TEST_CASE("an object is hidden below 1.0, at its own time")
             uint32_t time;
             bool shown;
         } times[] = {{0, 79, false}, {0, 80, true}, {1.5, 78, false}, {1.5, 79, true}, {-0.5, 80, false},
-            {-0.5, 81, true}, {-1000, 500, false}, {100, 0, true}, {1e30, 0, true}};
+            {-0.5, 81, true}, {-20, 0, false}, {100, 0, true}, {1e30, 0, true}, {-1000, 500, true},
+            {-1000, 980, false}}; // below 0 is very late: the function's end
         for (const auto& row : times) {
             lump_show k;
             k.s.show(0,

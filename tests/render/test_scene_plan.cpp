@@ -113,14 +113,24 @@ TEST_CASE("an object's time is the sum with its offset, truncated")
     CHECK(object_time(25600, -25600.0f) == 0);
 }
 
-TEST_CASE("an object's time never falls before its beginning nor beyond what a function can tell apart")
+TEST_CASE("an object's time below zero is a very late tick, not the beginning")
 {
-    CHECK(object_time(10, -50.0f) == 0);
-    CHECK(object_time(10, std::numeric_limits<float>::quiet_NaN()) == 0);
-    CHECK(object_time(10, -std::numeric_limits<float>::infinity()) == 0);
-    CHECK(object_time(10, std::numeric_limits<float>::infinity()) == no_cached_time - 1);
-    CHECK(object_time(0xFFFFFF00u, 0.0f) == 0xFFFFFF00u);
-    CHECK(object_time(0xFFFFFFFFu, 0.0f) == no_cached_time - 1);
+    CHECK(object_time(0, -0.5f) == 0);
+    CHECK(object_time(0, -1.0f) == 0xFFFFFFFFu);
+    CHECK(object_time(10, -50.0f) == 0xFFFFFFD8u); // -40
+    CHECK(object_time(10, -50.75f) == 0xFFFFFFD8u);
+}
+
+TEST_CASE("an object's time beyond 32 signed bits is tick 2147483648")
+{
+    CHECK(object_time(0, 2147483520.0f) == 2147483520u);
+    CHECK(object_time(0, 2147483648.0f) == 2147483648u);
+    CHECK(object_time(10, 1e30f) == 2147483648u);
+    CHECK(object_time(10, -1e30f) == 2147483648u);
+    CHECK(object_time(10, std::numeric_limits<float>::quiet_NaN()) == 2147483648u);
+    CHECK(object_time(10, std::numeric_limits<float>::infinity()) == 2147483648u);
+    CHECK(object_time(0xFFFFFF00u, 0.0f) == 2147483648u);
+    CHECK(object_time(0xFFFFFF00u, -4294967040.0f) == 0); // 0xFFFFFF00
 }
 
 TEST_CASE("an object whose visibility is 0.999 is hidden, at exactly 1.0 it shows")

@@ -1,19 +1,15 @@
 #include "render/scene_plan.h"
 
+#include "content/numbers.h"
 #include "model/values.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
-constexpr uint32_t last_object_time = no_cached_time - 1; // the very last tick means "nothing cached"
-
 uint32_t object_time(uint32_t layer_time, float offset)
 {
-    const double sum = static_cast<double>(layer_time) + static_cast<double>(offset);
-    if (!(sum > 0.0))
-        return 0;
-    return sum < static_cast<double>(last_object_time) ? static_cast<uint32_t>(sum) : last_object_time;
+    return static_cast<uint32_t>(truncate_to_int(static_cast<double>(layer_time) + static_cast<double>(offset)));
 }
 
 bool object_is_visible(const scene_object& object, const record_table* functions, uint32_t time)

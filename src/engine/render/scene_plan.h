@@ -12,8 +12,10 @@
 
 #include <cstdint>
 
-// The layer's time plus the object's offset, truncated. A sum below 0 (or no number at
-// all) is 0, so that an object waits in its first pose; one beyond the range is its end.
+// The layer's time plus the object's offset, truncated and taken as an unsigned tick, as a
+// clip's own offset is: a sum below 0 is a very late time, at which functions stand at
+// their end or somewhere in their loop. What no int32_t holds (and not-a-number) is tick
+// 2147483648.
 uint32_t object_time(uint32_t layer_time, float offset);
 
 // False where the visibility function is below 1.0. Without a function, or with a
