@@ -589,6 +589,48 @@ TEST_CASE("plain coordinates turn about the picture's middle on the fixed path, 
     }
 }
 
+TEST_CASE("a program of its own that multiplies by TextureMatrix turns flat pictures and reflections as the fixed path")
+{
+    const std::string flat = "<vertex_shader>attribute vec4 Position; attribute vec2 TexCoordIn1; varying vec2 C; "
+                             "uniform mat4 Projection; uniform mat4 Modelview; uniform mat4 TextureMatrix; "
+                             "void main(void) { C = vec2(TextureMatrix * vec4(TexCoordIn1, 0.0, 1.0)); "
+                             "gl_Position = Projection * Modelview * Position; }</vertex_shader>"
+                             "<fragment_shader>varying vec2 C; uniform sampler2D Texture0; "
+                             "void main(void) { gl_FragColor = texture2D(Texture0, C); }</fragment_shader>";
+    const std::string reflecting
+        = "<vertex_shader>attribute vec4 Position; attribute vec3 Normal; varying vec3 C; uniform mat4 Projection; "
+          "uniform mat4 Modelview; uniform mat3 NormalMatrix; uniform mat4 TextureMatrix; void main(void) { "
+          "vec4 mp = Modelview * Position; vec3 r = reflect(normalize(vec3(mp)), normalize(NormalMatrix * Normal)); "
+          "C = vec3(TextureMatrix * vec4(r, 1.0)); gl_Position = Projection * mp; }</vertex_shader>"
+          "<fragment_shader>varying vec3 C; uniform samplerCube Texture0; "
+          "void main(void) { gl_FragColor = textureCube(Texture0, C); }</fragment_shader>";
+    for (const bool cube : {false, true}) {
+        picture seen_by[2];
+        for (const bool glsl : {false, true}) {
+            show_text s;
+            const unit_text u = cube ? unit_text{.texture = s.cube_texture(), .function = 2, .cgenmode = 2}
+                                     : unit_text{.texture = coordinate_texture(s), .function = 2, .rotation = 1};
+            const int material = s.material(replaces + setting("enable_glsl", 1) + setting("normalization", 1)
+                + color(1, 1, 1) + unit(1, u) + (cube ? reflecting : flat));
+            const vector place = cube ? turned_y(turned_x({0, 0, -2.5}, -25), -40) : vector{0, 0, 0};
+            clip c = {.scene = s.scene({{.object = s.mesh(cube ? sphere() : square(0, 0, 1, 1)),
+                          .material = material,
+                          .place = {place.x, place.y, place.z, 0, 0, 0, 1, 1, 1},
+                          .facing = !cube}})};
+            if (cube)
+                c.camera = wide_camera();
+            c.camera[3] = cube ? 25 : 0;
+            c.camera[4] = 40;
+            s.show(0, c);
+            small_show show(s, glsl);
+            seen_by[glsl] = show.frame();
+        }
+        CAPTURE(cube);
+        CHECK(mean_difference(seen_by[0], seen_by[1]) < 1.0);
+        CHECK(lit_pixels_in_row(seen_by[0], 60) > 40);
+    }
+}
+
 TEST_CASE("a material without made coordinates follows one with them, and the other way round")
 {
     for (const bool glsl : {false, true}) {

@@ -4,6 +4,7 @@
 #include "model/values.h"
 #include "render/material_plan.h"
 #include "render/matrix.h"
+#include "render/shader_source.h"
 #include "render/texture_unit_gl.h"
 
 #include <GL/glew.h>
@@ -329,12 +330,14 @@ static void use_program(const shader_program* program)
     glUseProgram(program_now.program);
 }
 
-// The program reads the matrix by rows where it is stored by columns, so it is uploaded
-// transposed: sphere maps turn and reflections stay as they do on the fixed path. Of
-// several units that need one, the last wins.
-static void set_program_units(const shader_program& program, const unit_plan units[texture_unit_count], uint32_t count,
-    const material_context& context)
+// Generated programs read the matrix by rows where it is stored by columns, so to them it
+// is uploaded transposed: sphere maps turn and reflections stay as they do on the fixed
+// path. A material's own program gets it as it lies, so that TextureMatrix * v is what it
+// says. Of several units that need one, the last wins.
+static void set_program_units(const shader_program& program, bool own_program,
+    const unit_plan units[texture_unit_count], uint32_t count, const material_context& context)
 {
+    const GLboolean transposed = own_program ? GL_FALSE : GL_TRUE;
     for (uint32_t i = 0; i < count; ++i) {
         glActiveTexture(GL_TEXTURE0 + i);
         bind_unit_texture(units[i]);
@@ -343,7 +346,7 @@ static void set_program_units(const shader_program& program, const unit_plan uni
             continue;
         build_texture_matrix(units[i].rotation != 0, reflects, context.camera_angles);
         if (program.texture_matrix_location >= 0)
-            glUniformMatrix4fv(program.texture_matrix_location, 1, GL_TRUE, matrices.texture_matrix);
+            glUniformMatrix4fv(program.texture_matrix_location, 1, transposed, matrices.texture_matrix);
     }
 }
 
@@ -394,7 +397,7 @@ void apply_material_glsl(
     if (program_now.state != program_ready)
         return;
     const shader_program& program = *material->program;
-    set_program_units(program, units, count, context);
+    set_program_units(program, has_custom_program(*material), units, count, context);
     feed_program_coordinates(coordinates, *context.caps);
     set_user_uniforms(program, context);
     set_light_positions(*material, program, context);

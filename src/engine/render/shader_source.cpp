@@ -462,6 +462,11 @@ static int32_t text_length(const char* text)
     return text == nullptr ? 0 : static_cast<int32_t>(std::strlen(text));
 }
 
+static bool has_text(const char* text)
+{
+    return text != nullptr && text[0] != '\0';
+}
+
 static void clear_program_texts(shader_program& program)
 {
     std::free(program.vertex_source);
@@ -538,6 +543,6 @@ void generate_shader(
 
 bool has_custom_program(const material_record& material)
 {
-    return material.enable_glsl != 0 && text_length(material.custom_vertex_shader) > 0
-        && text_length(material.custom_fragment_shader) > 0;
+    return material.enable_glsl != 0 && has_text(material.custom_vertex_shader)
+        && has_text(material.custom_fragment_shader);
 }
