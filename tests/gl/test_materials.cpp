@@ -368,6 +368,31 @@ TEST_CASE("fog of both types goes from start to end, constant or dynamic, to its
     }
 }
 
+TEST_CASE("fog whose start is its end covers everything from there on, constant or dynamic, near and far")
+{
+    for (const bool glsl : {false, true}) {
+        for (const double start : {0.0, 5.0, 50000.0}) {
+            for (const int moving : {0, 1, 2, 3}) { // bit 0: the start, bit 1: the end
+                for (const double share : {0.5, 1.5}) {
+                    square_show k;
+                    const auto value = [&](bool moves) { return moves ? dynamic(k.s.constant(start)) : number(start); };
+                    const int material
+                        = k.s.material(replaces + setting("fogtype", 1) + setting("fogstart", value((moving & 1) != 0))
+                            + setting("fogend", value((moving & 2) != 0)) + color(1, 0, 0.5));
+                    const double distance = start == 0 ? share : start * share;
+                    clip c = {.scene = k.s.scene({k.place(material, distance, distance / 2)}), .camera = wide_camera()};
+                    c.camera[7] = 200000;
+                    k.s.show(0, c);
+                    CAPTURE(glsl);
+                    CAPTURE(start);
+                    CAPTURE(moving);
+                    check_color(middle_of(k.s, glsl), share > 1 || start == 0 ? white : to_rgb(1, 0, 0.5));
+                }
+            }
+        }
+    }
+}
+
 TEST_CASE("fog changes no alpha and is off for the next material")
 {
     for (const bool glsl : {false, true}) {

@@ -253,6 +253,48 @@ TEST_CASE("fog without a colour is white, with one it takes values 3 to 5")
     CHECK(fog.color[2] == 0.75f);
 }
 
+TEST_CASE("fog whose start is its end ends 0.001 behind it, or one step of a float where that is more")
+{
+    const struct {
+        float at, start, end;
+    } table[]
+        = {{5.0f, 5.0f, 5.001f}, {0.0f, 0.0f, 0.001f}, {-5.0f, -5.0f, -4.999f}, {40000.0f, 40000.0f, 40000.00390625f},
+            {16777216.0f, 16777216.0f, 16777218.0f}, {3.402823466e38f, 3.402823264e38f, 3.402823466e38f},
+            {HUGE_VALF, 3.402823264e38f, 3.402823466e38f}, {-HUGE_VALF, -3.402823466e38f, -3.402823264e38f}};
+    for (const auto& row : table) {
+        float start = row.at;
+        float end = row.at;
+        widen_fog(start, end);
+        CAPTURE(row.at);
+        CHECK(start == row.start);
+        CHECK(end == row.end);
+    }
+    float near_one = 1.0f;
+    float hardly_behind = 1.00000012f;
+    widen_fog(near_one, hardly_behind);
+    CHECK(near_one == 1.0f);
+    CHECK(hardly_behind == 1.00000012f);
+    float begin = 9.0f;
+    float before = 3.0f;
+    widen_fog(begin, before);
+    CHECK(begin == 9.0f);
+    CHECK(before == 3.0f);
+}
+
+TEST_CASE("a plan of fog without a width has one, constant or dynamic")
+{
+    bench b;
+    b.material.fogtype = 1;
+    b.material.fogstart = 7.0f;
+    b.material.fogend = 7.0f;
+    CHECK(plan_fog(b.material, b.d, 0).end == 7.001f);
+    b.material.fogend = static_cast<float>(b.add_linear_function(0.5f, 0.0f));
+    b.material.fogend_dynamic = 1;
+    CHECK(plan_fog(b.material, b.d, 14).end == 7.001f);
+    CHECK(plan_fog(b.material, b.d, 13).end == 6.5f);
+    CHECK(plan_fog(b.material, b.d, 15).end == 7.5f);
+}
+
 TEST_CASE("without rotation and cube map the texture matrix is the identity")
 {
     init_matrices();

@@ -5,6 +5,7 @@
 
 #include <doctest/doctest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
@@ -580,6 +581,166 @@ void main(void)
     CHECK(vertex.find("u17") == std::string::npos);
     for (uint32_t i = 0; i < user_uniform_count; ++i)
         CHECK(b.material.program->uniform_functions[i] == (i < 21 ? i + 1 : 0));
+}
+
+TEST_CASE("fog whose start and end have the same text gets an end behind it, or before it where it lay before")
+{
+    const struct {
+        float start, end;
+        const char* start_text;
+        const char* end_text;
+    } table[] = {
+        {5.0f, 5.0f, "5.000000", "5.001000"},
+        {0.0f, 0.0f, "0.000000", "0.001000"},
+        {-2.0f, -2.0f, "-2.000000", "-1.999000"},
+        {1e-7f, 2e-7f, "0.000000", "0.001000"},
+        {2e-7f, 1e-7f, "0.000000", "-0.001000"},
+        {40000.0f, 40000.0f, "40000.000000", "40000.003906"},
+        {16777216.0f, 16777216.0f, "16777216.000000", "16777218.000000"},
+        {5.0f, 5.000001f, "5.000000", "5.000001"}, // their texts differ
+        {5.0f, 4.0f, "5.000000", "4.000000"},
+        {HUGE_VALF, HUGE_VALF, "340282326356119256160033759537265639424.000000",
+            "340282346638528859811704183484516925440.000000"},
+    };
+    for (const auto& row : table) {
+        bench b;
+        b.material.fogtype = 1;
+        b.material.fogstart = row.start;
+        b.material.fogend = row.end;
+        const std::string lines
+            = std::string("  float fogstart = ") + row.start_text + ";\n  float fogend = " + row.end_text + ";\n";
+        CAPTURE(lines);
+        const std::string fragment = b.fragment();
+        CAPTURE(fragment);
+        CHECK(fragment.find(lines) != std::string::npos);
+    }
+}
+
+TEST_CASE("a constant fog distance beside a dynamic one is written as it is")
+{
+    bench b;
+    b.material.fogtype = 1;
+    b.material.fogstart = 5.0f;
+    b.material.fogend = 5.0f;
+    b.material.fogend_dynamic = 1;
+    CHECK(b.fragment().find("  float fogstart = 5.000000;\n  float fogend = u1;\n") != std::string::npos);
+    b.material.fogstart_dynamic = 1;
+    b.material.fogend_dynamic = 0;
+    CHECK(b.fragment().find("  float fogstart = u1;\n  float fogend = 5.000000;\n") != std::string::npos);
+}
+
+namespace {
+
+// A table of functions, each a constant.
+struct constant_functions {
+    record_table* table = record_table_new(sizeof(animation_function));
+
+    constant_functions() = default;
+    ~constant_functions()
+    {
+        record_table_free(table);
+    }
+    constant_functions(const constant_functions&) = delete;
+    constant_functions& operator=(const constant_functions&) = delete;
+
+    float add(float value)
+    {
+        const uint32_t handle = record_table_add(table);
+        animation_function& f = *table_record<animation_function>(table, handle);
+        f = {};
+        f.segment_count = 1;
+        f.segment_length[0] = 100;
+        f.segment_params[0][0] = value;
+        f.cached_time = no_cached_time;
+        return static_cast<float>(handle);
+    }
+};
+
+} // namespace
+
+TEST_CASE("a program's uniforms are its functions' values, 1 where the function is missing")
+{
+    constant_functions f;
+    bench b;
+    b.material.color_dynamic[1] = b.material.color_dynamic[2] = b.material.color_dynamic[3] = 1;
+    b.material.color[1] = f.add(0.25f);
+    b.material.color[2] = 0.0f; // no function
+    b.material.color[3] = f.add(0.75f);
+    b.generate();
+    float u[user_uniform_count];
+    evaluate_uniforms(b.material, f.table, 3, u);
+    CHECK(u[0] == 0.25f);
+    CHECK(u[1] == 1.0f);
+    CHECK(u[2] == 0.75f);
+    for (uint32_t i = 3; i < user_uniform_count; ++i)
+        CHECK(u[i] == 0.0f);
+}
+
+TEST_CASE("fog that has no width at a moment gets one through its uniforms")
+{
+    constant_functions f;
+    for (const bool colored : {false, true}) { // a dynamic colour comes before them
+        const uint32_t before = colored ? 1 : 0;
+        const auto values_of = [&](float start, bool start_moves, float end, bool end_moves, float u[2]) {
+            bench b;
+            b.material.fogtype = 1;
+            b.material.color_dynamic[0] = colored;
+            b.material.color[0] = f.add(5.0f);
+            b.material.fogstart_dynamic = start_moves;
+            b.material.fogend_dynamic = end_moves;
+            b.material.fogstart = start_moves ? f.add(start) : start;
+            b.material.fogend = end_moves ? f.add(end) : end;
+            b.generate();
+            float all[user_uniform_count];
+            evaluate_uniforms(b.material, f.table, 3, all);
+            if (colored)
+                CHECK(all[0] == 5.0f);
+            u[0] = all[before];
+            u[1] = all[before + 1];
+        };
+        float u[2];
+        values_of(5, true, 5, true, u);
+        CHECK(u[0] == 5.0f);
+        CHECK(u[1] == 5.001f);
+        values_of(5, false, 5, true, u);
+        CHECK(u[0] == 5.001f);
+        values_of(5, true, 5, false, u);
+        CHECK(u[0] == 4.999f);
+        values_of(40000, true, 40000, false, u);
+        CHECK(u[0] == 39999.99609375f);
+        values_of(40000, true, 40000, true, u);
+        CHECK(u[0] == 40000.0f);
+        CHECK(u[1] == 40000.00390625f);
+        values_of(1e-7f, false, 0, true, u); // the text says 0
+        CHECK(u[0] == 0.001f);
+        values_of(5, true, 6, true, u);
+        CHECK(u[0] == 5.0f);
+        CHECK(u[1] == 6.0f);
+        values_of(5, true, 4, false, u);
+        CHECK(u[0] == 5.0f);
+        values_of(HUGE_VALF, true, HUGE_VALF, true, u);
+        CHECK(u[0] == 3.402823264e38f);
+        CHECK(u[1] == 3.402823466e38f);
+    }
+}
+
+TEST_CASE("uniforms of a material's own program are not touched by its fog settings")
+{
+    constant_functions f;
+    bench b;
+    char vertex[] = "v";
+    char fragment[] = "f";
+    b.material.enable_glsl = 1;
+    b.material.custom_vertex_shader = vertex;
+    b.material.custom_fragment_shader = fragment;
+    b.material.fogtype = 1;
+    b.material.fogend_dynamic = 1;
+    b.material.fogend = f.add(0.0f);
+    b.material.user_uniforms[6] = static_cast<uint32_t>(f.add(0.0f));
+    b.generate();
+    float u[user_uniform_count];
+    evaluate_uniforms(b.material, f.table, 3, u);
+    CHECK(u[6] == 0.0f);
 }
 
 TEST_CASE("fog values are not numbered when there is no fog")

@@ -350,15 +350,14 @@ static void set_program_units(const shader_program& program, bool own_program,
     }
 }
 
-static void set_user_uniforms(const shader_program& program, const material_context& context)
+static void set_uniforms(const material_record& material, const material_context& context)
 {
-    for (uint32_t i = 0; i < user_uniform_count; ++i) {
-        if (program.uniform_functions[i] == 0)
-            continue;
-        const float value = function_value(context.d->function_table, program.uniform_functions[i], context.time);
-        if (program.uniform_locations[i] >= 0)
-            glUniform1f(program.uniform_locations[i], value);
-    }
+    const shader_program& program = *material.program;
+    float values[user_uniform_count];
+    evaluate_uniforms(material, context.d->function_table, context.time, values);
+    for (uint32_t i = 0; i < user_uniform_count; ++i)
+        if (program.uniform_functions[i] != 0 && program.uniform_locations[i] >= 0)
+            glUniform1f(program.uniform_locations[i], values[i]);
 }
 
 static void set_light_positions(
@@ -399,6 +398,6 @@ void apply_material_glsl(
     const shader_program& program = *material->program;
     set_program_units(program, has_custom_program(*material), units, count, context);
     feed_program_coordinates(coordinates, *context.caps);
-    set_user_uniforms(program, context);
+    set_uniforms(*material, context);
     set_light_positions(*material, program, context);
 }

@@ -4,6 +4,8 @@
 #include "render/matrix.h"
 
 #include <algorithm>
+#include <cfloat>
+#include <cmath>
 
 bool generates_coordinates(uint8_t cgenmode)
 {
@@ -121,6 +123,14 @@ bool plan_light_position(uint32_t light, const document& d, uint32_t time, float
     return true;
 }
 
+void widen_fog(float& start, float& end)
+{
+    if (start != end)
+        return;
+    start = std::clamp(start, -FLT_MAX, std::nextafter(FLT_MAX, 0.0f)); // so that something lies behind it
+    end = std::max(start + least_fog_width, std::nextafter(start, FLT_MAX));
+}
+
 fog_plan plan_fog(const material_record& material, const document& d, uint32_t time)
 {
     fog_plan fog = {.color = {1.0f, 1.0f, 1.0f}, .start = 0.0f, .end = 0.0f};
@@ -128,6 +138,7 @@ fog_plan plan_fog(const material_record& material, const document& d, uint32_t t
         evaluate_triple(*record, 3, d, time, fog.color);
     fog.start = value_at(d.function_table, material.fogstart, material.fogstart_dynamic != 0, time);
     fog.end = value_at(d.function_table, material.fogend, material.fogend_dynamic != 0, time);
+    widen_fog(fog.start, fog.end);
     return fog;
 }
 

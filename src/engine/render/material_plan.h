@@ -95,7 +95,14 @@ bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& ou
 // Only a light's position; false as above.
 bool plan_light_position(uint32_t light, const document& d, uint32_t time, float position[3]);
 
-// White without a fog colour.
+// The least distance between start and end.
+constexpr float least_fog_width = 0.001f;
+
+// Fog whose start is its end is drawn as if the end lay `least_fog_width` behind the start,
+// or one step of a float where that is more: all fog from there on. Others stay.
+void widen_fog(float& start, float& end);
+
+// White without a fog colour; start and end are never equal.
 fog_plan plan_fog(const material_record& material, const document& d, uint32_t time);
 
 // Fills matrices.texture_matrix for a unit: turned about the picture's centre by the

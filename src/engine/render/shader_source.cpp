@@ -94,6 +94,34 @@ static source_light plan_source_light(
     return light;
 }
 
+// What no literal can say is written as the nearest number that one can.
+static float literal(float value)
+{
+    return std::isnan(value) ? 0.0f : std::clamp(value, -FLT_MAX, FLT_MAX);
+}
+
+// A constant as the program reads it: with the six decimals of its text.
+static float as_written(float value)
+{
+    char digits[64];
+    std::snprintf(digits, sizeof digits, "%f", static_cast<double>(literal(value)));
+    return std::strtof(digits, nullptr);
+}
+
+// Two constants whose texts are equal have no width in the program, even where their
+// numbers differ: an end that lies before the start stays there.
+static void widen_constant_fog(float& start, float& end)
+{
+    const bool reversed = end < start;
+    float written_start = as_written(start);
+    float written_end = as_written(end);
+    if (written_start != written_end)
+        return;
+    widen_fog(written_start, written_end);
+    start = written_start;
+    end = reversed ? written_start - least_fog_width : written_end;
+}
+
 static source_fog plan_source_fog(
     const material_record& material, const record_table* value_records, source_plan& plan, shader_program& program)
 {
@@ -106,8 +134,12 @@ static source_fog plan_source_fog(
         for (uint32_t i = 0; i < 3; ++i)
             fog.color[i] = plan_record_value(*record, 3 + i, plan, program);
     }
-    fog.start = plan_value(material.fogstart, material.fogstart_dynamic != 0, plan, program);
-    fog.end = plan_value(material.fogend, material.fogend_dynamic != 0, plan, program);
+    float start = material.fogstart;
+    float end = material.fogend;
+    if (material.fogstart_dynamic == 0 && material.fogend_dynamic == 0)
+        widen_constant_fog(start, end);
+    fog.start = plan_value(start, material.fogstart_dynamic != 0, plan, program);
+    fog.end = plan_value(end, material.fogend_dynamic != 0, plan, program);
     return fog;
 }
 
@@ -148,12 +180,6 @@ static source_plan plan_source(const material_record& material, const record_tab
 static void write(source_text& out, const char* text)
 {
     buffer_printf(&out.text, &out.capacity, &out.used, "%s", text);
-}
-
-// What no literal can say is written as the nearest number that one can.
-static float literal(float value)
-{
-    return std::isnan(value) ? 0.0f : std::clamp(value, -FLT_MAX, FLT_MAX);
 }
 
 static void write_value(source_text& out, const source_value& value)
@@ -539,6 +565,40 @@ void generate_shader(
     }
     program.vertex_length = text_length(program.vertex_source);
     program.fragment_length = text_length(program.fragment_source);
+}
+
+// Start and end of fog are numbered last; a constant one stands in the text.
+static void widen_fog_uniforms(const material_record& material, uint32_t uniform_count, float* values)
+{
+    const bool end_moves = material.fogend_dynamic != 0;
+    float* const end = end_moves ? values + --uniform_count : nullptr;
+    float* const start = material.fogstart_dynamic != 0 ? values + --uniform_count : nullptr;
+    float first = start != nullptr ? *start : as_written(material.fogstart);
+    float last = end != nullptr ? *end : as_written(material.fogend);
+    if (first != last)
+        return;
+    if (end == nullptr) { // the end stands in the text: the start gives way
+        *start = std::min(last - least_fog_width, std::nextafter(last, -FLT_MAX));
+        return;
+    }
+    widen_fog(first, last);
+    *end = last;
+    if (start != nullptr)
+        *start = first;
+}
+
+void evaluate_uniforms(
+    const material_record& material, const record_table* functions, uint32_t time, float values[user_uniform_count])
+{
+    uint32_t count = 0;
+    for (uint32_t i = 0; i < user_uniform_count; ++i) {
+        const uint32_t function = material.program->uniform_functions[i];
+        values[i] = function != 0 ? function_value(functions, function, time) : 0.0f;
+        count = function != 0 ? i + 1 : count;
+    }
+    const bool fog_moves = material.fogstart_dynamic != 0 || material.fogend_dynamic != 0;
+    if (material.fogtype != 0 && fog_moves && !has_custom_program(material))
+        widen_fog_uniforms(material, count, values);
 }
 
 bool has_custom_program(const material_record& material)

@@ -35,5 +35,11 @@ void free_shader_program(shader_program* program);
 void generate_shader(
     material_record& material, const record_table* value_records, const shader_unit units[texture_unit_count]);
 
+// What u1..u24 of a material's program are at a moment, those without a function 0. Fog
+// without a width is widened here where the text cannot say it, because its start or its
+// end is a uniform. The material must have a program.
+void evaluate_uniforms(
+    const material_record& material, const record_table* functions, uint32_t time, float values[user_uniform_count]);
+
 // True when the material brings its own program.
 bool has_custom_program(const material_record& material);
