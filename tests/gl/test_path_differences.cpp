@@ -105,6 +105,34 @@ TEST_CASE("colours beyond white are cut before the first unit on the fixed path,
     }
 }
 
+TEST_CASE("a generated texture that lacks its levels is left out on the fixed path, and black in a program")
+{
+    for (const bool glsl : {false, true}) {
+        for (const int filter : {1, 2, 3, 255}) {
+            for (const int function : {0, 2}) { // "Multiply color", "Replace"
+                show_text s;
+                s.add(section_generated_images, "<g type=\"0\"><r>1</r><g>0.4</g><b>0.2</b></g>");
+                s.add(section_texture_nodes,
+                    "<t name=\"color\" type=\"101\" texture_format=\"0\" texture_filter=\"0\" layer_id=\"0\"><i>0</i>"
+                    "<output>2</output><a>0</a><b>1</b></t>");
+                s.add(section_texture_nodes,
+                    "<t name=\"out\" type=\"255\" texture_format=\"0\" texture_filter=\"" + std::to_string(filter)
+                        + "\"><i>1</i></t>");
+                const int picture = s.reference(texture_generated, 2);
+                const int material
+                    = s.material(replaces + color(0.5, 0.5, 0.5) + unit(1, {.texture = picture, .function = function}));
+                s.show(0, {.scene = s.full_scene(material)});
+                small_show show(s, glsl);
+                const double shade = function == 0 ? 0.5 : 1;
+                const rgb shown = to_rgb(shade, shade * 0.4, shade * 0.2);
+                const rgb without = glsl ? black : to_rgb(0.5, 0.5, 0.5);
+                CAPTURE(filter);
+                check_color(center_of(show.frame()), filter <= 2 ? shown : without);
+            }
+        }
+    }
+}
+
 TEST_CASE("a program draws nothing with a picture that its coordinates do not suit, the fixed path does")
 {
     for (const bool glsl : {false, true}) {
