@@ -228,6 +228,32 @@ TEST_CASE("combinations of combine modes, with unit 3's two products in one comb
         check_all({.glsl = false}, nv_combiner);
 }
 
+TEST_CASE("the combiner of two products adds alphas as well, since it knows no other function")
+{
+    open_test_window();
+    if (!GLEW_NV_texture_env_combine4)
+        return;
+    const combination three = {3, {2, 1, 0}, {2, 1, 0}};
+    small_show show(text_of({three}, 0, 2), false);
+    show.caps.nv_combine4 = 1;
+    show.frame();
+    const struct {
+        GLenum name;
+        GLint value;
+    } table[] = {{GL_TEXTURE_ENV_MODE, GL_COMBINE4_NV}, {GL_COMBINE_RGB, GL_ADD}, {GL_COMBINE_ALPHA, GL_ADD},
+        {GL_SOURCE0_ALPHA, GL_TEXTURE}, {GL_SOURCE1_ALPHA, GL_PREVIOUS}, {GL_SOURCE2_ALPHA, GL_ZERO},
+        {GL_SOURCE3_ALPHA_NV, GL_ZERO}, {GL_OPERAND0_ALPHA, GL_SRC_ALPHA}, {GL_OPERAND1_ALPHA, GL_SRC_ALPHA},
+        {GL_OPERAND2_ALPHA, GL_SRC_ALPHA}, {GL_OPERAND3_ALPHA_NV, GL_SRC_ALPHA}};
+    glActiveTexture(GL_TEXTURE2);
+    for (const auto& row : table) {
+        GLint value = 0;
+        glGetTexEnviv(GL_TEXTURE_ENV, row.name, &value);
+        CAPTURE(row.name);
+        CHECK(value == row.value);
+    }
+    CHECK(glGetError() == GL_NO_ERROR);
+}
+
 TEST_CASE("combinations of combine modes give the shader path's colours and alphas")
 {
     check_all({.glsl = true}, plain_combiner);

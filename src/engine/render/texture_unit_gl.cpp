@@ -156,7 +156,8 @@ static void set_second_combine(uint8_t mode)
         combine_alphas(GL_MODULATE, GL_TEXTURE, GL_PREVIOUS);
 }
 
-// texture x primary + previous x 1: the constant's alpha is the 1.
+// texture x primary + previous x 1: the constant's alpha is the 1. The mode knows sums of
+// two products only, for alpha too: texture x previous + 0 x 0.
 static void multiply_and_add_nv()
 {
     constexpr GLfloat constant[4] = {0.0f, 0.0f, 0.0f, 1.0f};
@@ -168,13 +169,17 @@ static void multiply_and_add_nv()
     set_environment(GL_SOURCE3_RGB_NV, GL_CONSTANT);
     set_environment(GL_OPERAND3_RGB_NV, GL_SRC_ALPHA);
     glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, constant);
+    combine_alphas(GL_ADD, GL_TEXTURE, GL_PREVIOUS);
+    set_alpha_argument(2, GL_ZERO);
+    set_environment(GL_SOURCE3_ALPHA_NV, GL_ZERO);
+    set_environment(GL_OPERAND3_ALPHA_NV, GL_SRC_ALPHA);
 }
 
 static void set_multiply_and_add(const gl_caps& caps)
 {
-    if (caps.nv_combine4 == 1) {
-        multiply_and_add_nv();
-    } else if (caps.ati_combine3 == 1) { // argument 0 x argument 2 + argument 1
+    if (caps.nv_combine4 == 1)
+        return multiply_and_add_nv();
+    if (caps.ati_combine3 == 1) { // argument 0 x argument 2 + argument 1
         set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE);
         combine_colors(GL_MODULATE_ADD_ATI, GL_TEXTURE, GL_PREVIOUS);
         set_color_argument(2, GL_PRIMARY_COLOR, GL_SRC_COLOR);
