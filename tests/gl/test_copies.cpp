@@ -82,6 +82,46 @@ TEST_CASE("generated meshes are updated and drawn like models, with buffers and 
     }
 }
 
+TEST_CASE("a mesh without texture coordinates shows the corner (0, 0), whatever a draw before has left current")
+{
+    const std::vector<rgba> pixels = {{200, 10, 20}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}};
+    for (const bool glsl : {false, true}) {
+        for (const bool vbo : {false, true}) {
+            for (const bool own_material : {false, true}) {
+                show_text s;
+                const std::string first = color(1, 1, 1) + setting("blend_function", 2);
+                const int ones = s.plain_texture({255, 255, 255});
+                const int textured = s.material(first + unit(1, {.texture = ones, .function = 2})
+                    + unit(2, {.texture = ones, .function = 1}) + unit(3, {.texture = ones}));
+                const int checked = s.material(first + unit(1, {.texture = s.texture(2, 2, pixels), .function = 2})
+                    + unit(
+                        2, {.texture = s.texture(2, 2, {{255, 0, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}}), .function = 1})
+                    + unit(3, {.texture = s.texture(2, 2, {{0, 100, 0}, {0, 0, 0}, {0, 0, 0}, {0, 0, 0}})}));
+                const int square_mesh = s.mesh(square(-1, -1, 1, 1));
+                const int swirl = s.effect(2, {s.constant(1.0), s.constant(50.0)});
+                s.show(0,
+                    {.scene = s.scene({{.object = square_mesh,
+                                           .material = own_material ? textured : checked,
+                                           .place = {3, 3, -5, 0, 0, 0, 0.1, 0.1, 1}},
+                         {.type = object_genmesh,
+                             .object = swirl,
+                             .material = own_material ? checked : 0,
+                             .place = {0, 0, -5, 0, 0, 0, 0.01, 0.01, 1}}}),
+                        .camera = wide_camera()});
+                small_show show(s, {.glsl = glsl, .vbo = vbo});
+                // What some drivers leave after a draw from arrays.
+                for (GLenum unit_number = 0; unit_number < 3; ++unit_number)
+                    glMultiTexCoord4f(GL_TEXTURE0 + unit_number, 0.75f, 0.75f, 0.5f, 1.0f);
+                for (GLuint attribute = 1; attribute < 5; ++attribute)
+                    glVertexAttrib4f(attribute, 0.75f, 0.75f, 0.5f, 1.0f);
+                CAPTURE(glsl);
+                CAPTURE(own_material);
+                check_color(center_of(show.frame()), {200, 100, 0});
+            }
+        }
+    }
+}
+
 TEST_CASE("generated meshes follow the object's time")
 {
     for (const bool glsl : {false, true}) {

@@ -201,11 +201,15 @@ static uint32_t fixed_unit_limit(const material_context& context)
     return std::min<uint32_t>(context.caps->texture_units, texture_unit_count);
 }
 
-// Switches a unit's coordinate array on where it is wanted and the mesh has one.
+// Switches a unit's coordinate array on where it is wanted and the mesh has one. A mesh
+// without coordinates has (0, 0) everywhere: what is current after a draw with an array is
+// the driver's own affair.
 static void point_coordinate_array(const unit_coordinates& coordinates, uint32_t unit, const gl_caps& caps)
 {
     if (!coordinate_array_on[unit] || !has_coordinates(coordinates, unit)) {
         glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+        if (coordinate_array_on[unit])
+            glMultiTexCoord4f(GL_TEXTURE0 + unit, 0.0f, 0.0f, 0.0f, 1.0f);
         return;
     }
     glEnableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -295,13 +299,22 @@ void end_program_arrays()
     attribute_count = 0;
 }
 
+// (0, 0) at every vertex, as on the fixed path.
+static void set_origin_attribute(int32_t location)
+{
+    if (location >= 0 && glVertexAttrib4f != nullptr)
+        glVertexAttrib4f(static_cast<GLuint>(location), 0.0f, 0.0f, 0.0f, 1.0f);
+}
+
 static void feed_program_coordinates(const unit_coordinates& coordinates, const gl_caps& caps)
 {
     for (uint32_t i = 0; i < texture_unit_count; ++i) {
-        if (program_now.texcoord[i] < 0 || !has_coordinates(coordinates, i))
-            continue;
-        bind_coordinate_buffer(coordinates, i, caps);
-        feed_attribute(program_now.texcoord[i], 2, coordinates.set[i]);
+        if (has_coordinates(coordinates, i)) {
+            bind_coordinate_buffer(coordinates, i, caps);
+            feed_attribute(program_now.texcoord[i], 2, coordinates.set[i]);
+        } else {
+            set_origin_attribute(program_now.texcoord[i]);
+        }
     }
 }
 

@@ -23,7 +23,7 @@ struct material_context {
 
 // Coordinate sets of the three units: a mesh with one set gives it to all, with two
 // unit 2 takes the second (unit 3 the first), with three each its own. Null where the
-// mesh has none.
+// mesh has none: its vertices all have the coordinates (0, 0).
 struct unit_coordinates {
     const float* set[texture_unit_count]; // client arrays, or null with a buffer
     uint32_t buffer[texture_unit_count];  // OpenGL buffer names; 0: client arrays
