@@ -9,6 +9,7 @@
 #include <doctest/doctest.h>
 
 #include <cstring>
+#include <string>
 
 namespace {
 
@@ -136,6 +137,52 @@ TEST_CASE("a text that does not compile keeps its log, at most 250 characters a 
         CHECK(material.program->position_location == -1);
     }
     release_shader_gl(*material.program);
+    release_shader_gl(*material.program);
+    material.custom_vertex_shader = nullptr; // not ours to free
+    material.custom_fragment_shader = nullptr;
+}
+
+TEST_CASE("a program that does not build is explained stage by stage, and one that builds is not")
+{
+    gl_bench b;
+    uint32_t handle = 0;
+    material_record& material = b.add_material(&handle);
+    char good_vertex[] = "attribute vec4 Position; void main(void) { gl_Position = Position; }";
+    char good_fragment[] = "void main(void) { gl_FragColor = vec4(1.0); }";
+    char bad_vertex[] = "void main(void)\n{ gl_Position = nowhere; }";
+    char bad_fragment[] = "void main(void)\n{\n gl_FragColor = nothing; }";
+    const struct {
+        char* vertex;
+        char* fragment;
+        const char* vertex_line; // what is named; null: the stage compiles
+        const char* fragment_line;
+    } table[] = {{good_vertex, good_fragment, nullptr, nullptr},
+        {bad_vertex, good_fragment, "    line 2: { gl_Position = nowhere; }\n", nullptr},
+        {good_vertex, bad_fragment, nullptr, "    line 3: gl_FragColor = nothing; }\n"},
+        {bad_vertex, bad_fragment, "    line 2: { gl_Position = nowhere; }\n",
+            "    line 3: gl_FragColor = nothing; }\n"}};
+    const shader_unit units[texture_unit_count] = {};
+    CHECK(explain_shader_failure(material, units, "here") == ""); // never built
+    material.enable_glsl = 1;
+    for (const auto& row : table) {
+        material.custom_vertex_shader = row.vertex;
+        material.custom_fragment_shader = row.fragment;
+        generate_shader(material, b.d.transform_table, units);
+        build_shader(material, units);
+        const shader_program before = *material.program;
+        const std::string lines = explain_shader_failure(material, units, "here");
+        CAPTURE(lines);
+        CHECK((lines.find("Warning: here: vertex_shader does not compile:\n") == 0) == (row.vertex_line != nullptr));
+        CHECK((lines.find("Warning: here: fragment_shader does not compile:\n") != std::string::npos)
+            == (row.fragment_line != nullptr));
+        for (const char* named : {row.vertex_line, row.fragment_line})
+            if (named != nullptr)
+                CHECK(lines.find(named) != std::string::npos);
+        CHECK(lines.find("link") == std::string::npos);
+        CHECK(lines.empty() == (before.program != 0));
+        CHECK(std::memcmp(&before, material.program, sizeof before) == 0);
+    }
+    CHECK(glGetError() == GL_NO_ERROR);
     release_shader_gl(*material.program);
     material.custom_vertex_shader = nullptr; // not ours to free
     material.custom_fragment_shader = nullptr;

@@ -170,6 +170,26 @@ def flicker(length=300):
     return show
 
 
+def own_program(vertex, fragment):
+    return {'enable_glsl': 1, 'vertex_shader': Element('vertex_shader', content=vertex),
+            'fragment_shader': Element('fragment_shader', content=fragment)}
+
+
+def broken_programs(length=100):
+    """Four materials: a sound one, one that does not compile, one that does not link, and one whose
+    coordinates do not suit its picture."""
+    show = Production()
+    sound = 'attribute vec4 Position;\nvoid main(void)\n{\n  gl_Position = Position;\n}'
+    crossed = 'attribute vec4 Position; varying vec3 a; void main(void) { a = vec3(1.0); gl_Position = Position; }'
+    show.material(RED, **own_program(sound, 'void main(void)\n{\n  gl_FragColor = vec4(1.0);\n}'))
+    show.material(RED, **own_program(sound, '\nvoid main(void)\n{\n  gl_FragColor = \x1b[7mnobody;\n}'))
+    show.material(RED, **own_program(crossed, 'varying vec2 a; void main(void) { gl_FragColor = vec4(a, 1.0, 1.0); }'))
+    picture = show.reference(1, show.image(png(2, 2)))
+    show.material(RED, texture1=Element('texture1', value=picture, wrapmode=0, cgenmode=2, rotation=0, function=0))
+    show.layer(show.scene(*(placed(show.mesh(quad()), material) for material in (1, 2, 3, 4))), length)
+    return show
+
+
 # ---- the program ------------------------------------------------------------------------------------
 
 class RenderTest(unittest.TestCase):
@@ -808,6 +828,56 @@ class ReportTest(RenderTest):
         self.fails(2, 'Error: none has no numbered pictures like 00750.png.', '--compare', 'none')
         status, _, errors = self.render('--compare', 'missing')
         self.assertEqual((status, len(errors)), (2, 1))
+
+
+class ShaderLogTest(RenderTest):
+    PLACE = 'Warning: demo.xmlz: section 11 (materials), record '
+
+    def check_log(self, lines):
+        """The explanations of broken_programs()."""
+        begins = [i for i, line in enumerate(lines) if line.startswith(self.PLACE)]
+        self.assertEqual([lines[i] for i in begins],
+                         [self.PLACE + '2: fragment_shader does not compile:',
+                          self.PLACE + '3: its program does not link:',
+                          self.PLACE + '4: the generated program does not link:'], lines)
+        compiling, linking, generated = (lines[i + 1:end] for i, end in zip(begins, [*begins[1:], len(lines)]))
+        self.assertRegex(compiling[0], '^  .*4.*error')
+        self.assertEqual(compiling[1], '    line 4: gl_FragColor = \\x1B[7mnobody;')
+        self.assertRegex(linking[0], '^  .*vec[23]')
+        self.assertRegex(generated[0], '^  .*TexCoordOut1')
+        self.assertIn('  texture1 is no cube map: write cgenmode="0" or "1".', generated)
+        self.assertNotIn('\x1b', ''.join(lines))
+
+    def test_programs_that_do_not_build_are_explained_on_standard_error(self):
+        broken_programs().write(self.folder)
+        self.check_log(self.done('--at', '0', '-o', 'a.png', *SMALL)[1])
+        errors = self.done('--at', '0', '-o', 'a.png', '--path', 'fixed', *SMALL)[1]
+        self.assertEqual([e for e in errors if 'Warning' in e or 'link' in e], [])
+
+    def test_programs_of_the_loading_screen_are_explained_too(self):
+        show = two_colours()
+        show.loading = broken_programs()
+        show.loading.prefix = 'loading'
+        show.write(self.folder)
+        errors = self.done('--loading', '50', '-o', 'a.png', *SMALL)[1]
+        self.assertTrue(any('loading.xmlz: section 11 (materials), record 3: its program' in e for e in errors), errors)
+
+    def test_the_player_explains_them_only_where_the_environment_asks_for_it(self):
+        broken_programs(1000).write(self.folder)
+        for wanted in (None, '', '0', '1'):
+            with self.subTest(wanted=wanted), Display(800, 600) as display, \
+                    Player(display, PLAYER, self.folder, BRIMLOW_SHADER_LOG=wanted) as player:
+                player.choose(music=False)
+                self.assertTrue(player.start())
+                if wanted == '1':
+                    self.assertTrue(player.until(lambda: sum('record 4' in e for e in player.errors) == 1))
+                player.press('Escape')
+                self.assertEqual(player.wait(), 0)
+                self.assertIn('Bye!', player.lines)
+                if wanted == '1':
+                    self.check_log(player.errors)
+                else:
+                    self.assertEqual(player.errors, [])
 
 
 class WindowTest(RenderTest):

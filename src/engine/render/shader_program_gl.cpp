@@ -1,6 +1,7 @@
 #include "render/shader_program_gl.h"
 
 #include "render/material_plan.h"
+#include "render/shader_log.h"
 
 #include <GL/glew.h>
 
@@ -129,6 +130,60 @@ void build_shader(material_record& material, const shader_unit units[texture_uni
     glUseProgram(program.program);
     find_locations(program, material, units);
     glUseProgram(0); // the fixed-function path must never meet a program
+}
+
+// ---- why it did not build -------------------------------------------------------
+
+static std::string shader_log(uint32_t shader)
+{
+    GLint size = 0;
+    glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &size);
+    std::string log(static_cast<size_t>(std::max(size, 0)), '\0');
+    if (size > 0)
+        glGetShaderInfoLog(shader, size, nullptr, log.data());
+    return log;
+}
+
+// The program itself is gone: its stages are linked again into another one.
+static std::string link_log(const shader_program& program)
+{
+    const GLuint again = glCreateProgram();
+    glAttachShader(again, program.vertex_shader);
+    glAttachShader(again, program.fragment_shader);
+    glLinkProgram(again);
+    GLint size = 0;
+    glGetProgramiv(again, GL_INFO_LOG_LENGTH, &size);
+    std::string log(static_cast<size_t>(std::max(size, 0)), '\0');
+    if (size > 0)
+        glGetProgramInfoLog(again, size, nullptr, log.data());
+    glDeleteProgram(again);
+    return log;
+}
+
+// Empty for a stage that compiles.
+static std::string explain_stage(uint32_t shader, const char* text, const std::string& begin, const char* stage)
+{
+    GLint compiled = GL_FALSE;
+    glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
+    if (compiled == GL_TRUE)
+        return {};
+    return begin + stage + " does not compile:\n" + explain_log(shader_log(shader), text != nullptr ? text : "");
+}
+
+std::string explain_shader_failure(
+    const material_record& material, const shader_unit units[texture_unit_count], const std::string& place)
+{
+    if (material.program == nullptr || material.program->program != 0 || glCreateShader == nullptr)
+        return {};
+    const shader_program& program = *material.program;
+    const bool own = has_custom_program(material);
+    const std::string begin = "Warning: " + place + (own ? ": " : ": the generated ");
+    const std::string stages = explain_stage(program.vertex_shader, program.vertex_source, begin, "vertex_shader")
+        + explain_stage(program.fragment_shader, program.fragment_source, begin, "fragment_shader");
+    if (!stages.empty())
+        return stages;
+    return begin + (own ? "its program" : "program") + " does not link:\n" + explain_log(link_log(program), {})
+        + (own ? std::string() : explain_units(material, units));
 }
 
 void release_shader_gl(shader_program& program)

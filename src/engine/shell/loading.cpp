@@ -37,13 +37,18 @@ static void make_texture_graph(document& d, const texture_format_table& formats)
     document_free_generated_images(d);
 }
 
-static void make_program(document& d, material_record& material)
+static void make_program(document& d, uint32_t handle, material_record& material, bool shader_log)
 {
     shader_unit units[texture_unit_count];
     resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
         d.cube_map_table, units);
     generate_shader(material, d.transform_table, units);
     build_shader(material, units);
+    if (!shader_log)
+        return;
+    const std::string place = std::string(d.name) + ": section " + std::to_string(section_materials) + " ("
+        + section_name(section_materials) + "), record " + std::to_string(handle);
+    std::fputs(explain_shader_failure(material, units, place).c_str(), stderr);
 }
 
 static void make_record(document& d, uint32_t section, uint32_t handle, const loading_options& options)
@@ -76,7 +81,7 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
     case section_materials:
         if (material_record* material = table_record<material_record>(d.material_table, handle);
             material && options.glsl)
-            make_program(d, *material);
+            make_program(d, handle, *material, options.shader_log);
         break;
     case section_effects:
         if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))

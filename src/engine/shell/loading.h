@@ -18,8 +18,9 @@
 struct loading_options {
     gl_caps caps;
     texture_format_table formats;
-    bool glsl;         // materials get programs
-    bool first_images; // dynamic textures get their picture of time 0 (the production)
+    bool glsl;               // materials get programs
+    bool first_images;       // dynamic textures get their picture of time 0 (the production)
+    bool shader_log = false; // programs that do not build are explained on standard error
 };
 
 struct document_loader {

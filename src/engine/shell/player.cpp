@@ -17,6 +17,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 constexpr uint32_t loading_frame_interval_ms = 50;
@@ -26,9 +27,16 @@ static frame_view screen_view(const player_settings& settings)
     return {settings.screen_width, settings.screen_height, settings.aspect};
 }
 
+// For who writes programs of their own; the show itself stays silent.
+static bool wants_shader_log()
+{
+    const char* wanted = std::getenv("BRIMLOW_SHADER_LOG");
+    return wanted != nullptr && wanted[0] != '\0' && std::strcmp(wanted, "0") != 0;
+}
+
 static loading_options options_for(const player_settings& settings, const gl_caps& caps, bool production)
 {
-    return {caps, settings.texture_formats, settings.glsl_path == 1, production};
+    return {caps, settings.texture_formats, settings.glsl_path == 1, production, wants_shader_log()};
 }
 
 // The loading screen's clock is the progress itself: its first second is shown from tick 0

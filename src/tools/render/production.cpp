@@ -47,7 +47,7 @@ bool load_loading_screen(player_settings& settings, std::string& problem)
 {
     owned_tree tree;
     return load_document(settings.pack, "loading.xmlz", timeline_new(),
-        {settings.loading_caps, settings.texture_formats, settings.glsl_path == 1, false}, settings.loading, tree,
+        {settings.loading_caps, settings.texture_formats, settings.glsl_path == 1, false, true}, settings.loading, tree,
         problem);
 }
 
@@ -80,7 +80,7 @@ bool load_show(player_settings& settings, production_files& files, std::string& 
 {
     owned_tree tree;
     if (!load_document(settings.pack, "demo.xmlz", timeline_new(),
-            {settings.caps, settings.texture_formats, settings.glsl_path == 1, true}, settings.production, tree,
+            {settings.caps, settings.texture_formats, settings.glsl_path == 1, true, true}, settings.production, tree,
             problem))
         return false;
     find_music(tree.get(), files, warning);
