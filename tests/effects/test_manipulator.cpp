@@ -142,18 +142,18 @@ TEST_CASE("the XYZ multiplier with a number of 0 or below is empty")
     CHECK(list->count == 0);
 }
 
-TEST_CASE("multiplied lists end after 1,048,576 placements, the first ones")
+TEST_CASE("multiplied lists end after 131,072 placements, the first ones")
 {
     const owned_list flat = applied(manipulator_xyz_multiplier, {2e9f, 1, 1, 1}, {sample, another});
     REQUIRE(flat->count == max_placements);
-    CHECK(flat->items[max_placements - 1].position[0] == 1.0f + 1048575.0f);
+    CHECK(flat->items[max_placements - 1].position[0] == 1.0f + 131071.0f);
     const owned_list cube = applied(manipulator_xyz_multiplier, {2e9f, 2e9f, 2e9f, 1, 1, 1}, {sample});
     REQUIRE(cube->count == max_placements);
     CHECK(cube->items[max_placements - 1].position[0] == 1.0f);
-    CHECK(cube->items[max_placements - 1].position[2] == 3.0f + 1048575.0f);
+    CHECK(cube->items[max_placements - 1].position[2] == 3.0f + 131071.0f);
     const owned_list row = applied(manipulator_x_multiplier, {2e9f, 0, 1}, {sample, another});
     REQUIRE(row->count == max_placements);
-    CHECK(row->items[max_placements - 1].position[1] == 2.0f + 1048575.0f);
+    CHECK(row->items[max_placements - 1].position[1] == 2.0f + 131071.0f);
 }
 
 TEST_CASE("counts of billions with a 0 among them end at once")
@@ -432,7 +432,7 @@ TEST_CASE("the placer without a model copies the list, with an empty model it is
     CHECK(none->count == 0);
 }
 
-TEST_CASE("placed lists end after 1,048,576 placements")
+TEST_CASE("placed lists end after 131,072 placements")
 {
     init_matrices();
     std::vector<float> vertices(65535 * 3);
@@ -466,4 +466,34 @@ TEST_CASE("every manipulator takes any parameters")
             const owned_list list = applied(kind, params, {sample}, &model.arrays, &model.arrays);
             CHECK(list->count <= 6);
         }
+}
+
+TEST_CASE("a list that would have been longer says so, and so does every list that is made from it")
+{
+    const owned_list exact = applied(manipulator_x_multiplier, {65536, 1}, {sample, another});
+    CHECK(exact->count == 131072);
+    CHECK(!exact->cut);
+    const owned_list one_more = applied(manipulator_x_multiplier, {131073, 1}, {sample});
+    CHECK(one_more->count == 131072);
+    CHECK(one_more->cut);
+    const owned_list cube = applied(manipulator_xyz_multiplier, {512, 512, 2}, {sample});
+    CHECK(cube->cut);
+    const owned_list empty = applied(manipulator_xyz_multiplier, {512, 512, 0}, {sample});
+    CHECK(!empty->cut);
+
+    build_cosine_table();
+    const fresh_cache scope;
+    init_matrices();
+    const test_mesh model({0, 0, 0}, {});
+    placement_list* list = placement_list_new(sample);
+    CHECK(!list->cut);
+    list = apply_manipulator(list, manipulator_x_multiplier, params_12{2e9f, 1}, nullptr, nullptr);
+    for (int32_t kind = 0; kind < manipulator_kind_count; ++kind) {
+        list = apply_manipulator(list, kind, params_12{1, 1, 1}, &model.arrays, &model.arrays);
+        CHECK(list->cut);
+    }
+    list = apply_manipulator(list, manipulator_x_multiplier, params_12{0}, nullptr, nullptr);
+    CHECK(list->count == 0);
+    CHECK(!list->cut); // nothing is drawn, so nothing is left out
+    placement_list_free(list);
 }

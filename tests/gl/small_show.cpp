@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 // ---- texts ----------------------------------------------------------------------
 
@@ -418,6 +419,7 @@ small_show::small_show(const show_text& text, const show_options& options)
     : d{}
     , caps{}
     , glsl(options.glsl)
+    , many_copies(options.many_copies)
 {
     open_test_window();
     forget_state();
@@ -465,6 +467,8 @@ picture small_show::frame(uint32_t time)
     const std::string of_wireframes = "GenerateLineIndexArray\n";
     for (; lines.starts_with(of_wireframes); ++line_arrays)
         lines.erase(0, of_wireframes.size());
+    if (many_copies)
+        cut_copies += std::exchange(lines, "");
     CHECK(lines == "");
     return read_window();
 }

@@ -142,16 +142,19 @@ struct show_options {
     bool pbo = false;
     bool npot = true;
     bool first_images = true;
-    bool dangling = false; // loading warns of references to nothing
+    bool dangling = false;    // loading warns of references to nothing
+    bool many_copies = false; // drawing may say that copies are left out
 };
 
 struct small_show {
     document d;
     gl_caps caps;
     bool glsl;
+    bool many_copies;
     frame_view view = {window_width, window_height, 4.0f / 3.0f};
     uint32_t drawn = 0;       // what the last frame returned
     uint32_t line_arrays = 0; // lines "GenerateLineIndexArray" so far
+    std::string cut_copies;   // with many_copies: what drawing has said so far
 
     small_show(const show_text& text, const show_options& options);
     small_show(const show_text& text, bool shader_path);

@@ -264,6 +264,44 @@ TEST_CASE("seven manipulators in a row: each works on what the one before has ma
     }
 }
 
+TEST_CASE("an object whose copies pass the limit says so once, at its first drawing")
+{
+    for (const bool glsl : {false, true}) {
+        show_text s;
+        mesh_content dots = square(0, 0, 1, 1);
+        dots.indices.clear(); // nothing to draw, so that it is fast
+        const int mesh = s.mesh(dots);
+        const int material = s.plain_material(white);
+        const auto row = [](const number& count) { return manipulator(1, {count, 0, 0, 0, 0, 0, 0, 0, 0, 0}); };
+        std::string font = "<font>";
+        for (int g = 0; g < 87; ++g)
+            font += "<g model=\"" + std::to_string(mesh) + "\" material=\"0\" bitmap=\"0\" offset=\"0\" width=\"1\"/>";
+        s.add(section_fonts, font + "</font>");
+        s.scene({}); // so that ours is the second
+        s.show(0,
+            {.scene = s.scene({
+                 {.object = mesh, .material = material, .manipulators = row(131072)},
+                 {.object = mesh, .material = material, .manipulators = row(512) + row(257)},
+                 {.type = object_text, .font = 1, .text = "ab", .manipulators = row(131073)},
+                 {.object = mesh, .material = material, .manipulators = row(dynamic(s.linear(1, 131071)))},
+                 {.object = mesh, .material = material, .manipulators = row(131073) + row(0)},
+             })});
+        small_show show(s, {.glsl = glsl, .many_copies = true});
+        const auto line = [](const char* object) {
+            return std::string("Warning: demo.xmlz: section 13 (scenes), record 2, object ") + object
+                + ": its manipulators make more than 131072 copies; the first 131072 are drawn.\n";
+        };
+        show.frame(0);
+        CHECK(show.cut_copies == line("2") + line("3"));
+        show.frame(1); // 131072 of the fourth
+        CHECK(show.cut_copies == line("2") + line("3"));
+        show.frame(2);
+        CHECK(show.cut_copies == line("2") + line("3") + line("4"));
+        show.frame(3);
+        CHECK(show.cut_copies == line("2") + line("3") + line("4"));
+    }
+}
+
 TEST_CASE("the order of manipulators matters: rows of shrinking copies, or one row that shrinks")
 {
     for (const bool glsl : {false, true}) {

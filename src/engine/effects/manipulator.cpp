@@ -52,13 +52,20 @@ static placement_list* copy_list(const placement_list& list)
     return copy;
 }
 
-// The length of a result; a factor of 0 makes it empty, wherever it stands.
-static uint32_t capped_count(std::span<const uint64_t> factors)
+// A list of the product of `factors`, each below 2^32, which ends after max_placements. A
+// factor of 0 makes it empty, wherever it stands.
+static placement_list* allocate_product(std::span<const uint64_t> factors)
 {
     uint64_t count = 1;
-    for (const uint64_t factor : factors) // each below 2^32
+    bool cut = false;
+    for (const uint64_t factor : factors) {
+        cut = factor != 0 && (cut || count * factor > max_placements);
         count = std::min<uint64_t>(count * factor, max_placements);
-    return static_cast<uint32_t>(count);
+    }
+    placement_list* list = allocate_list(static_cast<uint32_t>(count));
+    if (list != nullptr)
+        list->cut = cut;
+    return list;
 }
 
 // value + step x n; the first copy is exactly the input, whatever the step is.
@@ -92,7 +99,7 @@ static placement_list* multiply_xyz(const placement_list& list, std::span<const 
 {
     const uint32_t counts[3] = {copy_count(params[0]), copy_count(params[1]), copy_count(params[2])};
     const uint64_t factors[4] = {list.count, counts[0], counts[1], counts[2]};
-    placement_list* result = allocate_list(capped_count(factors));
+    placement_list* result = allocate_product(factors);
     if (result == nullptr)
         return nullptr;
 
@@ -119,7 +126,7 @@ static placement_list* multiply_x(const placement_list& list, std::span<const fl
 {
     const uint32_t copies = copy_count(params[0]);
     const uint64_t factors[2] = {list.count, copies};
-    placement_list* result = allocate_list(capped_count(factors));
+    placement_list* result = allocate_product(factors);
     if (result == nullptr)
         return nullptr;
 
@@ -224,7 +231,7 @@ static placement_list* place_on_model(
     const placement_list& list, std::span<const float> params, const mesh_arrays& model)
 {
     const uint64_t factors[2] = {list.count, model.vertex_count};
-    placement_list* result = allocate_list(capped_count(factors));
+    placement_list* result = allocate_product(factors);
     if (result == nullptr || result->count == 0)
         return result;
 
@@ -290,6 +297,8 @@ placement_list* apply_manipulator(placement_list* list, int32_t kind, std::span<
     if (list == nullptr || kind < 0 || kind >= manipulator_kind_count)
         return list;
     placement_list* result = manipulated_list(*list, static_cast<manipulator_kind>(kind), params, mesh, place_model);
+    if (result != nullptr)
+        result->cut = result->cut || (list->cut && result->count != 0);
     placement_list_free(list);
     return result;
 }

@@ -20,9 +20,10 @@ struct placement {
 struct placement_list {
     placement* items; // owned; may be null when count is 0
     uint32_t count;
+    bool cut; // it ends too early: it, or a list that it was made from, had more than max_placements
 };
 
-constexpr uint32_t max_placements = 1048576;
+constexpr uint32_t max_placements = 131072;
 
 placement_list* placement_list_new(const placement& only);
 void placement_list_free(placement_list* list);

@@ -324,6 +324,8 @@ struct manipulator_record {
     animated_value params[max_manipulator_params];
 };
 
+enum copies_end : uint8_t { copies_all = 0, copies_cut_now = 1, copies_cut_told = 2 };
+
 struct scene_object {
     int32_t type;                                 // object_kind
     uint32_t object;                              // as written; see resolve_scene_object
@@ -335,6 +337,7 @@ struct scene_object {
     float time_offset;                            // ticks
     uint32_t manipulator_count;
     manipulator_record manipulators[max_manipulators];
+    uint8_t copies_cut; // copies_end: whether drawing has left some of its copies out
 };
 
 struct scene_record {

@@ -9,6 +9,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cstdio>
 
 // What all meshes of one object share while they are drawn.
 struct object_drawing {
@@ -314,6 +315,9 @@ static object_drawing begin_drawing(
     const scene_record& scene, uint32_t number, uint32_t time, const draw_context& context, const mesh_arrays* mesh)
 {
     const placed_copies copies = place_copies(scene.objects[number], *context.d, time, mesh);
+    uint8_t& copies_cut = scene.objects[number].copies_cut;
+    if (copies.list != nullptr && copies.list->cut && copies_cut == copies_all)
+        copies_cut = copies_cut_now;
     return {context, copies.list, 0.0f, faces_camera(scene, number), copies.rippled};
 }
 
@@ -396,11 +400,22 @@ static void draw_object(const scene_record& scene, uint32_t number, const draw_c
     // beyond the catalogue: nothing is drawn
 }
 
+// Says once for an object that some of its copies are left out.
+static void tell_cut_copies(const document& d, uint32_t scene_handle, scene_object& object, uint32_t number)
+{
+    if (object.copies_cut != copies_cut_now)
+        return;
+    object.copies_cut = copies_cut_told;
+    std::fprintf(stderr, "%s\n", cut_copies_line(d, scene_handle, number).c_str());
+}
+
 void draw_model(uint32_t scene_handle, const draw_context& context)
 {
     const scene_record* scene = table_record<scene_record>(context.d->scene_table, scene_handle);
     if (scene == nullptr || scene->objects == nullptr)
         return;
-    for (uint32_t number = 0; number < scene->object_count; ++number)
+    for (uint32_t number = 0; number < scene->object_count; ++number) {
         draw_object(*scene, number, context);
+        tell_cut_copies(*context.d, scene_handle, scene->objects[number], number);
+    }
 }

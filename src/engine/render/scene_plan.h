@@ -11,6 +11,7 @@
 #include "model/records.h"
 
 #include <cstdint>
+#include <string>
 
 // The layer's time plus the object's offset, truncated and taken as an unsigned tick, as a
 // clip's own offset is: a sum below 0 is a very late time, at which functions stand at
@@ -36,6 +37,9 @@ struct placed_copies {
 // The object's placements after its manipulators, in order. `mesh` is what the object
 // draws; null for texts, which no rippler deforms.
 placed_copies place_copies(const scene_object& object, const document& d, uint32_t time, const mesh_arrays* mesh);
+
+// The line that says of an object (from 0) of a scene that its copies end too early.
+std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t object_number);
 
 // The mesh a manipulator names: of mesh_table, or of an effect with model_type 1. Null: none.
 const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d);
