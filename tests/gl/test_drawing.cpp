@@ -282,6 +282,30 @@ TEST_CASE("units after the first empty one keep what an earlier material left")
     CHECK(is_near(center_of(b.draw(plain, false)), to_rgb(expected), 2));
 }
 
+TEST_CASE("a material with fewer units by one switches the next unit off, whichever it is")
+{
+    gl_bench b;
+    if (b.caps.texture_units < 3)
+        return;
+    const float half[4] = {0.5f, 0.5f, 0.5f, 1.0f};
+    uint32_t scenes[4];
+    for (uint32_t count = 0; count <= 3; ++count) {
+        uint32_t handle = 0;
+        material_record& material = b.add_material(&handle);
+        for (uint32_t i = 0; i < count; ++i) {
+            material.texture[i] = b.add_texture(half);
+            material.combine_mode[i] = i == 0 ? 0 : i == 1 ? 1 : 2; // each unit halves what comes
+        }
+        scenes[count] = add_full_scene(b, handle, 3);
+    }
+    for (uint32_t count = 4; count-- > 0;) {
+        const double shade = 1.0 / (1 << count);
+        const double expected[3] = {shade, shade, shade};
+        CAPTURE(count);
+        CHECK(is_near(center_of(b.draw(scenes[count], false)), to_rgb(expected), 3));
+    }
+}
+
 TEST_CASE("a mesh with two coordinate sets gives unit 2 the second and unit 3 the first")
 {
     const float white[4] = {1, 1, 1, 1};

@@ -182,6 +182,21 @@ TEST_CASE("line widths that mean nothing leave the one before and raise no error
     }
 }
 
+TEST_CASE("line widths between 0 and 1 are handed over as they are")
+{
+    for (const bool glsl : {false, true}) {
+        square_show k;
+        const int wire = k.s.material(replaces + setting("wireframe", 1) + setting("linewidth", number(0.25)));
+        k.show({k.place(wire, 4, 2)});
+        small_show show(k.s, glsl);
+        glLineWidth(5.0f);
+        show.frame();
+        GLfloat width = 0.0f;
+        glGetFloatv(GL_LINE_WIDTH, &width);
+        CHECK(width == 0.25f);
+    }
+}
+
 TEST_CASE("a mesh's lines are made once, on the shader path only")
 {
     for (const bool glsl : {false, true}) {
@@ -308,6 +323,26 @@ TEST_CASE("normals of a scaled object shorten the light, unless they are normali
                 const double f = 0.5 * corner_cosine(2) * length;
                 check_color(middle_of(k.s, glsl), to_rgb(f, f, f));
             }
+        }
+    }
+}
+
+TEST_CASE("every copy of an object is lit by its own normals")
+{
+    // Three copies side by side, each turned by 30 degrees more toward the eye; the light stands far behind the eye.
+    for (const bool glsl : {false, true}) {
+        square_show k;
+        const int light = k.s.light(0, 1, 0, 0, 100000);
+        placed_object o = k.place(k.s.material(replaces + setting("light1", light) + color(1, 1, 1)), 8);
+        o.place[0] = -4;
+        o.manipulators = manipulator(1, {3, 4, 0, 0, 0, -30, 0, 0, 0, 0});
+        k.show({o});
+        small_show show(k.s, glsl);
+        const picture p = show.frame();
+        for (int n = 0; n < 3; ++n) {
+            const double f = std::cos(n * 30 * 3.14159265358979 / 180);
+            CAPTURE(n);
+            check_pixel(p, 80 + 30 * (n - 1), 60, to_rgb(f, f, f), 3);
         }
     }
 }
