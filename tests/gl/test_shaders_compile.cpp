@@ -188,6 +188,41 @@ TEST_CASE("a program that does not build is explained stage by stage, and one th
     material.custom_fragment_shader = nullptr;
 }
 
+TEST_CASE("explaining a program that does not link leaves no program behind")
+{
+    gl_bench b;
+    uint32_t handle = 0;
+    material_record& material = b.add_material(&handle);
+    char vertex[]
+        = "attribute vec4 Position; varying vec3 a; void main(void) { a = vec3(1.0); gl_Position = Position; }";
+    char fragment[] = "varying vec2 a; void main(void) { gl_FragColor = vec4(a, 1.0, 1.0); }";
+    material.enable_glsl = 1;
+    material.custom_vertex_shader = vertex;
+    material.custom_fragment_shader = fragment;
+    const shader_unit units[texture_unit_count] = {};
+    generate_shader(material, b.d.transform_table, units);
+    build_shader(material, units);
+    const std::string lines = explain_shader_failure(material, units, "here");
+    CHECK(lines.find("Warning: here: its program does not link:\n  ") == 0);
+    CHECK(lines.find("does not say why") == std::string::npos);
+    const GLuint last = glCreateProgram(); // names that were given back may come again, those below are in use
+    for (GLuint name = last > 8 ? last - 8 : 1; name < last; ++name) {
+        GLint attached = 0;
+        if (glIsProgram(name) == GL_TRUE)
+            glGetProgramiv(name, GL_ATTACHED_SHADERS, &attached);
+        GLuint shaders[2] = {};
+        if (attached == 2)
+            glGetAttachedShaders(name, 2, nullptr, shaders);
+        CHECK(shaders[0] != material.program->vertex_shader);
+        CHECK(shaders[1] != material.program->vertex_shader);
+    }
+    glDeleteProgram(last);
+    CHECK(glGetError() == GL_NO_ERROR);
+    release_shader_gl(*material.program);
+    material.custom_vertex_shader = nullptr; // not ours to free
+    material.custom_fragment_shader = nullptr;
+}
+
 TEST_CASE("a material that is built again keeps its shaders and its program")
 {
     gl_bench b;

@@ -233,9 +233,11 @@ TEST_CASE("a model placer takes a mesh, or with model type 1 the mesh of an effe
     CHECK(manipulator_model(m, b.d) == &table_record<mesh_effect>(b.d.effect_table, effect)->mesh);
     m.model = 9;
     CHECK(manipulator_model(m, b.d) == nullptr);
-    m.model_type = 2;
     m.model = mesh;
-    CHECK(manipulator_model(m, b.d) == nullptr);
+    for (const int32_t unknown : {2, -1}) {
+        m.model_type = unknown;
+        CHECK(manipulator_model(m, b.d) == nullptr);
+    }
 }
 
 TEST_CASE("a rippler marks meshes and leaves texts alone")
