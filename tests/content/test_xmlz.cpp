@@ -1458,13 +1458,26 @@ TEST_CASE("a stream of another length than declared is damaged")
     CHECK(inflate(enveloped(1, empty_stream)).status == xmlz_damaged);
 }
 
-TEST_CASE("an entry without a whole size word is damaged")
+TEST_CASE("an entry shorter than a size word and the stream's header is damaged")
 {
-    for (size_t length = 0; length < 4; ++length)
+    for (size_t length = 0; length < 6; ++length)
         CHECK(inflate(std::string(length, '\0')).status == xmlz_damaged);
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
     CHECK(xmlz_inflate(nullptr, 0, &bytes, &size) == xmlz_damaged);
+}
+
+TEST_CASE("content without an envelope is told from a damaged one, whatever size its first bytes would declare")
+{
+    CHECK(inflate("v 0.5 1.25 -3\nv 1 2 3\nf 1 2 3\n").status == xmlz_bare);
+    CHECK(inflate("<production>\n</production>\n").status == xmlz_bare);
+    CHECK(inflate(std::string("\3\0\1\0\0\0", 6)).status == xmlz_bare);
+    // A header is 8 in the low four bits, a window of at most 32 KiB, and a multiple of 31.
+    CHECK(inflate(std::string("\1\0\0\0\x79\x18", 6)).status == xmlz_bare); // 31 x 1000, but no deflate
+    CHECK(inflate(std::string("\1\0\0\0\x88\x1C", 6)).status == xmlz_bare); // 31 x 1124, a window of 64 KiB
+    CHECK(inflate(std::string("\1\0\0\0\x78\x02", 6)).status == xmlz_bare); // no multiple of 31
+    CHECK(inflate(std::string("\1\0\0\0\x78\x01", 6)).status == xmlz_damaged);
+    CHECK(inflate(std::string("\1\0\0\0\x08\x1D", 6)).status == xmlz_damaged); // a window of 256 bytes
 }
 
 TEST_CASE("declared sizes above 256 MiB are refused")
@@ -1474,11 +1487,30 @@ TEST_CASE("declared sizes above 256 MiB are refused")
     CHECK(inflate(enveloped(268435456, fixed_stream)).status == xmlz_damaged);
 }
 
-TEST_CASE("a stream that ends early is damaged at every length")
+TEST_CASE("a stream that ends early is damaged at every length, down to its checksum's last byte")
 {
-    const std::string whole = enveloped(static_cast<uint32_t>(squares().size()), dynamic_stream);
-    for (size_t length = 0; length + 4 < whole.size(); ++length) // the last four bytes are the checksum
-        CHECK(inflate(whole.substr(0, length)).status == xmlz_damaged);
+    for (const std::string& whole : {enveloped(static_cast<uint32_t>(squares().size()), dynamic_stream),
+             enveloped(64, fixed_stream), enveloped(12, stored_stream), enveloped(0, empty_stream)})
+        for (size_t length = 0; length < whole.size(); ++length)
+            CHECK(inflate(whole.substr(0, length)).status == xmlz_damaged);
+}
+
+TEST_CASE("a stream whose checksum is another is damaged")
+{
+    std::string entry = enveloped(64, fixed_stream);
+    for (size_t byte = 1; byte <= 4; ++byte) {
+        char& sum = entry[entry.size() - byte];
+        sum = static_cast<char>(sum ^ 0x10);
+        CHECK(inflate(entry).status == xmlz_damaged);
+        sum = static_cast<char>(sum ^ 0x10);
+    }
+    CHECK(inflate(entry).status == xmlz_ok);
+}
+
+TEST_CASE("a stream that asks for a dictionary is damaged")
+{
+    // 0x7820 with the mark set, made a multiple of 31.
+    CHECK(inflate(std::string("\1\0\0\0\x78\x20\0\0\0\1", 10)).status == xmlz_damaged);
 }
 
 TEST_CASE("bytes behind the stream are ignored")
@@ -1486,9 +1518,9 @@ TEST_CASE("bytes behind the stream are ignored")
     CHECK(inflate(enveloped(64, fixed_stream) + "more").content == fixed_content);
 }
 
-TEST_CASE("a stream without its header is damaged")
+TEST_CASE("a stream without its header is none")
 {
-    CHECK(inflate(enveloped(64, std::span(fixed_stream).subspan(2))).status == xmlz_damaged);
+    CHECK(inflate(enveloped(64, std::span(fixed_stream).subspan(2))).status == xmlz_bare);
     CHECK(inflate(enveloped(4, {})).status == xmlz_damaged);
 }
 
@@ -1558,6 +1590,7 @@ TEST_CASE("every status has its words")
 {
     CHECK(std::string(xmlz_status_text(xmlz_ok)) == "");
     CHECK(std::string(xmlz_status_text(xmlz_damaged)) == "is damaged");
+    CHECK(std::string(xmlz_status_text(xmlz_bare)) == "is not compressed (no envelope)");
     CHECK(std::string(xmlz_status_text(xmlz_too_large)) == "declares more than 256 MiB");
     CHECK(std::string(xmlz_status_text(xmlz_out_of_memory)) == "does not fit in memory");
 }

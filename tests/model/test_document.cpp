@@ -362,7 +362,13 @@ TEST_CASE("a document that does not inflate is a problem")
     std::string problem;
     CHECK(tree_from_pack({{"demo.xmlz", "abc"}}, problem) == nullptr);
     CHECK(problem == "Error: demo.xmlz: the document is damaged.");
+    CHECK(tree_from_pack({{"demo.xmlz", "<production/>"}}, problem) == nullptr);
+    CHECK(problem == "Error: demo.xmlz: the document is not compressed (no envelope).");
     std::string broken = in_envelope("<a/>");
+    broken.pop_back();
+    CHECK(tree_from_pack({{"demo.xmlz", broken}}, problem) == nullptr);
+    CHECK(problem == "Error: demo.xmlz: the document is damaged.");
+    broken = in_envelope("<a/>");
     broken[6] = static_cast<char>(7); // a block of no known kind
     CHECK(tree_from_pack({{"demo.xmlz", broken}}, problem) == nullptr);
     CHECK(problem == "Error: demo.xmlz: the document is damaged.");

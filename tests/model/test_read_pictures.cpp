@@ -37,7 +37,11 @@ TEST_CASE("what is wrong with a mesh's entry is said in one line")
     const std::string start = "Error: demo.xmlz: section 3 (meshes), record 1: ";
     CHECK(mesh_lines({}) == start + "entry \"x.mesh\" is missing.\n");
     CHECK(mesh_lines(with_mesh("")) == start + "entry \"x.mesh\" is damaged.\n");
-    CHECK(mesh_lines(with_mesh(mesh_text(3, 1, {}))) == start + "entry \"x.mesh\" is damaged.\n");
+    CHECK(mesh_lines(with_mesh("v 0.5 1.25 -3\nv 1 2 3\n"))
+        == start + "entry \"x.mesh\" is not compressed (no envelope).\n");
+    CHECK(mesh_lines(with_mesh(mesh_text(3, 1, {}))) == start + "entry \"x.mesh\" is not compressed (no envelope).\n");
+    CHECK(mesh_lines(with_mesh(in_envelope(mesh_text(3, 1, {})).substr(0, 100)))
+        == start + "entry \"x.mesh\" is damaged.\n");
     CHECK(mesh_lines(with_mesh(std::string("\xFF\xFF\xFF\xFF\x78\x01", 6)))
         == start + "entry \"x.mesh\" declares more than 256 MiB.\n");
     CHECK(mesh_lines(with_mesh(in_envelope("abc"))) == start + "\"x.mesh\" is not a mesh: 3 bytes are no mesh.\n");

@@ -246,7 +246,9 @@ FATAL = [
      first_object(lambda o: o.children[-1].children[1].attributes.update(type=4))),
     # Entries.
     ('section 3 (meshes), record 1: entry "mesh1" is missing.', missing_entry('mesh1')),
-    ('section 3 (meshes), record 1: entry "mesh1" is damaged.', entry('mesh1', b'\x10\0\0\0no stream')),
+    ('section 3 (meshes), record 1: entry "mesh1" is damaged.', entry('mesh1', in_envelope(quad())[:-1])),
+    ('section 3 (meshes), record 1: entry "mesh1" is not compressed (no envelope).',
+     entry('mesh1', b'v 0.5 1.25 -3\nv 1 2 3\n')),
     ('section 3 (meshes), record 1: "mesh1" is not a mesh: 44 bytes are too few for 4 vertices.',
      envelope('mesh1', quad()[:44])),
     ('section 3 (meshes), record 2: "mesh2" is not a mesh: index 3 passes its 3 vertices.',
