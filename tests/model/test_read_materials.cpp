@@ -20,6 +20,16 @@ static material_record material_of(const std::string& settings)
     return material;
 }
 
+// The same where the reading warns of something.
+static material_record odd_material_of(const std::string& settings)
+{
+    const reading r(material_text(settings));
+    CHECK_FALSE(r.failed);
+    material_record material = *table_record<material_record>(r.d.material_table, 1);
+    material.custom_vertex_shader = material.custom_fragment_shader = nullptr; // gone with the reading
+    return material;
+}
+
 static std::string material_lines(const std::string& settings)
 {
     return joined(reading(material_text(settings)));
@@ -95,7 +105,7 @@ TEST_CASE("settings may come in any order, and the last of a name counts")
 
 TEST_CASE("a flag is set by every number but 0")
 {
-    for (const char* value : {"1", "2", "256", "-1"})
+    for (const char* value : {"1", "2", "255"})
         CHECK(material_of(std::string("<depth_test value=\"") + value + "\"/>").depth_test == 1);
     CHECK(material_of("<depth_test value=\"0\"/>").depth_test == 0);
 }
@@ -115,39 +125,67 @@ TEST_CASE("a material's value is constant only when its type is exactly static")
     CHECK(m.linewidth_dynamic == 1);
 }
 
-TEST_CASE("a blend function that no byte holds sets nothing")
+TEST_CASE("the numbers of a material keep their low eight bits, with a warning")
+{
+    static const auto m = [](const reading& r) { return table_record<material_record>(r.d.material_table, 1); };
+    const struct {
+        const char* name;
+        uint8_t (*byte_of)(const reading& r);
+    } settings[] = {
+        {"backface_culling", [](const reading& r) -> uint8_t { return m(r)->backface_culling; }},
+        {"depth_test", [](const reading& r) -> uint8_t { return m(r)->depth_test; }},
+        {"normalization", [](const reading& r) -> uint8_t { return m(r)->normalization; }},
+        {"wireframe", [](const reading& r) -> uint8_t { return m(r)->wireframe; }},
+        {"enable_glsl", [](const reading& r) -> uint8_t { return m(r)->enable_glsl; }},
+    };
+    for (const auto& setting : settings)
+        for (const char* number : {"0", "1", "255", "256", "257", "-1", "-256"}) {
+            const reading r(material_text(std::string("<") + setting.name + " value=\"" + number + "\"/>"));
+            CHECK(setting.byte_of(r) == ((std::stoi(number) & 255) != 0 ? 1 : 0));
+            const bool warned = joined(r).find(material_warning + ", " + setting.name + ": value " + number
+                                    + " is outside 0..255: its low eight bits, ")
+                != std::string::npos;
+            CHECK(warned == (std::stoi(number) < 0 || std::stoi(number) > 255));
+        }
+    check_byte(11, "<material><blend_function value=\"B\"/></material>", "\"B\"",
+        material_warning + ", blend_function: value ", [](const reading& r) { return m(r)->blend_function; });
+}
+
+TEST_CASE("fog is off for 0 only, fastest for 1, nicest for all others, by the low eight bits")
 {
     const struct {
         const char* value;
         int stored;
-    } cases[] = {{"0", 0}, {"4", 4}, {"5", 5}, {"255", 255}, {"256", 255}, {"260", 255}, {"-1", 255}};
+    } cases[] = {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 2}, {"255", 2}, {"256", 0}, {"257", 1}, {"258", 2}, {"-1", 2}};
     for (const auto& c : cases)
-        CHECK(material_of(std::string("<blend_function value=\"") + c.value + "\"/>").blend_function == c.stored);
+        CHECK(odd_material_of(std::string("<fogtype value=\"") + c.value + "\"/>").fogtype == c.stored);
 }
 
-TEST_CASE("fog is off for 0 only, fastest for 1, nicest for all others")
+TEST_CASE("a unit's modes out of range act as 0 and its rotation is set by all but 0, by the low eight bits")
 {
+    const std::string unit = "<texture1 value=\"1\" wrapmode=\"W\" cgenmode=\"C\" rotation=\"R\" function=\"F\"/>";
     const struct {
-        const char* value;
-        int stored;
-    } cases[] = {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 2}, {"256", 2}, {"-1", 2}};
-    for (const auto& c : cases)
-        CHECK(material_of(std::string("<fogtype value=\"") + c.value + "\"/>").fogtype == c.stored);
-}
-
-TEST_CASE("wrap and coordinate modes out of range act as 0, a rotation is set by every number but 0")
-{
-    const std::string unit = "<texture1 value=\"1\" wrapmode=\"W\" cgenmode=\"C\" rotation=\"R\" function=\"0\"/>";
-    for (const char* number : {"-1", "3", "256", "258"}) {
-        const material_record m = material_of(with(with(with(unit, "W", number), "C", number), "R", number));
-        CHECK(m.wrapmode[0] == 0);
-        CHECK(m.cgenmode[0] == 0);
-        CHECK(m.rotation[0] == 1);
+        const char* number;
+        int wrapmode;
+        int cgenmode;
+        int rotation;
+        int combine;
+    } cases[] = {{"0", 0, 0, 0, 0}, {"1", 1, 1, 1, 1}, {"2", 0, 2, 1, 2}, {"3", 0, 0, 1, 3}, {"255", 0, 0, 1, 0},
+        {"256", 0, 0, 0, 0}, {"257", 1, 1, 1, 1}, {"258", 0, 2, 1, 2}, {"265", 0, 0, 1, 2}, {"-254", 0, 2, 1, 2}};
+    for (const auto& c : cases) {
+        const std::string settings
+            = with(with(with(with(unit, "W", c.number), "C", c.number), "R", c.number), "F", c.number);
+        const material_record m = odd_material_of(settings);
+        CHECK(m.wrapmode[0] == c.wrapmode);
+        CHECK(m.cgenmode[0] == c.cgenmode);
+        CHECK(m.rotation[0] == c.rotation);
+        CHECK(m.combine_mode[0] == c.combine);
+        const bool is_byte = std::stoi(c.number) >= 0 && std::stoi(c.number) <= 255;
+        for (const char* name : {"wrapmode", "cgenmode", "rotation", "function"}) {
+            const std::string line = material_warning + ", texture1: " + name + " " + c.number + " is outside 0..255: ";
+            CHECK((material_lines(settings).find(line) != std::string::npos) == !is_byte);
+        }
     }
-    const material_record m = material_of(with(with(with(unit, "W", "2"), "C", "2"), "R", "0"));
-    CHECK(m.wrapmode[0] == 0);
-    CHECK(m.cgenmode[0] == coordinates_cube);
-    CHECK(m.rotation[0] == 0);
 }
 
 TEST_CASE("a unit's function is its combine mode, brought into the unit's own list")

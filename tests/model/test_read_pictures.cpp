@@ -189,14 +189,6 @@ TEST_CASE("the last byte that a document may unfold to is still its own")
     std::fclose(pack);
 }
 
-TEST_CASE("an image's filter above 2 stays above 2, negative ones included")
-{
-    for (const int filter : {-1, 3, 255, 256, 1000}) {
-        const reading r(image_text("a.tga", filter), {{"a.tga", tga_picture(2, 2, 3)}});
-        CHECK(table_record<image_texture>(r.d.image_texture_table, 1)->texture_filter > 2);
-    }
-}
-
 TEST_CASE("ready-made levels are taken when they have half and a quarter of the size")
 {
     // 13 x 7: integer halves are 6 x 3 and 3 x 1.

@@ -131,7 +131,7 @@ TEST_CASE("of an output node only the first child is read")
 
 TEST_CASE("layer_id is read below type 201, unknown codes included, and nowhere else")
 {
-    for (const char* type : {"0", "101", "104", "200", "-5"}) {
+    for (const char* type : {"0", "101", "104", "200"}) {
         document_text text;
         text.records[1] = repeated("<i type=\"0\"/>", 8);
         text.records[2] = with(node_head, "\"207\"", "\"" + std::string(type) + "\" layer_id=\"7\"") + "<i>0</i></t>";
@@ -146,22 +146,51 @@ TEST_CASE("layer_id is read below type 201, unknown codes included, and nowhere 
     CHECK(node.layer_id == 0);
 }
 
-TEST_CASE("a node's type that no byte holds is no alias of a real one")
+TEST_CASE("a node's type keeps its low eight bits, with a warning")
 {
-    CHECK(node_of(with(node_head, "207", "463") + "<i>0</i></t>").type == 0); // 463 is 207 + 256
-    CHECK(node_of(with(node_head, "207", "511") + "<i>0</i></t>").type == 0); // 511 is 255 + 256
-    CHECK(node_of(with(node_head, "\"207\"", "\"-1\" layer_id=\"0\"") + "<i>0</i></t>").type == 0);
-    CHECK(node_of(with(node_head, "207", "250") + "<i>0</i></t>").type == 250);
+    const std::string start = "Warning: demo.xmlz: section 2 (texture nodes), record 1: ";
+    check_byte(2, with(node_head, "\"207\"", "\"T\" layer_id=\"0\"") + "<i>0</i></t>", "\"T\"", start + "type ",
+        [](const reading& r) { return table_record<texture_node>(r.d.texture_table, 1)->type; });
 }
 
-TEST_CASE("a node's filter keeps what lies above 2, and a filter that no byte holds is 255")
+TEST_CASE("whether a node has a layer, and whether it is an output, is asked about its byte")
 {
-    CHECK(
-        node_of(with(node_head, "texture_filter=\"2\"", "texture_filter=\"3\"") + "<i>0</i></t>").texture_filter == 3);
-    CHECK(node_of(with(node_head, "texture_filter=\"2\"", "texture_filter=\"258\"") + "<i>0</i></t>").texture_filter
-        == 255);
-    CHECK(node_of(with(node_head, "texture_filter=\"2\"", "texture_filter=\"-1\"") + "<i>0</i></t>").texture_filter
-        == 255);
+    const struct {
+        const char* type;
+        uint8_t byte;
+        uint32_t layer_id;
+        uint32_t output_count;
+    } cases[] = {{"457", 201, 0, 1}, {"357", 101, 3, 1}, {"-155", 101, 3, 1}, {"511", 255, 0, 0}, {"-1", 255, 0, 0}};
+    for (const auto& c : cases) {
+        document_text text;
+        text.records[1] = repeated("<i type=\"0\"/>", 4);
+        const std::string type = std::string("\"") + c.type + "\"";
+        text.records[2] = with(node_head, "\"207\"", type + " layer_id=\"3\"") + "<i>0</i><output>1</output></t>";
+        const reading r(text);
+        const auto& node = *table_record<texture_node>(r.d.texture_table, 1);
+        CHECK(node.type == c.byte);
+        CHECK(node.layer_id == c.layer_id);
+        CHECK(node.output_count == c.output_count);
+        text.records[2] = without_attribute(text.records[2], "layer_id");
+        CHECK(reading(text).failed == (c.layer_id != 0)); // only those need it
+    }
+}
+
+TEST_CASE("filters keep their low eight bits, with a warning")
+{
+    check_byte(2, with(node_head, "texture_filter=\"2\"", "texture_filter=\"F\"") + "<i>0</i></t>", "\"F\"",
+        "Warning: demo.xmlz: section 2 (texture nodes), record 1: texture_filter ",
+        [](const reading& r) { return table_record<texture_node>(r.d.texture_table, 1)->texture_filter; });
+    const document_text text = complete_document();
+    check_byte(6, with(text.records[6], "texture_filter=\"1\"", "texture_filter=\"F\""), "\"F\"",
+        "Warning: demo.xmlz: section 6 (dynamic textures), record 1: texture_filter ",
+        [](const reading& r) { return table_record<dynamic_texture>(r.d.dynamic_texture_table, 1)->texture_filter; });
+    check_byte(7, with(text.records[7], "texture_filter=\"2\"", "texture_filter=\"F\""), "\"F\"",
+        "Warning: demo.xmlz: section 7 (image textures), record 1: texture_filter ",
+        [](const reading& r) { return table_record<image_texture>(r.d.image_texture_table, 1)->texture_filter; });
+    check_byte(8, with(text.records[8], "texture_filter=\"1\"", "texture_filter=\"F\""), "\"F\"",
+        "Warning: demo.xmlz: section 8 (cube maps), record 1: texture_filter ",
+        [](const reading& r) { return table_record<cube_map>(r.d.cube_map_table, 1)->texture_filter; });
 }
 
 TEST_CASE("a node's name is cut to 34 bytes")

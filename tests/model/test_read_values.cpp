@@ -34,13 +34,15 @@ TEST_CASE("a function has its loop and its segments, and nothing cached")
     CHECK(f.cached_value == 0.0f);
 }
 
-TEST_CASE("a loop type that no byte holds does not loop")
+TEST_CASE("a function's types keep their low eight bits, with a warning")
 {
-    const std::string f = "<f type=\"0\" loop_type=\"257\" loop_begin=\"0\" loop_end=\"0\"/>";
-    CHECK(function_of(f).loop_type == loop_off);
-    CHECK(function_of(f).segment_count == 0);
-    CHECK(function_of(with(f, "257", "-2")).loop_type == loop_off);
-    CHECK(function_of(with(f, "257", "7")).loop_type == 7);
+    const std::string f = "<f type=\"0\" loop_type=\"L\" loop_begin=\"0\" loop_end=\"9\">"
+                          "<s type=\"0\" length=\"1\"><a>1</a></s></f>";
+    const std::string start = "Warning: demo.xmlz: section 4 (functions), record 1: ";
+    check_byte(4, f, "\"L\"", start + "loop_type ",
+        [](const reading& r) { return table_record<animation_function>(r.d.function_table, 1)->loop_type; });
+    check_byte(4, with(with(f, "\"L\"", "\"0\""), "type=\"0\"", "type=\"T\""), "\"T\"", start + "type ",
+        [](const reading& r) { return table_record<animation_function>(r.d.function_table, 1)->value_type; });
 }
 
 TEST_CASE("a segment's negative length is a length without end")

@@ -267,3 +267,23 @@ std::string joined(const reading& r)
         all += line + "\n";
     return all;
 }
+
+void check_byte(uint32_t section, const std::string& record, const std::string& from, const std::string& warning,
+    uint8_t (*byte_of)(const reading& r))
+{
+    const struct {
+        const char* number;
+        const char* byte; // empty: the number itself
+        uint8_t value;
+    } cases[] = {{"0", "", 0}, {"1", "", 1}, {"255", "", 255}, {"256", "0", 0}, {"257", "1", 1}, {"258", "2", 2},
+        {"-1", "255", 255}, {"-255", "1", 1}, {"2147483647", "255", 255}, {"-2147483648", "0", 0}};
+    for (const auto& c : cases) {
+        document_text text = complete_document();
+        text.records[section] = with(record, from, std::string("\"") + c.number + "\"");
+        const reading r(text);
+        const std::string line = warning + c.number + " is outside 0..255: its low eight bits, " + c.byte + ", count.";
+        CHECK_FALSE(r.failed);
+        CHECK_MESSAGE(byte_of(r) == c.value, line);
+        CHECK_MESSAGE((joined(r).find(line + "\n") != std::string::npos) == (c.byte[0] != 0), line);
+    }
+}

@@ -95,3 +95,9 @@ struct reading {
 
 // All lines of a reading, each with its newline.
 std::string joined(const reading& r);
+
+// Holds that a number of `record`, the only one of its section, is kept by its low eight bits:
+// puts numbers in place of `from`, with its quotes, and expects their bytes from `byte_of`. Those that no byte
+// holds are warned about by "`warning`257 is outside ..."; others may be warned about otherwise.
+void check_byte(uint32_t section, const std::string& record, const std::string& from, const std::string& warning,
+    uint8_t (*byte_of)(const reading& r));

@@ -1,5 +1,6 @@
 #include "model/read_element.h"
 
+#include "content/numbers.h"
 #include "model/capabilities.h"
 
 #include <algorithm>
@@ -156,22 +157,26 @@ bool read_function_value(const place& at, const xml_node& node, float& value)
     return true;
 }
 
-uint8_t byte_code(int32_t value, uint8_t otherwise)
+bool read_byte(const place& at, const xml_node& node, const char* attribute, uint8_t& value)
 {
-    return value >= 0 && value <= 255 ? static_cast<uint8_t>(value) : otherwise;
+    int32_t number = 0;
+    if (!read_int(at, node, attribute, number))
+        return false;
+    value = low_byte(number);
+    if (number < 0 || number > 255)
+        warn(at, line_of("%s %d is outside 0..255: its low eight bits, %d, count.", attribute, number, value));
+    return true;
 }
 
 bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& format, uint8_t& filter)
 {
     int32_t format_number = 0;
-    int32_t filter_number = 0;
-    if (!read_int(at, node, "texture_format", format_number) || !read_int(at, node, "texture_filter", filter_number))
+    if (!read_int(at, node, "texture_format", format_number) || !read_byte(at, node, "texture_filter", filter))
         return false;
     constexpr int32_t last_format = static_cast<int32_t>(texture_format_count) - 1;
     if (format_number < 0 || format_number > last_format)
         return fail(at, line_of("texture_format %d is outside 0..%d.", format_number, last_format));
     format = static_cast<uint8_t>(format_number);
-    filter = byte_code(filter_number, 255);
     return true;
 }
 

@@ -71,11 +71,11 @@ bool read_animated(const place& at, const xml_node& node, animated_rule rule, an
 // A dynamic value's handle, as the document writes it.
 bool read_function_value(const place& at, const xml_node& node, float& value);
 
-// Numbers of one byte. 0..255 stay, all others become `otherwise`.
-uint8_t byte_code(int32_t value, uint8_t otherwise);
+// A number of one byte: its low eight bits, with a warning when it has more. Whatever
+// is asked about such a number is asked about its byte.
+bool read_byte(const place& at, const xml_node& node, const char* attribute, uint8_t& value);
 
-// `texture_format`, fatal outside 0..8, and `texture_filter`; a filter that no byte
-// holds becomes 255, which acts as every number above 2.
+// `texture_format`, fatal outside 0..8, and `texture_filter`, a byte.
 bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& format, uint8_t& filter);
 
 // ---- children -------------------------------------------------------------------

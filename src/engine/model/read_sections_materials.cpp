@@ -1,6 +1,7 @@
 // Fonts, object references, materials, and what holds between them.
 #include "model/read_sections.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 
@@ -110,30 +111,20 @@ static setting_kind kind_of_setting(const xml_node& node)
     return static_cast<setting_kind>(kind);
 }
 
+// A byte too: 256 is off.
 static bool read_flag(const place& at, const xml_node& node, uint8_t& flag)
 {
-    int32_t value = 0;
-    if (!read_int(at, node, "value", value))
+    if (!read_byte(at, node, "value", flag))
         return false;
-    flag = value != 0 ? 1 : 0;
-    return true;
-}
-
-static bool read_blend_function(const place& at, const xml_node& node, uint8_t& blend_function)
-{
-    int32_t value = 0;
-    if (!read_int(at, node, "value", value))
-        return false;
-    blend_function = byte_code(value, 255); // above 4: sets nothing
+    flag = flag != 0 ? 1 : 0;
     return true;
 }
 
 static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype)
 {
-    int32_t value = 0;
-    if (!read_int(at, node, "value", value))
+    if (!read_byte(at, node, "value", fogtype))
         return false;
-    fogtype = value == 0 ? 0 : value == 1 ? 1 : 2; // only 0 is no fog
+    fogtype = std::min<uint8_t>(fogtype, 2); // only 0 is no fog
     return true;
 }
 
@@ -183,20 +174,20 @@ static void check_texture(const place& material, const char* setting, uint32_t h
     warn(at, line_of("kind %d is no texture.", reference->type));
 }
 
-static uint8_t in_range_or_zero(int32_t value, int32_t last)
+static uint8_t in_range_or_zero(uint8_t value, uint8_t last)
 {
-    return value >= 0 && value <= last ? static_cast<uint8_t>(value) : 0;
+    return value <= last ? value : 0;
 }
 
 static bool read_texture_unit(const place& at, const xml_node& node, material_record& material, uint32_t unit)
 {
-    int32_t wrapmode = 0;
-    int32_t cgenmode = 0;
-    int32_t rotation = 0;
-    int32_t function = 0;
-    if (!read_handle(at, node, "value", material.texture[unit]) || !read_int(at, node, "wrapmode", wrapmode)
-        || !read_int(at, node, "cgenmode", cgenmode) || !read_int(at, node, "rotation", rotation)
-        || !read_int(at, node, "function", function))
+    uint8_t wrapmode = 0;
+    uint8_t cgenmode = 0;
+    uint8_t rotation = 0;
+    uint8_t function = 0;
+    if (!read_handle(at, node, "value", material.texture[unit]) || !read_byte(at, node, "wrapmode", wrapmode)
+        || !read_byte(at, node, "cgenmode", cgenmode) || !read_byte(at, node, "rotation", rotation)
+        || !read_byte(at, node, "function", function))
         return false;
     material.wrapmode[unit] = in_range_or_zero(wrapmode, 1);
     material.cgenmode[unit] = in_range_or_zero(cgenmode, coordinates_cube);
@@ -241,7 +232,7 @@ static bool read_setting(const place& at, setting_kind kind, const xml_node& nod
     case setting_wireframe:
         return read_flag(at, node, m.wireframe);
     case setting_blend_function:
-        return read_blend_function(at, node, m.blend_function);
+        return read_byte(at, node, "value", m.blend_function); // above 4: sets nothing
     case setting_red:
     case setting_green:
     case setting_blue:

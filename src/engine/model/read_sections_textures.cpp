@@ -95,17 +95,15 @@ bool read_texture_node(const place& at, const xml_node& element)
         return false;
     node->state = node_pending;
     const char* name = read_attribute(at, element, "name");
-    int32_t type = 0;
-    if (name == nullptr || !read_int(at, element, "type", type)
+    if (name == nullptr || !read_byte(at, element, "type", node->type)
         || !read_format_and_filter(at, element, node->texture_format, node->texture_filter))
         return false;
     copy_name(node->name, sizeof(node->name), name);
-    node->type = byte_code(type, 0); // what no byte holds is an unknown code, never the alias of a real one
     if (!need_children(at, element, 1) || !read_input(at, "input1", *element.first_child, node->input1))
         return false;
-    if (type == node_output)
+    if (node->type == node_output)
         return true; // its other children are not read
-    if (type < node_invert && !read_handle(at, element, "layer_id", node->layer_id))
+    if (node->type < node_invert && !read_handle(at, element, "layer_id", node->layer_id))
         return false;
     return read_node_connections(at, element.first_child->next_sibling, *node);
 }

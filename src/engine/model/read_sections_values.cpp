@@ -25,14 +25,10 @@ bool read_function(const place& at, const xml_node& node)
     if (function == nullptr)
         return false;
     function->cached_time = no_cached_time;
-    int32_t value_type = 0;
-    int32_t loop_type = 0;
-    if (!read_int(at, node, "type", value_type) || !read_int(at, node, "loop_type", loop_type)
+    if (!read_byte(at, node, "type", function->value_type) || !read_byte(at, node, "loop_type", function->loop_type)
         || !read_real(at, node, "loop_begin", function->loop_begin)
         || !read_real(at, node, "loop_end", function->loop_end))
         return false;
-    function->value_type = byte_code(value_type, 0);
-    function->loop_type = byte_code(loop_type, loop_off);
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++index) {
         const place here = place_of_part(at, "segment", index + 1);
