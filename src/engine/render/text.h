@@ -1,24 +1,12 @@
-// Text: which glyph of the 87 a byte means, and where the pen goes.
-//
-// Texts are UTF-8 bytes, at most 32. Glyph numbers are 0..86 in the font's order
-// (a, A, á, Á, b, .. ?, !, the digits, &, /, space).
+// Text: where the pen goes. Texts are UTF-8 bytes, at most 32.
 #pragma once
+
+#include "model/glyphs.h"
 
 #include <cstdint>
 #include <span>
 
 struct font_record;
-
-constexpr uint8_t glyph_lead_byte = 100; // a two-byte character begins here
-constexpr uint8_t glyph_none = 101;      // no glyph
-
-// The glyphs' characters as zero-terminated UTF-8, in glyph order.
-extern const char glyph_characters[87][3];
-
-uint8_t glyph_of_byte(uint8_t c);
-
-// The byte after a lead byte. Which lead byte came first does not matter.
-uint8_t glyph_of_second_byte(uint8_t c);
 
 struct placed_glyph {
     uint8_t glyph; // 0..86, one with a model
