@@ -120,8 +120,9 @@ TEST_CASE("sections beyond the fifteenth are passed over but count as items")
     const reading r(text);
     CHECK_FALSE(r.failed);
     CHECK(r.sections_ended.size() == 15);
-    CHECK(r.records_read == 0);
-    CHECK(document_item_count(r.root) == 2);
+    CHECK(r.records_read == 1); // the track
+    CHECK(document_item_count(r.root) == 3);
+    CHECK(joined(r) == "Warning: demo.xmlz: too many sections: 16 of 15; the others are not read.\n");
 }
 
 TEST_CASE("items are the children of all sections")
@@ -206,16 +207,16 @@ TEST_CASE("a full table is a fatal problem at the record that does not fit")
     document_text text;
     text.records[10] = repeated("<o type=\"0\" id=\"0\"/>", 4096);
     const reading full(text);
-    CHECK(joined(full) == "");
+    CHECK(fatal_line(full) == "");
     CHECK(full.d.object_table->count == 4096);
     text.records[10] += "<o type=\"0\" id=\"0\"/>";
     const reading over(text);
-    CHECK(joined(over) == "Error: demo.xmlz: section 10 (objects), record 4097: more than 4096 records.\n");
+    CHECK(fatal_line(over) == "Error: demo.xmlz: section 10 (objects), record 4097: more than 4096 records.\n");
 
     document_text images;
     images.records[1] = repeated("<i type=\"0\"/>", 4097);
     const reading many_images(images);
-    CHECK(joined(many_images)
+    CHECK(fatal_line(many_images)
         == "Error: demo.xmlz: section 1 (generated images), record 4097: more than 4096 records.\n");
 }
 
@@ -226,7 +227,7 @@ static object_reference reference_of(const std::string& type, const std::string&
     document_text text;
     text.records[10] = "<o type=\"" + type + "\" id=\"" + id + "\"/>";
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     return *table_record<object_reference>(r.d.object_table, 1);
 }
 
@@ -279,16 +280,28 @@ TEST_CASE("a child without text is a missing number")
         joined(r) == "Error: demo.xmlz: section 1 (generated images), record 1, parameter 2: the number is missing.\n");
 }
 
-TEST_CASE("what a message quotes stays one short line")
+TEST_CASE("what a message quotes stays one short line of whole letters")
 {
     document_text text;
     text.records[3] = "<mesh filename=\"a\nb\tc\xC3\xA9\"/>";
     const reading r(text);
-    CHECK(joined(r) == "Error: demo.xmlz: section 3 (meshes), record 1: entry \"a?b?c??\" is missing.\n");
-    text.records[3] = "<mesh filename=\"" + std::string(100, 'x') + "\"/>";
-    const reading long_name(text);
-    CHECK(joined(long_name)
-        == "Error: demo.xmlz: section 3 (meshes), record 1: entry \"" + std::string(64, 'x') + "\" is missing.\n");
+    CHECK(fatal_line(r)
+        == "Error: demo.xmlz: section 3 (meshes), record 1: entry \"a\\x0Ab\\x09c\xC3\xA9\" is missing.\n");
+    const auto shown = [&](const std::string& name) {
+        document_text named;
+        named.records[2] = "<t name=\"n\" type=\"201\" texture_format=\"0\" texture_filter=\"0\"><i>" + name
+            + "</i></t>"; // quoted by the warning that it is no number
+        const std::string all = joined(reading(named));
+        return all.substr(all.find('"'), all.find(" is read as") - all.find('"'));
+    };
+    const std::string x63(63, 'x');
+    CHECK(shown(x63 + "x") == "\"" + x63 + "x\"");
+    CHECK(shown(x63 + "xy") == "\"" + x63 + "x...\"");
+    CHECK(shown(x63 + "\xC3\xA9") == "\"" + x63 + "...\"");
+    CHECK(shown(x63.substr(1) + "\xC3\xA9") == "\"" + x63.substr(1) + "\xC3\xA9\"");
+    CHECK(shown(x63.substr(1) + "\xE2\x82\xAC") == "\"" + x63.substr(1) + "...\"");
+    CHECK(shown(x63.substr(2) + "\xF0\x9D\x84\x9E") == "\"" + x63.substr(2) + "...\"");
+    CHECK(shown(std::string(70, '\x80')).size() == 64 * 4 + 5); // no letters, so no whole ones
 }
 
 // ---- scene objects -------------------------------------------------------------------

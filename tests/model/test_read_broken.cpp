@@ -9,7 +9,7 @@ static void check_ending(const reading& r)
 {
     for (size_t i = 0; i < r.lines.size(); ++i) {
         const bool last_of_failed = r.failed && i + 1 == r.lines.size();
-        const std::string start = last_of_failed ? "Error: demo.xmlz: " : "Warning: demo.xmlz: section ";
+        const std::string start = last_of_failed ? "Error: demo.xmlz: " : "Warning: demo.xmlz: ";
         REQUIRE(r.lines[i].compare(0, start.size(), start) == 0);
         REQUIRE(r.lines[i].find('\n') == std::string::npos);
         REQUIRE(r.lines[i].back() == '.');

@@ -14,7 +14,7 @@ static document_text material_text(const std::string& settings)
 static material_record material_of(const std::string& settings)
 {
     const reading r(material_text(settings));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     material_record material = *table_record<material_record>(r.d.material_table, 1);
     material.custom_vertex_shader = material.custom_fragment_shader = nullptr; // gone with the reading
     return material;
@@ -200,7 +200,7 @@ TEST_CASE("a unit's function is its combine mode, brought into the unit's own li
 TEST_CASE("shader elements without text leave the material without one")
 {
     const reading r(material_text("<enable_glsl value=\"1\"/><vertex_shader/><fragment_shader></fragment_shader>"));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     CHECK(table_record<material_record>(r.d.material_table, 1)->custom_vertex_shader == nullptr);
     CHECK(table_record<material_record>(r.d.material_table, 1)->custom_fragment_shader == nullptr);
 }
@@ -248,7 +248,7 @@ static std::string unit_lines(const std::string& objects, int reference)
     text.records[10] = objects;
     text.records[13] = "";
     text.records[14] = "";
-    return joined(reading(text));
+    return dangling_lines(reading(text)) + lines_with(reading(text), " is no ");
 }
 
 TEST_CASE("a texture that does not exist is warned about, at the place that is empty")
@@ -310,7 +310,7 @@ TEST_CASE("a font has 87 glyphs in order")
     text.records[9] = "<font>" + repeated(glyph, 86) + with(with(glyph, "model=\"0\"", "model=\"1\""), "1.5", "-2")
         + repeated(glyph, 3) + "</font>";
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     const auto* font = table_record<font_record>(r.d.font_table, 1);
     CHECK(font->glyphs[0].model == 0);
     CHECK(font->glyphs[0].bitmap == 7);

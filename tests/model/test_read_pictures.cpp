@@ -221,7 +221,7 @@ TEST_CASE("levels of another size, broken ones and a level 2 alone")
 {
     const reading wrong(
         image_text(), {{"a.tga", tga_picture(8, 8, 3)}, {"a_mm1.tga", tga_picture(4, 3, 3)}, {"a_mm2.tga", "broken"}});
-    CHECK(joined(wrong) == "");
+    CHECK(fatal_line(wrong) == "");
     CHECK(table_record<image_texture>(wrong.d.image_texture_table, 1)->level1 == nullptr);
     CHECK(table_record<image_texture>(wrong.d.image_texture_table, 1)->level2 == nullptr);
     const reading alone(image_text(),

@@ -37,7 +37,7 @@ TEST_CASE("an effect has its kind and the functions of its parameters")
     text.records[4] = repeated(function_text(), 2);
     text.records[12] = "<e type=\"2\" name=\"swirl\"><p>2</p><p>0</p><q/><p>1</p></e><e type=\"4\"/>";
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     const auto* effect = table_record<mesh_effect>(r.d.effect_table, 1);
     CHECK(effect->type == mesh_effect_swirl);
     CHECK(std::strcmp(effect->name, "swirl") == 0);
@@ -64,7 +64,7 @@ TEST_CASE("an effect may be of every kind in the catalogue")
     for (const char* type : {"0", "1", "2", "3", "4"})
         text.records[12] += std::string("<e type=\"") + type + "\"/>";
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     for (uint32_t type = 0; type < 5; ++type)
         CHECK(table_record<mesh_effect>(r.d.effect_table, type + 1)->type == type);
 }
@@ -73,10 +73,10 @@ TEST_CASE("an effect warns of functions that do not exist, but not of 0")
 {
     document_text text;
     text.records[12] = "<e type=\"2\"><p>0</p><p>3</p></e>";
-    CHECK(joined(reading(text))
+    CHECK(dangling_lines(reading(text))
         == "Warning: demo.xmlz: section 12 (effects), record 1, p 2: function 3 does not exist.\n");
     text.records[12] = "<e type=\"2\">" + repeated("<p>0</p>", 20) + "</e>";
-    CHECK(joined(reading(text)) == "");
+    CHECK(fatal_line(reading(text)) == "");
 }
 
 // ---- scenes ---------------------------------------------------------------------------
@@ -85,7 +85,7 @@ TEST_CASE("a scene's name is optional and cut to 31 bytes")
 {
     const std::string name = "abcdefghijklmnopqrstuvwxyz0123456789";
     const reading r(scenes_text("<s/><s name=\"" + name + "\"/>"));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     CHECK(table_record<scene_record>(r.d.scene_table, 1)->name[0] == 0);
     CHECK(table_record<scene_record>(r.d.scene_table, 1)->objects == nullptr);
     CHECK(table_record<scene_record>(r.d.scene_table, 1)->object_count == 0);
@@ -97,7 +97,7 @@ TEST_CASE("an object's children go into its fields in order")
     const reading r = scene_of("<o type=\"1\" object=\"1\" material=\"1\" font=\"0\" text=\"ab\">"
         + animated("static", "1.5") + animated("dynamic", "1") + repeated(animated("static", "3"), 7)
         + "<v value=\"1\"/><t value=\"-2.75\"/><c value=\"1\"/><m/><ignored/></o>");
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     const scene_object& object = object_of(r);
     CHECK(object.type == object_genmesh);
     CHECK(object.object == 1);
@@ -193,7 +193,7 @@ TEST_CASE("an object needs its attributes and thirteen children")
 TEST_CASE("object kinds that do not exist are kept")
 {
     const reading r = scene_of(scene_object_text(9, 4000, 1, 1, "") + scene_object_text(-2, 4000, 1, 1, ""));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     CHECK(object_of(r, 0).type == 9);
     CHECK(object_of(r, 1).type == -2);
 }
@@ -237,7 +237,7 @@ TEST_CASE("a manipulator has its kind and its parameters in order")
     const reading r = scene_of(scene_object_text(0, 1, 1, 1, "",
         "<m type=\"1\">" + animated("static", "3") + animated("dynamic", "1") + animated("x", "0.5")
             + "</m><m type=\"0\"/>"));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     const scene_object& object = object_of(r);
     CHECK(object.manipulator_count == 2);
     const manipulator_record& m = object.manipulators[0];
@@ -256,17 +256,17 @@ TEST_CASE("a nested manipulator element counts only as the first child, its numb
     const std::string nested = "<manipulator type=\"0.9\" model=\"1.9\"/>";
     const reading r
         = scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"3\">" + nested + animated("static", "5") + "</m>"));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     const manipulator_record& m = object_of(r).manipulators[0];
     CHECK(m.model_type == 0);
     CHECK(m.model == 1);
     CHECK(m.params[0].value == 5.0f);
     // Anywhere else it is a parameter, and lacks what parameters need.
-    CHECK(joined(
+    CHECK(fatal_line(
               scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"3\">" + animated("static", "5") + nested + "</m>")))
         == object_error + ", manipulator 1, parameter 2: attribute \"value\" is missing.\n");
-    CHECK(
-        joined(scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"3\"><manipulators type=\"0\" model=\"1\"/></m>")))
+    CHECK(fatal_line(
+              scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"3\"><manipulators type=\"0\" model=\"1\"/></m>")))
         == object_error + ", manipulator 1, parameter 1: attribute \"value\" is missing.\n");
 }
 
@@ -283,7 +283,7 @@ TEST_CASE("twelve parameters of a manipulator are kept, more are read and droppe
     const reading r = scene_of(scene_object_text(0, 1, 1, 1, "",
         "<m type=\"0\">" + repeated(animated("static", "1"), 11) + animated("static", "2")
             + repeated(animated("static", "3"), 9) + "</m><m type=\"2\"/>"));
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     CHECK(object_of(r).manipulators[0].params[11].value == 2.0f);
     CHECK(object_of(r).manipulators[1].type == manipulator_rippler);
 }
@@ -292,7 +292,7 @@ TEST_CASE("seven manipulators are read, eight are too many")
 {
     CHECK(
         object_of(scene_of(scene_object_text(0, 1, 1, 1, "", repeated("<m type=\"2\"/>", 7)))).manipulator_count == 7);
-    CHECK(joined(scene_of(scene_object_text(0, 1, 1, 1, "", repeated("<m type=\"2\"/>", 8))))
+    CHECK(fatal_line(scene_of(scene_object_text(0, 1, 1, 1, "", repeated("<m type=\"2\"/>", 8))))
         == object_error + ", manipulator 8: more than 7 manipulators.\n");
 }
 
@@ -309,17 +309,17 @@ TEST_CASE("a manipulator may be of every kind in the catalogue")
 TEST_CASE("a manipulator's kind outside the catalogue is an error")
 {
     for (const char* type : {"-1", "4"})
-        CHECK(joined(
+        CHECK(fatal_line(
                   scene_of(scene_object_text(0, 1, 1, 1, "", std::string("<m type=\"0\"/><m type=\"") + type + "\"/>")))
             == object_error + ", manipulator 2: type " + type + " is no manipulator.\n");
-    CHECK(joined(scene_of(scene_object_text(0, 1, 1, 1, "", "<m/>")))
+    CHECK(fatal_line(scene_of(scene_object_text(0, 1, 1, 1, "", "<m/>")))
         == object_error + ", manipulator 1: attribute \"type\" is missing.\n");
 }
 
 TEST_CASE("a manipulator's model and functions that do not exist are warned about")
 {
     const auto lines = [](const char* type, const char* model) {
-        return joined(scene_of(scene_object_text(0, 1, 1, 1, "",
+        return dangling_lines(scene_of(scene_object_text(0, 1, 1, 1, "",
             std::string("<m type=\"3\"><manipulator type=\"") + type + "\" model=\"" + model + "\"/></m>")));
     };
     CHECK(lines("0", "1") == "");
@@ -329,6 +329,7 @@ TEST_CASE("a manipulator's model and functions that do not exist are warned abou
     CHECK(lines("1", "6") == object_warning + ", manipulator 1: model 6 does not exist.\n");
     CHECK(lines("2", "7") == ""); // no kind of model
     CHECK(lines("0", "1e99") == object_warning + ", manipulator 1: model -2147483648 does not exist.\n");
-    CHECK(joined(scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"0\">" + animated("dynamic", "8") + "</m>")))
+    CHECK(dangling_lines(
+              scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"0\">" + animated("dynamic", "8") + "</m>")))
         == object_warning + ", manipulator 1, parameter 1: function 8 does not exist.\n");
 }

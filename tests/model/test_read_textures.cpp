@@ -10,7 +10,7 @@ TEST_CASE("a generated image keeps its kind and up to 24 values")
     document_text text;
     text.records[1] = "<a type=\"3\"><x>0.5</x><y>1</y></a><b type=\"-4\">" + repeated("<z>2</z>", 24) + "</b>";
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     REQUIRE(r.d.generated_image_count == 2);
     const generated_image& first = r.d.generated_images[0];
     CHECK(first.params.kind == generator_maze);
@@ -41,7 +41,7 @@ static texture_node node_of(const std::string& element, uint32_t count = 9)
     text.records[1] = "<i type=\"0\"/>";
     text.records[2] = element + repeated(node_head + "<i>0</i></t>", count - 1);
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     return *table_record<texture_node>(r.d.texture_table, 1);
 }
 
@@ -115,7 +115,7 @@ TEST_CASE("nine values of a node are kept, more are read and dropped")
 
     document_text text;
     text.records[2] = node_head + "<i>0</i>" + repeated("<p>1</p>", 9) + "<p/></t>";
-    CHECK(joined(reading(text))
+    CHECK(fatal_line(reading(text))
         == "Error: demo.xmlz: section 2 (texture nodes), record 1, parameter 10: the number is missing.\n");
 }
 
@@ -136,10 +136,10 @@ TEST_CASE("layer_id is read below type 201, unknown codes included, and nowhere 
         text.records[1] = repeated("<i type=\"0\"/>", 8);
         text.records[2] = with(node_head, "\"207\"", "\"" + std::string(type) + "\" layer_id=\"7\"") + "<i>0</i></t>";
         const reading r(text);
-        CHECK(joined(r) == "");
+        CHECK(fatal_line(r) == "");
         CHECK(table_record<texture_node>(r.d.texture_table, 1)->layer_id == 7);
         text.records[2] = without_attribute(text.records[2], "layer_id");
-        CHECK(joined(reading(text))
+        CHECK(fatal_line(reading(text))
             == "Error: demo.xmlz: section 2 (texture nodes), record 1: attribute \"layer_id\" is missing.\n");
     }
     const texture_node node = node_of(with(node_head, "\"207\"", "\"201\" layer_id=\"7\"") + "<i>0</i></t>");
@@ -218,7 +218,8 @@ TEST_CASE("255 outputs are enough, 256 are too many")
     CHECK(node.outputs[254] == 2);
     document_text text;
     text.records[2] = node_head + "<i>0</i>" + repeated("<output>1</output>", 256) + "</t>";
-    CHECK(joined(reading(text)) == "Error: demo.xmlz: section 2 (texture nodes), record 1: more than 255 outputs.\n");
+    CHECK(
+        fatal_line(reading(text)) == "Error: demo.xmlz: section 2 (texture nodes), record 1: more than 255 outputs.\n");
 }
 
 TEST_CASE("texture_format ends at 8")
@@ -227,7 +228,7 @@ TEST_CASE("texture_format ends at 8")
         document_text text;
         text.records[2] = with(node_head, "texture_format=\"1\"", std::string("texture_format=\"") + format + "\"")
             + "<i>0</i></t>";
-        CHECK(joined(reading(text))
+        CHECK(fatal_line(reading(text))
             == std::string("Error: demo.xmlz: section 2 (texture nodes), record 1: texture_format ") + format
                 + " is outside 0..8.\n");
     }
@@ -247,7 +248,7 @@ TEST_CASE("what the nodes name is checked when all of them are read")
         + with(node_head, "\"207\"", "\"104\" layer_id=\"2\"") + "<i>0</i></t>";
     const reading r(text);
     CHECK_FALSE(r.failed);
-    CHECK(joined(r)
+    CHECK(dangling_lines(r)
         == "Warning: demo.xmlz: section 2 (texture nodes), record 1: output 9 does not exist.\n"
            "Warning: demo.xmlz: section 2 (texture nodes), record 1: output -1 does not exist.\n"
            "Warning: demo.xmlz: section 2 (texture nodes), record 2: input1 5000 does not exist.\n"
@@ -255,8 +256,8 @@ TEST_CASE("what the nodes name is checked when all of them are read")
            "Warning: demo.xmlz: section 2 (texture nodes), record 4: layer_id -1 does not exist.\n"
            "Warning: demo.xmlz: section 2 (texture nodes), record 6: layer_id 2 does not exist.\n");
     text.records[2] = node_head + "<i>1</i><input>2</input></t>";
-    CHECK(
-        joined(reading(text)) == "Warning: demo.xmlz: section 2 (texture nodes), record 1: input2 2 does not exist.\n");
+    CHECK(dangling_lines(reading(text))
+        == "Warning: demo.xmlz: section 2 (texture nodes), record 1: input2 2 does not exist.\n");
 }
 
 // ---- dynamic textures ---------------------------------------------------------------
@@ -270,7 +271,7 @@ static dynamic_texture dynamic_of(const std::string& element)
     text.records[4] = repeated(function_text(), 3);
     text.records[6] = element;
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     return *table_record<dynamic_texture>(r.d.dynamic_texture_table, 1);
 }
 

@@ -48,7 +48,7 @@ TEST_CASE("a clip becomes a layer of its track")
         CHECK(layer.camera[index] == values[index]);
     }
     // The ninth value is read, so that a function that is missing there is named.
-    CHECK(joined(r)
+    CHECK(dangling_lines(r)
         == "Warning: demo.xmlz: section 14 (timeline), record 2, clip 1, value 9: function 999 does not exist.\n");
 }
 
@@ -83,12 +83,12 @@ TEST_CASE("rtex is read and needed for the modes with a target, and 0 for all ot
         CAPTURE(type);
         const reading without = timeline_of(track(of_type));
         CHECK(without.failed == has_target);
-        CHECK(joined(without)
+        CHECK(fatal_line(without)
             == (has_target
                     ? "Error: demo.xmlz: section 14 (timeline), record 1, clip 1: attribute \"rtex\" is missing.\n"
                     : ""));
         const reading given = timeline_of(track(with(of_type, " offset=", " rtex=\"1\" offset=")));
-        CHECK(joined(given) == "");
+        CHECK(fatal_line(given) == "");
         CHECK(given.d.tracks->layers[0][0].rtex == (has_target ? 1 : 0));
         CHECK(given.d.tracks->layers[0][0].type == static_cast<uint32_t>(type));
     }
@@ -105,7 +105,7 @@ TEST_CASE("the field of view is constant, orthographic by the documents' spellin
         CAPTURE(c.type);
         const reading r = timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 6)
             + animated(c.type, "2.5") + repeated(animated("ortographic", "7"), 2))));
-        CHECK(joined(r) == "");
+        CHECK(fatal_line(r) == "");
         const layer_record& layer = r.d.tracks->layers[0][0];
         CHECK(layer.camera_mode[camera_fov] == c.mode);
         CHECK(layer.camera[camera_fov] == (c.mode == fov_dynamic ? 2.0f : 2.5f));
@@ -116,9 +116,9 @@ TEST_CASE("the field of view is constant, orthographic by the documents' spellin
 
 TEST_CASE("eight camera values are enough, seven are not")
 {
-    CHECK(joined(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 8))))) == "");
-    CHECK(joined(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 10) + "<x/>")))) == "");
-    CHECK(joined(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 7)))))
+    CHECK(fatal_line(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 8))))) == "");
+    CHECK(fatal_line(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 10) + "<x/>")))) == "");
+    CHECK(fatal_line(timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 7)))))
         == "Error: demo.xmlz: section 14 (timeline), record 1, clip 1: too few children: 7 of 8.\n");
 }
 
@@ -144,17 +144,17 @@ TEST_CASE("negative lengths and pauses are errors")
 TEST_CASE("256 clips on a track are read, 257 are too many")
 {
     const reading full = timeline_of(track(repeated(clip_text(1, 0, 100), 256)));
-    CHECK(joined(full) == "");
+    CHECK(fatal_line(full) == "");
     CHECK(full.d.tracks->layer_count[0] == 256);
     CHECK(full.d.tracks->track_end[0] == 25600);
-    CHECK(joined(timeline_of(track(repeated(clip_text(1, 0, 10), 257))))
+    CHECK(fatal_line(timeline_of(track(repeated(clip_text(1, 0, 10), 257))))
         == "Error: demo.xmlz: section 14 (timeline), record 1, clip 257: more than 256 clips.\n");
 }
 
 TEST_CASE("tracks beyond the thirty-second are stepped over in silence")
 {
     const reading r = timeline_of(repeated(track(clip_text(1, 0, 100)), 32) + track("<clip/>") + "<layer/>");
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     CHECK_FALSE(r.failed);
     CHECK(r.d.tracks->layer_count[31] == 1);
     CHECK(r.records_read == 3 + 1 + 1 + 2 + 34);

@@ -9,7 +9,7 @@ static animation_function function_of(const std::string& element)
     document_text text;
     text.records[4] = element;
     const reading r(text);
-    CHECK(joined(r) == "");
+    CHECK(fatal_line(r) == "");
     return *table_record<animation_function>(r.d.function_table, 1);
 }
 
@@ -115,7 +115,7 @@ TEST_CASE("a value is dynamic only by exactly that word")
         document_text text;
         text.records[5] = values_text(repeated(animated(type, "0.25"), 9));
         const reading r(text);
-        CHECK(joined(r) == "");
+        CHECK(fatal_line(r) == "");
         const auto* record = table_record<value_record>(r.d.transform_table, 1);
         CHECK(record->dynamic_flags[0] == 0);
         CHECK(record->dynamic_flags[1] == 0);
@@ -127,12 +127,13 @@ TEST_CASE("a value record's values lie in one wrapper, of which only the first c
 {
     document_text text;
     text.records[5] = "<t/>";
-    CHECK(joined(reading(text)) == "Error: demo.xmlz: section 5 (transforms), record 1: too few children: 0 of 1.\n");
+    CHECK(
+        fatal_line(reading(text)) == "Error: demo.xmlz: section 5 (transforms), record 1: too few children: 0 of 1.\n");
     text.records[5] = values_text(repeated(animated("static", "0"), 8));
-    CHECK(joined(reading(text))
+    CHECK(fatal_line(reading(text))
         == "Error: demo.xmlz: section 5 (transforms), record 1, wrapper: too few children: 8 of 9.\n");
     text.records[5] = "<t><w>" + repeated(animated("static", "1"), 12) + "</w><w/></t>";
-    CHECK(joined(reading(text)) == "");
+    CHECK(fatal_line(reading(text)) == "");
 }
 
 TEST_CASE("a dynamic value without its function is a missing function, 0 included")

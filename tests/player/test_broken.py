@@ -17,7 +17,7 @@ from cases import BENCHMARK, found, report
 from driver import Display, Player
 from production import (CUBE, CUBE_MAPS, DYNAMIC, DYNAMIC_TEXTURES, EFFECTS, FONTS, FUNCTIONS, GENERATED,
                         GENERATED_IMAGES, GENMESH, IMAGE, IMAGES, MATERIALS, MESHES, OBJECTS, SCENES, TEXT,
-                        TEXTURE_NODES, TIMELINE, VALUES, Production, animated, dynamic, in_envelope, manipulator,
+                        TEXTURE_NODES, TIMELINE, VALUES, Element, Production, animated, dynamic, in_envelope, manipulator,
                         mesh_bytes, numbers, pack_bytes, placed, png, quad)
 
 PLAYERS_AT_ONCE = 3
@@ -33,13 +33,13 @@ def full_show(length=12):
     light = show.values(0.2, 0.2, 0.2, 1, dynamic(rise), 1, 0, 2, 3)
     show.generated_image(1, 255, 128, 64, 3, 4)
     show.generated_image(5, 200, 200, 200, 7)
-    added = show.texture_node(101, 0, 0.5, image=1, outputs=[2])
+    added = show.texture_node(101, 0, 0.5, 0.5, image=1, outputs=[2])
     blurred = show.texture_node(205, added, 4, 2)
     show.texture_node(255, blurred, filtering=2)
     board = show.mesh(quad(-1, -1, 1, 1))
     letter = show.mesh(mesh_bytes([(0, 0, 0), (1, 0, 0), (0, 1, 0)], [(0, 0), (1, 0), (0, 1)], [0, 1, 2], sets=2))
     show.dynamic_texture(1, rise)
-    show.dynamic_texture(4, rise, resolution='128x128', bpp='8', form=2)
+    show.dynamic_texture(0, rise, rise, resolution='128x128', bpp='8', form=2)
     stone = show.image(png(16, 16, (200, 150, 100)), 'stone.png', filtering=2)
     show.entries['stone_mm1.png'] = png(8, 8, (20, 15, 10))
     target = show.image(png(64, 64), 'target.png')
@@ -51,7 +51,8 @@ def full_show(length=12):
                           depth_test=1, fogtype=1, fogcolor=light, fogstart=animated('fogstart', 1),
                           fogend=animated('fogend', 9))
     shiny = show.material((1, 1, 1), [references[2], references[4]], blend=1, wireframe=1, backface_culling=1)
-    shiny_cube = show.material((1, 1, 1), [references[3]])
+    reflected = Element('texture1', value=references[3], wrapmode=0, cgenmode=2, rotation=0, function=1)
+    shiny_cube = show.material((1, 1, 1), reflected=reflected)
     mirror = show.material((1, 1, 1), [references[5]])
     show.font(letter, plain)
     show.effect(0, rise)
@@ -346,6 +347,43 @@ class SurvivalTest(ManyPlayers):
             variants.append(pack_bytes({**full_show(4).all_entries(), 'demo.xmlz': in_envelope(text.encode())}))
         for number, result in enumerate(self.play_all(variants)):
             self.assert_ended_well(result, 'variant %d' % number)
+
+
+class WarningTest(ManyPlayers):
+    """What a document says and the show will not do is said, and the show goes on."""
+
+    def unknown_settings(self, count, show=None):
+        show = show or Production()
+        show.colour((1, 0, 0), 12)
+        show.sections[MATERIALS][0].children.extend([Element('shininess', value=1)] * count)
+        return show
+
+    def line(self, document='demo.xmlz'):
+        return 'Warning: %s: section 11 (materials), record 1: setting "shininess" is unknown.' % document
+
+    def test_the_first_twenty_are_printed_and_the_others_counted(self):
+        packs = [pack_bytes(self.unknown_settings(count).all_entries()) for count in (20, 21, 25)]
+        for count, result in zip((20, 21, 25), self.play_all(packs)):
+            rest = {20: [], 21: ['Warning: demo.xmlz: 1 more warning.'], 25: ['Warning: demo.xmlz: 5 more warnings.']}
+            self.assertEqual(result.errors, [self.line()] * 20 + rest[count])
+            self.assertEqual((result.status, result.lines[-1]), (0, 'Bye!'))
+
+    def test_each_document_has_its_own_twenty(self):
+        show = self.unknown_settings(22)
+        show.loading = self.unknown_settings(23, Production('loading_'))
+        result, = self.play_all([pack_bytes(show.all_entries())])
+        self.assertEqual(result.errors,
+                         [self.line('loading.xmlz')] * 20 + ['Warning: loading.xmlz: 3 more warnings.']
+                         + [self.line()] * 20 + ['Warning: demo.xmlz: 2 more warnings.'])
+        self.assertEqual(result.status, 0)
+
+    def test_a_document_that_is_refused_has_its_rest_counted_too(self):
+        show = self.unknown_settings(30)
+        show.sections[SCENES][0].children[0].attributes.pop('material')
+        result, = self.play_all([pack_bytes(show.all_entries())])
+        self.assertEqual(result.errors, [self.line()] * 20 + ['Warning: demo.xmlz: 10 more warnings.'])
+        self.assertEqual(result.lines[-1], 'Error: demo.xmlz: ' + OBJECT_1 + ': attribute "material" is missing.')
+        self.assertEqual(result.status, 1)
 
 
 def flip(content, chance, count):

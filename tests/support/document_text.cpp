@@ -14,8 +14,9 @@ std::string to_text(const document_text& text, uint32_t sections)
     std::string result = "<document>\n";
     for (uint32_t section = 1; section <= sections; ++section) {
         const std::string name = "s" + std::to_string(section);
-        result += "<" + name + (section == section_music ? text.music_attributes : "") + ">" + text.records[section]
-            + "</" + name + ">\n";
+        const bool unsaid = section == section_timeline && text.records[section].empty();
+        result += "<" + name + (section == section_music ? text.music_attributes : "") + ">"
+            + (unsaid ? "<track>" + clip_text(0, 0, 100) + "</track>" : text.records[section]) + "</" + name + ">\n";
     }
     return result + "</document>\n";
 }
@@ -266,6 +267,25 @@ std::string joined(const reading& r)
     for (const std::string& line : r.lines)
         all += line + "\n";
     return all;
+}
+
+std::string fatal_line(const reading& r)
+{
+    return r.failed ? r.lines.back() + "\n" : "";
+}
+
+std::string lines_with(const reading& r, const std::string& part)
+{
+    std::string all;
+    for (const std::string& line : r.lines)
+        if (line.find(part) != std::string::npos)
+            all += line + "\n";
+    return all;
+}
+
+std::string dangling_lines(const reading& r)
+{
+    return lines_with(r, " does not exist.");
 }
 
 void check_byte(uint32_t section, const std::string& record, const std::string& from, const std::string& warning,

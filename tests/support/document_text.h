@@ -15,8 +15,10 @@
 // ---- texts ----------------------------------------------------------------------
 
 struct document_text {
-    std::string records[section_music + 1]; // the children of each section, by its number; [0] unused
-    std::string music_attributes;           // ` file="music.ogg"`
+    // The children of each section, by its number; [0] unused. A timeline of "" is written as one
+    // clip without a scene, which nobody warns of; one of " " is empty.
+    std::string records[section_music + 1];
+    std::string music_attributes; // ` file="music.ogg"`
 };
 
 // The document's text with its first `sections` sections.
@@ -95,6 +97,14 @@ struct reading {
 
 // All lines of a reading, each with its newline.
 std::string joined(const reading& r);
+
+// Of these the fatal one, and those that say that something "does not exist.": for tests
+// whose documents are odd in other ways, too.
+std::string fatal_line(const reading& r);
+std::string dangling_lines(const reading& r);
+
+// All lines that hold `part`, each with its newline.
+std::string lines_with(const reading& r, const std::string& part);
 
 // Holds that a number of `record`, the only one of its section, is kept by its low eight bits:
 // puts numbers in place of `from`, with its quotes, and expects their bytes from `byte_of`. Those that no byte

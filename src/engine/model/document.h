@@ -95,6 +95,7 @@ struct document_reader {
     bool section_finished;        // the step ended a section instead of reading a record
     uint32_t layer_start;         // running position of the track under way, ticks
     uint64_t unfolded_bytes;      // decoded meshes and pictures so far
+    uint32_t warning_count;       // all warnings; `problems` keeps the first 4096 of them
     std::vector<document_problem> problems;
 };
 

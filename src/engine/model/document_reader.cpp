@@ -17,6 +17,8 @@ void document_reader_begin(document_reader& reader, document& target, const xml_
     reader.pack = pack;
     const xml_node* element = document_element(root);
     reader.section_node = element != nullptr ? element->first_child : nullptr;
+    if (element != nullptr && element->next_sibling != nullptr)
+        add_problem(reader, false, "more than one element at the top: the first is read.");
 }
 
 static bool has_failed(const document_reader& reader)
@@ -29,10 +31,12 @@ static bool enough_sections(document_reader& reader)
     uint32_t count = 0;
     for (const xml_node* node = reader.section_node; node != nullptr; node = node->next_sibling)
         ++count;
+    if (count > section_music)
+        add_problem(
+            reader, false, line_of("too many sections: %u of %u; the others are not read.", count, section_music));
     if (count >= needed_sections)
         return true;
-    const std::string line = line_of("too few sections: %u of %u.", count, needed_sections);
-    reader.problems.push_back({true, std::string("Error: ") + reader.target->name + ": " + line});
+    add_problem(reader, true, line_of("too few sections: %u of %u.", count, needed_sections));
     return false;
 }
 
@@ -44,6 +48,14 @@ static void enter_section(document_reader& reader, uint32_t section, const xml_n
     reader.record = 0;
 }
 
+// The file is the player's to find; here an element that says something else than a file.
+static void check_music(document_reader& reader)
+{
+    const xml_node& node = *reader.section_node;
+    if (node.attribute_count != 0 && xml_get_attribute(&node, "file") == nullptr)
+        warn(place_of_section(reader, section_music), "attribute \"file\" is missing: there is no music.");
+}
+
 static void end_section(document_reader& reader)
 {
     if (reader.section == section_texture_nodes)
@@ -52,6 +64,10 @@ static void end_section(document_reader& reader)
         check_glyph_materials(reader);
         mark_material_textures(*reader.target);
     }
+    if (reader.section == section_timeline)
+        check_timeline(reader);
+    if (reader.section == section_music)
+        check_music(reader);
 }
 
 static bool read_one(const place& at, const xml_node& node)

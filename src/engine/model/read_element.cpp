@@ -1,16 +1,25 @@
 #include "model/read_element.h"
 
 #include "content/numbers.h"
+#include "content/printable.h"
 #include "model/capabilities.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 constexpr size_t quoted_text_limit = 64; // bytes of a document's text that a message shows
+constexpr size_t kept_warnings = 4096;   // what a document of nothing but mistakes may take of the memory
 
 // ---- places and messages ----------------------------------------------------------
+
+place place_of_section(document_reader& reader, uint32_t section)
+{
+    return {reader, section, nullptr, nullptr, 0};
+}
 
 place place_of_record(document_reader& reader, uint32_t section, uint32_t record)
 {
@@ -24,6 +33,8 @@ place place_of_part(const place& outer, const char* name, uint32_t number)
 
 static std::string path_of(const place& at)
 {
+    if (at.name == nullptr)
+        return "";
     std::string path = at.outer != nullptr ? path_of(*at.outer) : "";
     path += std::string(", ") + at.name;
     if (at.number != 0)
@@ -31,30 +42,63 @@ static std::string path_of(const place& at)
     return path;
 }
 
-static void add_problem(const place& at, bool fatal, const std::string& what)
+void add_problem(document_reader& reader, bool fatal, const std::string& what)
 {
-    std::string text = std::string(fatal ? "Error: " : "Warning: ") + at.reader.target->name + ": section "
-        + std::to_string(at.section) + " (" + section_name(at.section) + ")" + path_of(at) + ": " + what;
-    at.reader.problems.push_back({fatal, std::move(text)});
+    reader.warning_count += fatal ? 0 : 1;
+    if (!fatal && reader.warning_count > kept_warnings)
+        return;
+    reader.problems.push_back(
+        {fatal, std::string(fatal ? "Error: " : "Warning: ") + reader.target->name + ": " + what});
+}
+
+static std::string line_at(const place& at, const std::string& what)
+{
+    return "section " + std::to_string(at.section) + " (" + section_name(at.section) + ")" + path_of(at) + ": " + what;
 }
 
 bool fail(const place& at, const std::string& what)
 {
-    add_problem(at, true, what);
+    add_problem(at.reader, true, line_at(at, what));
     return false;
 }
 
 void warn(const place& at, const std::string& what)
 {
-    add_problem(at, false, what);
+    add_problem(at.reader, false, line_at(at, what));
+}
+
+void warn_outside(const place& at, const char* what, int64_t number, int64_t last, const char* instead)
+{
+    warn(at,
+        line_of("%s %lld is outside 0..%lld: %s.", what, static_cast<long long>(number), static_cast<long long>(last),
+            instead));
+}
+
+bool check_choice(const place& at, const char* what, int64_t number, int64_t last, const char* instead)
+{
+    if (number >= 0 && number <= last)
+        return true;
+    warn_outside(at, what, number, last, instead);
+    return false;
+}
+
+// Where a text of more than `limit` bytes may be cut: not within a letter.
+static size_t cut_of(const std::string_view text, size_t limit)
+{
+    if (text.size() <= limit)
+        return text.size();
+    const auto continues = [text](size_t at) { return (static_cast<uint8_t>(text[at]) & 0xC0) == 0x80; };
+    for (size_t cut = limit; cut + 3 >= limit; --cut)
+        if (!continues(cut))
+            return cut;
+    return limit; // no letter is that long
 }
 
 std::string quoted(const char* text)
 {
-    std::string result = "\"";
-    for (const char* c = text; c != nullptr && *c != 0 && result.size() <= quoted_text_limit; ++c)
-        result += *c >= ' ' && *c <= '~' ? *c : '?';
-    return result + "\"";
+    const std::string_view all = text != nullptr ? text : "";
+    const size_t cut = cut_of(all, quoted_text_limit);
+    return "\"" + printable(all.substr(0, cut)) + (cut < all.size() ? "..." : "") + "\"";
 }
 
 std::string line_of(const char* format, ...)
@@ -69,16 +113,62 @@ std::string line_of(const char* format, ...)
 
 // ---- numbers ------------------------------------------------------------------------
 
-int32_t int_of_text(const char* text)
+// A text with a number at its start.
+template <typename number> struct parsed {
+    number value;
+    const char* rest; // what follows the digits
+    bool has_digits;
+    bool fits; // into 32 bits, into a finite single
+};
+
+static parsed<int32_t> parse_int(const char* text)
 {
     using limits = std::numeric_limits<int32_t>;
-    const long value = std::strtol(text, nullptr, 10);
-    return static_cast<int32_t>(std::clamp<long>(value, limits::min(), limits::max()));
+    char* rest = nullptr;
+    const long long value = std::strtoll(text, &rest, 10);
+    const long long clamped = std::clamp<long long>(value, limits::min(), limits::max());
+    return {static_cast<int32_t>(clamped), rest, rest != text, clamped == value};
+}
+
+static parsed<float> parse_real(const char* text)
+{
+    char* rest = nullptr;
+    const float value = static_cast<float>(std::strtod(text, &rest));
+    return {value, rest, rest != text, std::isfinite(value)};
+}
+
+int32_t int_of_text(const char* text)
+{
+    return parse_int(text).value;
 }
 
 float real_of_text(const char* text)
 {
-    return static_cast<float>(std::strtod(text, nullptr));
+    return parse_real(text).value;
+}
+
+// Whether nothing but blanks or a comment stands there. Behind whole numbers a point and
+// zeros are nothing either: tools write them so.
+static bool is_nothing(const char* rest, bool whole)
+{
+    if (whole && *rest == '.')
+        rest += 1 + std::strspn(rest + 1, "0");
+    rest += std::strspn(rest, " \t\r\n\v\f");
+    return *rest == 0 || std::strncmp(rest, "<!--", 4) == 0;
+}
+
+// `what` names the attribute; null: the element's text.
+template <typename number>
+static void check_number(const place& at, const char* what, const char* text, const parsed<number>& result)
+{
+    constexpr bool whole = std::numeric_limits<number>::is_integer;
+    if (result.has_digits && result.fits && is_nothing(result.rest, whole))
+        return;
+    const std::string start = (what != nullptr ? std::string(what) + " " : "") + quoted(text);
+    if (!result.fits && !whole)
+        warn(at, start + " is no finite number.");
+    else
+        warn(at, start + line_of(" is read as %.9g.", static_cast<double>(result.value)));
 }
 
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute)
@@ -92,15 +182,23 @@ const char* read_attribute(const place& at, const xml_node& node, const char* at
 bool read_int(const place& at, const xml_node& node, const char* attribute, int32_t& value)
 {
     const char* text = read_attribute(at, node, attribute);
-    value = text != nullptr ? int_of_text(text) : 0;
-    return text != nullptr;
+    if (text == nullptr)
+        return false;
+    const parsed<int32_t> result = parse_int(text);
+    check_number(at, attribute, text, result);
+    value = result.value;
+    return true;
 }
 
 bool read_real(const place& at, const xml_node& node, const char* attribute, float& value)
 {
     const char* text = read_attribute(at, node, attribute);
-    value = text != nullptr ? real_of_text(text) : 0.0f;
-    return text != nullptr;
+    if (text == nullptr)
+        return false;
+    const parsed<float> result = parse_real(text);
+    check_number(at, attribute, text, result);
+    value = result.value;
+    return true;
 }
 
 bool read_handle(const place& at, const xml_node& node, const char* attribute, uint32_t& handle)
@@ -121,7 +219,9 @@ bool read_text_int(const place& at, const xml_node& node, int32_t& value)
 {
     if (!has_number_text(at, node))
         return false;
-    value = int_of_text(node.text);
+    const parsed<int32_t> result = parse_int(node.text);
+    check_number(at, nullptr, node.text, result);
+    value = result.value;
     return true;
 }
 
@@ -129,7 +229,9 @@ bool read_text_real(const place& at, const xml_node& node, float& value)
 {
     if (!has_number_text(at, node))
         return false;
-    value = real_of_text(node.text);
+    const parsed<float> result = parse_real(node.text);
+    check_number(at, nullptr, node.text, result);
+    value = result.value;
     return true;
 }
 
@@ -138,8 +240,13 @@ bool read_animated(const place& at, const xml_node& node, animated_rule rule, an
     const char* type = read_attribute(at, node, "type");
     if (type == nullptr)
         return false;
-    const bool dynamic
-        = rule == dynamic_if_named ? std::strcmp(type, "dynamic") == 0 : std::strcmp(type, "static") != 0;
+    const bool named_dynamic = std::strcmp(type, "dynamic") == 0;
+    const bool named_static = std::strcmp(type, "static") == 0;
+    const bool dynamic = rule == dynamic_if_named ? named_dynamic : !named_static;
+    if (!named_dynamic && !named_static)
+        warn(at,
+            "type " + quoted(type) + " is neither \"static\" nor \"dynamic\": it acts as \""
+                + (dynamic ? "dynamic" : "static") + "\".");
     value.dynamic = dynamic ? 1 : 0;
     if (!dynamic)
         return read_real(at, node, "value", value.value);
@@ -168,7 +275,7 @@ bool read_byte(const place& at, const xml_node& node, const char* attribute, uin
     return true;
 }
 
-bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& format, uint8_t& filter)
+bool read_format_and_filter(const place& at, const xml_node& node, const char* above, uint8_t& format, uint8_t& filter)
 {
     int32_t format_number = 0;
     if (!read_int(at, node, "texture_format", format_number) || !read_byte(at, node, "texture_filter", filter))
@@ -177,6 +284,8 @@ bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& form
     if (format_number < 0 || format_number > last_format)
         return fail(at, line_of("texture_format %d is outside 0..%d.", format_number, last_format));
     format = static_cast<uint8_t>(format_number);
+    constexpr uint8_t last_filter = 2; // with mipmaps
+    check_choice(at, "texture_filter", filter, last_filter, above);
     return true;
 }
 
@@ -196,14 +305,30 @@ bool need_children(const place& at, const xml_node& node, uint32_t needed)
     return count >= needed || fail(at, line_of("too few children: %u of %u.", count, needed));
 }
 
-void copy_name(char* field, uint32_t size, const char* text)
+void check_child_count(const place& at, const xml_node& node, uint32_t read)
 {
-    std::memset(field, 0, size);
-    if (text != nullptr)
-        std::memcpy(field, text, strnlen(text, size - 1));
+    if (const uint32_t count = count_children(node); count > read)
+        warn(at, line_of("too many children: %u of %u; the others are not read.", count, read));
 }
 
-bool read_function_handles(const place& at, const xml_node& node, uint32_t* handles, uint32_t capacity)
+void check_parameter_count(const place& at, const char* kind, uint32_t given, uint32_t takes)
+{
+    if (given < takes)
+        warn(at, line_of("too few parameters of \"%s\": %u of %u; the others are 0.", kind, given, takes));
+}
+
+void copy_name(const place& at, char* field, uint32_t size, const char* text)
+{
+    std::memset(field, 0, size);
+    if (text == nullptr)
+        return;
+    const size_t length = strnlen(text, size);
+    std::memcpy(field, text, std::min<size_t>(length, size - 1));
+    if (length == size)
+        warn(at, "name " + quoted(text) + line_of(" is cut to %u bytes.", size - 1));
+}
+
+bool read_function_handles(const place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles)
 {
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr && is_named(*child, "p");
@@ -212,11 +337,13 @@ bool read_function_handles(const place& at, const xml_node& node, uint32_t* hand
         int32_t value = 0;
         if (!read_text_int(here, *child, value))
             return false;
-        if (index >= capacity)
+        if (index >= parameters.capacity)
             continue;
         handles[index] = static_cast<uint32_t>(value);
         check_handle(here, at.reader.target->function_table, "function", handles[index]);
     }
+    check_parameter_count(at, parameters.kind, index, parameters.takes);
+    check_child_count(at, node, std::min(index, parameters.capacity));
     return true;
 }
 

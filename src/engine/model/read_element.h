@@ -21,28 +21,43 @@ struct place {
     document_reader& reader;
     uint32_t section;   // number of the section, from 1
     const place* outer; // null: the record itself
-    const char* name;   // "record", "object", "red"
+    const char* name;   // "record", "object", "red"; null: the section itself
     uint32_t number;    // from 1; 0: the name stands alone
 };
 
+place place_of_section(document_reader& reader, uint32_t section);
 place place_of_record(document_reader& reader, uint32_t section, uint32_t record);
 place place_of_part(const place& outer, const char* name, uint32_t number = 0);
+
+// Adds "Error: demo.xmlz: WHAT" or "Warning: demo.xmlz: WHAT". Warnings are counted, and the
+// first 4096 kept.
+void add_problem(document_reader& reader, bool fatal, const std::string& what);
 
 // Adds "Error: demo.xmlz: section 13 (scenes), record 2, object 5: " and `what` as a
 // fatal problem. Always false.
 bool fail(const place& at, const std::string& what);
 
-// Adds the same line as a warning, which begins with "Warning: ".
+// Adds the same line as a warning, which begins with "Warning: ". A warning says what the
+// document asks for and the show will not do, and what it does instead.
 void warn(const place& at, const std::string& what);
 
-// A text of the document between double quotes, cut to 64 bytes; bytes that are not
-// printable ASCII become "?", so that a message stays one line. Null is "".
+// Warns of a number outside its catalogue: "WHAT N is outside 0..LAST: INSTEAD."
+void warn_outside(const place& at, const char* what, int64_t number, int64_t last, const char* instead);
+
+// Warns of "WHAT N" unless it is in the catalogue 0..last; true when it is.
+bool check_choice(const place& at, const char* what, int64_t number, int64_t last, const char* instead);
+
+// A text of the document between double quotes, as a terminal may show it, cut behind at
+// most 64 bytes and a whole letter. Null is "".
 std::string quoted(const char* text);
 
 // Like printf, into a string of at most 255 bytes.
 [[gnu::format(printf, 1, 2)]] std::string line_of(const char* format, ...);
 
 // ---- numbers --------------------------------------------------------------------
+//
+// Numbers with something else behind their digits, without digits, beyond 32 bits or not
+// finite are read all the same, and warned about.
 
 int32_t int_of_text(const char* text);
 float real_of_text(const char* text);
@@ -61,7 +76,7 @@ bool read_text_int(const place& at, const xml_node& node, int32_t& value);
 bool read_text_real(const place& at, const xml_node& node, float& value);
 
 // An animated element: a constant, or with `dynamic` a function's handle held as a float.
-// Warns when there is no such function; 0 is none too.
+// Warns when there is no such function, 0 included, and of every type but "static" and "dynamic".
 enum animated_rule {
     dynamic_if_named,     // only the type "dynamic" is
     dynamic_unless_static // every type but "static" is
@@ -75,8 +90,9 @@ bool read_function_value(const place& at, const xml_node& node, float& value);
 // is asked about such a number is asked about its byte.
 bool read_byte(const place& at, const xml_node& node, const char* attribute, uint8_t& value);
 
-// `texture_format`, fatal outside 0..8, and `texture_filter`, a byte.
-bool read_format_and_filter(const place& at, const xml_node& node, uint8_t& format, uint8_t& filter);
+// `texture_format`, fatal outside 0..8, and `texture_filter`, a byte: above 2 it does what
+// `above` says, with a warning.
+bool read_format_and_filter(const place& at, const xml_node& node, const char* above, uint8_t& format, uint8_t& filter);
 
 // ---- children -------------------------------------------------------------------
 
@@ -90,12 +106,26 @@ inline bool is_named(const xml_node& node, const char* name)
     return node.name != nullptr && std::strcmp(node.name, name) == 0;
 }
 
-// Copies at most size - 1 bytes and clears the rest. Null copies nothing.
-void copy_name(char* field, uint32_t size, const char* text);
+// Warns of children beyond the `read` ones.
+void check_child_count(const place& at, const xml_node& node, uint32_t read);
 
-// The handles in the leading children named "p"; beyond `capacity` they are read and
-// dropped. Handles of functions that do not exist are warned about, 0 is none.
-bool read_function_handles(const place& at, const xml_node& node, uint32_t* handles, uint32_t capacity);
+// Warns when a kind, called `kind`, gets fewer than the `takes` parameters of its
+// catalogue: those missing are 0.
+void check_parameter_count(const place& at, const char* kind, uint32_t given, uint32_t takes);
+
+// Copies at most size - 1 bytes, with a warning when there are more, and clears the rest.
+// Null copies nothing.
+void copy_name(const place& at, char* field, uint32_t size, const char* text);
+
+// The handles in the leading children named "p" for the parameters of a kind; beyond
+// `capacity` they are read and dropped. Warns of handles of functions that do not exist (0 is
+// none), of fewer than the kind `takes`, and of those dropped.
+struct parameter_list {
+    const char* kind; // its name in the catalogue
+    uint32_t takes;
+    uint32_t capacity;
+};
+bool read_function_handles(const place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles);
 
 // ---- references -----------------------------------------------------------------
 

@@ -28,6 +28,9 @@ bool read_track(const place& at, const xml_node& node, uint32_t track);
 // After section 2: what nodes and generated images the nodes name.
 void check_texture_nodes(document_reader& reader);
 
+// After section 14: a timeline that shows nothing, and tracks beyond the last.
+void check_timeline(document_reader& reader);
+
 // After section 11: the materials of the glyphs.
 void check_glyph_materials(document_reader& reader);
 

@@ -1,6 +1,8 @@
 // Fonts, object references, materials, and what holds between them.
 #include "model/read_sections.h"
 
+#include "model/catalogues.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
@@ -30,6 +32,7 @@ bool read_font(const place& at, const xml_node& node)
         if (record_table_get(d.mesh_table, model) == nullptr)
             model = 0; // a blank, also to the pen
     }
+    check_child_count(at, node, glyph_count);
     return true;
 }
 
@@ -120,11 +123,22 @@ static bool read_flag(const place& at, const xml_node& node, uint8_t& flag)
     return true;
 }
 
+static bool read_blend_function(const place& at, const xml_node& node, uint8_t& blend_function)
+{
+    if (!read_byte(at, node, "value", blend_function))
+        return false;
+    check_choice(at, "blend_function", blend_function, std::size(blend_functions) - 1,
+        "the blending of the material before stays");
+    return true;
+}
+
 static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype)
 {
     if (!read_byte(at, node, "value", fogtype))
         return false;
-    fogtype = std::min<uint8_t>(fogtype, 2); // only 0 is no fog
+    constexpr uint8_t last = std::size(quality_hints) - 1;
+    check_choice(at, "fogtype", fogtype, last, "it acts as 2");
+    fogtype = std::min(fogtype, last); // only 0 is no fog
     return true;
 }
 
@@ -174,9 +188,31 @@ static void check_texture(const place& material, const char* setting, uint32_t h
     warn(at, line_of("kind %d is no texture.", reference->type));
 }
 
-static uint8_t in_range_or_zero(uint8_t value, uint8_t last)
+// A mode of a unit: what its catalogue lacks acts as 0.
+static uint8_t known_mode(const place& at, const char* what, uint8_t mode, uint8_t last)
 {
-    return value <= last ? value : 0;
+    return check_choice(at, what, mode, last, "it acts as 0") ? mode : 0;
+}
+
+// Modes of the unit's own list, and those of the long one that mean one of them.
+static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
+{
+    static constexpr uint8_t own_modes[texture_unit_count] = {4, 6, 7};
+    const bool of_long_list
+        = function < std::size(combine_functions) && (unit == 0 ? function >= 7 : unit == 1 && function == 6);
+    if (function >= own_modes[unit] && !of_long_list)
+        warn(at, line_of("function %u is no combine mode of unit %u: it acts as 0.", function, unit + 1));
+}
+
+// Reflections that are fixed in the world and cube maps need each other.
+static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode)
+{
+    const auto* reference = table_record<object_reference>(at.reader.target->object_table, handle);
+    if (reference == nullptr || (reference->type == texture_cube) == (cgenmode == coordinates_cube))
+        return;
+    warn(at,
+        line_of("cgenmode %u %s a cube map: with shaders the material draws nothing.", cgenmode,
+            cgenmode == coordinates_cube ? "without" : "with"));
 }
 
 static bool read_texture_unit(const place& at, const xml_node& node, material_record& material, uint32_t unit)
@@ -189,11 +225,13 @@ static bool read_texture_unit(const place& at, const xml_node& node, material_re
         || !read_byte(at, node, "cgenmode", cgenmode) || !read_byte(at, node, "rotation", rotation)
         || !read_byte(at, node, "function", function))
         return false;
-    material.wrapmode[unit] = in_range_or_zero(wrapmode, 1);
-    material.cgenmode[unit] = in_range_or_zero(cgenmode, coordinates_cube);
+    material.wrapmode[unit] = known_mode(at, "wrapmode", wrapmode, std::size(wrap_modes) - 1);
+    material.cgenmode[unit] = known_mode(at, "cgenmode", cgenmode, coordinates_cube);
     material.rotation[unit] = rotation != 0 ? 1 : 0;
     material.combine_mode[unit] = combine_mode_of_unit(unit, function);
+    check_combine_mode(at, unit, function);
     check_texture(*at.outer, at.name, material.texture[unit]);
+    check_coordinates(at, material.texture[unit], material.cgenmode[unit]);
     return true;
 }
 
@@ -232,7 +270,7 @@ static bool read_setting(const place& at, setting_kind kind, const xml_node& nod
     case setting_wireframe:
         return read_flag(at, node, m.wireframe);
     case setting_blend_function:
-        return read_byte(at, node, "value", m.blend_function); // above 4: sets nothing
+        return read_blend_function(at, node, m.blend_function);
     case setting_red:
     case setting_green:
     case setting_blue:
@@ -267,7 +305,21 @@ static bool read_setting(const place& at, setting_kind kind, const xml_node& nod
     case setting_kind_count:
         break;
     }
-    return true; // unknown names are passed over
+    return true;
+}
+
+// What the settings together ask for and do not get.
+static void check_material(const place& at, const material_record& m)
+{
+    for (uint32_t unit = 1; unit < texture_unit_count; ++unit)
+        if (m.texture[unit] != 0 && m.texture[unit - 1] == 0)
+            warn(at, line_of("texture%u is not used: texture%u is empty.", unit + 1, unit));
+    if (m.light2 != 0 && m.light1 == 0)
+        warn(at, "light2 without light1 lights only with shaders.");
+    if (m.enable_glsl != 0 && (m.custom_vertex_shader == nullptr) != (m.custom_fragment_shader == nullptr))
+        warn(at,
+            line_of("the %s shader without the other is not used.",
+                m.custom_vertex_shader != nullptr ? "vertex" : "fragment"));
 }
 
 bool read_material(const place& at, const xml_node& node)
@@ -275,11 +327,20 @@ bool read_material(const place& at, const xml_node& node)
     material_record* material = add_record<material_record>(at, at.reader.target->material_table);
     if (material == nullptr)
         return false;
+    bool seen[setting_kind_count] = {};
     for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling) {
         const setting_kind kind = kind_of_setting(*child);
-        const char* name = kind < setting_kind_count ? setting_names[kind] : "setting";
-        if (!read_setting(place_of_part(at, name), kind, *child, *material))
+        if (kind == setting_kind_count) {
+            warn(at, "setting " + quoted(child->name) + " is unknown.");
+            continue;
+        }
+        const place here = place_of_part(at, setting_names[kind]);
+        if (seen[kind])
+            warn(here, "the setting stands here again, and the last one counts.");
+        seen[kind] = true;
+        if (!read_setting(here, kind, *child, *material))
             return false;
     }
+    check_material(at, *material);
     return true;
 }

@@ -15,6 +15,15 @@ struct entry_bytes {
     uint32_t size;
 };
 
+// The empty name takes the first slot unseen: what the pack begins with.
+static const char* read_entry_name(const place& at, const xml_node& node, const char* attribute)
+{
+    const char* name = read_attribute(at, node, attribute);
+    if (name != nullptr && name[0] == 0)
+        warn(at, "attribute " + quoted(attribute) + " is empty: the first entry of the pack is taken.");
+    return name;
+}
+
 static bool read_entry(const place& at, const char* name, entry_bytes& entry)
 {
     uint8_t* bytes = nullptr;
@@ -44,10 +53,19 @@ static bool count_unfolded(const place& at, uint64_t bytes)
 
 // ---- meshes -----------------------------------------------------------------------
 
+// Bytes behind the last whole triangle.
+static void check_mesh_end(const place& at, const char* name, uint32_t size, const mesh_arrays& arrays)
+{
+    const auto* end = reinterpret_cast<const uint8_t*>(arrays.indices + arrays.index_count);
+    const auto used = static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
+    if (used < size)
+        warn(at, quoted(name) + line_of(": the last bytes, %u, make no triangle and are dropped.", size - used));
+}
+
 bool read_mesh(const place& at, const xml_node& node)
 {
     mesh_record* mesh = add_record<mesh_record>(at, at.reader.target->mesh_table);
-    const char* name = mesh != nullptr ? read_attribute(at, node, "filename") : nullptr;
+    const char* name = mesh != nullptr ? read_entry_name(at, node, "filename") : nullptr;
     entry_bytes entry{};
     if (name == nullptr || !read_entry(at, name, entry))
         return false;
@@ -56,6 +74,7 @@ bool read_mesh(const place& at, const xml_node& node)
         return fail(at, "entry " + quoted(name) + " " + xmlz_status_text(status) + ".");
     if (const std::string fault = lay_out_mesh(mesh->data, size, mesh->arrays); !fault.empty())
         return fail(at, quoted(name) + " is not a mesh: " + fault + ".");
+    check_mesh_end(at, name, size, mesh->arrays);
     return count_unfolded(at, size);
 }
 
@@ -90,18 +109,24 @@ static uint8_t* read_level(const place& at, const char* image_name, uint32_t lev
     uint32_t width = 0;
     uint32_t height = 0;
     decoded_image decoded{};
-    if (measure_image(bytes, size, width, height) != image_decoded || width != image.width >> level
-        || height != image.height >> level || decode_image(bytes, size, image.components, decoded) != image_decoded)
-        return nullptr;
-    return decoded.pixels;
+    if (measure_image(bytes, size, width, height) == image_decoded && width == image.width >> level
+        && height == image.height >> level && decode_image(bytes, size, image.components, decoded) == image_decoded)
+        return decoded.pixels;
+    if (image.texture_filter >= 2) // others have no use for levels
+        warn(at,
+            quoted(name.text)
+                + line_of(" is no picture of %u x %u pixels: the level is computed.", image.width >> level,
+                    image.height >> level));
+    return nullptr;
 }
 
 bool read_image_texture(const place& at, const xml_node& node)
 {
     image_texture* texture = add_record<image_texture>(at, at.reader.target->image_texture_table);
-    const char* name = texture != nullptr ? read_attribute(at, node, "filename") : nullptr;
+    const char* name = texture != nullptr ? read_entry_name(at, node, "filename") : nullptr;
     decoded_image image{};
-    if (name == nullptr || !read_format_and_filter(at, node, texture->texture_format, texture->texture_filter)
+    if (name == nullptr
+        || !read_format_and_filter(at, node, "it acts as 2", texture->texture_format, texture->texture_filter)
         || !decode_entry(at, name, image))
         return false;
     texture->width = image.width;
@@ -137,11 +162,11 @@ bool read_cube_map(const place& at, const xml_node& node)
     cube_map* cube = add_record<cube_map>(at, at.reader.target->cube_map_table);
     const char* entry_names[cube_face_count] = {};
     for (uint32_t face = 0; face < cube_face_count; ++face) {
-        entry_names[face] = cube != nullptr ? read_attribute(at, node, face_names[face]) : nullptr;
+        entry_names[face] = cube != nullptr ? read_entry_name(at, node, face_names[face]) : nullptr;
         if (entry_names[face] == nullptr)
             return false;
     }
-    if (!read_format_and_filter(at, node, cube->texture_format, cube->texture_filter))
+    if (!read_format_and_filter(at, node, "it acts as 2", cube->texture_format, cube->texture_filter))
         return false;
     for (uint32_t face = 0; face < cube_face_count; ++face) {
         if (!read_face(place_of_part(at, face_names[face]), entry_names[face], *cube, face))

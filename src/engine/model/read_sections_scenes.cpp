@@ -2,9 +2,14 @@
 #include "model/read_sections.h"
 
 #include "content/numbers.h"
+#include "model/catalogues.h"
+#include "model/glyphs.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+
+constexpr uint32_t most_copies = 131072; // that manipulators make of one object, effects/manipulator.h
 
 // ---- mesh effects -----------------------------------------------------------------
 
@@ -17,8 +22,9 @@ bool read_effect(const place& at, const xml_node& node)
     if (type < 0 || type >= static_cast<int32_t>(mesh_effect_kind_count))
         return fail(at, line_of("type %d is no effect.", type));
     effect->type = static_cast<uint32_t>(type);
-    copy_name(effect->name, sizeof(effect->name), xml_get_attribute(&node, "name"));
-    return read_function_handles(at, node, effect->functions, max_mesh_effect_params);
+    copy_name(at, effect->name, sizeof(effect->name), xml_get_attribute(&node, "name"));
+    const effect_type_entry& entry = effect_types[type];
+    return read_function_handles(at, node, {entry.name, entry.param_count, max_mesh_effect_params}, effect->functions);
 }
 
 // ---- manipulators -------------------------------------------------------------------
@@ -28,8 +34,10 @@ static void check_manipulator_model(const place& at, const manipulator_record& m
     const document& d = *at.reader.target;
     if (manipulator.model_type == object_model)
         check_handle(at, d.mesh_table, "model", manipulator.model);
-    if (manipulator.model_type == object_genmesh)
+    else if (manipulator.model_type == object_genmesh)
         check_handle(at, d.effect_table, "model", manipulator.model);
+    else
+        warn_outside(at, "the model's type", manipulator.model_type, object_genmesh, "there is no model");
 }
 
 // The model that a placer puts copies on: reals, truncated.
@@ -45,6 +53,18 @@ static bool read_manipulator_model(const place& at, const xml_node& node, manipu
     return true;
 }
 
+static void check_manipulator(const place& at, const manipulator_record& manipulator, uint32_t params)
+{
+    const manipulator_entry& entry = manipulators[manipulator.type];
+    check_parameter_count(at, entry.name, params, entry.param_count);
+    if (params > entry.param_count)
+        warn(at,
+            line_of("too many parameters of \"%s\": %u of %u; the others are not used.", entry.name, params,
+                entry.param_count));
+    if (entry.places_model != 0 && manipulator.model == 0)
+        warn(at, line_of("\"%s\" without a model changes nothing.", entry.name));
+}
+
 static bool read_manipulator(const place& at, const xml_node& node, manipulator_record& manipulator)
 {
     if (!read_int(at, node, "type", manipulator.type))
@@ -57,13 +77,15 @@ static bool read_manipulator(const place& at, const xml_node& node, manipulator_
             return false;
         child = child->next_sibling;
     }
-    for (uint32_t index = 0; child != nullptr; child = child->next_sibling, ++index) {
+    uint32_t index = 0;
+    for (; child != nullptr; child = child->next_sibling, ++index) {
         animated_value value{};
         if (!read_animated(place_of_part(at, "parameter", index + 1), *child, dynamic_if_named, value))
             return false;
         if (index < max_manipulator_params)
             manipulator.params[index] = value;
     }
+    check_manipulator(at, manipulator, index);
     return true;
 }
 
@@ -80,7 +102,77 @@ static bool read_manipulators(const place& at, const xml_node& container, scene_
     return true;
 }
 
+// How many copies a manipulator makes of each place, as far as constants tell: of a number
+// that moves, and of a model without known vertices, 1. 0: none, which has been warned about.
+static double constant_copies(const place& at, const manipulator_record& manipulator)
+{
+    if (manipulator.type == manipulator_model_placer) {
+        const auto* mesh = table_record<mesh_record>(at.reader.target->mesh_table, manipulator.model);
+        return mesh != nullptr && manipulator.model_type == object_model ? mesh->arrays.vertex_count : 1;
+    }
+    uint32_t numbers = 0; // of copies, the first parameters
+    if (manipulator.type == manipulator_xyz_multiplier)
+        numbers = 3;
+    if (manipulator.type == manipulator_x_multiplier)
+        numbers = 1;
+    double copies = 1;
+    for (uint32_t index = 0; index < numbers; ++index) {
+        const animated_value& param = manipulator.params[index];
+        const int32_t number = param.dynamic != 0 ? 1 : truncate_to_int(static_cast<double>(param.value));
+        if (number < 1)
+            warn(at,
+                line_of("%s %d makes no copy: the object is not drawn.",
+                    quoted(manipulators[manipulator.type].param_name[index]).c_str(), number));
+        copies *= std::max(number, 0);
+    }
+    return copies;
+}
+
+static void check_copies(const place& at, const scene_object& object)
+{
+    double copies = 1;
+    for (uint32_t index = 0; index < object.manipulator_count; ++index)
+        copies *= constant_copies(place_of_part(at, "manipulator", index + 1), object.manipulators[index]);
+    if (copies > most_copies)
+        warn(at, line_of("its manipulators make %.0f copies; the first %u are drawn.", copies, most_copies));
+}
+
 // ---- scene objects --------------------------------------------------------------------
+
+// The length in bytes of what a text shows by one glyph, or cannot show.
+static uint32_t letter_length(const char* text, uint32_t left)
+{
+    uint32_t length = 1;
+    if (glyph_of_byte(static_cast<uint8_t>(*text)) == glyph_lead_byte)
+        return std::min(2u, left);
+    while (length < left && (static_cast<uint8_t>(text[length]) & 0xC0) == 0x80)
+        ++length;
+    return length;
+}
+
+static bool has_glyph(const char* letter, uint32_t length)
+{
+    const uint8_t glyph = glyph_of_byte(static_cast<uint8_t>(letter[0]));
+    if (glyph != glyph_lead_byte)
+        return glyph != glyph_none;
+    return length == 2 && glyph_of_second_byte(static_cast<uint8_t>(letter[1])) != glyph_none;
+}
+
+// `text` is the document's, of which the object keeps the first bytes.
+static void check_text(const place& at, const char* text, const scene_object& object)
+{
+    const auto kept = static_cast<uint32_t>(strnlen(object.text, scene_text_size));
+    if (text[kept] != 0)
+        warn(at, "text " + quoted(text) + line_of(" is cut to %u bytes.", scene_text_size));
+    for (uint32_t i = 0; i < kept;) {
+        const uint32_t length = letter_length(object.text + i, kept - i);
+        if (!has_glyph(object.text + i, length)) {
+            const std::string letter(object.text + i, length);
+            return warn(at, "text " + quoted(text) + ": there is no glyph for " + quoted(letter.c_str()) + ".");
+        }
+        i += length;
+    }
+}
 
 static bool read_object_attributes(const place& at, const xml_node& node, scene_object& object)
 {
@@ -91,13 +183,27 @@ static bool read_object_attributes(const place& at, const xml_node& node, scene_
     if (text == nullptr)
         return false;
     std::memcpy(object.text, text, strnlen(text, scene_text_size)); // no terminator when it is 32 long
+    if (object.type == object_text)
+        check_text(at, text, object);
     return true;
+}
+
+// What must be there for anything to be drawn, where the object asks for it.
+static void check_drawable(const place& at, const scene_object& object)
+{
+    if (!check_choice(at, "type", object.type, std::size(object_kinds) - 1, "nothing is drawn"))
+        return;
+    if (object.type == object_model && object.object != 0 && object.material == 0)
+        warn(at, "a model without a material is not drawn.");
+    if (object.type == object_text && object.text[0] != 0 && object.font == 0)
+        warn(at, "a text without a font is not drawn.");
 }
 
 // The object's reference in the sense that drawing gives it.
 static void check_scene_object(const place& at, const scene_object& object)
 {
     const document& d = *at.reader.target;
+    check_drawable(at, object);
     if (object.object != 0 && (object.type == object_model || object.type == object_genmesh)) {
         const record_table* table = object.type == object_model ? d.mesh_table : d.effect_table;
         if (record_table_get(table, resolve_scene_object(d, object)) == nullptr)
@@ -131,7 +237,12 @@ static bool read_scene_object(const place& at, const xml_node& node, scene_objec
     if (!read_int(place_of_part(at, "camera facing"), *child, "value", mark))
         return false;
     camera_facing = mark == 1;
-    return read_manipulators(at, *child->next_sibling, object);
+    check_choice(place_of_part(at, "camera facing"), "value", mark, 1, "it acts as 0");
+    check_child_count(at, node, child_count);
+    if (!read_manipulators(at, *child->next_sibling, object))
+        return false;
+    check_copies(at, object);
+    return true;
 }
 
 // ---- scenes -----------------------------------------------------------------------------
@@ -155,7 +266,7 @@ bool read_scene(const place& at, const xml_node& node)
     scene_record* scene = add_record<scene_record>(at, at.reader.target->scene_table);
     if (scene == nullptr || !allocate_objects(at, node, *scene))
         return false;
-    copy_name(scene->name, sizeof(scene->name), xml_get_attribute(&node, "name"));
+    copy_name(at, scene->name, sizeof(scene->name), xml_get_attribute(&node, "name"));
     const xml_node* child = node.first_child;
     for (uint32_t index = 0; index < scene->object_count; ++index, child = child->next_sibling) {
         bool camera_facing = false;

@@ -2,8 +2,10 @@
 #include "model/read_sections.h"
 
 #include "model/catalogues.h"
+#include "model/node_graph.h"
 
 #include <cstdlib>
+#include <iterator>
 
 // ---- generated images -------------------------------------------------------------
 
@@ -27,6 +29,15 @@ static generated_image* add_generated_image(const place& at)
     return &image;
 }
 
+// A colour is three parameters, a number one.
+static void check_generator(const place& at, int32_t kind, uint32_t params)
+{
+    if (!check_choice(at, "type", kind, generator_kind_count - 1, "the image is black"))
+        return;
+    const texture_generator_entry& entry = texture_generators[kind];
+    check_parameter_count(at, entry.name, params, 3 * entry.colour_count + entry.number_count);
+}
+
 bool read_generated_image(const place& at, const xml_node& node)
 {
     generated_image* image = add_generated_image(at);
@@ -39,6 +50,7 @@ bool read_generated_image(const place& at, const xml_node& node)
         if (!read_text_real(place_of_part(at, "parameter", index + 1), *child, image->params.values[index]))
             return false;
     }
+    check_generator(at, image->params.kind, index);
     return true;
 }
 
@@ -67,6 +79,27 @@ static bool add_output(const place& at, const xml_node& child, texture_node& nod
 // Everything behind the first child: "input", every "output" that follows it, and
 // parameters, of which the first nine are kept. An "output" behind a parameter is a
 // parameter too.
+// The entry of a node's operation; null for codes that compute nothing.
+static const texture_operation_entry* operation_of(uint8_t code)
+{
+    if (code >= node_add_image && code <= node_minimum_image)
+        return &image_operations[code - node_add_image];
+    if (code >= node_invert && code <= node_min_2)
+        return &node_operations[code - node_invert];
+    return nullptr;
+}
+
+static void check_operation(const place& at, const texture_node& node, uint32_t params)
+{
+    const texture_operation_entry* operation = operation_of(node.type);
+    if (operation == nullptr)
+        warn(at, line_of("type %d is no operation: the node computes nothing.", node.type));
+    else
+        check_parameter_count(at, operation->name, params, operation->param_count);
+    if (params > max_node_values)
+        warn(at, line_of("too many parameters: %u of %u; the others are dropped.", params, max_node_values));
+}
+
 static bool read_node_connections(const place& at, const xml_node* child, texture_node& node)
 {
     if (child != nullptr && is_named(*child, "input")) {
@@ -78,13 +111,15 @@ static bool read_node_connections(const place& at, const xml_node* child, textur
         if (!add_output(at, *child, node))
             return false;
     }
-    for (uint32_t index = 0; child != nullptr; child = child->next_sibling, ++index) {
+    uint32_t index = 0;
+    for (; child != nullptr; child = child->next_sibling, ++index) {
         float value = 0.0f;
         if (!read_text_real(place_of_part(at, "parameter", index + 1), *child, value))
             return false;
         if (index < max_node_values)
             node.values[index] = value;
     }
+    check_operation(at, node, index);
     return true;
 }
 
@@ -96,13 +131,16 @@ bool read_texture_node(const place& at, const xml_node& element)
     node->state = node_pending;
     const char* name = read_attribute(at, element, "name");
     if (name == nullptr || !read_byte(at, element, "type", node->type)
-        || !read_format_and_filter(at, element, node->texture_format, node->texture_filter))
+        || !read_format_and_filter(
+            at, element, "the texture asks for mipmaps and has none", node->texture_format, node->texture_filter))
         return false;
-    copy_name(node->name, sizeof(node->name), name);
+    copy_name(at, node->name, sizeof(node->name), name);
     if (!need_children(at, element, 1) || !read_input(at, "input1", *element.first_child, node->input1))
         return false;
-    if (node->type == node_output)
-        return true; // its other children are not read
+    if (node->type == node_output) {
+        check_child_count(at, element, 1);
+        return true;
+    }
     if (node->type < node_invert && !read_handle(at, element, "layer_id", node->layer_id))
         return false;
     return read_node_connections(at, element.first_child->next_sibling, *node);
@@ -127,12 +165,13 @@ void check_texture_nodes(document_reader& reader)
         if (const auto* node = table_record<texture_node>(d.texture_table, record))
             check_texture_node(place_of_record(reader, section_texture_nodes, record), d, *node);
     }
+    check_node_graph(reader);
 }
 
 // ---- dynamic textures ---------------------------------------------------------------
 
-// 512 has no name of its own: every other text means it.
-static uint32_t side_of_resolution(const char* text)
+// Every other text means 512, too.
+static uint32_t side_of_resolution(const place& at, const char* text)
 {
     if (std::strcmp(text, "64x64") == 0)
         return 64;
@@ -140,7 +179,18 @@ static uint32_t side_of_resolution(const char* text)
         return 128;
     if (std::strcmp(text, "256x256") == 0)
         return 256;
+    if (std::strcmp(text, "512x512") != 0)
+        warn(at, "resolution " + quoted(text) + " is unknown: the texture is 512 x 512.");
     return 512;
+}
+
+static uint32_t read_bpp(const place& at, const char* text)
+{
+    if (std::strcmp(text, "8") == 0)
+        return 8;
+    if (std::strcmp(text, "24") != 0)
+        warn(at, "bpp " + quoted(text) + " acts as \"24\".");
+    return 24;
 }
 
 bool read_dynamic_texture(const place& at, const xml_node& node)
@@ -151,7 +201,7 @@ bool read_dynamic_texture(const place& at, const xml_node& node)
     const char* name = read_attribute(at, node, "name");
     int32_t type = 0;
     if (name == nullptr || !read_int(at, node, "type", type)
-        || !read_format_and_filter(at, node, texture->texture_format, texture->texture_filter))
+        || !read_format_and_filter(at, node, "it acts as 1", texture->texture_format, texture->texture_filter))
         return false;
     if (type < 0 || type >= static_cast<int32_t>(effect_2d_kind_count))
         return fail(at, line_of("type %d is no 2-D effect.", type));
@@ -159,10 +209,12 @@ bool read_dynamic_texture(const place& at, const xml_node& node)
     const char* bpp = resolution != nullptr ? read_attribute(at, node, "bpp") : nullptr;
     if (bpp == nullptr)
         return false;
-    copy_name(texture->name, sizeof(texture->name), name);
+    copy_name(at, texture->name, sizeof(texture->name), name);
     texture->type = static_cast<uint32_t>(type);
-    texture->width = texture->height = side_of_resolution(resolution);
-    texture->bpp = std::strcmp(bpp, "8") == 0 ? 8 : 24;
-    return effect2d_param_count(texture->type) == 0
-        || read_function_handles(at, node, texture->functions, max_effect_2d_params);
+    texture->width = texture->height = side_of_resolution(at, resolution);
+    texture->bpp = read_bpp(at, bpp);
+    if (type == effect_2d_normalmap && texture->bpp == 8)
+        warn(at, line_of("\"%s\" with 8 bits a pixel stays black.", effects_2d[type].name));
+    const parameter_list parameters = {effects_2d[type].name, effects_2d[type].param_count, max_effect_2d_params};
+    return effect2d_param_count(texture->type) == 0 || read_function_handles(at, node, parameters, texture->functions);
 }

@@ -35,6 +35,10 @@ static bool read_layer_attributes(const place& at, const xml_node& node, layer_r
 static void check_layer(const place& at, const layer_record& layer)
 {
     const document& d = *at.reader.target;
+    check_choice(at, "type", static_cast<int32_t>(layer.type), render_mode_count - 1,
+        "it acts as 2, with a projection of its own");
+    if (const auto offset = static_cast<int32_t>(layer.offset); offset < 0)
+        warn(at, line_of("offset %d is negative: the time of its functions begins near its end.", offset));
     check_handle(at, d.scene_table, "id", layer.model_id);
     check_handle(at, d.image_texture_table, "rtex", layer.rtex);
     check_handle(at, d.transform_table, "clearcolor", layer.clearcolor);
@@ -51,6 +55,10 @@ static bool read_field_of_view(const place& at, const xml_node& node, uint8_t& m
         mode = fov_orthographic;
     if (std::strcmp(type, "dynamic") == 0)
         mode = fov_dynamic;
+    if (mode == fov_constant && std::strcmp(type, "static") != 0)
+        warn(at,
+            "type " + quoted(type)
+                + " is neither \"static\" nor \"dynamic\" nor \"ortographic\": it acts as \"static\".");
     return mode == fov_dynamic ? read_function_value(at, node, value) : read_real(at, node, "value", value);
 }
 
@@ -72,6 +80,7 @@ static bool read_camera(const place& at, const xml_node& node, layer_record& lay
 {
     if (!need_children(at, node, needed_camera_children))
         return false;
+    check_child_count(at, node, camera_value_count + 1);
     const xml_node* child = node.first_child;
     for (uint32_t index = 0; index <= camera_value_count && child != nullptr; ++index, child = child->next_sibling) {
         if (!read_camera_value(place_of_part(at, "value", index + 1), *child, layer, index))
@@ -88,8 +97,20 @@ static bool enter_layer(const place& at, const layer_record& layer, uint32_t ind
     if (end > max_track_end)
         return fail(at, line_of("ends at %llu ticks, beyond %u.", static_cast<unsigned long long>(end), max_track_end));
     register_layer(start, static_cast<uint32_t>(end), index, track, t);
+    if (start % 100 != 0 && start / 100 == end / 100)
+        warn(at, "the clip is never shown: it begins within a second and ends before the next one.");
     at.reader.layer_start = static_cast<uint32_t>(end);
     return true;
+}
+
+void check_timeline(document_reader& reader)
+{
+    const timeline* t = reader.target->tracks;
+    const place at = place_of_section(reader, section_timeline);
+    if (t != nullptr && t->slot_layer[0][0] == no_layer)
+        warn(at, "track 1 has no clip in its first second: the show is over at once.");
+    if (reader.record > track_count)
+        warn(at, line_of("%u tracks: the first %u are read.", reader.record, track_count));
 }
 
 bool read_track(const place& at, const xml_node& node, uint32_t track)

@@ -1,7 +1,27 @@
 // Animation functions and value records.
 #include "model/read_sections.h"
 
+#include "content/numbers.h"
+#include "model/catalogues.h"
+
+#include <iterator>
+
 // ---- animation functions ----------------------------------------------------------
+
+// A spline takes up to twelve points, the others the parameters of their formula.
+static void check_segment(const place& at, int32_t type, int32_t length, uint32_t params)
+{
+    if (length < 0)
+        warn(at, line_of("length %d is negative: the segment has no end.", length));
+    if (!check_choice(at, "type", type, segment_kind_count - 1, "the function is 1 there"))
+        return;
+    if (type != segment_spline)
+        check_parameter_count(at, function_types[type].name, params, function_types[type].param_count);
+    else if (params < 2)
+        check_parameter_count(at, function_types[type].name, params, 2);
+    else if (params % 2 != 0)
+        warn(at, line_of("the last of %u numbers is the x of a point without y, which is 0.", params));
+}
 
 static bool read_segment(const place& at, const xml_node& node, animation_function& function, uint32_t index)
 {
@@ -16,7 +36,22 @@ static bool read_segment(const place& at, const xml_node& node, animation_functi
         if (!read_text_real(place_of_part(at, "parameter", param + 1), *child, function.segment_params[index][param]))
             return false;
     }
+    check_segment(at, function.segment_type[index], length, param);
     return true;
+}
+
+static void check_function(const place& at, const animation_function& function)
+{
+    check_choice(at, "type", function.value_type, std::size(parameter_kinds) - 1, "the player does not use it");
+    if (check_choice(at, "loop_type", function.loop_type, std::size(loop_modes) - 1, "the function does not loop")
+        && function.loop_type != loop_off
+        && truncate_to_int(static_cast<double>(function.loop_end))
+            <= truncate_to_int(static_cast<double>(function.loop_begin)))
+        warn(at,
+            line_of("loop_end %.9g does not lie behind loop_begin %.9g.", static_cast<double>(function.loop_end),
+                static_cast<double>(function.loop_begin)));
+    if (function.segment_count == 0)
+        warn(at, "no segments: the function is 1.");
 }
 
 bool read_function(const place& at, const xml_node& node)
@@ -38,6 +73,7 @@ bool read_function(const place& at, const xml_node& node)
             return false;
         function->segment_count = static_cast<uint8_t>(index + 1);
     }
+    check_function(at, *function);
     return true;
 }
 
@@ -59,6 +95,8 @@ bool read_value_record(const place& at, const xml_node& node)
     const xml_node& wrapper = *node.first_child;
     if (!need_children(place_of_part(at, "wrapper"), wrapper, value_count))
         return false;
+    check_child_count(at, node, 1);
+    check_child_count(place_of_part(at, "wrapper"), wrapper, value_count);
     const xml_node* child = wrapper.first_child;
     for (uint32_t index = 0; index < value_count; ++index, child = child->next_sibling) {
         animated_value value{};

@@ -98,16 +98,28 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
     }
 }
 
+// A document of many mistakes must not bury what else there is to read. Whoever wants all
+// of them finds them in the reader.
+constexpr size_t printed_warnings = 20;
+
 static void print_new_warnings(document_loader& loader)
 {
     const auto& problems = loader.reader.problems;
-    for (; loader.warnings_printed < problems.size(); ++loader.warnings_printed) {
-        const document_problem& problem = problems[loader.warnings_printed];
+    for (; loader.problems_seen < problems.size(); ++loader.problems_seen) {
+        const document_problem& problem = problems[loader.problems_seen];
         if (problem.fatal)
             loader.error = problem.text;
-        else
+        else if (loader.problems_seen < printed_warnings)
             std::fprintf(stderr, "%s\n", problem.text.c_str());
     }
+}
+
+static void print_count_of_the_rest(const document_reader& reader)
+{
+    if (reader.warning_count <= printed_warnings)
+        return;
+    const size_t left = reader.warning_count - printed_warnings;
+    std::fprintf(stderr, "Warning: %s: %zu more warning%s.\n", reader.target->name, left, left == 1 ? "" : "s");
 }
 
 read_step document_loader_step(document_loader& loader)
@@ -115,6 +127,8 @@ read_step document_loader_step(document_loader& loader)
     document_reader& reader = loader.reader;
     const read_step step = document_read_step(reader);
     print_new_warnings(loader);
+    if (step == read_done || step == read_failed)
+        print_count_of_the_rest(reader);
     if (step == read_record)
         make_record(*reader.target, reader.section, reader.handle, loader.options);
     if (step == read_section_end && reader.section == section_texture_nodes)

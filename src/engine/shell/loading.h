@@ -2,8 +2,9 @@
 //
 // One step reads one record and makes its pictures, OpenGL objects and programs;
 // between steps the caller may draw whatever it likes. Needs a current context, and
-// the cosine and maze tables. Lines: every warning goes to standard error as it
-// comes; a fatal problem is left in the loader for the caller to print.
+// the cosine and maze tables. Lines: the first twenty warnings of a document go to
+// standard error as they come, and at its end how many more there are; a fatal problem
+// is left in the loader for the caller to print.
 #pragma once
 
 #include "content/xml.h"
@@ -26,8 +27,8 @@ struct loading_options {
 struct document_loader {
     document_reader reader;
     loading_options options;
-    size_t warnings_printed;
-    std::string error; // the fatal line; empty while all is well
+    size_t problems_seen; // of the reader's: printed, or passed over
+    std::string error;    // the fatal line; empty while all is well
 };
 
 // Prepares to load the document of a tree into `target` (document_create).
