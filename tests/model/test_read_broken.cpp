@@ -155,3 +155,55 @@ TEST_CASE("a document of nothing but records without content fails at the first 
         CHECK(r.failed == !may_be_empty);
     }
 }
+
+// ---- which tag it was -------------------------------------------------------------------
+
+// A reading whose pack holds the text, too.
+static std::string refusal(const std::string& text)
+{
+    std::vector<pack_content> entries = complete_pack();
+    entries.push_back({"demo.xmlz", in_envelope(text)});
+    return fatal_line(reading(text, entries));
+}
+
+TEST_CASE("a refused document names the tag that was lost, with its line")
+{
+    const std::string whole = to_text(complete_document()); // section n stands in line n + 1
+    CHECK(refusal(whole) == "");
+    CHECK(refusal(with(whole, "</s5>", ""))
+        == "Error: demo.xmlz: too few sections: 5 of 14; <s5> of line 6 is not closed.\n");
+    CHECK(refusal(with(whole, "</s5>", "</s5></s5>"))
+        == "Error: demo.xmlz: too few sections: 5 of 14; </s5> of line 6 closes no element of its name.\n");
+    CHECK(refusal(with(whole, "</s5>", "</wrong>")) == ""); // any closing tag closes
+    CHECK(refusal(with(whole, "<s5>", "<s5><!--"))
+        == "Error: demo.xmlz: too few sections: 13 of 14; the comment of line 6 ends at its \"/>\", and the element "
+           "around it.\n");
+    CHECK(refusal(with(to_text({}, 13), "</s12>", "</s12><!-- "))
+        == "Error: demo.xmlz: too few sections: 12 of 14; the comment of line 13 does not end.\n");
+    CHECK(refusal(with(whole, "filename=\"cube.mesh\"", "filename=\"a>b\""))
+        == "Error: demo.xmlz: section 3 (meshes), record 1: attribute \"filename\" is missing; the value of "
+           "\"filename\" in "
+           "line 4 ends at its \">\".\n");
+    CHECK(refusal(with(whole, "id=\"2\"", "id='2'"))
+        == "Error: demo.xmlz: section 10 (objects), record 1: attribute \"id\" is missing; the value of \"id\" in line "
+           "11 "
+           "has no double quotes.\n");
+}
+
+TEST_CASE("names of tags cannot write on a terminal")
+{
+    std::string whole = to_text(complete_document());
+    for (const char* tag : {"<s5>", "</s5>"})
+        whole = with(whole, tag, tag[1] == '/' ? "" : "<\x1B[2J\x9B\xC3\xA9>");
+    CHECK(refusal(whole)
+        == "Error: demo.xmlz: too few sections: 5 of 14; <\\x1B[2J\\x9B\xC3\xA9> of line 6 is not closed.\n");
+}
+
+TEST_CASE("without its text in the pack a refused document is refused all the same")
+{
+    const std::string text = with(to_text(complete_document()), "</s5>", "");
+    CHECK(fatal_line(reading(text)) == "Error: demo.xmlz: too few sections: 5 of 14.\n");
+    std::vector<pack_content> entries = complete_pack();
+    entries.push_back({"demo.xmlz", "damaged"});
+    CHECK(fatal_line(reading(text, entries)) == "Error: demo.xmlz: too few sections: 5 of 14.\n");
+}

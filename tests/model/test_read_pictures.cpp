@@ -36,6 +36,15 @@ TEST_CASE("what is wrong with a mesh's entry is said in one line")
 {
     const std::string start = "Error: demo.xmlz: section 3 (meshes), record 1: ";
     CHECK(mesh_lines({}) == start + "entry \"x.mesh\" is missing.\n");
+    const std::string n31(31, 'n');
+    const auto named = [&](const std::string& name) {
+        document_text text = complete_document();
+        text.records[3] = "<mesh filename=\"" + name + "\"/>";
+        return fatal_line(reading(text));
+    };
+    CHECK(named(n31) == start + "entry \"" + n31 + "\" is missing.\n");
+    CHECK(named(n31 + "n") == start + "\"" + n31 + "n\" is longer than the 31 bytes of an entry's name.\n");
+    CHECK(named("f\xC3\xA9l.mesh") == start + "entry \"f\xC3\xA9l.mesh\" is missing.\n");
     CHECK(mesh_lines(with_mesh("")) == start + "entry \"x.mesh\" is damaged.\n");
     CHECK(mesh_lines(with_mesh("v 0.5 1.25 -3\nv 1 2 3\n"))
         == start + "entry \"x.mesh\" is not compressed (no envelope).\n");

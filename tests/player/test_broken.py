@@ -179,6 +179,14 @@ def thirteen_sections(show):
         b'<production>' + b''.join(b'<s%d/>' % n for n in range(1, 14)) + b'</production>')
 
 
+def lost_tag(show):
+    show.entries['demo.xmlz'] = in_envelope(show.text().replace('</generated_images>', '').encode())
+
+
+def single_quotes(show):
+    show.entries['demo.xmlz'] = in_envelope(show.text().replace('<image type="1">', "<image type='1'>").encode())
+
+
 OBJECT_1 = 'section 13 (scenes), record 1, object 1'
 
 # (what stands behind "Error: demo.xmlz: ", the change that brings it about)
@@ -186,7 +194,14 @@ FATAL = [
     # A document that is none.
     ('the document is damaged.', no_envelope),
     ('the document declares more than 256 MiB.', too_large),
+    ('the document is damaged.', lambda show: show.entries.update(
+        {'demo.xmlz': in_envelope(show.text().encode())[:-1]})),
+    ('the document is not compressed (no envelope).', lambda show: show.entries.update(
+        {'demo.xmlz': show.text().encode()})),
     ('too few sections: 13 of 14.', thirteen_sections),
+    ('too few sections: 1 of 14; <generated_images> of line 2 is not closed.', lost_tag),
+    ('section 1 (generated images), record 1: attribute "type" is missing; the value of "type" in line 3 has no double'
+     ' quotes.', single_quotes),
     # An attribute or a number that is missing, in every section.
     ('section 1 (generated images), record 2: attribute "type" is missing.', without(GENERATED_IMAGES, 2, 'type')),
     ('section 1 (generated images), record 1, parameter 2: the number is missing.',
@@ -247,6 +262,10 @@ FATAL = [
      first_object(lambda o: o.children[-1].children[1].attributes.update(type=4))),
     # Entries.
     ('section 3 (meshes), record 1: entry "mesh1" is missing.', missing_entry('mesh1')),
+    ('section 3 (meshes), record 1: "%s" is longer than the 31 bytes of an entry\'s name.' % ('m' * 32),
+     with_attribute(MESHES, 1, filename='m' * 32)),
+    ('section 3 (meshes), record 1: entry "fél\\x1B[2J.mesh" is missing.',
+     with_attribute(MESHES, 1, filename='fél\x1b[2J.mesh')),
     ('section 3 (meshes), record 1: entry "mesh1" is damaged.', entry('mesh1', in_envelope(quad())[:-1])),
     ('section 3 (meshes), record 1: entry "mesh1" is not compressed (no envelope).',
      entry('mesh1', b'v 0.5 1.25 -3\nv 1 2 3\n')),

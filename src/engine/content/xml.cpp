@@ -276,6 +276,139 @@ xml_node* xml_parse_bounded(const char* text, uint32_t max_items)
     return reader.root;
 }
 
+// ---- looking for faults ------------------------------------------------------------
+
+static constexpr uint32_t fault_max_items = 1u << 20;
+static constexpr size_t fault_max_depth = 64; // elements that a closing tag is compared with
+
+struct tag_start {
+    const xml_node* node; // whose name is there once its tag has been read
+    uint32_t line;
+};
+
+struct fault_search {
+    xml_reader reader;
+    std::vector<tag_start> open; // by their names, as far as they tell
+    uint32_t line;               // of the byte to be read
+    uint32_t comment_line;       // of the comment under way
+    xml_fault unclosed;          // the first of each kind
+    xml_fault stray;
+    xml_fault misread; // of a value or a comment
+    bool unbalanced;   // a closing tag came while nothing was open
+};
+
+static void note_fault(xml_fault& fault, xml_fault_kind kind, uint32_t line, const char* name, size_t length)
+{
+    if (fault.kind == xml_no_fault)
+        fault = {kind, line, std::string(name, length)};
+}
+
+static void note_unclosed(fault_search& search, const tag_start& element)
+{
+    const char* name = element.node->name ? element.node->name : "";
+    note_fault(search.unclosed, xml_unclosed_element, element.line, name, std::strlen(name));
+}
+
+// A closing tag, whose name stands at `name`. One of no open element closes the last one,
+// as the reader takes it: it may be no more than misspelt.
+static void close_by_name(fault_search& search, const char* name)
+{
+    const size_t length = std::strcspn(name, "> \t\r\n");
+    const auto is_meant = [name, length](const tag_start& element) {
+        return element.node->name && std::strlen(element.node->name) == length
+            && std::strncmp(element.node->name, name, length) == 0;
+    };
+    auto& open = search.open;
+    const auto outermost = open.rbegin() + static_cast<std::ptrdiff_t>(std::min(open.size(), fault_max_depth));
+    const auto meant = std::find_if(open.rbegin(), outermost, is_meant);
+    if (meant != outermost) {
+        if (meant != open.rbegin())
+            note_unclosed(search, open.back());
+        open.erase(meant.base() - 1, open.end());
+        return;
+    }
+    note_fault(search.stray, xml_stray_closing_tag, search.line, name, length);
+    search.unbalanced = search.unbalanced || open.empty();
+    if (!open.empty())
+        open.pop_back();
+}
+
+static bool is_in_start_tag(reader_state state)
+{
+    return state != state_text && state != state_skipped_tag && state != state_comment;
+}
+
+// What the byte does to a value or a comment that no author means. `is_open`: an element is
+// open that a "/>" ends.
+static void note_misread(fault_search& search, const char* at, bool is_open)
+{
+    const xml_reader& reader = search.reader;
+    const bool ends_element = *at == '/' && at[1] == '>';
+    if (reader.state == state_comment && ends_element && is_open)
+        return note_fault(search.misread, xml_cut_comment, search.comment_line, "", 0);
+    const bool is_cut = reader.state == state_value && (ends_element || *at == '>');
+    const bool is_bare
+        = reader.state == state_before_value && !is_space(*at) && *at != '"' && *at != '>' && !ends_element;
+    if (!is_cut && !is_bare)
+        return;
+    const char* name = reader.current->attributes[reader.current->attribute_count - 1].name;
+    note_fault(search.misread, is_cut ? xml_cut_value : xml_unquoted_value, search.line, name, std::strlen(name));
+}
+
+// Reads one byte as the reader does, and looks at what that does to the open elements.
+static void search_byte(fault_search& search, const char* at)
+{
+    xml_reader& reader = search.reader;
+    const reader_state before = reader.state;
+    const bool is_open = is_in_start_tag(before) || reader.event == event_open;
+    note_misread(search, at, is_open && !search.open.empty());
+    read_byte(reader, at);
+    search.line += *at == '\n' ? 1 : 0;
+    if (*at == '/' && at[1] == '>' && is_open && !search.open.empty())
+        search.open.pop_back();
+    if (*at != '<' || before != state_text)
+        return;
+    if (reader.state == state_opened)
+        search.open.push_back({reader.current, search.line});
+    if (reader.state == state_skipped_tag && at[1] == '/')
+        close_by_name(search, at + 2);
+    if (reader.state == state_comment)
+        search.comment_line = search.line;
+}
+
+static xml_fault fault_of(const fault_search& search)
+{
+    if (search.reader.state == state_comment)
+        return {xml_unfinished_comment, search.comment_line, ""};
+    xml_fault tag = search.unclosed;
+    if (tag.kind == xml_no_fault && search.unbalanced)
+        tag = search.stray;
+    if (search.misread.kind == xml_no_fault)
+        return tag;
+    return tag.kind != xml_no_fault && tag.line < search.misread.line ? tag : search.misread;
+}
+
+xml_fault xml_find_fault(const char* text)
+{
+    fault_search search = {};
+    xml_reader& reader = search.reader;
+    reader.root = reader.current = new_empty_node();
+    reader.token = text;
+    reader.items_left = fault_max_items;
+    search.line = 1;
+    if (!reader.root || !text)
+        return {};
+    for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)
+        search_byte(search, at);
+    if (!search.open.empty())
+        note_unclosed(search, search.open.back());
+    const xml_fault fault = reader.exhausted ? xml_fault{} : fault_of(search);
+    xml_free(reader.root);
+    return fault;
+}
+
+// ---- files -----------------------------------------------------------------------
+
 xml_node* xml_load_file(const char* path)
 {
     uint8_t* bytes = nullptr;

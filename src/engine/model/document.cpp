@@ -2,9 +2,11 @@
 
 #include "content/owners.h"
 #include "content/pack.h"
+#include "content/printable.h"
 #include "content/xml.h"
 #include "content/xmlz.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <iterator>
 
@@ -165,13 +167,16 @@ uint32_t resolve_scene_object(const document& d, const scene_object& object)
 
 // ---- documents in a pack ------------------------------------------------------------------
 
-static xml_node* refuse(const char* name, const char* what, std::string& problem)
+constexpr size_t shown_tag_name = 64; // bytes of a tag's name in a message
+
+static std::nullptr_t refuse(const char* name, const char* what, std::string& problem)
 {
     problem = std::string("Error: ") + name + ": the document " + what + ".";
     return nullptr;
 }
 
-xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
+// The text of a document's entry; null as load_document_tree is.
+static owned_block<uint8_t> load_document_text(FILE* pack, const char* name, std::string& problem)
 {
     problem.clear();
     uint8_t* bytes = nullptr;
@@ -190,7 +195,44 @@ xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
     uint8_t* text = nullptr;
     if (const xmlz_status status = xmlz_inflate(bytes, size, &text, &size); status != xmlz_ok)
         return refuse(name, xmlz_status_text(status), problem);
-    const owned_block<uint8_t> owned_text(text);
-    xml_node* root = xml_parse(reinterpret_cast<const char*>(text));
-    return root != nullptr ? root : refuse(name, xmlz_status_text(xmlz_out_of_memory), problem);
+    return owned_block<uint8_t>(text);
+}
+
+xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
+{
+    const owned_block<uint8_t> text = load_document_text(pack, name, problem);
+    if (text == nullptr)
+        return nullptr;
+    xml_node* root = xml_parse(reinterpret_cast<const char*>(text.get()));
+    if (root == nullptr)
+        refuse(name, xmlz_status_text(xmlz_out_of_memory), problem);
+    return root;
+}
+
+std::string find_text_fault(FILE* pack, const char* name)
+{
+    std::string problem;
+    const owned_block<uint8_t> text = load_document_text(pack, name, problem);
+    if (text == nullptr)
+        return "";
+    const xml_fault fault = xml_find_fault(reinterpret_cast<const char*>(text.get()));
+    const std::string line = "line " + std::to_string(fault.line);
+    const std::string shown = printable(fault.name.substr(0, shown_tag_name));
+    switch (fault.kind) {
+    case xml_no_fault:
+        return "";
+    case xml_unclosed_element:
+        return "<" + shown + "> of " + line + " is not closed";
+    case xml_stray_closing_tag:
+        return "</" + shown + "> of " + line + " closes no element of its name";
+    case xml_unquoted_value:
+        return "the value of \"" + shown + "\" in " + line + " has no double quotes";
+    case xml_cut_value:
+        return "the value of \"" + shown + "\" in " + line + " ends at its \">\"";
+    case xml_cut_comment:
+        return "the comment of " + line + " ends at its \"/>\", and the element around it";
+    case xml_unfinished_comment:
+        return "the comment of " + line + " does not end";
+    }
+    return "";
 }

@@ -110,8 +110,9 @@ enum read_step : uint32_t {
 // `target`, which document_create has prepared.
 void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack);
 
-// Reads the next record, or ends the section under way. A document with fewer than
-// fourteen sections fails at its first step; sections beyond the fifteenth are
+// Reads the next record, or ends the section under way. Where it fails, the last problem
+// names what is wrong with the text's tags, too, if the pack holds the document. One with
+// fewer than fourteen sections fails at its first step; sections beyond the fifteenth are
 // passed over; section 15 has no records of its own here, but its children are
 // still counted as items and stepped over one by one (handle 0).
 // References to records of sections yet to come are checked at the section's end
@@ -134,6 +135,11 @@ uint32_t resolve_scene_object(const document& d, const scene_object& object);
 // Null when there is no such entry (`problem` stays empty) or when it is damaged
 // or does not inflate (`problem` gets the line "Error: demo.xmlz: ...").
 xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem);
+
+// For a document that was refused: what its text probably means otherwise than it is read,
+// with the line, "<scene> of line 31 is not closed"; "" when its tags match, and when
+// there is no such entry.
+std::string find_text_fault(FILE* pack, const char* name);
 
 // The mesh of `size` inflated bytes at `data`: fills the arrays to point into it.
 // False when counts and size disagree, the number of coordinate sets is not 1..3,

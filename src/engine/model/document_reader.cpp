@@ -107,6 +107,16 @@ static bool read_one(const place& at, const xml_node& node)
     return true;
 }
 
+// What is missing may be the consequence of a tag: a second look at the text.
+static read_step end_in_failure(document_reader& reader)
+{
+    const std::string fault = find_text_fault(reader.pack, reader.target->name);
+    std::string& line = reader.problems.back().text;
+    if (!fault.empty())
+        line.replace(line.size() - 1, 1, "; " + fault + ".");
+    return read_failed;
+}
+
 read_step document_read_step(document_reader& reader)
 {
     if (has_failed(reader))
@@ -114,7 +124,7 @@ read_step document_read_step(document_reader& reader)
     reader.handle = 0;
     if (reader.section == 0) {
         if (!enough_sections(reader))
-            return read_failed;
+            return end_in_failure(reader);
         enter_section(reader, section_generated_images, reader.section_node);
     } else if (reader.section_finished) {
         reader.section_finished = false;
@@ -130,5 +140,6 @@ read_step document_read_step(document_reader& reader)
     const xml_node& node = *reader.record_node;
     reader.record_node = node.next_sibling;
     ++reader.record;
-    return read_one(place_of_record(reader, reader.section, reader.record), node) ? read_record : read_failed;
+    const bool read = read_one(place_of_record(reader, reader.section, reader.record), node);
+    return read ? read_record : end_in_failure(reader);
 }

@@ -33,6 +33,9 @@ static bool read_entry(const place& at, const char* name, entry_bytes& entry)
     case pack_found:
         return true;
     case pack_missing:
+        if (std::strlen(name) >= pack_name_size)
+            return fail(
+                at, quoted(name) + line_of(" is longer than the %u bytes of an entry's name.", pack_name_size - 1));
         return fail(at, "entry " + quoted(name) + " is missing.");
     case pack_damaged:
         return fail(at, "entry " + quoted(name) + " is damaged.");
