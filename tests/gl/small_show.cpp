@@ -241,7 +241,7 @@ int show_text::values(const std::array<number, 9>& v)
     std::string record = "<v><values>";
     for (const number& n : v)
         record += animated_text("v", n);
-    return add(section_transforms, record + "</values></v>");
+    return add(section_values, record + "</values></v>");
 }
 
 int show_text::clear_color(double red, double green, double blue)
@@ -324,7 +324,7 @@ int show_text::plain_material(const rgb& c)
 
 int show_text::effect(int type, const std::vector<int>& functions)
 {
-    return add(section_effects, "<e" + attribute("type", type) + ">" + function_list(functions) + "</e>");
+    return add(section_mesh_effects, "<e" + attribute("type", type) + ">" + function_list(functions) + "</e>");
 }
 
 int show_text::scene(const std::vector<placed_object>& objects)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Holds the pages for demo makers: the catalogues are those of the engine, links lead somewhere, and the
-listings of the tutorial build up to the example that it promises.
+listings of the tutorial build up to the example that it promises; sections have one name each.
 
     test_docs.py ROOT
 """
@@ -68,6 +68,17 @@ def check_catalogues(page, source):
     return wrong + ['the catalogue %s is missing' % name for name in sorted(set(known) - seen)]
 
 
+# ---- sections --------------------------------------------------------------------------------------
+
+def check_sections(page, source):
+    """The headings of the sections are the names that messages call them by."""
+    written = re.findall(r'^## (\d+) (.*)$', page, re.M)
+    table = re.search(r'names\[\]\s*=\s*(\{"unknown".*?\});', source, re.S)[1]
+    names = ast.literal_eval(table.replace('{', '[').replace('}', ']'))
+    expected = [(str(n), name.capitalize()) for n, name in enumerate(names) if n > 0]
+    return ['section %s is called "%s" in messages' % pair for pair in sorted(set(expected) - set(written))]
+
+
 # ---- links -----------------------------------------------------------------------------------------
 
 def anchor(heading):
@@ -121,6 +132,9 @@ def check_the_checker():
     assert check_table('modes', 0, table % 'Loop', entries) == []
     assert check_table('modes', 0, table % 'Lop', entries) != []
     assert check_table('modes', 1, table % 'Loop', entries) != []
+    names = 'names[]\n    = {"unknown", "meshes",\n "fonts"};'
+    assert check_sections('## 1 Meshes\n## 2 Fonts\n', names) == []
+    assert check_sections('## 1 Meshes\n## 2 Letters\n', names) != []
     assert bare(with_sections('<p>\n  <a/>\n  <b/>\n</p>', '<b>\n  <c/>  <!-- 1 -->\n</b>\n')) == '<p><a/><b><c/></b></p>'
 
 
@@ -134,6 +148,7 @@ def main():
     check_the_checker()
     pages = {name: read('docs', name) for name in PAGES}
     wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
+    wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'document.cpp'))
     wrong += check_links(root, pages)
     wrong += check_tutorial(pages['making-a-show.md'], read('productions', 'examples', 'spinning-cube', 'demo.xml'))
     for line in wrong:

@@ -54,7 +54,7 @@ TEST_CASE("an effect's kind outside the catalogue is an error")
         document_text text;
         text.records[12] = std::string("<e type=\"") + type + "\"/>";
         CHECK(joined(reading(text))
-            == std::string("Error: demo.xmlz: section 12 (effects), record 1: type ") + type + " is no effect.\n");
+            == std::string("Error: demo.xmlz: section 12 (mesh effects), record 1: type ") + type + " is no effect.\n");
     }
 }
 
@@ -74,7 +74,7 @@ TEST_CASE("an effect warns of functions that do not exist, but not of 0")
     document_text text;
     text.records[12] = "<e type=\"2\"><p>0</p><p>3</p></e>";
     CHECK(dangling_lines(reading(text))
-        == "Warning: demo.xmlz: section 12 (effects), record 1, p 2: function 3 does not exist.\n");
+        == "Warning: demo.xmlz: section 12 (mesh effects), record 1, p 2: function 3 does not exist.\n");
     text.records[12] = "<e type=\"2\">" + repeated("<p>0</p>", 20) + "</e>";
     CHECK(fatal_line(reading(text)) == "");
 }

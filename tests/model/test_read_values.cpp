@@ -127,11 +127,10 @@ TEST_CASE("a value record's values lie in one wrapper, of which only the first c
 {
     document_text text;
     text.records[5] = "<t/>";
-    CHECK(
-        fatal_line(reading(text)) == "Error: demo.xmlz: section 5 (transforms), record 1: too few children: 0 of 1.\n");
+    CHECK(fatal_line(reading(text)) == "Error: demo.xmlz: section 5 (values), record 1: too few children: 0 of 1.\n");
     text.records[5] = values_text(repeated(animated("static", "0"), 8));
     CHECK(fatal_line(reading(text))
-        == "Error: demo.xmlz: section 5 (transforms), record 1, wrapper: too few children: 8 of 9.\n");
+        == "Error: demo.xmlz: section 5 (values), record 1, wrapper: too few children: 8 of 9.\n");
     text.records[5] = "<t><w>" + repeated(animated("static", "1"), 12) + "</w><w/></t>";
     CHECK(fatal_line(reading(text)) == "");
 }
@@ -145,7 +144,7 @@ TEST_CASE("a dynamic value without its function is a missing function, 0 include
     const reading r(text);
     CHECK_FALSE(r.failed);
     CHECK(joined(r)
-        == "Warning: demo.xmlz: section 5 (transforms), record 1, value 2: function 0 does not exist.\n"
-           "Warning: demo.xmlz: section 5 (transforms), record 1, value 3: function 12 does not exist.\n"
-           "Warning: demo.xmlz: section 5 (transforms), record 1, value 4: function -3 does not exist.\n");
+        == "Warning: demo.xmlz: section 5 (values), record 1, value 2: function 0 does not exist.\n"
+           "Warning: demo.xmlz: section 5 (values), record 1, value 3: function 12 does not exist.\n"
+           "Warning: demo.xmlz: section 5 (values), record 1, value 4: function -3 does not exist.\n");
 }

@@ -236,9 +236,9 @@ TEST_CASE("children beyond a fixed count are warned of")
 
 TEST_CASE("parameters beyond those of any effect are warned of")
 {
-    for (const uint32_t section : {section_dynamic_textures, section_effects}) {
-        const uint32_t kept = section == section_effects ? 16 : 32;
-        const uint32_t there = section == section_effects ? 2 : 1;
+    for (const uint32_t section : {section_dynamic_textures, section_mesh_effects}) {
+        const uint32_t kept = section == section_mesh_effects ? 16 : 32;
+        const uint32_t there = section == section_mesh_effects ? 2 : 1;
         const std::string enough = repeated("<p>0</p>", kept - there) + "<p>1</p>";
         const std::string line = ", record 1: too many children: " + std::to_string(kept + 1) + " of "
             + std::to_string(kept) + "; the others are not read.;";

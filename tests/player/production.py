@@ -16,7 +16,7 @@ import zlib
 
 (GENERATED_IMAGES, TEXTURE_NODES, MESHES, FUNCTIONS, VALUES, DYNAMIC_TEXTURES, IMAGES, CUBE_MAPS, FONTS, OBJECTS,
  MATERIALS, EFFECTS, SCENES, TIMELINE) = range(1, 15)
-SECTION_NAMES = ('', 'generated_images', 'texture_nodes', 'meshes', 'functions', 'transforms', 'dynamic_textures',
+SECTION_NAMES = ('', 'generated_images', 'texture_nodes', 'meshes', 'functions', 'values', 'dynamic_textures',
                  'images', 'cube_maps', 'fonts', 'objects', 'materials', 'effects', 'scenes', 'timeline')
 
 MODEL, GENMESH, TEXT = range(3)                             # kinds of placed objects

@@ -12,9 +12,9 @@
 
 const char* section_name(uint32_t section)
 {
-    static constexpr const char* names[]
-        = {"unknown", "generated images", "texture nodes", "meshes", "functions", "transforms", "dynamic textures",
-            "image textures", "cube maps", "fonts", "objects", "materials", "effects", "scenes", "timeline", "music"};
+    static constexpr const char* names[] = {"unknown", "generated images", "texture nodes", "meshes", "functions",
+        "values", "dynamic textures", "image textures", "cube maps", "fonts", "objects", "materials", "mesh effects",
+        "scenes", "timeline", "music"};
     static_assert(std::size(names) == section_music + 1);
     return section < std::size(names) ? names[section] : names[0];
 }

@@ -81,7 +81,7 @@ static bool read_one(const place& at, const xml_node& node)
         return read_mesh(at, node);
     case section_functions:
         return read_function(at, node);
-    case section_transforms:
+    case section_values:
         return read_value_record(at, node);
     case section_dynamic_textures:
         return read_dynamic_texture(at, node);
@@ -95,7 +95,7 @@ static bool read_one(const place& at, const xml_node& node)
         return read_object_reference(at, node);
     case section_materials:
         return read_material(at, node);
-    case section_effects:
+    case section_mesh_effects:
         return read_effect(at, node);
     case section_scenes:
         return read_scene(at, node);

@@ -83,12 +83,12 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
             material && options.glsl)
             make_program(d, handle, *material, options.shader_log);
         break;
-    case section_effects:
+    case section_mesh_effects:
         if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
             init_mesh_effect(*effect);
         break;
     case section_functions:
-    case section_transforms:
+    case section_values:
     case section_fonts:
     case section_objects:
     case section_scenes:
