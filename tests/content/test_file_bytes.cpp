@@ -1,70 +1,69 @@
+// Files to be read.
 #include "content/file_bytes.h"
-#include "content/owners.h"
+#include "content_files.h"
 
 #include <doctest/doctest.h>
-
-#include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <string>
-
-// A folder of its own with a file, a directory, a pipe without a writer, and links.
-struct odd_folder {
-    std::string path;
-
-    odd_folder()
-    {
-        char name[] = "/tmp/brimlow_files_XXXXXX";
-        REQUIRE(mkdtemp(name) != nullptr);
-        path = name;
-        const owned_file file(std::fopen((path + "/file").c_str(), "wb"));
-        std::fputs("content", file.get());
-        REQUIRE(mkdir((path + "/directory").c_str(), 0700) == 0);
-        REQUIRE(mkfifo((path + "/pipe").c_str(), 0600) == 0);
-        std::filesystem::create_symlink("/dev/zero", path + "/device");
-        std::filesystem::create_symlink("nowhere", path + "/lost");
-        std::filesystem::create_symlink("file", path + "/link");
-    }
-
-    ~odd_folder()
-    {
-        std::filesystem::remove_all(path);
-    }
-};
-
-static std::string first_line_of(const std::string& path)
+static std::string problem_of(const std::string& path)
 {
-    const owned_file file(open_regular_file(path.c_str()));
-    char line[16] = "";
-    return file && std::fgets(line, sizeof line, file.get()) != nullptr ? line : "(not opened)";
+    const char* problem = nullptr;
+    FILE* file = open_plain_file(path.c_str(), &problem);
+    CHECK((file == nullptr) == (problem != nullptr));
+    if (file)
+        std::fclose(file);
+    return problem ? problem : "";
 }
 
-TEST_CASE("a regular file opens, through a link as well")
+TEST_CASE("only plain files are opened, and nothing is waited for")
 {
-    const odd_folder folder;
-    CHECK(first_line_of(folder.path + "/file") == "content");
-    CHECK(first_line_of(folder.path + "/link") == "content");
+    const temporary_directory directory;
+    write_bytes(directory.path + "file", "one");
+    mkdir((directory.path + "folder").c_str(), 0700);
+    mkfifo((directory.path + "pipe").c_str(), 0600);
+    CHECK(symlink("file", (directory.path + "link").c_str()) == 0);
+    CHECK(problem_of(directory.path + "file") == "");
+    CHECK(problem_of(directory.path + "link") == "");
+    CHECK(problem_of(directory.path + "folder") == "it is a folder");
+    CHECK(problem_of(directory.path + "pipe") == "it is a pipe or a device and no file");
+    CHECK(problem_of("/dev/null") == "it is a pipe or a device and no file");
+    CHECK(problem_of(directory.path + "none") == "No such file or directory");
+    CHECK(problem_of(directory.path + "file/x") == "Not a directory");
 }
 
-TEST_CASE("nothing but a regular file opens, and a pipe is not waited for")
+TEST_CASE("what is no plain file leaves no descriptor open")
 {
-    const odd_folder folder;
-    alarm(30); // a pipe without a writer would be waited for
-    for (const char* name : {"/directory", "/pipe", "/device", "/lost", "/none"})
-        CHECK_MESSAGE(open_regular_file((folder.path + name).c_str()) == nullptr, name);
-    alarm(0);
-}
-
-TEST_CASE("what is refused leaves no descriptor open")
-{
-    const odd_folder folder;
+    const temporary_directory directory;
+    mkfifo((directory.path + "pipe").c_str(), 0600);
     const int before = dup(0);
     close(before);
-    for (const char* name : {"/directory", "/pipe", "/device"})
-        CHECK(open_regular_file((folder.path + name).c_str()) == nullptr);
+    for (const std::string& path : {directory.path, directory.path + "pipe", std::string("/dev/null")})
+        CHECK(open_plain_file(path.c_str()) == nullptr);
     const int after = dup(0);
     close(after);
     CHECK(after == before);
+}
+
+TEST_CASE("whole files come with a zero behind them, and the others with a reason")
+{
+    const temporary_directory directory;
+    write_bytes(directory.path + "file", "one");
+    uint8_t* bytes = nullptr;
+    uint32_t size = 77;
+    const char* problem = nullptr;
+    CHECK_FALSE(read_whole_file((directory.path + "file").c_str(), 2, &bytes, &size, &problem));
+    CHECK(std::string(problem) == "it is too large");
+    CHECK_FALSE(read_whole_file(directory.path.c_str(), 100, &bytes, &size, &problem));
+    CHECK(std::string(problem) == "it is a folder");
+    CHECK_FALSE(read_whole_file((directory.path + "none").c_str(), 100, &bytes, &size, &problem));
+    CHECK(std::string(problem) == "No such file or directory");
+    CHECK_FALSE(read_whole_file((directory.path + "none").c_str(), 100, &bytes, &size));
+    CHECK(bytes == nullptr);
+    CHECK(size == 77);
+    REQUIRE(read_whole_file((directory.path + "file").c_str(), 3, &bytes, &size, &problem));
+    CHECK(size == 3);
+    CHECK(std::string(reinterpret_cast<const char*>(bytes)) == "one");
+    std::free(bytes);
 }

@@ -2,9 +2,11 @@
 #include "content/pack.h"
 #include "content_files.h"
 
+#include <csignal>
 #include <cstddef>
 #include <doctest/doctest.h>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <utility>
 #include <vector>
@@ -199,13 +201,13 @@ TEST_CASE("writing refuses sources that cannot be read before any file is touche
     {
         mkdir((directory.path + "a").c_str(), 0700);
         check_refused(directory, list_of({{"a", directory.path.c_str()}}), nullptr,
-            "Error: " + directory.path + "a is not a file.\n");
+            "Error: cannot open " + directory.path + "a: it is a folder.\n");
     }
     SUBCASE("a named pipe")
     {
         mkfifo((directory.path + "a").c_str(), 0600);
         check_refused(directory, list_of({{"a", directory.path.c_str()}}), nullptr,
-            "Error: " + directory.path + "a is not a file.\n");
+            "Error: cannot open " + directory.path + "a: it is a pipe or a device and no file.\n");
     }
     SUBCASE("an entry that the old pack lacks")
     {
@@ -234,7 +236,7 @@ TEST_CASE("a file that goes into the pack is not overwritten by it")
     pack_file_list_free(list);
 }
 
-TEST_CASE("an output that cannot be opened or filled is reported")
+TEST_CASE("an output that cannot be opened is reported")
 {
     const temporary_directory directory;
     pack_file_list* list = pack_file_list_new();
@@ -242,7 +244,7 @@ TEST_CASE("an output that cannot be opened or filled is reported")
     CHECK_FALSE(write_silently(list, directory.path + "none/x.dpk", nullptr, errors));
     CHECK(errors == "Error: cannot write " + directory.path + "none/x.dpk: No such file or directory.\n");
     CHECK_FALSE(write_silently(list, "/dev/full", nullptr, errors));
-    CHECK(errors == "Error: /dev/full is incomplete.\n");
+    CHECK(errors == "Error: cannot write /dev/full: it is a pipe or a device and no file.\n");
     pack_file_list_free(list);
 }
 
@@ -270,6 +272,108 @@ TEST_CASE("a pack is rewritten in place with its lines in order")
            "size=1\n"
            "size of the file: 5\n");
     CHECK((read_bytes(path) == pack_of({{"third", "333"}, {"second", "4444"}, {"first", "1"}, {"fourth", "55555"}})));
+}
+
+// Whether `action` leaves the folder with nothing but the pack "x.dpk" of these bytes.
+template <typename F> static void check_pack_stays(const temporary_directory& directory, F action)
+{
+    const std::string path = directory.path + "x.dpk";
+    const std::string before = pack_of({{"first", "1"}});
+    write_bytes(path, before);
+    action(path);
+    CHECK((read_bytes(path) == before));
+    size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path))
+        count += entry.path().filename() == "x.dpk" ? 1u : 100u;
+    CHECK(count == 1);
+}
+
+TEST_CASE("a disk without room leaves the old pack whole, and says why")
+{
+    const temporary_directory directory;
+    const temporary_directory elsewhere;
+    write_bytes(elsewhere.path + "large", std::string(200000, 'l'));
+    check_pack_stays(directory, [&](const std::string& path) {
+        FILE* old_pack = std::fopen(path.c_str(), "rb");
+        struct rlimit before;
+        REQUIRE(getrlimit(RLIMIT_FSIZE, &before) == 0);
+        const struct rlimit small = {100000, before.rlim_max};
+        const auto action = std::signal(SIGXFSZ, SIG_IGN);
+        for (const char* kept : {"first", ""}) {
+            pack_file_list* list = *kept ? list_of({{"first", nullptr}, {"large", elsewhere.path.c_str()}})
+                                         : list_of({{"large", elsewhere.path.c_str()}});
+            std::string errors;
+            setrlimit(RLIMIT_FSIZE, &small);
+            const bool written = write_silently(list, path, old_pack, errors);
+            setrlimit(RLIMIT_FSIZE, &before);
+            CHECK_FALSE(written);
+            CHECK(errors == "Error: cannot write " + path + ": File too large.\n");
+            pack_file_list_free(list);
+        }
+        std::signal(SIGXFSZ, action);
+        std::fclose(old_pack);
+    });
+}
+
+TEST_CASE("a rewritten pack keeps its permissions, and stays behind its symbolic link")
+{
+    const temporary_directory directory;
+    mkdir((directory.path + "far").c_str(), 0700);
+    const std::string path = directory.path + "far/x.dpk";
+    write_bytes(path, pack_of({{"first", "1"}}));
+    chmod(path.c_str(), 0644);
+    CHECK(symlink("far/x.dpk", (directory.path + "x.dpk").c_str()) == 0);
+    write_bytes(directory.path + "a", "one");
+    pack_file_list* list = list_of({{"a", directory.path.c_str()}});
+    std::string errors;
+    CHECK(write_silently(list, directory.path + "x.dpk", nullptr, errors));
+    CHECK((read_bytes(path) == pack_of({{"a", "one"}})));
+    CHECK(permissions(path) == 0644);
+    CHECK(std::filesystem::is_symlink(directory.path + "x.dpk"));
+    pack_file_list_free(list);
+}
+
+TEST_CASE("the old pack goes on reading its own bytes")
+{
+    const temporary_directory directory;
+    const std::string path = directory.path + "x.dpk";
+    write_bytes(path, pack_of({{"first", "1"}}));
+    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    pack_file_list* list = pack_file_list_new();
+    std::string errors;
+    CHECK(write_silently(list, path, nullptr, errors));
+    uint32_t size = 0;
+    void* bytes = pack_find_entry(old_pack, "first", &size);
+    CHECK(bytes != nullptr);
+    std::free(bytes);
+    std::fclose(old_pack);
+    pack_file_list_free(list);
+}
+
+TEST_CASE("names that a terminal would act on are spelled out in every line")
+{
+    const temporary_directory directory;
+    const std::string bell = "a\x1B[7m\xC3\xA9";
+    const std::string shown = "a\\x1B[7m\xC3\xA9";
+    const std::string path = directory.path + bell + ".dpk";
+    write_bytes(path, pack_of({{bell, "1"}}));
+    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    pack_file_list* list = list_of({{bell, nullptr}});
+    const std::string lines = printed_on(stdout, [&] { CHECK(pack_write_in_place(list, path.c_str(), old_pack)); });
+    CHECK(lines == "count = 1\nNAME: " + shown + "\nsize=1\n");
+    std::string errors;
+    CHECK_FALSE(write_silently(list, path, nullptr, errors));
+    CHECK(errors == "Error: the entry \"" + shown + "\" is not in the pack.\n");
+    pack_file_list_free(list);
+    list = list_of({{bell + "/..", nullptr}});
+    CHECK_FALSE(write_silently(list, path, nullptr, errors));
+    CHECK(errors == "Error: the name \"" + shown + "/..\" has \"..\" in it.\n");
+    pack_file_list_free(list);
+    list = list_of({{"none", (directory.path + bell + "/").c_str()}});
+    CHECK_FALSE(write_silently(list, path, nullptr, errors));
+    CHECK(errors == "Error: cannot open " + directory.path + shown + "/none: No such file or directory.\n");
+    pack_file_list_free(list);
+    std::fclose(old_pack);
 }
 
 TEST_CASE("a refused rewrite leaves the pack as it was")
@@ -334,6 +438,58 @@ TEST_CASE("an existing file is overwritten whole")
     CHECK(read_bytes(directory.path + "a") == "one");
 }
 
+TEST_CASE("an existing file is left as it is where nothing may be replaced")
+{
+    const temporary_directory directory;
+    write_bytes(directory.path + "a", "precious");
+    const pack_stream pack(pack_of({{"a", "one"}, {"b", "two"}}));
+    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_extract_all(pack.file, directory.path.c_str(), false)); })
+        == "Error: cannot write " + directory.path + "a: File exists.\n");
+    CHECK(read_bytes(directory.path + "a") == "precious");
+    CHECK(read_bytes(directory.path + "b") == "two");
+    pack_file_list* list = list_of({{"a", nullptr}, {"b", nullptr}});
+    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_export_list(list, pack.file, directory.path.c_str(), false)); })
+        == "Error: cannot write " + directory.path + "a: File exists.\nError: cannot write " + directory.path
+            + "b: File exists.\n");
+    pack_file_list_free(list);
+    CHECK(read_bytes(directory.path + "a") == "precious");
+}
+
+TEST_CASE("a disk without room leaves the file that was there, and no part of the new one")
+{
+    const temporary_directory directory;
+    write_bytes(directory.path + "a", "precious");
+    const std::string large(200000, 'l');
+    const pack_stream pack(pack_of({{"a", large}, {"b", large}}));
+    struct rlimit before;
+    REQUIRE(getrlimit(RLIMIT_FSIZE, &before) == 0);
+    const struct rlimit small = {100000, before.rlim_max};
+    const auto action = std::signal(SIGXFSZ, SIG_IGN);
+    std::string errors;
+    setrlimit(RLIMIT_FSIZE, &small);
+    const bool complete = extract(pack.file, directory.path, errors);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, action);
+    CHECK_FALSE(complete);
+    CHECK(errors
+        == "Error: cannot write " + directory.path + "a: File too large.\nError: cannot write " + directory.path
+            + "b: File too large.\n");
+    CHECK(read_bytes(directory.path + "a") == "precious");
+    CHECK(std::distance(std::filesystem::directory_iterator(directory.path), {}) == 1);
+}
+
+TEST_CASE("folders that cannot be made say why")
+{
+    const temporary_directory directory;
+    write_bytes(directory.path + "d", "a file");
+    const pack_stream pack(pack_of({{"d/b", "two"}}));
+    std::string errors;
+    CHECK_FALSE(extract(pack.file, directory.path, errors));
+    CHECK(errors == "Error: " + directory.path + "d is not a folder.\n");
+    CHECK_FALSE(extract(pack.file, directory.path + "none/", errors));
+    CHECK(errors == "Error: cannot make the folder " + directory.path + "none/d: No such file or directory.\n");
+}
+
 TEST_CASE("entries whose names lead elsewhere are left out and reported")
 {
     const temporary_directory directory;
@@ -381,7 +537,7 @@ TEST_CASE("extracting passes through no symbolic link")
     CHECK_FALSE(extract(pack.file, directory.path + "in/", errors));
     CHECK(errors
         == "Error: cannot write " + directory.path + "in/a: it is a symbolic link.\n" + "Error: " + directory.path
-            + "in/d is not a directory.\n");
+            + "in/d is a symbolic link.\n");
     CHECK(read_bytes(directory.path + "target") == "precious");
     CHECK_FALSE(file_exists(directory.path + "elsewhere/b"));
 }

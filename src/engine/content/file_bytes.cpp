@@ -1,36 +1,54 @@
 #include "content/file_bytes.h"
 #include "content/owners.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-FILE* open_regular_file(const char* path)
+const char* plain_file_problem(mode_t mode)
 {
-    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); // a pipe opens at once
-    if (descriptor < 0)
+    if (S_ISREG(mode))
         return nullptr;
+    return S_ISDIR(mode) ? "it is a folder" : "it is a pipe or a device and no file";
+}
+
+FILE* open_plain_file(const char* path, const char** problem)
+{
+    const char* ignored = nullptr;
+    const char*& reason = problem ? *problem : ignored;
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); // a named pipe opens at once
     struct stat status;
-    FILE* file = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? fdopen(descriptor, "rb") : nullptr;
-    if (file == nullptr)
+    reason
+        = descriptor < 0 || fstat(descriptor, &status) != 0 ? std::strerror(errno) : plain_file_problem(status.st_mode);
+    FILE* file = reason ? nullptr : fdopen(descriptor, "rb");
+    if (!file && !reason)
+        reason = std::strerror(errno);
+    if (!file && descriptor >= 0)
         close(descriptor);
     return file;
 }
 
-bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t* size)
+bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t* size, const char** problem)
 {
-    struct stat status;
-    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size > limit)
-        return false; // looked at before it is opened: opening a named pipe waits for its other end
-    const owned_file file(std::fopen(path, "rb"));
+    const char* ignored = nullptr;
+    const char*& reason = problem ? *problem : ignored;
+    const owned_file file(open_plain_file(path, &reason));
     if (!file)
         return false;
+    struct stat status;
+    if (fstat(fileno(file.get()), &status) != 0 || status.st_size > limit || uint64_t(status.st_size) > SIZE_MAX - 1) {
+        reason = "it is too large";
+        return false;
+    }
     const auto length = static_cast<uint32_t>(status.st_size);
-    if (length > SIZE_MAX - 1)
-        return false;
     owned_block<uint8_t> block(static_cast<uint8_t*>(std::malloc(size_t{length} + 1)));
-    if (!block || std::fread(block.get(), 1, length, file.get()) != length)
+    errno = 0;
+    if (!block || std::fread(block.get(), 1, length, file.get()) != length) {
+        reason = errno != 0 ? std::strerror(errno) : "it changed while it was read";
         return false;
+    }
     block[length] = 0;
     *bytes = block.release();
     *size = length;

@@ -14,7 +14,8 @@
 // Streams stay the caller's; calls move their position. Buffers that are handed
 // out belong to the caller: free(). The reading half prints nothing but
 // "unexpected error" for an index that ends without a terminator. The writing half
-// prints what it refuses as one line on standard error and returns false.
+// prints what it refuses as one line on standard error, with the system's reason, and
+// returns false.
 #pragma once
 
 #include <cstdint>
@@ -97,26 +98,29 @@ void pack_file_list_clear(pack_file_list* list); // `list` itself stays, as an e
 const char* pack_name_problem(const char* name);
 
 // Writes a pack with the list's entries, in order; entries without a directory are
-// copied from `old_pack`, which may be null when there are none. The file is made
-// with permissions 0600, or truncated. Everything is looked at before that: false,
-// and no file touched, for refused names, sources that are no readable files or
-// are the output itself, entries that `old_pack` lacks, and more than 4 GiB.
-// False as well when writing fails.
+// copied from `old_pack`, which may be null when there are none. Everything is looked at
+// first: false, and nothing written, for refused names, sources that are no readable files
+// or are the output itself, entries that `old_pack` lacks, and more than 4 GiB.
+//
+// The pack is written beside `out_path` and takes its place when it is whole: false as
+// well when writing fails, and then what was there is there still. A new pack gets the
+// permissions 0600, one that replaces a file those of that file; a symbolic link stays,
+// and what it points to is replaced; other hard links to that keep the old bytes.
 bool pack_write(const pack_file_list* list, const char* out_path, FILE* old_pack);
 
 // The same, and tells what it does: "count = %d\n" with the number of entries taken
 // from the old pack, "NAME: %s\n" for each of them, then "size of the file: %d\n"
 // or "size=%d\n" for each entry written. `out_path` may be the very file that
-// `old_pack` reads: what is taken from it is held in memory before the output is
-// opened.
+// `old_pack` reads, which goes on reading the old bytes.
 bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE* old_pack);
 
-// Writes each entry to the file `prefix` + name, made with permissions 0600 or
-// truncated; directories that the name asks for are made. An entry that is damaged
+// Writes each entry to the file `prefix` + name; folders that the name asks for are made.
+// A new file gets the permissions 0600; one that is there is replaced by the whole new
+// one, or left as it is and reported where `replace` is false. An entry that is damaged
 // or has a refused name, a target that is a symbolic link or the pack itself:
 // reported and left out, and the result is false.
-bool pack_extract_all(FILE* pack, const char* prefix);
+bool pack_extract_all(FILE* pack, const char* prefix, bool replace = true);
 
 // The same for the entries of a list, taken from source_dir + name where a
 // directory is set.
-bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix);
+bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix, bool replace = true);

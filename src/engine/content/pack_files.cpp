@@ -1,7 +1,10 @@
 // Writing packs, and taking them apart into files.
 
+#include "content/file_bytes.h"
+#include "content/new_file.h"
 #include "content/owners.h"
 #include "content/pack.h"
+#include "content/printable.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +18,25 @@
 
 static constexpr uint8_t magic[pack_index_offset] = {0x44, 0x50, 0x01};
 static constexpr uint64_t offset_count = uint64_t{1} << 32; // what 32-bit offsets can tell apart
+
+// ---- what is said ------------------------------------------------------------------
+
+// One line on standard error: "Error: BEFORE NAME BEHIND", with the name as it may be shown.
+static bool refuse(const char* before, const std::string& name, const std::string& behind)
+{
+    std::fprintf(stderr, "Error: %s%s%s.\n", before, printable(name).c_str(), behind.c_str());
+    return false;
+}
+
+static bool refuse_entry(const std::string& name, const char* problem)
+{
+    return refuse("the entry \"", name, std::string("\" ") + problem);
+}
+
+static bool refuse_writing(const std::string& path, const char* problem)
+{
+    return refuse("cannot write ", path, std::string(": ") + problem);
+}
 
 // ---- names and files ---------------------------------------------------------------
 
@@ -35,9 +57,7 @@ const char* pack_name_problem(const char* name)
 static bool name_is_accepted(const char* name)
 {
     const char* problem = pack_name_problem(name);
-    if (problem)
-        std::fprintf(stderr, "Error: the name \"%s\" %s.\n", name, problem);
-    return !problem;
+    return !problem || refuse("the name \"", name, std::string("\" ") + problem);
 }
 
 // Which file something is, whatever its path; `known` is false for what is none.
@@ -69,46 +89,39 @@ static bool same_file(const file_identity& a, const file_identity& b)
     return a.known && b.known && a.device == b.device && a.number == b.number;
 }
 
-// Copies exactly `size` bytes; false when the source has fewer or more, or the
-// target takes no more.
-static bool copy_stream(FILE* from, FILE* to, uint64_t size)
+// Copies exactly `size` bytes of the file at `path`. False, with a line, when it has fewer
+// or more by now, or the target takes no more.
+static bool copy_stream(FILE* from, const std::string& path, new_file& to, uint64_t size, const std::string& to_path)
 {
     std::vector<uint8_t> block(65536);
+    errno = 0;
     while (size > 0) {
         const size_t length = static_cast<size_t>(std::min<uint64_t>(size, block.size()));
         if (std::fread(block.data(), 1, length, from) != length)
-            return false;
-        if (std::fwrite(block.data(), 1, length, to) != length)
-            return false;
+            break;
+        if (const char* problem = new_file_write(to, block.data(), length))
+            return refuse_writing(to_path, problem);
         size -= length;
     }
-    return std::fgetc(from) == EOF && !std::ferror(from);
+    if (size == 0 && std::fgetc(from) == EOF && !std::ferror(from))
+        return true;
+    const char* problem = std::ferror(from) ? std::strerror(errno) : "it changed while it was read";
+    return refuse("cannot read ", path, std::string(": ") + problem);
 }
 
 // A file to be read, and its size; null, with a line, when it is no plain file.
-// That is asked before opening: opening a named pipe waits for its other end.
 static owned_file open_source(const std::string& path, uint64_t& size, file_identity& which)
 {
+    const char* problem = nullptr;
+    owned_file file(open_plain_file(path.c_str(), &problem));
     struct stat status;
-    const bool exists = stat(path.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
-        std::fprintf(stderr, "Error: %s is not a file.\n", path.c_str());
-        return nullptr;
-    }
-    owned_file file(exists ? std::fopen(path.c_str(), "rb") : nullptr);
-    if (!file) {
-        std::fprintf(stderr, "Error: cannot open %s: %s.\n", path.c_str(), std::strerror(errno));
+    if (!file || fstat(fileno(file.get()), &status) != 0) {
+        refuse("cannot open ", path, std::string(": ") + (problem ? problem : std::strerror(errno)));
         return nullptr;
     }
     size = static_cast<uint64_t>(status.st_size);
     which = identity(status);
     return file;
-}
-
-static bool close_written(owned_file file)
-{
-    const bool clean = !std::ferror(file.get());
-    return std::fclose(file.release()) == 0 && clean;
 }
 
 // ---- writing -----------------------------------------------------------------------
@@ -126,9 +139,7 @@ static bool prepare_file(pack_source& source, const file_identity& output)
     file_identity which = {};
     if (!open_source(source.path, source.size, which))
         return false;
-    if (same_file(which, output))
-        std::fprintf(stderr, "Error: %s is the pack to be written.\n", source.path.c_str());
-    return !same_file(which, output);
+    return !same_file(which, output) || refuse("", source.path, " is the pack to be written");
 }
 
 static bool prepare_old_entry(pack_source& source, FILE* old_pack)
@@ -151,8 +162,7 @@ static bool prepare_old_entry(pack_source& source, FILE* old_pack)
         problem = "does not fit in memory";
         break;
     }
-    std::fprintf(stderr, "Error: the entry \"%s\" %s.\n", source.name, problem);
-    return false;
+    return refuse_entry(source.name, problem);
 }
 
 // Looks at everything that is to be written, and takes what comes from the old pack.
@@ -177,7 +187,7 @@ static bool prepare_sources(
                 return false;
         } else {
             if (tell)
-                std::printf("NAME: %s\n", node->name);
+                std::printf("NAME: %s\n", printable(node->name).c_str());
             if (!prepare_old_entry(source, old_pack))
                 return false;
         }
@@ -217,7 +227,7 @@ static std::vector<uint8_t> make_head(const std::vector<pack_source>& sources)
     return head;
 }
 
-static bool write_file_source(const pack_source& source, FILE* out, bool tell)
+static bool write_file_source(const pack_source& source, new_file& out, const char* out_path, bool tell)
 {
     uint64_t size = 0;
     file_identity which = {};
@@ -226,17 +236,28 @@ static bool write_file_source(const pack_source& source, FILE* out, bool tell)
         return false;
     if (tell)
         std::printf("size of the file: %d\n", static_cast<int>(source.size));
-    if (copy_stream(file.get(), out, source.size))
-        return true;
-    std::fprintf(stderr, "Error: cannot copy %s into the pack.\n", source.path.c_str());
-    return false;
+    return copy_stream(file.get(), source.path, out, source.size, out_path);
 }
 
-static bool write_old_entry(const pack_source& source, FILE* out, bool tell)
+static bool write_bytes(const uint8_t* bytes, uint64_t size, new_file& out, const std::string& out_path)
 {
+    const char* problem = new_file_write(out, bytes, static_cast<size_t>(size));
+    return !problem || refuse_writing(out_path, problem);
+}
+
+static bool write_source(const pack_source& source, new_file& out, const char* out_path, bool tell)
+{
+    if (!source.path.empty())
+        return write_file_source(source, out, out_path, tell);
     if (tell)
         std::printf("size=%d\n", static_cast<int>(source.size));
-    return std::fwrite(source.bytes.get(), 1, static_cast<size_t>(source.size), out) == source.size;
+    return write_bytes(source.bytes.get(), source.size, out, out_path);
+}
+
+static bool keep_written(new_file& out, const std::string& out_path)
+{
+    const char* problem = new_file_keep(out);
+    return !problem || refuse_writing(out_path, problem);
 }
 
 static bool write_pack(const pack_file_list* list, const char* out_path, FILE* old_pack, bool tell)
@@ -246,25 +267,16 @@ static bool write_pack(const pack_file_list* list, const char* out_path, FILE* o
         return false;
     const std::vector<uint8_t> head = make_head(sources);
 
-    const int descriptor = open(out_path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    owned_file out(descriptor < 0 ? nullptr : fdopen(descriptor, "wb"));
-    if (!out) {
-        std::fprintf(stderr, "Error: cannot write %s: %s.\n", out_path, std::strerror(errno));
-        if (descriptor >= 0)
-            close(descriptor);
-        return false;
-    }
-    bool written = std::fwrite(head.data(), 1, head.size(), out.get()) == head.size();
-    for (const pack_source& source : sources) {
-        if (!written)
-            break;
-        written = source.path.empty() ? write_old_entry(source, out.get(), tell)
-                                      : write_file_source(source, out.get(), tell);
-    }
-    written = close_written(std::move(out)) && written;
-    if (!written)
-        std::fprintf(stderr, "Error: %s is incomplete.\n", out_path);
-    return written;
+    new_file out;
+    if (const char* problem = new_file_open(out, out_path, true))
+        return refuse_writing(out_path, problem);
+    bool written = write_bytes(head.data(), head.size(), out, out_path);
+    for (const pack_source& source : sources)
+        written = written && write_source(source, out, out_path, tell);
+    if (written)
+        return keep_written(out, out_path);
+    new_file_drop(out);
+    return false;
 }
 
 bool pack_write(const pack_file_list* list, const char* out_path, FILE* old_pack)
@@ -279,118 +291,108 @@ bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE*
 
 // ---- taking apart ------------------------------------------------------------------
 
-// Makes the directories that the entry's own name asks for, behind the prefix, and
-// passes through no symbolic link on the way.
-static bool make_directories(const std::string& path, size_t name_at)
+// Makes the folders that the entry's own name asks for, behind the prefix, and passes
+// through no symbolic link on the way.
+static bool make_folders(const std::string& path, size_t name_at)
 {
     for (size_t slash = path.find('/', name_at); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-        const std::string directory = path.substr(0, slash);
-        mkdir(directory.c_str(), 0700);
+        const std::string folder = path.substr(0, slash);
+        const bool made = mkdir(folder.c_str(), 0700) == 0;
+        const int reason = errno;
         struct stat status;
-        if (lstat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-            std::fprintf(stderr, "Error: %s is not a directory.\n", directory.c_str());
-            return false;
-        }
+        if (made || (lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode)))
+            continue;
+        if (reason != EEXIST)
+            return refuse("cannot make the folder ", folder, std::string(": ") + std::strerror(reason));
+        return refuse("", folder, S_ISLNK(status.st_mode) ? " is a symbolic link" : " is not a folder");
     }
     return true;
 }
 
-// Opens prefix + name for writing, empty. Null, with a line, for a symbolic link,
-// for what is no plain file, and for the pack and the file that bytes come from.
-static owned_file open_target(
-    const char* prefix, const char* name, const file_identity& pack, const file_identity& source)
+// Begins the file prefix + name. False, with a line, for a symbolic link, for what is no
+// plain file, for the pack and the file that bytes come from, and for what exists where
+// nothing may be replaced.
+static bool open_target(
+    new_file& target, const std::string& path, size_t name_at, bool replace, const file_identity (&read)[2])
 {
-    const std::string path = std::string(prefix) + name;
-    if (!make_directories(path, std::strlen(prefix)))
-        return nullptr;
-    const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        const char* reason = errno == ELOOP ? "it is a symbolic link" : std::strerror(errno);
-        std::fprintf(stderr, "Error: cannot write %s: %s.\n", path.c_str(), reason);
-        return nullptr;
-    }
-    struct stat status;
-    const char* problem = nullptr;
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
-        problem = "it is not a file";
-    else if (same_file(identity(status), pack) || same_file(identity(status), source))
-        problem = "it is being read";
-    else if (ftruncate(descriptor, 0) != 0)
-        problem = "it cannot be emptied";
-    owned_file file(problem ? nullptr : fdopen(descriptor, "wb"));
-    if (problem)
-        std::fprintf(stderr, "Error: cannot write %s: %s.\n", path.c_str(), problem);
-    if (!file)
-        close(descriptor);
-    return file;
-}
-
-static bool report_written(bool written, const char* prefix, const char* name)
-{
-    if (!written)
-        std::fprintf(stderr, "Error: cannot write %s%s.\n", prefix, name);
-    return written;
-}
-
-static bool extract_bytes(FILE* pack, const pack_source& source, const char* prefix)
-{
-    owned_file target = open_target(prefix, source.name, identity_of_stream(pack), {});
-    if (!target)
+    if (!make_folders(path, name_at))
         return false;
-    const auto size = static_cast<size_t>(source.size);
-    const bool written = std::fwrite(source.bytes.get(), 1, size, target.get()) == size;
-    return report_written(close_written(std::move(target)) && written, prefix, source.name);
+    struct stat status;
+    const bool exists = lstat(path.c_str(), &status) == 0;
+    const char* problem = nullptr;
+    if (exists && S_ISLNK(status.st_mode))
+        problem = "it is a symbolic link";
+    else if (exists && (same_file(identity(status), read[0]) || same_file(identity(status), read[1])))
+        problem = "it is being read";
+    else
+        problem = new_file_open(target, path, replace);
+    return !problem || refuse_writing(path, problem);
 }
 
-static bool extract_slot(FILE* pack, const pack_slot& slot, const char* prefix)
+static bool extract_bytes(FILE* pack, const pack_source& source, const char* prefix, bool replace)
+{
+    const std::string path = std::string(prefix) + source.name;
+    new_file target;
+    if (!open_target(target, path, std::strlen(prefix), replace, {identity_of_stream(pack), {}}))
+        return false;
+    if (write_bytes(source.bytes.get(), source.size, target, path))
+        return keep_written(target, path);
+    new_file_drop(target);
+    return false;
+}
+
+static bool extract_slot(FILE* pack, const pack_slot& slot, const char* prefix, bool replace)
 {
     uint8_t* bytes = nullptr;
     if (!name_is_accepted(slot.name))
         return false;
-    if (pack_read_slot_bytes(pack, slot, &bytes) != pack_found) {
-        std::fprintf(stderr, "Error: the entry \"%s\" is damaged.\n", slot.name);
-        return false;
-    }
+    if (pack_read_slot_bytes(pack, slot, &bytes) != pack_found)
+        return refuse_entry(slot.name, "is damaged");
     const pack_source source = {slot.name, "", owned_block<uint8_t>(bytes), slot.size};
-    return extract_bytes(pack, source, prefix);
+    return extract_bytes(pack, source, prefix, replace);
 }
 
 // Of entries with one name the first counts, as in every look-up.
-bool pack_extract_all(FILE* pack, const char* prefix)
+bool pack_extract_all(FILE* pack, const char* prefix, bool replace)
 {
     bool complete = pack != nullptr;
     std::unordered_set<std::string> names;
     pack_slot slot;
     for (uint32_t index = 0; pack_read_slot(pack, index, slot); ++index)
         if (names.insert(slot.name).second)
-            complete = extract_slot(pack, slot, prefix) && complete;
+            complete = extract_slot(pack, slot, prefix, replace) && complete;
     return complete;
 }
 
-static bool export_file(const pack_file_list* node, FILE* pack, const char* prefix)
+static bool export_file(const pack_file_list* node, FILE* pack, const char* prefix, bool replace)
 {
+    const std::string source_path = std::string(node->source_dir) + node->name;
+    const std::string path = std::string(prefix) + node->name;
     uint64_t size = 0;
     file_identity which = {};
-    const owned_file source = open_source(std::string(node->source_dir) + node->name, size, which);
-    owned_file target = source ? open_target(prefix, node->name, identity_of_stream(pack), which) : nullptr;
-    if (!target)
+    const owned_file source = open_source(source_path, size, which);
+    new_file target;
+    if (!source || !open_target(target, path, std::strlen(prefix), replace, {identity_of_stream(pack), which}))
         return false;
-    const bool written = copy_stream(source.get(), target.get(), size);
-    return report_written(close_written(std::move(target)) && written, prefix, node->name);
+    if (copy_stream(source.get(), source_path, target, size, path))
+        return keep_written(target, path);
+    new_file_drop(target);
+    return false;
 }
 
-static bool export_old_entry(const pack_file_list* node, FILE* pack, const char* prefix)
+static bool export_old_entry(const pack_file_list* node, FILE* pack, const char* prefix, bool replace)
 {
     pack_source source = {node->name, "", {}, 0};
-    return prepare_old_entry(source, pack) && extract_bytes(pack, source, prefix);
+    return prepare_old_entry(source, pack) && extract_bytes(pack, source, prefix, replace);
 }
 
-bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix)
+bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix, bool replace)
 {
     bool complete = true;
     for (const pack_file_list* node = list; node && node->name; node = node->next) {
         const bool written = name_is_accepted(node->name)
-            && (node->source_dir ? export_file(node, pack, prefix) : export_old_entry(node, pack, prefix));
+            && (node->source_dir ? export_file(node, pack, prefix, replace)
+                                 : export_old_entry(node, pack, prefix, replace));
         complete = written && complete;
     }
     return complete;

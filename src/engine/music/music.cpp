@@ -58,9 +58,9 @@ static void audio_callback(void*, Uint8* stream, int len)
 // A folder of that name beside the pack is no music: the file may lie under "music/".
 static FILE* open_music_file(const char* file)
 {
-    FILE* opened = open_regular_file(file);
+    FILE* opened = open_plain_file(file);
     if (opened == nullptr)
-        opened = open_regular_file((std::string("music/") + file).c_str());
+        opened = open_plain_file((std::string("music/") + file).c_str());
     return opened;
 }
 

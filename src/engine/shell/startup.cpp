@@ -72,7 +72,7 @@ bool discover_pack(player_settings& settings)
         return false;
     }
     std::printf("Found %s.\n", name.c_str());
-    settings.pack = open_regular_file(name.c_str());
+    settings.pack = open_plain_file(name.c_str());
     if (settings.pack == nullptr) {
         log_message(0, ("Error: cannot open " + name + "!").c_str());
         return false;
