@@ -325,6 +325,21 @@ TEST_CASE("slots tell where their entries are")
     CHECK_FALSE(pack_read_slot(pack.file, 2, slot));
 }
 
+TEST_CASE("an index ends with a whole empty name")
+{
+    const pack_stream pack(two_entries);
+    CHECK_FALSE(pack_index_ends(pack.file, 0));
+    CHECK_FALSE(pack_index_ends(pack.file, 1));
+    CHECK(pack_index_ends(pack.file, 2));
+    CHECK_FALSE(pack_index_ends(nullptr, 0));
+    for (size_t length = 0; length < 115; ++length) { // 83 bytes of head and slots, 32 of the name
+        const pack_stream cut(two_entries.substr(0, length));
+        CHECK_FALSE(pack_index_ends(cut.file, 2));
+    }
+    const pack_stream bare(two_entries.substr(0, 115));
+    CHECK(pack_index_ends(bare.file, 2));
+}
+
 // ---- lists -------------------------------------------------------------------------
 
 static std::string names_of(const pack_file_list* list)

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the walls of the house: who may include whom, and that every header stands alone.
+"""Holds the walls of the house: who may include whom, that every header stands alone, and that no program of ours
+is taken for a pack.
 
     test_walls.py ROOT COMPILER [FLAG ...]
 """
@@ -13,6 +14,7 @@ ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'sh
 GROUND = {'render/matrix.h'}            # plain numbers, part of the ground floor
 DEVICE = re.compile(r'(?:GL/|GLES|EGL/|SDL|glew)', re.I)
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.M)
+PROGRAM = re.compile(r'^\s*add_executable\((\S+)', re.M)
 MAY_CALL_DEVICES = {'music', 'shell'}
 
 
@@ -58,9 +60,17 @@ def check_headers(engine, compiler, flags):
         return [wrong for wrong in pool.map(check, headers) if wrong]
 
 
+def check_programs(root):
+    """The player takes the first file of its folder whose name ends in "dpk": none of its neighbours may."""
+    with open(os.path.join(root, 'CMakeLists.txt'), encoding='utf-8') as f:
+        return ['the program %s has the name of a pack' % name for name in PROGRAM.findall(f.read())
+                if name.endswith('dpk')]
+
+
 def check_the_checker():
     """The rules must catch what they are for."""
     assert DEVICE.search('SDL/SDL.h') and DEVICE.search('GL/glew.h') and not DEVICE.search('render/matrix.h')
+    assert PROGRAM.findall('add_executable(dpk ${sources})\n  add_executable(a-b c.cpp)') == ['dpk', 'a-b']
     assert INCLUDE.findall('#include <GL/glew.h>\n  #  include "shell/log.h"') == ['GL/glew.h', 'shell/log.h']
 
 
@@ -68,7 +78,7 @@ def main():
     root, compiler, flags = sys.argv[1], sys.argv[2], sys.argv[3:]
     engine = os.path.join(root, 'src', 'engine')
     check_the_checker()
-    wrong = check_includes(engine) + check_headers(engine, compiler, flags)
+    wrong = check_includes(engine) + check_headers(engine, compiler, flags) + check_programs(root)
     for line in wrong:
         print(line)
     print('%d files checked, %d broken walls' % (len(list(sources(engine))), len(wrong)))

@@ -162,6 +162,14 @@ bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot)
     return true;
 }
 
+bool pack_index_ends(FILE* pack, uint32_t index)
+{
+    if (!pack || !seek(pack, slot_offset(index)))
+        return false;
+    const raw_slot raw = read_raw_slot(pack);
+    return raw.read >= pack_name_size && raw.bytes[0] == 0;
+}
+
 pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** bytes)
 {
     if (!pack)

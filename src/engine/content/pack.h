@@ -59,6 +59,10 @@ struct pack_slot {
 // terminator, or the end of the file), which prints nothing, and for a null pack.
 bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot);
 
+// Whether the index ends at slot number `index` as it should, with an empty name of 32
+// bytes: false where a slot stands there, and where the file ends instead.
+bool pack_index_ends(FILE* pack, uint32_t index);
+
 // The bytes of that slot's entry, as pack_read_entry hands them out.
 [[nodiscard]] pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** bytes);
 

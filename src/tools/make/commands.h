@@ -1,0 +1,22 @@
+// What brimlow-make does: a function a command.
+//
+// Each tells what it does on standard output and what went wrong as lines on standard
+// error, with names as they may be shown, and gives the exit status.
+#pragma once
+
+#include "options.h"
+
+enum exit_status : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
+
+// Packs: packs.cpp
+exit_status run_list(const make_options& options);
+exit_status run_extract(const make_options& options);
+exit_status run_add(const make_options& options);
+exit_status run_create(const make_options& options);
+exit_status run_remove(const make_options& options);
+
+// Envelopes: envelopes.cpp
+exit_status run_envelope(const make_options& options);
+
+// One line, "Error: BEFORE NAME BEHIND", with the name as it may be shown; exit_failed.
+exit_status fail(const char* before, const std::string& name, const std::string& behind);

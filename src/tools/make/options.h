@@ -1,0 +1,48 @@
+// The command line of brimlow-make, as a record.
+//
+// Pure: nothing is opened here. Every misuse is one sentence.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+enum make_command : int32_t {
+    command_list,
+    command_extract,
+    command_add,
+    command_create,
+    command_remove,
+    command_wrap,
+    command_unwrap,
+    command_count // none: the program as a whole
+};
+
+// A file that goes into a pack.
+struct make_source {
+    std::string directory; // ends in "/", or is empty
+    std::string name;      // of the file behind that, and of the entry
+};
+
+struct make_options {
+    make_command command = command_count;
+    bool help = false; // of the command, or of the program
+    bool version = false;
+    bool force = false;               // files that exist are replaced
+    std::string input;                // the pack; the file that wrap and unwrap read
+    std::string output;               // the file that wrap and unwrap write
+    std::string prefix;               // extract: what stands in front of every name: the folder, and --prefix
+    std::vector<std::string> names;   // extract, remove: entries; none: all
+    std::vector<make_source> sources; // add, create
+};
+
+// Reads the arguments behind the program's name. False: `problem` holds one sentence
+// without its full stop; of `options` only the command is then to be used, for the hint.
+bool read_options(std::span<const char* const> arguments, make_options& options, std::string& problem);
+
+// The text of --help of a command, or of the whole program (command_count).
+const char* help_text(make_command command);
+
+// "list", "extract", ...; "" for command_count.
+const char* command_name(make_command command);

@@ -1,0 +1,648 @@
+#!/usr/bin/env python3
+"""Drives brimlow-make: test_brimlow_make.py PROGRAM MAN_PAGE.
+
+Packs are made and read here with struct alone, so that the program is compared
+with the format and not with itself."""
+
+import os
+import re
+import resource
+import shutil
+import signal
+import stat
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zlib
+
+PROGRAM = ""
+MAN_PAGE = ""
+COMMANDS = ("list", "extract", "add", "create", "remove", "wrap", "unwrap")
+NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
+A_PIPE = "it is a pipe or a device and no file"
+
+
+def make_pack(entries):
+    start = 35 + 40 * len(entries)
+    index, data = b"", b""
+    for name, content in entries:
+        end = (start + len(content) - 1) & 0xFFFFFFFF
+        name = name if isinstance(name, bytes) else name.encode()
+        index += struct.pack(">32sII", name, start, end)
+        data += content
+        start += len(content)
+    return b"DP\x01" + index + bytes(32) + data
+
+
+class MakeTest(unittest.TestCase):
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory(prefix="test_make_")
+        self.addCleanup(self.directory.cleanup)
+        self.folder = self.directory.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def put(self, name, content):
+        os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
+        with open(self.path(name), "wb") as file:
+            file.write(content)
+
+    def get(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def names(self, folder="."):
+        return sorted(os.listdir(self.path(folder)))
+
+    def mode(self, name):
+        return os.stat(self.path(name)).st_mode & 0o777
+
+    def make(self, *arguments, **more):
+        """Status, standard output, standard error."""
+        result = subprocess.run([PROGRAM, *arguments], cwd=self.folder, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, timeout=60, **more)
+        return result.returncode, result.stdout.decode(), result.stderr.decode()
+
+    def check(self, arguments, status, output="", errors="", **more):
+        self.assertEqual(self.make(*arguments, **more), (status, output, errors), arguments)
+
+
+class CommandLineTest(MakeTest):
+    def test_help_is_there_for_the_program_and_for_every_command(self):
+        for arguments in (["--help"], ["-h"], ["help"]):
+            status, output, errors = self.make(*arguments)
+            self.assertEqual((status, errors), (0, ""))
+            for command in COMMANDS:
+                self.assertIn("\n  %s " % command, output)
+        for command in COMMANDS:
+            status, output, errors = self.make(command, "--help")
+            self.assertEqual((status, errors), (0, ""))
+            self.assertTrue(output.startswith("brimlow-make %s " % command))
+            self.assertTrue(all(len(line) <= 80 for line in output.splitlines()))
+            self.check([command, "a", "-h", "b"], 0, output)
+            self.check(["help", command], 0, output)
+
+    def test_the_version(self):
+        self.check(["--version"], 0, "brimlow-make 1.0\n")
+        self.check(["-V"], 0, "brimlow-make 1.0\n")
+
+    def test_the_manual_page_has_the_commands_and_options_of_the_help(self):
+        with open(MAN_PAGE, encoding="utf-8") as file:
+            page = file.read().replace("\\-", "-")
+        # of the program and of every command: the options, and the line of arguments
+        parts = re.split(r"^\.S[HS] ", page, flags=re.M)
+        sections = {part.split("\n", 1)[0].strip('"'): part for part in parts}
+        for command in ("", *COMMANDS):
+            help_text = self.make(*([command] if command else []), "--help")[1]
+            in_help = set(re.findall(r"^  (-{1,2}[A-Za-z-]+)", help_text, re.M))
+            in_help |= set(re.findall(r"^  -\w, (--[a-z-]+)", help_text, re.M))
+            part = sections["OPTIONS" if not command else command]
+            headed = "\n".join(line for line in part.splitlines() if line.startswith(".B"))
+            self.assertEqual(set(re.findall(r"(?<![\w-])--?[A-Za-z][a-z-]*", headed)), in_help, command)
+        plain_lines = [re.sub(r"\\f[BP]", "", line) for line in page.splitlines()]
+        for command in COMMANDS:
+            line = self.make(command, "--help")[1].splitlines()[0]
+            self.assertIn(line.replace("brimlow-make ", "", 1), plain_lines)
+
+    def test_wrong_command_lines_give_status_2(self):
+        def misuse(arguments, problem, command=""):
+            self.check(arguments, 2, errors='Error: %s. "brimlow-make %s--help" tells more.\n' % (problem, command))
+
+        misuse([], "a command is missing")
+        misuse(["frob"], "unknown command frob")
+        misuse(["fr\x1bob"], "unknown command fr\\x1Bob")
+        misuse(["--frob"], "unknown option --frob")
+        misuse(["--force", "list", "a"], "--force stands behind a command")
+        misuse(["list"], "list takes one pack", "list ")
+        misuse(["list", "a", "b"], "list takes one pack", "list ")
+        misuse(["list", ""], "a name of a file is empty", "list ")
+        misuse(["list", "--force", "a"], "list has no option --force", "list ")
+        misuse(["list", "--version"], "list has no option --version", "list ")
+        misuse(["extract"], "extract takes a pack", "extract ")
+        misuse(["extract", "-C", "x", "a"], "extract has no option -C", "extract ")
+        misuse(["extract", "a", "--prefix"], "--prefix takes a text", "extract ")
+        misuse(["extract", "a", "--force=1"], "--force takes no value", "extract ")
+        for command in ("add", "create"):
+            misuse([command], command + " takes a pack and files", command + " ")
+            misuse([command, "x.dpk"], command + " takes a pack and files", command + " ")
+            misuse([command, "x.dpk", "--frob", "a"], "unknown option --frob", command + " ")
+            misuse([command, "x.dpk", "-C"], "-C takes a folder", command + " ")
+            misuse([command, "x.dpk", "--prefix", "a", "a"], command + " has no option --prefix", command + " ")
+        misuse(["add", "-f", "x.dpk", "a"], "add has no option -f", "add ")
+        misuse(["remove", "x.dpk"], "remove takes a pack and the names of entries", "remove ")
+        misuse(["remove", "x.dpk", "-f", "a"], "remove has no option -f", "remove ")
+        misuse(["wrap", "a"], "wrap takes a file and an entry", "wrap ")
+        misuse(["wrap", "a", "b", "c"], "wrap takes a file and an entry", "wrap ")
+        misuse(["wrap", "a", ""], "a name of a file is empty", "wrap ")
+        misuse(["unwrap", "a"], "unwrap takes an entry and a file", "unwrap ")
+        self.assertEqual(self.names(), [])
+
+
+class OutputTest(MakeTest):
+    """Standard output and standard error that take nothing."""
+
+    def setUp(self):
+        super().setUp()
+        self.put("x.dpk", make_pack([("a", b"1")]))
+        self.put("b", b"22")
+
+    def lost(self, *arguments, stdout=None, redirect=""):
+        result = subprocess.run(["sh", "-c", '"$0" "$@" ' + redirect, PROGRAM, *arguments], cwd=self.folder,
+                                stdout=stdout or subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
+        return result.returncode, result.stderr.decode()
+
+    def test_output_that_cannot_be_written_is_a_line_and_status_1(self):
+        for arguments in (["list", "x.dpk"], ["--help"], ["--version"], ["add", "x.dpk", "b"]):
+            self.assertEqual(self.lost(*arguments, redirect=">/dev/full"),
+                             (1, "Error: cannot write to standard output: No space left on device.\n"))
+            self.assertEqual(self.lost(*arguments, redirect=">&-"),
+                             (1, "Error: cannot write to standard output: Bad file descriptor.\n"))
+
+    def test_a_reader_that_goes_away_is_a_line_and_status_1(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        with os.fdopen(writer, "wb") as pipe:
+            self.assertEqual(self.lost("list", "x.dpk", stdout=pipe),
+                             (1, "Error: cannot write to standard output: Broken pipe.\n"))
+
+    def test_what_prints_nothing_needs_no_output(self):
+        self.assertEqual(self.lost("extract", "x.dpk", "out", redirect=">&-"), (0, ""))
+        self.assertEqual(self.get("out/a"), b"1")
+
+    def test_closed_streams_never_lead_lines_into_a_pack(self):
+        for redirect in (">&-", "2>&-", "<&-", "<&- >&-", "<&- >&- 2>&-"):
+            self.put("x.dpk", make_pack([("a", b"1")]))
+            self.lost("add", "x.dpk", "b", redirect=redirect)
+            self.assertEqual(self.get("x.dpk"), make_pack([("a", b"1"), ("b", b"22")]), redirect)
+        self.assertEqual(self.names(), ["b", "x.dpk"])
+        # with a line of standard error that has no place to go
+        self.assertEqual(self.lost("add", "x.dpk", "none", redirect="<&- >&- 2>&-")[0], 1)
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"1"), ("b", b"22")]))
+
+
+class ListTest(MakeTest):
+    def test_list_shows_sizes_and_names(self):
+        self.put("x.dpk", make_pack([("demo.xmlz", b"12345"), ("empty", b""), ("rock.png", b"x" * 1234)]))
+        self.check(["list", "x.dpk"], 0, "         5  demo.xmlz\n         0  empty\n      1234  rock.png\n")
+
+    def test_list_of_an_empty_pack_is_empty(self):
+        self.put("x.dpk", make_pack([]))
+        self.check(["list", "x.dpk"], 0)
+
+    def test_list_names_damaged_entries_and_says_how_many(self):
+        self.put("x.dpk", make_pack([("a", b"123"), ("b", b"45")])[:-1])
+        self.check(["list", "x.dpk"], 1, "         3  a\n   damaged  b\n",
+                   "Error: x.dpk is damaged: 1 of its 2 entries do not lie inside it.\n")
+
+    def test_names_never_reach_a_terminal_raw(self):
+        self.put("x.dpk", make_pack([("a\x1b[2Jb", b""), ("\u00e9\u4e16", b""), (b"\x9b7\xff\n", b"")]))
+        self.check(["list", "x.dpk"], 0, "         0  a\\x1B[2Jb\n         0  \u00e9\u4e16\n         0  \\x9B7\\xFF\\x0A\n")
+        self.check(["list", "a\x07.dpk"], 1, errors="Error: cannot open a\\x07.dpk: No such file or directory.\n")
+        self.check(["remove", "x.dpk", "\x1b[0m"], 1, errors='Error: the entry "\\x1B[0m" is not in the pack.\n')
+        self.put("y.dpk", make_pack([("\x07", b"1"), ("x", b"")])[:-1])
+        self.check(["extract", "y.dpk", "", "\x07"], 1, errors='Error: the entry "\\x07" is damaged.\n')
+
+    def test_packs_that_cannot_be_opened_give_the_reason(self):
+        os.mkdir(self.path("folder"))
+        os.mkfifo(self.path("pipe"))
+        self.put("a", b"1")
+        for name, reason in (("none.dpk", "No such file or directory"), ("folder", "it is a folder"),
+                             ("pipe", A_PIPE), ("/dev/zero", A_PIPE), ("a/x.dpk", "Not a directory")):
+            for command in (["list", name], ["extract", name], ["remove", name, "a"], ["add", name, "a"]):
+                if name == "none.dpk" and command[0] == "add":
+                    continue # which makes it
+                self.check(command, 1, errors="Error: cannot open %s: %s.\n" % (name, reason))
+        self.assertEqual(self.names(), ["a", "folder", "pipe"])
+
+    def test_a_file_that_does_not_begin_like_a_pack_is_read_with_a_warning_when_it_is_sound(self):
+        self.put("x.dpk", b"xyz" + make_pack([("a", b"1")])[3:])
+        self.check(["list", "x.dpk"], 0, "         1  a\n", "Warning: x.dpk does not begin like a pack.\n")
+        self.put("x.dpk", b"xyz" + make_pack([("a", b"1")])[3:-1])
+        self.check(["list", "x.dpk"], 1, errors="Error: x.dpk" + NOT_BEGINNING)
+
+    def test_files_that_are_no_packs_say_so(self):
+        self.put("a.png", b"\x89PNG\r\n\x1a\n" + bytes(range(256)) * 4)
+        self.put("empty", b"")
+        for command in (["list"], ["extract"], ["remove"], ["add"]):
+            more = ["a"] if command[0] in ("remove", "add") else []
+            self.put("a", b"1")
+            self.check(command + ["a.png"] + more, 1, errors="Error: a.png" + NOT_BEGINNING)
+            self.check(command + ["empty"] + more, 1, errors="Error: empty is no pack: it is empty.\n")
+
+    def test_every_truncated_pack_is_one_line_and_status_1(self):
+        pack = make_pack([("a", b"123"), ("b", b"4567")])
+        self.put("c", b"new")
+        for length in range(len(pack)):
+            self.put("x.dpk", pack[:length])
+            for command in (["list", "x.dpk"], ["extract", "x.dpk", "out"], ["add", "x.dpk", "c"],
+                            ["remove", "x.dpk", "a"]):
+                status, _, errors = self.make(*command)
+                self.assertEqual((status, errors.count("\n")), (1, 1), (length, command, errors))
+                self.assertIn("x.dpk" if length < 115 or command[0] in ("list", "extract") else '"', errors)
+            self.assertEqual(self.get("x.dpk"), pack[:length])
+            if length < 115: # 35 + 2 * 40
+                self.assertEqual(self.names(), ["c", "x.dpk"])
+            else:
+                self.assertEqual(self.names("out"), ["a"] if length >= 118 else [])
+                shutil.rmtree(self.path("out"))
+
+    def test_an_index_without_an_end_says_so(self):
+        self.put("x.dpk", make_pack([("a", b"123")])[:3 + 40 + 31])
+        self.check(["list", "x.dpk"], 1, errors="Error: x.dpk is cut off: its list of entries has no end.\n")
+
+
+class ExtractTest(MakeTest):
+    def setUp(self):
+        super().setUp()
+        self.put("x.dpk", make_pack([("a", b"one"), ("sky/up.png", b"\0\xff")]))
+
+    def test_a_folder_is_made_and_needs_no_slash(self):
+        for folder in ("out", "slash/", "deep/er", "./here/"):
+            self.check(["extract", "x.dpk", folder], 0)
+            self.assertEqual(self.names(folder), ["a", "sky"])
+            self.assertEqual(self.get(folder + "/a"), b"one")
+            self.assertEqual(self.get(folder + "/sky/up.png"), b"\0\xff")
+        self.check(["extract", "x.dpk"], 0)
+        self.assertEqual(self.get("a"), b"one")
+        self.assertEqual(self.mode("a"), 0o600)
+        os.mkdir(self.path("there"))
+        os.symlink("there", self.path("link"))
+        self.check(["extract", "x.dpk", "link"], 0) # the user's own link is followed
+        self.assertEqual(self.names("there"), ["a", "sky"])
+
+    def test_a_prefix_stands_in_front_of_every_name(self):
+        self.check(["extract", "x.dpk", "out", "--prefix", "pre_"], 0)
+        self.assertEqual(self.names("out"), ["pre_a", "pre_sky"])
+        self.check(["extract", "--prefix=far/pre_", "x.dpk", "", "a"], 0)
+        self.assertEqual(self.names("far"), ["pre_a"])
+
+    def test_only_the_entries_named_are_written(self):
+        self.check(["extract", "x.dpk", "out", "a", "none", "a"], 1, errors='Error: the entry "none" is not in the pack.\n')
+        self.assertEqual(self.names("out"), ["a"])
+
+    def test_nothing_is_written_when_a_file_exists(self):
+        self.put("out/a", b"precious")
+        self.check(["extract", "x.dpk", "out"], 1,
+                   errors='Error: out/a exists: nothing is written. "--force" replaces what exists.\n')
+        self.assertEqual(self.names("out"), ["a"])
+        self.put("out/sky/up.png", b"precious too")
+        self.check(["extract", "x.dpk", "out"], 1,
+                   errors='Error: out/a exists, and so do 1 more: nothing is written. "--force" replaces what exists.\n')
+        self.assertEqual((self.get("out/a"), self.get("out/sky/up.png")), (b"precious", b"precious too"))
+        os.remove(self.path("out/a"))
+        os.symlink("nowhere", self.path("out/a"))
+        self.check(["extract", "x.dpk", "out", "a"], 1,
+                   errors='Error: out/a exists: nothing is written. "--force" replaces what exists.\n')
+
+    def test_force_replaces_files_and_their_bytes_alone(self):
+        self.put("out/a", b"what was there, and longer")
+        os.chmod(self.path("out/a"), 0o644)
+        for force in ("-f", "--force"):
+            self.check(["extract", force, "x.dpk", "out"], 0)
+            self.assertEqual(self.get("out/a"), b"one")
+            self.assertEqual(self.mode("out/a"), 0o644)
+
+    def test_names_that_lead_elsewhere_are_left_out(self):
+        self.put("in/y.dpk", make_pack([("../a", b"1"), ("/tmp/test_make_never", b"2"), ("b", b"3")]))
+        os.remove(self.path("x.dpk"))
+        self.check(["extract", "in/y.dpk", "in"], 1,
+                   errors='Error: the name "../a" has ".." in it.\n'
+                          'Error: the name "/tmp/test_make_never" is absolute.\n')
+        self.assertEqual(self.names("in"), ["b", "y.dpk"])
+        self.assertEqual(self.names(), ["in"])
+
+    def test_symbolic_links_are_not_passed_through(self):
+        os.makedirs(self.path("out"))
+        os.mkdir(self.path("elsewhere"))
+        os.symlink("../elsewhere", self.path("out/sky"))
+        os.symlink("../elsewhere/a", self.path("out/a"))
+        self.check(["extract", "-f", "x.dpk", "out"], 1,
+                   errors="Error: cannot write out/a: it is a symbolic link.\nError: out/sky is a symbolic link.\n")
+        self.assertEqual(self.names("elsewhere"), [])
+
+    def test_the_pack_is_never_replaced(self):
+        pack = make_pack([("x.dpk", b"1")])
+        self.put("x.dpk", pack)
+        self.check(["extract", "-f", "x.dpk"], 1, errors="Error: cannot write x.dpk: it is being read.\n")
+        self.assertEqual(self.get("x.dpk"), pack)
+
+    def test_folders_that_cannot_be_made_give_the_reason(self):
+        self.put("file", b"1")
+        self.check(["extract", "x.dpk", "file/out"], 1, errors="Error: cannot make the folder file/out/: Not a directory.\n")
+
+    def test_what_is_sound_of_a_damaged_pack_is_written(self):
+        self.put("x.dpk", make_pack([("a", b"123"), ("b", b"45"), ("c", b"6")])[:-2])
+        self.check(["extract", "x.dpk", "out"], 1,
+                   errors="Error: x.dpk is damaged: 2 of its 3 entries do not lie inside it.\n")
+        self.assertEqual(self.names("out"), ["a"])
+        self.check(["extract", "x.dpk", "other", "a"], 0)
+        self.check(["extract", "x.dpk", "third", "b"], 1, errors='Error: the entry "b" is damaged.\n')
+
+    def test_of_two_entries_with_one_name_the_first_counts(self):
+        self.put("x.dpk", make_pack([("a", b"first"), ("a", b"second")]))
+        self.check(["extract", "x.dpk", "out"], 0)
+        self.assertEqual(self.get("out/a"), b"first")
+
+
+class CreateTest(MakeTest):
+    def test_create_makes_a_pack_of_the_files_in_order(self):
+        self.put("assets/b", b"three")
+        self.put("a", b"one")
+        self.check(["create", "x.dpk", "assets/b", "a"], 0)
+        self.assertEqual(self.get("x.dpk"), make_pack([("b", b"three"), ("a", b"one")]))
+        self.assertEqual(self.mode("x.dpk"), 0o600)
+
+    def test_files_below_a_folder_are_named_as_given(self):
+        self.put("assets/sky/up.png", b"up")
+        self.put("a", b"one")
+        self.check(["create", "x.dpk", "a", "-C", "assets", "sky/up.png"], 0)
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"one"), ("sky/up.png", b"up")]))
+        self.check(["create", "y.dpk", "-C", "assets/", "././sky/up.png", "-C", ".", "a"], 0)
+        self.assertEqual(self.get("y.dpk"), make_pack([("sky/up.png", b"up"), ("a", b"one")]))
+
+    def test_names_that_look_like_options_stand_behind_two_dashes(self):
+        self.put("--force", b"one")
+        self.put("-", b"two")
+        self.check(["create", "x.dpk", "-", "--", "--force"], 0)
+        self.assertEqual(self.get("x.dpk"), make_pack([("-", b"two"), ("--force", b"one")]))
+        self.check(["remove", "x.dpk", "--", "--force"], 0, "count = 1\nNAME: -\nsize=3\n")
+
+    def test_a_pack_that_exists_is_replaced_only_by_force(self):
+        old = make_pack([("old", b"old")])
+        self.put("x.dpk", old)
+        os.chmod(self.path("x.dpk"), 0o644)
+        self.put("a", b"one")
+        self.check(["create", "x.dpk", "a"], 1, errors='Error: x.dpk exists: it is left as it is. "--force" replaces it.\n')
+        self.assertEqual(self.get("x.dpk"), old)
+        for force in ("--force", "-f"):
+            self.check(["create", force, "x.dpk", "a"], 0)
+            self.assertEqual(self.get("x.dpk"), make_pack([("a", b"one")]))
+            self.assertEqual(self.mode("x.dpk"), 0o644)
+        self.put("empty.dpk", b"")
+        self.check(["create", "-f", "empty.dpk", "a"], 0)
+
+    def test_names_are_refused_and_everything_is_left_alone(self):
+        long_name = "n" * 32
+        self.put("in/a", b"one")
+        self.put("in/" + long_name, b"one")
+        before = self.names()
+        for command in ("create", "add"):
+            self.check([command, "x.dpk", "in/a", "in/" + long_name], 1,
+                       errors='Error: the name "%s" is longer than 31 bytes.\n' % long_name)
+            self.check([command, "x.dpk", "-C", "in", "../in/a"], 1, errors='Error: the name "../in/a" has ".." in it.\n')
+            self.check([command, "x.dpk", "-C", "in", "/etc/passwd"], 1, errors='Error: the name "/etc/passwd" is absolute.\n')
+            self.check([command, "x.dpk", "in/"], 1,
+                       errors='Error: "in/" is a folder: files go into a pack one by one.\n')
+            self.check([command, "x.dpk", ""], 1, errors='Error: the name "" is empty.\n')
+            self.check([command, "x.dpk", "in/a", "-C", "in", "a"], 1, errors='Error: the name "a" is given twice.\n')
+            output = "count = 0\n" if command == "add" else ""
+            self.check([command, "x.dpk", "none"], 1, output, "Error: cannot open none: No such file or directory.\n")
+            self.check([command, "x.dpk", "in"], 1, output, "Error: cannot open in: it is a folder.\n")
+        self.assertEqual(self.names(), before)
+
+    def test_what_is_no_pack_is_never_replaced(self):
+        self.put("a.png", b"precious")
+        self.put("b.png", b"two")
+        os.mkdir(self.path("folder.dpk"))
+        for force in ([], ["--force"]):
+            self.check(["create", *force, "a.png", "b.png"], 1,
+                       errors="Error: a.png exists and is no pack: it is left as it is.\n")
+            self.check(["create", *force, "folder.dpk", "b.png"], 1,
+                       errors="Error: cannot write folder.dpk: it is a folder.\n")
+            self.check(["create", *force, "/dev/full", "b.png"], 1, errors="Error: cannot write /dev/full: %s.\n" % A_PIPE)
+        self.assertEqual(self.get("a.png"), b"precious")
+
+    def test_a_file_that_goes_into_the_pack_is_never_replaced_by_it(self):
+        pack = make_pack([("old", b"old")])
+        self.put("x.dpk", pack)
+        os.link(self.path("x.dpk"), self.path("hard"))
+        self.check(["create", "-f", "x.dpk", "./x.dpk"], 1, errors="Error: ./x.dpk is the pack to be written.\n")
+        self.check(["create", "-f", "x.dpk", "hard"], 1, errors="Error: hard is the pack to be written.\n")
+        self.assertEqual(self.get("x.dpk"), pack)
+
+    def test_a_name_that_the_player_does_not_find_is_warned_of(self):
+        self.put("a", b"one")
+        for command, output in (("create", ""), ("add", "count = 0\nsize of the file: 3\n")):
+            for name in ("x.dpk.old", "dk", "x.DPK"):
+                self.check([command, name, "a"], 0, output,
+                           'Warning: the player finds packs whose names end in "dpk", and %s does not.\n' % name)
+                os.remove(self.path(name))
+            for name in ("dpk", "mydpk", "x.dpk"):
+                self.check([command, name, "a"], 0, output)
+                os.remove(self.path(name))
+
+
+class AddTest(MakeTest):
+    def test_add_replaces_in_place_and_appends(self):
+        self.put("x.dpk", make_pack([("a", b"1"), ("b", b"22"), ("a", b"hidden"), ("c", b"333")]))
+        self.put("b", b"4444")
+        self.put("d", b"55555")
+        self.put("e", b"")
+        self.check(["add", "x.dpk", "d", "b", "e"], 0,
+                   "count = 2\nNAME: a\nNAME: c\nsize=1\nsize of the file: 4\nsize=3\n"
+                   "size of the file: 5\nsize of the file: 0\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"1"), ("b", b"4444"), ("c", b"333"), ("d", b"55555"),
+                                                       ("e", b"")]))
+
+    def test_add_makes_a_pack_when_there_is_none(self):
+        self.put("a", b"one")
+        self.check(["add", "x.dpk", "a"], 0, "count = 0\nsize of the file: 3\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"one")]))
+        self.assertEqual(self.mode("x.dpk"), 0o600)
+
+    def test_add_leaves_what_is_no_pack_alone(self):
+        self.put("a.png", b"precious")
+        self.put("b.png", b"two")
+        self.check(["add", "a.png", "b.png"], 1, errors="Error: a.png" + NOT_BEGINNING)
+        self.put("x.dpk", b"xyz" + make_pack([("a", b"1")])[3:])
+        self.check(["add", "x.dpk", "b.png"], 1, errors="Error: x.dpk" + NOT_BEGINNING)
+        self.assertEqual(self.get("a.png"), b"precious")
+
+    def test_a_damaged_entry_can_be_replaced_or_removed(self):
+        pack = make_pack([("a", b"123"), ("b", b"45")])[:-1]
+        self.put("x.dpk", pack)
+        self.put("b", b"whole")
+        self.check(["add", "x.dpk", "b"], 0, "count = 1\nNAME: a\nsize=3\nsize of the file: 5\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"123"), ("b", b"whole")]))
+        self.put("x.dpk", pack)
+        self.check(["remove", "x.dpk", "b"], 0, "count = 1\nNAME: a\nsize=3\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([("a", b"123")]))
+
+    def test_remove_takes_entries_out(self):
+        self.put("x.dpk", make_pack([("a", b"1"), ("b", b"22"), ("c", b"333"), ("a", b"hidden")]))
+        self.check(["remove", "x.dpk", "c", "a"], 0, "count = 1\nNAME: b\nsize=2\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([("b", b"22")]))
+        self.check(["remove", "x.dpk", "b"], 0, "count = 0\n")
+        self.assertEqual(self.get("x.dpk"), make_pack([]))
+
+    def test_remove_of_a_missing_entry_changes_nothing(self):
+        pack = make_pack([("a", b"1"), ("b", b"22")])
+        self.put("x.dpk", pack)
+        self.check(["remove", "x.dpk", "a", "none"], 1, errors='Error: the entry "none" is not in the pack.\n')
+        self.check(["remove", "x.dpk", "a", "a"], 1, errors='Error: the entry "a" is not in the pack.\n')
+        self.assertEqual(self.get("x.dpk"), pack)
+
+
+class SafeWritingTest(MakeTest):
+    """Whatever goes wrong, the old pack is whole and nothing else is left."""
+
+    def setUp(self):
+        super().setUp()
+        self.pack = make_pack([("a", b"1")])
+        self.put("x.dpk", self.pack)
+
+    def check_unchanged(self, *others):
+        self.assertEqual(self.get("x.dpk"), self.pack)
+        self.assertEqual(self.names(), sorted(("x.dpk",) + others))
+
+    def test_a_full_disk(self):
+        def little_room():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100000, 100000))
+        self.put("large", bytes(300000))
+        line = "Error: cannot write x.dpk: File too large.\n"
+        for command in (["add", "x.dpk", "large"], ["create", "-f", "x.dpk", "large"]):
+            status, _, errors = self.make(*command, preexec_fn=little_room)
+            self.assertEqual((status, errors), (1, line))
+            self.check_unchanged("large")
+        self.check(["wrap", "large", "e"], 1, errors="Error: cannot write e: File too large.\n", preexec_fn=little_room)
+        self.put("y.dpk", make_pack([("b", bytes(300000))]))
+        self.check(["extract", "y.dpk", "out"], 1, errors="Error: cannot write out/b: File too large.\n",
+                   preexec_fn=little_room)
+        self.assertEqual(self.names("out"), [])
+
+    def test_a_signal_in_the_middle(self):
+        with open(self.path("large"), "wb") as file:
+            file.truncate(3 << 30) # a hole, which takes no space
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            program = subprocess.Popen([PROGRAM, "add", "x.dpk", "large"], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                       stderr=subprocess.PIPE)
+            while len(self.names()) == 2 and program.poll() is None:
+                time.sleep(0.001)
+            self.assertIsNone(program.poll())
+            program.send_signal(number)
+            errors = program.communicate(timeout=60)[1].decode()
+            self.assertEqual((program.returncode, errors), (-number, "Error: cannot write x.dpk: it was interrupted.\n"))
+            self.check_unchanged("large")
+
+    def test_a_folder_that_takes_no_new_files(self):
+        program = self.path("program")
+        shutil.copy(PROGRAM, program)
+        os.mkdir(self.path("closed"))
+        self.put("closed/x.dpk", self.pack)
+        self.put("open/x.dpk", self.pack)
+        self.put("b", b"22")
+        os.chmod(self.path("closed/x.dpk"), 0o666)
+        os.chmod(self.path("open/x.dpk"), 0o444)
+        os.chmod(self.path("closed"), 0o555)
+        os.chmod(self.path("open"), 0o777)
+        os.chmod(self.folder, 0o755)
+
+        def nobody():
+            if os.geteuid() == 0:
+                os.setgroups([])
+                os.setgid(65534)
+                os.setuid(65534)
+        for pack in ("closed/x.dpk", "open/x.dpk"): # one that is read-only itself stays, too
+            result = subprocess.run([program, "add", pack, "b"], cwd=self.folder, preexec_fn=nobody,
+                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60)
+            self.assertEqual((result.returncode, result.stderr.decode()),
+                             (1, "Error: cannot write %s: Permission denied.\n" % pack))
+            self.assertEqual(self.get(pack), self.pack)
+            self.assertEqual(self.names(os.path.dirname(pack)), ["x.dpk"])
+
+    def test_permissions_and_symbolic_links_stay(self):
+        self.put("far/y.dpk", self.pack)
+        os.chmod(self.path("far/y.dpk"), 0o640)
+        os.symlink("far/y.dpk", self.path("link.dpk"))
+        self.put("b", b"22")
+        self.assertEqual(self.make("add", "link.dpk", "b")[0], 0)
+        self.assertEqual(self.get("far/y.dpk"), make_pack([("a", b"1"), ("b", b"22")]))
+        self.assertEqual(self.mode("far/y.dpk"), 0o640)
+        self.assertTrue(os.path.islink(self.path("link.dpk")))
+        self.assertEqual(self.make("remove", "link.dpk", "b")[0], 0)
+        self.assertEqual(self.get("far/y.dpk"), self.pack)
+        os.symlink("far/new.dpk", self.path("dangling.dpk"))
+        self.assertEqual(self.make("create", "dangling.dpk", "b")[0], 0)
+        self.assertEqual(self.get("far/new.dpk"), make_pack([("b", b"22")]))
+
+    def test_no_name_on_the_way_is_a_pack(self):
+        with open(self.path("large"), "wb") as file:
+            file.truncate(3 << 30)
+        program = subprocess.Popen([PROGRAM, "add", "x.dpk", "large"], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        while len(self.names()) == 2 and program.poll() is None:
+            time.sleep(0.001)
+        names = self.names()
+        program.terminate()
+        program.wait(timeout=60)
+        self.assertEqual(len(names), 3)
+        self.assertEqual([name for name in names if name.endswith("dpk")], ["x.dpk"])
+
+
+class EnvelopeTest(MakeTest):
+    def test_wrap_makes_an_envelope_that_inflates(self):
+        for size in (0, 1, 100000):
+            content = bytes(i * 7 & 255 for i in range(size))
+            self.put("a.xml", content)
+            self.check(["wrap", "-f", "a.xml", "a.xmlz"], 0)
+            entry = self.get("a.xmlz")
+            self.assertEqual(struct.unpack("<I", entry[:4])[0], size)
+            self.assertEqual(zlib.decompress(entry[4:]), content)
+            self.check(["unwrap", "--force", "a.xmlz", "b.xml"], 0)
+            self.assertEqual(self.get("b.xml"), content)
+
+    def test_unwrap_inflates_compressed_entries(self):
+        content = b"<show>" + b"sea and sky " * 1000 + b"</show>"
+        self.put("a.xmlz", struct.pack("<I", len(content)) + zlib.compress(content, 9))
+        self.check(["unwrap", "a.xmlz", "a.xml"], 0, preexec_fn=lambda: os.umask(0o027))
+        self.assertEqual(self.get("a.xml"), content)
+        self.assertEqual(self.mode("a.xml"), 0o640)
+
+    def test_unwrap_of_damaged_entries_writes_nothing(self):
+        for entry in (struct.pack("<I", 5) + zlib.compress(b"four"), b"", b"<production>",
+                      struct.pack("<I", (1 << 28) + 1) + zlib.compress(b"four")):
+            self.put("a.xmlz", entry)
+            status, output, errors = self.make("unwrap", "a.xmlz", "a.xml")
+            self.assertEqual((status, output, errors.count("\n")), (1, "", 1))
+            self.assertTrue(errors.startswith("Error: a.xmlz "))
+        self.assertEqual(self.names(), ["a.xmlz"])
+
+    def test_sources_that_cannot_be_read_give_the_reason(self):
+        os.mkdir(self.path("folder"))
+        os.mkfifo(self.path("pipe"))
+        for command in ("wrap", "unwrap"):
+            self.check([command, "none", "a"], 1, errors="Error: cannot open none: No such file or directory.\n")
+            self.check([command, "folder", "a"], 1, errors="Error: cannot open folder: it is a folder.\n")
+            self.check([command, "pipe", "a"], 1, errors="Error: cannot open pipe: %s.\n" % A_PIPE)
+        self.assertEqual(self.names(), ["folder", "pipe"])
+
+    def test_what_exists_is_replaced_only_by_force(self):
+        self.put("a", b"new")
+        self.put("b", b"precious")
+        os.chmod(self.path("b"), 0o604)
+        line = 'Error: b exists: it is left as it is. "--force" replaces it.\n'
+        self.check(["wrap", "a", "b"], 1, errors=line)
+        self.check(["wrap", "a", "c"], 0)
+        self.check(["unwrap", "c", "b"], 1, errors=line)
+        self.assertEqual(self.get("b"), b"precious")
+        self.check(["unwrap", "-f", "c", "b"], 0)
+        self.assertEqual(self.get("b"), b"new")
+        self.assertEqual(self.mode("b"), 0o604)
+        self.check(["wrap", "-f", "a", "/dev/full"], 1, errors="Error: cannot write /dev/full: %s.\n" % A_PIPE)
+        self.assertTrue(stat.S_ISCHR(os.stat("/dev/full").st_mode))
+
+    def test_envelopes_never_replace_their_source(self):
+        self.put("a", b"precious")
+        for command in ("wrap", "unwrap"):
+            self.check([command, "-f", "a", "./a"], 1, errors="Error: ./a is the file that is being read.\n")
+        self.assertEqual(self.get("a"), b"precious")
+
+
+if __name__ == "__main__":
+    MAN_PAGE = os.path.abspath(sys.argv.pop(2))
+    PROGRAM = os.path.abspath(sys.argv.pop(1))
+    unittest.main()
