@@ -19,6 +19,7 @@ PLAYER = '''#!/bin/sh
 echo "player in $(pwd -P)"
 for name in *dpk .*dpk; do [ ! -e "$name" ] || echo "pack $name: $(cat "$name")"; done
 for name in tune.ogg music/tune.ogg sub/tune.ogg .hidden; do [ ! -e "$name" ] || echo "has $name: $(cat "$name")"; done
+for name in * .*; do [ -e "$name" ] || [ ! -L "$name" ] || echo "broken link $name"; done
 exit 7
 '''
 VIRTUAL = '#!/bin/sh\nshift; echo "virtual in $1, shots in $2"; exit 7\n'
@@ -102,19 +103,21 @@ class PlayTest(unittest.TestCase):
         self.plays("my show", "a.dpk", ["a.dpk: I am a.dpk"], "a.dpk", below="my show", others=ALL_OF_IT)
 
     def test_a_pack_among_others_is_set_apart_with_its_music(self):
-        self.put_show("my show", "a.dpk", "b c.dpk", ".d.dpk")
+        self.put_show("my show", "a.dpk", "b c.dpk", ".d.dpk", "e.dpk")
         folders = set()
-        for name in ("a.dpk", "b c.dpk", ".d.dpk", "a.dpk"):
+        for name in ("a.dpk", "b c.dpk", ".d.dpk", "e.dpk", "a.dpk"):
             status, lines, errors = self.play("my show/" + name)
             self.assertEqual((status, errors, lines[0]), (7, "", "== playing my show/" + name))
             self.assertTrue(lines[1].startswith("player in %s/build/one-pack/" % self.home), lines[1])
             self.assertEqual(lines[2:], ["pack %s: I am %s" % (name, name)] + ALL_OF_IT)
             folders.add(lines[1])
-        self.assertEqual(len(folders), 3)
+        self.assertEqual(len(folders), 4)
         # a second time what is there now counts
         os.remove(os.path.join(self.folder, "my show", "tune.ogg"))
+        os.remove(os.path.join(self.folder, "my show", ".hidden"))
+        os.remove(os.path.join(self.folder, "my show", ".d.dpk"))
         self.put("my show/a.dpk", "I am new")
-        self.assertEqual(self.play("my show/a.dpk")[1][2:], ["pack a.dpk: I am new"] + ALL_OF_IT[1:])
+        self.assertEqual(self.play("my show/a.dpk")[1][2:], ["pack a.dpk: I am new"] + ALL_OF_IT[1:3])
         self.assertTrue(os.path.exists(os.path.join(self.folder, "my show", "b c.dpk")))
 
     def test_without_a_display_the_show_plays_on_a_virtual_one(self):
