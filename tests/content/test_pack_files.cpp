@@ -209,6 +209,15 @@ TEST_CASE("writing refuses sources that cannot be read before any file is touche
         check_refused(directory, list_of({{"a", directory.path.c_str()}}), nullptr,
             "Error: cannot open " + directory.path + "a: it is a pipe or a device and no file.\n");
     }
+    SUBCASE("more than offsets can tell apart")
+    {
+        // 3 + 32 + 40 bytes, and a hole up to one byte more than 4 GiB
+        const std::string path = directory.path + "a";
+        write_bytes(path, "");
+        if (truncate(path.c_str(), static_cast<off_t>((1ll << 32) + 1 - 75)) == 0)
+            check_refused(
+                directory, list_of({{"a", directory.path.c_str()}}), nullptr, "Error: a pack holds at most 4 GiB.\n");
+    }
     SUBCASE("an entry that the old pack lacks")
     {
         const pack_stream old_pack(pack_of({{"b", "x"}}));
@@ -313,6 +322,24 @@ TEST_CASE("a disk without room leaves the old pack whole, and says why")
         std::signal(SIGXFSZ, action);
         std::fclose(old_pack);
     });
+}
+
+TEST_CASE("a source that has another length than it says is reported, and no pack is made")
+{
+    const temporary_directory directory;
+    // Files of the kernel: the first says that it is empty, the second that it has a page.
+    for (const std::string folder : {"/proc/", "/sys/devices/system/cpu/"}) {
+        const std::string name = folder == "/proc/" ? "version" : "online";
+        struct stat status;
+        if (stat((folder + name).c_str(), &status) != 0 || read_bytes(folder + name).empty())
+            continue;
+        pack_file_list* list = list_of({{name, folder.c_str()}});
+        std::string errors;
+        CHECK_FALSE(write_silently(list, directory.path + "x.dpk", nullptr, errors));
+        CHECK(errors == "Error: cannot read " + folder + name + ": it changed while it was read.\n");
+        CHECK(std::distance(std::filesystem::directory_iterator(directory.path), {}) == 0);
+        pack_file_list_free(list);
+    }
 }
 
 TEST_CASE("a rewritten pack keeps its permissions, and stays behind its symbolic link")

@@ -309,11 +309,18 @@ class ExtractTest(MakeTest):
     def test_names_that_lead_elsewhere_are_left_out(self):
         self.put("in/y.dpk", make_pack([("../a", b"1"), ("/tmp/test_make_never", b"2"), ("b", b"3")]))
         os.remove(self.path("x.dpk"))
+        self.put("a", b"precious") # where the first name leads
         self.check(["extract", "in/y.dpk", "in"], 1,
                    errors='Error: the name "../a" has ".." in it.\n'
                           'Error: the name "/tmp/test_make_never" is absolute.\n')
         self.assertEqual(self.names("in"), ["b", "y.dpk"])
-        self.assertEqual(self.names(), ["in"])
+        self.assertEqual(self.names(), ["a", "in"])
+        self.assertEqual(self.get("a"), b"precious")
+
+    def test_two_names_of_one_file_do_not_replace_each_other(self):
+        self.put("x.dpk", make_pack([("a", b"one"), ("./a", b"two")]))
+        self.check(["extract", "x.dpk", "out"], 1, errors="Error: cannot write out/./a: File exists.\n")
+        self.assertEqual(self.get("out/a"), b"one")
 
     def test_symbolic_links_are_not_passed_through(self):
         os.makedirs(self.path("out"))
