@@ -95,10 +95,36 @@ TEST_CASE("Rates are whole numbers or fractions, from one in 1000 seconds to 100
     CHECK(accepts("30000/1001", 30000, 1001));
     CHECK(accepts("1000", 1000, 1));
     CHECK(accepts("1/1000", 1, 1000));
-    for (const char* text :
-        {"", "0", "1/0", "0/1", "1001", "1/1001", "60/", "/2", "25.5", "-5", "1000001/1001", "6 0"}) {
+    for (const char* text : {"", "0", "1/0", "0/1", "1001", "1/1001", "60/", "/2", "-5", "1000001/1001", "6 0", "0.0",
+             "25.", ".5", "29.97/1", "30/1.001", "1000.001", "29.9701", "2e1", "0.0001"}) {
         INFO(text);
         CHECK_FALSE(read_frame_rate(text, rate));
     }
     CHECK(rate.denominator == 1000); // as it was
+}
+
+TEST_CASE("The rates of television are a thousandth slower than whole numbers, other decimals are exact")
+{
+    const auto is = [](const char* text, uint32_t numerator, uint32_t denominator) {
+        INFO(text);
+        frame_rate rate = {1, 1};
+        CHECK(read_frame_rate(text, rate));
+        CHECK(rate.numerator == numerator);
+        CHECK(rate.denominator == denominator);
+    };
+    is("23.976", 24000, 1001);
+    is("23.98", 24000, 1001);
+    is("29.97", 30000, 1001);
+    is("29.970", 30000, 1001);
+    is("47.952", 48000, 1001);
+    is("47.95", 48000, 1001);
+    is("59.94", 60000, 1001);
+    is("119.88", 120000, 1001);
+    is("239.76", 240000, 1001);
+    is("12.5", 25, 2);
+    is("14.985", 2997, 200);
+    is("29.976", 3747, 125);
+    is("23.97", 2397, 100);
+    is("25.0", 25, 1);
+    is("0.001", 1, 1000);
 }

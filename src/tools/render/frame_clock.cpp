@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
 
 constexpr uint64_t microseconds = 1000000;
 constexpr uint64_t longest_seconds = 86400;
@@ -90,13 +91,49 @@ bool read_moment(std::string_view text, moment& result)
     return understood;
 }
 
-bool read_frame_rate(std::string_view text, frame_rate& rate)
+// What is called 29.97 is 30 x 1000/1001, and so are its kin: in thousandths, as they are
+// written with two decimals or with three.
+static bool read_television_rate(uint64_t thousandths, uint64_t& numerator, uint64_t& denominator)
+{
+    for (const uint64_t whole : {24u, 30u, 48u, 60u, 120u, 240u}) {
+        const uint64_t with_three = (whole * 2000000 / 1001 + 1) / 2;
+        const uint64_t with_two = (whole * 200000 / 1001 + 1) / 2 * 10;
+        if (thousandths != with_three && thousandths != with_two)
+            continue;
+        numerator = whole * 1000;
+        denominator = 1001;
+        return true;
+    }
+    return false;
+}
+
+static bool read_decimal_rate(std::string_view text, uint64_t& numerator, uint64_t& denominator)
+{
+    uint64_t thousandths = 0;
+    if (!read_decimal(text, 3, thousandths))
+        return false;
+    if (read_television_rate(thousandths, numerator, denominator))
+        return true;
+    const uint64_t common = std::gcd(thousandths, uint64_t{1000});
+    numerator = thousandths / common;
+    denominator = 1000 / common;
+    return true;
+}
+
+static bool read_fraction(std::string_view text, uint64_t& numerator, uint64_t& denominator)
 {
     const size_t slash = text.find('/');
+    denominator = 1;
+    return read_whole(text.substr(0, slash), numerator)
+        && (slash == std::string_view::npos || read_whole(text.substr(slash + 1), denominator));
+}
+
+bool read_frame_rate(std::string_view text, frame_rate& rate)
+{
     uint64_t numerator = 0;
     uint64_t denominator = 1;
-    if (!read_whole(text.substr(0, slash), numerator)
-        || (slash != std::string_view::npos && !read_whole(text.substr(slash + 1), denominator)))
+    const bool decimal = text.find('.') != std::string_view::npos;
+    if (!(decimal ? read_decimal_rate(text, numerator, denominator) : read_fraction(text, numerator, denominator)))
         return false;
     if (numerator == 0 || denominator == 0 || numerator > max_rate_number || denominator > max_rate_number
         || numerator > 1000 * denominator || denominator > 1000 * numerator)

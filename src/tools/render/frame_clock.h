@@ -36,5 +36,7 @@ uint64_t frame_from(const moment& when, frame_rate rate, uint64_t end);
 // The frame that is on the screen at a moment.
 uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end);
 
-// Reads "60", "25/1", "30000/1001"; false for anything else and for rates out of range.
+// Reads "60", "30000/1001" and decimals: 23.976 (or 23.98), 29.97, 47.952, 59.94, 119.88 and
+// 239.76 are the whole number above them times 1000/1001; others are taken exactly, with at
+// most three decimals ("12.5" is 25/2). False for anything else and for rates out of range.
 bool read_frame_rate(std::string_view text, frame_rate& rate);

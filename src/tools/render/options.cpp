@@ -31,7 +31,8 @@ Picture
   --window                renders in a window, which shows it
 
 Moments
-  --fps N[/D]             frames a second (60)
+  --fps N[/D]             frames a second (60); 23.976, 29.97, 59.94 and 119.88
+                          are 24, 30, 60 and 120 x 1000/1001
   --from TIME             begins at TIME; the frames before it are played unseen
   --to TIME               ends before TIME
   --at TIME[,TIME...]     only the frames on the screen at these moments
@@ -279,7 +280,7 @@ constexpr option_rule rules[] = {
     {"--seed", option_seed, true, "takes a number from 0 to 4294967295"},
     {"--tile", option_tile, true, "takes a number of pixels from 16 to 65535"},
     {"--window", option_window, false, ""},
-    {"--fps", option_fps, true, "takes frames a second like 60 or 30000/1001, from 1/1000 to 1000"},
+    {"--fps", option_fps, true, "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000"},
     {"--from", option_from, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
     {"--to", option_to, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
     {"--at", option_at, true, "takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them"},
