@@ -73,6 +73,7 @@ TEST_CASE("A segment begins at the first frame that is not before its moment")
     CHECK(frame_from({moment_time, 16667}, sixty, 600) == 2);
     CHECK(frame_from({moment_frame, 17}, sixty, 600) == 17);
     CHECK(frame_from({moment_share, 50000}, sixty, 601) == 300);
+    CHECK(frame_from({moment_share, 100000}, sixty, 601) == 601); // --to 100% is all of it
     CHECK(frame_from({moment_unset, 5}, sixty, 600) == 0);
 }
 
@@ -82,7 +83,11 @@ TEST_CASE("The frame at a moment is the last one that has begun")
     CHECK(frame_at({moment_time, 1000999}, ntsc, 900) == 29);
     CHECK(frame_at({moment_time, 1001000}, ntsc, 900) == 30);
     CHECK(frame_at({moment_time, 86400000000}, {1000000, 1000}, 9) == 86400000);
-    CHECK(frame_at({moment_share, 100000}, ntsc, 900) == 900);
+    CHECK(frame_at({moment_share, 50000}, ntsc, 901) == 450);
+    CHECK(frame_at({moment_share, 99999}, ntsc, 900) == 899);
+    CHECK(frame_at({moment_share, 100000}, ntsc, 900) == 899); // the last frame, not the end behind it
+    CHECK(frame_at({moment_share, 100000}, ntsc, 0) == 0);
+    CHECK(frame_at({moment_frame, 900}, ntsc, 900) == 900);
 }
 
 TEST_CASE("Rates are whole numbers or fractions, from one in 1000 seconds to 1000 a second")

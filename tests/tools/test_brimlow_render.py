@@ -439,6 +439,8 @@ class PictureTest(RenderTest):
         whole = self.frames('whole')
         wanted = ['%05d.png' % n for n in (2, 3, 15, 20)]
         self.assertEqual(self.frames('stills'), {name: whole[name] for name in wanted})
+        self.done('-o', 'last/%05d.png', '--at', '100%', *options)
+        self.assertEqual(self.frames('last'), {'00030.png': whole['00030.png']})
         self.done('-o', '100%%.png', '--at', '3f', *options)
         with open(self.path('100%.png'), 'rb') as file:
             self.assertEqual(file.read(), whole['00003.png'])

@@ -145,7 +145,7 @@ bool read_frame_rate(std::string_view text, frame_rate& rate)
 // ---- moments and frames -----------------------------------------------------------
 
 // A day at 1000 frames a second, and a rate's greatest number, keep below 64 bits.
-uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end)
+static uint64_t frame_before(const moment& when, frame_rate rate, uint64_t end)
 {
     switch (when.kind) {
     case moment_time:
@@ -160,9 +160,16 @@ uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end)
     return 0;
 }
 
+// The end of the production shows nothing: all of it is its last frame.
+uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end)
+{
+    const uint64_t frame = frame_before(when, rate, end);
+    return when.kind == moment_share && end > 0 ? std::min(frame, end - 1) : frame;
+}
+
 uint64_t frame_from(const moment& when, frame_rate rate, uint64_t end)
 {
-    const uint64_t before = frame_at(when, rate, end);
+    const uint64_t before = frame_before(when, rate, end);
     const bool exact = when.kind != moment_time || when.value * rate.numerator % (microseconds * rate.denominator) == 0;
     return exact ? before : before + 1;
 }

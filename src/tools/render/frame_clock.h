@@ -33,7 +33,7 @@ bool read_moment(std::string_view text, moment& result);
 // it ends. `end` is the number of frames of the whole production.
 uint64_t frame_from(const moment& when, frame_rate rate, uint64_t end);
 
-// The frame that is on the screen at a moment.
+// The frame that is on the screen at a moment; 100 % is the last one.
 uint64_t frame_at(const moment& when, frame_rate rate, uint64_t end);
 
 // Reads "60", "30000/1001" and decimals: 23.976 (or 23.98), 29.97, 47.952, 59.94, 119.88 and
