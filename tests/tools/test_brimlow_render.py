@@ -346,12 +346,8 @@ class CommandLineTest(RenderTest):
         self.fails(2, 'Error: frame 21 (2.10 s) is behind the end: the production has 21 frames (2.10 s).',
                    *ten, '--at', '0,2.1', '-o', '%d.png')
 
-    def test_packs_that_cannot_be_played_end_with_the_players_line(self):
+    def test_documents_that_cannot_be_played_end_with_the_players_line(self):
         sheet = ('--contact-sheet', 'a.png')
-        self.fails(1, 'Sux... no dpk file.', *sheet)
-        self.fails(1, 'Error: cannot open missing.dpk!', *sheet, 'missing.dpk')
-        os.mkdir(self.path('folder.dpk'))
-        self.fails(1, 'Error: cannot open folder.dpk!', *sheet, 'folder.dpk')
         show = shapes()
         show.entries['image1.png'] = b'no picture'
         show.write(self.folder)
@@ -364,7 +360,65 @@ class CommandLineTest(RenderTest):
         self.assertTrue(errors[-1].startswith('Error: demo.xmlz: '), errors)
         with open(self.path('empty.dpk'), 'wb') as file:
             file.write(pack_bytes({'other': b'x'}))
-        self.fails(1, 'Error: the production shows nothing.', *sheet, 'empty.dpk')
+        self.fails(1, 'Error: empty.dpk has no entry demo.xmlz, so there is nothing to show.', *sheet, 'empty.dpk')
+        Production().write(self.folder, 'still.dpk')
+        self.fails(1, 'Error: the production shows nothing.', *sheet, 'still.dpk')
+
+    def test_what_is_no_pack_says_so_and_is_not_waited_for(self):
+        sheet = ('--contact-sheet', 'a.png')
+        no_file = 'a pack is a file, and this is a pipe or a device; "-" takes one from standard input.'
+        no_pack = ' is no pack: a pack begins with the letters DP and holds a demo.xmlz'
+        self.fails(1, 'Error: this folder has no pack, which is a file whose name ends in "dpk": name one behind the '
+                   'options.', *sheet)
+        self.fails(1, 'Error: cannot open missing.dpk: No such file or directory.', *sheet, 'missing.dpk')
+        self.fails(1, 'Error: cannot open \\x1b[31m\\x0a.dpk: No such file or directory.', *sheet, '\x1b[31m\n.dpk')
+        os.mkdir(self.path('folder.dpk'))
+        self.fails(1, 'Error: folder.dpk/ has no pack, which is a file whose name ends in "dpk".', *sheet, 'folder.dpk')
+        self.fails(1, 'Error: cannot open folder.dpk: it is a folder.', *sheet)
+        os.mkfifo(self.path('pipe.dpk'))
+        self.fails(1, 'Error: cannot open pipe.dpk: ' + no_file, *sheet, 'pipe.dpk')
+        self.fails(1, 'Error: cannot open /dev/zero: ' + no_file, *sheet, '/dev/zero')
+        for name, content, hint in (('text.dpk', b'hello', ''), ('none.dpk', b'', ''), ('zeros.dpk', bytes(200), ''),
+                                    ('show.mp4', b'x' * 5000, '; an output is named behind -o')):
+            with open(self.path(name), 'wb') as file:
+                file.write(content)
+            self.fails(1, 'Error: ' + name + no_pack + hint + '.', *sheet, name)
+
+    def test_a_pack_with_other_first_bytes_is_played_as_the_player_does(self):
+        two_colours().write(self.folder)
+        with open(self.path('demo.dpk'), 'r+b') as file:
+            file.write(b'XX\2')
+        self.done('--at', '0', '-o', 'a.png', *SMALL)
+
+    def test_a_folder_is_its_first_pack_with_the_music_there(self):
+        for show, where in (('one', 'tone.ogg'), ('two', 'music/tone.ogg')):
+            os.makedirs(self.path(show, 'music'))
+            two_colours(10, 'tone.ogg').write(self.path(show), 'any-dpk')
+            shutil.copy(TONE, self.path(show, where))
+            for name in (show, show + '/'):
+                _, errors = self.done('-o', show + '.mkv', *SMALL, name)
+                self.assertEqual([line for line in errors if 'music' in line], [])
+
+    def test_a_pack_comes_from_standard_input(self):
+        two_colours(100, 'tone.ogg').write(self.folder)
+        shutil.copy(TONE, self.path('tone.ogg'))
+        self.done('--at', '0,1.5', '-o', 'file/%d.png', *SMALL)
+        with open(self.path('demo.dpk'), 'rb') as file:
+            pack = file.read()
+        os.remove(self.path('demo.dpk'))
+        before = os.listdir(tempfile.gettempdir())
+        for name in ('stream/%d.png', '--times=t.json'):
+            run = subprocess.run([RENDER, *SMALL, *(['--at', '0,1.5', '-o'] if name[0] == 's' else []), name, '-'],
+                                 cwd=self.folder, env=self.environment(), input=pack, stdout=subprocess.PIPE,
+                                 stderr=subprocess.PIPE, check=True, timeout=60)
+            self.assertEqual([e for e in run.stderr.decode().splitlines() if 'Warning' in e], [])  # the music is found
+        self.assertEqual(self.frames('stream'), self.frames('file'))
+        self.assertEqual([n for n in os.listdir(tempfile.gettempdir()) if n not in before and 'brimlow-render-' in n],
+                         [])
+        self.fails(1, 'Error: standard input is no pack: a pack begins with the letters DP and holds a demo.xmlz.',
+                   '--flashes', '-')
+        self.fails(1, 'Error: cannot keep the pack of standard input in /nonexistent: No such file or directory.',
+                   '--flashes', '-', TMPDIR='/nonexistent')
 
     def test_without_opengl_the_status_is_3(self):
         shapes().write(self.folder)
@@ -691,7 +745,7 @@ class VideoTest(RenderTest):
         self.assertNotIn('audio', self.probe('a.mkv')[1])
         two_colours(10, 'gone.ogg').write(self.folder)
         _, errors = self.done('-o', 'b.mkv', *SMALL)
-        self.assertIn('Error: cannot open gone.ogg!', errors)
+        self.assertIn('Warning: the music gone.ogg is neither in this folder nor in music/.', errors)
         self.assertNotIn('audio', self.probe('b.mkv')[1])
         with open(TONE, 'rb') as tone, open(self.path('cut.ogg'), 'wb') as cut:
             cut.write(tone.read(60))

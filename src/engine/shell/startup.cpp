@@ -51,10 +51,10 @@ static bool names_a_pack(const char* name)
     return length >= pack_suffix_length && std::strcmp(name + length - pack_suffix_length, pack_suffix) == 0;
 }
 
-std::string first_pack_name()
+std::string first_pack_name(const char* folder)
 {
     std::string name;
-    DIR* directory = opendir(".");
+    DIR* directory = opendir(folder);
     if (directory == nullptr)
         return name;
     for (const dirent* entry = readdir(directory); entry != nullptr && name.empty(); entry = readdir(directory))

@@ -21,9 +21,9 @@ void fix_audio_environment();
 // SDL_VIDEODRIVER nor WAYLAND_DISPLAY is set. Says nothing. Before SDL starts.
 void fix_video_environment();
 
-// The first name of the working directory that ends in "dpk", in the directory's own
-// order; empty when there is none.
-std::string first_pack_name();
+// The first name of a directory (the working directory) that ends in "dpk", in the
+// directory's own order; empty when there is none.
+std::string first_pack_name(const char* folder = ".");
 
 // Opens the first file of the working directory whose name ends in "dpk", in the
 // directory's own order, as settings.pack. False when there is none, or it cannot be

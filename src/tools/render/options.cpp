@@ -16,7 +16,8 @@ const char help_text[] = R"(brimlow-render: renders a production frame by frame,
 
   brimlow-render [options] [PACK]
 
-Without PACK it takes the first pack of the working directory, like the player.
+PACK is a file, a folder (its first pack is taken, as by the player) or "-" for
+standard input; without it the working directory is the folder.
 
 Picture
   --size WxH              pixels (1280x720; 1920x1080 with --shots)

@@ -32,7 +32,7 @@ struct lesser_card {
 struct render_options {
     bool help = false;
     bool version = false;
-    std::string pack; // empty: the first one of the working directory
+    std::string pack; // a file, a folder, or "-"; empty: the working directory
 
     // the picture
     uint32_t width = 1280; // pixels

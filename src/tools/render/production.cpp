@@ -1,44 +1,21 @@
 #include "production.h"
 
+#include "content/file_bytes.h"
+#include "content/owners.h"
 #include "content/xml.h"
 #include "frame_clock.h"
+#include "pack_input.h"
 #include "render/frame_plan.h"
 #include "shell/loading.h"
-#include "shell/startup.h"
-
-#include <sys/stat.h>
 
 #include <cstdlib>
-#include <filesystem>
 
 // ---- the pack -------------------------------------------------------------------------
 
-static std::string name_of_production(const std::filesystem::path& pack)
-{
-    std::error_code ignored;
-    const std::filesystem::path whole = std::filesystem::absolute(pack, ignored);
-    const std::string stem = pack.stem().string();
-    const std::string folder = whole.parent_path().filename().string();
-    return stem == "demo" && !folder.empty() ? folder : stem;
-}
-
 bool open_pack(const std::string& name, player_settings& settings, production_files& files, std::string& problem)
 {
-    files.pack = name.empty() ? first_pack_name() : name;
-    if (files.pack.empty()) {
-        problem = "Sux... no dpk file.";
-        return false;
-    }
-    struct stat status;
-    const bool is_file = stat(files.pack.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
-    settings.pack = is_file ? std::fopen(files.pack.c_str(), "rb") : nullptr;
-    if (settings.pack == nullptr) {
-        problem = "Error: cannot open " + files.pack + "!";
-        return false;
-    }
-    files.folder = files.pack.substr(0, files.pack.rfind('/') + 1);
-    files.name = name_of_production(files.pack);
-    return true;
+    settings.pack = open_pack_input(name, files, problem);
+    return settings.pack != nullptr;
 }
 
 // ---- the documents ----------------------------------------------------------------------
@@ -53,9 +30,7 @@ bool load_loading_screen(player_settings& settings, std::string& problem)
 
 static bool can_be_read(const std::string& path)
 {
-    FILE* file = std::fopen(path.c_str(), "rb");
-    if (file != nullptr)
-        std::fclose(file);
+    const owned_file file(open_plain_file(path.c_str()));
     return file != nullptr;
 }
 
@@ -73,7 +48,8 @@ static void find_music(const xml_node* tree, production_files& files, std::strin
             return;
         }
     }
-    warning = std::string("Error: cannot open ") + file + "!";
+    warning = std::string("the music ") + file + " is neither in " + (base.empty() ? "this folder" : base) + " nor in "
+        + base + "music/";
 }
 
 bool load_show(player_settings& settings, production_files& files, std::string& problem, std::string& warning)

@@ -1,7 +1,7 @@
 // The production of a run: its pack, and both documents loaded by the player's rules.
 //
 // Uses the player's record of settings for what the player keeps there. Lines about
-// broken packs are the player's own. One production per process.
+// broken documents are the player's own. One production per process.
 #pragma once
 
 #include "frame_rate.h"
@@ -10,14 +10,13 @@
 #include <string>
 
 struct production_files {
-    std::string pack;   // path
+    std::string pack;   // path, or "standard input"
     std::string folder; // of the pack, with its last "/"; empty: the working directory
     std::string music;  // path of the music; empty: none
     std::string name;   // what the production is called: the pack's name, or for demo.dpk its folder's
 };
 
-// Opens the named pack as settings.pack, or the first of the working directory where
-// the name is empty. False with one line in `problem`.
+// Opens the pack as settings.pack (pack_input.h). False with one sentence in `problem`.
 [[nodiscard]] bool open_pack(
     const std::string& name, player_settings& settings, production_files& files, std::string& problem);
 
@@ -26,7 +25,7 @@ struct production_files {
 [[nodiscard]] bool load_loading_screen(player_settings& settings, std::string& problem);
 
 // Loads the production's document, and finds its music beside the pack, where the player
-// finds it. `warning` gets the player's line when the music's file is missing.
+// finds it. `warning` gets a sentence when the music's file is missing.
 [[nodiscard]] bool load_show(
     player_settings& settings, production_files& files, std::string& problem, std::string& warning);
 

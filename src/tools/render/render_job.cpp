@@ -4,6 +4,7 @@
 #include "contact_sheet.h"
 #include "frame_needs.h"
 #include "frame_source_gl.h"
+#include "pack_input.h"
 #include "picture_worker.h"
 #include "production.h"
 #include "progress.h"
@@ -12,6 +13,7 @@
 #include "tiles.h"
 #include "video_pipe.h"
 #include "wav.h"
+#include "words.h"
 #include "y4m.h"
 
 #include "shell/loading.h"
@@ -57,7 +59,7 @@ struct render_job {
 
 static exit_status complain(exit_status status, const std::string& problem)
 {
-    std::fprintf(stderr, "Error: %s.\n", problem.c_str());
+    say("Error: " + problem + ".");
     return status;
 }
 
@@ -200,8 +202,10 @@ static exit_status choose_frames(render_job& job)
 {
     job.end = count_frames(job.settings, job.options.rate);
     if (job.end == 0) {
-        std::fputs("Error: the production shows nothing.\n", stderr);
-        return exit_broken;
+        const bool empty = pack_has_entry(job.settings.pack, "demo.xmlz");
+        return complain(exit_broken,
+            empty ? "the production shows nothing"
+                  : job.files.pack + " has no entry demo.xmlz, so there is nothing to show");
     }
     const bool range = job.options.stills.empty() && job.references.empty();
     const exit_status status = range ? choose_range(job) : choose_stills(job);
@@ -222,7 +226,7 @@ static void prepare_sound(render_job& job)
     const uint64_t last = job.wanted.back() + 1;
     job.music = decode_music(job.files.music, time_of_frame(last, job.options.rate), warning);
     if (!warning.empty())
-        std::fprintf(stderr, "Warning: %s.\n", warning.c_str());
+        say("Warning: " + warning + ".");
     if (job.music.samples_per_second == 0)
         return;
     job.sound = fit_sound_to_frames(
@@ -518,7 +522,7 @@ static exit_status render_loading(render_job& job)
 
 static exit_status fail_to_load(const std::string& line)
 {
-    std::fprintf(stderr, "%s\n", line.c_str());
+    say(line);
     return exit_broken;
 }
 
@@ -530,7 +534,7 @@ static exit_status run_production(render_job& job)
         return fail_to_load(problem);
     unload_document(job.settings.loading);
     if (!warning.empty())
-        std::fprintf(stderr, "%s\n", warning.c_str());
+        say("Warning: " + warning + ".");
     exit_status status = choose_frames(job);
     if (status == exit_done)
         status = open_outputs(job);
@@ -564,7 +568,7 @@ exit_status run_render(const render_options& options, int stream)
     }
     choose_size(job);
     if (!open_pack(options.pack, job.settings, job.files, problem))
-        return fail_to_load(problem);
+        return complain(exit_broken, problem);
     watch_signals();
     exit_status status = open_session(job);
     if (status != exit_done)

@@ -1,0 +1,19 @@
+// The pack of a run, as the command line names it: a file, a folder that has one, or
+// standard input.
+//
+// A pipe is never waited for, but for standard input. The player does not look at a pack's
+// first bytes, so a pack with others is taken as long as it holds a document.
+#pragma once
+
+#include "production.h"
+
+#include <cstdio>
+
+// Opens what `name` names into `files`: empty: the first pack of the working directory, as
+// the player takes it; a folder: its first pack; "-": what comes from standard input, kept
+// in a file without a name. The caller closes. Null with one sentence in `problem`: there
+// is none, it cannot be opened, or it is no pack.
+[[nodiscard]] FILE* open_pack_input(const std::string& name, production_files& files, std::string& problem);
+
+// Whether a pack has an entry of that name.
+bool pack_has_entry(FILE* pack, const char* name);
