@@ -38,7 +38,8 @@ TEST_CASE("Without choices a picture is 1280 x 720, with shaders, 60 times a sec
 TEST_CASE("Values stand behind an option or behind an equals sign")
 {
     for (const render_options& options : {accepted({"--size", "640x480", "-o", "a.mp4", "my.dpk"}),
-             accepted({"my.dpk", "--size=640x480", "--output=a.mp4"})}) {
+             accepted({"my.dpk", "--size=640x480", "--output=a.mp4"}),
+             accepted({"--size=640x480", "-oa.mp4", "my.dpk"})}) {
         CHECK(options.width == 640);
         CHECK(options.height == 480);
         CHECK(options.size_given);
@@ -48,6 +49,8 @@ TEST_CASE("Values stand behind an option or behind an equals sign")
     CHECK(accepted({"--flashes", "--", "--size"}).pack == "--size");
     CHECK(accepted({"--flashes", "-"}).pack == "-");
     CHECK(accepted({"--contact-sheet=a=b.png"}).contact_sheet == "a=b.png");
+    CHECK(accepted({"-o-"}).kind == output_stream);
+    CHECK(accepted({"-o", "=a.mp4"}).output == "=a.mp4");
 }
 
 TEST_CASE("Each option goes into its field")
@@ -70,6 +73,10 @@ TEST_CASE("Each option goes into its field")
     CHECK(accepted({"--compare", "d"}).compare == "d");
     CHECK(accepted({"--help", "--size", "1x1"}).help);
     CHECK(accepted({"--version"}).version);
+    CHECK(accepted({"-V"}).version);
+    CHECK(accepted({"-h"}).help);
+    CHECK(accepted({"-hV"}).help);
+    CHECK(accepted({"-hV"}).version);
 }
 
 TEST_CASE("Every capability is switched off by its own name")

@@ -251,15 +251,17 @@ class CommandLineTest(RenderTest):
     def test_help_and_version_go_to_standard_output(self):
         output, errors = self.done('--help')
         self.assertEqual(errors, [])
+        self.assertEqual(self.done('-h'), (output, []))
         self.assertTrue(output.startswith(b'brimlow-render: '))
         self.assertTrue(all(len(line) <= 80 for line in output.decode().splitlines()))
-        self.assertEqual(self.done('--version'), (b'brimlow-render 1.0\n', []))
+        for version in ('--version', '-V'):
+            self.assertEqual(self.done(version), (b'brimlow-render 1.0\n', []))
 
     def test_the_manual_page_has_the_options_of_the_help(self):
         with open(MAN_PAGE, encoding='utf-8') as file:
             page = file.read().replace('\\-', '-')
-        pattern = r'(?<![\w-])--?[a-z][a-z-]*'
-        in_help = set(re.findall(r'^  (-o|--[a-z-]+)(?:, (--[a-z-]+))?', self.done('--help')[0].decode(), re.M))
+        pattern = r'(?<![\w-])--?[A-Za-z][a-z-]*'
+        in_help = set(re.findall(r'^  (-\w|--[a-z-]+)(?:, (--[a-z-]+))?', self.done('--help')[0].decode(), re.M))
         in_help = {name for pair in in_help for name in pair if name}
         headed = set(re.findall(pattern, '\n'.join(l for l in page.splitlines() if l.startswith('.B'))))
         self.assertGreater(len(in_help), 20)
@@ -271,12 +273,27 @@ class CommandLineTest(RenderTest):
         fps = '--fps takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000'
         caps = ('--caps takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and '
                 'units=1 to units=4')
-        pictures = ('a single picture needs --at or --loading with one moment; many need a name like '
-                    'frames/%05d.png')
+        name = '-o takes a name like show.mp4, still.png, frames/%05d.png or -'
+        ending = 'the name of an output ends in .png, .mp4, .mkv or .webm, or is -; "%s" does not'
+        place = ('the name of pictures has one place for their numbers, like frames/%%05d.png (%%%% is a per cent sign), '
+                 'not "%s"')
+        compare = '--compare goes without %s: it renders the frames of its pictures again, at their size'
+        loading = '--loading goes without %s: it shows the loading screen, not the production'
         for problem, arguments in (
                 ('nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare', []),
-                ('unknown option --sise', ['--sise', '3']),
+                ('unknown option --sise (did you mean --size?)', ['--sise', '3']),
+                ('unknown option --flash (did you mean --flashes?)', ['--flash']),
+                ('unknown option --ouput (did you mean --output?)', ['--ouput=a.mp4']),
+                ('unknown option -size (did you mean --size?)', ['-size', '640x480']),
+                ('unknown option -help (did you mean --help?)', ['-help']),
+                ('unknown option --wobble', ['--wobble']),
+                ('unknown option --\\x1b[31m', ['--\x1b[31m']),
                 ('unknown option -x', ['-x']),
+                (size + ', and --fps is an option', ['--size', '--fps', '25']),
+                (name + ', and --size=1x1 is an option', ['-o', '--size=1x1']),
+                (name + ', and -V is an option', ['-o', '-V']),
+                ('write -o a.png, without the equals sign', ['-o=a.png']),
+                ('-h is given twice', ['-hh']),
                 (size, ['--size']),
                 (size + ', not "640"', ['--size', '640']),
                 (size + ', not "0x480"', ['--size', '0x480']),
@@ -306,32 +323,49 @@ class CommandLineTest(RenderTest):
                 ('--at takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them, not "1,,2"',
                  ['--at', '1,,2']),
                 ('--loading takes per cents from 0 to 100 with commas between them, not "101"', ['--loading', '101']),
-                ('-o takes a name, not ""', ['-o', '']),
-                ('--output takes a name', ['--output']),
-                ('the name of an output ends in .png, .mp4, .mkv or .webm, or is -', ['-o', 'show.avi']),
-                ('the name of an output ends in .png, .mp4, .mkv or .webm, or is -', ['-o', '.png']),
-                ('the name of pictures has one place for their numbers, like frames/%05d.png', ['-o', '%d-%d.png']),
-                ('the name of pictures has one place for their numbers, like frames/%05d.png', ['-o', '%s.png']),
+                (name + ', not ""', ['-o', '']),
+                (name, ['-o']),
+                (name.replace('-o', '--output', 1), ['--output']),
+                (ending % 'show.avi', ['-o', 'show.avi']),
+                (ending % '.png', ['-o', '.png']),
+                (ending % 'utput', ['-output', 'a.mp4']),
+                (place % '%d-%d.png', ['-o', '%d-%d.png']),
+                (place % '%s.png', ['-o', '%s.png']),
                 ('--contact-sheet takes the name of a .png file, not "sheet.jpg"', ['--contact-sheet', 'sheet.jpg']),
                 ('--window takes no value', ['--window=yes']),
                 ('--flashes is given twice', ['--flashes', '--flashes']),
                 ('-o is given twice', ['--output', 'a.mp4', '-o', 'b.mp4']),
-                ('one pack only', ['--flashes', 'a.dpk', 'b.dpk']),
-                ('a pack has a name', ['--flashes', '']),
-                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--flashes']),
-                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--at', '1']),
-                ('--compare goes with no other output and no choice of moments', ['--compare', 'd', '--to', '1']),
-                ('--compare takes the size of the pictures that it compares with', ['--compare', 'd', *SMALL]),
-                ('--loading goes with -o only', ['--loading', '5', '--times', 't.json']),
-                ('--loading goes with -o only', ['--loading', '5', '-o', 'a.png', '--at', '1']),
-                ('--at goes without --from and --to', ['--at', '1', '-o', 'a.png', '--from', '1']),
-                ('stills go to .png files', ['--at', '1', '-o', 'a.mp4']),
-                ('stills go to .png files', ['--loading', '1', '-o', '-']),
-                ('--flashes needs moving pictures, so it goes without --at', ['--at', '1', '--flashes']),
-                ('--shots needs --at', ['--shots', 'd']),
-                ('--shots needs a size of 16:9', ['--shots', 'd', '--at', '1', '--size', '640x480']),
-                (pictures, ['-o', 'a.png']),
-                (pictures, ['-o', 'a.png', '--at', '1,2'])):
+                ('--output is given twice', ['-oa.mp4', '--output', 'b.mp4']),
+                ('one pack at a time: "a.dpk" and "b.dpk" are two', ['--flashes', 'a.dpk', 'b.dpk']),
+                ('the name of the pack is empty', ['--flashes', '']),
+                ('"show.mp4" stands where the pack does: write -o show.mp4', ['show.mp4']),
+                (compare % '--flashes', ['--compare', 'd', '--flashes']),
+                (compare % '--at', ['--compare', 'd', '--at', '1']),
+                (compare % '--loading', ['--compare', 'd', '--loading', '1']),
+                (compare % '--to', ['--compare', 'd', '--to', '1']),
+                (compare % '-o', ['--compare', 'd', '-o', 'a.mp4']),
+                (compare % '--size', ['--compare', 'd', *SMALL]),
+                (loading % '--times', ['--loading', '5', '--times', 't.json']),
+                (loading % '--to', ['--loading', '5', '-o', 'a.png', '--to', '3']),
+                (loading % '--from', ['--loading', '5', '-o', 'a.png', '--from', '3', '--to', '4']),
+                (loading % '--at', ['--loading', '5', '-o', 'a.png', '--at', '1']),
+                (loading % '--flashes', ['--loading', '5', '-o', 'a.png', '--flashes']),
+                (loading % '--contact-sheet', ['--loading', '5', '--contact-sheet', 'a.png']),
+                ('--loading needs -o, like --loading 70 -o loading.png', ['--loading', '5']),
+                ('--at goes without --from: it names each of its moments', ['--at', '1', '-o', 'a.png', '--from', '1']),
+                ('--at goes without --to: it names each of its moments', ['--at', '1', '--times', 't', '--to', '1']),
+                ('--at makes stills, which go to .png files, not to "a.mp4"', ['--at', '1', '-o', 'a.mp4']),
+                ('--loading makes stills, which go to .png files, not to "-"', ['--loading', '1', '-o', '-']),
+                ('--flashes needs moving pictures, so it goes without --at; --from and --to choose a part',
+                 ['--at', '1', '--flashes']),
+                ('--shots needs --at, like --at 12.5 --shots d', ['--shots', 'd']),
+                ('--shots needs a --size of 16:9, like 1920x1080', ['--shots', 'd', '--at', '1', '--size', '640x480']),
+                ('two outputs have the same name: give -o, --contact-sheet and --times names of their own',
+                 ['--at', '1', '-o', 'a.png', '--contact-sheet', './a.png']),
+                ('"d/a.png" is one picture: say which with --at, like --at 12.5, or name many, like d/a-%05d.png',
+                 ['-o', 'd/a.png']),
+                ('"a.png" is one picture, and 2 are asked for: give a name with a place for numbers, like a-%05d.png',
+                 ['-o', 'a.png', '--at', '1,2'])):
             with self.subTest(arguments=arguments):
                 self.misuse(problem, *arguments)
         self.assertEqual(os.listdir(self.folder), [])
@@ -339,11 +373,13 @@ class CommandLineTest(RenderTest):
     def test_moments_outside_of_the_production_are_misuse(self):
         two_colours().write(self.folder)
         ten = ('--fps', '10', *SMALL)
-        self.fails(2, 'Error: --from is behind the end: the production has 21 frames (2.10 s).',
+        self.fails(2, 'Error: --from (frame 21, 2.10 s) is behind the end: the last frame is 20 (2.00 s).',
                    *ten, '--from', '2.1', '-o', '%d.png')
-        self.fails(2, 'Error: there is no frame between --from and --to.', *ten, '--from', '1', '--to', '1',
-                   '-o', '%d.png')
-        self.fails(2, 'Error: frame 21 (2.10 s) is behind the end: the production has 21 frames (2.10 s).',
+        between = ('Error: there is no frame between --from and --to: the one begins with frame %s, the other ends before '
+                   'frame %s.')
+        self.fails(2, between % ('10 (1.00 s)', '10 (1.00 s)'), *ten, '--from', '1', '--to', '1', '-o', '%d.png')
+        self.fails(2, between % ('15 (1.50 s)', '5 (0.50 s)'), *ten, '--from', '1.5', '--to', '5f', '-o', '%d.png')
+        self.fails(2, 'Error: frame 21 (2.10 s) is behind the end: the last one is 20 (2.00 s).',
                    *ten, '--at', '0,2.1', '-o', '%d.png')
 
     def test_documents_that_cannot_be_played_end_with_the_players_line(self):

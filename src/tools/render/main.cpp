@@ -1,6 +1,7 @@
 // brimlow-render: renders a production frame by frame.
 
 #include "render_job.h"
+#include "words.h"
 
 #include <csignal>
 #include <cstdio>
@@ -24,7 +25,7 @@ int main(int argc, char** argv)
     std::string problem;
     const size_t count = argc > 1 ? static_cast<size_t>(argc - 1) : 0;
     if (!read_options({argv + (argc > 0 ? 1 : 0), count}, options, problem)) {
-        std::fprintf(stderr, "Error: %s. \"brimlow-render --help\" tells more.\n", problem.c_str());
+        say("Error: " + problem + ". \"brimlow-render --help\" tells more.");
         return exit_usage;
     }
     if (options.help || options.version) {

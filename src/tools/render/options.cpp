@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include "option_conflicts.h"
+
 #include "shell/settings.h"
 
 #include <algorithm>
@@ -55,8 +57,8 @@ Output
   --times FILE            a report (JSON) of CPU and GPU time by frame and track
   --compare DIR           renders the numbered pictures of DIR anew and compares
 
-  --help                  this text
-  --version               the version
+  -h, --help              this text
+  -V, --version           the version
 
 Videos need the program ffmpeg. Files that exist are overwritten.
 
@@ -217,24 +219,28 @@ static bool ends_in(const std::string& text, std::string_view end)
     return text.size() > end.size() && std::string_view(text).substr(text.size() - end.size()) == end;
 }
 
-static const char* read_output(const std::string& name, render_options& options)
+// The kind of an output by its name; one sentence when it has none.
+static std::string read_output(const std::string& name, render_options& options)
 {
     options.output = name;
     if (name == "-") {
         options.kind = output_stream;
-        return nullptr;
+        return "";
     }
     if (ends_in(name, ".mp4") || ends_in(name, ".mkv") || ends_in(name, ".webm")) {
         options.kind = output_video;
-        return nullptr;
+        return "";
     }
     if (!ends_in(name, ".png"))
-        return "the name of an output ends in .png, .mp4, .mkv or .webm, or is -";
+        return "the name of an output ends in .png, .mp4, .mkv or .webm, or is -; \"" + name + "\" does not";
     const name_pattern pattern = examine_pattern(name);
     if (!pattern.valid || pattern.numbers > 1)
-        return "the name of pictures has one place for their numbers, like frames/%05d.png";
+        return "the name of pictures has one place for their numbers, like frames/%05d.png (%% is a per cent sign), "
+               "not "
+               "\""
+            + name + "\"";
     options.kind = pattern.numbers == 1 ? output_pictures : output_still;
-    return nullptr;
+    return "";
 }
 
 // ---- options ---------------------------------------------------------------------------
@@ -265,6 +271,7 @@ enum option_id : int32_t {
 };
 
 struct option_rule {
+    char letter; // behind one dash; 0: none
     std::string_view name;
     option_id id;
     bool takes_value;
@@ -272,29 +279,28 @@ struct option_rule {
 };
 
 constexpr option_rule rules[] = {
-    {"--size", option_size, true, "takes a size like 1280x720, each side 1 to 65535"},
-    {"--aspect", option_aspect, true, "takes auto, 4:3, 16:9 or 16:10"},
-    {"--path", option_path, true, "takes glsl or fixed"},
-    {"--samples", option_samples, true, "takes a number from 0 to 64"},
-    {"--caps", option_caps, true,
+    {0, "--size", option_size, true, "takes a size like 1280x720, each side 1 to 65535"},
+    {0, "--aspect", option_aspect, true, "takes auto, 4:3, 16:9 or 16:10"},
+    {0, "--path", option_path, true, "takes glsl or fixed"},
+    {0, "--samples", option_samples, true, "takes a number from 0 to 64"},
+    {0, "--caps", option_caps, true,
         "takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and units=1 to units=4"},
-    {"--seed", option_seed, true, "takes a number from 0 to 4294967295"},
-    {"--tile", option_tile, true, "takes a number of pixels from 16 to 65535"},
-    {"--window", option_window, false, ""},
-    {"--fps", option_fps, true, "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000"},
-    {"--from", option_from, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
-    {"--to", option_to, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
-    {"--at", option_at, true, "takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them"},
-    {"--loading", option_loading, true, "takes per cents from 0 to 100 with commas between them"},
-    {"--output", option_output, true, "takes a name"},
-    {"-o", option_output, true, "takes a name"},
-    {"--contact-sheet", option_contact_sheet, true, "takes the name of a .png file"},
-    {"--shots", option_shots, true, "takes a directory"},
-    {"--flashes", option_flashes, false, ""},
-    {"--times", option_times, true, "takes the name of a file"},
-    {"--compare", option_compare, true, "takes a directory"},
-    {"--help", option_help, false, ""},
-    {"--version", option_version, false, ""},
+    {0, "--seed", option_seed, true, "takes a number from 0 to 4294967295"},
+    {0, "--tile", option_tile, true, "takes a number of pixels from 16 to 65535"},
+    {0, "--window", option_window, false, ""},
+    {0, "--fps", option_fps, true, "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000"},
+    {0, "--from", option_from, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
+    {0, "--to", option_to, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
+    {0, "--at", option_at, true, "takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them"},
+    {0, "--loading", option_loading, true, "takes per cents from 0 to 100 with commas between them"},
+    {'o', "--output", option_output, true, "takes a name like show.mp4, still.png, frames/%05d.png or -"},
+    {0, "--contact-sheet", option_contact_sheet, true, "takes the name of a .png file"},
+    {0, "--shots", option_shots, true, "takes a directory"},
+    {0, "--flashes", option_flashes, false, ""},
+    {0, "--times", option_times, true, "takes the name of a file"},
+    {0, "--compare", option_compare, true, "takes a directory"},
+    {'h', "--help", option_help, false, ""},
+    {'V', "--version", option_version, false, ""},
 };
 
 static bool read_text(std::string_view value, std::string& text)
@@ -361,122 +367,191 @@ static void set_switch(option_id id, render_options& options)
     options.version |= id == option_version;
 }
 
-// ---- what goes together ------------------------------------------------------------------
-
-static bool has_range(const render_options& options)
-{
-    return options.from.kind != moment_unset || options.to.kind != moment_unset;
-}
-
-// The first reason why the options do not go together; null when they do.
-static const char* find_contradiction(const render_options& options)
-{
-    const bool at = !options.stills.empty();
-    const bool loading = !options.loading.empty();
-    const bool compare = !options.compare.empty();
-    const bool moving = options.kind == output_video || options.kind == output_stream;
-    const bool other_output
-        = !options.contact_sheet.empty() || !options.shots.empty() || !options.times.empty() || options.flashes;
-
-    if (compare && (options.kind != output_none || other_output || at || loading || has_range(options)))
-        return "--compare goes with no other output and no choice of moments";
-    if (compare && options.size_given)
-        return "--compare takes the size of the pictures that it compares with";
-    if (loading && (other_output || at || has_range(options)))
-        return "--loading goes with -o only";
-    if (at && has_range(options))
-        return "--at goes without --from and --to";
-    if ((at || loading) && moving)
-        return "stills go to .png files";
-    if (at && options.flashes)
-        return "--flashes needs moving pictures, so it goes without --at";
-    if (!options.shots.empty() && !at)
-        return "--shots needs --at";
-    if (!options.shots.empty() && options.size_given && options.width * 9 != options.height * 16)
-        return "--shots needs a size of 16:9";
-    if (options.kind == output_still && options.stills.size() + options.loading.size() != 1)
-        return "a single picture needs --at or --loading with one moment; many need a name like frames/%05d.png";
-    if (options.kind == output_none && !other_output && !compare)
-        return "nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare";
-    return nullptr;
-}
-
 // ---- the command line --------------------------------------------------------------------
 
+// A rule by its long name ("--size") or its letter ("-o").
 static const option_rule* find_rule(std::string_view name)
 {
-    const auto* rule = std::find_if(
-        std::begin(rules), std::end(rules), [name](const option_rule& candidate) { return candidate.name == name; });
+    const auto* rule = std::find_if(std::begin(rules), std::end(rules), [name](const option_rule& candidate) {
+        return candidate.name == name || (name.size() == 2 && name[0] == '-' && candidate.letter == name[1]);
+    });
     return rule == std::end(rules) ? nullptr : rule;
 }
 
-// Reads the option at `next` and its value; false with `problem`.
-static bool read_option(std::span<const char* const> arguments, size_t& next, render_options& options,
-    std::vector<bool>& seen, std::string& problem)
+// How many letters must be changed, left out or put in to make `a` of `b`.
+static size_t letters_apart(std::string_view a, std::string_view b)
 {
-    const std::string_view argument = arguments[next++];
-    const size_t equals = argument.substr(0, 2) == "--" ? argument.find('=') : std::string_view::npos;
-    const std::string name(argument.substr(0, equals));
-    const option_rule* rule = find_rule(name);
-    if (rule == nullptr) {
-        problem = "unknown option " + name;
-        return false;
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j < row.size(); ++j)
+        row[j] = j;
+    for (size_t i = 0; i < a.size(); ++i) {
+        size_t corner = row[0]; // of the row before
+        row[0] = i + 1;
+        for (size_t j = 0; j < b.size(); ++j) {
+            const size_t above = row[j + 1];
+            row[j + 1] = std::min({above + 1, row[j] + 1, corner + (a[i] == b[j] ? 0 : 1)});
+            corner = above;
+        }
     }
-    const size_t id = static_cast<size_t>(rule->id);
-    if (seen[id]) {
-        problem = name + " is given twice";
-        return false;
-    }
-    seen[id] = true;
+    return row.back();
+}
 
+// The known option that a misspelt one comes closest to; null when none is close.
+static const option_rule* closest_rule(std::string_view name)
+{
+    constexpr size_t shortest_word = 4; // with its dashes: "--fl" is enough for --flashes
+    const option_rule* closest = nullptr;
+    size_t least = name.size() < shortest_word ? 1 : 3; // more letters apart are another word
+    for (const option_rule& rule : rules) {
+        const bool begins = name.size() >= shortest_word && rule.name.substr(0, name.size()) == name;
+        const size_t apart = begins ? 1 : letters_apart(name, rule.name);
+        if (apart < least)
+            closest = &rule;
+        least = std::min(apart, least);
+    }
+    return closest;
+}
+
+static std::string unknown_option(std::string_view name)
+{
+    const bool one_dash = name.substr(0, 2) != "--";
+    const option_rule* meant = closest_rule((one_dash ? "-" : "") + std::string(name));
+    return "unknown option " + std::string(name)
+        + (meant == nullptr ? "" : " (did you mean " + std::string(meant->name) + "?)");
+}
+
+// The arguments that are still to be read.
+struct argument_reader {
+    std::span<const char* const> arguments;
+    size_t next = 0;
+    std::vector<bool> seen = std::vector<bool>(option_count);
+};
+
+// An option as it was written, its value where that stands in the same argument.
+struct written_option {
+    std::string name;
+    const option_rule* rule;
     std::optional<std::string_view> value;
-    if (equals != std::string_view::npos)
-        value = argument.substr(equals + 1);
-    if (!rule->takes_value) {
-        if (value)
-            problem = name + " takes no value";
-        set_switch(rule->id, options);
+};
+
+// Whether an argument can only be an option, and so not the value of the one before it.
+static bool is_option(std::string_view argument)
+{
+    return argument.size() > 1 && find_rule(argument.substr(0, argument.find('='))) != nullptr;
+}
+
+static bool take_option(argument_reader& reader, written_option option, render_options& options, std::string& problem)
+{
+    const size_t id = static_cast<size_t>(option.rule->id);
+    if (reader.seen[id]) {
+        problem = option.name + " is given twice";
+        return false;
+    }
+    reader.seen[id] = true;
+    if (!option.rule->takes_value) {
+        if (option.value)
+            problem = option.name + " takes no value";
+        set_switch(option.rule->id, options);
         return problem.empty();
     }
-    if (!value && next < arguments.size())
-        value = arguments[next++];
-    if (!value || !read_value(rule->id, *value, options)) {
-        problem = name + " " + rule->wants + (value ? ", not \"" + std::string(*value) + "\"" : "");
+    const bool more = reader.next < reader.arguments.size();
+    if (!option.value && more && is_option(reader.arguments[reader.next])) {
+        problem = option.name + " " + option.rule->wants + ", and " + reader.arguments[reader.next] + " is an option";
         return false;
     }
+    if (!option.value && more)
+        option.value = reader.arguments[reader.next++];
+    if (option.value && read_value(option.rule->id, *option.value, options))
+        return true;
+    problem = option.name + " " + option.rule->wants;
+    if (option.value)
+        problem += ", not \"" + std::string(*option.value) + "\"";
+    return false;
+}
+
+static bool read_long_option(argument_reader& reader, render_options& options, std::string& problem)
+{
+    const std::string_view argument = reader.arguments[reader.next++];
+    const size_t equals = argument.find('=');
+    written_option option = {std::string(argument.substr(0, equals)), nullptr, std::nullopt};
+    option.rule = find_rule(option.name);
+    if (equals != std::string_view::npos)
+        option.value = argument.substr(equals + 1);
+    if (option.rule != nullptr)
+        return take_option(reader, option, options, problem);
+    problem = unknown_option(option.name);
+    return false;
+}
+
+// Letters behind one dash: several switches, or one with its value ("-oshow.mp4").
+static bool read_letters(argument_reader& reader, render_options& options, std::string& problem)
+{
+    const std::string_view argument = reader.arguments[reader.next++];
+    for (size_t i = 1; i < argument.size(); ++i) {
+        written_option option = {std::string("-") + argument[i], nullptr, std::nullopt};
+        option.rule = find_rule(option.name);
+        const std::string_view rest = argument.substr(i + 1);
+        if (option.rule == nullptr) {
+            problem = unknown_option(argument);
+            return false;
+        }
+        const bool with_value = option.rule->takes_value && !rest.empty();
+        if (with_value)
+            option.value = rest;
+        if (with_value && rest[0] == '=') {
+            problem = "write " + option.name + " " + std::string(rest.substr(1)) + ", without the equals sign";
+            return false;
+        }
+        if (!take_option(reader, option, options, problem))
+            return false;
+        if (with_value)
+            return true;
+    }
     return true;
+}
+
+static bool take_pack(argument_reader& reader, render_options& options, std::string& problem)
+{
+    const std::string name = reader.arguments[reader.next++];
+    if (name.empty())
+        problem = "the name of the pack is empty";
+    else if (!options.pack.empty())
+        problem = "one pack at a time: \"" + options.pack + "\" and \"" + name + "\" are two";
+    options.pack = name;
+    return problem.empty();
+}
+
+static bool read_argument(argument_reader& reader, bool& only_names, render_options& options, std::string& problem)
+{
+    const std::string_view argument = reader.arguments[reader.next];
+    if (only_names || argument.size() < 2 || argument[0] != '-')
+        return take_pack(reader, options, problem);
+    if (argument == "--") {
+        only_names = true;
+        ++reader.next;
+        return true;
+    }
+    return argument[1] == '-' ? read_long_option(reader, options, problem) : read_letters(reader, options, problem);
 }
 
 bool read_options(std::span<const char* const> arguments, render_options& options, std::string& problem)
 {
     options = {};
     problem.clear();
-    std::vector<bool> seen(option_count);
+    argument_reader reader = {arguments};
     bool only_names = false;
-    for (size_t next = 0; next < arguments.size();) {
-        const std::string_view argument = arguments[next];
-        if (!only_names && argument == "--") {
-            only_names = true;
-            ++next;
-        } else if (!only_names && argument.size() > 1 && argument[0] == '-') {
-            if (!read_option(arguments, next, options, seen, problem))
-                return false;
-        } else if (argument.empty() || !options.pack.empty()) {
-            problem = argument.empty() ? "a pack has a name" : "one pack only";
+    while (reader.next < arguments.size())
+        if (!read_argument(reader, only_names, options, problem))
             return false;
-        } else {
-            options.pack = argument;
-            ++next;
-        }
-    }
     if (options.help || options.version)
         return true;
-    const char* wrong = seen[option_output] ? read_output(options.output, options) : nullptr;
-    wrong = wrong == nullptr ? find_contradiction(options) : wrong;
+    if (reader.seen[option_output])
+        problem = read_output(options.output, options);
+    if (problem.empty())
+        problem = find_conflict(options);
     if (!options.shots.empty() && !options.size_given) {
         options.width = 1920;
         options.height = 1080;
     }
-    problem = wrong == nullptr ? "" : wrong;
-    return wrong == nullptr;
+    return problem.empty();
 }

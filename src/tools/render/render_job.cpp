@@ -136,6 +136,11 @@ static bool make_folders(const render_options& options, std::string& problem)
 
 // ---- which frames ----------------------------------------------------------------------------
 
+static std::string last_frame_text(const render_job& job)
+{
+    return std::to_string(job.end - 1) + " (" + seconds_text(job.end - 1, job.options.rate) + ")";
+}
+
 static exit_status choose_stills(render_job& job)
 {
     for (const moment& still : job.options.stills)
@@ -148,8 +153,7 @@ static exit_status choose_stills(render_job& job)
         return exit_done;
     return complain(exit_usage,
         "frame " + std::to_string(job.wanted.back()) + " (" + seconds_text(job.wanted.back(), job.options.rate)
-            + ") is behind the end: the production has " + std::to_string(job.end) + " frames ("
-            + seconds_text(job.end, job.options.rate) + ")");
+            + ") is behind the end: the last one is " + last_frame_text(job));
 }
 
 static void choose_sheet_frames(render_job& job, uint64_t first, uint64_t last)
@@ -171,10 +175,13 @@ static exit_status choose_range(render_job& job)
     const uint64_t last = std::min(to_given ? frame_from(options.to, options.rate, job.end) : job.end, job.end);
     if (first >= job.end)
         return complain(exit_usage,
-            "--from is behind the end: the production has " + std::to_string(job.end) + " frames ("
-                + seconds_text(job.end, options.rate) + ")");
+            "--from (frame " + std::to_string(first) + ", " + seconds_text(first, options.rate)
+                + ") is behind the end: the last frame is " + last_frame_text(job));
     if (first >= last)
-        return complain(exit_usage, "there is no frame between --from and --to");
+        return complain(exit_usage,
+            "there is no frame between --from and --to: the one begins with frame " + std::to_string(first) + " ("
+                + seconds_text(first, options.rate) + "), the other ends before frame " + std::to_string(last) + " ("
+                + seconds_text(last, options.rate) + ")");
     if (!options.contact_sheet.empty())
         choose_sheet_frames(job, first, last);
     const bool sheet_only = options.kind == output_none && !options.flashes && options.times.empty();
