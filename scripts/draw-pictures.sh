@@ -15,9 +15,9 @@ moments=4,9,19,30,36,44,51,58,62,72,80,86 # seconds: at least one of every scene
 python=/usr/bin/python3
 
 $python src/engine/shell/artwork/draw.py --preview "$images/dialog.png"
-"$render" --size 640x400 --aspect 16:10 --loading 70 -o "$images/loading.png" "$show"
-"$render" --size 1280x640 --fps 10 --samples 4 --at 19 -o "$images/first-light.png" "$show"
-"$render" --size 480x300 --fps 10 --samples 4 --at "$moments" --contact-sheet "$images/contact-sheet.png" "$show"
+"$render" -y --size 640x400 --aspect 16:10 --loading 70 -o "$images/loading.png" "$show"
+"$render" -y --size 1280x640 --fps 10 --samples 4 --at 19 -o "$images/first-light.png" "$show"
+"$render" -y --size 480x300 --fps 10 --samples 4 --at "$moments" --contact-sheet "$images/contact-sheet.png" "$show"
 for path in glsl fixed; do
     "$render" --size 400x250 --fps 10 --path "$path" --at 19,30,36,44,51,59,72,80 -o "$scratch/$path-%05d.png" "$show"
 done

@@ -1,5 +1,7 @@
 #include "picture.h"
 
+#include "whole_file.h"
+
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>

@@ -7,6 +7,7 @@ static video_plan plan_of(const char* path, uint32_t width, uint32_t height)
 {
     video_plan plan;
     plan.path = path;
+    plan.file = path + std::string(".part");
     plan.width = width;
     plan.height = height;
     plan.rate = {30000, 1001};
@@ -33,8 +34,8 @@ TEST_CASE("Pictures come raw, with their size and their exact rate")
 
 TEST_CASE("A name that looks like an option or an address is a file")
 {
-    CHECK(video_command(plan_of("-a.mp4", 2, 2), "").back() == "file:-a.mp4");
-    CHECK(video_command(plan_of("http://a.mp4", 2, 2), "").back() == "file:http://a.mp4");
+    CHECK(video_command(plan_of("-a.mp4", 2, 2), "").back() == "file:-a.mp4.part");
+    CHECK(video_command(plan_of("http://a.mp4", 2, 2), "").back() == "file:http://a.mp4.part");
 }
 
 TEST_CASE("The sound is a second input where there is one")
@@ -56,6 +57,17 @@ TEST_CASE("The codecs follow from the name, and odd sizes keep all their colours
     CHECK(value_of(video_command(plan_of("a.mp4", 5, 4), ""), "-pix_fmt") == "yuv444p");
     CHECK(value_of(video_command(plan_of("a.mp4", 4, 5), ""), "-pix_fmt") == "yuv444p");
     CHECK(value_of(video_command(plan_of("a.mkv", 5, 5), ""), "-pix_fmt") == "bgr0");
+}
+
+TEST_CASE("The container follows from the name that the video will have")
+{
+    const auto container = [](const char* path) {
+        const auto command = video_command(plan_of(path, 4, 4), "");
+        return command[command.size() - 2];
+    };
+    CHECK(container("a.mp4") == "mp4");
+    CHECK(container("a.mkv") == "matroska");
+    CHECK(container("a.webm") == "webm");
 }
 
 TEST_CASE("Closing a video that was never opened is no problem")

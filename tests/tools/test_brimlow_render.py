@@ -238,7 +238,7 @@ class RenderTest(unittest.TestCase):
         return result
 
     def still(self, name, *arguments, **environment):
-        self.done('--at', '0', '-o', name, *arguments, **environment)
+        self.done('-y', '--at', '0', '-o', name, *arguments, **environment)
         return Picture(self.path(name))
 
 
@@ -294,6 +294,7 @@ class CommandLineTest(RenderTest):
                 (name + ', and -V is an option', ['-o', '-V']),
                 ('write -o a.png, without the equals sign', ['-o=a.png']),
                 ('-h is given twice', ['-hh']),
+                ('-y replaces files that exist, and -n keeps them: give one of the two', ['-yn', '-o', 'a.mp4']),
                 (size, ['--size']),
                 (size + ', not "640"', ['--size', '640']),
                 (size + ', not "0x480"', ['--size', '0x480']),
@@ -432,7 +433,7 @@ class CommandLineTest(RenderTest):
             two_colours(10, 'tone.ogg').write(self.path(show), 'any-dpk')
             shutil.copy(TONE, self.path(show, where))
             for name in (show, show + '/'):
-                _, errors = self.done('-o', show + '.mkv', *SMALL, name)
+                _, errors = self.done('-y', '-o', show + '.mkv', *SMALL, name)
                 self.assertEqual([line for line in errors if 'music' in line], [])
 
     def test_a_pack_comes_from_standard_input(self):
@@ -586,7 +587,7 @@ class PictureTest(RenderTest):
                 'Texture compression support detected.']
 
         def report(*arguments):
-            _, errors = self.done('--at', '0', '-o', 'a.png', *SMALL, *arguments)
+            _, errors = self.done('-y', '--at', '0', '-o', 'a.png', *SMALL, *arguments)
             rules = [i for i, line in enumerate(errors) if line == '=' * 74]
             return errors[rules[0] + 1:rules[1]]
 
@@ -651,6 +652,142 @@ class PictureTest(RenderTest):
         status, _, errors = self.render(*SMALL, '--fps', '10', '-o', '%d.png')
         self.assertEqual(status, 1)
         self.assertIn('0.png', errors[-1])
+
+
+class FileTest(RenderTest):
+    """What becomes of files that are there, and of files that are not finished."""
+    OUTPUTS = (('a.mkv', ('-o', 'a.mkv')), ('a.png', ('--at', '0', '-o', 'a.png')), ('1.png', ('-o', '%d.png')),
+               ('a.json', ('--times', 'a.json')), ('sheet.png', ('--contact-sheet', 'sheet.png')),
+               ('./x-160x90.png', ('--shots', '.', '--at', '0', '--size', '160x90')),
+               ('5.png', ('--loading', '5,7', '-o', '%d.png')))
+
+    def put(self, name, content=b'mine'):
+        with open(self.path(name), 'wb') as file:
+            file.write(content)
+
+    def content(self, name):
+        with open(self.path(name), 'rb') as file:
+            return file.read()
+
+    def show(self):
+        show = two_colours()
+        show.loading = Production('loading_')
+        show.loading.colour(GREEN, 200)
+        os.mkdir(self.path('p'))
+        show.write(self.path('p'), 'x.dpk')
+        return '--fps', '10', 'p/x.dpk'
+
+    def test_what_exists_is_kept_unless_it_may_be_replaced(self):
+        named = self.show()
+        for name, options in self.OUTPUTS:
+            options = (*(() if '--shots' in options else SMALL), *options, *named)
+            for more in ((), ('-n',)):
+                with self.subTest(name=name, more=more):
+                    self.put(name)
+                    self.fails(1, 'Error: %s exists; -y replaces what exists.' % name, *options, *more)
+                    self.assertEqual(self.content(name), b'mine')
+                    self.assertEqual(len(self.names('.')), 2)
+            self.done('-y', *options)
+            self.assertGreater(len(self.content(name)), 20)
+            for made in self.names('.'):
+                self.assertFalse(made.endswith('.part'))
+                if made != 'p':
+                    os.remove(self.path(made))
+
+    def test_many_names_that_are_taken_are_counted(self):
+        named = self.show()
+        for number in (3, 4, 20):
+            self.put('%d.png' % number)
+        self.fails(1, 'Error: 3.png and 2 others exist; -y replaces what exists.', '-o', '%d.png', *SMALL, *named)
+        self.done('-o', '%d.png', '--from', '5f', '--to', '20f', *SMALL, *named)
+        self.assertEqual(self.content('20.png'), b'mine')
+
+    def test_on_a_terminal_the_user_is_asked(self):
+        named = self.show()
+        command = [RENDER, '--at', '0', '-o', 'a.png', *SMALL, *named]
+        for answer, status in ((b'n\n', 1), (b'\n', 1), (b'y\n', 0)):
+            self.put('a.png')
+            ours, theirs = os.openpty()
+            run = subprocess.Popen(command, cwd=self.folder, env=self.environment(), stdin=theirs, stderr=theirs)
+            os.close(theirs)
+            said = b''
+            while not said.endswith(b'[y/N] '):
+                said += os.read(ours, 1000)
+            self.assertEqual(said, b'a.png exists. Replace? [y/N] ')
+            os.write(ours, answer)
+            self.assertEqual(run.wait(60), status)
+            self.assertEqual(self.content('a.png') == b'mine', status != 0)
+            os.close(ours)
+        self.put('a.png')
+        ours, theirs = os.openpty()
+        run = subprocess.run([*command, '-n'], cwd=self.folder, env=self.environment(), stdin=theirs, stderr=theirs,
+                             timeout=60)
+        self.assertEqual((run.returncode, self.content('a.png')), (1, b'mine'))
+        os.close(theirs)
+        os.close(ours)
+
+    def test_ctrl_c_at_the_question_ends_the_program(self):
+        named = self.show()
+        self.put('0.png')
+        ours, theirs = os.openpty()
+        run = subprocess.Popen([RENDER, '--at', '0', '-o', '%d.png', *SMALL, *named], cwd=self.folder,
+                               env=self.environment(), stdin=theirs, stderr=theirs)
+        said = b''
+        while not said.endswith(b'[y/N] '):
+            said += os.read(ours, 1000)
+        run.send_signal(signal.SIGINT)
+        self.assertEqual(run.wait(60), -signal.SIGINT)
+        os.close(theirs)
+        os.close(ours)
+
+    def test_a_file_that_may_not_be_written_is_not_replaced(self):
+        named = self.show()
+        self.put('a.mp4')
+        os.chmod(self.path('a.mp4'), 0o444)
+        os.chmod(self.folder, 0o777)
+        somebody = {'user': 65534} if os.geteuid() == 0 else {}
+        run = subprocess.run([RENDER, '-yo', 'a.mp4', *SMALL, *named], cwd=self.folder, env=self.environment(),
+                             stderr=subprocess.PIPE, timeout=60, check=False, **somebody)
+        self.assertEqual((run.returncode, run.stderr.splitlines()[-1]),
+                         (1, b'Error: cannot write "a.mp4": Permission denied.'))
+        self.assertEqual((self.content('a.mp4'), self.names('.')), (b'mine', ['a.mp4', 'p']))
+
+    def test_a_video_that_fails_leaves_the_old_one(self):
+        named = self.show()
+        self.put('a.mp4')
+        self.put('ffmpeg', b'#!/bin/sh\nhead -c 100 >/dev/null\nexit 3\n')
+        os.chmod(self.path('ffmpeg'), 0o700)
+        status, _, errors = self.render('-yo', 'a.mp4', *SMALL, *named, PATH=self.folder + ':' + os.environ['PATH'])
+        self.assertEqual((status, errors[-1]), (1, 'Error: ffmpeg could not make the video.'))
+        self.assertEqual((self.content('a.mp4'), self.names('.')), (b'mine', ['a.mp4', 'ffmpeg', 'p']))
+
+    def test_until_it_is_complete_a_video_stands_beside_the_old_one(self):
+        two_colours(12000).write(self.folder)
+        self.put('a.mkv')
+        run = subprocess.Popen([RENDER, '-yo', 'a.mkv', '--size', '320x240'], cwd=self.folder, env=self.environment(),
+                               stderr=subprocess.DEVNULL)
+        try:
+            end = time.monotonic() + 60
+            while not [n for n in self.names('.') if re.fullmatch(r'a\.mkv\.%d-\d+\.part' % run.pid, n)]:
+                self.assertLess(time.monotonic(), end)
+                time.sleep(0.02)
+            self.assertEqual(self.content('a.mkv'), b'mine')
+        finally:
+            run.send_signal(signal.SIGINT)
+            run.wait(60)
+        self.assertEqual([n for n in self.names('.') if n.endswith('.part')], [])
+
+    def test_ctrl_c_before_the_first_picture_leaves_the_old_one(self):
+        show = two_colours(12000)
+        show.write(self.folder)
+        self.put('a.mp4')
+        run = subprocess.Popen([RENDER, '-yo', 'a.mp4', '--size', '320x240', '--from', '99%'], cwd=self.folder,
+                               env=self.environment(), stderr=subprocess.DEVNULL)
+        while not [n for n in self.names('.') if n.endswith('.part')]:
+            time.sleep(0.01)
+        run.send_signal(signal.SIGINT)
+        self.assertEqual(run.wait(60), 130)
+        self.assertEqual((self.content('a.mp4'), self.names('.')), (b'mine', ['a.mp4', 'demo.dpk']))
 
 
 class TileTest(RenderTest):
@@ -787,7 +924,7 @@ class VideoTest(RenderTest):
             cut.write(tone.read(60))
         for name in ('demo.dpk', 'cut.ogg'):
             two_colours(10, name).write(self.folder)
-            _, errors = self.done('-o', 'c.mkv', *SMALL)
+            _, errors = self.done('-yo', 'c.mkv', *SMALL)
             self.assertIn('Warning: %s is no Ogg Vorbis file that can be decoded: the video has no sound.' % name,
                           errors)
 
@@ -803,7 +940,8 @@ class VideoTest(RenderTest):
         two_colours(10).write(self.folder)
         self.fails(1, 'Error: videos need the program ffmpeg, which is not installed.', '-o', 'a.mp4', *SMALL,
                    PATH='/nonexistent')
-        self.fails(1, 'Error: ffmpeg could not make the video.', '-o', '/proc/a.mp4', *SMALL)
+        self.fails(1, 'Error: cannot write "/proc/a.mp4": No such file or directory.', '-o', '/proc/a.mp4', *SMALL)
+        self.assertEqual(self.names('.'), ['demo.dpk'])
 
     def test_ctrl_c_leaves_a_playable_file(self):
         show = two_colours(12000, 'tone.ogg')

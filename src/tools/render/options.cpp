@@ -57,10 +57,14 @@ Output
   --times FILE            a report (JSON) of CPU and GPU time by frame and track
   --compare DIR           renders the numbered pictures of DIR anew and compares
 
+  -y, --yes               replaces outputs that exist
+  -n, --no                keeps them: the run ends before it draws
   -h, --help              this text
   -V, --version           the version
 
-Videos need the program ffmpeg. Files that exist are overwritten.
+Videos need the program ffmpeg. Files are written beside their place and renamed
+when they are complete. Where one exists you are asked; without a terminal it is
+kept, and the run ends.
 
 Exit status: 0 done; 1 the production is broken, a comparison found a change, or
 something could not be written; 2 the command line is wrong; 3 no OpenGL; 130
@@ -265,6 +269,8 @@ enum option_id : int32_t {
     option_flashes,
     option_times,
     option_compare,
+    option_yes,
+    option_no,
     option_help,
     option_version,
     option_count
@@ -299,6 +305,8 @@ constexpr option_rule rules[] = {
     {0, "--flashes", option_flashes, false, ""},
     {0, "--times", option_times, true, "takes the name of a file"},
     {0, "--compare", option_compare, true, "takes a directory"},
+    {'y', "--yes", option_yes, false, ""},
+    {'n', "--no", option_no, false, ""},
     {'h', "--help", option_help, false, ""},
     {'V', "--version", option_version, false, ""},
 };
@@ -351,6 +359,8 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return read_text(value, options.compare);
     case option_window:
     case option_flashes:
+    case option_yes:
+    case option_no:
     case option_help:
     case option_version:
     case option_count:
@@ -365,6 +375,10 @@ static void set_switch(option_id id, render_options& options)
     options.flashes |= id == option_flashes;
     options.help |= id == option_help;
     options.version |= id == option_version;
+    if (id == option_yes)
+        options.existing = existing_replaced;
+    if (id == option_no)
+        options.existing = existing_kept;
 }
 
 // ---- the command line --------------------------------------------------------------------
@@ -547,6 +561,8 @@ bool read_options(std::span<const char* const> arguments, render_options& option
         return true;
     if (reader.seen[option_output])
         problem = read_output(options.output, options);
+    if (problem.empty() && reader.seen[option_yes] && reader.seen[option_no])
+        problem = "-y replaces files that exist, and -n keeps them: give one of the two";
     if (problem.empty())
         problem = find_conflict(options);
     if (!options.shots.empty() && !options.size_given) {

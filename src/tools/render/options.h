@@ -18,6 +18,13 @@ enum output_kind : int32_t {
     output_stream    // YUV4MPEG2 on standard output
 };
 
+// What becomes of outputs whose names are taken.
+enum existing_choice : int32_t {
+    existing_asked,    // the user is asked; where nobody can answer they are kept
+    existing_replaced, // -y
+    existing_kept      // -n: the run ends before it draws
+};
+
 // What the driver is taken not to have: the production as a lesser card shows it.
 struct lesser_card {
     bool no_vbo = false;
@@ -62,6 +69,7 @@ struct render_options {
     std::string times;
     std::string compare;
     bool flashes = false;
+    existing_choice existing = existing_asked;
 };
 
 // Reads the arguments behind the program's name. False: `problem` holds one sentence

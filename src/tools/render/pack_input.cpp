@@ -4,7 +4,7 @@
 #include "content/owners.h"
 #include "content/pack.h"
 #include "shell/startup.h"
-#include "video_pipe.h"
+#include "whole_file.h"
 
 #include <cerrno>
 #include <cstring>

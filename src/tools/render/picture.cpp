@@ -3,15 +3,13 @@
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "model/image_decode.h"
+#include "whole_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <stb/stb_image_write.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 constexpr uint64_t max_encoded_bytes = 1u << 30; // of pixels: the encoder counts in int
 constexpr uint32_t max_file_bytes = 1u << 30;    // of a picture that is read
@@ -70,35 +68,6 @@ std::vector<uint8_t> encode_jpeg(const picture& p, int quality)
     if (!stbi_write_jpg_to_func(append_bytes, &bytes, width, height, 3, p.rgb.data(), std::clamp(quality, 1, 100)))
         bytes.clear();
     return bytes;
-}
-
-// Takes away what was begun; devices and pipes stay.
-static void remove_regular_file(const std::string& path)
-{
-    struct stat info;
-    if (lstat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode))
-        unlink(path.c_str());
-}
-
-bool write_file(const std::string& path, std::span<const uint8_t> bytes, std::string& error)
-{
-    owned_file file(std::fopen(path.c_str(), "wb"));
-    if (!file) {
-        error = "cannot write \"" + path + "\": " + std::strerror(errno);
-        return false;
-    }
-    errno = 0;
-    bool done = bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    int reason = errno;
-    if (std::fclose(file.release()) != 0 && done) {
-        done = false;
-        reason = errno;
-    }
-    if (!done) {
-        error = "cannot write \"" + path + "\": " + std::strerror(reason);
-        remove_regular_file(path);
-    }
-    return done;
 }
 
 bool save_png(const std::string& path, const picture& p, std::string& error)

@@ -30,10 +30,7 @@ bool is_whole(const picture& p);
 std::vector<uint8_t> encode_png(const picture& p);
 std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
 
-// Writes a whole file; an existing one is replaced. A file that could not be finished
-// is removed.
-[[nodiscard]] bool write_file(const std::string& path, std::span<const uint8_t> bytes, std::string& error);
-
+// Writes a whole file (whole_file.h).
 [[nodiscard]] bool save_png(const std::string& path, const picture& p, std::string& error);
 
 // Reads a PNG (any picture that the engine's decoder knows); grey becomes colour, and

@@ -2,7 +2,7 @@
 
 #include "options.h"
 #include "png_text.h"
-#include "video_pipe.h"
+#include "whole_file.h"
 #include "y4m.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "release_shots.h"
 
+#include "whole_file.h"
+
 #include <filesystem>
 #include <system_error>
 
@@ -52,4 +54,10 @@ bool write_release_shots(const picture& full, const std::string& directory, cons
     if (!write_shot(stem + (middle.is_jpeg ? "-400x225.jpg" : "-400x225.png"), middle.bytes, written, error))
         return false;
     return write_shot(stem + "-160x90.png", encode_png(scale_picture(full, 160, 90)), written, error);
+}
+
+std::vector<std::string> release_shot_names(const std::string& directory, const std::string& name)
+{
+    const std::string stem = directory + "/" + name;
+    return {stem + "-1920x1080.png", stem + "-400x225.png", stem + "-400x225.jpg", stem + "-160x90.png"};
 }

@@ -28,3 +28,6 @@ encoded_shot encode_below(const picture& p, size_t limit);
 // could not be.
 [[nodiscard]] bool write_release_shots(const picture& full, const std::string& directory, const std::string& name,
     std::vector<std::string>& written, std::string& error);
+
+// All names that these shots may get.
+std::vector<std::string> release_shot_names(const std::string& directory, const std::string& name);

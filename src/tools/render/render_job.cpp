@@ -4,6 +4,7 @@
 #include "contact_sheet.h"
 #include "frame_needs.h"
 #include "frame_source_gl.h"
+#include "output_names.h"
 #include "pack_input.h"
 #include "picture_worker.h"
 #include "production.h"
@@ -13,6 +14,7 @@
 #include "tiles.h"
 #include "video_pipe.h"
 #include "wav.h"
+#include "whole_file.h"
 #include "words.h"
 #include "y4m.h"
 
@@ -47,6 +49,7 @@ struct render_job {
     picture_worker flashes;
     bool writes_pictures = false;
     video_pipe video;
+    whole_file video_file;
     decoded_music music;
     std::vector<int16_t> sound; // of the video
     std::vector<reference_picture> references;
@@ -194,6 +197,11 @@ static exit_status choose_range(render_job& job)
     return exit_done;
 }
 
+static std::string name_of_shot(const render_job& job, uint64_t frame)
+{
+    return job.wanted.size() == 1 ? job.files.name : job.files.name + "-" + numbered_name("%05d", frame);
+}
+
 // Before anything is drawn: the frames before a poster take their time.
 static exit_status check_tiling(const render_job& job)
 {
@@ -203,6 +211,27 @@ static exit_status check_tiling(const render_job& job)
             return complain(exit_broken, problem);
     }
     return exit_done;
+}
+
+static exit_status check_names(const render_job& job, const std::vector<std::string>& names)
+{
+    std::string problem;
+    return may_write(names, job.options.existing, problem) ? exit_done : complain(exit_broken, problem);
+}
+
+// The outputs that are called by the numbers of their frames.
+static std::vector<std::string> numbered_names(const render_job& job)
+{
+    std::vector<std::string> names;
+    for (const uint64_t frame : job.wanted) {
+        if (job.options.kind == output_pictures)
+            names.push_back(numbered_name(job.options.output, frame));
+        if (job.options.shots.empty())
+            continue;
+        for (const std::string& shot : release_shot_names(job.options.shots, name_of_shot(job, frame)))
+            names.push_back(shot);
+    }
+    return names;
 }
 
 static exit_status choose_frames(render_job& job)
@@ -220,7 +249,8 @@ static exit_status choose_frames(render_job& job)
         return status;
     if (!range && !job.options.contact_sheet.empty())
         job.sheet_frames = job.wanted;
-    return check_tiling(job);
+    const exit_status tiles = check_tiling(job);
+    return tiles == exit_done ? check_names(job, numbered_names(job)) : tiles;
 }
 
 // ---- outputs ------------------------------------------------------------------------------------
@@ -242,14 +272,19 @@ static void prepare_sound(render_job& job)
 
 static bool open_video(render_job& job, std::string& problem)
 {
+    if (!whole_file_begin(job.video_file, job.options.output, problem))
+        return false;
     prepare_sound(job);
     const video_plan plan = {.path = job.options.output,
+        .file = job.video_file.partial,
         .width = job.options.width,
         .height = job.options.height,
         .rate = job.options.rate,
         .sound = job.sound,
         .samples_per_second = job.music.samples_per_second};
     const bool opened = video_open(job.video, plan, problem);
+    if (!opened)
+        whole_file_drop(job.video_file);
     job.pictures.kind = worker_video;
     job.pictures.descriptor = job.video.pictures;
     return opened;
@@ -318,10 +353,8 @@ static bool write_shots(render_job& job, uint64_t frame, const picture& image, s
 {
     if (job.options.shots.empty())
         return true;
-    const std::string name
-        = job.wanted.size() == 1 ? job.files.name : job.files.name + "-" + numbered_name("%05d", frame);
     std::vector<std::string> written;
-    const bool done = write_release_shots(image, job.options.shots, name, written, problem);
+    const bool done = write_release_shots(image, job.options.shots, name_of_shot(job, frame), written, problem);
     for (const std::string& path : written)
         std::fprintf(stderr, "%s\n", path.c_str());
     return done;
@@ -441,8 +474,16 @@ static void close_pictures(render_job& job, uint64_t done, std::string& problem)
     const uint64_t samples
         = sample_of_frame(first + done, job.options.rate, rate) - sample_of_frame(first, job.options.rate, rate);
     std::string later;
-    if (!video_close(job.video, samples, later))
+    const bool closed = video_close(job.video, samples, later);
+    const bool nothing_yet = job.interrupted && done == 0; // which is no video, as ffmpeg says
+    if (!closed && !nothing_yet)
         problem = later; // ffmpeg knows better why its pipe broke
+    if (job.options.kind != output_video)
+        return;
+    if (nothing_yet || !problem.empty())
+        whole_file_drop(job.video_file);
+    else if (!whole_file_keep(job.video_file, later))
+        problem = later;
 }
 
 static void write_sheet(render_job& job, std::string& problem)
@@ -508,10 +549,14 @@ static exit_status render_loading(render_job& job)
         return complain(exit_broken, "the pack has no loading screen");
     if (job.source.tiles.size() > 1 && renders_to_textures(*tracks))
         return complain(exit_broken, "the loading screen draws into textures, which cannot be done in tiles");
-    if (!make_folders(job.options, problem) || !open_pictures(job, problem))
-        return complain(exit_broken, problem);
     std::vector<uint32_t> per_cents = job.options.loading;
     std::sort(per_cents.begin(), per_cents.end());
+    per_cents.erase(std::unique(per_cents.begin(), per_cents.end()), per_cents.end());
+    job.wanted.assign(per_cents.begin(), per_cents.end());
+    if (const exit_status status = check_names(job, numbered_names(job)); status != exit_done)
+        return status;
+    if (!make_folders(job.options, problem) || !open_pictures(job, problem))
+        return complain(exit_broken, problem);
     worker_begin(job.pictures);
     for (uint32_t per_cent = 0; per_cent <= per_cents.back() && stop_signal == 0; ++per_cent) {
         picture image;
@@ -574,6 +619,8 @@ exit_status run_render(const render_options& options, int stream)
         job.options.height = job.references[0].image.height;
     }
     choose_size(job);
+    if (const exit_status status = check_names(job, fixed_output_names(options)); status != exit_done)
+        return status;
     if (!open_pack(options.pack, job.settings, job.files, problem))
         return complain(exit_broken, problem);
     watch_signals();

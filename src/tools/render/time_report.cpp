@@ -1,7 +1,7 @@
 #include "time_report.h"
 
 #include "contact_sheet.h"
-#include "picture.h"
+#include "whole_file.h"
 
 #include <algorithm>
 #include <cstdio>

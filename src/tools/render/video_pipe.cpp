@@ -1,6 +1,7 @@
 #include "video_pipe.h"
 
 #include "wav.h"
+#include "whole_file.h"
 
 #include <cerrno>
 #include <csignal>
@@ -15,17 +16,6 @@
 extern char** environ;
 
 constexpr int sound_descriptor = 3; // in the process
-
-bool write_all(int descriptor, std::span<const uint8_t> bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR)
-            return false;
-        bytes = bytes.subspan(written > 0 ? static_cast<size_t>(written) : 0);
-    }
-    return true;
-}
 
 // ---- the command line ------------------------------------------------------------------
 
@@ -65,18 +55,27 @@ static void add_codecs(std::vector<std::string>& command, const video_plan& plan
                 "256k"});
 }
 
+// A file that is not complete yet has a name that tells nothing.
+static const char* container_of(const std::string& path)
+{
+    if (ends_in(path, ".mkv"))
+        return "matroska";
+    return ends_in(path, ".webm") ? "webm" : "mp4";
+}
+
 std::vector<std::string> video_command(const video_plan& plan, const std::string& sound_file)
 {
     const std::string size = std::to_string(plan.width) + "x" + std::to_string(plan.height);
     const std::string rate = std::to_string(plan.rate.numerator) + "/" + std::to_string(plan.rate.denominator);
-    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y", "-f",
-        "rawvideo", "-pixel_format", "rgb24", "-video_size", size, "-framerate", rate, "-i", "pipe:0"};
+    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y",
+        "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size", size, "-framerate", rate, "-i", "pipe:0"};
     if (!plan.sound.empty())
         add(command, {"-f", "wav", "-i", sound_file.c_str(), "-map", "0:v", "-map", "1:a"});
     add_codecs(command, plan);
     // The same frames give the same file: no dates, no random numbers.
     add(command, {"-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact", "-map_metadata", "-1"});
-    command.push_back("file:" + plan.path);
+    add(command, {"-f", container_of(plan.path)});
+    command.push_back("file:" + plan.file);
     return command;
 }
 

@@ -20,7 +20,8 @@ struct video_pipe {
 };
 
 struct video_plan {
-    std::string path; // ends in .mp4, .mkv or .webm
+    std::string path; // what it will be called: ends in .mp4, .mkv or .webm
+    std::string file; // what is written, which may be called otherwise
     uint32_t width = 0;
     uint32_t height = 0;
     frame_rate rate;
@@ -38,6 +39,3 @@ std::vector<std::string> video_command(const video_plan& plan, const std::string
 // Ends the video after `samples` samples of sound and waits for the process. False with
 // one sentence when it did not succeed. A second call does nothing.
 [[nodiscard]] bool video_close(video_pipe& pipe, uint64_t samples, std::string& problem);
-
-// All bytes, or false (errno tells).
-[[nodiscard]] bool write_all(int descriptor, std::span<const uint8_t> bytes);

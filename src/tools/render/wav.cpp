@@ -1,6 +1,6 @@
 #include "wav.h"
 
-#include "picture.h"
+#include "whole_file.h"
 
 #include <algorithm>
 
