@@ -43,9 +43,12 @@ TEST_CASE("The sound is a second input where there is one")
     const int16_t pair[2] = {1, 2};
     video_plan plan = plan_of("a.mkv", 640, 480);
     plan.sound = pair;
+    plan.samples_per_second = 32000;
     const auto command = video_command(plan, "/sound");
     CHECK(std::find(command.begin(), command.end(), "/sound") != command.end());
     CHECK(std::count(command.begin(), command.end(), "-map") == 2);
+    CHECK(value_of(command, "-ar") == "32000");
+    CHECK(value_of(command, "-ac") == "2");
 }
 
 TEST_CASE("The codecs follow from the name, and odd sizes keep all their colours")

@@ -8,6 +8,7 @@ import array
 import json
 import os
 import re
+import resource
 import shutil
 import signal
 import struct
@@ -751,6 +752,25 @@ class FileTest(RenderTest):
         self.assertEqual((run.returncode, run.stderr.splitlines()[-1]),
                          (1, b'Error: cannot write "a.mp4": Permission denied.'))
         self.assertEqual((self.content('a.mp4'), self.names('.')), (b'mine', ['a.mp4', 'p']))
+
+    def test_a_disk_that_is_full_fails_the_run(self):
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (900, 900))
+
+        named = self.show()
+        show = Production()  # of noise, which becomes large files
+        show.layer(show.scene(placed(show.mesh(quad()), show.material(WHITE, (show.reference(1, show.image(
+            png(64, 64, os.urandom(64 * 64 * 3)))),)))), 200)
+        show.write(self.path('p'), 'x.dpk')
+        for name in ('a.mp4', 'a.mkv', 'a.webm', '%d.png'):
+            with self.subTest(name=name):
+                run = subprocess.run([RENDER, '-o', name, *SMALL, *named], cwd=self.folder, env=self.environment(),
+                                     stderr=subprocess.PIPE, timeout=60, check=False, preexec_fn=limit)
+                self.assertEqual(run.returncode, 1, run.stderr)
+                self.assertIn(b'Error: ', run.stderr.splitlines()[-1])
+                self.assertIn(b'File too large', run.stderr)
+                self.assertEqual(self.names('.'), ['p'])
 
     def test_a_video_that_fails_leaves_the_old_one(self):
         named = self.show()

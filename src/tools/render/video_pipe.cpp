@@ -1,6 +1,5 @@
 #include "video_pipe.h"
 
-#include "wav.h"
 #include "whole_file.h"
 
 #include <cerrno>
@@ -67,10 +66,16 @@ std::vector<std::string> video_command(const video_plan& plan, const std::string
 {
     const std::string size = std::to_string(plan.width) + "x" + std::to_string(plan.height);
     const std::string rate = std::to_string(plan.rate.numerator) + "/" + std::to_string(plan.rate.denominator);
-    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y",
+    // Without -xerror a disk that is full at the very end of a file is no error to ffmpeg.
+    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel", "error", "-xerror", "-nostdin", "-y",
         "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size", size, "-framerate", rate, "-i", "pipe:0"};
+    // Raw sound may end early, where that of a WAV file would be called broken; little of it
+    // is read in advance, so that it ends with the pictures.
+    const std::string samples = std::to_string(plan.samples_per_second);
     if (!plan.sound.empty())
-        add(command, {"-f", "wav", "-i", sound_file.c_str(), "-map", "0:v", "-map", "1:a"});
+        add(command,
+            {"-probesize", "32", "-analyzeduration", "1", "-thread_queue_size", "1", "-f", "s16le", "-ar",
+                samples.c_str(), "-ac", "2", "-i", sound_file.c_str(), "-map", "0:v", "-map", "1:a"});
     add_codecs(command, plan);
     // The same frames give the same file: no dates, no random numbers.
     add(command, {"-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact", "-map_metadata", "-1"});
@@ -87,8 +92,7 @@ static bool make_sound_file(video_pipe& pipe, const video_plan& plan)
     if (pipe.sound < 0)
         return false;
     const auto* bytes = reinterpret_cast<const uint8_t*>(plan.sound.data());
-    return write_all(pipe.sound, wav_header(plan.sound.size() / 2, plan.samples_per_second))
-        && write_all(pipe.sound, {bytes, plan.sound.size_bytes()});
+    return write_all(pipe.sound, {bytes, plan.sound.size_bytes()}) && lseek(pipe.sound, 0, SEEK_SET) == 0;
 }
 
 static void close_descriptor(int& descriptor)
@@ -153,7 +157,7 @@ bool video_close(video_pipe& pipe, uint64_t samples, std::string& problem)
 {
     if (pipe.process == 0)
         return true;
-    const off_t end = static_cast<off_t>(wav_header_size + samples * 4);
+    const off_t end = static_cast<off_t>(samples * 4);
     if (pipe.sound >= 0 && lseek(pipe.sound, 0, SEEK_END) > end && ftruncate(pipe.sound, end) != 0)
         problem = "the sound is longer than the pictures";
     close_descriptor(pipe.pictures);
