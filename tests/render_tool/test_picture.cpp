@@ -2,6 +2,7 @@
 
 #include "whole_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -274,4 +275,22 @@ TEST_CASE("Equal pictures have no difference, and other sizes none to speak of")
     CHECK(same.differing_pixels == 0);
     CHECK_FALSE(compare_pictures(a, gradient(8, 9), 1).same_size);
     CHECK_FALSE(compare_pictures({}, {}, 1).same_size);
+}
+
+TEST_CASE("Odd sides become even by their last column and row")
+{
+    const picture odd = gradient(5, 3);
+    const picture even = even_picture(odd);
+    REQUIRE(even.width == 6);
+    REQUIRE(even.height == 4);
+    REQUIRE(is_whole(even));
+    for (uint32_t y = 0; y < 4; ++y)
+        for (uint32_t x = 0; x < 6; ++x)
+            for (uint32_t k = 0; k < 3; ++k)
+                CHECK(even.rgb[(y * 6 + x) * 3 + k] == odd.rgb[(std::min(y, 2u) * 5 + std::min(x, 4u)) * 3 + k]);
+    CHECK(even_picture(gradient(5, 4)).width == 6);
+    CHECK(even_picture(gradient(5, 4)).height == 4);
+    CHECK(even_picture(gradient(4, 1)).height == 2);
+    CHECK(even_picture(gradient(4, 2)).rgb == gradient(4, 2).rgb);
+    CHECK(even_picture({}).rgb.empty());
 }

@@ -51,15 +51,33 @@ TEST_CASE("The sound is a second input where there is one")
     CHECK(value_of(command, "-ac") == "2");
 }
 
-TEST_CASE("The codecs follow from the name, and odd sizes keep all their colours")
+TEST_CASE("The codecs and the colours follow from the name")
 {
     CHECK(value_of(video_command(plan_of("a.mp4", 4, 4), ""), "-c:v") == "libx264");
     CHECK(value_of(video_command(plan_of("a.webm", 4, 4), ""), "-c:v") == "libvpx-vp9");
     CHECK(value_of(video_command(plan_of("a.mkv", 4, 4), ""), "-c:v") == "ffv1");
     CHECK(value_of(video_command(plan_of("a.mp4", 4, 4), ""), "-pix_fmt") == "yuv420p");
-    CHECK(value_of(video_command(plan_of("a.mp4", 5, 4), ""), "-pix_fmt") == "yuv444p");
-    CHECK(value_of(video_command(plan_of("a.mp4", 4, 5), ""), "-pix_fmt") == "yuv444p");
+    CHECK(value_of(video_command(plan_of("a.webm", 4, 4), ""), "-pix_fmt") == "yuv420p");
     CHECK(value_of(video_command(plan_of("a.mkv", 5, 5), ""), "-pix_fmt") == "bgr0");
+    CHECK(video_wants_even_sides("a.mp4"));
+    CHECK(video_wants_even_sides("a.webm"));
+    CHECK_FALSE(video_wants_even_sides("a.mkv"));
+}
+
+TEST_CASE("The quality is ours or another, and more words stand behind all others")
+{
+    CHECK(value_of(video_command(plan_of("a.mp4", 4, 4), ""), "-crf") == "17");
+    CHECK(value_of(video_command(plan_of("a.webm", 4, 4), ""), "-crf") == "24");
+    CHECK(value_of(video_command(plan_of("a.mkv", 4, 4), ""), "-crf").empty());
+    for (const char* name : {"a.mp4", "a.webm"}) {
+        video_plan plan = plan_of(name, 4, 4);
+        plan.crf = "30";
+        plan.more = {"-preset", "slow"};
+        const auto command = video_command(plan, "");
+        CHECK(value_of(command, "-crf") == "30");
+        CHECK(*(command.end() - 5) == "-preset");
+        CHECK(*(command.end() - 4) == "slow");
+    }
 }
 
 TEST_CASE("The container follows from the name that the video will have")

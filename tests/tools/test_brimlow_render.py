@@ -278,6 +278,7 @@ class CommandLineTest(RenderTest):
         ending = 'the name of an output ends in .png, .mp4, .mkv or .webm, or is -; "%s" does not'
         place = ('the name of pictures has one place for their numbers, like frames/%%05d.png (%%%% is a per cent sign), '
                  'not "%s"')
+        words = '--ffmpeg takes words for ffmpeg in one argument, like --ffmpeg "-preset slow"'
         compare = '--compare goes without %s: it renders the frames of its pictures again, at their size'
         loading = '--loading goes without %s: it shows the loading screen, not the production'
         for problem, arguments in (
@@ -333,6 +334,13 @@ class CommandLineTest(RenderTest):
                 (ending % 'utput', ['-output', 'a.mp4']),
                 (place % '%d-%d.png', ['-o', '%d-%d.png']),
                 (place % '%s.png', ['-o', '%s.png']),
+                ('--crf takes a number from 0 (the best) to 63, not "64"', ['-o', 'a.webm', '--crf', '64']),
+                ('--crf of an .mp4 is at most 51, not 52', ['-o', 'a.mp4', '--crf', '52']),
+                ('--crf is for .mp4 and .webm: an .mkv is without loss', ['-o', 'a.mkv', '--crf', '5']),
+                ('--crf is for videos, like -o show.mp4', ['-o', '%d.png', '--crf', '5']),
+                ('--ffmpeg is for videos, like -o show.mp4', ['-o', '-', '--ffmpeg', '-n']),
+                (words + ', not "\'"', ['-o', 'a.mp4', '--ffmpeg', "'"]),
+                (words, ['-o', 'a.mp4', '--ffmpeg']),
                 ('--contact-sheet takes the name of a .png file, not "sheet.jpg"', ['--contact-sheet', 'sheet.jpg']),
                 ('--window takes no value', ['--window=yes']),
                 ('--flashes is given twice', ['--flashes', '--flashes']),
@@ -885,11 +893,46 @@ class VideoTest(RenderTest):
                 self.assertEqual((streams['video']['width'], streams['video']['height']), (64, 48))
                 self.assertAlmostEqual(float(whole['duration']), 2.05, delta=0.03)
 
-    def test_odd_sizes_are_kept(self):
-        self.put_show(10)
-        self.done('-o', 'odd.mp4', '--size', '33x25')
-        _, streams = self.probe('odd.mp4')
-        self.assertEqual((streams['video']['width'], streams['video']['height']), (33, 25))
+    def test_odd_sizes_become_even_where_colours_are_halved(self):
+        self.put_show(100)
+        for name, size in (('odd.mp4', (34, 26)), ('odd.webm', (34, 26)), ('odd.mkv', (33, 25))):
+            _, errors = self.done('-o', name, '--size', '33x25', '--fps', '10')
+            video = self.probe(name)[1]['video']
+            self.assertEqual((video['width'], video['height']), size)
+            self.assertEqual(video['pix_fmt'], 'yuv420p' if size[0] == 34 else 'bgr0')
+            told = 'Such a video has even sides: it becomes 34 x 26, with the last column or row twice.'
+            self.assertEqual(told in errors, size[0] == 34)
+            pixels = self.pictures(name)[:34 * 26 * 3 if size[0] == 34 else 33 * 25 * 3]
+            self.assertGreater(min(pixels[0::3]), 240)  # red up to the border
+
+    def test_every_kind_begins_at_0(self):
+        self.put_show()
+        for name in ('a.mp4', 'a.mkv', 'a.webm'):
+            self.done('-o', name, '--fps', '20', *SMALL)
+            run = subprocess.run(['ffprobe', '-v', 'error', '-show_frames', '-of', 'json', self.path(name)],
+                                 stdout=subprocess.PIPE, check=True)
+            frames = json.loads(run.stdout)['frames']
+            times = {kind: [float(f['pts_time']) for f in frames if f['media_type'] == kind]
+                     for kind in ('video', 'audio')}
+            self.assertEqual(times['video'][0], 0, name)
+            self.assertAlmostEqual(times['video'][-1], 2, delta=0.001)
+            self.assertAlmostEqual(times['audio'][0], 0, delta=0.0015)
+
+    def test_the_encoder_takes_another_quality_and_more_words(self):
+        shapes().write(self.folder)
+        sizes = []
+        for crf in ('5', '40'):
+            for kind in ('.mp4', '.webm'):
+                self.done('-o', crf + kind, '--crf', crf, '--fps', '10', '--size', '160x120')
+                sizes.append(os.path.getsize(self.path(crf + kind)))
+        self.assertLess(sizes[2], sizes[0])
+        self.assertLess(sizes[3], sizes[1])
+        self.done('-o', 'more.mp4', '--fps', '10', *SMALL, '--ffmpeg', '-metadata "title=A show" -r 5')
+        whole, streams = self.probe('more.mp4')
+        self.assertEqual((whole['tags']['title'], streams['video']['r_frame_rate']), ('A show', '5/1'))
+        status, _, errors = self.render('-o', 'no.mp4', *SMALL, '--ffmpeg', '-wobble 3')
+        self.assertEqual((status, errors[-1]), (1, 'Error: ffmpeg could not make the video.'))
+        self.assertNotIn('no.mp4', self.names('.'))
 
     def test_the_sound_is_in_step_to_the_sample(self):
         self.put_show()

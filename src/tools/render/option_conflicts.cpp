@@ -1,6 +1,7 @@
 #include "option_conflicts.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
 
@@ -111,6 +112,19 @@ static std::string of_a_single_picture(const render_options& o)
         + " are asked for: give a name with a place for numbers, like " + many;
 }
 
+static std::string of_videos(const render_options& o)
+{
+    const char* option = first_given({{"--crf", !o.crf.empty()}, {"--ffmpeg", !o.ffmpeg.empty()}});
+    if (option != nullptr && o.kind != output_video)
+        return std::string(option) + " is for videos, like -o show.mp4";
+    const std::string kind = std::filesystem::path(o.output).extension().string();
+    if (!o.crf.empty() && kind == ".mkv")
+        return "--crf is for .mp4 and .webm: an .mkv is without loss";
+    if (kind == ".mp4" && std::strtoul(o.crf.c_str(), nullptr, 10) > 51)
+        return "--crf of an .mp4 is at most 51, not " + o.crf;
+    return "";
+}
+
 static bool same_name(const std::string& a, const std::string& b)
 {
     return !a.empty() && std::filesystem::path(a).lexically_normal() == std::filesystem::path(b).lexically_normal();
@@ -136,8 +150,8 @@ static std::string of_nothing_to_do(const render_options& o)
 
 std::string find_conflict(const render_options& options)
 {
-    for (const auto rule :
-        {of_comparing, of_loading, of_stills, of_shots, of_a_single_picture, of_equal_names, of_nothing_to_do})
+    for (const auto rule : {of_comparing, of_loading, of_stills, of_shots, of_a_single_picture, of_videos,
+             of_equal_names, of_nothing_to_do})
         if (std::string conflict = rule(options); !conflict.empty())
             return conflict;
     return "";

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "option_conflicts.h"
+#include "words.h"
 
 #include "shell/settings.h"
 
@@ -13,6 +14,7 @@ constexpr uint32_t max_picture_side = 65535;
 constexpr uint32_t min_tile = 16;
 constexpr uint32_t max_samples = 64;
 constexpr size_t max_stills = 1000;
+constexpr uint32_t max_crf = 63;
 
 const char help_text[] = R"(brimlow-render: renders a production frame by frame, without window or sound.
 
@@ -51,6 +53,8 @@ Output
                           show.mkv          FFV1 and FLAC, without loss
                           show.webm         VP9 and Opus
                           -                 YUV4MPEG2 on standard output, silent
+  --crf N                 quality of .mp4 (17) and .webm (24); less is better
+  --ffmpeg WORDS          more options for ffmpeg, like "-preset slow"
   --contact-sheet FILE    a PNG with stills (of --at, or 16) and their times
   --shots DIR             the stills of --at in the sizes of a release
   --flashes               counts flashes that may be dangerous
@@ -269,6 +273,8 @@ enum option_id : int32_t {
     option_flashes,
     option_times,
     option_compare,
+    option_crf,
+    option_ffmpeg,
     option_yes,
     option_no,
     option_help,
@@ -300,6 +306,8 @@ constexpr option_rule rules[] = {
     {0, "--at", option_at, true, "takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them"},
     {0, "--loading", option_loading, true, "takes per cents from 0 to 100 with commas between them"},
     {'o', "--output", option_output, true, "takes a name like show.mp4, still.png, frames/%05d.png or -"},
+    {0, "--crf", option_crf, true, "takes a number from 0 (the best) to 63"},
+    {0, "--ffmpeg", option_ffmpeg, true, "takes words for ffmpeg in one argument, like --ffmpeg \"-preset slow\""},
     {0, "--contact-sheet", option_contact_sheet, true, "takes the name of a .png file"},
     {0, "--shots", option_shots, true, "takes a directory"},
     {0, "--flashes", option_flashes, false, ""},
@@ -320,6 +328,7 @@ static bool read_text(std::string_view value, std::string& text)
 // False where the value is not what the option wants.
 static bool read_value(option_id id, std::string_view value, render_options& options)
 {
+    uint32_t number = 0;
     switch (id) {
     case option_size:
         return read_size(value, options);
@@ -349,6 +358,11 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return read_per_cents(value, options.loading);
     case option_output:
         return read_text(value, options.output);
+    case option_crf:
+        options.crf = value;
+        return read_number(value, max_crf, number);
+    case option_ffmpeg:
+        return split_words(value, options.ffmpeg) && !options.ffmpeg.empty();
     case option_contact_sheet:
         return read_text(value, options.contact_sheet) && ends_in(options.contact_sheet, ".png");
     case option_shots:
@@ -469,7 +483,8 @@ static bool take_option(argument_reader& reader, written_option option, render_o
         return problem.empty();
     }
     const bool more = reader.next < reader.arguments.size();
-    if (!option.value && more && is_option(reader.arguments[reader.next])) {
+    const bool any_words = option.rule->id == option_ffmpeg; // those of ffmpeg look like ours
+    if (!option.value && more && !any_words && is_option(reader.arguments[reader.next])) {
         problem = option.name + " " + option.rule->wants + ", and " + reader.arguments[reader.next] + " is an option";
         return false;
     }

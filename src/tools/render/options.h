@@ -64,7 +64,9 @@ struct render_options {
     // what comes out
     output_kind kind = output_none;
     std::string output;
-    std::string contact_sheet; // paths; empty: not wanted
+    std::string crf;                 // of videos: quality as the encoder counts it; empty: ours
+    std::vector<std::string> ffmpeg; // more words for ffmpeg
+    std::string contact_sheet;       // paths; empty: not wanted
     std::string shots;
     std::string times;
     std::string compare;

@@ -248,6 +248,20 @@ picture scale_picture(const picture& p, uint32_t width, uint32_t height)
     return result;
 }
 
+picture even_picture(const picture& p)
+{
+    const uint32_t width = p.width + p.width % 2;
+    const uint32_t height = p.height + p.height % 2;
+    if (!is_whole(p) || (width == p.width && height == p.height))
+        return p;
+    picture even = make_picture(width, height, 0, 0, 0);
+    paste_picture(even, p, width - p.width, height - p.height); // what stays uncovered there ...
+    paste_picture(even, p, 0, height - p.height);
+    paste_picture(even, p, width - p.width, 0);
+    paste_picture(even, p, 0, 0); // ... is the last column and row
+    return even;
+}
+
 void fit_inside(const picture& p, uint32_t& width, uint32_t& height)
 {
     if (p.width == 0 || p.height == 0)

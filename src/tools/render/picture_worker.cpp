@@ -42,7 +42,8 @@ static bool do_job(picture_worker& worker, const picture_worker::job& job, std::
     case worker_files:
         return write_picture_file(worker, job, problem);
     case worker_video:
-        return write_to_descriptor(worker.descriptor, job.image->rgb, problem);
+        return write_to_descriptor(
+            worker.descriptor, worker.even ? even_picture(*job.image).rgb : job.image->rgb, problem);
     case worker_stream:
         return write_stream_frame(worker, *job.image, problem);
     case worker_flashes:

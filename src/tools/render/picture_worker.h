@@ -33,6 +33,7 @@ struct picture_worker {
     std::string pattern; // files
     std::string driver;  // files: what made them, kept inside
     int descriptor = -1; // video, stream; not owned
+    bool even = false;   // video: pictures get even sides
     frame_rate rate;     // flashes
     flash_report report; // flashes; to be read after the end
     bool failed = false; // nothing more is written after the first problem

@@ -275,17 +275,24 @@ static bool open_video(render_job& job, std::string& problem)
     if (!whole_file_begin(job.video_file, job.options.output, problem))
         return false;
     prepare_sound(job);
+    const bool even = video_wants_even_sides(job.options.output);
     const video_plan plan = {.path = job.options.output,
         .file = job.video_file.partial,
-        .width = job.options.width,
-        .height = job.options.height,
+        .width = job.options.width + (even ? job.options.width % 2 : 0),
+        .height = job.options.height + (even ? job.options.height % 2 : 0),
         .rate = job.options.rate,
+        .crf = job.options.crf,
+        .more = job.options.ffmpeg,
         .sound = job.sound,
         .samples_per_second = job.music.samples_per_second};
     const bool opened = video_open(job.video, plan, problem);
     if (!opened)
         whole_file_drop(job.video_file);
+    if (opened && (plan.width != job.options.width || plan.height != job.options.height))
+        say("Such a video has even sides: it becomes " + std::to_string(plan.width) + " x "
+            + std::to_string(plan.height) + ", with the last column or row twice.");
     job.pictures.kind = worker_video;
+    job.pictures.even = even;
     job.pictures.descriptor = job.video.pictures;
     return opened;
 }

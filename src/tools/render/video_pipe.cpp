@@ -29,29 +29,42 @@ static void add(std::vector<std::string>& command, std::initializer_list<const c
     command.insert(command.end(), words.begin(), words.end());
 }
 
-// Half the colours in either direction, where the size allows it, is what players of
-// videos expect.
+static void add_quality(std::vector<std::string>& command, const video_plan& plan, const char* usual)
+{
+    add(command, {"-crf", plan.crf.empty() ? usual : plan.crf.c_str()});
+}
+
 static void add_codecs(std::vector<std::string>& command, const video_plan& plan)
 {
-    const char* pixels = plan.width % 2 == 0 && plan.height % 2 == 0 ? "yuv420p" : "yuv444p";
     if (ends_in(plan.path, ".mkv")) {
         add(command,
             {"-c:v", "ffv1", "-level", "3", "-g", "1", "-slices", "4", "-slicecrc", "1", "-pix_fmt", "bgr0", "-c:a",
                 "flac"});
         return;
     }
-    // The colours of high definition, named in the file, so that they come out as rendered.
+    // Half the colours in either direction is what players of videos expect. The colours of
+    // high definition, named in the file, so that they come out as rendered.
     add(command,
         {"-vf", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd+full_chroma_int", "-colorspace", "bt709",
-            "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv", "-pix_fmt", pixels});
-    if (ends_in(plan.path, ".webm"))
+            "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv", "-pix_fmt", "yuv420p"});
+    if (ends_in(plan.path, ".webm")) {
+        add_quality(command, plan, "24");
         add(command,
-            {"-c:v", "libvpx-vp9", "-crf", "24", "-b:v", "0", "-row-mt", "1", "-deadline", "good", "-cpu-used", "4",
-                "-c:a", "libopus", "-b:a", "192k"});
-    else
+            {"-c:v", "libvpx-vp9", "-b:v", "0", "-row-mt", "1", "-deadline", "good", "-cpu-used", "4", "-c:a",
+                "libopus", "-b:a", "192k"});
+        // The sound's run-up lies before 0, and would move the pictures behind it.
+        if (!plan.sound.empty())
+            add(command, {"-bsf:a", "setts=ts=TS-STARTPTS"});
+    } else {
+        add_quality(command, plan, "17");
         add(command,
-            {"-c:v", "libx264", "-preset", "medium", "-crf", "17", "-movflags", "+faststart", "-c:a", "aac", "-b:a",
-                "256k"});
+            {"-c:v", "libx264", "-preset", "medium", "-movflags", "+faststart", "-c:a", "aac", "-b:a", "256k"});
+    }
+}
+
+bool video_wants_even_sides(const std::string& path)
+{
+    return !ends_in(path, ".mkv");
 }
 
 // A file that is not complete yet has a name that tells nothing.
@@ -79,6 +92,7 @@ std::vector<std::string> video_command(const video_plan& plan, const std::string
     add_codecs(command, plan);
     // The same frames give the same file: no dates, no random numbers.
     add(command, {"-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact", "-map_metadata", "-1"});
+    command.insert(command.end(), plan.more.begin(), plan.more.end());
     add(command, {"-f", container_of(plan.path)});
     command.push_back("file:" + plan.file);
     return command;

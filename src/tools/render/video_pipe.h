@@ -20,14 +20,19 @@ struct video_pipe {
 };
 
 struct video_plan {
-    std::string path; // what it will be called: ends in .mp4, .mkv or .webm
-    std::string file; // what is written, which may be called otherwise
-    uint32_t width = 0;
+    std::string path;   // what it will be called: ends in .mp4, .mkv or .webm
+    std::string file;   // what is written, which may be called otherwise
+    uint32_t width = 0; // even, where the kind of video wants that
     uint32_t height = 0;
     frame_rate rate;
+    std::string crf;                // the quality of the encoder; empty: ours
+    std::vector<std::string> more;  // words for ffmpeg, which stand behind ours
     std::span<const int16_t> sound; // pairs of the whole video; empty: none
     uint32_t samples_per_second = 0;
 };
+
+// Whether videos of that name have half the colours in either direction, and so even sides.
+bool video_wants_even_sides(const std::string& path);
 
 // The command line for a plan, "ffmpeg" first; pictures come from descriptor 0, the sound
 // from `sound_file`.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // The text with everything that a terminal would act on written out: control characters,
@@ -14,6 +15,10 @@ std::string counted(uint64_t count, const char* thing);
 
 // "a", "a and b", "a, b and c".
 std::string enumerated(const std::vector<std::string>& parts);
+
+// The words of a text as a shell reads them: blanks part them, but not between "..." or
+// '...' or behind a backslash. False for quotes that are not closed and a last backslash.
+bool split_words(std::string_view text, std::vector<std::string>& words);
 
 // Prints a whole line on standard error, printable.
 void say(const std::string& line);
