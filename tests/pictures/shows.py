@@ -210,7 +210,9 @@ def held(folder):
     still = show.function((0, LONG, 0.3))
     show.generated_image(1, 1, 0.8, 0.5, 3, 2)
     show.generated_image(4, 0.7, 0.25, 0.15, 0.8, 0.8, 0.75, 8, 4, 2, 3, 32)
-    plasma, bricks = (show.texture_node(101, 0, 0, 1, image=n) for n in range(2))
+    show.generated_image(3, 0.5, 0.9, 0.7, 4, 7, 0.5)
+    plasma, bricks, maze = (show.texture_node(101, 0, 0, 1, image=n) for n in range(3))
+    maze = show.reference(GENERATED, show.texture_node(255, maze))
     mixed = show.texture_node(255, show.texture_node(209, bricks, 0.8, 1, input2=plasma), filtering=2)
     checked = show.image(picture(64, checks), filtering=2)
     shining = show.image(picture(64, ball))
@@ -231,8 +233,8 @@ def held(folder):
     letter = show.mesh(quad(0, 0, 0.7, 1))
     show.font(letter, looks[4], width=0.8)
     turned = show.scene(placed(solid, looks[0], turned=(20, 30, 0)))
-    walls = [show.material(textures=[(r, REPLACED)]) for r in (mixed, surface, target_seen)]
-    walls += [show.material((0.9, 0.5, 0.2, 0.6), [(checked, 0), (shining, mode)]) for mode in (1, 2, 3)]
+    walls = [show.material(textures=[(r, REPLACED)]) for r in (mixed, surface, target_seen, maze)]
+    walls += [show.material((0.9, 0.5, 0.2, 0.6), [(checked, 0), (shining, mode)]) for mode in (1, 3)]
     balls = [placed(solid, looks[n], at=(-2.1 + 1.4 * n, 0.9, 0), turned=(10, 40, 0), scaled=(0.6, 0.6, 0.6))
              for n in range(4)]
     balls.append(placed(solid, looks[0], at=(-1.6, -1.2, 0), scaled=(0.4, 0.4, 0.4),
