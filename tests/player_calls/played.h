@@ -3,7 +3,6 @@
 
 #include "scripted_sdl.h"
 
-#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>

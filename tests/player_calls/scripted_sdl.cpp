@@ -25,7 +25,6 @@ struct scripted_sdl {
     uint32_t mode_count;    // calls of SDL_SetVideoMode
     uint32_t picture_count; // of SDL_LoadBMP_RW
     uint32_t look_count;    // of SDL_PollEvent
-    uint32_t reading_count; // of SDL_GetTicks by the main thread
     uint32_t ticks;         // time since SDL_PauseAudio(0)
     size_t request_count;   // requests of the script that have come
     bool sounding;          // SDL_PauseAudio(0) was called
@@ -132,9 +131,6 @@ Uint32 SDLCALL SDL_GetTicks()
     if (sdl.in_callback) // no line: it runs on the device's own thread
         return now;
     record_line("SDL_GetTicks() = " + number(now));
-    const auto& at_once = sdl.script.requests_at_once;
-    if (std::find(at_once.begin(), at_once.end(), ++sdl.reading_count) != at_once.end())
-        request_sound();
     pass_time(sdl.script.ms_per_reading);
     return now;
 }

@@ -42,10 +42,9 @@ struct sdl_script {
     std::string error = "the reason";    // SDL_GetError
     // The sound device.
     bool has_audio = true;
-    uint16_t granted_samples = 8192;        // frames a buffer
-    uint32_t ms_to_start = 0;               // that SDL_PauseAudio(0) takes
-    std::vector<uint32_t> requests;         // when each comes, behind SDL_PauseAudio(0)
-    std::vector<uint32_t> requests_at_once; // during the reading of the clock of these numbers, from 1
+    uint16_t granted_samples = 8192; // frames a buffer
+    uint32_t ms_to_start = 0;        // that SDL_PauseAudio(0) takes
+    std::vector<uint32_t> requests;  // when each comes, behind SDL_PauseAudio(0)
     // The show.
     int64_t last_tick = 0; // of the production; later frames are empty
 };
