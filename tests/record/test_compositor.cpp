@@ -58,6 +58,25 @@ glLoadMatrixf([-1 0 0 0 0 0 1 0 0 1 0 0 -1 3 2 1])
 )");
 }
 
+TEST_CASE("each layer's camera begins at the origin, each frame's too")
+{
+    record_bench b;
+    layer_record layer = wide_layer(b, render_simple);
+    layer.camera[camera_x] = 1.0f;
+    add_layer(b.content, 0, layer);
+    layer = wide_layer(b, render_link);
+    layer.camera[camera_x + 1] = 2.0f;
+    add_layer(b.content, 1, layer);
+    for (uint32_t frame = 0; frame < 2; ++frame) {
+        b.compose();
+        CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
+glLoadMatrixf([0.8 0 0 0 0 1 0 0 0 0 -1.002 -1 0 0 -0.2002 0])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 2 0 1])
+)");
+    }
+}
+
 TEST_CASE("an orthographic layer has no depth test and y down")
 {
     record_bench b;

@@ -516,6 +516,12 @@ glVertexPointer(3, GL_FLOAT, 0, 0)
 )");
     b.draw(scene, false);
     CHECK(take_gl_calls({"glGenBuffers"}) == "\n");
+    shared_rippler_cache().vertex_count = 0; // with an empty cache the mesh draws its own
+    b.draw(scene, false);
+    CHECK(take_gl_calls({"glVertexPointer", "glBufferData", "glBindBuffer"})
+              .find("glBindBuffer(GL_ARRAY_BUFFER, 101)\n"
+                    "glVertexPointer(3, GL_FLOAT, 0, 0)\n")
+        != std::string::npos);
     shared_rippler_cache().vertex_count = 2; // a larger model continues with its own vertices, from memory
     b.draw(scene, false);
     CHECK(take_gl_calls({"glVertexPointer", "glBufferData"}) == "\nglVertexPointer(3, GL_FLOAT, 0, [10 0 0])\n");
