@@ -287,6 +287,11 @@ TEST_CASE("names and texts that are cut are warned of, those that just fit are n
         {13, "Hello", "Aaaaaaaaaabbbbbbbbbbccccccccccdd", ""},
         {13, "Hello", "Aaaaaaaaaabbbbbbbbbbccccccccccdde",
             ", record 1, object 2: text \"Aaaaaaaaaabbbbbbbbbbccccccccccdde\" is cut to 32 bytes.;"},
+        {13, "Hello", "Aaaaaaaaaabbbbbbbbbbccccccccccd\xC3\xA9",
+            ", record 1, object 2: text \"Aaaaaaaaaabbbbbbbbbbccccccccccd\xC3\xA9\" is cut to 32 bytes.;"},
+        {13, "Hello", "Aaaaaaaaaabbbbbbbbbbccccccccccd~e",
+            ", record 1, object 2: text \"Aaaaaaaaaabbbbbbbbbbccccccccccd~e\" is cut to 32 bytes.;, record 1, object 2:"
+            " text \"Aaaaaaaaaabbbbbbbbbbccccccccccd~e\": there is no glyph for \"~\".;"},
         {13, "text=\"\"", "text=\"a model's text is nobody's: ~~~~~~~~~~~~~~~~~\"", ""},
     });
 }
@@ -413,6 +418,7 @@ TEST_CASE("loops without a range, lengths and offsets below 0 are warned of")
         {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"0\" loop_begin=\"9\" loop_end=\"6\"", ""},
         {4, "length=\"100\"", "length=\"-1\"",
             ", record 1, segment 1: length -1 is negative: the segment has no end.;"},
+        {4, "length=\"100\"", "length=\"0\"", ""},
         {14, "offset=\"0\"", "offset=\"-1\"",
             ", record 1, clip 1: offset -1 is negative: the time of its functions begins near its end.;"},
     });
@@ -563,6 +569,7 @@ TEST_CASE("more copies than are drawn are warned of, as far as constants tell")
         = "<m type=\"3\"><manipulator type=\"0\" model=\"1\"/>" + repeated(animated("static", "0"), 9) + "</m>";
     CHECK(copies_lines(row("43690") + placer) == ""); // its mesh has three vertices
     CHECK(copies_lines(row("43691") + placer) == start + "131073" + end);
+    CHECK(copies_lines(row("131072") + with(placer, "type=\"0\"", "type=\"1\"")) == ""); // an effect's are not known
     const std::string moving = with(row("9"), animated("static", "9"), animated("dynamic", "1"));
     CHECK(copies_lines(row("131072") + moving) == "");
 }
