@@ -341,6 +341,7 @@ class CommandLineTest(RenderTest):
                 ('--ffmpeg is for videos, like -o show.mp4', ['-o', '-', '--ffmpeg', '-n']),
                 (words + ', not "\'"', ['-o', 'a.mp4', '--ffmpeg', "'"]),
                 (words, ['-o', 'a.mp4', '--ffmpeg']),
+                ('-v tells more, and -q less: give one of the two', ['-vqo', 'a.mp4']),
                 ('--contact-sheet takes the name of a .png file, not "sheet.jpg"', ['--contact-sheet', 'sheet.jpg']),
                 ('--window takes no value', ['--window=yes']),
                 ('--flashes is given twice', ['--flashes', '--flashes']),
@@ -470,7 +471,7 @@ class CommandLineTest(RenderTest):
         shapes().write(self.folder)
         self.fails(3, 'Error: this machine offers no OpenGL.', '--at', '0', '-o', 'a.png',
                    __EGL_VENDOR_LIBRARY_FILENAMES='/nonexistent')
-        self.fails(3, 'Error: the driver has no 64 samples of antialiasing.', '--at', '0', '-o', 'a.png',
+        self.fails(3, 'Error: the driver has at most 4 samples a pixel, not the 64 of --samples.', '--at', '0', '-o', 'a.png',
                    '--samples', '64')
         status, output, errors = self.render('--at', '0', '-o', 'a.png', '--window')
         self.assertEqual((status, output, len(errors)), (3, b'', 1))
@@ -547,7 +548,7 @@ class PictureTest(RenderTest):
 
     def test_pictures_say_which_driver_made_them(self):
         shapes().write(self.folder)
-        _, errors = self.done('--at', '0', '-o', 'a.png', *SMALL)
+        _, errors = self.done('-v', '--at', '0', '-o', 'a.png', *SMALL)
         self.assertEqual(Picture(self.path('a.png')).chunks[b'tEXt'], b'Driver\0' + errors[0].encode())
 
     def test_frames_before_are_played_even_where_old_pictures_show_through(self):
@@ -596,7 +597,7 @@ class PictureTest(RenderTest):
                 'Texture compression support detected.']
 
         def report(*arguments):
-            _, errors = self.done('-y', '--at', '0', '-o', 'a.png', *SMALL, *arguments)
+            _, errors = self.done('-yv', '--at', '0', '-o', 'a.png', *SMALL, *arguments)
             rules = [i for i, line in enumerate(errors) if line == '=' * 74]
             return errors[rules[0] + 1:rules[1]]
 
@@ -661,6 +662,92 @@ class PictureTest(RenderTest):
         status, _, errors = self.render(*SMALL, '--fps', '10', '-o', '%d.png')
         self.assertEqual(status, 1)
         self.assertIn('0.png', errors[-1])
+
+
+class WordsTest(RenderTest):
+    """What is said, and where."""
+
+    def test_the_last_line_names_what_was_written_and_from_which_pack(self):
+        two_colours().write(self.folder)
+        os.mkdir(self.path('p'))
+        shutil.copy(self.path('demo.dpk'), self.path('p', 'x.dpk'))
+        ten = ('--fps', '10', '-y', *SMALL)
+        for line, arguments in (
+                ('Wrote a.png from demo.dpk.', ('--at', '0', '-o', 'a.png')),
+                ('Wrote 3.png from p/x.dpk.', ('--at', '3f', '-o', '%d.png', 'p')),
+                ('Wrote f/05.png to f/14.png (10 pictures) from demo.dpk.',
+                 ('--from', '5f', '--to', '15f', '-o', 'f/%02d.png')),
+                ('Wrote a.mp4 (21 frames, 2.10 s, without sound), s.png and t.json from demo.dpk.',
+                 ('-o', 'a.mp4', '--contact-sheet', 's.png', '--times', 't.json')),
+                ('Looked at 21 frames of demo.dpk, and wrote no file.', ('--flashes',))):
+            self.assertEqual(self.done(*ten, *arguments)[1][-1], line)
+
+    def test_the_frames_of_a_segment_are_counted_apart_from_those_before(self):
+        two_colours().write(self.folder)
+        ten = ('--fps', '10', '-y', *SMALL)
+        for count, arguments in (('21 frames in ', ()), ('5 frames and 10 unseen ones in ', ('--from', '10f', '--to', '15f')),
+                                 ('1 frame and 1 unseen one in ', ('--at', '1f'))):
+            _, errors = self.done(*ten, '-o', '%d.png', *arguments)
+            self.assertTrue(errors[-2].startswith(count), errors)
+
+    def test_the_driver_and_its_capabilities_are_told_with_v_only(self):
+        two_colours().write(self.folder)
+        still = ('--at', '0', '-yo', 'a.png', *SMALL)
+        _, plain = self.done(*still)
+        self.assertEqual(len(plain), 2, plain)
+        for more in ('-v', '--verbose'):
+            _, lines = self.done(*still, more)
+            self.assertIn('Using GLSL shaders.', lines)
+            self.assertIn('OpenGL', lines[0])
+            self.assertEqual(lines[-1], plain[-1])
+
+    def test_quiet_tells_problems_only(self):
+        two_colours(10, 'gone.ogg').write(self.folder)
+        warning = 'Warning: the music gone.ogg is neither in this folder nor in music/.'
+        for more in ('-q', '--quiet'):
+            self.assertEqual(self.done(more, '-yo', 'a.mp4', '--size', '33x25'), (b'', [warning]))
+        _, loud = self.done('-yo', 'a.mp4', '--size', '33x25')
+        self.assertEqual((loud[1], len(loud)), (warning, 4))  # among what is told at the end
+        os.mkdir(self.path('a.png'))
+        status, output, errors = self.render('-q', '--at', '0', '-o', 'a.png', *SMALL)
+        self.assertEqual((status, output, errors[-1]), (1, b'', 'Error: cannot write "a.png": Is a directory.'))
+
+    def test_nothing_but_reports_and_pictures_comes_on_standard_output(self):
+        flicker(100).write(self.folder)
+        self.assertEqual(self.done('-o', '%d.png', '--fps', '10', *SMALL)[0], b'')
+        status, stream, errors = self.render('-o', '-', '--flashes', '--fps', '50', *SMALL)
+        self.assertEqual(status, 4)
+        self.assertEqual(len(stream), stream.index(b'\n') + 1 + 51 * (6 + 32 * 24 * 3 // 2))
+        self.assertIn('Flashes: more than three in a second (WCAG 2.3.1) at', errors)
+        with open(self.path('demo.dpk'), 'rb') as file:  # of a pack that is cut the engine prints lines
+            pack = file.read(60)
+        with open(self.path('cut.dpk'), 'wb') as file:
+            file.write(pack)
+        status, output, errors = self.render('--flashes', 'cut.dpk')
+        self.assertEqual((status, output), (1, b''))
+
+    def redirected(self, arguments, ending):
+        run = subprocess.run(['sh', '-c', '"$0" "$@" ' + ending, RENDER, *arguments], cwd=self.folder,
+                             env=self.environment(), stderr=subprocess.PIPE, stdout=subprocess.PIPE, timeout=60,
+                             check=False)
+        return run.returncode, run.stderr.decode().splitlines()[-1:]
+
+    def test_standard_output_that_cannot_be_written_ends_with_a_line(self):
+        two_colours().write(self.folder)
+        self.done('--at', '0', '-o', 'kept/%d.png', *SMALL)
+        for arguments in (['--help'], ['--version'], ['--flashes', *SMALL], ['--times', 't.json', *SMALL, '-y'],
+                          ['--compare', 'kept'], ['-o', '-', '--fps', '2', *SMALL]):
+            with self.subTest(arguments=arguments):
+                for ending, reason in (('>/dev/full', 'No space left on device'), ('>&-', 'Bad file descriptor')):
+                    status, last = self.redirected(arguments, ending)
+                    self.assertEqual(status, 1)
+                    self.assertEqual(last, ['Error: cannot write to standard output: %s.' % reason])
+
+    def test_closed_descriptors_are_not_taken_for_files(self):
+        two_colours().write(self.folder)
+        self.assertEqual(self.redirected(['-q', '-o', 'a.mp4', '--fps', '10', *SMALL], '<&- >&- 2>&-'), (0, []))
+        self.assertEqual(self.redirected(['--flashes', '-'], '<&-'),
+                         (1, ['Error: cannot read standard input: Bad file descriptor.']))
 
 
 class FileTest(RenderTest):
@@ -990,6 +1077,7 @@ class VideoTest(RenderTest):
             _, errors = self.done('-yo', 'c.mkv', *SMALL)
             self.assertIn('Warning: %s is no Ogg Vorbis file that can be decoded: the video has no sound.' % name,
                           errors)
+            self.assertRegex(errors[-1], r'^Wrote c\.mkv \(7 frames, 0\.12 s, without sound\) from demo\.dpk\.$')
 
     def test_music_lies_beside_the_pack(self):
         self.put_show(10)
@@ -1017,7 +1105,8 @@ class VideoTest(RenderTest):
             run.send_signal(signal.SIGINT)
             _, errors = run.communicate(timeout=120)
             self.assertEqual(run.returncode, 130, errors)
-            self.assertRegex(errors.decode().splitlines()[-1], r'^Stopped after \d+ of \d+ pictures\.$')
+            self.assertRegex(errors.decode().splitlines()[-2], r'^Stopped after \d+ of \d+ pictures\.$')
+            self.assertRegex(errors.decode().splitlines()[-1], r'^Wrote %s \(\d+ frames, .* from demo\.dpk\.$' % name)
             _, streams = self.probe(name)
             frames = int(streams['video']['nb_read_frames'])
             told = int(re.search(r'after (\d+) of', errors.decode()).group(1))
@@ -1031,7 +1120,7 @@ class VideoTest(RenderTest):
         self.assertTrue(output.startswith(header), output[:80])
         frame = 6 + 33 * 25 + 2 * 17 * 13
         self.assertEqual(len(output), output.index(b'\n') + 1 + 11 * frame)
-        self.assertIn('Using GLSL shaders.', errors)
+        self.assertEqual(errors[-1], 'Wrote 11 frames to standard output from demo.dpk.')
         decoded = subprocess.run(['ffmpeg', '-v', 'error', '-i', '-', '-f', 'framecrc', '-'], input=output,
                                  stdout=subprocess.PIPE, check=True)
         self.assertEqual(len([line for line in decoded.stdout.splitlines() if not line.startswith(b'#')]), 11)
@@ -1068,18 +1157,20 @@ class ReportTest(RenderTest):
         _, errors = self.done('--shots', 'shots', '--at', '0')
         names = self.names('shots')
         self.assertEqual([n[:-4] for n in names], ['star-160x90', 'star-1920x1080', 'star-400x225'])
-        self.assertEqual([line for line in errors if line.startswith('shots/')].sort(),
-                         ['shots/' + n for n in names].sort())
+        self.assertEqual(errors[-1], 'Wrote shots/%s, shots/%s and shots/%s from star.dpk.' % tuple(
+            names[i] for i in (1, 2, 0)))
         self.assertLess(os.path.getsize(self.path('shots', names[2])), 65536)
         large = Picture(self.path('shots', 'star-1920x1080.png'))
         self.assertEqual((large.width, large.height), (1920, 1080))
-        self.done('--shots', 'many', '--at', '0,1', '--size', '320x180', '--fps', '10')
+        _, errors = self.done('--shots', 'many', '--at', '0,1', '--size', '320x180', '--fps', '10')
+        self.assertEqual(errors[-1], 'Wrote 6 pictures in many from star.dpk.')
         self.assertEqual(len(self.names('many')), 6)
         self.assertIn('star-00010-160x90.png', self.names('many'))
 
     def test_flashes_are_counted_and_nothing_is_promised(self):
         flicker().write(self.folder)
-        output, _ = self.done('--flashes', '--size', '64x48', '--fps', '50')
+        status, output, _ = self.render('--flashes', '--size', '64x48', '--fps', '50')
+        self.assertEqual(status, 4)
         self.assertIn(b'red', output)
         self.assertRegex(output.decode(), r'0?0:0\d')
         self.assertIn(b'no guarantee', output)

@@ -3,24 +3,46 @@
 #include "render_job.h"
 #include "words.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
 
-// Pictures get the standard output for themselves: whatever else is printed there, by the
+// A standard descriptor that is closed would be given to the first file that is opened. What
+// stands in its place cannot be used, so that using it is told.
+static void fill_standard_descriptors()
+{
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
+}
+
+// Outputs get the standard output for themselves: whatever else is printed there, by the
 // engine or by a driver, goes to standard error.
 static int take_standard_output()
 {
     std::fflush(stdout);
-    const int stream = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 10);
+    const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 10);
     dup2(STDERR_FILENO, STDOUT_FILENO);
-    return stream;
+    return output;
+}
+
+static int print(const char* text)
+{
+    errno = 0;
+    if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0)
+        return exit_done;
+    say(std::string("Error: cannot write to standard output: ") + std::strerror(errno) + ".");
+    return exit_broken;
 }
 
 int main(int argc, char** argv)
 {
+    fill_standard_descriptors();
+    std::signal(SIGPIPE, SIG_IGN);
     render_options options;
     std::string problem;
     const size_t count = argc > 1 ? static_cast<size_t>(argc - 1) : 0;
@@ -28,14 +50,11 @@ int main(int argc, char** argv)
         say("Error: " + problem + ". \"brimlow-render --help\" tells more.");
         return exit_usage;
     }
-    if (options.help || options.version) {
-        std::fputs(options.help ? help_text : "brimlow-render 1.0\n", stdout);
-        return exit_done;
-    }
+    if (options.help || options.version)
+        return print(options.help ? help_text : "brimlow-render 1.0\n");
     if (options.kind == output_stream && isatty(STDOUT_FILENO) != 0) {
-        std::fputs("Error: raw video goes into a pipe or a file, not to a terminal.\n", stderr);
+        say("Error: raw video goes into a pipe or a file, not to a terminal: write \"| ffplay -\" behind it.");
         return exit_usage;
     }
-    std::signal(SIGPIPE, SIG_IGN);
-    return run_render(options, options.kind == output_stream ? take_standard_output() : -1);
+    return run_render(options, take_standard_output());
 }

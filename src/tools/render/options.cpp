@@ -57,12 +57,14 @@ Output
   --ffmpeg WORDS          more options for ffmpeg, like "-preset slow"
   --contact-sheet FILE    a PNG with stills (of --at, or 16) and their times
   --shots DIR             the stills of --at in the sizes of a release
-  --flashes               counts flashes that may be dangerous
+  --flashes               counts flashes; status 4 where they are too many
   --times FILE            a report (JSON) of CPU and GPU time by frame and track
   --compare DIR           renders the numbered pictures of DIR anew and compares
 
   -y, --yes               replaces outputs that exist
   -n, --no                keeps them: the run ends before it draws
+  -v, --verbose           tells the driver and what it has
+  -q, --quiet             tells problems only
   -h, --help              this text
   -V, --version           the version
 
@@ -71,8 +73,9 @@ when they are complete. Where one exists you are asked; without a terminal it is
 kept, and the run ends.
 
 Exit status: 0 done; 1 the production is broken, a comparison found a change, or
-something could not be written; 2 the command line is wrong; 3 no OpenGL; 130
-stopped by Ctrl-C, with what was done until then kept.
+something could not be written; 2 the command line is wrong; 3 no OpenGL, or too
+few samples; 4 --flashes found too many; 130 stopped by Ctrl-C, with what was
+done until then kept.
 )";
 
 // ---- values ------------------------------------------------------------------------
@@ -277,6 +280,8 @@ enum option_id : int32_t {
     option_ffmpeg,
     option_yes,
     option_no,
+    option_verbose,
+    option_quiet,
     option_help,
     option_version,
     option_count
@@ -315,6 +320,8 @@ constexpr option_rule rules[] = {
     {0, "--compare", option_compare, true, "takes a directory"},
     {'y', "--yes", option_yes, false, ""},
     {'n', "--no", option_no, false, ""},
+    {'v', "--verbose", option_verbose, false, ""},
+    {'q', "--quiet", option_quiet, false, ""},
     {'h', "--help", option_help, false, ""},
     {'V', "--version", option_version, false, ""},
 };
@@ -375,6 +382,8 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
     case option_flashes:
     case option_yes:
     case option_no:
+    case option_verbose:
+    case option_quiet:
     case option_help:
     case option_version:
     case option_count:
@@ -389,6 +398,8 @@ static void set_switch(option_id id, render_options& options)
     options.flashes |= id == option_flashes;
     options.help |= id == option_help;
     options.version |= id == option_version;
+    options.verbose |= id == option_verbose;
+    options.quiet |= id == option_quiet;
     if (id == option_yes)
         options.existing = existing_replaced;
     if (id == option_no)
@@ -578,6 +589,8 @@ bool read_options(std::span<const char* const> arguments, render_options& option
         problem = read_output(options.output, options);
     if (problem.empty() && reader.seen[option_yes] && reader.seen[option_no])
         problem = "-y replaces files that exist, and -n keeps them: give one of the two";
+    if (problem.empty() && options.verbose && options.quiet)
+        problem = "-v tells more, and -q less: give one of the two";
     if (problem.empty())
         problem = find_conflict(options);
     if (!options.shots.empty() && !options.size_given) {

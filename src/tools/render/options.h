@@ -72,6 +72,8 @@ struct render_options {
     std::string compare;
     bool flashes = false;
     existing_choice existing = existing_asked;
+    bool verbose = false; // tells the driver and what it has
+    bool quiet = false;   // tells problems only
 };
 
 // Reads the arguments behind the program's name. False: `problem` holds one sentence

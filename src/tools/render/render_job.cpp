@@ -21,10 +21,13 @@
 #include "shell/loading.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <unistd.h>
 
 constexpr uint32_t stills_of_a_sheet = 16;
 constexpr uint32_t slowest_count = 10;
@@ -33,7 +36,9 @@ using stopwatch = std::chrono::steady_clock;
 
 struct render_job {
     render_options options;
-    int stream = -1; // descriptor, -1: none
+    int output = -1;                   // the standard output that was
+    std::vector<std::string> warnings; // told at the end
+    std::string report_problem;        // why a report could not be printed
     player_settings settings = {};
     production_files files;
     gl_session session;
@@ -55,6 +60,7 @@ struct render_job {
     std::vector<reference_picture> references;
     bool all_passed = true;
     std::vector<sheet_still> stills;
+    std::vector<std::string> shots; // names of those that are written
     time_report times;
 };
 
@@ -64,6 +70,21 @@ static exit_status complain(exit_status status, const std::string& problem)
 {
     say("Error: " + problem + ".");
     return status;
+}
+
+// What a user who asked for quiet does not want to know.
+static void tell(const render_job& job, const std::string& line)
+{
+    if (!job.options.quiet)
+        say(line);
+}
+
+// Lines of a report; beside pictures on standard output they go to standard error.
+static void report(render_job& job, const std::string& lines)
+{
+    const int to = job.options.kind == output_stream ? STDERR_FILENO : job.output;
+    if (!write_all(to, {reinterpret_cast<const uint8_t*>(lines.data()), lines.size()}))
+        job.report_problem = std::string("cannot write to standard output: ") + std::strerror(errno);
 }
 
 static std::string seconds_text(uint64_t frame, frame_rate rate)
@@ -109,11 +130,13 @@ static exit_status open_session(render_job& job)
     std::string problem;
     if (!session_open(job.session, job.options, job.settings, problem))
         return complain(exit_no_opengl, problem);
-    std::fprintf(stderr, "%s\n%s", job.session.driver.c_str(), job.session.report.c_str());
+    if (job.options.verbose)
+        std::fprintf(stderr, "%s\n%s", printable(job.session.driver).c_str(), job.session.report.c_str());
     source_begin(job.source, job.session, job.settings, job.options.rate, !job.options.times.empty());
     if (job.source.tiles.size() > 1)
-        std::fprintf(stderr, "Rendering in %zu tiles of at most %u x %u.\n", job.source.tiles.size(), job.session.width,
-            job.session.height);
+        tell(job,
+            "Rendering in " + std::to_string(job.source.tiles.size()) + " tiles of at most "
+                + std::to_string(job.session.width) + " x " + std::to_string(job.session.height) + ".");
     return exit_done;
 }
 
@@ -263,7 +286,7 @@ static void prepare_sound(render_job& job)
     const uint64_t last = job.wanted.back() + 1;
     job.music = decode_music(job.files.music, time_of_frame(last, job.options.rate), warning);
     if (!warning.empty())
-        say("Warning: " + warning + ".");
+        job.warnings.push_back(warning);
     if (job.music.samples_per_second == 0)
         return;
     job.sound = fit_sound_to_frames(
@@ -289,8 +312,9 @@ static bool open_video(render_job& job, std::string& problem)
     if (!opened)
         whole_file_drop(job.video_file);
     if (opened && (plan.width != job.options.width || plan.height != job.options.height))
-        say("Such a video has even sides: it becomes " + std::to_string(plan.width) + " x "
-            + std::to_string(plan.height) + ", with the last column or row twice.");
+        tell(job,
+            "Such a video has even sides: it becomes " + std::to_string(plan.width) + " x "
+                + std::to_string(plan.height) + ", with the last column or row twice.");
     job.pictures.kind = worker_video;
     job.pictures.even = even;
     job.pictures.descriptor = job.video.pictures;
@@ -301,10 +325,10 @@ static bool open_stream(render_job& job, std::string& problem)
 {
     const std::string header = y4m_header(job.options.width, job.options.height, job.options.rate, yuv_420);
     job.pictures.kind = worker_stream;
-    job.pictures.descriptor = job.stream;
-    if (write_all(job.stream, {reinterpret_cast<const uint8_t*>(header.data()), header.size()}))
+    job.pictures.descriptor = job.output;
+    if (write_all(job.output, {reinterpret_cast<const uint8_t*>(header.data()), header.size()}))
         return true;
-    problem = "standard output cannot be written";
+    problem = std::string("cannot write to standard output: ") + std::strerror(errno);
     return false;
 }
 
@@ -360,11 +384,7 @@ static bool write_shots(render_job& job, uint64_t frame, const picture& image, s
 {
     if (job.options.shots.empty())
         return true;
-    std::vector<std::string> written;
-    const bool done = write_release_shots(image, job.options.shots, name_of_shot(job, frame), written, problem);
-    for (const std::string& path : written)
-        std::fprintf(stderr, "%s\n", path.c_str());
-    return done;
+    return write_release_shots(image, job.options.shots, name_of_shot(job, frame), job.shots, problem);
 }
 
 static void compare(render_job& job, uint64_t frame, const picture& image)
@@ -373,7 +393,7 @@ static void compare(render_job& job, uint64_t frame, const picture& image)
         if (reference.frame != frame)
             continue;
         const comparison_result result = compare_with_reference(reference, image, job.session.driver);
-        std::printf("%s\n", result.text.c_str());
+        report(job, printable(result.text) + "\n");
         job.all_passed &= result.passed;
     }
 }
@@ -409,7 +429,8 @@ static bool take_picture(render_job& job, std::string& problem)
 // ---- the frames ----------------------------------------------------------------------------------
 
 struct frame_loop {
-    uint64_t done = 0; // wanted frames that were drawn
+    uint64_t done = 0;  // wanted frames that were drawn
+    double seconds = 0; // that it took
     bool failed = false;
     std::string problem; // may stay empty where a worker knows
 };
@@ -432,20 +453,24 @@ static void run_frames(render_job& job, frame_loop& loop, progress& shown)
                 return;
             ++loop.done;
         }
-        progress_show(shown, frame + 1);
+        progress_show(shown, loop.done, frame + 1);
     }
 }
 
 // What the program itself costs: all but OpenGL, and waiting for those who take pictures.
 static void tell_times(const render_job& job, uint64_t frames, double seconds)
 {
+    const uint64_t unseen = frames - job.wanted.size();
     const double per_frame = 1000.0 / static_cast<double>(std::max<uint64_t>(frames, 1));
     const double own = std::max(seconds - job.source.gl_seconds - job.waiting_seconds, 0.0);
-    std::fprintf(stderr,
-        "%llu frames in %.1f s, %.1f frames a second; of %.2f ms a frame OpenGL took %.2f, waiting for outputs %.2f, "
-        "the rest %.3f.\n",
-        static_cast<unsigned long long>(frames), seconds, static_cast<double>(frames) / std::max(seconds, 1e-9),
-        seconds * per_frame, job.source.gl_seconds * per_frame, job.waiting_seconds * per_frame, own * per_frame);
+    char text[160];
+    std::snprintf(text, sizeof text,
+        " in %.1f s, %.1f frames a second; of %.2f ms a frame OpenGL took %.2f, waiting for outputs %.2f, the rest "
+        "%.3f.",
+        seconds, static_cast<double>(frames) / std::max(seconds, 1e-9), seconds * per_frame,
+        job.source.gl_seconds * per_frame, job.waiting_seconds * per_frame, own * per_frame);
+    const std::string others = unseen == 0 ? "" : " and " + counted(unseen, "unseen one");
+    tell(job, counted(job.wanted.size(), "frame") + others + text);
 }
 
 static frame_loop render_frames(render_job& job)
@@ -454,13 +479,12 @@ static frame_loop render_frames(render_job& job)
     progress shown;
     const uint64_t frames = job.wanted.back() + 1;
     const auto begin = stopwatch::now();
-    progress_begin(shown, frames);
+    progress_begin(shown, frames, job.wanted.size(), job.options.quiet);
     run_frames(job, loop, shown);
     while (!loop.failed && job.source.waiting_count > 0)
         loop.failed = !take_picture(job, loop.problem);
     progress_end(shown);
-    if (!loop.failed && !job.interrupted)
-        tell_times(job, frames, std::chrono::duration<double>(stopwatch::now() - begin).count());
+    loop.seconds = std::chrono::duration<double>(stopwatch::now() - begin).count();
     return loop;
 }
 
@@ -510,18 +534,83 @@ static void write_times(render_job& job, std::string& problem)
 {
     if (job.options.times.empty())
         return;
-    time_report& report = job.times;
-    report.production = job.files.pack;
-    report.driver = job.session.driver;
-    report.path = job.settings.glsl_path == 1 ? "glsl" : "fixed";
-    report.width = job.options.width;
-    report.height = job.options.height;
-    report.rate = job.options.rate;
+    time_report& times = job.times;
+    times.production = job.files.pack;
+    times.driver = job.session.driver;
+    times.path = job.settings.glsl_path == 1 ? "glsl" : "fixed";
+    times.width = job.options.width;
+    times.height = job.options.height;
+    times.rate = job.options.rate;
     std::string later;
-    if (!write_time_report(job.options.times, report, later))
+    if (!write_time_report(job.options.times, times, later))
         note_problem(problem, later);
-    for (const std::string& line : slowest_moment_lines(report, slowest_count))
-        std::printf("%s\n", line.c_str());
+    for (const std::string& line : slowest_moment_lines(times, slowest_count))
+        report(job, line + "\n");
+}
+
+// "a.png", "0.png to 9.png (10 pictures)".
+static std::string written_pictures(const render_job& job, uint64_t done)
+{
+    const std::string first = numbered_name(job.options.output, job.wanted.front());
+    if (done == 1)
+        return first;
+    return first + " to " + numbered_name(job.options.output, job.wanted[done - 1]) + " (" + counted(done, "picture")
+        + ")";
+}
+
+static std::string written_video(const render_job& job, uint64_t done)
+{
+    return job.options.output + " (" + counted(done, "frame") + ", " + seconds_text(done, job.options.rate)
+        + (job.sound.empty() ? ", without sound)" : ")");
+}
+
+static void add_first_output(const render_job& job, uint64_t done, std::vector<std::string>& written)
+{
+    switch (job.options.kind) {
+    case output_none:
+        return;
+    case output_still:
+    case output_pictures:
+        written.push_back(written_pictures(job, done));
+        return;
+    case output_video:
+        written.push_back(written_video(job, done));
+        return;
+    case output_stream:
+        written.push_back(counted(done, "frame") + " to standard output");
+        return;
+    }
+}
+
+// The last line: what was written, and from which pack.
+static void tell_outputs(const render_job& job, uint64_t done)
+{
+    constexpr size_t most_names = 3;
+    std::vector<std::string> written;
+    if (done > 0)
+        add_first_output(job, done, written);
+    if (!job.options.contact_sheet.empty() && !job.stills.empty())
+        written.push_back(job.options.contact_sheet);
+    if (job.shots.size() <= most_names)
+        written.insert(written.end(), job.shots.begin(), job.shots.end());
+    else
+        written.push_back(counted(job.shots.size(), "picture") + " in " + job.options.shots);
+    if (!job.options.times.empty())
+        written.push_back(job.options.times);
+    if (written.empty())
+        tell(job, "Looked at " + counted(done, "frame") + " of " + job.files.pack + ", and wrote no file.");
+    else
+        tell(job, "Wrote " + enumerated(written) + " from " + job.files.pack + ".");
+}
+
+static void print_reports(render_job& job, std::string& problem)
+{
+    write_sheet(job, problem);
+    write_times(job, problem);
+    if (job.options.flashes)
+        report(job, flash_report_text(job.flashes.report));
+    if (!job.report_problem.empty())
+        note_problem(problem, job.report_problem);
 }
 
 static exit_status finish(render_job& job, frame_loop& loop)
@@ -529,19 +618,21 @@ static exit_status finish(render_job& job, frame_loop& loop)
     std::string problem = loop.problem;
     close_pictures(job, loop.done, problem);
     worker_end(job.flashes);
-    if (!loop.failed) {
-        write_sheet(job, problem);
-        write_times(job, problem);
-        if (job.options.flashes)
-            std::fputs(flash_report_text(job.flashes.report).c_str(), stdout);
-    }
+    if (!loop.failed)
+        print_reports(job, problem);
+    for (const std::string& warning : job.warnings)
+        say("Warning: " + warning + ".");
     if (!problem.empty() || loop.failed)
         return complain(exit_broken, problem);
-    if (job.interrupted) {
-        std::fprintf(stderr, "Stopped after %llu of %zu pictures.\n", static_cast<unsigned long long>(loop.done),
-            job.wanted.size());
+    if (!job.interrupted)
+        tell_times(job, job.wanted.back() + 1, loop.seconds);
+    else
+        say("Stopped after " + std::to_string(loop.done) + " of " + counted(job.wanted.size(), "picture") + ".");
+    tell_outputs(job, loop.done);
+    if (job.interrupted)
         return exit_interrupted;
-    }
+    if (!job.flashes.report.moments.empty())
+        return exit_flashes;
     return job.all_passed ? exit_done : exit_broken;
 }
 
@@ -565,15 +656,18 @@ static exit_status render_loading(render_job& job)
     if (!make_folders(job.options, problem) || !open_pictures(job, problem))
         return complain(exit_broken, problem);
     worker_begin(job.pictures);
+    uint64_t done = 0;
     for (uint32_t per_cent = 0; per_cent <= per_cents.back() && stop_signal == 0; ++per_cent) {
         picture image;
         const bool wanted = std::binary_search(per_cents.begin(), per_cents.end(), per_cent);
         source_draw_loading(job.source, per_cent, wanted ? &image : nullptr);
         if (wanted && !worker_give(job.pictures, per_cent, std::make_shared<const picture>(std::move(image))))
             break;
+        done += wanted ? 1 : 0;
     }
     if (!worker_end(job.pictures))
         return complain(exit_broken, job.pictures.problem);
+    tell_outputs(job, done);
     return stop_signal == 0 ? exit_done : exit_interrupted;
 }
 
@@ -593,7 +687,7 @@ static exit_status run_production(render_job& job)
         return fail_to_load(problem);
     unload_document(job.settings.loading);
     if (!warning.empty())
-        say("Warning: " + warning + ".");
+        job.warnings.push_back(warning);
     exit_status status = choose_frames(job);
     if (status == exit_done)
         status = open_outputs(job);
@@ -613,11 +707,11 @@ static exit_status run_session(render_job& job)
     return job.options.loading.empty() ? run_production(job) : render_loading(job);
 }
 
-exit_status run_render(const render_options& options, int stream)
+exit_status run_render(const render_options& options, int output)
 {
     render_job job;
     job.options = options;
-    job.stream = stream;
+    job.output = output;
     std::string problem;
     if (!options.compare.empty()) {
         if (!load_references(options.compare, job.references, problem))

@@ -8,9 +8,11 @@ enum exit_status : int {
     exit_broken = 1, // the production, a comparison, or an output
     exit_usage = 2,
     exit_no_opengl = 3,
+    exit_flashes = 4,      // more of them than is safe
     exit_interrupted = 130 // by Ctrl-C or by closing the window; what was done is kept
 };
 
-// Renders. Everything that is said goes to standard error, reports to standard output;
-// with `stream` (a descriptor, -1: none) pictures go there as YUV4MPEG2.
-exit_status run_render(const render_options& options, int stream);
+// Renders. `output` is the descriptor of the standard output that was: pictures go there as
+// YUV4MPEG2 where they are asked for, else reports. Everything else that is said goes to
+// standard error, reports beside such pictures, too.
+exit_status run_render(const render_options& options, int output);

@@ -94,6 +94,15 @@ static EGLConfig choose_config(EGLDisplay display, EGLint samples)
     return best;
 }
 
+static std::string too_many_samples(EGLDisplay display, uint32_t wanted)
+{
+    uint32_t most = wanted - 1;
+    while (most > 0 && choose_config(display, static_cast<EGLint>(most)) == nullptr)
+        --most;
+    const std::string has = most == 0 ? "no antialiasing" : "at most " + std::to_string(most) + " samples a pixel";
+    return "the driver has " + has + ", not the " + std::to_string(wanted) + " of --samples";
+}
+
 static bool make_surface(gl_session& session, EGLDisplay display, EGLConfig config)
 {
     const EGLint size[]
@@ -125,7 +134,7 @@ static bool open_on(gl_session& session, EGLDisplay display, const render_option
         return false;
     const EGLConfig config = choose_config(display, static_cast<EGLint>(options.samples));
     if (config == nullptr && choose_config(display, 0) != nullptr)
-        problem = "the driver has no " + std::to_string(options.samples) + " samples of antialiasing";
+        problem = too_many_samples(display, options.samples);
     session.context = config == nullptr ? nullptr : eglCreateContext(display, config, EGL_NO_CONTEXT, nullptr);
     if (session.context == nullptr) {
         eglTerminate(display);
