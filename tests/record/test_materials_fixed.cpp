@@ -500,4 +500,8 @@ glClientActiveTexture(GL_TEXTURE0)
 glEnableClientState(GL_TEXTURE_COORD_ARRAY)
 glTexCoordPointer(2, GL_FLOAT, 0, [4 5])
 )");
+    b.apply_fixed(b.add_material()); // switches the unit off, array and all
+    take_gl_calls();
+    apply_material_fixed(nullptr, context, coordinates);
+    CHECK(take_gl_calls() == "\n");
 }
