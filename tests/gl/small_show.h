@@ -3,7 +3,7 @@
 //
 // A show_text collects the records of each section; adding one returns its handle. A
 // small_show is such a text, loaded for one of the two paths. Loading checks that it warns
-// of dangling references only; every frame checks that OpenGL reports no error and that
+// of dangling references only where there are some; every frame checks that OpenGL reports no error and that
 // nothing is printed but the one line for wireframes. In pictures row 0 is the lowest.
 #pragma once
 

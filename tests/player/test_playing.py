@@ -63,10 +63,12 @@ class OutputTest(PlayerTest):
     def test_a_show_without_music(self):
         for change in ('no section', 'no attribute'):
             show = colour_show(3)
+            errors = []
             if change == 'no attribute':
                 show.music = Element('music', tune='tone.ogg')
+                errors = ['Warning: demo.xmlz: section 15 (music): attribute "file" is missing: there is no music.']
             show.write(self.folder)
-            self.assert_output(*report(), *ENDS)
+            self.assert_output(*report(), *ENDS, errors=errors)
 
     def test_missing_music_is_named_as_the_show_names_it(self):
         colour_show(3, 'no/tune.ogg').write(self.folder)
@@ -97,9 +99,11 @@ class OutputTest(PlayerTest):
         paused.colour(RED, 100, space_before=50)
         elsewhere.colour(RED, 100, track=2)
         nothing.layer(0, 100)
-        for show in (paused, elsewhere, nothing):
+        over = ('Warning: demo.xmlz: section 14 (timeline): track 1 has no clip in its first second: '
+                'the show is over at once.')
+        for show, errors in ((paused, []), (elsewhere, [over]), (nothing, [])):
             show.write(self.folder)
-            self.assert_output(*report(), NO_BENCHMARK, 'Bye!')
+            self.assert_output(*report(), NO_BENCHMARK, 'Bye!', errors=errors)
 
     def test_a_layer_without_length_is_shown_for_its_one_tick(self):
         colour_show(0).write(self.folder)
@@ -341,7 +345,7 @@ class LoadingTest(PlayerTest):
         self.put_tone()
         player, status = self.run_through()
         self.assertEqual((player.lines, player.errors, status),
-                         ([*found(), *report(), 'Error: loading.xmlz: the document is damaged.'], [], 1))
+                         ([*found(), *report(), 'Error: loading.xmlz: the document is not compressed (no envelope).'], [], 1))
 
         show = colour_show(3, 'tone.ogg')
         show.loading = self.loading_screen()

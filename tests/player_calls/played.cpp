@@ -11,6 +11,7 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -40,12 +41,12 @@ uint32_t compose_frame(
 
 // ---- what is done on the way ------------------------------------------------------
 
-extern "C" int __real_stbi_zlib_decode_buffer(char* out, int out_size, const char* in, int in_size);
+extern "C" int __real_inflate(z_stream* stream, int flush);
 
-extern "C" int __wrap_stbi_zlib_decode_buffer(char* out, int out_size, const char* in, int in_size)
+extern "C" int __wrap_inflate(z_stream* stream, int flush)
 {
     pass_time(current_script().ms_per_document);
-    return __real_stbi_zlib_decode_buffer(out, out_size, in, in_size);
+    return __real_inflate(stream, flush);
 }
 
 extern "C" void __real__Z13document_freeR8document(document& d);

@@ -151,7 +151,7 @@ TEST_CASE("a broken document ends it with one line behind SDL's end")
     CHECK(end_of({.has_loading = true, .damaged = "loading.xmlz"}) == R"(
 SDL_ShowCursor(0)
 SDL_Quit()
-| Error: loading.xmlz: the document is damaged.
+| Error: loading.xmlz: the document is not compressed (no envelope).
 run_player() = 1
 )");
     CHECK(end_of({.has_loading = true, .empty_record = "loading.xmlz"}) == R"(
@@ -164,7 +164,7 @@ run_player() = 1
 SDL_ShowCursor(0)
 SDL_GetTicks() = 1030
 SDL_Quit()
-| Error: demo.xmlz: the document is damaged.
+| Error: demo.xmlz: the document is not compressed (no envelope).
 run_player() = 1
 )");
     CHECK(end_of({.empty_record = "demo.xmlz"}) == R"(
