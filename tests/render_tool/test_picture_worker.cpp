@@ -89,3 +89,15 @@ TEST_CASE("A worker without work ends, begun or not")
     worker_begin(begun);
     CHECK(worker_end(begun));
 }
+
+TEST_CASE("A picture that cannot be encoded is a failure, and no file")
+{
+    const scratch_directory scratch;
+    picture_worker worker;
+    worker.pattern = scratch.path + "/%d.png";
+    worker_begin(worker);
+    worker_give(worker, 3, std::make_shared<const picture>());
+    CHECK_FALSE(worker_end(worker));
+    CHECK(worker.problem.find("cannot make a PNG of " + scratch.path + "/3.png") == 0);
+    CHECK(std::filesystem::is_empty(scratch.path));
+}

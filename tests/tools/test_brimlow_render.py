@@ -341,6 +341,8 @@ class CommandLineTest(RenderTest):
                 ('--ffmpeg is for videos, like -o show.mp4', ['-o', '-', '--ffmpeg', '-n']),
                 (words + ', not "\'"', ['-o', 'a.mp4', '--ffmpeg', "'"]),
                 (words, ['-o', 'a.mp4', '--ffmpeg']),
+                ('--size 65535x65535 is too large for a .png, which has at most 18900 x 18900 pixels or as many in '
+                 'another shape', ['--at', '1', '-o', 'a.png', '--size', '65535x65535']),
                 ('-v tells more, and -q less: give one of the two', ['-vqo', 'a.mp4']),
                 ('--contact-sheet takes the name of a .png file, not "sheet.jpg"', ['--contact-sheet', 'sheet.jpg']),
                 ('--window takes no value', ['--window=yes']),
@@ -723,8 +725,10 @@ class WordsTest(RenderTest):
             pack = file.read(60)
         with open(self.path('cut.dpk'), 'wb') as file:
             file.write(pack)
-        status, output, errors = self.render('--flashes', 'cut.dpk')
-        self.assertEqual((status, output), (1, b''))
+        damaged = 'Error: demo.xmlz: the document is damaged.'
+        self.assertEqual(self.render('--flashes', 'cut.dpk'), (1, b'', [damaged]))
+        status, output, errors = self.render('--flashes', '-v', 'cut.dpk')
+        self.assertEqual((status, output, errors[-2:]), (1, b'', ['unexpected error', damaged]))
 
     def redirected(self, arguments, ending):
         run = subprocess.run(['sh', '-c', '"$0" "$@" ' + ending, RENDER, *arguments], cwd=self.folder,

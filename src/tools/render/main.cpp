@@ -21,12 +21,16 @@ static void fill_standard_descriptors()
 }
 
 // Outputs get the standard output for themselves: whatever else is printed there, by the
-// engine or by a driver, goes to standard error.
-static int take_standard_output()
+// engine or by a driver, goes to standard error where it is wanted, by whole lines.
+static int take_standard_output(bool verbose)
 {
     std::fflush(stdout);
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 10);
-    dup2(STDERR_FILENO, STDOUT_FILENO);
+    const int elsewhere = verbose ? STDERR_FILENO : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(elsewhere, STDOUT_FILENO);
+    if (elsewhere != STDERR_FILENO)
+        close(elsewhere);
     return output;
 }
 
@@ -56,5 +60,5 @@ int main(int argc, char** argv)
         say("Error: raw video goes into a pipe or a file, not to a terminal: write \"| ffplay -\" behind it.");
         return exit_usage;
     }
-    return run_render(options, take_standard_output());
+    return run_render(options, take_standard_output(options.verbose));
 }

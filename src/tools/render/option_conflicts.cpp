@@ -1,5 +1,7 @@
 #include "option_conflicts.h"
 
+#include "picture.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -112,6 +114,15 @@ static std::string of_a_single_picture(const render_options& o)
         + " are asked for: give a name with a place for numbers, like " + many;
 }
 
+static std::string of_large_pictures(const render_options& o)
+{
+    const bool files = o.kind == output_still || o.kind == output_pictures;
+    if (!files || (uint64_t{o.width} * 3 + 1) * o.height <= max_encoded_bytes)
+        return "";
+    return "--size " + std::to_string(o.width) + "x" + std::to_string(o.height)
+        + " is too large for a .png, which has at most 18900 x 18900 pixels or as many in another shape";
+}
+
 static std::string of_videos(const render_options& o)
 {
     const char* option = first_given({{"--crf", !o.crf.empty()}, {"--ffmpeg", !o.ffmpeg.empty()}});
@@ -150,8 +161,8 @@ static std::string of_nothing_to_do(const render_options& o)
 
 std::string find_conflict(const render_options& options)
 {
-    for (const auto rule : {of_comparing, of_loading, of_stills, of_shots, of_a_single_picture, of_videos,
-             of_equal_names, of_nothing_to_do})
+    for (const auto rule : {of_comparing, of_loading, of_stills, of_shots, of_a_single_picture, of_large_pictures,
+             of_videos, of_equal_names, of_nothing_to_do})
         if (std::string conflict = rule(options); !conflict.empty())
             return conflict;
     return "";

@@ -11,8 +11,7 @@
 #include <cstring>
 #include <stb/stb_image_write.h>
 
-constexpr uint64_t max_encoded_bytes = 1u << 30; // of pixels: the encoder counts in int
-constexpr uint32_t max_file_bytes = 1u << 30;    // of a picture that is read
+constexpr uint32_t max_file_bytes = 1u << 30; // of a picture that is read
 
 picture make_picture(uint32_t width, uint32_t height, uint8_t red, uint8_t green, uint8_t blue)
 {

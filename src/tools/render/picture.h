@@ -24,6 +24,9 @@ bool is_whole(const picture& p);
 
 // ---- files ------------------------------------------------------------------------
 
+// Of pixels and a byte a row: the encoder counts in int.
+constexpr uint64_t max_encoded_bytes = 1u << 30;
+
 // The picture as a PNG or baseline JPEG file in memory (`quality` 1..100); empty for a
 // picture that is not whole, or when there is no memory. The same pixels give the same
 // bytes.

@@ -16,6 +16,11 @@ constexpr unsigned most_file_threads = 8;
 static bool write_picture_file(const picture_worker& worker, const picture_worker::job& job, std::string& problem)
 {
     std::vector<uint8_t> png = encode_png(*job.image);
+    if (png.empty()) {
+        problem = "cannot make a PNG of " + numbered_name(worker.pattern, job.number)
+            + ": the picture is too large, or there is no memory";
+        return false;
+    }
     png_add_text(png, "Driver", worker.driver);
     return write_file(numbered_name(worker.pattern, job.number), png, problem);
 }
