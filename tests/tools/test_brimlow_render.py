@@ -1074,6 +1074,12 @@ class VideoTest(RenderTest):
         _, errors = self.done('-o', 'b.mkv', *SMALL)
         self.assertIn('Warning: the music gone.ogg is neither in this folder nor in music/.', errors)
         self.assertNotIn('audio', self.probe('b.mkv')[1])
+        os.mkdir(self.path('gone.ogg'))
+        os.mkdir(self.path('music'))
+        os.mkfifo(self.path('music', 'gone.ogg'))
+        _, errors = self.done('-yo', 'b.mkv', *SMALL)
+        self.assertRegex('\n'.join(errors), r'Warning: the music gone\.ogg is neither in this folder nor in music/ '
+                         r'\(gone\.ogg: .+\)\.')
         with open(TONE, 'rb') as tone, open(self.path('cut.ogg'), 'wb') as cut:
             cut.write(tone.read(60))
         for name in ('demo.dpk', 'cut.ogg'):

@@ -8,6 +8,7 @@
 #include "render/frame_plan.h"
 #include "shell/loading.h"
 
+#include <cerrno>
 #include <cstdlib>
 
 // ---- the pack -------------------------------------------------------------------------
@@ -28,9 +29,13 @@ bool load_loading_screen(player_settings& settings, std::string& problem)
         problem);
 }
 
-static bool can_be_read(const std::string& path)
+static bool can_be_read(const std::string& path, std::string& reason)
 {
-    const owned_file file(open_plain_file(path.c_str()));
+    errno = 0;
+    const char* problem = nullptr;
+    const owned_file file(open_plain_file(path.c_str(), &problem));
+    if (file == nullptr && errno != ENOENT && reason.empty())
+        reason = " (" + path + ": " + problem + ")";
     return file != nullptr;
 }
 
@@ -41,15 +46,20 @@ static void find_music(const xml_node* tree, production_files& files, std::strin
     if (file == nullptr)
         return;
     const std::string base = file[0] == '/' ? "" : files.folder;
+    std::string reason; // other than that it is not there
     for (const char* below : {"", "music/"}) {
         const std::string path = base + below + file;
-        if (can_be_read(path)) {
+        if (can_be_read(path, reason)) {
             files.music = path;
             return;
         }
     }
-    warning = std::string("the music ") + file + " is neither in " + (base.empty() ? "this folder" : base) + " nor in "
-        + base + "music/";
+    warning = std::string("the music ") + file;
+    if (file[0] == '/')
+        warning += " cannot be read";
+    else
+        warning += " is neither in " + (base.empty() ? "this folder" : base) + " nor in " + base + "music/";
+    warning += reason;
 }
 
 bool load_show(player_settings& settings, production_files& files, std::string& problem, std::string& warning)
