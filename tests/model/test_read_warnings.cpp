@@ -252,7 +252,9 @@ TEST_CASE("tracks beyond the thirty-second are warned of once")
     document_text text = complete_document();
     text.records[14] = repeated("<track>" + clip_text(1, 0, 100) + "</track>", 32);
     CHECK(joined(reading(text)) == "");
-    text.records[14] += "<track/><track/>";
+    text.records[14] += "<track/>";
+    CHECK(joined(reading(text)) == "Warning: demo.xmlz: section 14 (timeline): 33 tracks: the first 32 are read.\n");
+    text.records[14] += "<track/>";
     CHECK(joined(reading(text)) == "Warning: demo.xmlz: section 14 (timeline): 34 tracks: the first 32 are read.\n");
 }
 
@@ -579,6 +581,9 @@ TEST_CASE("multipliers without copies are warned of")
     const std::string start = "Warning: demo.xmlz: section 13 (scenes), record 1, object 1, manipulator 1: ";
     CHECK(copies_lines(row("0.9")) == start + "\"X number\" 0 makes no copy: the object is not drawn.\n");
     CHECK(copies_lines(block("2", "-1", "2")) == start + "\"Y number\" -1 makes no copy: the object is not drawn.\n");
+    CHECK(copies_lines(block("-1000", "-1000", "1"))
+        == start + "\"X number\" -1000 makes no copy: the object is not drawn.\n" + start
+            + "\"Y number\" -1000 makes no copy: the object is not drawn.\n");
     CHECK(copies_lines(block("2", "1", "0")) == start + "\"Z number\" 0 makes no copy: the object is not drawn.\n");
 }
 

@@ -163,12 +163,11 @@ static bool has_glyph(const char* letter, uint32_t length)
 static void check_text(const place& at, const char* text, const scene_object& object)
 {
     const auto kept = static_cast<uint32_t>(strnlen(object.text, scene_text_size));
-    const bool is_cut = text[kept] != 0;
-    if (is_cut)
+    if (text[kept] != 0)
         warn(at, "text " + quoted(text) + line_of(" is cut to %u bytes.", scene_text_size));
     for (uint32_t i = 0; i < kept;) {
         const uint32_t length = letter_length(object.text + i, kept - i);
-        const bool goes_on = is_cut && i + length == kept && (static_cast<uint8_t>(text[kept]) & 0xC0) == 0x80;
+        const bool goes_on = i + length == kept && (static_cast<uint8_t>(text[kept]) & 0xC0) == 0x80;
         if (!goes_on && !has_glyph(object.text + i, length)) {
             const std::string letter(object.text + i, length);
             return warn(at, "text " + quoted(text) + ": there is no glyph for " + quoted(letter.c_str()) + ".");
