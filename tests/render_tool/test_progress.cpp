@@ -26,3 +26,16 @@ TEST_CASE("Without any time there is no rate")
 {
     CHECK(text_of(100, 100, 0, 0, 0.0) == "0 of 100 frames, 0.0 frames a second, 0:00 left");
 }
+
+TEST_CASE("Progress is shown now and then, and never to who wants quiet")
+{
+    for (const bool quiet : {false, true}) {
+        progress p;
+        progress_begin(p, 10, 10, quiet);
+        progress_show(p, 5, 5);
+        CHECK_FALSE(p.shown); // too soon
+        p.last -= std::chrono::minutes(1);
+        progress_show(p, 5, 5);
+        CHECK(p.shown == !quiet);
+    }
+}

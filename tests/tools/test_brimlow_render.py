@@ -284,6 +284,7 @@ class CommandLineTest(RenderTest):
         for problem, arguments in (
                 ('nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare', []),
                 ('unknown option --sise (did you mean --size?)', ['--sise', '3']),
+                ('unknown option --szie (did you mean --size?)', ['--szie', '3']),
                 ('unknown option --flash (did you mean --flashes?)', ['--flash']),
                 ('unknown option --ouput (did you mean --output?)', ['--ouput=a.mp4']),
                 ('unknown option -size (did you mean --size?)', ['-size', '640x480']),
@@ -647,7 +648,8 @@ class PictureTest(RenderTest):
         loading.colour(BLUE, 52)
         show.loading = loading
         show.write(self.folder)
-        self.done('--loading', '75,0', '-o', 'l/%d.png', *SMALL)
+        _, errors = self.done('--loading', '75,0,75', '-o', 'l/%d.png', *SMALL)
+        self.assertEqual(errors, ['Wrote l/0.png to l/75.png (2 pictures) from demo.dpk.'])
         self.assertEqual(self.names('l'), ['0.png', '75.png'])
         self.assertEqual([Picture(self.path('l', n)).pixel(9, 9) for n in self.names('l')], [(0, 255, 0), (0, 0, 255)])
         self.done('--loading', '100%', '-o', 'end.png', *SMALL)
@@ -655,15 +657,23 @@ class PictureTest(RenderTest):
         two_colours().write(self.folder, 'plain.dpk')
         self.fails(1, 'Error: the pack has no loading screen.', '--loading', '5', '-o', 'a.png', 'plain.dpk')
 
+    def test_a_loading_screen_that_draws_into_textures_has_no_tiles(self):
+        show = two_colours()
+        show.loading = Production('loading_')
+        image = show.loading.image(png(16, 16, (0, 0, 0)))
+        show.loading.colour(GREEN, 100, mode=1, rtex=image)
+        show.write(self.folder)
+        self.done('--loading', '5', '-o', 'a.png', *SMALL)
+        self.fails(1, 'Error: the loading screen draws into textures, which cannot be done in tiles.',
+                   '--loading', '5', '-o', 'b.png', '--tile', '16', *SMALL)
+
     def test_files_that_cannot_be_written_are_told(self):
         two_colours().write(self.folder)
         with open(self.path('file'), 'w'):
             pass
         self.fails(1, 'Error: cannot make the folder file: Not a directory.', *SMALL, '-o', 'file/%d.png')
         os.mkdir(self.path('0.png'))
-        status, _, errors = self.render(*SMALL, '--fps', '10', '-o', '%d.png')
-        self.assertEqual(status, 1)
-        self.assertIn('0.png', errors[-1])
+        self.fails(1, 'Error: cannot write "0.png": Is a directory.', *SMALL, '--fps', '10', '-o', '%d.png')
 
 
 class WordsTest(RenderTest):

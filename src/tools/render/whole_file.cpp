@@ -49,8 +49,6 @@ bool whole_file_begin(whole_file& file, const std::string& path, std::string& er
     file = {followed(path), "", -1};
     struct stat status = {};
     const bool exists = stat(file.path.c_str(), &status) == 0;
-    if (exists && S_ISDIR(status.st_mode))
-        return fail(path, EISDIR, error);
     if (exists && access(file.path.c_str(), W_OK) != 0)
         return fail(path, errno, error);
     if (exists && !S_ISREG(status.st_mode)) {
