@@ -77,3 +77,10 @@ TEST_CASE("Shots that cannot be written say so")
     CHECK(error == "cannot make the directory \"/dev/null/shots\": Not a directory");
     CHECK(written.empty());
 }
+
+TEST_CASE("Every name that a shot may get is known before")
+{
+    CHECK(release_shot_names("d", "star")
+        == std::vector<std::string>{
+            "d/star-1920x1080.png", "d/star-400x225.png", "d/star-400x225.jpg", "d/star-160x90.png"});
+}

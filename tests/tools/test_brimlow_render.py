@@ -648,7 +648,7 @@ class PictureTest(RenderTest):
         loading.colour(BLUE, 52)
         show.loading = loading
         show.write(self.folder)
-        _, errors = self.done('--loading', '75,0,75', '-o', 'l/%d.png', *SMALL)
+        _, errors = self.done('--loading', '75,0,0', '-o', 'l/%d.png', *SMALL)
         self.assertEqual(errors, ['Wrote l/0.png to l/75.png (2 pictures) from demo.dpk.'])
         self.assertEqual(self.names('l'), ['0.png', '75.png'])
         self.assertEqual([Picture(self.path('l', n)).pixel(9, 9) for n in self.names('l')], [(0, 255, 0), (0, 0, 255)])
