@@ -390,13 +390,15 @@ static xml_fault fault_of(const fault_search& search)
 
 xml_fault xml_find_fault(const char* text)
 {
+    if (!text)
+        return {};
     fault_search search = {};
     xml_reader& reader = search.reader;
     reader.root = reader.current = new_empty_node();
     reader.token = text;
     reader.items_left = fault_max_items;
     search.line = 1;
-    if (!reader.root || !text)
+    if (!reader.root)
         return {};
     for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)
         search_byte(search, at);
