@@ -178,8 +178,8 @@ TEST_CASE("a refused document names the tag that was lost, with its line")
     CHECK(refusal(with(whole, "<s5>", "<s5><!--"))
         == "Error: demo.xmlz: too few sections: 13 of 14; the comment of line 6 ends at its \"/>\", and the element "
            "around it.\n");
-    CHECK(refusal(with(to_text({}, 13), "</s12>", "</s12><!-- "))
-        == "Error: demo.xmlz: too few sections: 12 of 14; the comment of line 13 does not end.\n");
+    CHECK(refusal(with(to_text({}, 12), "</s11>", "</s11><!-- "))
+        == "Error: demo.xmlz: too few sections: 11 of 14; the comment of line 12 does not end.\n");
     CHECK(refusal(with(whole, "filename=\"cube.mesh\"", "filename=\"a>b\""))
         == "Error: demo.xmlz: section 3 (meshes), record 1: attribute \"filename\" is missing; the value of "
            "\"filename\" in "

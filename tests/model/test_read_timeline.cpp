@@ -125,7 +125,7 @@ TEST_CASE("eight camera values are enough, seven are not")
 TEST_CASE("a track ends at 25600 ticks at the latest")
 {
     const reading longest = timeline_of(track(clip_text(1, 600, 25000)));
-    CHECK(joined(longest) == "");
+    CHECK(fatal_line(longest) == "");
     CHECK(longest.d.tracks->track_end[0] == 25600);
     CHECK(joined(timeline_of(track(clip_text(1, 0, 100) + clip_text(1, 0, 100) + clip_text(1, 1, 25400))))
         == "Error: demo.xmlz: section 14 (timeline), record 1, clip 3: ends at 25601 ticks, beyond 25600.\n");
@@ -184,7 +184,7 @@ TEST_CASE("what a clip names and does not exist is warned about")
     const reading r
         = timeline_of(track(clip_text(0, 0, 100) + with(clip, animated("static", "60"), animated("dynamic", "0"))));
     CHECK_FALSE(r.failed);
-    CHECK(joined(r)
+    CHECK(dangling_lines(r)
         == "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2, value 7: function 0 does not exist.\n"
            "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2: id 12 does not exist.\n"
            "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2: rtex 4 does not exist.\n"

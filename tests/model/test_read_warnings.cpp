@@ -442,16 +442,55 @@ TEST_CASE("a clip that no second finds is warned of")
     });
 }
 
+// The lines of a document of that name with such a timeline.
+static std::string timeline_lines(const std::string& timeline, const char* name = "demo.xmlz")
+{
+    document_text text = complete_document();
+    text.records[14] = timeline;
+    const owned_tree root(xml_parse(to_text(text).c_str()));
+    FILE* pack = open_pack(complete_pack());
+    document d;
+    document_create(d, name, timeline_new());
+    document_reader reader;
+    document_reader_begin(reader, d, root.get(), pack);
+    read_step step = read_record;
+    while (step == read_record || step == read_section_end)
+        step = document_read_step(reader);
+    CHECK(step == read_done);
+    std::string all;
+    for (const document_problem& problem : reader.problems)
+        all += problem.text + "\n";
+    document_free(d);
+    std::fclose(pack);
+    return all;
+}
+
+static std::string track(const std::string& clips)
+{
+    return "<track>" + clips + "</track>";
+}
+
 TEST_CASE("a timeline that is over at once is warned of")
 {
-    const char* const over = "Warning: demo.xmlz: section 14 (timeline): track 1 has no clip in its first second: the "
-                             "show is over at once.\n";
-    for (const std::string& timeline :
-        {std::string(" "), std::string("<track/>"), "<track/><track>" + clip_text(1, 0, 100) + "</track>"}) {
-        document_text text = complete_document();
-        text.records[14] = timeline;
-        CHECK(joined(reading(text)) == over);
-    }
+    const std::string start = "Warning: demo.xmlz: section 14 (timeline): ";
+    for (const std::string& timeline : {std::string(" "), track(""), track("") + track(clip_text(1, 0, 100))})
+        CHECK(
+            timeline_lines(timeline) == start + "track 1 has no clip in its first second: the show is over at once.\n");
+    const std::string nothing = start + "no track draws a scene at its beginning: the show is over at once.\n";
+    CHECK(timeline_lines(track(clip_text(0, 0, 100))) == nothing);
+    CHECK(timeline_lines(track(clip_text(1, 1, 100))) == nothing);
+    CHECK(timeline_lines(track(clip_text(0, 0, 100)) + track(clip_text(1, 200, 100))) == nothing);
+    CHECK(timeline_lines(track(clip_text(0, 0, 100)) + track(clip_text(1, 0, 100))) == "");
+    CHECK(timeline_lines(track(clip_text(1, 50, 100)) + track("") + track(clip_text(1, 0, 0))) == "");
+}
+
+TEST_CASE("a loading screen may begin late, but not without a first track")
+{
+    CHECK(timeline_lines(track(clip_text(0, 0, 100)), "loading.xmlz") == "");
+    CHECK(timeline_lines(track(clip_text(1, 50, 50)), "loading.xmlz") == "");
+    CHECK(timeline_lines(" ", "loading.xmlz")
+        == "Warning: loading.xmlz: section 14 (timeline): track 1 has no clip in its first second: nothing is "
+           "shown.\n");
 }
 
 TEST_CASE("music without a file is warned of, and no music is none")

@@ -99,11 +99,12 @@ class OutputTest(PlayerTest):
         paused.colour(RED, 100, space_before=50)
         elsewhere.colour(RED, 100, track=2)
         nothing.layer(0, 100)
-        over = ('Warning: demo.xmlz: section 14 (timeline): track 1 has no clip in its first second: '
-                'the show is over at once.')
-        for show, errors in ((paused, []), (elsewhere, [over]), (nothing, [])):
+        start = 'Warning: demo.xmlz: section 14 (timeline): '
+        for show, warning in ((paused, 'no track draws a scene at its beginning: the show is over at once.'),
+                              (elsewhere, 'track 1 has no clip in its first second: the show is over at once.'),
+                              (nothing, 'no track draws a scene at its beginning: the show is over at once.')):
             show.write(self.folder)
-            self.assert_output(*report(), NO_BENCHMARK, 'Bye!', errors=errors)
+            self.assert_output(*report(), NO_BENCHMARK, 'Bye!', errors=[start + warning])
 
     def test_a_layer_without_length_is_shown_for_its_one_tick(self):
         colour_show(0).write(self.folder)

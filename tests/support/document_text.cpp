@@ -14,9 +14,13 @@ std::string to_text(const document_text& text, uint32_t sections)
     std::string result = "<document>\n";
     for (uint32_t section = 1; section <= sections; ++section) {
         const std::string name = "s" + std::to_string(section);
-        const bool unsaid = section == section_timeline && text.records[section].empty();
-        result += "<" + name + (section == section_music ? text.music_attributes : "") + ">"
-            + (unsaid ? "<track>" + clip_text(0, 0, 100) + "</track>" : text.records[section]) + "</" + name + ">\n";
+        std::string records = text.records[section];
+        if (section == section_scenes && records.empty())
+            records = "<scene/>";
+        if (section == section_timeline && records.empty())
+            records = "<track>" + clip_text(1, 0, 100) + "</track>";
+        result += "<" + name + (section == section_music ? text.music_attributes : "") + ">" + records + "</" + name
+            + ">\n";
     }
     return result + "</document>\n";
 }

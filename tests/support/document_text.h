@@ -15,8 +15,8 @@
 // ---- texts ----------------------------------------------------------------------
 
 struct document_text {
-    // The children of each section, by its number; [0] unused. A timeline of "" is written as one
-    // clip without a scene, which nobody warns of; one of " " is empty.
+    // The children of each section, by its number; [0] unused. Of a timeline of "" and scenes of ""
+    // one clip of one empty scene is written, which nobody warns of; one of " " is empty.
     std::string records[section_music + 1];
     std::string music_attributes; // ` file="music.ogg"`
 };

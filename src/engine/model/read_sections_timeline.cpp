@@ -103,12 +103,30 @@ static bool enter_layer(const place& at, const layer_record& layer, uint32_t ind
     return true;
 }
 
+// Whether a track draws a scene at tick 0.
+static bool draws_at_once(const timeline& t)
+{
+    for (uint32_t track = 0; track < track_count; ++track) {
+        const layer_record& first = t.layers[track][0];
+        if (first.space_before == 0 && first.model_id != 0)
+            return true;
+    }
+    return false;
+}
+
+// A show ends at the first frame without a track 1 or without a scene; a loading screen may
+// well begin later.
 void check_timeline(document_reader& reader)
 {
     const timeline* t = reader.target->tracks;
     const place at = place_of_section(reader, section_timeline);
+    const bool is_show = std::strcmp(reader.target->name, "loading.xmlz") != 0;
     if (t != nullptr && t->slot_layer[0][0] == no_layer)
-        warn(at, "track 1 has no clip in its first second: the show is over at once.");
+        warn(at,
+            std::string("track 1 has no clip in its first second: ")
+                + (is_show ? "the show is over at once." : "nothing is shown."));
+    else if (t != nullptr && is_show && !draws_at_once(*t))
+        warn(at, "no track draws a scene at its beginning: the show is over at once.");
     if (reader.record > track_count)
         warn(at, line_of("%u tracks: the first %u are read.", reader.record, track_count));
 }
