@@ -56,10 +56,10 @@ TEST_CASE("Frames that need their textures or the frame before are not tiled")
 
     frame_plan plan = plan_of_two();
     plan.layers[1].target = 3;
-    CHECK(tiling_problem({}, plan) == "track 5 draws into a texture");
+    CHECK(tiling_problem({}, plan) == "track 6 draws into a texture");
     plan = plan_of_two();
     plan.layers[1].flush_texture = 3;
-    CHECK(tiling_problem({}, plan) == "track 5 draws into a texture");
+    CHECK(tiling_problem({}, plan) == "track 6 draws into a texture");
     plan = plan_of_two();
     plan.layers[0].clear = clear_depth;
     CHECK(tiling_problem({}, plan) == "it is drawn over the frame before");
@@ -87,7 +87,7 @@ TEST_CASE("Frames that show what others drew into a texture are not tiled")
     scene.objects = objects;
     frame_plan plan = plan_of_two();
     plan.layers[1].model_id = add_record(d.scene_table, scene);
-    CHECK(tiling_problem(d, plan) == "track 5 shows a texture that layers draw into");
+    CHECK(tiling_problem(d, plan) == "track 6 shows a texture that layers draw into");
 
     table_record<object_reference>(d.object_table, 1)->id = 8; // an ordinary picture
     CHECK(tiling_problem(d, plan).empty());

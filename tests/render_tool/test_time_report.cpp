@@ -42,7 +42,7 @@ TEST_CASE("A moment is a line of text with its dearest tracks")
     const std::vector<std::string> lines = slowest_moment_lines(report, 10);
     REQUIRE(lines.size() == 2);
     CHECK(lines[0]
-        == "01:12.50  frame 625  CPU 12.35 ms  GPU 40.00 ms  track 7 20.10 ms, track 11 8.00 ms, track 0 4.00 ms");
+        == "01:12.50  frame 625  CPU 12.35 ms  GPU 40.00 ms  track 8 20.10 ms, track 12 8.00 ms, track 1 4.00 ms");
     CHECK(lines[1] == "00:00.00  frame 0  CPU 1.50 ms  GPU -");
 }
 
@@ -66,7 +66,7 @@ TEST_CASE("The report is JSON, with null for what was not measured")
   "height": 480,
   "frames_per_second": [30000, 1001],
   "frames": [
-    {"frame": 1, "seconds": 0.100000, "cpu_ms": 2.5000, "gpu_ms": null, "tracks": [{"track": 3, "cpu_ms": 1.2500, "gpu_ms": null}, {"track": 4, "cpu_ms": 0.5000, "gpu_ms": 0.1250}]},
+    {"frame": 1, "seconds": 0.100000, "cpu_ms": 2.5000, "gpu_ms": null, "tracks": [{"track": 4, "cpu_ms": 1.2500, "gpu_ms": null}, {"track": 5, "cpu_ms": 0.5000, "gpu_ms": 0.1250}]},
     {"frame": 2, "seconds": 0.200000, "cpu_ms": 3.0000, "gpu_ms": 4.0000, "tracks": []}
   ]
 }

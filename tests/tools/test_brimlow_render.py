@@ -951,10 +951,10 @@ class TileTest(RenderTest):
     def test_what_cannot_be_tiled_is_said_plainly(self):
         into_a_texture().write(self.folder)
         self.assertEqual(self.still('a.png', *SMALL).pixel(9, 9), (0, 255, 0))
-        self.fails(1, 'Error: frame 0 cannot be rendered in tiles of 16 x 16: track 0 draws into a texture.',
+        self.fails(1, 'Error: frame 0 cannot be rendered in tiles of 16 x 16: track 1 draws into a texture.',
                    '--at', '0', '-o', 'b.png', '--tile', '16', *SMALL)
         out_of_the_past().write(self.folder)
-        self.fails(1, 'Error: frame 90 cannot be rendered in tiles of 16 x 16: track 2 shows a texture that layers '
+        self.fails(1, 'Error: frame 90 cannot be rendered in tiles of 16 x 16: track 3 shows a texture that layers '
                    'draw into.', '--at', '1.5', '-o', 'b.png', '--tile', '16', *SMALL)
 
 
@@ -1207,7 +1207,7 @@ class ReportTest(RenderTest):
         self.assertEqual([f['frame'] for f in report['frames']], list(range(111)))
         self.assertEqual((report['path'], report['width'], report['height']), ('glsl', 32, 24))
         for frame in report['frames']:
-            self.assertEqual([track['track'] for track in frame['tracks']], [0, 1])
+            self.assertEqual([track['track'] for track in frame['tracks']], [1, 2])
             self.assertGreater(frame['cpu_ms'], 0)
             self.assertGreaterEqual(frame['cpu_ms'] + 1e-3, sum(track['cpu_ms'] for track in frame['tracks']))
             self.assertGreater(frame['gpu_ms'], 0)

@@ -29,10 +29,10 @@ std::string tiling_problem(const document& d, const frame_plan& plan)
     for (uint32_t i = 0; i < plan.layer_count; ++i) {
         const layer_plan& layer = plan.layers[i];
         if (layer.target != 0 || layer.flush_texture != 0)
-            return "track " + std::to_string(layer.track) + " draws into a texture";
+            return "track " + std::to_string(layer.track + 1) + " draws into a texture";
         // It would show what an earlier frame drew, and that was not drawn at this size.
         if (!targets_of_scene(d, layer.model_id, targets).empty())
-            return "track " + std::to_string(layer.track) + " shows a texture that layers draw into";
+            return "track " + std::to_string(layer.track + 1) + " shows a texture that layers draw into";
     }
     return "";
 }

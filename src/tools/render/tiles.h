@@ -16,7 +16,7 @@
 std::vector<frame_tile> plan_tiles(uint32_t width, uint32_t height, uint32_t side_x, uint32_t side_y);
 
 // Why the frame of a plan cannot be put together from tiles, as the end of a sentence
-// ("track 3 draws into a texture", counted from 0); empty when it can.
+// ("track 3 draws into a texture", counted from 1); empty when it can.
 std::string tiling_problem(const document& d, const frame_plan& plan);
 
 // The rippler's vertices, which every drawing moves on.

@@ -55,7 +55,7 @@ static std::string moment_line(const frame_time& frame)
     std::stable_sort(tracks.begin(), tracks.end(),
         [](const track_time& a, const track_time& b) { return track_cost(a) > track_cost(b); });
     for (size_t i = 0; i < std::min(tracks.size(), dearest_tracks); ++i)
-        line += (i == 0 ? "  track " : ", track ") + std::to_string(tracks[i].track) + " "
+        line += (i == 0 ? "  track " : ", track ") + std::to_string(tracks[i].track + 1) + " "
             + milliseconds(track_cost(tracks[i]));
     return line;
 }
@@ -107,7 +107,7 @@ static void append_frame(std::string& json, const frame_time& frame)
         + ", \"cpu_ms\": " + json_time(frame.cpu_ms) + ", \"gpu_ms\": " + json_time(frame.gpu_ms) + ", \"tracks\": [";
     for (size_t i = 0; i < frame.tracks.size(); ++i) {
         const track_time& track = frame.tracks[i];
-        json += std::string(i == 0 ? "" : ", ") + "{\"track\": " + std::to_string(track.track)
+        json += std::string(i == 0 ? "" : ", ") + "{\"track\": " + std::to_string(track.track + 1)
             + ", \"cpu_ms\": " + json_time(track.cpu_ms) + ", \"gpu_ms\": " + json_time(track.gpu_ms) + "}";
     }
     json += "]}";

@@ -12,7 +12,7 @@
 constexpr double no_time = -1.0;
 
 struct track_time {
-    uint32_t track = 0; // as the timeline counts them, from 0
+    uint32_t track = 0; // as the timeline counts them, from 0; reports count from 1
     double cpu_ms = no_time;
     double gpu_ms = no_time;
 };
