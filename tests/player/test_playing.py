@@ -167,6 +167,8 @@ class ClockTest(PlayerTest):
         self.assertLess(seconds, 15)
         with open(sound, 'rb') as file:
             self.assertEqual(file.read().strip(b'\0'), b'')
+        self.assertIn('Warning: demo.xmlz: section 15 (music): "tone.ogg" is no Ogg Vorbis file: it plays silent.',
+                      player.errors)
 
     def test_music_that_the_decoder_refuses_is_silent_and_drives_the_clock(self):
         self.put('tone.ogg', b'OggS' + bytes(range(256)))

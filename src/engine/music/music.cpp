@@ -1,6 +1,7 @@
 #include "music/music.h"
 
 #include "content/file_bytes.h"
+#include "content/printable.h"
 #include "content/reason.h"
 #include "music/latest_request.h"
 #include "music/vorbis_comments.h"
@@ -84,6 +85,9 @@ music_result music_open(const char* file)
         return music_none;
     }
     open_decoder();
+    if (music.decoder == nullptr)
+        std::fprintf(stderr, "Warning: demo.xmlz: section 15 (music): \"%s\" is no Ogg Vorbis file: it plays silent.\n",
+            printable(file).c_str());
 
     SDL_AudioSpec requested = {};
     requested.freq = requested_rate;

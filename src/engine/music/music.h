@@ -14,7 +14,8 @@ enum music_result : int {
 };
 
 // Opens `file` (null: none), or the same name under "music/", and starts the audio
-// device. Only regular files are music.
+// device. Only regular files are music. One that cannot be decoded plays silent, which a
+// line on standard error says.
 music_result music_open(const char* file);
 
 // Forgets what has been played so far.
