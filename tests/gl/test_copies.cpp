@@ -273,6 +273,7 @@ TEST_CASE("an object whose copies pass the limit says so once, at its first draw
         const int mesh = s.mesh(dots);
         const int material = s.plain_material(white);
         const auto row = [](const number& count) { return manipulator(1, {count, 0, 0, 0, 0, 0, 0, 0, 0, 0}); };
+        const auto moving = [&](double count) { return row(dynamic(s.linear(0, count))); };
         std::string font = "<font>";
         for (int g = 0; g < 87; ++g)
             font += "<g model=\"" + std::to_string(mesh) + "\" material=\"0\" bitmap=\"0\" offset=\"0\" width=\"1\"/>";
@@ -281,10 +282,11 @@ TEST_CASE("an object whose copies pass the limit says so once, at its first draw
         s.show(0,
             {.scene = s.scene({
                  {.object = mesh, .material = material, .manipulators = row(131072)},
-                 {.object = mesh, .material = material, .manipulators = row(512) + row(257)},
-                 {.type = object_text, .font = 1, .text = "ab", .manipulators = row(131073)},
+                 {.object = mesh, .material = material, .manipulators = row(512) + moving(257)},
+                 {.type = object_text, .font = 1, .text = "ab", .manipulators = moving(131073)},
                  {.object = mesh, .material = material, .manipulators = row(dynamic(s.linear(1, 131071)))},
-                 {.object = mesh, .material = material, .manipulators = row(131073) + row(0)},
+                 {.object = mesh, .material = material, .manipulators = moving(131073) + row(0)},
+                 {.object = mesh, .material = material, .manipulators = row(131073)}, // told while loading
              })});
         small_show show(s, {.glsl = glsl, .many_copies = true});
         const auto line = [](const char* object) {

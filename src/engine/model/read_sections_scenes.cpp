@@ -128,13 +128,16 @@ static double constant_copies(const place& at, const manipulator_record& manipul
     return copies;
 }
 
-static void check_copies(const place& at, const scene_object& object)
+// What is told here need not be told again when the object is drawn.
+static void check_copies(const place& at, scene_object& object)
 {
     double copies = 1;
     for (uint32_t index = 0; index < object.manipulator_count; ++index)
         copies *= constant_copies(place_of_part(at, "manipulator", index + 1), object.manipulators[index]);
-    if (copies > most_copies)
-        warn(at, line_of("its manipulators make %.0f copies; the first %u are drawn.", copies, most_copies));
+    if (copies <= most_copies)
+        return;
+    warn(at, line_of("its manipulators make %.0f copies; the first %u are drawn.", copies, most_copies));
+    object.copies_cut = copies_cut_told;
 }
 
 // ---- scene objects --------------------------------------------------------------------
