@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <utility>
 
 // What can be clicked in the dialog.
 constexpr scripted_click small_size = {80, 48};
@@ -159,6 +160,30 @@ TEST_CASE("without shader functions the show is drawn on the fixed path, whateve
 | Using 4 texture units + NV_texture_env_combine4.
 compose_frame(production at 0, 800 x 600, 1.3333, vbo 1 pbo 1 npot 1, 4 units, nv 1 ati 0, fixed) = 0
 )");
+}
+
+TEST_CASE("a driver that lacks any one of the shader functions has no shaders")
+{
+    begin_gl_recording();
+    CHECK(ask_driver_gl().shader_objects);
+    void** const functions[] = {reinterpret_cast<void**>(&glCreateShader), reinterpret_cast<void**>(&glShaderSource),
+        reinterpret_cast<void**>(&glCompileShader), reinterpret_cast<void**>(&glGetShaderiv),
+        reinterpret_cast<void**>(&glGetShaderInfoLog), reinterpret_cast<void**>(&glDeleteShader),
+        reinterpret_cast<void**>(&glCreateProgram), reinterpret_cast<void**>(&glAttachShader),
+        reinterpret_cast<void**>(&glDetachShader), reinterpret_cast<void**>(&glLinkProgram),
+        reinterpret_cast<void**>(&glGetProgramiv), reinterpret_cast<void**>(&glGetProgramInfoLog),
+        reinterpret_cast<void**>(&glDeleteProgram), reinterpret_cast<void**>(&glUseProgram),
+        reinterpret_cast<void**>(&glGetUniformLocation), reinterpret_cast<void**>(&glUniform1i),
+        reinterpret_cast<void**>(&glUniform1f), reinterpret_cast<void**>(&glUniform3f),
+        reinterpret_cast<void**>(&glUniform3fv), reinterpret_cast<void**>(&glUniformMatrix3fv),
+        reinterpret_cast<void**>(&glUniformMatrix4fv), reinterpret_cast<void**>(&glGetAttribLocation),
+        reinterpret_cast<void**>(&glVertexAttribPointer), reinterpret_cast<void**>(&glEnableVertexAttribArray),
+        reinterpret_cast<void**>(&glDisableVertexAttribArray)};
+    for (void** function : functions) {
+        void* const there = std::exchange(*function, nullptr);
+        CHECK_FALSE(ask_driver_gl().shader_objects);
+        *function = there;
+    }
 }
 
 // An entry point that nobody calls here, at an address of its own.

@@ -274,6 +274,24 @@ TEST_CASE("startup: of several packs the directory's first is taken")
     CHECK(result.output == "Found " + first + ".\nStarting the demo.\n");
 }
 
+static int next_descriptor()
+{
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    return next;
+}
+
+TEST_CASE("startup: looking for a pack leaves no directory open")
+{
+    const work_directory directory = enter_empty_directory();
+    const int before = next_descriptor();
+    CHECK(first_pack_name() == "");
+    put_file("a.dpk", "a");
+    CHECK(first_pack_name() == "a.dpk");
+    CHECK(next_descriptor() == before);
+    leave(directory);
+}
+
 TEST_CASE("startup: a pack that cannot be opened ends the search with a line")
 {
     const work_directory directory = enter_empty_directory();

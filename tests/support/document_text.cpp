@@ -238,6 +238,7 @@ reading::reading(const std::string& text, const std::vector<pack_content>& entri
     for (bool going = true; going;) {
         switch (document_read_step(reader)) {
         case read_record:
+            REQUIRE((reader.problems.empty() || !reader.problems.back().fatal)); // what is fatal ends the step
             ++records_read;
             break;
         case read_section_end:
