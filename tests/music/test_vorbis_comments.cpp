@@ -103,6 +103,15 @@ TEST_CASE("a file that lacks a packet of comments does not fit")
     CHECK_FALSE(fit(first_page + page("", "")));
     CHECK_FALSE(packet_fits("\5vorbis" + text("somebody") + number(0)));
     CHECK_FALSE(fit("Ogg? " + first_page + pages_of(mark + text("") + number(0), 255)));
+    const std::string no_page = std::string(27, 'x'); // where the first page belongs
+    CHECK_FALSE(fit(no_page + pages_of(mark + text("") + number(0), 255)));
+}
+
+TEST_CASE("a packet of comments that a page without segments breaks off does not fit")
+{
+    const std::string comments = mark + text(std::string(255 - 15, 'c')) + number(0); // one full segment
+    CHECK_FALSE(fit(first_page + page("\xFF", comments) + page("", "")));
+    CHECK(fit(first_page + page("\xFF", comments) + page(std::string(1, '\0'), "")));
 }
 
 TEST_CASE("a file cut anywhere within its comments does not fit")
