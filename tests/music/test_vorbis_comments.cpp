@@ -84,6 +84,12 @@ TEST_CASE("a packet of comments may go on over segments and pages")
     CHECK(packet_fits(mark + text(std::string(255 * 2 - 15, 'c')) + number(0), 2)); // ends with an empty segment
 }
 
+TEST_CASE("a segment of 254 bytes ends a packet")
+{
+    const std::string comments = mark + text(std::string(254 - 15, 'c')) + number(0);
+    CHECK(fit(first_page + page("\xFE", comments)));
+}
+
 TEST_CASE("lengths and numbers beyond the packet do not fit")
 {
     CHECK_FALSE(packet_fits(mark + number(100) + "short"));
@@ -111,6 +117,7 @@ TEST_CASE("a packet of comments that a page without segments breaks off does not
 {
     const std::string comments = mark + text(std::string(255 - 15, 'c')) + number(0); // one full segment
     CHECK_FALSE(fit(first_page + page("\xFF", comments) + page("", "")));
+    CHECK_FALSE(fit(first_page + page("\xFF", comments))); // or the end of the file
     CHECK(fit(first_page + page("\xFF", comments) + page(std::string(1, '\0'), "")));
 }
 
