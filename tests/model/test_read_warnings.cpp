@@ -337,6 +337,26 @@ TEST_CASE("settings that are unknown, stand twice or do not go together are warn
     });
 }
 
+// What is said when the third unit's entry of section 10, a cube map with "Cubemap", is `entry`.
+static std::string lines_of_third_entry(const char* entry)
+{
+    document_text text = complete_document();
+    text.records[10] = with(text.records[10], "<o type=\"3\" id=\"1\"/>", entry);
+    return joined(reading(text));
+}
+
+TEST_CASE("of a unit without a picture only that is said, not what its coordinates do")
+{
+    const std::string start = "Warning: demo.xmlz: section 11 (materials), record 1, texture3";
+    CHECK(lines_of_third_entry("<o type=\"1\" id=\"9\"/>") == start + " 3: image texture 9 does not exist.\n");
+    CHECK(lines_of_third_entry("<o type=\"0\" id=\"1\"/>") == start + " 3: texture node 1 is no output node.\n");
+    CHECK(lines_of_third_entry("<o type=\"0\" id=\"9\"/>") == start + " 3: texture node 9 does not exist.\n");
+    CHECK(lines_of_third_entry("<o type=\"2\" id=\"9\"/>") == start + " 3: dynamic texture 9 does not exist.\n");
+    CHECK(lines_of_third_entry("<o type=\"7\" id=\"1\"/>") == start + " 3: kind 7 is no texture.\n");
+    CHECK(lines_of_third_entry("<o type=\"1\" id=\"1\"/>")
+        == start + ": cgenmode 2 without a cube map: with shaders the material draws nothing.\n");
+}
+
 TEST_CASE("what cannot be drawn as the document asks is warned of")
 {
     check_spots({

@@ -161,31 +161,39 @@ static bool read_value_handle(const place& at, const xml_node& node, uint32_t& h
     return true;
 }
 
+static bool check_picture(const place& at, const record_table* table, const char* what, uint32_t handle)
+{
+    check_handle(at, table, what, handle);
+    return record_table_get(table, handle) != nullptr;
+}
+
 // Warns when a unit's reference leads to no texture: nothing, an unknown kind, a record
-// that does not exist, or a texture node that is no output.
-static void check_texture(const place& material, const char* setting, uint32_t handle)
+// that does not exist, or a texture node that is no output. False for these and for 0: the
+// unit is empty.
+static bool check_texture(const place& material, const char* setting, uint32_t handle)
 {
     const document& d = *material.reader.target;
     check_handle(material, d.object_table, setting, handle);
     const auto* reference = table_record<object_reference>(d.object_table, handle);
     if (reference == nullptr)
-        return;
+        return false;
     const place at = place_of_part(material, setting, handle);
     switch (static_cast<texture_kind>(reference->type)) {
     case texture_generated: {
         const auto* node = table_record<texture_node>(d.texture_table, reference->id);
         if (node != nullptr && node->type != node_output)
             warn(at, line_of("texture node %u is no output node.", reference->id));
-        return check_handle(at, d.texture_table, "texture node", reference->id);
+        return check_picture(at, d.texture_table, "texture node", reference->id) && node->type == node_output;
     }
     case texture_image:
-        return check_handle(at, d.image_texture_table, "image texture", reference->id);
+        return check_picture(at, d.image_texture_table, "image texture", reference->id);
     case texture_dynamic:
-        return check_handle(at, d.dynamic_texture_table, "dynamic texture", reference->id);
+        return check_picture(at, d.dynamic_texture_table, "dynamic texture", reference->id);
     case texture_cube:
-        return check_handle(at, d.cube_map_table, "cube map", reference->id);
+        return check_picture(at, d.cube_map_table, "cube map", reference->id);
     }
     warn(at, line_of("kind %d is no texture.", reference->type));
+    return false;
 }
 
 // A mode of a unit: what its catalogue lacks acts as 0.
@@ -204,7 +212,7 @@ static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
         warn(at, line_of("function %u is no combine mode of unit %u: it acts as 0.", function, unit + 1));
 }
 
-// Reflections that are fixed in the world and cube maps need each other.
+// Reflections that are fixed in the world and cube maps need each other. `handle` leads to a texture.
 static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode)
 {
     const auto* reference = table_record<object_reference>(at.reader.target->object_table, handle);
@@ -230,8 +238,8 @@ static bool read_texture_unit(const place& at, const xml_node& node, material_re
     material.rotation[unit] = rotation != 0 ? 1 : 0;
     material.combine_mode[unit] = combine_mode_of_unit(unit, function);
     check_combine_mode(at, unit, function);
-    check_texture(*at.outer, at.name, material.texture[unit]);
-    check_coordinates(at, material.texture[unit], material.cgenmode[unit]);
+    if (check_texture(*at.outer, at.name, material.texture[unit]))
+        check_coordinates(at, material.texture[unit], material.cgenmode[unit]);
     return true;
 }
 
