@@ -63,8 +63,12 @@ TEST_CASE("a number with more than a number is warned of, blanks, comments and z
         {10, "id=\"2\"", "id=\"2.000000\"", ""},
         {10, "id=\"2\"", "id=\" 2\t\"", ""},
         {9, "bitmap=\"0\"", "bitmap=\"99999999999\"",
-            ", record 1, glyph 1: bitmap \"99999999999\" is read as 2.14748365e+09.;"},
+            ", record 1, glyph 1: bitmap \"99999999999\" is read as 2147483647.;"},
         {9, "bitmap=\"0\"", "bitmap=\"2147483647\"", ""},
+        {9, "bitmap=\"0\"", "bitmap=\"-1000000007x\"",
+            ", record 1, glyph 1: bitmap \"-1000000007x\" is read as -1000000007.;"},
+        {13, "<offset value=\"0\"/>", "<offset value=\"0.7f\"/>",
+            ", record 1, object 1, time offset: value \"0.7f\" is read as 0.7.;"},
         {9, "bitmap=\"0\"", "bitmap=\"0x10\"", ", record 1, glyph 1: bitmap \"0x10\" is read as 0.;"},
     });
 }
@@ -435,7 +439,13 @@ TEST_CASE("loops without a range, lengths and offsets below 0 are warned of")
 {
     check_spots({
         {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"1\" loop_begin=\"5\" loop_end=\"5.9\"",
-            ", record 1: loop_end 5.9000001 does not lie behind loop_begin 5.;"},
+            ", record 1: loop_end, tick 5, does not lie behind loop_begin, tick 5.;"},
+        {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"1\" loop_begin=\"5\" loop_end=\"-1\"",
+            ", record 1: loop_end, tick -1, does not lie behind loop_begin, tick 5.;"},
+        {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"1\" loop_begin=\"0\" loop_end=\"1e12\"",
+            ", record 1: loop_begin and loop_end have to lie within 2147483647 ticks.;"},
+        {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"1\" loop_begin=\"-3e9\" loop_end=\"1\"",
+            ", record 1: loop_begin and loop_end have to lie within 2147483647 ticks.;"},
         {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"2\" loop_begin=\"5.9\" loop_end=\"6\"", ""},
         {4, "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"", "loop_type=\"0\" loop_begin=\"9\" loop_end=\"6\"", ""},
         {4, "length=\"100\"", "length=\"-1\"",
@@ -638,7 +648,7 @@ TEST_CASE("more copies than are drawn are warned of, as far as constants tell")
 TEST_CASE("multipliers without copies are warned of")
 {
     const std::string start = "Warning: demo.xmlz: section 13 (scenes), record 1, object 1, manipulator 1: ";
-    CHECK(copies_lines(row("0.9")) == start + "\"X number\" 0 makes no copy: the object is not drawn.\n");
+    CHECK(copies_lines(row("0.9")) == start + "\"X number\" 0.9 makes no copy: the object is not drawn.\n");
     CHECK(copies_lines(block("2", "-1", "2")) == start + "\"Y number\" -1 makes no copy: the object is not drawn.\n");
     CHECK(copies_lines(block("-1000", "-1000", "1"))
         == start + "\"X number\" -1000 makes no copy: the object is not drawn.\n" + start

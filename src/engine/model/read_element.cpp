@@ -167,8 +167,8 @@ static void check_number(const place& at, const char* what, const char* text, co
     const std::string start = (what != nullptr ? std::string(what) + " " : "") + quoted(text);
     if (!result.fits && !whole)
         warn(at, start + " is no finite number.");
-    else
-        warn(at, start + line_of(" is read as %.9g.", static_cast<double>(result.value)));
+    else // a whole number may have ten digits, and a single shows what was written with six
+        warn(at, start + line_of(" is read as %.*g.", whole ? 10 : 6, static_cast<double>(result.value)));
 }
 
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute)

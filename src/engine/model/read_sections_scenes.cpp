@@ -121,8 +121,9 @@ static double constant_copies(const place& at, const manipulator_record& manipul
         const int32_t number = param.dynamic != 0 ? 1 : truncate_to_int(static_cast<double>(param.value));
         if (number < 1)
             warn(at,
-                line_of("%s %d makes no copy: the object is not drawn.",
-                    quoted(manipulators[manipulator.type].param_name[index]).c_str(), number));
+                line_of("%s %.6g makes no copy: the object is not drawn.",
+                    quoted(manipulators[manipulator.type].param_name[index]).c_str(),
+                    static_cast<double>(param.value)));
         copies *= std::max(number, 0);
     }
     return copies;

@@ -4,6 +4,7 @@
 #include "content/numbers.h"
 #include "model/catalogues.h"
 
+#include <cmath>
 #include <iterator>
 
 // ---- animation functions ----------------------------------------------------------
@@ -40,16 +41,25 @@ static bool read_segment(const place& at, const xml_node& node, animation_functi
     return true;
 }
 
+// The ends of a loop are whole ticks, and a number that no tick has is one far below 0.
+static void check_loop(const place& at, const animation_function& function)
+{
+    const int32_t begin = truncate_to_int(static_cast<double>(function.loop_begin));
+    const int32_t end = truncate_to_int(static_cast<double>(function.loop_end));
+    constexpr float ticks = 2147483648.0f;
+    const bool fits = std::abs(function.loop_begin) < ticks && std::abs(function.loop_end) < ticks;
+    if (!fits)
+        warn(at, line_of("loop_begin and loop_end have to lie within %d ticks.", INT32_MAX));
+    else if (end <= begin)
+        warn(at, line_of("loop_end, tick %d, does not lie behind loop_begin, tick %d.", end, begin));
+}
+
 static void check_function(const place& at, const animation_function& function)
 {
     check_choice(at, "type", function.value_type, std::size(parameter_kinds) - 1, "the player does not use it");
     if (check_choice(at, "loop_type", function.loop_type, std::size(loop_modes) - 1, "the function does not loop")
-        && function.loop_type != loop_off
-        && truncate_to_int(static_cast<double>(function.loop_end))
-            <= truncate_to_int(static_cast<double>(function.loop_begin)))
-        warn(at,
-            line_of("loop_end %.9g does not lie behind loop_begin %.9g.", static_cast<double>(function.loop_end),
-                static_cast<double>(function.loop_begin)));
+        && function.loop_type != loop_off)
+        check_loop(at, function);
     if (function.segment_count == 0)
         warn(at, "no segments: the function is 1.");
 }
