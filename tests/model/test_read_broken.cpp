@@ -47,6 +47,26 @@ TEST_CASE("every attribute that a record needs is missed by its name")
     }
 }
 
+// What is said of a document whose first entry of section 10 has these attributes.
+static std::string lines_of_entry(const std::string& attributes)
+{
+    document_text text = complete_document();
+    text.records[10] = "<o " + attributes + "/>";
+    const std::string all = joined(reading(text));
+    const std::string start = "Error: demo.xmlz: section 10 (objects), record 1: attribute ";
+    return all.substr(0, start.size()) == start ? all.substr(start.size()) : all;
+}
+
+TEST_CASE("what looks like the missing attribute is told")
+{
+    CHECK(lines_of_entry("type=\"0\"") == "\"id\" is missing.\n");
+    CHECK(lines_of_entry("type=\"0\" id =\"2\"") == "\"id\" is missing; a blank stands before its \"=\".\n");
+    CHECK(lines_of_entry("type=\"0\" id\n = \"2\"") == "\"id\" is missing; a blank stands before its \"=\".\n");
+    CHECK(lines_of_entry("type=\"0\" Id=\"2\"") == "\"id\" is missing; \"Id\" is another name.\n");
+    CHECK(lines_of_entry("type=\"0\" Idle=\"2\" i=\"2\"") == "\"id\" is missing.\n");
+    CHECK(lines_of_entry("TYPE=\"0\" id=\"2\"") == "\"type\" is missing; \"TYPE\" is another name.\n");
+}
+
 TEST_CASE("names that no schema asks for are not missed")
 {
     document_text text = complete_document();

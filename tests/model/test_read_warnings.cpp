@@ -92,6 +92,17 @@ TEST_CASE("an animated element that is neither static nor dynamic is warned of")
     });
 }
 
+TEST_CASE("an attribute that stands twice is warned of")
+{
+    check_spots({
+        {10, "id=\"2\"", "id=\"2\" id=\"1\"",
+            ", record 1: attribute \"id\" stands there again, and the first one counts.;"},
+        {10, "id=\"2\"", "id=\"2\" id=\"1\" id=\"3\"",
+            ", record 1: attribute \"id\" stands there again, and the first one counts.;"},
+        {10, "id=\"2\"", "id=\"2\" Id=\"1\" note=\"1\" note=\"2\"", ""},
+    });
+}
+
 // ---- kinds, modes, functions, wraps ---------------------------------------------------------
 
 TEST_CASE("every number outside its catalogue is warned of, the last one inside is not")

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <strings.h>
 
 constexpr size_t quoted_text_limit = 64; // bytes of a document's text that a message shows
 constexpr size_t kept_warnings = 4096;   // what a document of nothing but mistakes may take of the memory
@@ -171,11 +172,44 @@ static void check_number(const place& at, const char* what, const char* text, co
         warn(at, start + line_of(" is read as %.*g.", whole ? 10 : 6, static_cast<double>(result.value)));
 }
 
+// What stands in the place of a missing attribute: its name with a blank behind it, which belongs
+// to the name, or with other capitals. "; WHAT", or nothing.
+static std::string look_alike(const xml_node& node, const char* attribute)
+{
+    const size_t length = std::strlen(attribute);
+    for (int32_t index = 0; index < node.attribute_count; ++index) {
+        const char* name = node.attributes[index].name;
+        if (name == nullptr || strncasecmp(name, attribute, length) != 0)
+            continue;
+        const size_t blanks = std::strspn(name + length, " \t\r\n\v\f");
+        if (name[length + blanks] != 0)
+            continue;
+        if (std::strncmp(name, attribute, length) != 0)
+            return "; " + quoted(name) + " is another name";
+        if (blanks != 0)
+            return "; a blank stands before its \"=\"";
+    }
+    return "";
+}
+
+static void check_attribute_is_single(const place& at, const xml_node& node, const char* attribute)
+{
+    uint32_t count = 0;
+    for (int32_t index = 0; index < node.attribute_count; ++index) {
+        const char* name = node.attributes[index].name;
+        count += name != nullptr && std::strcmp(name, attribute) == 0 ? 1 : 0;
+    }
+    if (count > 1)
+        warn(at, "attribute " + quoted(attribute) + " stands there again, and the first one counts.");
+}
+
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute)
 {
     const char* text = xml_get_attribute(&node, attribute);
     if (text == nullptr)
-        fail(at, "attribute " + quoted(attribute) + " is missing.");
+        fail(at, "attribute " + quoted(attribute) + " is missing" + look_alike(node, attribute) + ".");
+    else
+        check_attribute_is_single(at, node, attribute);
     return text;
 }
 

@@ -62,7 +62,8 @@ std::string quoted(const char* text);
 int32_t int_of_text(const char* text);
 float real_of_text(const char* text);
 
-// The attribute's text; null, and a fatal problem, when it is missing or without a value.
+// The attribute's text; null, and a fatal problem, when it is missing or without a value. Of
+// several the first one counts, with a warning.
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute);
 
 bool read_int(const place& at, const xml_node& node, const char* attribute, int32_t& value);
