@@ -362,6 +362,16 @@ void copy_name(const place& at, char* field, uint32_t size, const char* text)
         warn(at, "name " + quoted(text) + line_of(" is cut to %u bytes.", size - 1));
 }
 
+// Warns of children behind the `read` parameters: too many, or not called like one.
+static void check_behind_parameters(const place& at, const xml_node& node, uint32_t read)
+{
+    for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling) {
+        if (!is_named(*child, "p"))
+            return warn(at, quoted(child->name) + " is not called \"p\": neither it nor what follows is read.");
+    }
+    check_child_count(at, node, read);
+}
+
 bool read_function_handles(const place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles)
 {
     uint32_t index = 0;
@@ -377,7 +387,7 @@ bool read_function_handles(const place& at, const xml_node& node, const paramete
         check_handle(here, at.reader.target->function_table, "function", handles[index]);
     }
     check_parameter_count(at, parameters.kind, index, parameters.takes);
-    check_child_count(at, node, std::min(index, parameters.capacity));
+    check_behind_parameters(at, node, std::min(index, parameters.capacity));
     return true;
 }
 
