@@ -252,6 +252,29 @@ TEST_CASE("children beyond a fixed count are warned of")
     });
 }
 
+TEST_CASE("inputs and outputs of a node that are read as parameters are warned of")
+{
+    const char* const line = " is read as a parameter: input 2 and then the outputs stand in front.;";
+    const std::string first = ", record 1, parameter 1: ";
+    const std::string third = ", record 1, parameter 3: ";
+    check_spots({
+        {2, "<p>1</p>", "<p>1</p><out>1</out>", ""},
+        {2, "</t>", "<output>2</output></t>", (third + "\"output\"" + line).c_str()},
+        {2, "<output>2</output>", "<output>2</output><input>0</input>", (first + "\"input\"" + line).c_str()},
+    });
+}
+
+TEST_CASE("a rippler of a text is warned of")
+{
+    const std::string ripple = "<m type=\"2\">" + repeated(animated("static", "1"), 3) + "</m>";
+    const std::string row = "<m type=\"1\">" + animated("static", "2") + placement_values() + "</m>";
+    document_text text = complete_document();
+    text.records[13] = "<scene name=\"s\">" + scene_object_text(2, 0, 1, 1, "Hello", row + ripple)
+        + scene_object_text(0, 4, 1, 1, "", ripple) + "</scene>";
+    CHECK(joined(reading(text))
+        == "Warning: demo.xmlz: section 13 (scenes), record 1, object 1, manipulator 2: a text is not rippled.\n");
+}
+
 TEST_CASE("parameters beyond those of any effect are warned of")
 {
     for (const uint32_t section : {section_dynamic_textures, section_mesh_effects}) {

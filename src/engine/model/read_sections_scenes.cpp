@@ -205,6 +205,15 @@ static void check_drawable(const place& at, const scene_object& object)
         warn(at, "a text without a font is not drawn.");
 }
 
+// Letters are drawn as they are: what deforms a mesh has nothing to deform.
+static void check_ripplers(const place& at, const scene_object& object)
+{
+    for (uint32_t index = 0; index < object.manipulator_count; ++index) {
+        if (object.type == object_text && object.manipulators[index].type == manipulator_rippler)
+            warn(place_of_part(at, "manipulator", index + 1), "a text is not rippled.");
+    }
+}
+
 // The object's reference in the sense that drawing gives it.
 static void check_scene_object(const place& at, const scene_object& object)
 {
@@ -248,6 +257,7 @@ static bool read_scene_object(const place& at, const xml_node& node, scene_objec
     if (!read_manipulators(at, *child->next_sibling, object))
         return false;
     check_copies(at, object);
+    check_ripplers(at, object);
     return true;
 }
 

@@ -113,9 +113,12 @@ static bool read_node_connections(const place& at, const xml_node* child, textur
     }
     uint32_t index = 0;
     for (; child != nullptr; child = child->next_sibling, ++index) {
+        const place here = place_of_part(at, "parameter", index + 1);
         float value = 0.0f;
-        if (!read_text_real(place_of_part(at, "parameter", index + 1), *child, value))
+        if (!read_text_real(here, *child, value))
             return false;
+        if (is_named(*child, "input") || is_named(*child, "output"))
+            warn(here, quoted(child->name) + " is read as a parameter: input 2 and then the outputs stand in front.");
         if (index < max_node_values)
             node.values[index] = value;
     }
