@@ -398,6 +398,21 @@ TEST_CASE("of a unit without a picture only that is said, not what its coordinat
         == start + ": cgenmode 2 without a cube map: with shaders the material draws nothing.\n");
 }
 
+TEST_CASE("a program of a material's own that is not used is warned of, unless it is switched off")
+{
+    const char* const sources
+        = "<vertex_shader>void main(void) {}</vertex_shader><fragment_shader>void main(void) { }</fragment_shader>";
+    check_spots({
+        {11, "<enable_glsl value=\"1\"/>", "<enable_glsl value=\"0\"/>", ""},
+        {11, "<enable_glsl value=\"1\"/>", "",
+            ", record 1: vertex_shader and fragment_shader are not used: there is no enable_glsl.;"},
+        {11, sources, "<vertex_shader file=\"a.vert\"/><fragment_shader file=\"a.frag\"/>",
+            ", record 1: vertex_shader and fragment_shader have no text: the generated program is used.;"},
+        {11, sources, "<vertex_shader/>", ""},
+        {11, sources, "<fragment_shader/>", ""},
+    });
+}
+
 TEST_CASE("what cannot be drawn as the document asks is warned of")
 {
     check_spots({

@@ -324,10 +324,20 @@ static void check_material(const place& at, const material_record& m)
             warn(at, line_of("texture%u is not used: texture%u is empty.", unit + 1, unit));
     if (m.light2 != 0 && m.light1 == 0)
         warn(at, "light2 without light1 lights only with shaders.");
-    if (m.enable_glsl != 0 && (m.custom_vertex_shader == nullptr) != (m.custom_fragment_shader == nullptr))
-        warn(at,
-            line_of("the %s shader without the other is not used.",
-                m.custom_vertex_shader != nullptr ? "vertex" : "fragment"));
+}
+
+// A program of the material's own that is not used. One that is switched off is meant to be.
+static void check_own_program(const place& at, const material_record& m, const bool seen[setting_kind_count])
+{
+    const bool has_vertex = m.custom_vertex_shader != nullptr;
+    const bool has_fragment = m.custom_fragment_shader != nullptr;
+    if (m.enable_glsl != 0 && has_vertex != has_fragment)
+        warn(at, line_of("the %s shader without the other is not used.", has_vertex ? "vertex" : "fragment"));
+    if (m.enable_glsl != 0 && !has_vertex && !has_fragment && seen[setting_vertex_shader]
+        && seen[setting_fragment_shader])
+        warn(at, "vertex_shader and fragment_shader have no text: the generated program is used.");
+    if (!seen[setting_enable_glsl] && has_vertex && has_fragment)
+        warn(at, "vertex_shader and fragment_shader are not used: there is no enable_glsl.");
 }
 
 bool read_material(const place& at, const xml_node& node)
@@ -350,5 +360,6 @@ bool read_material(const place& at, const xml_node& node)
             return false;
     }
     check_material(at, *material);
+    check_own_program(at, *material, seen);
     return true;
 }
