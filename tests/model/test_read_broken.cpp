@@ -210,6 +210,18 @@ TEST_CASE("a refused document names the tag that was lost, with its line")
            "has no double quotes.\n");
 }
 
+TEST_CASE("sections too many name the tag that made them")
+{
+    const std::string whole = to_text(complete_document());
+    const std::string text = with(whole, "<s13>", "<s13><!-- ");
+    std::vector<pack_content> entries = complete_pack();
+    entries.push_back({"demo.xmlz", in_envelope(text)});
+    CHECK(lines_with(reading(text, entries), "too many sections")
+        == "Warning: demo.xmlz: too many sections: 25 of 15; the others are not read; the comment of line 14 ends at "
+           "its "
+           "\"/>\", and the element around it.\n");
+}
+
 TEST_CASE("names of tags cannot write on a terminal")
 {
     std::string whole = to_text(complete_document());

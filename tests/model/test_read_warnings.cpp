@@ -581,6 +581,8 @@ TEST_CASE("music without a file is warned of, and no music is none")
     text.music_attributes = " filename=\"music.ogg\"";
     CHECK(joined(reading(text))
         == "Warning: demo.xmlz: section 15 (music): attribute \"file\" is missing: there is no music.\n");
+    CHECK(joined(reading(with(to_text(complete_document()), "file=\"music.ogg\">", ">a.ogg")))
+        == "Warning: demo.xmlz: section 15 (music): attribute \"file\" is missing: there is no music.\n");
     text.music_attributes = "";
     CHECK(joined(reading(text)) == "");
     CHECK(joined(reading(to_text(complete_document(), 14))) == "");

@@ -26,14 +26,24 @@ static bool has_failed(const document_reader& reader)
     return !reader.problems.empty() && reader.problems.back().fatal;
 }
 
+// What is missing, or too much, may be the consequence of a tag: a second look at the text.
+static void add_cause(const document_reader& reader, std::string& line)
+{
+    const std::string fault = find_text_fault(reader.pack, reader.target->name);
+    if (!fault.empty())
+        line.replace(line.size() - 1, 1, "; " + fault + ".");
+}
+
 static bool enough_sections(document_reader& reader)
 {
     uint32_t count = 0;
     for (const xml_node* node = reader.section_node; node != nullptr; node = node->next_sibling)
         ++count;
-    if (count > section_music)
-        add_problem(
-            reader, false, line_of("too many sections: %u of %u; the others are not read.", count, section_music));
+    if (count > section_music) {
+        std::string line = line_of("too many sections: %u of %u; the others are not read.", count, section_music);
+        add_cause(reader, line);
+        add_problem(reader, false, line);
+    }
     if (count >= needed_sections)
         return true;
     add_problem(reader, true, line_of("too few sections: %u of %u.", count, needed_sections));
@@ -52,7 +62,7 @@ static void enter_section(document_reader& reader, uint32_t section, const xml_n
 static void check_music(document_reader& reader)
 {
     const xml_node& node = *reader.section_node;
-    if (node.attribute_count != 0 && xml_get_attribute(&node, "file") == nullptr)
+    if ((node.attribute_count != 0 || node.text != nullptr) && xml_get_attribute(&node, "file") == nullptr)
         warn(place_of_section(reader, section_music), "attribute \"file\" is missing: there is no music.");
 }
 
@@ -107,13 +117,9 @@ static bool read_one(const place& at, const xml_node& node)
     return true;
 }
 
-// What is missing may be the consequence of a tag: a second look at the text.
 static read_step end_in_failure(document_reader& reader)
 {
-    const std::string fault = find_text_fault(reader.pack, reader.target->name);
-    std::string& line = reader.problems.back().text;
-    if (!fault.empty())
-        line.replace(line.size() - 1, 1, "; " + fault + ".");
+    add_cause(reader, reader.problems.back().text);
     return read_failed;
 }
 
