@@ -210,6 +210,15 @@ TEST_CASE("a refused document names the tag that was lost, with its line")
            "has no double quotes.\n");
 }
 
+TEST_CASE("a text of two bytes a letter is told as such")
+{
+    for (const std::string& start : {std::string("\xFF\xFE<\0d\0>\0", 8), std::string("\xFE\xFF\0<\0d\0>", 8)})
+        CHECK(
+            refusal(start) == "Error: demo.xmlz: too few sections: 0 of 14; the text is UTF-16 and has to be UTF-8.\n");
+    CHECK(refusal("\xFF") == "Error: demo.xmlz: too few sections: 0 of 14.\n");
+    CHECK(refusal("\xEF\xBB\xBF" + to_text(complete_document())) == "");
+}
+
 TEST_CASE("sections too many name the tag that made them")
 {
     const std::string whole = to_text(complete_document());

@@ -215,6 +215,8 @@ std::string find_text_fault(FILE* pack, const char* name)
     const owned_block<uint8_t> text = load_document_text(pack, name, problem);
     if (text == nullptr)
         return "";
+    if ((text.get()[0] == 0xFF && text.get()[1] == 0xFE) || (text.get()[0] == 0xFE && text.get()[1] == 0xFF))
+        return "the text is UTF-16 and has to be UTF-8";
     const xml_fault fault = xml_find_fault(reinterpret_cast<const char*>(text.get()));
     const std::string line = "line " + std::to_string(fault.line);
     const std::string shown = printable(fault.name.substr(0, shown_tag_name));
