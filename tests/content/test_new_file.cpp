@@ -7,6 +7,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 static std::vector<std::string> names_in(const std::string& folder)
@@ -28,18 +29,14 @@ static std::string write_text(new_file& file, const std::string& text)
     return reason(new_file_write(file, text.data(), text.size()));
 }
 
-// The whole of it: a file of this text at `path`, or the first reason why not.
-static std::string put(const std::string& path, const std::string& text, bool may_replace = true)
+static constexpr new_file_rules only_new = {.signals_wait = true, .safe_on_disk = true};
+static constexpr new_file_rules replacing = {.may_replace = true, .signals_wait = true, .safe_on_disk = true};
+static constexpr new_file_rules everyday = {.permissions = 0666, .may_replace = true, .devices_as_they_are = true};
+
+// A file of this text at `path`, or the first reason why not.
+static std::string put(const std::string& path, const std::string& text, const new_file_rules& rules = replacing)
 {
-    new_file file;
-    std::string problem = reason(new_file_open(file, path, may_replace));
-    if (!problem.empty())
-        return problem;
-    problem = write_text(file, text);
-    if (problem.empty())
-        return reason(new_file_keep(file));
-    new_file_drop(file);
-    return problem;
+    return reason(new_file_put(path, rules, text.data(), text.size()));
 }
 
 static mode_t permissions(const std::string& path)
@@ -54,12 +51,14 @@ TEST_CASE("a new file lies beside its place until it is kept")
 {
     const temporary_directory directory;
     new_file file;
-    REQUIRE(new_file_open(file, directory.path + "x.dpk", true) == nullptr);
+    REQUIRE(new_file_open(file, directory.path + "x.dpk", replacing) == nullptr);
     CHECK(write_text(file, "one").empty());
     const strings names = names_in(directory.path);
     REQUIRE(names.size() == 1);
-    CHECK(names[0].substr(0, 12) == ".unfinished-");
-    CHECK(names[0].substr(names[0].size() - 4) == ".tmp"); // "dpk" would be a pack
+    CHECK(directory.path + names[0] == new_file_path(file));
+    const std::string begin = "x.dpk." + std::to_string(getpid()) + "-";
+    CHECK(names[0].substr(0, begin.size()) == begin);
+    CHECK(names[0].substr(names[0].size() - 5) == ".part"); // "dpk" would be a pack
     CHECK(new_file_keep(file) == nullptr);
     CHECK(names_in(directory.path) == strings{"x.dpk"});
     CHECK(read_bytes(directory.path + "x.dpk") == "one");
@@ -85,7 +84,7 @@ TEST_CASE("what was there stays until the new file is kept, and lends its permis
     write_bytes(path, "the old one");
     chmod(path.c_str(), 0640);
     new_file file;
-    REQUIRE(new_file_open(file, path, true) == nullptr);
+    REQUIRE(new_file_open(file, path, replacing) == nullptr);
     CHECK(write_text(file, "new").empty());
     CHECK(read_bytes(path) == "the old one");
     CHECK(new_file_keep(file) == nullptr);
@@ -93,8 +92,81 @@ TEST_CASE("what was there stays until the new file is kept, and lends its permis
     CHECK(permissions(path) == 0640);
     CHECK(names_in(directory.path) == strings{"x"});
     chmod(path.c_str(), 0777);
-    CHECK(put(path, "newer").empty());
+    CHECK(put(path, "newer", everyday).empty());
     CHECK(permissions(path) == 0777);
+}
+
+TEST_CASE("a file that replaces none has the permissions that are asked for, less the mask's")
+{
+    const temporary_directory directory;
+    const mode_t mask = umask(027);
+    CHECK(put(directory.path + "pack", "x").empty());
+    CHECK(put(directory.path + "picture", "x", everyday).empty());
+    umask(mask);
+    CHECK(permissions(directory.path + "pack") == 0600);
+    CHECK(permissions(directory.path + "picture") == 0640);
+}
+
+TEST_CASE("devices and pipes are written as they are where the rules say so")
+{
+    const temporary_directory directory;
+    const std::string pipe = directory.path + "pipe";
+    mkfifo(pipe.c_str(), 0600);
+    FILE* reader = std::fopen(pipe.c_str(), "r+"); // both ways: opens at once
+    REQUIRE(reader);
+    CHECK(put(pipe, "text\n", everyday).empty());
+    char line[8] = "";
+    CHECK(std::string(std::fgets(line, sizeof line, reader)) == "text\n");
+    new_file file;
+    REQUIRE(new_file_open(file, pipe, everyday) == nullptr);
+    CHECK(new_file_path(file) == pipe); // for programs that open it themselves
+    new_file_drop(file);
+    std::fclose(reader);
+    CHECK(std::filesystem::is_fifo(pipe));
+    CHECK(names_in(directory.path) == strings{"pipe"});
+    CHECK(put("/dev/null", "x", everyday).empty());
+    CHECK(std::filesystem::is_character_file("/dev/null"));
+    CHECK(put("/dev/full", "x", everyday) == "No space left on device");
+    CHECK(put(directory.path, "x", everyday) == "Is a directory");
+}
+
+TEST_CASE("a standard output that is a pipe is written through its name")
+{
+    int ends[2];
+    REQUIRE(pipe(ends) == 0);
+    const std::string name = "/proc/self/fd/" + std::to_string(ends[1]); // a link to what is no path
+    CHECK(put(name, "text", everyday).empty());
+    char text[4] = "";
+    CHECK(read(ends[0], text, sizeof text) == 4);
+    CHECK(std::string(text, 4) == "text");
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_CASE("the longest names have room, and two of one beginning do not meet")
+{
+    const temporary_directory directory;
+    const std::string name(254, 'n');
+    new_file a;
+    new_file b;
+    REQUIRE(new_file_open(a, directory.path + name + "a", everyday) == nullptr);
+    REQUIRE(new_file_open(b, directory.path + name + "b", everyday) == nullptr);
+    CHECK(new_file_path(a) != new_file_path(b));
+    CHECK(write_text(a, "a").empty());
+    CHECK(new_file_keep(a) == nullptr);
+    CHECK(new_file_keep(b) == nullptr);
+    CHECK(read_bytes(directory.path + name + "a") == "a");
+    CHECK(names_in(directory.path) == strings{name + "a", name + "b"});
+}
+
+TEST_CASE("a place that is taken by a folder in the meantime is left to it")
+{
+    const temporary_directory directory;
+    new_file file;
+    REQUIRE(new_file_open(file, directory.path + "late", everyday) == nullptr);
+    mkdir((directory.path + "late").c_str(), 0700);
+    CHECK(reason(new_file_keep(file)) == "Is a directory");
+    CHECK(names_in(directory.path) == strings{"late"});
 }
 
 TEST_CASE("a replaced file keeps its owner where that is allowed")
@@ -116,7 +188,7 @@ TEST_CASE("a dropped file leaves nothing, and what was there as it was")
     const temporary_directory directory;
     write_bytes(directory.path + "x", "old");
     new_file file;
-    REQUIRE(new_file_open(file, directory.path + "x", true) == nullptr);
+    REQUIRE(new_file_open(file, directory.path + "x", replacing) == nullptr);
     CHECK(write_text(file, "new").empty());
     new_file_drop(file);
     new_file_drop(file);
@@ -151,12 +223,12 @@ TEST_CASE("what exists is left alone where nothing may be replaced")
     const temporary_directory directory;
     write_bytes(directory.path + "x", "old");
     new_file file;
-    CHECK(reason(new_file_open(file, directory.path + "x", false)) == "File exists"); // before a byte is written
+    CHECK(reason(new_file_open(file, directory.path + "x", only_new)) == "File exists"); // before a byte is written
     CHECK(read_bytes(directory.path + "x") == "old");
-    CHECK(put(directory.path + "y", "new", false).empty());
+    CHECK(put(directory.path + "y", "new", only_new).empty());
     CHECK(names_in(directory.path) == strings{"x", "y"});
     // also what comes in the meantime
-    REQUIRE(new_file_open(file, directory.path + "z", false) == nullptr);
+    REQUIRE(new_file_open(file, directory.path + "z", only_new) == nullptr);
     write_bytes(directory.path + "z", "another's");
     CHECK(reason(new_file_keep(file)) == "File exists");
     CHECK(read_bytes(directory.path + "z") == "another's");
@@ -210,7 +282,7 @@ TEST_CASE("a signal that ends the process waits until nothing is left of the fil
         const auto before = std::signal(number, count_signal);
         signals_taken = 0;
         new_file file;
-        REQUIRE(new_file_open(file, directory.path + "x", true) == nullptr);
+        REQUIRE(new_file_open(file, directory.path + "x", replacing) == nullptr);
         CHECK(write_text(file, "new").empty());
         raise(number);
         CHECK(signals_taken == 0);
@@ -231,7 +303,7 @@ TEST_CASE("a signal before the last step keeps the old file too")
     const auto before = std::signal(SIGTERM, count_signal);
     signals_taken = 0;
     new_file file;
-    REQUIRE(new_file_open(file, directory.path + "x", true) == nullptr);
+    REQUIRE(new_file_open(file, directory.path + "x", replacing) == nullptr);
     CHECK(write_text(file, "new").empty());
     raise(SIGTERM);
     CHECK(reason(new_file_keep(file)) == "it was interrupted");
@@ -252,7 +324,7 @@ TEST_CASE("signals that are ignored or held back already do not stop a file")
     pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
     signals_taken = 0;
     new_file file;
-    REQUIRE(new_file_open(file, directory.path + "x", true) == nullptr);
+    REQUIRE(new_file_open(file, directory.path + "x", replacing) == nullptr);
     raise(SIGHUP);
     raise(SIGINT);
     CHECK(write_text(file, "new").empty());
@@ -262,6 +334,21 @@ TEST_CASE("signals that are ignored or held back already do not stop a file")
     CHECK(signals_taken == 1);
     std::signal(SIGHUP, before);
     std::signal(SIGINT, before_int);
+    CHECK(read_bytes(directory.path + "x") == "new");
+}
+
+TEST_CASE("signals act at once where the rules let none wait")
+{
+    const temporary_directory directory;
+    const auto before = std::signal(SIGINT, count_signal);
+    signals_taken = 0;
+    new_file file;
+    REQUIRE(new_file_open(file, directory.path + "x", everyday) == nullptr);
+    raise(SIGINT);
+    CHECK(signals_taken == 1);
+    CHECK(write_text(file, "new").empty());
+    CHECK(new_file_keep(file) == nullptr);
+    std::signal(SIGINT, before);
     CHECK(read_bytes(directory.path + "x") == "new");
 }
 

@@ -1,7 +1,7 @@
 #include "comparison.h"
 
 #include "png_text.h"
-#include "whole_file.h"
+#include "output_file.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>

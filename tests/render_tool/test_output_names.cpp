@@ -1,6 +1,6 @@
 #include "output_names.h"
 
-#include "whole_file.h"
+#include "output_file.h"
 
 #include <cstdlib>
 #include <doctest/doctest.h>
@@ -46,5 +46,10 @@ TEST_CASE("Names that are taken may be written only where they may be replaced")
     problem.clear();
     CHECK(may_write({b, a}, existing_replaced, problem));
     CHECK(problem.empty());
+    CHECK(may_write({folder, "/dev/null", std::string(folder) + "/none"}, existing_kept, problem));
+    std::filesystem::create_symlink("a", std::string(folder) + "/link");
+    std::filesystem::create_symlink("nowhere", std::string(folder) + "/lost");
+    CHECK_FALSE(may_write({std::string(folder) + "/link"}, existing_kept, problem));
+    CHECK(may_write({std::string(folder) + "/lost"}, existing_kept, problem));
     std::filesystem::remove_all(folder);
 }

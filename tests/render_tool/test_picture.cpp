@@ -1,6 +1,6 @@
 #include "picture.h"
 
-#include "whole_file.h"
+#include "output_file.h"
 
 #include <algorithm>
 #include <cmath>

@@ -54,3 +54,14 @@ bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t
     *size = length;
     return true;
 }
+
+bool write_all(int descriptor, std::span<const uint8_t> bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR)
+            return false;
+        bytes = bytes.subspan(written > 0 ? static_cast<size_t>(written) : 0);
+    }
+    return true;
+}

@@ -1,4 +1,4 @@
-// Files to be read, and whole files in memory.
+// Files to be read, whole files in memory, and all bytes to a descriptor.
 //
 // Reasons are texts to be put behind a name and a colon ("No such file or directory",
 // "it is a folder"); they hold until the next call.
@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <sys/types.h>
 
 // Opens the file at `path` for reading; the caller closes it. Null, with the reason in
@@ -22,3 +23,6 @@ const char* plain_file_problem(mode_t mode);
 // opened or read, or is larger than `limit` bytes.
 [[nodiscard]] bool read_whole_file(
     const char* path, uint32_t limit, uint8_t** bytes, uint32_t* size, const char** problem = nullptr);
+
+// Writes all bytes, however small the pieces that are taken. False: errno tells.
+[[nodiscard]] bool write_all(int descriptor, std::span<const uint8_t> bytes);

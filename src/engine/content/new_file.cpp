@@ -2,16 +2,19 @@
 #include "content/file_bytes.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <span>
 #include <sys/stat.h>
 #include <unistd.h>
 
 static constexpr size_t write_step = 1u << 20; // bytes between two looks at waiting signals
+static constexpr size_t longest_stem = 200;    // bytes: names have 255, and the end of ours needs some
 static constexpr char interrupted[] = "it was interrupted";
 static constexpr int ending_signals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXFSZ};
 
@@ -66,59 +69,96 @@ static const char* examine_target(const new_file& file, struct stat& status)
 {
     if (stat(file.target.c_str(), &status) != 0)
         return errno == ENOENT ? nullptr : std::strerror(errno);
-    if (!file.may_replace)
+    if (!file.rules.may_replace)
         return std::strerror(EEXIST);
     if (const char* problem = plain_file_problem(status.st_mode))
         return problem;
     return access(file.target.c_str(), W_OK) == 0 ? nullptr : std::strerror(errno);
 }
 
-// The owner may be one that only the superuser can give: then it stays ours.
-static bool take_permissions(int descriptor, const struct stat& status)
+// The owner may be one that only the superuser can give: then it stays ours. A file system
+// without permissions has none to take.
+static void take_permissions(int descriptor, const struct stat& status)
 {
     if (fchown(descriptor, status.st_uid, status.st_gid) != 0 && fchown(descriptor, uid_t(-1), status.st_gid) != 0)
         errno = 0;
-    return fchmod(descriptor, status.st_mode & 0777) == 0;
+    fchmod(descriptor, status.st_mode & 0777);
 }
 
 // ---- the file ------------------------------------------------------------------------
 
-const char* new_file_open(new_file& file, const std::string& path, bool may_replace)
+static bool is_there_and_no_file(const std::string& path)
 {
-    file = {false, -1, false, may_replace, path, "", {}};
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+// No two of a process are alike, whichever thread begins them.
+static std::string temporary_name(const std::string& target)
+{
+    static std::atomic<uint32_t> count = 0;
+    const size_t name = target.rfind('/') + 1; // 0 where there is none
+    return target.substr(0, name + longest_stem) + "." + std::to_string(getpid()) + "-" + std::to_string(++count)
+        + ".part"; // whose end no one takes for a pack's
+}
+
+// One that replaces another is nobody else's until it has the permissions of that.
+static void make_temporary(new_file& file)
+{
+    const mode_t permissions = file.replaces ? 0600 : file.rules.permissions;
+    std::string name;
+    do {
+        name = temporary_name(file.target);
+        file.descriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
+    } while (file.descriptor < 0 && errno == EEXIST);
+    if (file.descriptor >= 0)
+        file.temporary = name;
+}
+
+const char* new_file_open(new_file& file, const std::string& path, const new_file_rules& rules)
+{
+    file = {};
+    file.rules = rules;
+    file.target = path;
     struct stat status = {};
-    const char* problem = follow_links(file.target);
-    if (!problem)
+    const bool device = rules.devices_as_they_are && is_there_and_no_file(path);
+    const char* problem = device ? nullptr : follow_links(file.target);
+    if (!problem && !device)
         problem = examine_target(file, status);
     if (problem)
         return problem;
     file.replaces = status.st_nlink > 0;
-    file.held = hold_signals();
+    if (rules.signals_wait)
+        file.held = hold_signals();
     file.open = true;
-    std::string name = folder_of(file.target) + ".unfinished-XXXXXX.tmp"; // whose end no one takes for a pack's
-    file.descriptor = mkostemps(name.data(), 4, O_CLOEXEC);
-    if (file.descriptor >= 0)
-        file.temporary = name;
-    if (file.descriptor >= 0 && (!file.replaces || take_permissions(file.descriptor, status)))
-        return nullptr;
-    problem = std::strerror(errno);
-    new_file_drop(file);
+    if (device)
+        file.descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    else
+        make_temporary(file);
+    if (file.descriptor < 0) {
+        problem = std::strerror(errno);
+        new_file_drop(file);
+    } else if (file.replaces) {
+        take_permissions(file.descriptor, status);
+    }
     return problem;
+}
+
+const std::string& new_file_path(const new_file& file)
+{
+    return file.temporary.empty() ? file.target : file.temporary;
 }
 
 const char* new_file_write(new_file& file, const void* bytes, size_t size)
 {
-    const auto* next = static_cast<const uint8_t*>(bytes);
-    while (size > 0) {
+    std::span rest(static_cast<const uint8_t*>(bytes), size);
+    while (!rest.empty()) {
         if (signal_waits(file.held))
             return interrupted;
-        const ssize_t written = write(file.descriptor, next, std::min(size, write_step));
-        if (written < 0 && errno != EINTR)
+        const size_t step = std::min(rest.size(), write_step);
+        if (!write_all(file.descriptor, rest.first(step)))
             return std::strerror(errno);
-        if (written > 0) {
-            next += written;
-            size -= static_cast<size_t>(written);
-        }
+        rest = rest.subspan(step);
     }
     return nullptr;
 }
@@ -128,7 +168,9 @@ static bool move_into_place(const new_file& file)
 {
     const char* from = file.temporary.c_str();
     const char* to = file.target.c_str();
-    if (file.may_replace)
+    if (file.temporary.empty())
+        return true; // a device, in its place all the time
+    if (file.rules.may_replace)
         return std::rename(from, to) == 0;
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
         return true;
@@ -155,7 +197,7 @@ static void settle_folder(const std::string& target)
 
 static const char* put_into_place(new_file& file)
 {
-    if (file.replaces && fsync(file.descriptor) != 0)
+    if (file.replaces && file.rules.safe_on_disk && fsync(file.descriptor) != 0)
         return std::strerror(errno);
     const int descriptor = file.descriptor;
     file.descriptor = -1;
@@ -171,7 +213,7 @@ const char* new_file_keep(new_file& file)
     const char* problem = put_into_place(file);
     if (!problem) {
         file.temporary.clear(); // from here on it has its place
-        if (file.replaces)
+        if (file.replaces && file.rules.safe_on_disk)
             settle_folder(file.target);
     }
     new_file_drop(file);
@@ -188,4 +230,16 @@ void new_file_drop(new_file& file)
     if (!file.temporary.empty())
         unlink(file.temporary.c_str());
     pthread_sigmask(SIG_UNBLOCK, &file.held, nullptr);
+}
+
+const char* new_file_put(const std::string& path, const new_file_rules& rules, const void* bytes, size_t size)
+{
+    new_file file;
+    const char* problem = new_file_open(file, path, rules);
+    if (!problem)
+        problem = new_file_write(file, bytes, size);
+    if (!problem)
+        problem = new_file_keep(file);
+    new_file_drop(file);
+    return problem;
 }

@@ -78,6 +78,12 @@ static file_identity identity_of_path(const char* path)
     return stat(path, &status) == 0 ? identity(status) : file_identity{};
 }
 
+// A pack, or what is taken out of one, may be the only copy of what it holds.
+static new_file_rules rules_of_packs(bool may_replace)
+{
+    return {.permissions = 0600, .may_replace = may_replace, .signals_wait = true, .safe_on_disk = true};
+}
+
 static file_identity identity_of_stream(FILE* file)
 {
     struct stat status;
@@ -268,7 +274,7 @@ static bool write_pack(const pack_file_list* list, const char* out_path, FILE* o
     const std::vector<uint8_t> head = make_head(sources);
 
     new_file out;
-    if (const char* problem = new_file_open(out, out_path, true))
+    if (const char* problem = new_file_open(out, out_path, rules_of_packs(true)))
         return refuse_writing(out_path, problem);
     bool written = write_bytes(head.data(), head.size(), out, out_path);
     for (const pack_source& source : sources)
@@ -325,7 +331,7 @@ static bool open_target(
     else if (exists && (same_file(identity(status), read[0]) || same_file(identity(status), read[1])))
         problem = "it is being read";
     else
-        problem = new_file_open(target, path, replace);
+        problem = new_file_open(target, path, rules_of_packs(replace));
     return !problem || refuse_writing(path, problem);
 }
 

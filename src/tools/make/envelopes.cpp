@@ -16,24 +16,11 @@ static bool same_file(const std::string& a, const std::string& b)
 }
 
 // A document is an everyday file: new ones can be read by all whom the process's mask lets.
-static bool open_to_others(const new_file& file)
-{
-    const mode_t mask = umask(0);
-    umask(mask);
-    return file.replaces || fchmod(file.descriptor, 0666 & ~mask) == 0;
-}
-
 static exit_status write_file(const std::string& path, const uint8_t* bytes, uint32_t size, bool force)
 {
-    new_file file;
-    const char* problem = new_file_open(file, path, force);
-    if (!problem && !open_to_others(file))
-        problem = "its permissions cannot be set";
-    if (!problem)
-        problem = new_file_write(file, bytes, size);
-    if (!problem)
-        problem = new_file_keep(file);
-    new_file_drop(file);
+    const new_file_rules rules
+        = {.permissions = 0666, .may_replace = force, .signals_wait = true, .safe_on_disk = true};
+    const char* problem = new_file_put(path, rules, bytes, size);
     return problem ? fail("cannot write ", path, std::string(": ") + problem) : exit_done;
 }
 

@@ -1,10 +1,10 @@
 #include "output_names.h"
 
-#include "whole_file.h"
 #include "words.h"
 
 #include <csignal>
 #include <cstdio>
+#include <sys/stat.h>
 #include <unistd.h>
 
 std::vector<std::string> fixed_output_names(const render_options& options)
@@ -15,6 +15,17 @@ std::vector<std::string> fixed_output_names(const render_options& options)
     if (options.kind == output_still)
         names.push_back(numbered_name(options.output, 0));
     return names;
+}
+
+// Those of the names that are files already.
+static std::vector<std::string> existing_files(const std::vector<std::string>& names)
+{
+    std::vector<std::string> found;
+    struct stat status;
+    for (const std::string& name : names)
+        if (stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+            found.push_back(name);
+    return found;
 }
 
 // Ctrl-C at the question ends the program.

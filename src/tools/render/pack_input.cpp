@@ -4,7 +4,6 @@
 #include "content/owners.h"
 #include "content/pack.h"
 #include "shell/startup.h"
-#include "whole_file.h"
 
 #include <cerrno>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "model/image_decode.h"
-#include "whole_file.h"
+#include "output_file.h"
 
 #include <algorithm>
 #include <cmath>

@@ -33,7 +33,7 @@ constexpr uint64_t max_encoded_bytes = 1u << 30;
 std::vector<uint8_t> encode_png(const picture& p);
 std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
 
-// Writes a whole file (whole_file.h).
+// Writes a whole file (output_file.h).
 [[nodiscard]] bool save_png(const std::string& path, const picture& p, std::string& error);
 
 // Reads a PNG (any picture that the engine's decoder knows); grey becomes colour, and

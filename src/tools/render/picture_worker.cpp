@@ -1,8 +1,9 @@
 #include "picture_worker.h"
 
+#include "content/file_bytes.h"
 #include "options.h"
+#include "output_file.h"
 #include "png_text.h"
-#include "whole_file.h"
 #include "y4m.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "release_shots.h"
 
-#include "whole_file.h"
+#include "output_file.h"
 
 #include <filesystem>
 #include <system_error>

@@ -4,6 +4,7 @@
 #include "contact_sheet.h"
 #include "frame_needs.h"
 #include "frame_source_gl.h"
+#include "output_file.h"
 #include "output_names.h"
 #include "pack_input.h"
 #include "picture_worker.h"
@@ -14,10 +15,10 @@
 #include "sound_cut.h"
 #include "tiles.h"
 #include "video_pipe.h"
-#include "whole_file.h"
 #include "words.h"
 #include "y4m.h"
 
+#include "content/file_bytes.h"
 #include "shell/loading.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ struct render_job {
     picture_worker flashes;
     bool writes_pictures = false;
     video_pipe video;
-    whole_file video_file;
+    new_file video_file;
     decoded_music music;
     std::vector<int16_t> sound; // of the video
     std::vector<reference_picture> references;
@@ -295,12 +296,12 @@ static void prepare_sound(render_job& job)
 
 static bool open_video(render_job& job, std::string& problem)
 {
-    if (!whole_file_begin(job.video_file, job.options.output, problem))
+    if (!begin_file(job.video_file, job.options.output, problem))
         return false;
     prepare_sound(job);
     const bool even = video_wants_even_sides(job.options.output);
     const video_plan plan = {.path = job.options.output,
-        .file = job.video_file.partial,
+        .file = new_file_path(job.video_file),
         .width = job.options.width + (even ? job.options.width % 2 : 0),
         .height = job.options.height + (even ? job.options.height % 2 : 0),
         .rate = job.options.rate,
@@ -310,7 +311,7 @@ static bool open_video(render_job& job, std::string& problem)
         .samples_per_second = job.music.samples_per_second};
     const bool opened = video_open(job.video, plan, problem);
     if (!opened)
-        whole_file_drop(job.video_file);
+        new_file_drop(job.video_file);
     if (opened && (plan.width != job.options.width || plan.height != job.options.height))
         tell(job,
             "Such a video has even sides: it becomes " + std::to_string(plan.width) + " x "
@@ -512,8 +513,8 @@ static void close_pictures(render_job& job, uint64_t done, std::string& problem)
     if (job.options.kind != output_video)
         return;
     if (nothing_yet || !problem.empty())
-        whole_file_drop(job.video_file);
-    else if (!whole_file_keep(job.video_file, later))
+        new_file_drop(job.video_file);
+    else if (!keep_file(job.video_file, job.options.output, later))
         problem = later;
 }
 

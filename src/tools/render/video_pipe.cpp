@@ -1,6 +1,6 @@
 #include "video_pipe.h"
 
-#include "whole_file.h"
+#include "content/file_bytes.h"
 
 #include <cerrno>
 #include <csignal>
