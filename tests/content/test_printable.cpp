@@ -47,3 +47,11 @@ TEST_CASE("bytes that are no letters are spelled out, and the letters around the
     CHECK(printable("\xF5\x80\x80\x80\xFF") == "\\xF5\\x80\\x80\\x80\\xFF"); // beyond the last
     CHECK(printable("\xC3\xA9\x80\xC3\xA9") == "\xC3\xA9\\x80\xC3\xA9");
 }
+
+TEST_CASE("every cut of a text of long characters is printable")
+{
+    const std::string text = "\xF0\x9F\x8E\xAC\xE2\x82\xAC\xC3\xA9";
+    for (size_t length = 0; length <= text.size(); ++length)
+        for (const char c : printable(text.substr(0, length)))
+            CHECK((static_cast<uint8_t>(c) >= 0x20 && c != 0x7F));
+}

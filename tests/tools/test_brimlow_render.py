@@ -290,7 +290,7 @@ class CommandLineTest(RenderTest):
                 ('unknown option -size (did you mean --size?)', ['-size', '640x480']),
                 ('unknown option -help (did you mean --help?)', ['-help']),
                 ('unknown option --wobble', ['--wobble']),
-                ('unknown option --\\x1b[31m', ['--\x1b[31m']),
+                ('unknown option --\\x1B[31m', ['--\x1b[31m']),
                 ('unknown option -x', ['-x']),
                 (size + ', and --fps is an option', ['--size', '--fps', '25']),
                 (name + ', and --size=1x1 is an option', ['-o', '--size=1x1']),
@@ -421,7 +421,7 @@ class CommandLineTest(RenderTest):
         self.fails(1, 'Error: this folder has no pack, which is a file whose name ends in "dpk": name one behind the '
                    'options.', *sheet)
         self.fails(1, 'Error: cannot open missing.dpk: No such file or directory.', *sheet, 'missing.dpk')
-        self.fails(1, 'Error: cannot open \\x1b[31m\\x0a.dpk: No such file or directory.', *sheet, '\x1b[31m\n.dpk')
+        self.fails(1, 'Error: cannot open \\x1B[31m\\x0A.dpk: No such file or directory.', *sheet, '\x1b[31m\n.dpk')
         os.mkdir(self.path('folder.dpk'))
         self.fails(1, 'Error: folder.dpk/ has no pack, which is a file whose name ends in "dpk".', *sheet, 'folder.dpk')
         self.fails(1, 'Error: cannot open folder.dpk: it is a folder.', *sheet)

@@ -1,5 +1,6 @@
 #include "output_names.h"
 
+#include "content/printable.h"
 #include "words.h"
 
 #include <csignal>

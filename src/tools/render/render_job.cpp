@@ -19,6 +19,7 @@
 #include "y4m.h"
 
 #include "content/file_bytes.h"
+#include "content/printable.h"
 #include "shell/loading.h"
 
 #include <algorithm>

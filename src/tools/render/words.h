@@ -6,10 +6,6 @@
 #include <string_view>
 #include <vector>
 
-// The text with everything that a terminal would act on written out: control characters,
-// those of Unicode too, and bytes that are no UTF-8 become "\x1b".
-std::string printable(const std::string& text);
-
 // "1 frame", "12 frames".
 std::string counted(uint64_t count, const char* thing);
 
@@ -20,5 +16,5 @@ std::string enumerated(const std::vector<std::string>& parts);
 // '...' or behind a backslash. False for quotes that are not closed and a last backslash.
 bool split_words(std::string_view text, std::vector<std::string>& words);
 
-// Prints a whole line on standard error, printable.
+// Prints a whole line on standard error, as content/printable.h shows it.
 void say(const std::string& line);
