@@ -50,6 +50,7 @@ static bool fit(const std::string& bytes)
     REQUIRE(file != nullptr);
     REQUIRE(std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size());
     const bool result = vorbis_comments_fit(file);
+    CHECK(std::ftell(file) == 0); // where the decoder begins
     std::fclose(file);
     return result;
 }
@@ -119,6 +120,17 @@ TEST_CASE("a packet of comments that a page without segments breaks off does not
     CHECK_FALSE(fit(first_page + page("\xFF", comments) + page("", "")));
     CHECK_FALSE(fit(first_page + page("\xFF", comments))); // or the end of the file
     CHECK(fit(first_page + page("\xFF", comments) + page(std::string(1, '\0'), "")));
+}
+
+TEST_CASE("a file whose pages are no pages of Ogg does not fit")
+{
+    const std::string whole = first_page + pages_of(mark + text("") + number(0), 255);
+    CHECK(fit(whole));
+    for (const size_t at : {size_t{0}, size_t{3}, first_page.size(), first_page.size() + 3}) {
+        std::string other = whole;
+        other[at] = 'x';
+        CHECK_FALSE(fit(other));
+    }
 }
 
 TEST_CASE("a file cut anywhere within its comments does not fit")

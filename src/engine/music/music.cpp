@@ -67,12 +67,8 @@ static FILE* open_music_file(const char* file)
 
 static void open_decoder()
 {
-    char magic[3] = {};
-    if (std::fread(magic, 1, sizeof magic, music.music_file) != sizeof magic
-        || std::memcmp(magic, "Ogg", sizeof magic) != 0 || !vorbis_comments_fit(music.music_file))
-        return;
-    std::rewind(music.music_file);
-    music.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
+    if (vorbis_comments_fit(music.music_file))
+        music.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
 }
 
 music_result music_open(const char* file)

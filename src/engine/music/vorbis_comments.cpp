@@ -68,14 +68,11 @@ static bool skip_text(const std::vector<uint8_t>& packet, size_t& at)
     return true;
 }
 
-bool vorbis_comments_fit(FILE* file)
+static bool texts_fit(const std::vector<uint8_t>& packet)
 {
     constexpr char mark[] = "\3vorbis";
     constexpr size_t mark_size = sizeof mark - 1;
-    std::vector<uint8_t> packet;
-    std::rewind(file);
-    if (!skip_first_page(file) || !read_packet(file, packet) || packet.size() < mark_size
-        || std::memcmp(packet.data(), mark, mark_size) != 0)
+    if (packet.size() < mark_size || std::memcmp(packet.data(), mark, mark_size) != 0)
         return false;
     size_t at = mark_size;
     uint32_t count = 0;
@@ -83,4 +80,13 @@ bool vorbis_comments_fit(FILE* file)
     for (; fits && count > 0; --count)
         fits = skip_text(packet, at);
     return fits;
+}
+
+bool vorbis_comments_fit(FILE* file)
+{
+    std::vector<uint8_t> packet;
+    std::rewind(file);
+    const bool fit = skip_first_page(file) && read_packet(file, packet) && texts_fit(packet);
+    std::rewind(file);
+    return fit;
 }

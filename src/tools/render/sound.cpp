@@ -1,32 +1,24 @@
 #include "sound.h"
 
+#include "content/file_bytes.h"
+#include "content/owners.h"
 #include "music/vorbis_comments.h"
 
 #define STB_VORBIS_HEADER_ONLY
 #include <stb/stb_vorbis.h>
 
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 
 constexpr size_t block_pairs = 8192;
 
 // A decoder that owns the file; null for what the player would play as silence.
 static stb_vorbis* open_decoder(const std::string& path)
 {
-    FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr)
-        return nullptr;
-    char magic[3] = {};
-    const bool is_ogg
-        = std::fread(magic, 1, sizeof magic, file) == sizeof magic && std::memcmp(magic, "Ogg", sizeof magic) == 0;
-    if (!is_ogg || !vorbis_comments_fit(file)) {
-        std::fclose(file);
-        return nullptr;
-    }
-    std::rewind(file);
+    owned_file file(open_plain_file(path.c_str()));
     int error = 0;
-    return stb_vorbis_open_file(file, 1, &error, nullptr); // closes the file when it fails, too
+    if (!file || !vorbis_comments_fit(file.get()))
+        return nullptr;
+    return stb_vorbis_open_file(file.release(), 1, &error, nullptr); // closes the file when it fails, too
 }
 
 decoded_music decode_music(const std::string& path, double seconds, std::string& warning)
