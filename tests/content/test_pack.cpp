@@ -49,6 +49,19 @@ static pack_status status_of_range(uint32_t start, uint32_t end)
     return read_from("DP\x01" + slot_bytes("x", start, end) + terminator + "0123456789", "x").status;
 }
 
+TEST_CASE("a pack begins with three bytes, wherever its stream stands")
+{
+    const pack_stream pack(two_entries);
+    CHECK(pack_begins(pack.file));
+    CHECK(pack_begins(pack.file)); // the stream has moved
+    CHECK(pack_begins(pack_stream(std::string("DP\x01", 3)).file));
+    CHECK_FALSE(pack_begins(pack_stream("DP").file));
+    CHECK_FALSE(pack_begins(pack_stream("").file));
+    CHECK_FALSE(pack_begins(pack_stream("DP\x02").file));
+    CHECK_FALSE(pack_begins(pack_stream("xP\x01").file));
+    CHECK_FALSE(pack_begins(nullptr));
+}
+
 TEST_CASE("entries are found by name with exactly their bytes")
 {
     const pack_stream pack(two_entries);

@@ -162,6 +162,13 @@ bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot)
     return true;
 }
 
+bool pack_begins(FILE* pack)
+{
+    uint8_t first[sizeof pack_magic] = {};
+    return pack && seek(pack, 0) && std::fread(first, 1, sizeof first, pack) == sizeof first
+        && std::memcmp(first, pack_magic, sizeof first) == 0;
+}
+
 bool pack_index_ends(FILE* pack, uint32_t index)
 {
     if (!pack || !seek(pack, slot_offset(index)))

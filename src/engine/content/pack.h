@@ -24,6 +24,7 @@
 constexpr uint32_t pack_name_size = 32; // bytes of a slot's name field
 constexpr uint32_t pack_slot_size = 40;
 constexpr uint32_t pack_index_offset = 3;
+constexpr uint8_t pack_magic[pack_index_offset] = {0x44, 0x50, 0x01}; // what every pack of ours begins with
 
 // ---- reading -------------------------------------------------------------------
 
@@ -58,6 +59,10 @@ struct pack_slot {
 // Slot number `index`, counted from 0. False at the end of the index (the
 // terminator, or the end of the file), which prints nothing, and for a null pack.
 bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot);
+
+// Whether the file begins with the bytes of pack_magic; playing does without them. False
+// for a null pack.
+bool pack_begins(FILE* pack);
 
 // Whether the index ends at slot number `index` as it should, with an empty name of 32
 // bytes: false where a slot stands there, and where the file ends instead.

@@ -16,7 +16,6 @@
 #include <unordered_set>
 #include <vector>
 
-static constexpr uint8_t magic[pack_index_offset] = {0x44, 0x50, 0x01};
 static constexpr uint64_t offset_count = uint64_t{1} << 32; // what 32-bit offsets can tell apart
 
 // ---- what is said ------------------------------------------------------------------
@@ -219,7 +218,7 @@ static void put_big_endian(uint8_t* bytes, uint32_t value)
 static std::vector<uint8_t> make_head(const std::vector<pack_source>& sources)
 {
     std::vector<uint8_t> head(pack_index_offset + pack_slot_size * sources.size() + pack_name_size);
-    std::memcpy(head.data(), magic, sizeof magic);
+    std::memcpy(head.data(), pack_magic, sizeof pack_magic);
     uint32_t start = static_cast<uint32_t>(head.size());
     uint8_t* slot = head.data() + pack_index_offset;
     for (const pack_source& source : sources) {

@@ -21,13 +21,6 @@ struct pack_index {
     size_t damaged;               // how many of them do not lie inside the file
 };
 
-static bool begins_like_a_pack(FILE* file)
-{
-    char head[pack_index_offset] = {};
-    std::rewind(file);
-    return std::fread(head, 1, sizeof head, file) == sizeof head && std::memcmp(head, "DP\x01", sizeof head) == 0;
-}
-
 static bool is_empty(FILE* file)
 {
     struct stat status;
@@ -45,7 +38,7 @@ static bool open_pack(const std::string& path, bool to_write, pack_index& pack)
         return fail("cannot open ", path, std::string(": ") + problem) == exit_done;
     if (is_empty(pack.file.get()))
         return fail("", path, " is no pack: it is empty") == exit_done;
-    const bool begins = begins_like_a_pack(pack.file.get());
+    const bool begins = pack_begins(pack.file.get());
     pack.damaged = 0;
     pack_slot slot;
     for (uint32_t index = 0; (begins || pack.damaged == 0) && pack_read_slot(pack.file.get(), index, slot); ++index) {
@@ -251,7 +244,7 @@ static bool may_become_pack(const std::string& path, bool force)
     const owned_file file(open_plain_file(path.c_str(), &problem));
     if (!file)
         return fail("cannot write ", path, std::string(": ") + problem) == exit_done;
-    if (!is_empty(file.get()) && !begins_like_a_pack(file.get()))
+    if (!is_empty(file.get()) && !pack_begins(file.get()))
         return fail("", path, " exists and is no pack: it is left as it is") == exit_done;
     return force || fail("", path, " exists: it is left as it is. \"--force\" replaces it") == exit_done;
 }

@@ -12,7 +12,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-constexpr uint8_t magic[3] = {'D', 'P', 1};
 constexpr uint32_t most_slots = 1u << 16; // of a file that may be no pack at all
 constexpr size_t block_size = 1u << 16;   // bytes
 
@@ -127,10 +126,7 @@ bool pack_has_entry(FILE* pack, const char* name)
 
 static bool is_pack(FILE* file)
 {
-    uint8_t first[sizeof magic] = {};
-    const bool read = std::fread(first, 1, sizeof first, file) == sizeof first;
-    return (read && std::memcmp(first, magic, sizeof magic) == 0) || pack_has_entry(file, "demo.xmlz")
-        || pack_has_entry(file, "loading.xmlz");
+    return pack_begins(file) || pack_has_entry(file, "demo.xmlz") || pack_has_entry(file, "loading.xmlz");
 }
 
 // Whoever forgets "-o" names the output where the pack stands.
