@@ -119,6 +119,18 @@ TEST_CASE("The kind of an output follows from its name")
     CHECK(accepted({"-o", "100%%.png", "--at", "1"}).kind == output_still);
 }
 
+TEST_CASE("An end alone is no name of an output")
+{
+    for (const char* name : {".png", ".mp4", ".mkv", ".webm", "webm"}) {
+        render_options options;
+        std::string problem;
+        CHECK_FALSE(read_options(std::vector<const char*>{"-o", name}, options, problem));
+        CHECK(problem
+            == "the name of an output ends in .png, .mp4, .mkv or .webm, or is -; \"" + std::string(name)
+                + "\" does not");
+    }
+}
+
 TEST_CASE("Shots are rendered at their largest size")
 {
     const render_options options = accepted({"--shots", "d", "--at", "1"});

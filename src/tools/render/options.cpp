@@ -225,9 +225,10 @@ std::string numbered_name(const std::string& pattern, uint64_t number)
     return name;
 }
 
-static bool ends_in(const std::string& text, std::string_view end)
+// A name is more than its end.
+static bool ends_in(const std::string& name, const char* end)
 {
-    return text.size() > end.size() && std::string_view(text).substr(text.size() - end.size()) == end;
+    return name.ends_with(end) && name != end;
 }
 
 // The kind of an output by its name; one sentence when it has none.

@@ -18,12 +18,6 @@ constexpr int sound_descriptor = 3; // in the process
 
 // ---- the command line ------------------------------------------------------------------
 
-static bool ends_in(const std::string& text, const char* end)
-{
-    const size_t length = std::strlen(end);
-    return text.size() >= length && text.compare(text.size() - length, length, end) == 0;
-}
-
 static void add(std::vector<std::string>& command, std::initializer_list<const char*> words)
 {
     command.insert(command.end(), words.begin(), words.end());
@@ -36,7 +30,7 @@ static void add_quality(std::vector<std::string>& command, const video_plan& pla
 
 static void add_codecs(std::vector<std::string>& command, const video_plan& plan)
 {
-    if (ends_in(plan.path, ".mkv")) {
+    if (plan.path.ends_with(".mkv")) {
         add(command,
             {"-c:v", "ffv1", "-level", "3", "-g", "1", "-slices", "4", "-slicecrc", "1", "-pix_fmt", "bgr0", "-c:a",
                 "flac"});
@@ -47,7 +41,7 @@ static void add_codecs(std::vector<std::string>& command, const video_plan& plan
     add(command,
         {"-vf", "scale=out_color_matrix=bt709:out_range=tv:flags=accurate_rnd+full_chroma_int", "-colorspace", "bt709",
             "-color_primaries", "bt709", "-color_trc", "bt709", "-color_range", "tv", "-pix_fmt", "yuv420p"});
-    if (ends_in(plan.path, ".webm")) {
+    if (plan.path.ends_with(".webm")) {
         add_quality(command, plan, "24");
         add(command,
             {"-c:v", "libvpx-vp9", "-b:v", "0", "-row-mt", "1", "-deadline", "good", "-cpu-used", "4", "-c:a",
@@ -64,15 +58,15 @@ static void add_codecs(std::vector<std::string>& command, const video_plan& plan
 
 bool video_wants_even_sides(const std::string& path)
 {
-    return !ends_in(path, ".mkv");
+    return !path.ends_with(".mkv");
 }
 
 // A file that is not complete yet has a name that tells nothing.
 static const char* container_of(const std::string& path)
 {
-    if (ends_in(path, ".mkv"))
+    if (path.ends_with(".mkv"))
         return "matroska";
-    return ends_in(path, ".webm") ? "webm" : "mp4";
+    return path.ends_with(".webm") ? "webm" : "mp4";
 }
 
 std::vector<std::string> video_command(const video_plan& plan, const std::string& sound_file)
