@@ -490,7 +490,7 @@ class AddTest(MakeTest):
         pack = make_pack([("a", b"1"), ("b", b"22")])
         self.put("x.dpk", pack)
         self.check(["remove", "x.dpk", "a", "none"], 1, errors='Error: the entry "none" is not in the pack.\n')
-        self.check(["remove", "x.dpk", "a", "a"], 1, errors='Error: the entry "a" is not in the pack.\n')
+        self.check(["remove", "x.dpk", "a", "a"], 1, errors='Error: the name "a" is given twice.\n')
         self.assertEqual(self.get("x.dpk"), pack)
 
 

@@ -266,7 +266,10 @@ exit_status run_remove(const make_options& options)
     std::vector<std::string> kept;
     for (const pack_slot& slot : reachable(pack))
         kept.push_back(slot.name);
+    std::unordered_set<std::string> seen;
     for (const std::string& name : options.names) {
+        if (!seen.insert(name).second)
+            return fail("the name \"", name, "\" is given twice");
         const auto found = std::find(kept.begin(), kept.end(), name);
         if (found == kept.end())
             return fail("the entry \"", name, "\" is not in the pack");
