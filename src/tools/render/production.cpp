@@ -45,6 +45,10 @@ static void find_music(const xml_node* tree, production_files& files, std::strin
     const char* file = element != nullptr ? xml_get_attribute(element, "file") : nullptr;
     if (file == nullptr)
         return;
+    if (file[0] == 0) {
+        warning = "the music's file has an empty name";
+        return;
+    }
     const std::string base = file[0] == '/' ? "" : files.folder;
     std::string reason; // other than that it is not there
     for (const char* below : {"", "music/"}) {
