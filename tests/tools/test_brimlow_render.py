@@ -864,7 +864,7 @@ class FileTest(RenderTest):
 
     def test_a_disk_that_is_full_fails_the_run(self):
         def limit():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            signal.signal(signal.SIGXFSZ, signal.SIG_DFL)  # Python ignores it, a shell does not
             resource.setrlimit(resource.RLIMIT_FSIZE, (900, 900))
 
         named = self.show()
@@ -917,6 +917,24 @@ class FileTest(RenderTest):
         run.send_signal(signal.SIGINT)
         self.assertEqual(run.wait(60), 130)
         self.assertEqual((self.content('a.mp4'), self.names('.')), (b'mine', ['a.mp4', 'demo.dpk']))
+
+
+    def test_a_terminal_that_goes_away_ends_the_run_like_ctrl_c(self):
+        two_colours(12000).write(self.folder)
+        for begun, name in ((signal.SIG_DFL, 'a.mkv'), (signal.SIG_IGN, 'b.mkv')):
+            run = subprocess.Popen([RENDER, '-o', name, '--size', '320x240'], cwd=self.folder,
+                                   env=self.environment(), stderr=subprocess.DEVNULL,
+                                   preexec_fn=lambda to=begun: signal.signal(signal.SIGHUP, to))
+            while not [n for n in self.names('.') if n.endswith('.part')]:
+                time.sleep(0.01)
+            time.sleep(1)
+            run.send_signal(signal.SIGHUP)
+            if begun == signal.SIG_IGN:  # as nohup begins it
+                with self.assertRaises(subprocess.TimeoutExpired):
+                    run.wait(1)
+                run.send_signal(signal.SIGINT)
+            self.assertEqual(run.wait(60), 130)
+            self.assertEqual([n for n in self.names('.') if n.endswith('.part')], [])
 
 
 class TileTest(RenderTest):

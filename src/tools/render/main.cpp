@@ -46,7 +46,8 @@ static int print(const char* text)
 int main(int argc, char** argv)
 {
     fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN); // both are failed writes, which are reported, here and by ffmpeg
+    std::signal(SIGXFSZ, SIG_IGN);
     render_options options;
     std::string problem;
     const size_t count = argc > 1 ? static_cast<size_t>(argc - 1) : 0;

@@ -105,7 +105,8 @@ static void note_signal(int)
     stop_signal = 1;
 }
 
-// The first signal ends the run at the next frame, the second one at once.
+// The first signal ends the run at the next frame, the second one at once. A terminal that
+// goes away ends it as well, unless the run was begun with nohup.
 static void watch_signals()
 {
     struct sigaction action = {};
@@ -113,6 +114,9 @@ static void watch_signals()
     action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    struct sigaction hang_up = {};
+    if (sigaction(SIGHUP, nullptr, &hang_up) == 0 && hang_up.sa_handler != SIG_IGN)
+        sigaction(SIGHUP, &action, nullptr);
 }
 
 // ---- preparing -----------------------------------------------------------------------------
