@@ -47,3 +47,18 @@ TEST_CASE("interrupt: a signal that was ignored stays so, before and after anoth
     CHECK(outcome_of({SIGTERM, SIGINT, SIGINT}, SIG_IGN) == 1);
     CHECK(outcome_of({SIGTERM, SIGTERM}, SIG_IGN) == 128 + SIGTERM);
 }
+
+TEST_CASE("interrupt: what a signal comes upon goes on, so that no reading is broken off")
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        struct sigaction action = {}; // as a process begins
+        sigaction(SIGINT, &action, nullptr);
+        catch_interrupts();
+        sigaction(SIGINT, nullptr, &action);
+        _exit((action.sa_flags & SA_RESTART) != 0 ? 1 : 0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    CHECK((WIFEXITED(status) && WEXITSTATUS(status) == 1));
+}
