@@ -158,6 +158,7 @@ class Workshop:
         self.tree, self.build = os.path.join(folder, 'tree'), os.path.join(folder, 'build')
         files = subprocess.run(['git', '-C', ROOT, 'ls-files', '-z', '-co', '--exclude-standard'], check=True,
                                stdout=subprocess.PIPE).stdout.decode().split('\0')
+        self.forget_all_but(set(files))
         for name in filter(None, files):
             source, target = os.path.join(ROOT, name), os.path.join(self.tree, name)
             os.makedirs(os.path.dirname(target), exist_ok=True)
@@ -168,6 +169,14 @@ class Workshop:
         self.tests = self.known_tests()
         if self.call(['ninja', '-C', self.build], 3600) != 0:
             raise SystemExit('the tree does not build in %s' % folder)
+
+    def forget_all_but(self, files):
+        """Takes away what an earlier run copied and the tree no longer has."""
+        for folder, _, names in os.walk(self.tree):
+            for name in names:
+                path = os.path.join(folder, name)
+                if os.path.relpath(path, self.tree) not in files:
+                    os.unlink(path)
 
     @staticmethod
     def call(command, timeout):
