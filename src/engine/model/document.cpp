@@ -19,6 +19,16 @@ const char* section_name(uint32_t section)
     return section < std::size(names) ? names[section] : names[0];
 }
 
+std::string section_label(uint32_t section)
+{
+    return "section " + std::to_string(section) + " (" + section_name(section) + ")";
+}
+
+std::string record_label(const document& d, uint32_t section, uint32_t record)
+{
+    return std::string(d.name) + ": " + section_label(section) + ", record " + std::to_string(record);
+}
+
 // ---- making and freeing -------------------------------------------------------------
 
 void document_create(document& d, const char* name, timeline* tracks)

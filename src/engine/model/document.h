@@ -40,6 +40,14 @@ enum document_section : uint32_t {
 // What a section is called in messages ("image textures"); 1..15, else "unknown".
 const char* section_name(uint32_t section);
 
+// A section as messages name it: "section 11 (materials)".
+std::string section_label(uint32_t section);
+
+struct document;
+
+// A record as messages name it: "demo.xmlz: section 11 (materials), record 4".
+std::string record_label(const document& d, uint32_t section, uint32_t record);
+
 // Everything that one document is made of. Null tables are empty.
 struct document {
     const char* name;              // "demo.xmlz"; not owned

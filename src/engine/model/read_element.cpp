@@ -54,7 +54,7 @@ void add_problem(document_reader& reader, bool fatal, const std::string& what)
 
 static std::string line_at(const place& at, const std::string& what)
 {
-    return "section " + std::to_string(at.section) + " (" + section_name(at.section) + ")" + path_of(at) + ": " + what;
+    return section_label(at.section) + path_of(at) + ": " + what;
 }
 
 bool fail(const place& at, const std::string& what)

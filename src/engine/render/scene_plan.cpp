@@ -67,10 +67,9 @@ placed_copies place_copies(const scene_object& object, const document& d, uint32
 
 std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t object_number)
 {
-    return std::string("Warning: ") + d.name + ": section " + std::to_string(section_scenes) + " ("
-        + section_name(section_scenes) + "), record " + std::to_string(scene_handle) + ", object "
-        + std::to_string(object_number + 1) + ": its manipulators make more than " + std::to_string(max_placements)
-        + " copies; the first " + std::to_string(max_placements) + " are drawn.";
+    return "Warning: " + record_label(d, section_scenes, scene_handle) + ", object " + std::to_string(object_number + 1)
+        + ": its manipulators make more than " + std::to_string(max_placements) + " copies; the first "
+        + std::to_string(max_placements) + " are drawn.";
 }
 
 // ---- vertex arrays --------------------------------------------------------------

@@ -46,8 +46,7 @@ static void make_program(document& d, uint32_t handle, material_record& material
     build_shader(material, units);
     if (!shader_log)
         return;
-    const std::string place = std::string(d.name) + ": section " + std::to_string(section_materials) + " ("
-        + section_name(section_materials) + "), record " + std::to_string(handle);
+    const std::string place = record_label(d, section_materials, handle);
     std::fputs(explain_shader_failure(material, units, place).c_str(), stderr);
 }
 
