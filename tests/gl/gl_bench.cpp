@@ -287,22 +287,12 @@ material_record& gl_bench::add_material(uint32_t* handle)
 
 scene_object gl_bench::object(object_kind kind, uint32_t object, uint32_t material)
 {
-    scene_object o = {};
-    o.type = kind;
-    o.object = object;
-    o.material = material;
-    for (uint32_t i = 6; i < placement_value_count; ++i)
-        o.values[i].value = 1.0f;
-    return o;
+    return object_at_origin(kind, object, material);
 }
 
 uint32_t gl_bench::add_scene(const std::vector<scene_object>& objects)
 {
-    scene_record scene = {};
-    scene.object_count = static_cast<uint32_t>(objects.size());
-    scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
-    std::copy(objects.begin(), objects.end(), scene.objects);
-    return add_record(d.scene_table, scene);
+    return ::add_scene(content, objects);
 }
 
 // ---- drawing --------------------------------------------------------------------

@@ -154,22 +154,12 @@ mesh_arrays& record_bench::arrays(uint32_t mesh)
 
 scene_object record_bench::object(object_kind kind, uint32_t object, uint32_t material)
 {
-    scene_object made = {};
-    made.type = kind;
-    made.object = object;
-    made.material = material;
-    for (uint32_t i = 6; i < placement_value_count; ++i)
-        made.values[i].value = 1.0f;
-    return made;
+    return object_at_origin(kind, object, material);
 }
 
 uint32_t record_bench::add_scene(const std::vector<scene_object>& objects)
 {
-    scene_record scene = {};
-    scene.object_count = static_cast<uint32_t>(objects.size());
-    scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
-    std::copy(objects.begin(), objects.end(), scene.objects);
-    return add_record(d.scene_table, scene);
+    return ::add_scene(content, objects);
 }
 
 // ---- work -----------------------------------------------------------------------

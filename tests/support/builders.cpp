@@ -1,6 +1,7 @@
 #include "builders.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 animation_function empty_function()
 {
@@ -75,6 +76,26 @@ uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height)
 uint32_t add_scene(test_document& t)
 {
     return add_record(t.d.scene_table, scene_record{});
+}
+
+uint32_t add_scene(test_document& t, const std::vector<scene_object>& objects)
+{
+    scene_record scene = {};
+    scene.object_count = static_cast<uint32_t>(objects.size());
+    scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
+    std::copy(objects.begin(), objects.end(), scene.objects);
+    return add_record(t.d.scene_table, scene);
+}
+
+scene_object object_at_origin(object_kind kind, uint32_t object, uint32_t material)
+{
+    scene_object made = {};
+    made.type = kind;
+    made.object = object;
+    made.material = material;
+    for (uint32_t i = 6; i < placement_value_count; ++i)
+        made.values[i].value = 1.0f;
+    return made;
 }
 
 layer_record make_layer(uint32_t type, uint32_t length, uint32_t model_id)

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
+#include <vector>
 
 // ---- animation functions --------------------------------------------------------
 
@@ -61,6 +62,12 @@ uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height);
 
 // A scene without objects, so that a layer has something to show.
 uint32_t add_scene(test_document& t);
+
+// A scene with copies of these objects.
+uint32_t add_scene(test_document& t, const std::vector<scene_object>& objects);
+
+// An object at the origin with scale 1, always visible.
+scene_object object_at_origin(object_kind kind, uint32_t object, uint32_t material);
 
 // ---- timelines ------------------------------------------------------------------
 
