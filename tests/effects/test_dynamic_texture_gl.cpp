@@ -148,7 +148,7 @@ struct recorded_texture {
         texture.width = texture.height = side;
         texture.bpp = bpp;
         texture.functions[0] = texture.functions[1] = add_function(t, linear_function());
-        handle = add_record(t.d.dynamic_texture_table, texture);
+        handle = table_add(t.d.dynamic_texture_table, texture);
     }
     ~recorded_texture()
     {
@@ -159,7 +159,7 @@ struct recorded_texture {
 
     dynamic_texture& record()
     {
-        return *table_record<dynamic_texture>(t.d.dynamic_texture_table, handle);
+        return *table_get(t.d.dynamic_texture_table, handle);
     }
     void create(bool first_image, bool use_pbo)
     {
@@ -309,7 +309,7 @@ TEST_CASE("a dangling dynamic texture, or one that was not made, is not refreshe
     CHECK(recorder.log.empty());
     update_dynamic_texture(0, texture.t.d.dynamic_texture_table, texture.t.d.function_table, 5, false);
     update_dynamic_texture(9, texture.t.d.dynamic_texture_table, texture.t.d.function_table, 5, false);
-    update_dynamic_texture(1, nullptr, nullptr, 5, false);
+    update_dynamic_texture(1, {}, {}, 5, false);
     CHECK(recorder.log.empty());
 }
 

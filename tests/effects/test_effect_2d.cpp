@@ -74,7 +74,7 @@ TEST_CASE("parameters are function values, 0 for handle 0 and 1 for a dangling h
     texture.functions[0] = 3000;
     dynamic_texture_params(texture, t.d.function_table, 250, params);
     CHECK(params[0] == 1.0f);
-    dynamic_texture_params(texture, nullptr, 250, params);
+    dynamic_texture_params(texture, {}, 250, params);
     CHECK(params[0] == 1.0f);
     CHECK(params[1] == 1.0f);
 }

@@ -132,14 +132,14 @@ TEST_CASE("an update evaluates the functions at the time; handle 0 is 0 and a da
     test_document t;
     test_effect effect(mesh_effect_swirl);
     effect.e.functions[1] = add_function(t, linear_function());
-    const uint32_t handle = add_record(t.d.effect_table, effect.e);
+    const uint32_t handle = table_add(t.d.effect_table, effect.e);
     test_effect expected(mesh_effect_swirl);
 
     update_mesh_effect(handle, t.d.effect_table, t.d.function_table, 40);
     step(expected, 0.0f, 40.0f);
     CHECK(positions(effect) == positions(expected));
 
-    table_record<mesh_effect>(t.d.effect_table, handle)->functions[0] = 77;
+    table_get(t.d.effect_table, handle)->functions[0] = 77;
     update_mesh_effect(handle, t.d.effect_table, t.d.function_table, 40);
     step(expected, 1.0f, 40.0f);
     CHECK(positions(effect) == positions(expected));
@@ -150,10 +150,10 @@ TEST_CASE("an update of a dangling effect changes no other")
     test_document t;
     test_effect effect(mesh_effect_swirl);
     effect.e.functions[1] = add_function(t, linear_function());
-    const uint32_t handle = add_record(t.d.effect_table, effect.e);
+    const uint32_t handle = table_add(t.d.effect_table, effect.e);
     for (const uint32_t dangling : {0u, handle + 1, 4096u, 4294967295u})
         update_mesh_effect(dangling, t.d.effect_table, t.d.function_table, 40);
-    update_mesh_effect(handle, nullptr, t.d.function_table, 40);
+    update_mesh_effect(handle, {}, t.d.function_table, 40);
     CHECK(positions(effect) == std::vector<float>(768, 0.0f));
 }
 

@@ -163,8 +163,8 @@ static uint32_t add_image_reference(gl_bench& b, uint32_t texture)
 {
     image_texture image = {};
     image.texture = texture;
-    const uint32_t handle = add_record(b.d.image_texture_table, image);
-    return add_record(b.d.object_table, object_reference{texture_image, handle, 1});
+    const uint32_t handle = table_add(b.d.image_texture_table, image);
+    return table_add(b.d.object_table, object_reference{texture_image, handle, 1});
 }
 
 uint32_t gl_bench::add_texture(const float color[4])
@@ -187,8 +187,8 @@ uint32_t gl_bench::add_cube_map()
         = {255, 0, 0, 255, 0, 255, 255, 255, 0, 255, 0, 255, 255, 0, 255, 255, 0, 0, 255, 255, 255, 255, 0, 255};
     cube_map cube = {};
     cube.texture = upload(GL_TEXTURE_CUBE_MAP, pixels, 1);
-    const uint32_t handle = add_record(d.cube_map_table, cube);
-    return add_record(d.object_table, object_reference{texture_cube, handle, 1});
+    const uint32_t handle = table_add(d.cube_map_table, cube);
+    return table_add(d.object_table, object_reference{texture_cube, handle, 1});
 }
 
 // The arrays of a mesh, put where the record's one block owns them.
@@ -215,7 +215,7 @@ static uint32_t add_mesh(gl_bench& b, const std::vector<float>& positions, const
     mesh.arrays.normals = put(normals);
     mesh.arrays.indices = reinterpret_cast<uint16_t*>(at);
     std::copy(indices.begin(), indices.end(), mesh.arrays.indices);
-    return add_record(b.d.mesh_table, mesh);
+    return table_add(b.d.mesh_table, mesh);
 }
 
 uint32_t gl_bench::add_quad(uint32_t texcoord_sets)
@@ -272,7 +272,7 @@ uint32_t gl_bench::add_light(float ambient, float diffuse, const float position[
         record.values[3 + i] = diffuse * tint;
         record.values[6 + i] = position[i];
     }
-    return add_record(d.transform_table, record);
+    return table_add(d.transform_table, record);
 }
 
 material_record& gl_bench::add_material(uint32_t* handle)
@@ -281,8 +281,8 @@ material_record& gl_bench::add_material(uint32_t* handle)
     material.blend_function = 2;
     std::fill_n(material.color, 4, 1.0f);
     material.linewidth = 1.0f;
-    *handle = add_record(d.material_table, material);
-    return *table_record<material_record>(d.material_table, *handle);
+    *handle = table_add(d.material_table, material);
+    return *table_get(d.material_table, *handle);
 }
 
 scene_object gl_bench::object(object_kind kind, uint32_t object, uint32_t material)
@@ -300,8 +300,7 @@ uint32_t gl_bench::add_scene(const std::vector<scene_object>& objects)
 bool gl_bench::build_programs()
 {
     bool silent = true;
-    for (uint32_t position = 1; position <= d.material_table->count; ++position) {
-        material_record& material = *static_cast<material_record*>(record_table_at(d.material_table, position));
+    for (auto [handle, material] : d.material_table) {
         shader_unit units[texture_unit_count];
         resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
             d.cube_map_table, units);

@@ -448,12 +448,11 @@ small_show::small_show(const show_text& text, bool shader_path)
 
 small_show::~small_show()
 {
-    for (uint32_t handle = 1; handle <= record_table_capacity; ++handle) {
-        if (material_record* m = table_record<material_record>(d.material_table, handle); m && m->program)
-            release_shader_gl(*m->program);
-        if (mesh_record* m = table_record<mesh_record>(d.mesh_table, handle))
-            release_mesh_buffers_gl(m->arrays);
-    }
+    for (auto [handle, material] : d.material_table)
+        if (material.program != nullptr)
+            release_shader_gl(*material.program);
+    for (auto [handle, mesh] : d.mesh_table)
+        release_mesh_buffers_gl(mesh.arrays);
     unload_document(d);
     reset_rippler_cache();
 }
@@ -475,14 +474,14 @@ picture small_show::frame(uint32_t time)
 
 const image_texture& small_show::image(int handle) const
 {
-    const auto* record = table_record<image_texture>(d.image_texture_table, static_cast<uint32_t>(handle));
+    const auto* record = table_get(d.image_texture_table, static_cast<uint32_t>(handle));
     REQUIRE(record != nullptr);
     return *record;
 }
 
 dynamic_texture& small_show::moving(int handle) const
 {
-    auto* record = table_record<::dynamic_texture>(d.dynamic_texture_table, static_cast<uint32_t>(handle));
+    auto* record = table_get(d.dynamic_texture_table, static_cast<uint32_t>(handle));
     REQUIRE(record != nullptr);
     return *record;
 }

@@ -437,7 +437,7 @@ TEST_CASE("meshes in buffers and in client memory draw the same picture, on both
         const uint32_t mesh = b.add_sphere();
         const uint32_t scene = b.add_scene({b.object(object_model, mesh, handle)});
         const picture client = b.draw(scene, glsl);
-        mesh_arrays& arrays = table_record<mesh_record>(b.d.mesh_table, mesh)->arrays;
+        mesh_arrays& arrays = table_get(b.d.mesh_table, mesh)->arrays;
         create_mesh_buffers_gl(arrays);
         CHECK(arrays.position_buffer != 0);
         CHECK(arrays.index_buffer != 0);
@@ -474,7 +474,7 @@ TEST_CASE("wireframes draw lines on both paths, with and without buffers")
         o.values[6].value = 0.5f;
         o.values[7].value = 0.5f;
         const uint32_t scene = b.add_scene({o});
-        mesh_arrays& arrays = table_record<mesh_record>(b.d.mesh_table, mesh)->arrays;
+        mesh_arrays& arrays = table_get(b.d.mesh_table, mesh)->arrays;
         for (const bool buffered : {false, true}) {
             b.caps.vbo = buffered;
             if (buffered)
@@ -538,9 +538,9 @@ TEST_CASE("models need a material, generated meshes do not, hidden objects and u
 
         mesh_effect effect = {}; // a generated mesh that keeps still: its kind does not exist
         effect.type = mesh_effect_kind_count;
-        const uint32_t generated = add_record(b.d.effect_table, effect);
-        mesh_arrays& mesh = table_record<mesh_effect>(b.d.effect_table, generated)->mesh;
-        mesh = table_record<mesh_record>(b.d.mesh_table, quad)->arrays;
+        const uint32_t generated = table_add(b.d.effect_table, effect);
+        mesh_arrays& mesh = table_get(b.d.effect_table, generated)->mesh;
+        mesh = table_get(b.d.mesh_table, quad)->arrays;
         b.draw(add_full_scene(b, handle), glsl); // the state that stands
         CHECK(center_of(b.draw(b.add_scene({b.object(object_genmesh, generated, 0)}), glsl)).red == 255);
         mesh = {}; // it was borrowed
@@ -617,7 +617,7 @@ TEST_CASE("a stale unit's coordinates follow the mesh at hand, which may be shor
     b.add_material(&none);
     b.draw(b.add_scene({b.object(object_model, b.add_quad(3), three)}), false);
     const uint32_t bare = b.add_quad(0);
-    CHECK(table_record<mesh_record>(b.d.mesh_table, bare)->arrays.texcoords[0] == nullptr);
+    CHECK(table_get(b.d.mesh_table, bare)->arrays.texcoords[0] == nullptr);
     b.perspective = true;
     b.draw(b.add_scene({b.object(object_model, b.add_sphere(), none)}), false); // longer
     b.draw(b.add_scene({b.object(object_model, bare, none)}), false);           // none

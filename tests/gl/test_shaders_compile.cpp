@@ -69,7 +69,7 @@ TEST_CASE("every combination of units, coordinates and combine modes compiles an
     const float position[3] = {1, 2, 3};
     const uint32_t constant = b.add_light(0.1f, 0.9f, position);
     const uint32_t dynamic = b.add_light(0.1f, 0.9f, position);
-    table_record<value_record>(b.d.transform_table, dynamic)->dynamic_flags[0] = 252;
+    table_get(b.d.transform_table, dynamic)->dynamic_flags[0] = 252;
 
     uint32_t turn = 0; // walks through modes and variants while the choices are counted out
     for (uint32_t count = 0, combinations = 1; count <= texture_unit_count; ++count, combinations *= choice_count) {
@@ -98,7 +98,7 @@ TEST_CASE("every variant of lights, fog and dynamic values compiles with every u
     const float position[3] = {1, 2, 3};
     const uint32_t constant = b.add_light(0.1f, 0.9f, position);
     const uint32_t dynamic = b.add_light(0.1f, 0.9f, position);
-    table_record<value_record>(b.d.transform_table, dynamic)->dynamic_flags[0] = 252;
+    table_get(b.d.transform_table, dynamic)->dynamic_flags[0] = 252;
     for (uint32_t variant = 0; variant < 64; ++variant) {
         for (uint32_t count = 0; count <= texture_unit_count; ++count) {
             shader_unit units[texture_unit_count] = {};

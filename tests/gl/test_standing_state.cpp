@@ -15,15 +15,15 @@ TEST_CASE("a mesh without triangles draws nothing, but its material is the state
         material.color[2] = 0.0f;
         REQUIRE(b.build_programs());
         const uint32_t quad = b.add_quad();
-        const mesh_arrays arrays = table_record<mesh_record>(b.d.mesh_table, quad)->arrays;
+        const mesh_arrays arrays = table_get(b.d.mesh_table, quad)->arrays;
 
         // Generated meshes that keep still, as their kind does not exist; the second is a swarm.
         mesh_effect effect = {};
         effect.type = mesh_effect_kind_count;
-        const uint32_t generated = add_record(b.d.effect_table, effect);
-        const uint32_t points = add_record(b.d.effect_table, effect);
-        mesh_arrays& with_triangles = table_record<mesh_effect>(b.d.effect_table, generated)->mesh;
-        mesh_arrays& without = table_record<mesh_effect>(b.d.effect_table, points)->mesh;
+        const uint32_t generated = table_add(b.d.effect_table, effect);
+        const uint32_t points = table_add(b.d.effect_table, effect);
+        mesh_arrays& with_triangles = table_get(b.d.effect_table, generated)->mesh;
+        mesh_arrays& without = table_get(b.d.effect_table, points)->mesh;
         with_triangles = without = arrays;
         without.index_count = 0;
         without.indices = nullptr;

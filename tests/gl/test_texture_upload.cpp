@@ -161,9 +161,9 @@ TEST_CASE("a cube map has six faces in their order, mipmapped face by face")
 }
 
 // An output node of a table, with pixels of one value or (-1) without any.
-static texture_node& add_output_node(record_table* table, uint8_t filter, int value)
+static texture_node& add_output_node(const table<texture_node>& nodes, uint8_t filter, int value)
 {
-    texture_node& node = *table_record<texture_node>(table, record_table_add(table));
+    texture_node& node = *table_get(nodes, table_add(nodes));
     node = {};
     node.type = node_output;
     node.texture_filter = filter;
@@ -179,10 +179,10 @@ static texture_node& add_output_node(record_table* table, uint8_t filter, int va
 TEST_CASE("output nodes are uploaded as computed, and black where they never were")
 {
     const gl_bench bench;
-    record_table* table = record_table_new(sizeof(texture_node));
-    texture_node& computed = add_output_node(table, 0, 99);
-    texture_node& never = add_output_node(table, 1, -1);
-    upload_generated_textures_gl(table, plain_formats());
+    table<texture_node> nodes = table_new<texture_node>();
+    texture_node& computed = add_output_node(nodes, 0, 99);
+    texture_node& never = add_output_node(nodes, 1, -1);
+    upload_generated_textures_gl(nodes, plain_formats());
     glBindTexture(GL_TEXTURE_2D, computed.texture);
     CHECK(level_pixels(GL_TEXTURE_2D, 0, 3) == std::vector<uint8_t>(256 * 256 * 3, 99));
     CHECK(parameter_of(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER) == GL_NEAREST);
@@ -190,17 +190,17 @@ TEST_CASE("output nodes are uploaded as computed, and black where they never wer
     CHECK(level_pixels(GL_TEXTURE_2D, 0, 3) == std::vector<uint8_t>(256 * 256 * 3, 0));
     CHECK(parameter_of(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER) == GL_LINEAR);
     std::free(computed.pixels);
-    record_table_free(table);
-    upload_generated_textures_gl(nullptr, plain_formats());
+    table_free(nodes);
+    upload_generated_textures_gl({}, plain_formats());
 }
 
 TEST_CASE("only filter 2 builds the levels of an output node, though more have the filter of levels")
 {
     const gl_bench bench;
-    record_table* table = record_table_new(sizeof(texture_node));
+    table<texture_node> nodes = table_new<texture_node>();
     for (const uint8_t filter : {uint8_t{1}, uint8_t{2}, uint8_t{3}}) {
-        texture_node& node = add_output_node(table, filter, 10);
-        upload_generated_textures_gl(table, plain_formats());
+        texture_node& node = add_output_node(nodes, filter, 10);
+        upload_generated_textures_gl(nodes, plain_formats());
         glBindTexture(GL_TEXTURE_2D, node.texture);
         CHECK(level_pixels(GL_TEXTURE_2D, 8, 3).size() == (filter == 2 ? 3 : 0));
         CHECK(level_pixels(GL_TEXTURE_2D, 1, 3).size() == (filter == 2 ? 128 * 128 * 3 : 0));
@@ -209,7 +209,7 @@ TEST_CASE("only filter 2 builds the levels of an output node, though more have t
         std::free(node.pixels);
         node.pixels = nullptr;
     }
-    record_table_free(table);
+    table_free(nodes);
     CHECK(glGetError() == GL_NO_ERROR);
 }
 

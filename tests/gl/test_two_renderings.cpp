@@ -85,7 +85,7 @@ TEST_CASE("vertex buffers change no pixel of any sort of object, over several fr
             small_show show(s, {.glsl = glsl, .vbo = vbo});
             for (const uint32_t time : {0u, 1u, 2u, 3u, 10u, 50u})
                 seen[vbo].push_back(show.frame(time));
-            CHECK((table_record<mesh_record>(show.d.mesh_table, 1)->arrays.position_buffer != 0) == vbo);
+            CHECK((table_get(show.d.mesh_table, 1)->arrays.position_buffer != 0) == vbo);
         }
         for (size_t n = 0; n < seen[0].size(); ++n)
             CHECK(greatest_difference(seen[0][n], seen[1][n]) == 0);

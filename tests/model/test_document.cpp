@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <doctest/doctest.h>
+#include <set>
 
 // ---- whole documents ------------------------------------------------------------
 
@@ -14,18 +15,18 @@ TEST_CASE("a complete document is read into one record of every kind, without a 
     CHECK(joined(r) == "");
     CHECK_FALSE(r.failed);
     CHECK(r.d.generated_image_count == 1);
-    CHECK(r.d.texture_table->count == 2);
-    CHECK(r.d.mesh_table->count == 1);
-    CHECK(r.d.function_table->count == 1);
-    CHECK(r.d.transform_table->count == 1);
-    CHECK(r.d.dynamic_texture_table->count == 1);
-    CHECK(r.d.image_texture_table->count == 1);
-    CHECK(r.d.cube_map_table->count == 1);
-    CHECK(r.d.font_table->count == 1);
-    CHECK(r.d.object_table->count == 5);
-    CHECK(r.d.material_table->count == 1);
-    CHECK(r.d.effect_table->count == 1);
-    CHECK(r.d.scene_table->count == 1);
+    CHECK(table_count(r.d.texture_table) == 2);
+    CHECK(table_count(r.d.mesh_table) == 1);
+    CHECK(table_count(r.d.function_table) == 1);
+    CHECK(table_count(r.d.transform_table) == 1);
+    CHECK(table_count(r.d.dynamic_texture_table) == 1);
+    CHECK(table_count(r.d.image_texture_table) == 1);
+    CHECK(table_count(r.d.cube_map_table) == 1);
+    CHECK(table_count(r.d.font_table) == 1);
+    CHECK(table_count(r.d.object_table) == 5);
+    CHECK(table_count(r.d.material_table) == 1);
+    CHECK(table_count(r.d.effect_table) == 1);
+    CHECK(table_count(r.d.scene_table) == 1);
     CHECK(r.d.tracks->layer_count[0] == 2);
 }
 
@@ -96,7 +97,7 @@ TEST_CASE("names of sections and of the document element do not matter")
     renamed = with(renamed, "<document>", "<loading>");
     const reading r(renamed);
     CHECK(joined(r) == "");
-    CHECK(r.d.function_table->count == 1);
+    CHECK(table_count(r.d.function_table) == 1);
 }
 
 TEST_CASE("fewer than fourteen sections are an error, fourteen are enough")
@@ -151,20 +152,37 @@ TEST_CASE("a second document_free does nothing, and an uncreated document can be
 {
     document d;
     document_create(d, "demo.xmlz", nullptr);
-    CHECK(d.scene_table != nullptr);
+    CHECK(d.scene_table.raw != nullptr);
     document_free(d);
-    CHECK(d.scene_table == nullptr);
+    CHECK(d.scene_table.raw == nullptr);
     document_free(d);
     document empty{};
     document_free(empty);
     CHECK(empty.tracks == nullptr);
 }
 
+TEST_CASE("a document lists each of its tables once: all are made, each with records of its own size, and freed")
+{
+    document d;
+    document_create(d, "demo.xmlz", nullptr);
+    CHECK(d.texture_table.raw->record_size == sizeof(texture_node));
+    CHECK(d.scene_table.raw->record_size == sizeof(scene_record));
+    std::set<const record_table*> seen;
+    for_each_table(d, [&seen]<typename record>(const table<record>& records) {
+        REQUIRE(records.raw != nullptr);
+        CHECK(records.raw->record_size == sizeof(record));
+        seen.insert(records.raw);
+    });
+    CHECK(seen.size() == 12);
+    document_free(d);
+    for_each_table(d, [](const auto& records) { CHECK(records.raw == nullptr); });
+}
+
 TEST_CASE("freeing the generated images frees their pixels and those of the nodes")
 {
     reading r(complete_document());
     r.d.generated_images[0].pixels = static_cast<uint8_t*>(std::malloc(3));
-    auto* node = table_record<texture_node>(r.d.texture_table, 1);
+    auto* node = table_get(r.d.texture_table, 1);
     node->pixels = static_cast<uint8_t*>(std::malloc(3));
     document_free_generated_images(r.d);
     CHECK(r.d.generated_images == nullptr);
@@ -176,17 +194,17 @@ TEST_CASE("a document is freed with what was made for its records later")
 {
     reading r(complete_document());
     r.d.generated_images[0].pixels = static_cast<uint8_t*>(std::malloc(3));
-    table_record<texture_node>(r.d.texture_table, 2)->pixels = static_cast<uint8_t*>(std::malloc(3));
-    table_record<mesh_record>(r.d.mesh_table, 1)->arrays.line_indices = static_cast<uint16_t*>(std::malloc(12));
-    auto* material = table_record<material_record>(r.d.material_table, 1);
+    table_get(r.d.texture_table, 2)->pixels = static_cast<uint8_t*>(std::malloc(3));
+    table_get(r.d.mesh_table, 1)->arrays.line_indices = static_cast<uint16_t*>(std::malloc(12));
+    auto* material = table_get(r.d.material_table, 1);
     material->program = static_cast<shader_program*>(std::calloc(1, sizeof(shader_program)));
     material->program->vertex_source = strdup("v");
     material->program->fragment_source = strdup("f");
-    auto* dynamic = table_record<dynamic_texture>(r.d.dynamic_texture_table, 1);
+    auto* dynamic = table_get(r.d.dynamic_texture_table, 1);
     dynamic->state = static_cast<effect_2d_state*>(std::calloc(1, sizeof(effect_2d_state)));
     dynamic->state->buffer = static_cast<uint8_t*>(std::malloc(3));
     document_free(r.d); // the leak checker has the last word
-    CHECK(r.d.material_table == nullptr);
+    CHECK(r.d.material_table.raw == nullptr);
 }
 
 TEST_CASE("every section has its name in messages")
@@ -208,7 +226,7 @@ TEST_CASE("a full table is a fatal problem at the record that does not fit")
     text.records[10] = repeated("<o type=\"0\" id=\"0\"/>", 4096);
     const reading full(text);
     CHECK(fatal_line(full) == "");
-    CHECK(full.d.object_table->count == 4096);
+    CHECK(table_count(full.d.object_table) == 4096);
     text.records[10] += "<o type=\"0\" id=\"0\"/>";
     const reading over(text);
     CHECK(fatal_line(over) == "Error: demo.xmlz: section 10 (objects), record 4097: more than 4096 records.\n");
@@ -228,7 +246,7 @@ static object_reference reference_of(const std::string& type, const std::string&
     text.records[10] = "<o type=\"" + type + "\" id=\"" + id + "\"/>";
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    return *table_record<object_reference>(r.d.object_table, 1);
+    return *table_get(r.d.object_table, 1);
 }
 
 TEST_CASE("whole numbers are decimal, junk behind the digits is ignored, an empty text is 0")
@@ -255,7 +273,7 @@ TEST_CASE("real numbers are stored in single precision")
     document_text text;
     text.records[4] = with(function_text(), "<a>1</a>", "<a>0.1</a><a>1e2x</a><a> -.5</a><a>1e300</a><a>x</a>");
     const reading r(text);
-    const auto* function = table_record<animation_function>(r.d.function_table, 1);
+    const auto* function = table_get(r.d.function_table, 1);
     CHECK(function->segment_params[0][0] == 0.1f);
     CHECK(function->segment_params[0][1] == 100.0f);
     CHECK(function->segment_params[0][2] == -0.5f);
@@ -337,8 +355,8 @@ TEST_CASE("a reference that a material names as a texture is no scene object's")
     CHECK(resolve_scene_object(r.d, object_meaning(object_genmesh, 2)) == 2);
     CHECK(resolve_scene_object(r.d, object_meaning(object_model, 1)) == 1);
     CHECK(resolve_scene_object(r.d, object_meaning(object_model, 4)) == 1);
-    CHECK(table_record<object_reference>(r.d.object_table, 3)->named_by_material == 1);
-    CHECK(table_record<object_reference>(r.d.object_table, 4)->named_by_material == 0);
+    CHECK(table_get(r.d.object_table, 3)->named_by_material == 1);
+    CHECK(table_get(r.d.object_table, 4)->named_by_material == 0);
 }
 
 // ---- documents in a pack ----------------------------------------------------------------

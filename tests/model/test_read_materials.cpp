@@ -15,7 +15,7 @@ static material_record material_of(const std::string& settings)
 {
     const reading r(material_text(settings));
     CHECK(fatal_line(r) == "");
-    material_record material = *table_record<material_record>(r.d.material_table, 1);
+    material_record material = *table_get(r.d.material_table, 1);
     material.custom_vertex_shader = material.custom_fragment_shader = nullptr; // gone with the reading
     return material;
 }
@@ -25,7 +25,7 @@ static material_record odd_material_of(const std::string& settings)
 {
     const reading r(material_text(settings));
     CHECK_FALSE(r.failed);
-    material_record material = *table_record<material_record>(r.d.material_table, 1);
+    material_record material = *table_get(r.d.material_table, 1);
     material.custom_vertex_shader = material.custom_fragment_shader = nullptr; // gone with the reading
     return material;
 }
@@ -43,7 +43,7 @@ static const std::string material_warning = "Warning: demo.xmlz: section 11 (mat
 TEST_CASE("every setting of a material goes into its record")
 {
     const reading r(complete_document());
-    const auto& m = *table_record<material_record>(r.d.material_table, 1);
+    const auto& m = *table_get(r.d.material_table, 1);
     CHECK(m.backface_culling == 1);
     CHECK(m.depth_test == 1);
     CHECK(m.normalization == 1);
@@ -100,7 +100,7 @@ TEST_CASE("settings may come in any order, and the last of a name counts")
     CHECK(m.backface_culling == 1);
     CHECK(m.wireframe == 0);
     const reading r(material_text("<vertex_shader>first</vertex_shader><vertex_shader>last</vertex_shader>"));
-    CHECK(std::strcmp(table_record<material_record>(r.d.material_table, 1)->custom_vertex_shader, "last") == 0);
+    CHECK(std::strcmp(table_get(r.d.material_table, 1)->custom_vertex_shader, "last") == 0);
 }
 
 TEST_CASE("a flag is set by every number but 0")
@@ -127,7 +127,7 @@ TEST_CASE("a material's value is constant only when its type is exactly static")
 
 TEST_CASE("the numbers of a material keep their low eight bits, with a warning")
 {
-    static const auto m = [](const reading& r) { return table_record<material_record>(r.d.material_table, 1); };
+    static const auto m = [](const reading& r) { return table_get(r.d.material_table, 1); };
     const struct {
         const char* name;
         uint8_t (*byte_of)(const reading& r);
@@ -201,8 +201,8 @@ TEST_CASE("shader elements without text leave the material without one")
 {
     const reading r(material_text("<enable_glsl value=\"1\"/><vertex_shader/><fragment_shader></fragment_shader>"));
     CHECK(fatal_line(r) == "");
-    CHECK(table_record<material_record>(r.d.material_table, 1)->custom_vertex_shader == nullptr);
-    CHECK(table_record<material_record>(r.d.material_table, 1)->custom_fragment_shader == nullptr);
+    CHECK(table_get(r.d.material_table, 1)->custom_vertex_shader == nullptr);
+    CHECK(table_get(r.d.material_table, 1)->custom_fragment_shader == nullptr);
 }
 
 // ---- what is missing ------------------------------------------------------------------
@@ -297,7 +297,7 @@ TEST_CASE("references are marked once all materials are read")
                         "function=\"0\"/>");
     const reading r(text);
     for (uint32_t handle = 1; handle <= 5; ++handle)
-        CHECK(table_record<object_reference>(r.d.object_table, handle)->named_by_material == (handle == 5 ? 1 : 0));
+        CHECK(table_get(r.d.object_table, handle)->named_by_material == (handle == 5 ? 1 : 0));
 }
 
 // ---- fonts ------------------------------------------------------------------------------
@@ -311,7 +311,7 @@ TEST_CASE("a font has 87 glyphs in order")
         + repeated(glyph, 3) + "</font>";
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    const auto* font = table_record<font_record>(r.d.font_table, 1);
+    const auto* font = table_get(r.d.font_table, 1);
     CHECK(font->glyphs[0].model == 0);
     CHECK(font->glyphs[0].bitmap == 7);
     CHECK(font->glyphs[0].offset == 0.5f);
@@ -351,7 +351,7 @@ TEST_CASE("a glyph whose model does not exist is a blank")
     document_text text;
     text.records[9] = "<font>" + with(glyph, "model=\"0\"", "model=\"8\"") + repeated(glyph, 86) + "</font>";
     const reading r(text);
-    const auto* font = table_record<font_record>(r.d.font_table, 1);
+    const auto* font = table_get(r.d.font_table, 1);
     REQUIRE(font != nullptr);
     CHECK(font->glyphs[0].model == 0);
 }

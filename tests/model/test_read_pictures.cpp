@@ -23,7 +23,7 @@ TEST_CASE("a mesh record keeps the inflated bytes and points into them")
     text.records[3] = "<m filename=\"x.mesh\"/>";
     const reading r(text, with_mesh(in_envelope(mesh_text(3, 2, {0, 1, 2}))));
     CHECK(joined(r) == "");
-    const auto* mesh = table_record<mesh_record>(r.d.mesh_table, 1);
+    const auto* mesh = table_get(r.d.mesh_table, 1);
     CHECK(mesh->arrays.vertex_count == 3);
     CHECK(mesh->arrays.texcoord_sets == 2);
     CHECK(mesh->arrays.index_count == 3);
@@ -135,7 +135,7 @@ TEST_CASE("an image texture is decoded from its entry")
 {
     const reading r(image_text(), {{"a.tga", tga_picture(4, 6, 3)}});
     CHECK(joined(r) == "");
-    const auto* image = table_record<image_texture>(r.d.image_texture_table, 1);
+    const auto* image = table_get(r.d.image_texture_table, 1);
     CHECK(image->width == 4);
     CHECK(image->height == 6);
     CHECK(image->components == 3);
@@ -150,9 +150,9 @@ TEST_CASE("an image texture is decoded from its entry")
 TEST_CASE("grey pictures become three components, grey with alpha four")
 {
     const reading grey(image_text(), {{"a.tga", tga_picture(2, 2, 1)}});
-    CHECK(table_record<image_texture>(grey.d.image_texture_table, 1)->components == 3);
+    CHECK(table_get(grey.d.image_texture_table, 1)->components == 3);
     const reading grey_alpha(image_text(), {{"a.tga", tga_picture(2, 2, 2)}});
-    CHECK(table_record<image_texture>(grey_alpha.d.image_texture_table, 1)->components == 4);
+    CHECK(table_get(grey_alpha.d.image_texture_table, 1)->components == 4);
 }
 
 TEST_CASE("images and faces count towards what a document unfolds to")
@@ -205,7 +205,7 @@ TEST_CASE("ready-made levels are taken when they have half and a quarter of the 
         {{"a.tga", tga_picture(13, 7, 3)}, {"a_mm1.tga", tga_picture(6, 3, 3, 50)},
             {"a_mm2.tga", tga_picture(3, 1, 3, 90)}});
     CHECK(joined(r) == "");
-    const auto* image = table_record<image_texture>(r.d.image_texture_table, 1);
+    const auto* image = table_get(r.d.image_texture_table, 1);
     REQUIRE(image->level1 != nullptr);
     REQUIRE(image->level2 != nullptr);
     CHECK(image->level1[0] == 50);
@@ -218,7 +218,7 @@ TEST_CASE("a ready-made level has the components of its image")
     const reading r(image_text(),
         {{"a.tga", tga_picture(4, 4, 4)}, {"a_mm1.tga", tga_picture(2, 2, 3, 50)},
             {"a_mm2.tga", tga_picture(1, 1, 1, 90)}});
-    const auto* image = table_record<image_texture>(r.d.image_texture_table, 1);
+    const auto* image = table_get(r.d.image_texture_table, 1);
     REQUIRE(image->level1 != nullptr);
     CHECK(image->level1[3] == 255);
     CHECK(image->level1[4 * 4 - 1] == 255);
@@ -231,21 +231,21 @@ TEST_CASE("levels of another size, broken ones and a level 2 alone")
     const reading wrong(
         image_text(), {{"a.tga", tga_picture(8, 8, 3)}, {"a_mm1.tga", tga_picture(4, 3, 3)}, {"a_mm2.tga", "broken"}});
     CHECK(fatal_line(wrong) == "");
-    CHECK(table_record<image_texture>(wrong.d.image_texture_table, 1)->level1 == nullptr);
-    CHECK(table_record<image_texture>(wrong.d.image_texture_table, 1)->level2 == nullptr);
+    CHECK(table_get(wrong.d.image_texture_table, 1)->level1 == nullptr);
+    CHECK(table_get(wrong.d.image_texture_table, 1)->level2 == nullptr);
     const reading alone(image_text(),
         {{"a.tga", tga_picture(8, 8, 3)}, {"a_mm2.tga", tga_picture(2, 2, 3)}, {"a_mm3.tga", tga_picture(1, 1, 3)}});
-    CHECK(table_record<image_texture>(alone.d.image_texture_table, 1)->level1 == nullptr);
-    CHECK(table_record<image_texture>(alone.d.image_texture_table, 1)->level2 != nullptr);
+    CHECK(table_get(alone.d.image_texture_table, 1)->level1 == nullptr);
+    CHECK(table_get(alone.d.image_texture_table, 1)->level2 != nullptr);
 }
 
 TEST_CASE("a name of three characters has no levels, one of four has them by its mark in front")
 {
     const reading three(image_text("abc"), {{"abc", tga_picture(2, 2, 3)}, {"_mm1abc", tga_picture(1, 1, 3)}});
     CHECK(joined(three) == "");
-    CHECK(table_record<image_texture>(three.d.image_texture_table, 1)->level1 == nullptr);
+    CHECK(table_get(three.d.image_texture_table, 1)->level1 == nullptr);
     const reading four(image_text("abcd"), {{"abcd", tga_picture(2, 2, 3)}, {"_mm1abcd", tga_picture(1, 1, 3)}});
-    CHECK(table_record<image_texture>(four.d.image_texture_table, 1)->level1 != nullptr);
+    CHECK(table_get(four.d.image_texture_table, 1)->level1 != nullptr);
 }
 
 TEST_CASE("what is wrong with an image's entry is said in one line")
@@ -286,7 +286,7 @@ TEST_CASE("a cube map has its six faces in the order of the axes")
 {
     const reading r(cube_text(), cube_entries());
     CHECK(joined(r) == "");
-    const auto* cube = table_record<cube_map>(r.d.cube_map_table, 1);
+    const auto* cube = table_get(r.d.cube_map_table, 1);
     CHECK(cube->size == 4);
     CHECK(cube->texture_format == 5);
     CHECK(cube->texture_filter == 1);

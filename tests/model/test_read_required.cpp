@@ -228,7 +228,7 @@ TEST_CASE("each placement value is dynamic by exactly that word, and no other wi
             text.records[13] = "<scene>"
                 + with(scene_object_text(0, 4, 1, 1, ""), placement_values(), values_with(9, index, type)) + "</scene>";
             const reading r(text);
-            const scene_object& object = table_record<scene_record>(r.d.scene_table, 1)->objects[0];
+            const scene_object& object = table_get(r.d.scene_table, 1)->objects[0];
             std::string result;
             for (const animated_value& value : object.values)
                 result += value.dynamic == 1 ? 'd' : value.dynamic == 0 ? 's' : '?';
@@ -255,8 +255,8 @@ TEST_CASE("each value of a record, and each parameter of a manipulator, is dynam
                 + scene_object_text(0, 4, 1, 1, "", "<m type=\"0\">" + values_with(12, index, type) + "</m>")
                 + "</scene>";
             const reading r(text);
-            const value_record& values = *table_record<value_record>(r.d.transform_table, 1);
-            const manipulator_record& m = table_record<scene_record>(r.d.scene_table, 1)->objects[0].manipulators[0];
+            const value_record& values = *table_get(r.d.transform_table, 1);
+            const manipulator_record& m = table_get(r.d.scene_table, 1)->objects[0].manipulators[0];
             std::string result;
             for (uint32_t i = 0; i < 12; ++i) {
                 result += m.params[i].dynamic != 0 ? 'd' : 's';
@@ -312,7 +312,7 @@ TEST_CASE("each value of a material is constant by exactly that word, and no oth
             document_text text = complete_document();
             text.records[11] = "<material>" + settings + "</material>";
             const reading r(text);
-            const material_record& m = *table_record<material_record>(r.d.material_table, 1);
+            const material_record& m = *table_get(r.d.material_table, 1);
             const uint8_t dynamic[] = {m.color_dynamic[0], m.color_dynamic[1], m.color_dynamic[2], m.color_dynamic[3],
                 m.linewidth_dynamic, m.fogstart_dynamic, m.fogend_dynamic};
             const float values[] = {m.color[0], m.color[1], m.color[2], m.color[3], m.linewidth, m.fogstart, m.fogend};

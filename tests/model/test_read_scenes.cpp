@@ -19,7 +19,7 @@ static reading scene_of(const std::string& objects)
 
 static const scene_object& object_of(const reading& r, uint32_t index = 0)
 {
-    const auto* scene = table_record<scene_record>(r.d.scene_table, 1);
+    const auto* scene = table_get(r.d.scene_table, 1);
     REQUIRE(scene != nullptr);
     REQUIRE(index < scene->object_count);
     return scene->objects[index];
@@ -38,14 +38,14 @@ TEST_CASE("an effect has its kind and the functions of its parameters")
     text.records[12] = "<e type=\"2\" name=\"swirl\"><p>2</p><p>0</p><q/><p>1</p></e><e type=\"4\"/>";
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    const auto* effect = table_record<mesh_effect>(r.d.effect_table, 1);
+    const auto* effect = table_get(r.d.effect_table, 1);
     CHECK(effect->type == mesh_effect_swirl);
     CHECK(std::strcmp(effect->name, "swirl") == 0);
     CHECK(effect->functions[0] == 2);
     CHECK(effect->functions[1] == 0);
     CHECK(effect->functions[2] == 0);
     CHECK(effect->state == nullptr);
-    CHECK(table_record<mesh_effect>(r.d.effect_table, 2)->name[0] == 0);
+    CHECK(table_get(r.d.effect_table, 2)->name[0] == 0);
 }
 
 TEST_CASE("an effect's kind outside the catalogue is an error")
@@ -66,7 +66,7 @@ TEST_CASE("an effect may be of every kind in the catalogue")
     const reading r(text);
     CHECK(fatal_line(r) == "");
     for (uint32_t type = 0; type < 5; ++type)
-        CHECK(table_record<mesh_effect>(r.d.effect_table, type + 1)->type == type);
+        CHECK(table_get(r.d.effect_table, type + 1)->type == type);
 }
 
 TEST_CASE("an effect warns of functions that do not exist, but not of 0")
@@ -86,10 +86,10 @@ TEST_CASE("a scene's name is optional and cut to 31 bytes")
     const std::string name = "abcdefghijklmnopqrstuvwxyz0123456789";
     const reading r(scenes_text("<s/><s name=\"" + name + "\"/>"));
     CHECK(fatal_line(r) == "");
-    CHECK(table_record<scene_record>(r.d.scene_table, 1)->name[0] == 0);
-    CHECK(table_record<scene_record>(r.d.scene_table, 1)->objects == nullptr);
-    CHECK(table_record<scene_record>(r.d.scene_table, 1)->object_count == 0);
-    CHECK(table_record<scene_record>(r.d.scene_table, 2)->name == name.substr(0, 31));
+    CHECK(table_get(r.d.scene_table, 1)->name[0] == 0);
+    CHECK(table_get(r.d.scene_table, 1)->objects == nullptr);
+    CHECK(table_get(r.d.scene_table, 1)->object_count == 0);
+    CHECK(table_get(r.d.scene_table, 2)->name == name.substr(0, 31));
 }
 
 TEST_CASE("an object's children go into its fields in order")
@@ -112,7 +112,7 @@ TEST_CASE("an object's children go into its fields in order")
     CHECK(object.visibility == 1);
     CHECK(object.time_offset == -2.75f);
     CHECK(object.manipulator_count == 0);
-    CHECK(table_record<scene_record>(r.d.scene_table, 1)->camera_facing[0] == 128);
+    CHECK(table_get(r.d.scene_table, 1)->camera_facing[0] == 128);
 }
 
 TEST_CASE("the neighbours of the time offset are whole numbers")
@@ -121,7 +121,7 @@ TEST_CASE("the neighbours of the time offset are whole numbers")
     object = with(object, "<facing value=\"0\"/>", "<facing value=\"1.9\"/>");
     const reading r = scene_of(object);
     CHECK(object_of(r).visibility == 1);
-    CHECK(table_record<scene_record>(r.d.scene_table, 1)->camera_facing[0] == 128);
+    CHECK(table_get(r.d.scene_table, 1)->camera_facing[0] == 128);
 }
 
 TEST_CASE("only the value 1 turns an object to the camera")
@@ -130,7 +130,7 @@ TEST_CASE("only the value 1 turns an object to the camera")
     for (const char* value : {"0", "1", "2", "-1", "1", "256", "257", "0", "1", "0"})
         objects += with(plain, "<facing value=\"0\"/>", std::string("<facing value=\"") + value + "\"/>");
     const reading r = scene_of(objects);
-    const auto* scene = table_record<scene_record>(r.d.scene_table, 1);
+    const auto* scene = table_get(r.d.scene_table, 1);
     CHECK(scene->object_count == 10);
     CHECK(scene->camera_facing[0] == (64 | 8)); // objects 1 and 4
     CHECK(scene->camera_facing[1] == 128);      // object 8
@@ -143,7 +143,7 @@ TEST_CASE("every object has a camera-facing bit of its own, the highest of a byt
     for (int object = 0; object < 17; ++object)
         objects += object == 0 || object == 7 || object == 8 || object == 14 || object == 16 ? facing : plain;
     const reading r = scene_of(objects);
-    const auto* scene = table_record<scene_record>(r.d.scene_table, 1);
+    const auto* scene = table_get(r.d.scene_table, 1);
     REQUIRE(scene != nullptr);
     CHECK(scene->camera_facing[0] == 0x81); // objects 0 and 7
     CHECK(scene->camera_facing[1] == 0x82); // 8 and 14
@@ -165,7 +165,7 @@ TEST_CASE("128 objects are read, 129 are too many")
 {
     const reading full = scene_of(repeated(plain, 128));
     CHECK(joined(full) == "");
-    CHECK(table_record<scene_record>(full.d.scene_table, 1)->object_count == 128);
+    CHECK(table_get(full.d.scene_table, 1)->object_count == 128);
     const reading over = scene_of(repeated(plain, 129));
     CHECK(joined(over) == "Error: demo.xmlz: section 13 (scenes), record 1: more than 128 objects.\n");
 }

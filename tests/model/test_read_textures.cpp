@@ -42,7 +42,7 @@ static texture_node node_of(const std::string& element, uint32_t count = 9)
     text.records[2] = element + repeated(node_head + "<i>0</i></t>", count - 1);
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    return *table_record<texture_node>(r.d.texture_table, 1);
+    return *table_get(r.d.texture_table, 1);
 }
 
 TEST_CASE("a node has its inputs, outputs and values by the order of its children")
@@ -137,7 +137,7 @@ TEST_CASE("layer_id is read below type 201, unknown codes included, and nowhere 
         text.records[2] = with(node_head, "\"207\"", "\"" + std::string(type) + "\" layer_id=\"7\"") + "<i>0</i></t>";
         const reading r(text);
         CHECK(fatal_line(r) == "");
-        CHECK(table_record<texture_node>(r.d.texture_table, 1)->layer_id == 7);
+        CHECK(table_get(r.d.texture_table, 1)->layer_id == 7);
         text.records[2] = without_attribute(text.records[2], "layer_id");
         CHECK(fatal_line(reading(text))
             == "Error: demo.xmlz: section 2 (texture nodes), record 1: attribute \"layer_id\" is missing.\n");
@@ -150,7 +150,7 @@ TEST_CASE("a node's type keeps its low eight bits, with a warning")
 {
     const std::string start = "Warning: demo.xmlz: section 2 (texture nodes), record 1: ";
     check_byte(2, with(node_head, "\"207\"", "\"T\" layer_id=\"0\"") + "<i>0</i></t>", "\"T\"", start + "type ",
-        [](const reading& r) { return table_record<texture_node>(r.d.texture_table, 1)->type; });
+        [](const reading& r) { return table_get(r.d.texture_table, 1)->type; });
 }
 
 TEST_CASE("whether a node has a layer, and whether it is an output, is asked about its byte")
@@ -167,7 +167,7 @@ TEST_CASE("whether a node has a layer, and whether it is an output, is asked abo
         const std::string type = std::string("\"") + c.type + "\"";
         text.records[2] = with(node_head, "\"207\"", type + " layer_id=\"3\"") + "<i>0</i><output>1</output></t>";
         const reading r(text);
-        const auto& node = *table_record<texture_node>(r.d.texture_table, 1);
+        const auto& node = *table_get(r.d.texture_table, 1);
         CHECK(node.type == c.byte);
         CHECK(node.layer_id == c.layer_id);
         CHECK(node.output_count == c.output_count);
@@ -180,17 +180,17 @@ TEST_CASE("filters keep their low eight bits, with a warning")
 {
     check_byte(2, with(node_head, "texture_filter=\"2\"", "texture_filter=\"F\"") + "<i>0</i></t>", "\"F\"",
         "Warning: demo.xmlz: section 2 (texture nodes), record 1: texture_filter ",
-        [](const reading& r) { return table_record<texture_node>(r.d.texture_table, 1)->texture_filter; });
+        [](const reading& r) { return table_get(r.d.texture_table, 1)->texture_filter; });
     const document_text text = complete_document();
     check_byte(6, with(text.records[6], "texture_filter=\"1\"", "texture_filter=\"F\""), "\"F\"",
         "Warning: demo.xmlz: section 6 (dynamic textures), record 1: texture_filter ",
-        [](const reading& r) { return table_record<dynamic_texture>(r.d.dynamic_texture_table, 1)->texture_filter; });
+        [](const reading& r) { return table_get(r.d.dynamic_texture_table, 1)->texture_filter; });
     check_byte(7, with(text.records[7], "texture_filter=\"2\"", "texture_filter=\"F\""), "\"F\"",
         "Warning: demo.xmlz: section 7 (image textures), record 1: texture_filter ",
-        [](const reading& r) { return table_record<image_texture>(r.d.image_texture_table, 1)->texture_filter; });
+        [](const reading& r) { return table_get(r.d.image_texture_table, 1)->texture_filter; });
     check_byte(8, with(text.records[8], "texture_filter=\"1\"", "texture_filter=\"F\""), "\"F\"",
         "Warning: demo.xmlz: section 8 (cube maps), record 1: texture_filter ",
-        [](const reading& r) { return table_record<cube_map>(r.d.cube_map_table, 1)->texture_filter; });
+        [](const reading& r) { return table_get(r.d.cube_map_table, 1)->texture_filter; });
 }
 
 TEST_CASE("a node's name is cut to 34 bytes")
@@ -272,7 +272,7 @@ static dynamic_texture dynamic_of(const std::string& element)
     text.records[6] = element;
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    return *table_record<dynamic_texture>(r.d.dynamic_texture_table, 1);
+    return *table_get(r.d.dynamic_texture_table, 1);
 }
 
 TEST_CASE("a dynamic texture has its kind, sizes and functions")
@@ -357,7 +357,7 @@ TEST_CASE("a dynamic texture warns of functions that do not exist, but not of 0"
     CHECK_FALSE(r.failed);
     CHECK(
         joined(r) == "Warning: demo.xmlz: section 6 (dynamic textures), record 1, p 2: function 12 does not exist.\n");
-    CHECK(table_record<dynamic_texture>(r.d.dynamic_texture_table, 1)->functions[1] == 12);
+    CHECK(table_get(r.d.dynamic_texture_table, 1)->functions[1] == 12);
     text.records[6] = dynamic_head + "<p/></d>";
     CHECK(joined(reading(text))
         == "Error: demo.xmlz: section 6 (dynamic textures), record 1, p 1: the number is missing.\n");

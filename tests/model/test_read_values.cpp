@@ -10,7 +10,7 @@ static animation_function function_of(const std::string& element)
     text.records[4] = element;
     const reading r(text);
     CHECK(fatal_line(r) == "");
-    return *table_record<animation_function>(r.d.function_table, 1);
+    return *table_get(r.d.function_table, 1);
 }
 
 TEST_CASE("a function has its loop and its segments, and nothing cached")
@@ -40,9 +40,9 @@ TEST_CASE("a function's types keep their low eight bits, with a warning")
                           "<s type=\"0\" length=\"1\"><a>1</a></s></f>";
     const std::string start = "Warning: demo.xmlz: section 4 (functions), record 1: ";
     check_byte(4, f, "\"L\"", start + "loop_type ",
-        [](const reading& r) { return table_record<animation_function>(r.d.function_table, 1)->loop_type; });
+        [](const reading& r) { return table_get(r.d.function_table, 1)->loop_type; });
     check_byte(4, with(with(f, "\"L\"", "\"0\""), "type=\"0\"", "type=\"T\""), "\"T\"", start + "type ",
-        [](const reading& r) { return table_record<animation_function>(r.d.function_table, 1)->value_type; });
+        [](const reading& r) { return table_get(r.d.function_table, 1)->value_type; });
 }
 
 TEST_CASE("a segment's negative length is a length without end")
@@ -98,7 +98,7 @@ TEST_CASE("a value record keeps nine values and the marks of the dynamic ones")
         + animated("dynamic", "3") + animated("dynamic", "1") + animated("static", "-1.5") + animated("dynamic", "2"));
     const reading r(text);
     CHECK(joined(r) == "");
-    const auto* record = table_record<value_record>(r.d.transform_table, 1);
+    const auto* record = table_get(r.d.transform_table, 1);
     CHECK(record->values[0] == 2.0f);
     CHECK(record->values[1] == 0.5f);
     CHECK(record->values[5] == 3.0f);
@@ -116,7 +116,7 @@ TEST_CASE("a value is dynamic only by exactly that word")
         text.records[5] = values_text(repeated(animated(type, "0.25"), 9));
         const reading r(text);
         CHECK(fatal_line(r) == "");
-        const auto* record = table_record<value_record>(r.d.transform_table, 1);
+        const auto* record = table_get(r.d.transform_table, 1);
         CHECK(record->dynamic_flags[0] == 0);
         CHECK(record->dynamic_flags[1] == 0);
         CHECK(record->values[8] == 0.25f);

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <unistd.h>
 #include <vector>
 
@@ -17,12 +18,18 @@ struct free_table {
 };
 using owned_table = std::unique_ptr<record_table, free_table>;
 
+// The number that a table of numbers holds for a handle.
+static uint32_t& number_of(const record_table* table, uint32_t handle)
+{
+    return *static_cast<uint32_t*>(record_table_get(table, handle));
+}
+
 static owned_table make_table(uint32_t records)
 {
     owned_table table(record_table_new(sizeof(uint32_t)));
     for (uint32_t i = 0; i < records; ++i) {
         const uint32_t handle = record_table_add(table.get());
-        *table_record<uint32_t>(table.get(), handle) = handle * 10;
+        number_of(table.get(), handle) = handle * 10;
     }
     return table;
 }
@@ -74,7 +81,7 @@ TEST_CASE("Handles follow the order of creation and stay with their records")
     const owned_table table = make_table(5);
     CHECK(order_of(table.get()) == handles{1, 2, 3, 4, 5});
     for (uint32_t h = 1; h <= 5; ++h)
-        CHECK(*table_record<uint32_t>(table.get(), h) == h * 10);
+        CHECK(number_of(table.get(), h) == h * 10);
 }
 
 TEST_CASE("Handle 0, handles beyond the capacity and free handles get null")
@@ -158,7 +165,7 @@ TEST_CASE("A removed handle is reused and the records behind it move down")
     CHECK(table->handle_echo[3] == 0);
     CHECK(table->order[5] == 0);
     CHECK(table->next_free == 3);
-    CHECK(*table_record<uint32_t>(table.get(), 5) == 50);
+    CHECK(number_of(table.get(), 5) == 50);
 
     CHECK(record_table_add(table.get()) == 3);
     CHECK(table->next_free == 6);
@@ -212,7 +219,7 @@ TEST_CASE("Swapping exchanges positions, not handles")
     const owned_table table = make_table(4);
     record_table_swap(table.get(), 1, 3);
     CHECK(order_of(table.get()) == handles{3, 2, 1, 4});
-    CHECK(*table_record<uint32_t>(table.get(), 3) == 30);
+    CHECK(number_of(table.get(), 3) == 30);
     record_table_swap(table.get(), 2, 2);
     CHECK(order_of(table.get()) == handles{3, 2, 1, 4});
 }
@@ -295,4 +302,114 @@ TEST_CASE("A null table is an empty one")
         record_table_unref(nullptr, 1);
     }) == "");
     record_table_free(nullptr);
+}
+
+// ---- tables of one kind of record ---------------------------------------------------
+
+namespace {
+
+struct named_pair {
+    uint32_t name;
+    float values[2];
+};
+
+struct other_record {
+    uint32_t name;
+    float values[2];
+};
+
+struct typed {
+    table<named_pair> pairs = table_new<named_pair>();
+
+    ~typed()
+    {
+        table_free(pairs);
+    }
+};
+
+} // namespace
+
+template <typename of>
+concept gives_pairs = requires(const of& records, named_pair* pair)
+{
+    pair = table_get(records, 1);
+};
+
+TEST_CASE("a table of other records is no table of these, however alike the records are")
+{
+    static_assert(sizeof(named_pair) == sizeof(other_record));
+    static_assert(gives_pairs<table<named_pair>>);
+    static_assert(!gives_pairs<table<other_record>>);
+    static_assert(!gives_pairs<record_table*>);
+    static_assert(!std::is_constructible_v<table<named_pair>, table<other_record>>);
+    static_assert(!std::is_assignable_v<table<named_pair>&, table<other_record>>);
+    static_assert(!std::is_invocable_v<decltype(table_count<named_pair>), table<other_record>>);
+    static_assert(sizeof(table<named_pair>) == sizeof(void*));
+}
+
+TEST_CASE("a typed table keeps copies of its records and gives them back by handle and by position")
+{
+    const typed t;
+    CHECK(t.pairs.raw->record_size == sizeof(named_pair));
+    CHECK(table_count(t.pairs) == 0);
+    CHECK(table_add(t.pairs, {7, {1.5f, 2.5f}}) == 1);
+    CHECK(table_add(t.pairs, {8, {3.5f, 4.5f}}) == 2);
+    CHECK(table_count(t.pairs) == 2);
+    REQUIRE(table_get(t.pairs, 1) != nullptr);
+    CHECK(table_get(t.pairs, 1)->name == 7);
+    CHECK(table_get(t.pairs, 1)->values[1] == 2.5f);
+    record_table_swap(t.pairs.raw, 1, 2);
+    CHECK(table_get(t.pairs, 1)->name == 7);
+    CHECK(table_at(t.pairs, 1)->name == 8);
+    for (const uint32_t nothing : {0u, 3u, 4097u}) {
+        CHECK(table_get(t.pairs, nothing) == nullptr);
+        CHECK(table_at(t.pairs, nothing) == nullptr);
+    }
+}
+
+TEST_CASE("a record that is added without a value is zero, also where another one lay")
+{
+    const typed t;
+    table_add(t.pairs, {7, {1.5f, 2.5f}});
+    record_table_remove_at(t.pairs.raw, 1);
+    CHECK(table_add(t.pairs) == 1);
+    CHECK(table_get(t.pairs, 1)->name == 0);
+    CHECK(table_get(t.pairs, 1)->values[1] == 0.0f);
+}
+
+TEST_CASE("a loop over a table visits its records in the order of positions, with their handles")
+{
+    const typed t;
+    for (const uint32_t name : {10u, 20u, 30u})
+        table_add(t.pairs, {name, {}});
+    record_table_remove_at(t.pairs.raw, 2);
+    table_add(t.pairs, {40, {}}); // handle 2, position 3
+    std::vector<uint32_t> seen;
+    for (auto [handle, pair] : t.pairs) {
+        seen.push_back(handle);
+        seen.push_back(pair.name++);
+    }
+    CHECK(seen == std::vector<uint32_t>{1, 10, 3, 30, 2, 40});
+    CHECK(table_get(t.pairs, 3)->name == 31); // the record itself, not a copy
+}
+
+TEST_CASE("a full typed table takes no more and a typed table without memory is empty")
+{
+    const typed t;
+    for (uint32_t i = 0; i < record_table_capacity; ++i)
+        table_add(t.pairs);
+    CHECK(table_add(t.pairs, {7, {}}) == 0);
+    CHECK(table_count(t.pairs) == 4096);
+
+    table<named_pair> none = {};
+    CHECK(table_add(none) == 0);
+    CHECK(table_get(none, 1) == nullptr);
+    CHECK(table_at(none, 1) == nullptr);
+    CHECK(table_count(none) == 0);
+    for (auto [handle, pair] : none)
+        FAIL("visited ", handle, " ", pair.name);
+    table_free(none);
+    table<named_pair> freed = table_new<named_pair>();
+    table_free(freed);
+    CHECK(freed.raw == nullptr);
 }

@@ -30,7 +30,7 @@ TEST_CASE("A constant is its value at every time")
     test_document t;
     CHECK(value_at(t.d.function_table, 2.5f, false, 0) == 2.5f);
     CHECK(value_at(t.d.function_table, animated_value{2.5f, 0}, 900) == 2.5f);
-    CHECK(value_at(nullptr, 2.5f, false, 0) == 2.5f);
+    CHECK(value_at({}, 2.5f, false, 0) == 2.5f);
 }
 
 TEST_CASE("A dynamic value follows the function of its handle")
@@ -51,7 +51,7 @@ TEST_CASE("A dangling or missing function is 1")
     CHECK(function_value(t.d.function_table, 0, 5) == 1.0f);
     CHECK(function_value(t.d.function_table, 2, 5) == 1.0f);
     CHECK(function_value(t.d.function_table, 99999, 5) == 1.0f);
-    CHECK(function_value(nullptr, 1, 5) == 1.0f);
+    CHECK(function_value({}, 1, 5) == 1.0f);
     CHECK(value_at(t.d.function_table, -3.0f, true, 5) == 1.0f);
     CHECK(value_at(t.d.function_table, std::nanf(""), true, 5) == 1.0f);
 }

@@ -52,16 +52,16 @@ uint32_t record_bench::add_image(uint32_t texture)
 {
     image_texture image = {};
     image.texture = texture;
-    const uint32_t handle = add_record(d.image_texture_table, image);
-    return add_record(d.object_table, object_reference{texture_image, handle, 1});
+    const uint32_t handle = table_add(d.image_texture_table, image);
+    return table_add(d.object_table, object_reference{texture_image, handle, 1});
 }
 
 uint32_t record_bench::add_cube(uint32_t texture)
 {
     cube_map cube = {};
     cube.texture = texture;
-    const uint32_t handle = add_record(d.cube_map_table, cube);
-    return add_record(d.object_table, object_reference{texture_cube, handle, 1});
+    const uint32_t handle = table_add(d.cube_map_table, cube);
+    return table_add(d.object_table, object_reference{texture_cube, handle, 1});
 }
 
 uint32_t record_bench::add_moving(uint32_t texture, uint32_t function)
@@ -73,15 +73,15 @@ uint32_t record_bench::add_moving(uint32_t texture, uint32_t function)
     moving.functions[0] = function;
     moving.texture = texture;
     moving.state = init_dynamic_texture(moving.type, moving.width, moving.height, moving.bpp);
-    const uint32_t handle = add_record(d.dynamic_texture_table, moving);
-    return add_record(d.object_table, object_reference{texture_dynamic, handle, 1});
+    const uint32_t handle = table_add(d.dynamic_texture_table, moving);
+    return table_add(d.object_table, object_reference{texture_dynamic, handle, 1});
 }
 
 uint32_t record_bench::add_values(const std::array<float, 9>& values)
 {
     value_record record = {};
     std::copy(values.begin(), values.end(), record.values);
-    return add_record(d.transform_table, record);
+    return table_add(d.transform_table, record);
 }
 
 uint32_t record_bench::add_time(float slope)
@@ -95,10 +95,10 @@ material_record& record_bench::add_material(uint32_t* handle)
     material_record material = {};
     material.blend_function = 2;
     std::copy_n(color, 4, material.color);
-    const uint32_t made = add_record(d.material_table, material);
+    const uint32_t made = table_add(d.material_table, material);
     if (handle != nullptr)
         *handle = made;
-    return *table_record<material_record>(d.material_table, made);
+    return *table_get(d.material_table, made);
 }
 
 void record_bench::give_program(material_record& material, uint32_t name)
@@ -144,12 +144,12 @@ uint32_t record_bench::add_triangle(uint32_t sets)
     }
     mesh.arrays.indices = reinterpret_cast<uint16_t*>(at);
     std::copy(std::begin(triangle_indices), std::end(triangle_indices), mesh.arrays.indices);
-    return add_record(d.mesh_table, mesh);
+    return table_add(d.mesh_table, mesh);
 }
 
 mesh_arrays& record_bench::arrays(uint32_t mesh)
 {
-    return table_record<mesh_record>(d.mesh_table, mesh)->arrays;
+    return table_get(d.mesh_table, mesh)->arrays;
 }
 
 scene_object record_bench::object(object_kind kind, uint32_t object, uint32_t material)

@@ -22,7 +22,7 @@ TEST_CASE("as long as no material has chosen a program, the shader path draws by
     effect.mesh.index_count = 3;
     effect.mesh.positions = corner;
     effect.mesh.indices = indices;
-    const uint32_t handle = add_record(content.d.effect_table, effect);
+    const uint32_t handle = table_add(content.d.effect_table, effect);
     scene_object object = {};
     object.type = object_genmesh;
     object.object = handle;
@@ -30,7 +30,7 @@ TEST_CASE("as long as no material has chosen a program, the shader path draws by
     scene_record scene = {};
     scene.object_count = 1;
     scene.objects = &object;
-    const uint32_t shown = add_record(content.d.scene_table, scene);
+    const uint32_t shown = table_add(content.d.scene_table, scene);
 
     draw_model(shown, {.d = &content.d, .caps = &caps, .glsl = true, .time = 0, .rotation = {0, 0, 0}});
     CHECK(take_gl_calls() == R"(
@@ -44,6 +44,6 @@ glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glDisableClientState(GL_NORMAL_ARRAY)
 glDisableClientState(GL_VERTEX_ARRAY)
 )");
-    table_record<mesh_effect>(content.d.effect_table, handle)->mesh = {}; // they were borrowed
-    table_record<scene_record>(content.d.scene_table, shown)->objects = nullptr;
+    table_get(content.d.effect_table, handle)->mesh = {}; // they were borrowed
+    table_get(content.d.scene_table, shown)->objects = nullptr;
 }

@@ -18,7 +18,7 @@ static layer_record wide_layer(record_bench& b, uint32_t type)
 static uint32_t add_target(record_bench& b, uint32_t texture, uint32_t width, uint32_t height)
 {
     const uint32_t handle = add_image_texture(b.content, width, height);
-    table_record<image_texture>(b.d.image_texture_table, handle)->texture = texture;
+    table_get(b.d.image_texture_table, handle)->texture = texture;
     return handle;
 }
 
@@ -104,7 +104,7 @@ TEST_CASE("the scene is drawn last, at the layer's function time, facing the lay
     layer.offset = 25;
     layer.camera[camera_rotation_x + 1] = 90.0f;
     layer.model_id = b.add_scene({b.object(object_model, b.add_triangle(1), material)});
-    table_record<scene_record>(b.d.scene_table, layer.model_id)->camera_facing[0] = 128;
+    table_get(b.d.scene_table, layer.model_id)->camera_facing[0] = 128;
     add_layer(b.content, 0, layer);
     b.time = 50;
     CHECK(b.compose() == 1);
@@ -252,7 +252,7 @@ TEST_CASE("a clear colour is set behind its layer's clear: it is the next clear'
     add_layer(b.content, 0, layer);
     layer_record screen = wide_layer(b, render_simple);
     screen.clearcolor = add_color(b.content, 0.0f, static_cast<float>(b.add_time(0.01f)), 0.0f);
-    table_record<value_record>(b.d.transform_table, screen.clearcolor)->dynamic_flags[0] = 8; // value 4
+    table_get(b.d.transform_table, screen.clearcolor)->dynamic_flags[0] = 8; // value 4
     add_layer(b.content, 1, screen);
     b.time = 50;
     b.compose();
@@ -358,7 +358,7 @@ TEST_CASE("a quarter target of another size is made anew, black, and its old tex
     layer_record layer = wide_layer(b, render_quarter);
     const uint32_t target = add_target(b, 7, 256, 128);
     layer.rtex = target;
-    table_record<image_texture>(b.d.image_texture_table, target)->pixels = static_cast<uint8_t*>(std::malloc(1));
+    table_get(b.d.image_texture_table, target)->pixels = static_cast<uint8_t*>(std::malloc(1));
     add_layer(b.content, 0, layer);
     add_layer(b.content, 1, wide_layer(b, render_simple));
     b.compose();
@@ -382,7 +382,7 @@ glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 8, 6)
 glViewport(0, 0, 16, 12)
 glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)
 )");
-    const image_texture& made = *table_record<image_texture>(b.d.image_texture_table, target);
+    const image_texture& made = *table_get(b.d.image_texture_table, target);
     CHECK(made.format == 3);
     CHECK(made.width == 8);
     CHECK(made.height == 6);

@@ -199,9 +199,9 @@ TEST_CASE("every number of a material may follow a function of time")
     m.fogend = static_cast<float>(b.add_time(3.0f));
     m.fogstart_dynamic = m.fogend_dynamic = 1;
     m.fogcolor = b.add_values({0, 0, 0, 0.5f, static_cast<float>(b.add_time(0.1f)), 0.5f, 0, 0, 0});
-    table_record<value_record>(b.d.transform_table, m.fogcolor)->dynamic_flags[0] = 8; // value 4
+    table_get(b.d.transform_table, m.fogcolor)->dynamic_flags[0] = 8; // value 4
     m.light1 = b.add_values({0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, static_cast<float>(b.add_time(5.0f))});
-    table_record<value_record>(b.d.transform_table, m.light1)->dynamic_flags[1] = 32; // value 8
+    table_get(b.d.transform_table, m.light1)->dynamic_flags[1] = 32; // value 8
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glColor4f", "glFogf", "glFogfv", "glLightfv"}) == R"(
 glColor4f(1, 0.5, 0.33333, 0.25)
@@ -318,11 +318,11 @@ TEST_CASE("a reference of any kind to a picture that is not there is an empty un
     material_record& m = b.add_material();
     texture_node blurred = {};
     blurred.type = node_blur; // no output node: it has no picture on the card
-    const uint32_t node = add_record(b.d.texture_table, blurred);
+    const uint32_t node = table_add(b.d.texture_table, blurred);
     const object_reference references[] = {{texture_generated, 9, 1}, {texture_generated, node, 1},
         {texture_image, 9, 1}, {texture_dynamic, 9, 1}, {texture_cube, 9, 1}, {4, 1, 1}, {-1, 1, 1}};
     for (const object_reference& reference : references) {
-        m.texture[0] = add_record(b.d.object_table, reference);
+        m.texture[0] = table_add(b.d.object_table, reference);
         b.apply_fixed(m);
         CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexEnvi"}) == "\nglActiveTexture(GL_TEXTURE0)\n");
     }
@@ -332,7 +332,7 @@ TEST_CASE("a reference of any kind to a picture that is not there is an empty un
     blurred.type = node_output;
     blurred.texture = 17;
     m.texture[0]
-        = add_record(b.d.object_table, object_reference{texture_generated, add_record(b.d.texture_table, blurred), 1});
+        = table_add(b.d.object_table, object_reference{texture_generated, table_add(b.d.texture_table, blurred), 1});
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glBindTexture"}) == "\nglBindTexture(GL_TEXTURE_2D, 17)\n");
 }

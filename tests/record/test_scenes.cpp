@@ -145,7 +145,7 @@ TEST_CASE("a copy is placed, turned to the camera, turned by itself, and scaled,
     object.values[7].value = 3.0f;
     object.values[8].value = 4.0f;
     const uint32_t scene = b.add_scene({object});
-    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 128;
+    table_get(b.d.scene_table, scene)->camera_facing[0] = 128;
     b.draw(scene, false);
     // Ry(-90): x -> z, z -> -x. Then Rx(-90): y -> -z, z -> y. Their product takes x to z, y to x,
     // z to y; its columns are scaled by 2, 3, 4.
@@ -158,8 +158,8 @@ TEST_CASE("a copy is placed, turned to the camera, turned by itself, and scaled,
     CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
         == "\nglLoadMatrixf([0 -2 0 0 3 0 0 0 0 0 4 0 1 2 3 1])\n");
 
-    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 64; // another object's bit
-    scene_object& placed = table_record<scene_record>(b.d.scene_table, scene)->objects[0];
+    table_get(b.d.scene_table, scene)->camera_facing[0] = 64; // another object's bit
+    scene_object& placed = table_get(b.d.scene_table, scene)->objects[0];
     placed.values[3].value = 90.0f; // Rx(90): y -> z, z -> -y
     placed.values[4].value = 90.0f; // Ry(90): x -> -z, z -> x
     b.draw(scene, false);
@@ -563,16 +563,16 @@ TEST_CASE("an object's number goes through the object table, unless a material n
     record_bench b;
     uint32_t material = 0;
     b.add_material(&material);
-    const uint32_t to_mesh = add_record(b.d.object_table, object_reference{object_model, 2, 0});
-    const uint32_t to_effect = add_record(b.d.object_table, object_reference{object_genmesh, 1, 0});
-    const uint32_t named = add_record(b.d.object_table, object_reference{object_genmesh, 2, 1});
+    const uint32_t to_mesh = table_add(b.d.object_table, object_reference{object_model, 2, 0});
+    const uint32_t to_effect = table_add(b.d.object_table, object_reference{object_genmesh, 1, 0});
+    const uint32_t named = table_add(b.d.object_table, object_reference{object_genmesh, 2, 1});
     for (uint32_t handle = 1; handle <= named; ++handle) {
         mesh_arrays& arrays = b.arrays(b.add_triangle(1));
         arrays.positions[0] = static_cast<float>(10 + handle);
         mesh_effect effect = {};
         effect.type = mesh_effect_kind_count; // one that keeps still
         effect.mesh = arrays;
-        add_record(b.d.effect_table, effect);
+        table_add(b.d.effect_table, effect);
     }
     REQUIRE(to_mesh == 4); // three pictures stand before it
     b.draw(b.add_scene({b.object(object_model, to_mesh, material), b.object(object_model, to_effect, material),
@@ -587,7 +587,7 @@ glVertexPointer(3, GL_FLOAT, 0, [11 2 3])
 glVertexPointer(3, GL_FLOAT, 0, [16 2 3])
 )");
     for (uint32_t handle = 1; handle <= named; ++handle)
-        table_record<mesh_effect>(b.d.effect_table, handle)->mesh = {}; // they were borrowed
+        table_get(b.d.effect_table, handle)->mesh = {}; // they were borrowed
 }
 
 TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
@@ -599,7 +599,7 @@ TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
     water.type = mesh_effect_lake;
     water.functions[0] = add_function(b.content, constant_function(1.0f));
     init_mesh_effect(water);
-    const uint32_t effect = add_record(b.d.effect_table, water);
+    const uint32_t effect = table_add(b.d.effect_table, water);
     scene_object lake = b.object(object_genmesh, effect, material);
     scene_object rippled = b.object(object_model, b.add_triangle(1), material);
     rippled.manipulator_count = 1;
@@ -614,7 +614,7 @@ TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
     b.draw(b.add_scene({lake, rippled}), false);
     CHECK(shared_rippler_cache().vertex_count == 3);
     CHECK_FALSE(std::equal(still.begin(), still.end(), water.mesh.positions));
-    free_mesh_effect(*table_record<mesh_effect>(b.d.effect_table, effect));
+    free_mesh_effect(*table_get(b.d.effect_table, effect));
 }
 
 TEST_CASE("an object's values, manipulators and visibility follow its own time, its material the layer's")
@@ -647,7 +647,7 @@ static uint32_t add_font(record_bench& b, uint32_t material_of_a, uint32_t mater
     font.glyphs[0] = {b.add_triangle(1), material_of_a, 0, 2.0f, 5.0f};
     font.glyphs[4] = {b.add_triangle(2), material_of_b, 0, 2.0f, 5.0f};
     font.glyphs[86] = {0, 0, 0, 2.0f, 5.0f};
-    return add_record(b.d.font_table, font);
+    return table_add(b.d.font_table, font);
 }
 
 static scene_object text_object(record_bench& b, uint32_t font, const char* text)
@@ -693,7 +693,7 @@ TEST_CASE("a text's place follows its own time, and it turns to the camera where
     object.values[0] = {static_cast<float>(b.add_time()), 1};
     object.visibility = add_function(b.content, linear_function(0.1f, -0.5f)); // 1.0 at 15 ticks
     const uint32_t scene = b.add_scene({b.object(object_model, 0, 0), object});
-    table_record<scene_record>(b.d.scene_table, scene)->camera_facing[0] = 64; // object 1
+    table_get(b.d.scene_table, scene)->camera_facing[0] = 64; // object 1
     b.draw(scene, false);
     CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
 glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 13 0 0 1])

@@ -291,17 +291,17 @@ TEST_CASE("the graph's pictures are uploaded in the nodes' own formats, with lev
     node.texture = 21;
     node.texture_format = 3;
     node.pixels = owned_bytes(pixels);
-    add_record(b.d.texture_table, node);
+    table_add(b.d.texture_table, node);
     texture_node no_output = node;
     no_output.type = node_blur;
     no_output.pixels = owned_bytes(pixels);
-    add_record(b.d.texture_table, no_output);
+    table_add(b.d.texture_table, no_output);
     texture_node never_computed = node;
     never_computed.texture = 22;
     never_computed.texture_format = 4;
     never_computed.texture_filter = 2;
     never_computed.pixels = nullptr;
-    add_record(b.d.texture_table, never_computed);
+    table_add(b.d.texture_table, never_computed);
     upload_generated_textures_gl(b.d.texture_table, formats);
     const auto black = [](uint32_t side) { return bytes_as_text(std::vector<uint8_t>(size_t{side} * side * 3)); };
     std::string expected = "\nglBindTexture(GL_TEXTURE_2D, 21)\n"
@@ -390,12 +390,12 @@ glBindTexture(GL_TEXTURE_2D, 1)
 glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, GL_LUMINANCE, GL_UNSIGNED_BYTE, )"
         + bytes_as_text(first_ramp()) + ")\nglBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)\n";
     CHECK(calls.ends_with("\nglGenBuffers(1) = 101\n" + refresh));
-    const uint32_t handle = add_record(b.d.dynamic_texture_table, texture);
+    const uint32_t handle = table_add(b.d.dynamic_texture_table, texture);
     update_dynamic_texture(handle, b.d.dynamic_texture_table, b.d.function_table, 5, true);
     CHECK(take_gl_calls() == "\n" + refresh);
     update_dynamic_texture(handle, b.d.dynamic_texture_table, b.d.function_table, 5, true);
     CHECK(take_gl_calls() == "\n"); // this time's image is there
-    release_dynamic_texture_gl(*table_record<dynamic_texture>(b.d.dynamic_texture_table, handle));
+    release_dynamic_texture_gl(*table_get(b.d.dynamic_texture_table, handle));
     CHECK(take_gl_calls() == "\nglDeleteTextures(1, [1])\nglDeleteBuffers(1, [101])\n");
 }
 

@@ -436,7 +436,7 @@ TEST_CASE("A recreated target counts with its new size for the rest of the frame
     CHECK(frame.layers[1].viewport_width == 400);
     CHECK(frame.layers[2].flush_width == 400);
     // The plan itself changes no record.
-    CHECK(table_record<image_texture>(t.d.image_texture_table, texture)->width == 64);
+    CHECK(table_get(t.d.image_texture_table, texture)->width == 64);
 }
 
 TEST_CASE("Tiny and empty screens still give a target of at least a pixel")
@@ -677,7 +677,7 @@ TEST_CASE("The clear colour is the record's values 3 to 5, each constant or dyna
     color.values[4] = 1.0f;
     color.dynamic_flags[0] = 8; // value 4
     layer_record layer = mode_layer(render_simple);
-    layer.clearcolor = add_record(t.d.transform_table, color);
+    layer.clearcolor = table_add(t.d.transform_table, color);
     add_layer(t, 0, layer);
     const layer_plan plan = plan_at(t, 50).layers[0];
     CHECK(plan.clear_color[0] == 0.1f * 3.0f);

@@ -16,28 +16,25 @@ struct bench {
 
     bench()
     {
-        d.object_table = record_table_new(sizeof(object_reference));
-        d.texture_table = record_table_new(sizeof(texture_node));
-        d.image_texture_table = record_table_new(sizeof(image_texture));
-        d.dynamic_texture_table = record_table_new(sizeof(dynamic_texture));
-        d.cube_map_table = record_table_new(sizeof(cube_map));
-        d.function_table = record_table_new(sizeof(animation_function));
-        d.transform_table = record_table_new(sizeof(value_record));
+        d.object_table = table_new<object_reference>();
+        d.texture_table = table_new<texture_node>();
+        d.image_texture_table = table_new<image_texture>();
+        d.dynamic_texture_table = table_new<dynamic_texture>();
+        d.cube_map_table = table_new<cube_map>();
+        d.function_table = table_new<animation_function>();
+        d.transform_table = table_new<value_record>();
     }
     ~bench()
     {
-        for (record_table* table : {d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
-                 d.cube_map_table, d.function_table, d.transform_table})
-            record_table_free(table);
+        for_each_table(d, [](auto& records) { table_free(records); });
     }
     bench(const bench&) = delete;
     bench& operator=(const bench&) = delete;
 
-    template <typename record> record& add(record_table* table, uint32_t* handle = nullptr)
+    template <typename record> record& add(const table<record>& records, uint32_t* handle = nullptr)
     {
-        const uint32_t made = record_table_add(table);
-        record* r = table_record<record>(table, made);
-        *r = {};
+        const uint32_t made = table_add(records);
+        record* r = table_get(records, made);
         if (handle != nullptr)
             *handle = made;
         return *r;
@@ -45,7 +42,7 @@ struct bench {
     uint32_t add_reference(int32_t kind, uint32_t id)
     {
         uint32_t handle = 0;
-        object_reference& reference = add<object_reference>(d.object_table, &handle);
+        object_reference& reference = add(d.object_table, &handle);
         reference.type = kind;
         reference.id = id;
         return handle;
@@ -53,14 +50,14 @@ struct bench {
     uint32_t add_image(uint32_t texture)
     {
         uint32_t handle = 0;
-        add<image_texture>(d.image_texture_table, &handle).texture = texture;
+        add(d.image_texture_table, &handle).texture = texture;
         return add_reference(texture_image, handle);
     }
     // a x + b over 1000 ticks
     uint32_t add_linear_function(float a, float b)
     {
         uint32_t handle = 0;
-        animation_function& f = add<animation_function>(d.function_table, &handle);
+        animation_function& f = add(d.function_table, &handle);
         f.segment_count = 1;
         f.segment_type[0] = segment_linear;
         f.segment_length[0] = 1000;
@@ -72,7 +69,7 @@ struct bench {
     uint32_t add_values(std::initializer_list<float> numbers, uint8_t flags0 = 0, uint8_t flags1 = 0)
     {
         uint32_t handle = 0;
-        value_record& record = add<value_record>(d.transform_table, &handle);
+        value_record& record = add(d.transform_table, &handle);
         uint32_t i = 0;
         for (const float number : numbers)
             record.values[i++] = number;
@@ -100,14 +97,14 @@ TEST_CASE("each kind of texture reference leads to its own table")
 {
     bench b;
     uint32_t id = 0;
-    texture_node& node = b.add<texture_node>(b.d.texture_table, &id);
+    texture_node& node = b.add(b.d.texture_table, &id);
     node.type = node_output;
     node.texture = 11;
     const uint32_t generated = b.add_reference(texture_generated, id);
     const uint32_t image = b.add_image(12);
-    b.add<dynamic_texture>(b.d.dynamic_texture_table, &id).texture = 13;
+    b.add(b.d.dynamic_texture_table, &id).texture = 13;
     const uint32_t moving = b.add_reference(texture_dynamic, id);
-    b.add<cube_map>(b.d.cube_map_table, &id).texture = 14;
+    b.add(b.d.cube_map_table, &id).texture = 14;
     const uint32_t cube = b.add_reference(texture_cube, id);
 
     const texture_tables tables = texture_tables_of(b.d);
@@ -123,7 +120,7 @@ TEST_CASE("references to nothing are empty units")
 {
     bench b;
     uint32_t id = 0;
-    b.add<texture_node>(b.d.texture_table, &id).type = node_blur;
+    b.add(b.d.texture_table, &id).type = node_blur;
     const texture_tables tables = texture_tables_of(b.d);
     CHECK(!resolve_texture(tables, 0).found);
     CHECK(!resolve_texture(tables, 5000).found);
@@ -168,13 +165,13 @@ TEST_CASE("a unit's settings go with its picture")
 {
     bench b;
     uint32_t id = 0;
-    b.add<dynamic_texture>(b.d.dynamic_texture_table, &id).texture = 9;
+    b.add(b.d.dynamic_texture_table, &id).texture = 9;
     b.material.texture[0] = b.add_reference(texture_dynamic, id);
     b.material.wrapmode[0] = 1;
     b.material.cgenmode[0] = coordinates_sphere;
     b.material.rotation[0] = 1;
     b.material.combine_mode[0] = first_replace;
-    b.add<cube_map>(b.d.cube_map_table, &id).texture = 10;
+    b.add(b.d.cube_map_table, &id).texture = 10;
     b.material.texture[1] = b.add_reference(texture_cube, id);
     unit_plan units[texture_unit_count];
     REQUIRE(b.plan(units) == 2);

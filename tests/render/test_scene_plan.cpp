@@ -17,15 +17,15 @@ struct bench {
 
     bench()
     {
-        d.function_table = record_table_new(sizeof(animation_function));
-        d.mesh_table = record_table_new(sizeof(mesh_record));
-        d.effect_table = record_table_new(sizeof(mesh_effect));
+        d.function_table = table_new<animation_function>();
+        d.mesh_table = table_new<mesh_record>();
+        d.effect_table = table_new<mesh_effect>();
     }
     ~bench()
     {
-        record_table_free(d.function_table);
-        record_table_free(d.mesh_table);
-        record_table_free(d.effect_table);
+        table_free(d.function_table);
+        table_free(d.mesh_table);
+        table_free(d.effect_table);
         reset_rippler_cache();
     }
     bench(const bench&) = delete;
@@ -37,8 +37,8 @@ struct bench {
     }
     uint32_t add_function(segment_kind kind, float a)
     {
-        const uint32_t handle = record_table_add(d.function_table);
-        animation_function* f = table_record<animation_function>(d.function_table, handle);
+        const uint32_t handle = table_add(d.function_table);
+        animation_function* f = table_get(d.function_table, handle);
         *f = {};
         f->segment_count = 1;
         f->segment_type[0] = kind;
@@ -150,7 +150,7 @@ TEST_CASE("an object without a visibility function, or with one that does not ex
     CHECK(object_is_visible(b.object, b.d.function_table, 5));
     b.object.visibility = 55;
     CHECK(object_is_visible(b.object, b.d.function_table, 5));
-    CHECK(object_is_visible(b.object, nullptr, 5));
+    CHECK(object_is_visible(b.object, {}, 5));
 }
 
 TEST_CASE("camera-facing flags are bits from the highest, object n in byte n / 8")
@@ -221,16 +221,16 @@ TEST_CASE("manipulators are applied one after the other with their values at the
 TEST_CASE("a model placer takes a mesh, or with model type 1 the mesh of an effect, or nothing")
 {
     bench b;
-    const uint32_t mesh = record_table_add(b.d.mesh_table);
-    *table_record<mesh_record>(b.d.mesh_table, mesh) = {};
-    const uint32_t effect = record_table_add(b.d.effect_table);
-    *table_record<mesh_effect>(b.d.effect_table, effect) = {};
+    const uint32_t mesh = table_add(b.d.mesh_table);
+    *table_get(b.d.mesh_table, mesh) = {};
+    const uint32_t effect = table_add(b.d.effect_table);
+    *table_get(b.d.effect_table, effect) = {};
     manipulator_record m = {};
     CHECK(manipulator_model(m, b.d) == nullptr);
     m.model = mesh;
-    CHECK(manipulator_model(m, b.d) == &table_record<mesh_record>(b.d.mesh_table, mesh)->arrays);
+    CHECK(manipulator_model(m, b.d) == &table_get(b.d.mesh_table, mesh)->arrays);
     m.model_type = 1;
-    CHECK(manipulator_model(m, b.d) == &table_record<mesh_effect>(b.d.effect_table, effect)->mesh);
+    CHECK(manipulator_model(m, b.d) == &table_get(b.d.effect_table, effect)->mesh);
     m.model = 9;
     CHECK(manipulator_model(m, b.d) == nullptr);
     m.model = mesh;

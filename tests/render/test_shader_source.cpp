@@ -17,7 +17,7 @@ namespace {
 // A material with its value records and units; everything is freed at the end.
 struct bench {
     material_record material = {};
-    record_table* values = record_table_new(sizeof(value_record));
+    table<value_record> values = table_new<value_record>();
     shader_unit units[texture_unit_count] = {};
 
     bench()
@@ -30,15 +30,15 @@ struct bench {
     ~bench()
     {
         free_shader_program(material.program);
-        record_table_free(values);
+        table_free(values);
     }
     bench(const bench&) = delete;
     bench& operator=(const bench&) = delete;
 
     uint32_t add_record(std::initializer_list<float> numbers, uint8_t flags0 = 0, uint8_t flags1 = 0)
     {
-        const uint32_t handle = record_table_add(values);
-        value_record* record = table_record<value_record>(values, handle);
+        const uint32_t handle = table_add(values);
+        value_record* record = table_get(values, handle);
         *record = {};
         uint32_t i = 0;
         for (const float number : numbers)
@@ -633,20 +633,20 @@ namespace {
 
 // A table of functions, each a constant.
 struct constant_functions {
-    record_table* table = record_table_new(sizeof(animation_function));
+    table<animation_function> functions = table_new<animation_function>();
 
     constant_functions() = default;
     ~constant_functions()
     {
-        record_table_free(table);
+        table_free(functions);
     }
     constant_functions(const constant_functions&) = delete;
     constant_functions& operator=(const constant_functions&) = delete;
 
     float add(float value)
     {
-        const uint32_t handle = record_table_add(table);
-        animation_function& f = *table_record<animation_function>(table, handle);
+        const uint32_t handle = table_add(functions);
+        animation_function& f = *table_get(functions, handle);
         f = {};
         f.segment_count = 1;
         f.segment_length[0] = 100;
@@ -668,7 +668,7 @@ TEST_CASE("a program's uniforms are its functions' values, 1 where the function 
     b.material.color[3] = f.add(0.75f);
     b.generate();
     float u[user_uniform_count];
-    evaluate_uniforms(b.material, f.table, 3, u);
+    evaluate_uniforms(b.material, f.functions, 3, u);
     CHECK(u[0] == 0.25f);
     CHECK(u[1] == 1.0f);
     CHECK(u[2] == 0.75f);
@@ -692,7 +692,7 @@ TEST_CASE("fog that has no width at a moment gets one through its uniforms")
             b.material.fogend = end_moves ? f.add(end) : end;
             b.generate();
             float all[user_uniform_count];
-            evaluate_uniforms(b.material, f.table, 3, all);
+            evaluate_uniforms(b.material, f.functions, 3, all);
             if (colored)
                 CHECK(all[0] == 5.0f);
             u[0] = all[before];
@@ -739,7 +739,7 @@ TEST_CASE("uniforms of a material's own program are not touched by its fog setti
     b.material.user_uniforms[6] = static_cast<uint32_t>(f.add(0.0f));
     b.generate();
     float u[user_uniform_count];
-    evaluate_uniforms(b.material, f.table, 3, u);
+    evaluate_uniforms(b.material, f.functions, 3, u);
     CHECK(u[6] == 0.0f);
 }
 
@@ -761,7 +761,7 @@ TEST_CASE("lights and fog colours that do not exist count as none")
     b.material.fogtype = 1;
     CHECK(b.vertex() == head + "varying vec4 Color;\n" + start + plain_color + end);
     CHECK(b.fragment().find("  vec4 fogcolor = vec4(1.0, 1.0, 1.0, 1.0);\n") != std::string::npos);
-    generate_shader(b.material, nullptr, b.units);
+    generate_shader(b.material, {}, b.units);
     CHECK(std::string(b.material.program->vertex_source) == head + "varying vec4 Color;\n" + start + plain_color + end);
 }
 

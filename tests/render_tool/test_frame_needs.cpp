@@ -18,12 +18,12 @@ struct show {
         document_create(d, "test", timeline_new());
         image_texture image = {};
         image.width = image.height = 16;
-        add_record(d.image_texture_table, image);
+        table_add(d.image_texture_table, image);
         material_record seen = {};
-        seen.texture[0] = add_record(d.object_table, object_reference{texture_image, target, 1});
-        const uint32_t plain = add_record(d.material_table, material_record{});
+        seen.texture[0] = table_add(d.object_table, object_reference{texture_image, target, 1});
+        const uint32_t plain = table_add(d.material_table, material_record{});
         add_scene(plain);
-        add_scene(add_record(d.material_table, seen));
+        add_scene(table_add(d.material_table, seen));
     }
     ~show()
     {
@@ -38,7 +38,7 @@ struct show {
         scene.objects = static_cast<scene_object*>(std::calloc(1, sizeof(scene_object)));
         scene.object_count = 1;
         scene.objects[0].material = material;
-        return add_record(d.scene_table, scene);
+        return table_add(d.scene_table, scene);
     }
 
     // The only layer of a track, from `begin` to `end` (ticks).

@@ -80,19 +80,19 @@ TEST_CASE("Frames that show what others drew into a texture are not tiled")
     d.tracks->layers[2][0].rtex = 7;
     scene_object* objects = static_cast<scene_object*>(std::calloc(1, sizeof(scene_object)));
     material_record material = {};
-    material.texture[1] = add_record(d.object_table, object_reference{texture_image, 7, 1});
-    objects[0].material = add_record(d.material_table, material);
+    material.texture[1] = table_add(d.object_table, object_reference{texture_image, 7, 1});
+    objects[0].material = table_add(d.material_table, material);
     scene_record scene = {};
     scene.object_count = 1;
     scene.objects = objects;
     frame_plan plan = plan_of_two();
-    plan.layers[1].model_id = add_record(d.scene_table, scene);
+    plan.layers[1].model_id = table_add(d.scene_table, scene);
     CHECK(tiling_problem(d, plan) == "track 6 shows a texture that layers draw into");
 
-    table_record<object_reference>(d.object_table, 1)->id = 8; // an ordinary picture
+    table_get(d.object_table, 1)->id = 8; // an ordinary picture
     CHECK(tiling_problem(d, plan).empty());
-    table_record<object_reference>(d.object_table, 1)->id = 7;
-    table_record<object_reference>(d.object_table, 1)->type = texture_cube;
+    table_get(d.object_table, 1)->id = 7;
+    table_get(d.object_table, 1)->type = texture_cube;
     CHECK(tiling_problem(d, plan).empty());
     document_free(d);
 }
@@ -128,13 +128,13 @@ TEST_CASE("The fingerprint of effects changes with any of them")
     mesh_effect effect = {};
     effect.type = 2; // the swirl
     init_mesh_effect(effect);
-    const uint32_t handle = add_record(d.effect_table, effect);
+    const uint32_t handle = table_add(d.effect_table, effect);
     const uint64_t before = effects_fingerprint(d);
     CHECK(before != none);
     CHECK(effects_fingerprint(d) == before);
     const float params[] = {0.5f, 3.0f};
-    step_mesh_effect(*table_record<mesh_effect>(d.effect_table, handle), params);
+    step_mesh_effect(*table_get(d.effect_table, handle), params);
     CHECK(effects_fingerprint(d) != before);
-    free_mesh_effect(*table_record<mesh_effect>(d.effect_table, handle));
+    free_mesh_effect(*table_get(d.effect_table, handle));
     document_free(d);
 }

@@ -30,7 +30,7 @@ TEST_CASE("settings: the defaults switch everything on and know nothing else yet
     CHECK(settings.pack == nullptr);
     CHECK(settings.screen_width == 0);
     CHECK(settings.production_time_ms == 0);
-    CHECK(settings.production.scene_table == nullptr);
+    CHECK(settings.production.scene_table.raw == nullptr);
 }
 
 TEST_CASE("settings: every resolution row gives its size")

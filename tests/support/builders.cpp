@@ -52,7 +52,7 @@ test_document::~test_document()
 
 uint32_t add_function(test_document& t, const animation_function& function)
 {
-    return add_record(t.d.function_table, function);
+    return table_add(t.d.function_table, function);
 }
 
 uint32_t add_color(test_document& t, float red, float green, float blue)
@@ -61,7 +61,7 @@ uint32_t add_color(test_document& t, float red, float green, float blue)
     color.values[3] = red;
     color.values[4] = green;
     color.values[5] = blue;
-    return add_record(t.d.transform_table, color);
+    return table_add(t.d.transform_table, color);
 }
 
 uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height)
@@ -70,12 +70,12 @@ uint32_t add_image_texture(test_document& t, uint32_t width, uint32_t height)
     texture.width = width;
     texture.height = height;
     texture.components = 3;
-    return add_record(t.d.image_texture_table, texture);
+    return table_add(t.d.image_texture_table, texture);
 }
 
 uint32_t add_scene(test_document& t)
 {
-    return add_record(t.d.scene_table, scene_record{});
+    return table_add(t.d.scene_table, scene_record{});
 }
 
 uint32_t add_scene(test_document& t, const std::vector<scene_object>& objects)
@@ -84,7 +84,7 @@ uint32_t add_scene(test_document& t, const std::vector<scene_object>& objects)
     scene.object_count = static_cast<uint32_t>(objects.size());
     scene.objects = static_cast<scene_object*>(std::malloc(objects.size() * sizeof(scene_object)));
     std::copy(objects.begin(), objects.end(), scene.objects);
-    return add_record(t.d.scene_table, scene);
+    return table_add(t.d.scene_table, scene);
 }
 
 scene_object object_at_origin(object_kind kind, uint32_t object, uint32_t material)

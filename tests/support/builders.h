@@ -9,7 +9,6 @@
 #include "model/document.h"
 
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <vector>
 
@@ -42,15 +41,6 @@ struct test_document {
     test_document(const test_document&) = delete;
     test_document& operator=(const test_document&) = delete;
 };
-
-// A copy of `value` as a new record of a table; its handle.
-template <typename record> uint32_t add_record(record_table* table, const record& value)
-{
-    const uint32_t handle = record_table_add(table);
-    if (void* place = record_table_get(table, handle))
-        std::memcpy(place, &value, sizeof(record));
-    return handle;
-}
 
 uint32_t add_function(test_document& t, const animation_function& function);
 

@@ -9,7 +9,7 @@
 
 // A graph of texture nodes on pictures of 2 x 2, all bytes of which are the same.
 struct graph {
-    record_table* pool = record_table_new(sizeof(texture_node));
+    table<texture_node> pool = table_new<texture_node>();
     std::vector<generated_image> images;
     std::vector<std::unique_ptr<picture>> image_pixels;
 
@@ -18,21 +18,21 @@ struct graph {
     graph& operator=(const graph&) = delete;
     ~graph()
     {
-        for (uint32_t position = 1; position <= pool->count; ++position)
-            std::free(static_cast<texture_node*>(record_table_at(pool, position))->pixels);
-        record_table_free(pool);
+        for (uint32_t position = 1; position <= table_count(pool); ++position)
+            std::free(table_at(pool, position)->pixels);
+        table_free(pool);
     }
 };
 
 static texture_node& node_of(graph& g, uint32_t handle)
 {
-    return *table_record<texture_node>(g.pool, handle);
+    return *table_get(g.pool, handle);
 }
 
 static uint32_t add_node(
     graph& g, uint8_t type, uint32_t input1, uint32_t input2, std::initializer_list<uint32_t> outputs)
 {
-    const uint32_t handle = record_table_add(g.pool);
+    const uint32_t handle = table_add(g.pool);
     texture_node& node = node_of(g, handle);
     node = {};
     node.type = type;
@@ -78,8 +78,8 @@ TEST_CASE("a graph without nodes, or without a table, is evaluated at once")
 {
     graph g;
     evaluate(g);
-    CHECK(g.pool->count == 0);
-    generate_textures(nullptr, g.images, 2);
+    CHECK(table_count(g.pool) == 0);
+    generate_textures({}, g.images, 2);
 }
 
 TEST_CASE("a node without inputs operates on black")

@@ -87,7 +87,7 @@ static void create_storage(dynamic_texture& texture, const texture_format_table&
     std::free(black);
 }
 
-void create_dynamic_texture_gl(dynamic_texture& texture, const record_table* functions,
+void create_dynamic_texture_gl(dynamic_texture& texture, const table<animation_function>& functions,
     const texture_format_table& formats, bool first_image, bool use_pbo)
 {
     texture.state = init_dynamic_texture(texture.type, texture.width, texture.height, texture.bpp);
@@ -101,10 +101,10 @@ void create_dynamic_texture_gl(dynamic_texture& texture, const record_table* fun
     refresh(texture, params, 0, use_pbo);
 }
 
-void update_dynamic_texture(
-    uint32_t handle, record_table* dynamic_textures, const record_table* functions, uint32_t time, bool use_pbo)
+void update_dynamic_texture(uint32_t handle, const table<dynamic_texture>& dynamic_textures,
+    const table<animation_function>& functions, uint32_t time, bool use_pbo)
 {
-    dynamic_texture* texture = table_record<dynamic_texture>(dynamic_textures, handle);
+    dynamic_texture* texture = table_get(dynamic_textures, handle);
     if (texture == nullptr || texture->texture == 0 || (texture->refreshed != 0 && texture->refresh_time == time))
         return;
     float params[3];

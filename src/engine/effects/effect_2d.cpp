@@ -179,8 +179,8 @@ void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint
     }
 }
 
-void dynamic_texture_params(
-    const dynamic_texture& texture, const record_table* functions, uint32_t time, std::span<float, 3> params)
+void dynamic_texture_params(const dynamic_texture& texture, const table<animation_function>& functions, uint32_t time,
+    std::span<float, 3> params)
 {
     std::fill(params.begin(), params.end(), 0.0f);
     for (uint32_t i = 0; i < dynamic_texture_param_count(texture.type); ++i)
@@ -189,7 +189,7 @@ void dynamic_texture_params(
 }
 
 void first_dynamic_texture_params(
-    const dynamic_texture& texture, const record_table* functions, std::span<float, 3> params)
+    const dynamic_texture& texture, const table<animation_function>& functions, std::span<float, 3> params)
 {
     std::fill(params.begin(), params.end(), 0.0f);
     for (uint32_t i = 0; i < dynamic_texture_param_count(texture.type) && texture.functions[i] != 0; ++i)

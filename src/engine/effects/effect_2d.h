@@ -26,10 +26,10 @@ void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint
 
 // The parameters of a dynamic texture at a time: one function value each, 0.0 for
 // handle 0, 1.0 for a dangling handle.
-void dynamic_texture_params(
-    const dynamic_texture& texture, const record_table* functions, uint32_t time, std::span<float, 3> params);
+void dynamic_texture_params(const dynamic_texture& texture, const table<animation_function>& functions, uint32_t time,
+    std::span<float, 3> params);
 
 // The parameters of the first picture: those of time 0, but from the first handle 0 on
 // they are all 0.0.
 void first_dynamic_texture_params(
-    const dynamic_texture& texture, const record_table* functions, std::span<float, 3> params);
+    const dynamic_texture& texture, const table<animation_function>& functions, std::span<float, 3> params);

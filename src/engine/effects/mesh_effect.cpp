@@ -87,9 +87,10 @@ void step_mesh_effect(mesh_effect& effect, std::span<const float> params)
     }
 }
 
-void update_mesh_effect(uint32_t handle, record_table* effects, const record_table* functions, uint32_t time)
+void update_mesh_effect(
+    uint32_t handle, const table<mesh_effect>& effects, const table<animation_function>& functions, uint32_t time)
 {
-    mesh_effect* effect = table_record<mesh_effect>(effects, handle);
+    mesh_effect* effect = table_get(effects, handle);
     if (effect == nullptr)
         return;
     float params[2] = {0.0f, 0.0f};

@@ -26,4 +26,5 @@ void step_mesh_effect(mesh_effect& effect, std::span<const float> params);
 
 // Evaluates the parameters at `time` (handle 0 gives 0, a dangling one 1.0) and steps.
 // A dangling effect does nothing.
-void update_mesh_effect(uint32_t handle, record_table* effects, const record_table* functions, uint32_t time);
+void update_mesh_effect(
+    uint32_t handle, const table<mesh_effect>& effects, const table<animation_function>& functions, uint32_t time);

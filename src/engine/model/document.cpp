@@ -36,18 +36,7 @@ void document_create(document& d, const char* name, timeline* tracks)
     d = {};
     d.name = name;
     d.tracks = tracks;
-    d.texture_table = record_table_new(sizeof(texture_node));
-    d.mesh_table = record_table_new(sizeof(mesh_record));
-    d.function_table = record_table_new(sizeof(animation_function));
-    d.transform_table = record_table_new(sizeof(value_record));
-    d.dynamic_texture_table = record_table_new(sizeof(dynamic_texture));
-    d.image_texture_table = record_table_new(sizeof(image_texture));
-    d.cube_map_table = record_table_new(sizeof(cube_map));
-    d.font_table = record_table_new(sizeof(font_record));
-    d.object_table = record_table_new(sizeof(object_reference));
-    d.material_table = record_table_new(sizeof(material_record));
-    d.effect_table = record_table_new(sizeof(mesh_effect));
-    d.scene_table = record_table_new(sizeof(scene_record));
+    for_each_table(d, []<typename record>(table<record>& records) { records = table_new<record>(); });
 }
 
 // Frees a block of malloc and forgets it.
@@ -106,13 +95,19 @@ static void free_buffers(scene_record& scene)
     scene.object_count = 0;
 }
 
-template <typename record> static void free_buffers_of_table(const record_table* table)
+// The states of mesh effects are freed by the effects' own room, before.
+static void free_buffers(mesh_effect&) { }
+
+// Records that own nothing. Every kind is named, so that a new one is asked what it owns.
+static void free_buffers(animation_function&) { }
+static void free_buffers(value_record&) { }
+static void free_buffers(font_record&) { }
+static void free_buffers(object_reference&) { }
+
+template <typename record_type> static void free_buffers_of_table(const table<record_type>& records)
 {
-    const uint32_t count = table != nullptr ? table->count : 0;
-    for (uint32_t position = 1; position <= count; ++position) {
-        if (auto* r = static_cast<record*>(record_table_at(table, position)))
-            free_buffers(*r);
-    }
+    for (auto [handle, record] : records)
+        free_buffers(record);
 }
 
 void document_free_generated_images(document& d)
@@ -121,22 +116,16 @@ void document_free_generated_images(document& d)
         std::free(d.generated_images[i].pixels);
     release(d.generated_images);
     d.generated_image_count = 0;
-    free_buffers_of_table<texture_node>(d.texture_table);
+    free_buffers_of_table(d.texture_table);
 }
 
 void document_free(document& d)
 {
     document_free_generated_images(d);
-    free_buffers_of_table<mesh_record>(d.mesh_table);
-    free_buffers_of_table<dynamic_texture>(d.dynamic_texture_table);
-    free_buffers_of_table<image_texture>(d.image_texture_table);
-    free_buffers_of_table<cube_map>(d.cube_map_table);
-    free_buffers_of_table<material_record>(d.material_table);
-    free_buffers_of_table<scene_record>(d.scene_table);
-    for (record_table* table : {d.texture_table, d.mesh_table, d.function_table, d.transform_table,
-             d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
-             d.material_table, d.effect_table, d.scene_table})
-        record_table_free(table);
+    for_each_table(d, [](auto& records) {
+        free_buffers_of_table(records);
+        table_free(records);
+    });
     timeline_free(d.tracks);
     d = {};
 }
@@ -168,7 +157,7 @@ const xml_node* document_music_element(const xml_node* root)
 
 uint32_t resolve_scene_object(const document& d, const scene_object& object)
 {
-    const auto* reference = table_record<object_reference>(d.object_table, object.object);
+    const auto* reference = table_get(d.object_table, object.object);
     const bool is_kind = object.type == object_model || object.type == object_genmesh;
     if (reference != nullptr && is_kind && reference->type == object.type && reference->named_by_material == 0)
         return reference->id;

@@ -12,9 +12,11 @@
 #include "model/records.h"
 #include "model/timeline.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <tuple>
 #include <vector>
 
 struct xml_node;
@@ -48,25 +50,39 @@ struct document;
 // A record as messages name it: "demo.xmlz: section 11 (materials), record 4".
 std::string record_label(const document& d, uint32_t section, uint32_t record);
 
-// Everything that one document is made of. Null tables are empty.
+// Everything that one document is made of. {} tables are empty. The tables stand
+// together, since for_each_table counts them.
 struct document {
-    const char* name;              // "demo.xmlz"; not owned
-    record_table* texture_table;   // texture_node
-    record_table* mesh_table;      // mesh_record
-    record_table* function_table;  // animation_function
-    record_table* transform_table; // value_record
-    record_table* dynamic_texture_table;
-    record_table* image_texture_table;
-    record_table* cube_map_table;
-    record_table* font_table;
-    record_table* object_table; // object_reference
-    record_table* material_table;
-    record_table* effect_table; // mesh_effect
-    record_table* scene_table;
+    const char* name; // "demo.xmlz"; not owned
+    table<texture_node> texture_table;
+    table<mesh_record> mesh_table;
+    table<animation_function> function_table;
+    table<value_record> transform_table; // lights and colours: nine values a record
+    table<dynamic_texture> dynamic_texture_table;
+    table<image_texture> image_texture_table;
+    table<cube_map> cube_map_table;
+    table<font_record> font_table;
+    table<object_reference> object_table; // what materials and scenes point through: a kind and a handle
+    table<material_record> material_table;
+    table<mesh_effect> effect_table;
+    table<scene_record> scene_table;
     timeline* tracks;                  // owned; null: nothing to play
     generated_image* generated_images; // section 1, kept until section 2 is made; owned
     uint32_t generated_image_count;
 };
+
+// Calls `visit` with every table of the document, in the order of the sections. The one list
+// of them: whoever makes, frees or looks through all tables goes by it.
+template <typename visitor> void for_each_table(document& d, visitor&& visit)
+{
+    const auto tables = std::tie(d.texture_table, d.mesh_table, d.function_table, d.transform_table,
+        d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
+        d.material_table, d.effect_table, d.scene_table);
+    static_assert(std::tuple_size_v<decltype(tables)> * sizeof(record_table*)
+            == offsetof(document, tracks) - offsetof(document, texture_table),
+        "a table of the document is missing in this list");
+    std::apply([&visit](auto&... each) { (visit(each), ...); }, tables);
+}
 
 // Empty tables; the timeline is the caller's to give (timeline_new) and becomes
 // the document's. `name` must outlive the document.

@@ -9,13 +9,13 @@
 // document is read.
 struct node_order {
     document_reader& reader;
-    const record_table* table;
+    const table<texture_node>& nodes;
     std::vector<uint8_t> states; // node_state
 };
 
 static const texture_node* node_at(const node_order& order, uint32_t handle)
 {
-    return table_record<texture_node>(order.table, handle);
+    return table_get(order.nodes, handle);
 }
 
 // Whether an input needs no waiting: none, or computed.
@@ -76,9 +76,9 @@ static void compute(node_order& order, uint32_t handle)
 
 void check_node_graph(document_reader& reader)
 {
-    const record_table* table = reader.target->texture_table;
-    const uint32_t count = table != nullptr ? table->count : 0;
-    node_order order = {reader, table, std::vector<uint8_t>(count + 1, node_pending)};
+    const table<texture_node>& nodes = reader.target->texture_table;
+    const uint32_t count = table_count(nodes);
+    node_order order = {reader, nodes, std::vector<uint8_t>(count + 1, node_pending)};
     for (uint32_t handle = 1; handle <= count; ++handle) {
         if (order.states[handle] != node_pending)
             continue;

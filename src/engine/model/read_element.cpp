@@ -293,7 +293,7 @@ bool read_function_value(const place& at, const xml_node& node, float& value)
     if (!read_int(at, node, "value", function))
         return false;
     value = static_cast<float>(function);
-    if (record_table_get(at.reader.target->function_table, static_cast<uint32_t>(function)) == nullptr)
+    if (table_get(at.reader.target->function_table, static_cast<uint32_t>(function)) == nullptr)
         warn(at, line_of("function %d does not exist.", function));
     return true;
 }
@@ -393,23 +393,14 @@ bool read_function_handles(const place& at, const xml_node& node, const paramete
 
 // ---- references -----------------------------------------------------------------------
 
-void check_handle(const place& at, const record_table* table, const char* what, uint32_t handle)
+void warn_of_missing(const place& at, const char* what, uint32_t handle)
 {
-    if (handle != 0 && record_table_get(table, handle) == nullptr)
-        warn(at, line_of("%s %d does not exist.", what, static_cast<int32_t>(handle)));
+    warn(at, line_of("%s %d does not exist.", what, static_cast<int32_t>(handle)));
 }
 
 // ---- records --------------------------------------------------------------------------
 
-void* add_cleared_record(const place& at, record_table* table)
+void fail_full_table(const place& at)
 {
-    const uint32_t handle = table != nullptr ? record_table_add(table) : 0;
-    void* record = record_table_get(table, handle);
-    if (record == nullptr) {
-        fail(at, line_of("more than %u records.", record_table_capacity));
-        return nullptr;
-    }
-    std::memset(record, 0, table->record_size);
-    at.reader.handle = handle;
-    return record;
+    fail(at, line_of("more than %u records.", record_table_capacity));
 }

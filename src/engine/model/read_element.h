@@ -130,16 +130,31 @@ bool read_function_handles(const place& at, const xml_node& node, const paramete
 
 // ---- references -----------------------------------------------------------------
 
-// Warns "WHAT N does not exist." unless the handle is 0 or its record is there.
-void check_handle(const place& at, const record_table* table, const char* what, uint32_t handle);
+// Warns "WHAT N does not exist.".
+void warn_of_missing(const place& at, const char* what, uint32_t handle);
+
+// The same, unless the handle is 0 or its record is there.
+template <typename record_type>
+void check_handle(const place& at, const table<record_type>& records, const char* what, uint32_t handle)
+{
+    if (handle != 0 && table_get(records, handle) == nullptr)
+        warn_of_missing(at, what, handle);
+}
 
 // ---- records --------------------------------------------------------------------
 
+// The fatal problem of a table that takes no more.
+void fail_full_table(const place& at);
+
 // A new cleared record whose handle goes into reader.handle; null, and a fatal problem,
 // when the table is full.
-void* add_cleared_record(const place& at, record_table* table);
-
-template <typename record> record* add_record(const place& at, record_table* table)
+template <typename record_type> record_type* add_record(const place& at, const table<record_type>& records)
 {
-    return static_cast<record*>(add_cleared_record(at, table));
+    const uint32_t handle = table_add(records);
+    if (handle == 0) {
+        fail_full_table(at);
+        return nullptr;
+    }
+    at.reader.handle = handle;
+    return table_get(records, handle);
 }

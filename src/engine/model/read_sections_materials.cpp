@@ -19,7 +19,7 @@ static bool read_glyph(const place& at, const xml_node& node, glyph_record& glyp
 bool read_font(const place& at, const xml_node& node)
 {
     const document& d = *at.reader.target;
-    font_record* font = add_record<font_record>(at, d.font_table);
+    font_record* font = add_record(at, d.font_table);
     if (font == nullptr || !need_children(at, node, glyph_count))
         return false;
     const xml_node* child = node.first_child;
@@ -29,7 +29,7 @@ bool read_font(const place& at, const xml_node& node)
             return false;
         uint32_t& model = font->glyphs[index].model;
         check_handle(here, d.mesh_table, "model", model);
-        if (record_table_get(d.mesh_table, model) == nullptr)
+        if (table_get(d.mesh_table, model) == nullptr)
             model = 0; // a blank, also to the pen
     }
     check_child_count(at, node, glyph_count);
@@ -39,13 +39,11 @@ bool read_font(const place& at, const xml_node& node)
 void check_glyph_materials(document_reader& reader)
 {
     const document& d = *reader.target;
-    const uint32_t count = d.font_table != nullptr ? d.font_table->count : 0;
-    for (uint32_t record = 1; record <= count; ++record) {
-        const auto* font = table_record<font_record>(d.font_table, record);
+    for (auto [record, font] : d.font_table) { // handles are positions while a document is read
         const place at = place_of_record(reader, section_fonts, record);
-        for (uint32_t index = 0; font != nullptr && index < glyph_count; ++index)
+        for (uint32_t index = 0; index < glyph_count; ++index)
             check_handle(
-                place_of_part(at, "glyph", index + 1), d.material_table, "material", font->glyphs[index].material);
+                place_of_part(at, "glyph", index + 1), d.material_table, "material", font.glyphs[index].material);
     }
 }
 
@@ -54,18 +52,16 @@ void check_glyph_materials(document_reader& reader)
 // What the pair means is its user's to say, so it is checked where it is used.
 bool read_object_reference(const place& at, const xml_node& node)
 {
-    object_reference* reference = add_record<object_reference>(at, at.reader.target->object_table);
+    object_reference* reference = add_record(at, at.reader.target->object_table);
     return reference != nullptr && read_int(at, node, "type", reference->type)
         && read_handle(at, node, "id", reference->id);
 }
 
 void mark_material_textures(document& d)
 {
-    const uint32_t count = d.material_table != nullptr ? d.material_table->count : 0;
-    for (uint32_t record = 1; record <= count; ++record) {
-        const auto* material = table_record<material_record>(d.material_table, record);
-        for (uint32_t unit = 0; material != nullptr && unit < texture_unit_count; ++unit) {
-            if (auto* reference = table_record<object_reference>(d.object_table, material->texture[unit]))
+    for (auto [handle, material] : d.material_table) {
+        for (const uint32_t texture : material.texture) {
+            if (object_reference* reference = table_get(d.object_table, texture))
                 reference->named_by_material = 1;
         }
     }
@@ -161,10 +157,11 @@ static bool read_value_handle(const place& at, const xml_node& node, uint32_t& h
     return true;
 }
 
-static bool check_picture(const place& at, const record_table* table, const char* what, uint32_t handle)
+template <typename picture_record>
+static bool check_picture(const place& at, const table<picture_record>& pictures, const char* what, uint32_t handle)
 {
-    check_handle(at, table, what, handle);
-    return record_table_get(table, handle) != nullptr;
+    check_handle(at, pictures, what, handle);
+    return table_get(pictures, handle) != nullptr;
 }
 
 // Warns when a unit's reference leads to no texture: nothing, an unknown kind, a record
@@ -174,13 +171,13 @@ static bool check_texture(const place& material, const char* setting, uint32_t h
 {
     const document& d = *material.reader.target;
     check_handle(material, d.object_table, setting, handle);
-    const auto* reference = table_record<object_reference>(d.object_table, handle);
+    const auto* reference = table_get(d.object_table, handle);
     if (reference == nullptr)
         return false;
     const place at = place_of_part(material, setting, handle);
     switch (static_cast<texture_kind>(reference->type)) {
     case texture_generated: {
-        const auto* node = table_record<texture_node>(d.texture_table, reference->id);
+        const auto* node = table_get(d.texture_table, reference->id);
         if (node != nullptr && node->type != node_output)
             warn(at, line_of("texture node %u is no output node.", reference->id));
         return check_picture(at, d.texture_table, "texture node", reference->id) && node->type == node_output;
@@ -215,7 +212,7 @@ static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
 // Reflections that are fixed in the world and cube maps need each other. `handle` leads to a texture.
 static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode)
 {
-    const auto* reference = table_record<object_reference>(at.reader.target->object_table, handle);
+    const auto* reference = table_get(at.reader.target->object_table, handle);
     if (reference == nullptr || (reference->type == texture_cube) == (cgenmode == coordinates_cube))
         return;
     warn(at,
@@ -342,7 +339,7 @@ static void check_own_program(const place& at, const material_record& m, const b
 
 bool read_material(const place& at, const xml_node& node)
 {
-    material_record* material = add_record<material_record>(at, at.reader.target->material_table);
+    material_record* material = add_record(at, at.reader.target->material_table);
     if (material == nullptr)
         return false;
     bool seen[setting_kind_count] = {};

@@ -67,7 +67,7 @@ static void check_mesh_end(const place& at, const char* name, uint32_t size, con
 
 bool read_mesh(const place& at, const xml_node& node)
 {
-    mesh_record* mesh = add_record<mesh_record>(at, at.reader.target->mesh_table);
+    mesh_record* mesh = add_record(at, at.reader.target->mesh_table);
     const char* name = mesh != nullptr ? read_entry_name(at, node, "filename") : nullptr;
     entry_bytes entry{};
     if (name == nullptr || !read_entry(at, name, entry))
@@ -125,7 +125,7 @@ static uint8_t* read_level(const place& at, const char* image_name, uint32_t lev
 
 bool read_image_texture(const place& at, const xml_node& node)
 {
-    image_texture* texture = add_record<image_texture>(at, at.reader.target->image_texture_table);
+    image_texture* texture = add_record(at, at.reader.target->image_texture_table);
     const char* name = texture != nullptr ? read_entry_name(at, node, "filename") : nullptr;
     decoded_image image{};
     if (name == nullptr
@@ -162,7 +162,7 @@ static bool read_face(const place& at, const char* name, cube_map& cube, uint32_
 bool read_cube_map(const place& at, const xml_node& node)
 {
     static constexpr const char* face_names[cube_face_count] = {"xp", "xn", "yp", "yn", "zp", "zn"};
-    cube_map* cube = add_record<cube_map>(at, at.reader.target->cube_map_table);
+    cube_map* cube = add_record(at, at.reader.target->cube_map_table);
     const char* entry_names[cube_face_count] = {};
     for (uint32_t face = 0; face < cube_face_count; ++face) {
         entry_names[face] = cube != nullptr ? read_entry_name(at, node, face_names[face]) : nullptr;

@@ -15,7 +15,7 @@ constexpr uint32_t most_copies = 131072; // that manipulators make of one object
 
 bool read_effect(const place& at, const xml_node& node)
 {
-    mesh_effect* effect = add_record<mesh_effect>(at, at.reader.target->effect_table);
+    mesh_effect* effect = add_record(at, at.reader.target->effect_table);
     int32_t type = 0;
     if (effect == nullptr || !read_int(at, node, "type", type))
         return false;
@@ -107,7 +107,7 @@ static bool read_manipulators(const place& at, const xml_node& container, scene_
 static double constant_copies(const place& at, const manipulator_record& manipulator)
 {
     if (manipulator.type == manipulator_model_placer) {
-        const auto* mesh = table_record<mesh_record>(at.reader.target->mesh_table, manipulator.model);
+        const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
         return mesh != nullptr && manipulator.model_type == object_model ? mesh->arrays.vertex_count : 1;
     }
     uint32_t numbers = 0; // of copies, the first parameters
@@ -220,9 +220,11 @@ static void check_scene_object(const place& at, const scene_object& object)
     const document& d = *at.reader.target;
     check_drawable(at, object);
     if (object.object != 0 && (object.type == object_model || object.type == object_genmesh)) {
-        const record_table* table = object.type == object_model ? d.mesh_table : d.effect_table;
-        if (record_table_get(table, resolve_scene_object(d, object)) == nullptr)
-            warn(at, line_of("object %d does not exist.", static_cast<int32_t>(object.object)));
+        const uint32_t handle = resolve_scene_object(d, object);
+        const bool found = object.type == object_model ? table_get(d.mesh_table, handle) != nullptr
+                                                       : table_get(d.effect_table, handle) != nullptr;
+        if (!found)
+            warn_of_missing(at, "object", object.object);
     }
     check_handle(at, d.material_table, "material", object.material);
     check_handle(at, d.font_table, "font", object.font);
@@ -279,7 +281,7 @@ static bool allocate_objects(const place& at, const xml_node& node, scene_record
 
 bool read_scene(const place& at, const xml_node& node)
 {
-    scene_record* scene = add_record<scene_record>(at, at.reader.target->scene_table);
+    scene_record* scene = add_record(at, at.reader.target->scene_table);
     if (scene == nullptr || !allocate_objects(at, node, *scene))
         return false;
     copy_name(at, scene->name, sizeof(scene->name), xml_get_attribute(&node, "name"));

@@ -128,7 +128,7 @@ static bool read_node_connections(const place& at, const xml_node* child, textur
 
 bool read_texture_node(const place& at, const xml_node& element)
 {
-    texture_node* node = add_record<texture_node>(at, at.reader.target->texture_table);
+    texture_node* node = add_record(at, at.reader.target->texture_table);
     if (node == nullptr)
         return false;
     node->state = node_pending;
@@ -163,11 +163,8 @@ static void check_texture_node(const place& at, const document& d, const texture
 void check_texture_nodes(document_reader& reader)
 {
     const document& d = *reader.target;
-    const uint32_t count = d.texture_table != nullptr ? d.texture_table->count : 0;
-    for (uint32_t record = 1; record <= count; ++record) {
-        if (const auto* node = table_record<texture_node>(d.texture_table, record))
-            check_texture_node(place_of_record(reader, section_texture_nodes, record), d, *node);
-    }
+    for (auto [record, node] : d.texture_table) // handles are positions while a document is read
+        check_texture_node(place_of_record(reader, section_texture_nodes, record), d, node);
     check_node_graph(reader);
 }
 
@@ -198,7 +195,7 @@ static uint32_t read_bpp(const place& at, const char* text)
 
 bool read_dynamic_texture(const place& at, const xml_node& node)
 {
-    dynamic_texture* texture = add_record<dynamic_texture>(at, at.reader.target->dynamic_texture_table);
+    dynamic_texture* texture = add_record(at, at.reader.target->dynamic_texture_table);
     if (texture == nullptr)
         return false;
     const char* name = read_attribute(at, node, "name");

@@ -66,7 +66,7 @@ static void check_function(const place& at, const animation_function& function)
 
 bool read_function(const place& at, const xml_node& node)
 {
-    animation_function* function = add_record<animation_function>(at, at.reader.target->function_table);
+    animation_function* function = add_record(at, at.reader.target->function_table);
     if (function == nullptr)
         return false;
     function->cached_time = no_cached_time;
@@ -99,7 +99,7 @@ static void mark_dynamic(value_record& record, uint32_t index)
 bool read_value_record(const place& at, const xml_node& node)
 {
     constexpr uint32_t value_count = 9;
-    value_record* record = add_record<value_record>(at, at.reader.target->transform_table);
+    value_record* record = add_record(at, at.reader.target->transform_table);
     if (record == nullptr || !need_children(at, node, 1))
         return false;
     const xml_node& wrapper = *node.first_child;

@@ -1,5 +1,8 @@
 // Record tables: the one collection of the production model.
 //
+// table<material_record> is what everybody uses; record_table is the memory underneath,
+// which knows only how large its records are.
+//
 // A table holds up to 4096 records of one size, each addressed by a handle
 // 1..4096 that stays the same for the record's life; 0 means "none". Positions
 // 1..count give the order, which is the order of creation unless it is changed
@@ -8,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 constexpr uint32_t record_table_capacity = 4096;
 constexpr uint32_t record_table_full = record_table_capacity + 1; // next_free of a full table
@@ -61,8 +65,88 @@ bool record_table_removable(const record_table* table, uint32_t handle);
 // Frees every record, last position first, and the table. Null does nothing.
 void record_table_free(record_table* table);
 
-// The record of a handle as its type; null as record_table_get.
-template <typename record> record* table_record(const record_table* table, uint32_t handle)
+// ---- tables of one kind of record ---------------------------------------------------
+
+// One step of a loop over a table.
+template <typename record_type> struct numbered_record {
+    uint32_t handle;
+    record_type& record;
+};
+
+template <typename record_type> struct table_iterator {
+    const record_table* raw;
+    uint32_t position;
+
+    numbered_record<record_type> operator*() const
+    {
+        return {record_table_handle_at(raw, position), *static_cast<record_type*>(record_table_at(raw, position))};
+    }
+    table_iterator& operator++()
+    {
+        ++position;
+        return *this;
+    }
+    bool operator==(const table_iterator& other) const = default;
+};
+
+// A table that knows what is in it. Copies mean the same table, and its owner frees it
+// (table_free). {} is an empty table that takes nothing.
+//
+//     for (auto [handle, material] : d.material_table)
+//
+// visits the records themselves in the order of positions. One that the loop adds is not
+// visited; the loop may remove none.
+template <typename record_type> struct table {
+    record_table* raw;
+
+    table_iterator<record_type> begin() const
+    {
+        return {raw, 1};
+    }
+    table_iterator<record_type> end() const
+    {
+        return {raw, raw != nullptr ? raw->count + 1 : 1};
+    }
+};
+
+// A new empty table, owned by the caller.
+template <typename record_type> table<record_type> table_new()
 {
-    return static_cast<record*>(record_table_get(table, handle));
+    static_assert(std::is_trivially_copyable_v<record_type>, "records lie in raw memory");
+    return {record_table_new(sizeof(record_type))};
+}
+
+// A copy of `value` (left out: zero) as a new record at the end; its handle, 0 when the table is full.
+template <typename record_type>
+uint32_t table_add(const table<record_type>& records, const std::type_identity_t<record_type>& value = {})
+{
+    const uint32_t handle = record_table_add(records.raw);
+    if (void* record = record_table_get(records.raw, handle))
+        *static_cast<record_type*>(record) = value;
+    return handle;
+}
+
+// The record of a handle; null as record_table_get.
+template <typename record_type> record_type* table_get(const table<record_type>& records, uint32_t handle)
+{
+    return static_cast<record_type*>(record_table_get(records.raw, handle));
+}
+
+// The record at a position 1..table_count; null outside.
+template <typename record_type> record_type* table_at(const table<record_type>& records, uint32_t position)
+{
+    return static_cast<record_type*>(record_table_at(records.raw, position));
+}
+
+template <typename record_type> uint32_t table_count(const table<record_type>& records)
+{
+    return records.raw != nullptr ? records.raw->count : 0;
+}
+
+// Frees every record and the table; whose field it was has an empty one then. Buffers that
+// the records point to stay.
+template <typename record_type> void table_free(table<record_type>& records)
+{
+    record_table_free(records.raw);
+    records = {};
 }

@@ -8,13 +8,13 @@ uint32_t handle_of_value(float value)
     return handle > 0 ? static_cast<uint32_t>(handle) : 0;
 }
 
-float function_value(const record_table* functions, uint32_t handle, uint32_t time)
+float function_value(const table<animation_function>& functions, uint32_t handle, uint32_t time)
 {
-    animation_function* function = table_record<animation_function>(functions, handle);
+    animation_function* function = table_get(functions, handle);
     return function == nullptr ? 1.0f : evaluate_function(*function, time);
 }
 
-float value_at(const record_table* functions, float value, bool dynamic, uint32_t time)
+float value_at(const table<animation_function>& functions, float value, bool dynamic, uint32_t time)
 {
     return dynamic ? function_value(functions, handle_of_value(value), time) : value;
 }

@@ -12,12 +12,12 @@
 uint32_t handle_of_value(float value);
 
 // The value of a function handle; 1.0 for a dangling or missing one.
-float function_value(const record_table* functions, uint32_t handle, uint32_t time);
+float function_value(const table<animation_function>& functions, uint32_t handle, uint32_t time);
 
 // The constant itself, or the function's value.
-float value_at(const record_table* functions, float value, bool dynamic, uint32_t time);
+float value_at(const table<animation_function>& functions, float value, bool dynamic, uint32_t time);
 
-inline float value_at(const record_table* functions, const animated_value& value, uint32_t time)
+inline float value_at(const table<animation_function>& functions, const animated_value& value, uint32_t time)
 {
     return value_at(functions, value.value, value.dynamic != 0, time);
 }

@@ -17,7 +17,7 @@ constexpr float near_distance = 0.1f;
 // leave their last unit active, and the copy must not disturb that unit's texture.
 static void flush_target(const document& d, const layer_plan& plan)
 {
-    const image_texture* target = table_record<image_texture>(d.image_texture_table, plan.flush_texture);
+    const image_texture* target = table_get(d.image_texture_table, plan.flush_texture);
     if (target == nullptr)
         return;
     glActiveTexture(GL_TEXTURE0);
@@ -40,7 +40,7 @@ static void set_viewport(const layer_plan& plan, const frame_tile& tile)
 static void set_target(const document& d, const layer_plan& plan, const frame_tile& tile)
 {
     if (plan.recreate_width != 0) {
-        if (image_texture* target = table_record<image_texture>(d.image_texture_table, plan.target)) {
+        if (image_texture* target = table_get(d.image_texture_table, plan.target)) {
             glActiveTexture(GL_TEXTURE0);
             recreate_target_gl(*target, plan.recreate_width, plan.recreate_height);
         }

@@ -106,7 +106,7 @@ static bool is_quarter_mode(uint32_t type)
 
 static void plan_flush(planning& p, layer_plan& plan)
 {
-    const image_texture* texture = table_record<image_texture>(p.d.image_texture_table, p.pending_texture);
+    const image_texture* texture = table_get(p.d.image_texture_table, p.pending_texture);
     if (texture == nullptr)
         return;
     const target_size size = size_of_target(p, p.pending_texture, *texture);
@@ -129,7 +129,7 @@ static void plan_screen(planning& p, layer_plan& plan)
 static void plan_texture_target(planning& p, const layer_record& layer, layer_plan& plan)
 {
     plan_flush(p, plan);
-    const image_texture* texture = table_record<image_texture>(p.d.image_texture_table, layer.rtex);
+    const image_texture* texture = table_get(p.d.image_texture_table, layer.rtex);
     if (texture == nullptr)
         return;
 
@@ -197,7 +197,7 @@ static uint8_t plan_clear(planning& p, const layer_record& layer, uint32_t track
 // Black without a value record.
 static void plan_clear_color(const document& d, const layer_record& layer, layer_plan& plan)
 {
-    const value_record* color = table_record<value_record>(d.transform_table, layer.clearcolor);
+    const value_record* color = table_get(d.transform_table, layer.clearcolor);
     if (color == nullptr)
         return;
     for (uint32_t i = 0; i < 3; ++i)
@@ -266,7 +266,7 @@ static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& ac
     plan.clear = plan_clear(p, layer, track);
     plan_projection(p, layer, plan);
     plan_clear_color(p.d, layer, plan);
-    if (record_table_get(p.d.scene_table, layer.model_id) != nullptr)
+    if (table_get(p.d.scene_table, layer.model_id) != nullptr)
         plan.model_id = layer.model_id;
     return plan;
 }

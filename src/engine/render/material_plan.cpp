@@ -24,26 +24,26 @@ static bool find_texture_name(const texture_tables& tables, int32_t kind, uint32
 {
     switch (static_cast<texture_kind>(kind)) {
     case texture_generated: {
-        const texture_node* node = table_record<texture_node>(tables.generated, id);
+        const texture_node* node = table_get(tables.generated, id);
         if (node == nullptr || node->type != node_output)
             return false; // only output nodes have a picture on the card
         name = node->texture;
         return true;
     }
     case texture_image:
-        if (const image_texture* image = table_record<image_texture>(tables.images, id)) {
+        if (const image_texture* image = table_get(tables.images, id)) {
             name = image->texture;
             return true;
         }
         return false;
     case texture_dynamic:
-        if (const dynamic_texture* moving = table_record<dynamic_texture>(tables.dynamic, id)) {
+        if (const dynamic_texture* moving = table_get(tables.dynamic, id)) {
             name = moving->texture;
             return true;
         }
         return false;
     case texture_cube:
-        if (const cube_map* cube = table_record<cube_map>(tables.cubes, id)) {
+        if (const cube_map* cube = table_get(tables.cubes, id)) {
             name = cube->texture;
             return true;
         }
@@ -54,7 +54,7 @@ static bool find_texture_name(const texture_tables& tables, int32_t kind, uint32
 
 resolved_texture resolve_texture(const texture_tables& tables, uint32_t reference)
 {
-    const object_reference* object = table_record<object_reference>(tables.objects, reference);
+    const object_reference* object = table_get(tables.objects, reference);
     if (object == nullptr)
         return {};
     uint32_t name = 0;
@@ -105,7 +105,7 @@ static void evaluate_triple(const value_record& record, uint32_t first, const do
 
 bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& out)
 {
-    const value_record* record = table_record<value_record>(d.transform_table, light);
+    const value_record* record = table_get(d.transform_table, light);
     if (record == nullptr)
         return false;
     evaluate_triple(*record, 0, d, time, out.ambient);
@@ -116,7 +116,7 @@ bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& ou
 
 bool plan_light_position(uint32_t light, const document& d, uint32_t time, float position[3])
 {
-    const value_record* record = table_record<value_record>(d.transform_table, light);
+    const value_record* record = table_get(d.transform_table, light);
     if (record == nullptr)
         return false;
     evaluate_triple(*record, 6, d, time, position);
@@ -134,7 +134,7 @@ void widen_fog(float& start, float& end)
 fog_plan plan_fog(const material_record& material, const document& d, uint32_t time)
 {
     fog_plan fog = {.color = {1.0f, 1.0f, 1.0f}, .start = 0.0f, .end = 0.0f};
-    if (const value_record* record = table_record<value_record>(d.transform_table, material.fogcolor))
+    if (const value_record* record = table_get(d.transform_table, material.fogcolor))
         evaluate_triple(*record, 3, d, time, fog.color);
     fog.start = value_at(d.function_table, material.fogstart, material.fogstart_dynamic != 0, time);
     fog.end = value_at(d.function_table, material.fogend, material.fogend_dynamic != 0, time);

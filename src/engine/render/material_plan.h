@@ -36,11 +36,11 @@ bool generates_coordinates(uint8_t cgenmode);
 
 // The tables that a material's texture references lead through. Null tables are empty.
 struct texture_tables {
-    const record_table* objects;
-    const record_table* generated; // texture_node
-    const record_table* images;    // image_texture
-    const record_table* dynamic;   // dynamic_texture
-    const record_table* cubes;     // cube_map
+    table<object_reference> objects;
+    table<texture_node> generated;
+    table<image_texture> images;
+    table<dynamic_texture> dynamic;
+    table<cube_map> cubes;
 };
 
 texture_tables texture_tables_of(const document& d);

@@ -330,8 +330,7 @@ static void release_drawing(object_drawing& drawing)
 static void draw_object_mesh(
     const scene_record& scene, uint32_t number, uint32_t time, const draw_context& context, mesh_arrays& mesh)
 {
-    const material_record* material
-        = table_record<material_record>(context.d->material_table, scene.objects[number].material);
+    const material_record* material = table_get(context.d->material_table, scene.objects[number].material);
     object_drawing drawing = begin_drawing(scene, number, time, context, &mesh);
     if (drawing.placements != nullptr)
         draw_mesh(drawing, mesh, material);
@@ -342,9 +341,9 @@ static void draw_object_mesh(
 static void draw_model_object(const scene_record& scene, uint32_t number, uint32_t time, const draw_context& context)
 {
     const scene_object& object = scene.objects[number];
-    if (object.object == 0 || record_table_get(context.d->material_table, object.material) == nullptr)
+    if (object.object == 0 || table_get(context.d->material_table, object.material) == nullptr)
         return;
-    mesh_record* mesh = table_record<mesh_record>(context.d->mesh_table, resolve_scene_object(*context.d, object));
+    mesh_record* mesh = table_get(context.d->mesh_table, resolve_scene_object(*context.d, object));
     if (mesh != nullptr)
         draw_object_mesh(scene, number, time, context, mesh->arrays);
 }
@@ -356,7 +355,7 @@ static void draw_genmesh_object(const scene_record& scene, uint32_t number, uint
     if (object.object == 0)
         return;
     const uint32_t handle = resolve_scene_object(*context.d, object);
-    mesh_effect* effect = table_record<mesh_effect>(context.d->effect_table, handle);
+    mesh_effect* effect = table_get(context.d->effect_table, handle);
     if (effect == nullptr)
         return;
     update_mesh_effect(handle, context.d->effect_table, context.d->function_table, time);
@@ -366,7 +365,7 @@ static void draw_genmesh_object(const scene_record& scene, uint32_t number, uint
 static void draw_text_object(const scene_record& scene, uint32_t number, uint32_t time, const draw_context& context)
 {
     const scene_object& object = scene.objects[number];
-    const font_record* font = table_record<font_record>(context.d->font_table, object.font);
+    const font_record* font = table_get(context.d->font_table, object.font);
     if (font == nullptr || object.text[0] == '\0')
         return;
     object_drawing drawing = begin_drawing(scene, number, time, context, nullptr);
@@ -374,11 +373,11 @@ static void draw_text_object(const scene_record& scene, uint32_t number, uint32_
     const uint32_t count = layout_text(object.text, *font, glyphs);
     for (uint32_t i = 0; i < count && drawing.placements != nullptr; ++i) {
         const glyph_record& glyph = font->glyphs[glyphs[i].glyph];
-        mesh_record* mesh = table_record<mesh_record>(context.d->mesh_table, glyph.model);
+        mesh_record* mesh = table_get(context.d->mesh_table, glyph.model);
         if (mesh == nullptr)
             continue;
         drawing.pen = glyphs[i].pen;
-        draw_mesh(drawing, mesh->arrays, table_record<material_record>(context.d->material_table, glyph.material));
+        draw_mesh(drawing, mesh->arrays, table_get(context.d->material_table, glyph.material));
     }
     release_drawing(drawing);
 }
@@ -411,7 +410,7 @@ static void tell_cut_copies(const document& d, uint32_t scene_handle, scene_obje
 
 void draw_model(uint32_t scene_handle, const draw_context& context)
 {
-    const scene_record* scene = table_record<scene_record>(context.d->scene_table, scene_handle);
+    const scene_record* scene = table_get(context.d->scene_table, scene_handle);
     if (scene == nullptr || scene->objects == nullptr)
         return;
     for (uint32_t number = 0; number < scene->object_count; ++number) {

@@ -12,7 +12,7 @@ uint32_t object_time(uint32_t layer_time, float offset)
     return static_cast<uint32_t>(truncate_to_int(static_cast<double>(layer_time) + static_cast<double>(offset)));
 }
 
-bool object_is_visible(const scene_object& object, const record_table* functions, uint32_t time)
+bool object_is_visible(const scene_object& object, const table<animation_function>& functions, uint32_t time)
 {
     return object.visibility == 0 || !(function_value(functions, object.visibility, time) < 1.0f);
 }
@@ -25,7 +25,7 @@ bool faces_camera(const scene_record& scene, uint32_t object_number)
 
 // ---- placements -----------------------------------------------------------------
 
-placement object_placement(const scene_object& object, const record_table* functions, uint32_t time)
+placement object_placement(const scene_object& object, const table<animation_function>& functions, uint32_t time)
 {
     float values[placement_value_count];
     for (uint32_t i = 0; i < placement_value_count; ++i)
@@ -40,12 +40,12 @@ placement object_placement(const scene_object& object, const record_table* funct
 const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d)
 {
     if (manipulator.model_type == 1) {
-        const mesh_effect* effect = table_record<mesh_effect>(d.effect_table, manipulator.model);
+        const mesh_effect* effect = table_get(d.effect_table, manipulator.model);
         return effect == nullptr ? nullptr : &effect->mesh;
     }
     if (manipulator.model_type != 0)
         return nullptr;
-    const mesh_record* mesh = table_record<mesh_record>(d.mesh_table, manipulator.model);
+    const mesh_record* mesh = table_get(d.mesh_table, manipulator.model);
     return mesh == nullptr ? nullptr : &mesh->arrays;
 }
 

@@ -21,13 +21,13 @@ uint32_t object_time(uint32_t layer_time, float offset);
 
 // False where the visibility function is below 1.0. Without a function, or with a
 // dangling one, the object shows.
-bool object_is_visible(const scene_object& object, const record_table* functions, uint32_t time);
+bool object_is_visible(const scene_object& object, const table<animation_function>& functions, uint32_t time);
 
 // The object's camera-facing flag.
 bool faces_camera(const scene_record& scene, uint32_t object_number);
 
 // The nine animated values of the object itself.
-placement object_placement(const scene_object& object, const record_table* functions, uint32_t time);
+placement object_placement(const scene_object& object, const table<animation_function>& functions, uint32_t time);
 
 struct placed_copies {
     placement_list* list; // owned; never null unless memory ran out

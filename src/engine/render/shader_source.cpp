@@ -82,10 +82,10 @@ static source_value plan_record_value(
 }
 
 static source_light plan_source_light(
-    uint32_t handle, const record_table* value_records, source_plan& plan, shader_program& program)
+    uint32_t handle, const table<value_record>& value_records, source_plan& plan, shader_program& program)
 {
     source_light light = {};
-    const value_record* record = table_record<value_record>(value_records, handle);
+    const value_record* record = table_get(value_records, handle);
     if (record == nullptr)
         return light;
     light.used = true;
@@ -122,14 +122,14 @@ static void widen_constant_fog(float& start, float& end)
     end = reversed ? written_start - least_fog_width : written_end;
 }
 
-static source_fog plan_source_fog(
-    const material_record& material, const record_table* value_records, source_plan& plan, shader_program& program)
+static source_fog plan_source_fog(const material_record& material, const table<value_record>& value_records,
+    source_plan& plan, shader_program& program)
 {
     source_fog fog = {};
     fog.used = material.fogtype != 0;
     if (!fog.used)
         return fog;
-    if (const value_record* record = table_record<value_record>(value_records, material.fogcolor)) {
+    if (const value_record* record = table_get(value_records, material.fogcolor)) {
         fog.colored = true;
         for (uint32_t i = 0; i < 3; ++i)
             fog.color[i] = plan_record_value(*record, 3 + i, plan, program);
@@ -160,7 +160,7 @@ static void plan_source_units(
 }
 
 // Numbers the dynamic values in this order: colour, light 1, light 2, fog.
-static source_plan plan_source(const material_record& material, const record_table* value_records,
+static source_plan plan_source(const material_record& material, const table<value_record>& value_records,
     const shader_unit units[texture_unit_count], shader_program& program)
 {
     source_plan plan = {};
@@ -502,7 +502,7 @@ static void clear_program_texts(shader_program& program)
     std::fill_n(program.uniform_functions, user_uniform_count, 0u);
 }
 
-static void write_generated_texts(material_record& material, const record_table* value_records,
+static void write_generated_texts(material_record& material, const table<value_record>& value_records,
     const shader_unit units[texture_unit_count], shader_program& program)
 {
     const source_plan plan = plan_source(material, value_records, units, program);
@@ -514,9 +514,9 @@ static void write_generated_texts(material_record& material, const record_table*
     program.fragment_source = fragment.text;
 }
 
-void resolve_shader_units(const material_record& material, const record_table* objects,
-    const record_table* texture_table, const record_table* image_texture_table,
-    const record_table* dynamic_texture_table, const record_table* cube_map_table,
+void resolve_shader_units(const material_record& material, const table<object_reference>& objects,
+    const table<texture_node>& texture_table, const table<image_texture>& image_texture_table,
+    const table<dynamic_texture>& dynamic_texture_table, const table<cube_map>& cube_map_table,
     shader_unit units[texture_unit_count])
 {
     const texture_tables tables = {objects, texture_table, image_texture_table, dynamic_texture_table, cube_map_table};
@@ -548,7 +548,7 @@ void free_shader_program(shader_program* program)
 }
 
 void generate_shader(
-    material_record& material, const record_table* value_records, const shader_unit units[texture_unit_count])
+    material_record& material, const table<value_record>& value_records, const shader_unit units[texture_unit_count])
 {
     if (material.program == nullptr)
         material.program = new_shader_program();
@@ -587,8 +587,8 @@ static void widen_fog_uniforms(const material_record& material, uint32_t uniform
         *start = first;
 }
 
-void evaluate_uniforms(
-    const material_record& material, const record_table* functions, uint32_t time, float values[user_uniform_count])
+void evaluate_uniforms(const material_record& material, const table<animation_function>& functions, uint32_t time,
+    float values[user_uniform_count])
 {
     uint32_t count = 0;
     for (uint32_t i = 0; i < user_uniform_count; ++i) {

@@ -18,9 +18,9 @@ struct shader_unit {
 
 // The units of a material by its document's tables: resolution stops at the first
 // empty unit.
-void resolve_shader_units(const material_record& material, const record_table* objects,
-    const record_table* texture_table, const record_table* image_texture_table,
-    const record_table* dynamic_texture_table, const record_table* cube_map_table,
+void resolve_shader_units(const material_record& material, const table<object_reference>& objects,
+    const table<texture_node>& texture_table, const table<image_texture>& image_texture_table,
+    const table<dynamic_texture>& dynamic_texture_table, const table<cube_map>& cube_map_table,
     shader_unit units[texture_unit_count]);
 
 // A new, empty program record (owned by the material; free_shader_program).
@@ -33,13 +33,13 @@ void free_shader_program(shader_program* program);
 // when it is null. Materials with a program of their own (enable_glsl not 0 and both texts
 // there) take their texts and user_uniforms instead.
 void generate_shader(
-    material_record& material, const record_table* value_records, const shader_unit units[texture_unit_count]);
+    material_record& material, const table<value_record>& value_records, const shader_unit units[texture_unit_count]);
 
 // What u1..u24 of a material's program are at a moment, those without a function 0. Fog
 // without a width is widened here where the text cannot say it, because its start or its
 // end is a uniform. The material must have a program.
-void evaluate_uniforms(
-    const material_record& material, const record_table* functions, uint32_t time, float values[user_uniform_count]);
+void evaluate_uniforms(const material_record& material, const table<animation_function>& functions, uint32_t time,
+    float values[user_uniform_count]);
 
 // True when the material brings its own program.
 bool has_custom_program(const material_record& material);

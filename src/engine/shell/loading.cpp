@@ -57,33 +57,32 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
         make_generated_image(d);
         break;
     case section_texture_nodes:
-        if (texture_node* node = table_record<texture_node>(d.texture_table, handle); node && node->type == node_output)
+        if (texture_node* node = table_get(d.texture_table, handle); node && node->type == node_output)
             create_output_texture_gl(*node, options.formats);
         break;
     case section_meshes:
-        if (mesh_record* mesh = table_record<mesh_record>(d.mesh_table, handle); mesh && options.caps.vbo == 1)
+        if (mesh_record* mesh = table_get(d.mesh_table, handle); mesh && options.caps.vbo == 1)
             create_mesh_buffers_gl(mesh->arrays);
         break;
     case section_dynamic_textures:
-        if (dynamic_texture* texture = table_record<dynamic_texture>(d.dynamic_texture_table, handle))
+        if (dynamic_texture* texture = table_get(d.dynamic_texture_table, handle))
             create_dynamic_texture_gl(
                 *texture, d.function_table, options.formats, options.first_images, options.caps.pbo == 1);
         break;
     case section_image_textures:
-        if (image_texture* image = table_record<image_texture>(d.image_texture_table, handle))
+        if (image_texture* image = table_get(d.image_texture_table, handle))
             upload_image_texture_gl(*image, options.formats);
         break;
     case section_cube_maps:
-        if (cube_map* cube = table_record<cube_map>(d.cube_map_table, handle))
+        if (cube_map* cube = table_get(d.cube_map_table, handle))
             upload_cube_map_gl(*cube, options.formats);
         break;
     case section_materials:
-        if (material_record* material = table_record<material_record>(d.material_table, handle);
-            material && options.glsl)
+        if (material_record* material = table_get(d.material_table, handle); material && options.glsl)
             make_program(d, handle, *material, options.shader_log);
         break;
     case section_mesh_effects:
-        if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
+        if (mesh_effect* effect = table_get(d.effect_table, handle))
             init_mesh_effect(*effect);
         break;
     case section_functions:
@@ -166,8 +165,7 @@ bool load_document(FILE* pack, const char* name, timeline* tracks, const loading
 
 void unload_document(document& d)
 {
-    for (uint32_t handle = 1; handle <= record_table_capacity; ++handle)
-        if (mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
-            free_mesh_effect(*effect);
+    for (auto [handle, effect] : d.effect_table)
+        free_mesh_effect(effect);
     document_free(d);
 }

@@ -29,12 +29,12 @@ static void enter_node(graph_path& path, const texture_node& node)
 
 // The next output of the node at the path's end; null when the node has no more and
 // was left. A handle that names no node is passed over.
-static texture_node* next_output(graph_path& path, const record_table* node_pool)
+static texture_node* next_output(graph_path& path, const table<texture_node>& node_pool)
 {
     auto& last = path.step[path.length - 1];
     const uint32_t count = std::min(last.node->output_count, max_node_outputs);
     while (last.next_output < count) {
-        texture_node* output = table_record<texture_node>(node_pool, last.node->outputs[last.next_output]);
+        texture_node* output = table_get(node_pool, last.node->outputs[last.next_output]);
         ++last.next_output;
         if (output != nullptr)
             return output;
@@ -43,7 +43,7 @@ static texture_node* next_output(graph_path& path, const record_table* node_pool
     return nullptr;
 }
 
-void mark_waiting(record_table* node_pool, texture_node& node)
+void mark_waiting(const table<texture_node>& node_pool, texture_node& node)
 {
     graph_path path;
     path.length = 0;
@@ -73,14 +73,14 @@ static uint8_t* black_pixels(uint32_t size)
     return static_cast<uint8_t*>(std::calloc(size_t{size} * size, 3));
 }
 
-static const uint8_t* pixels_of_node(const record_table* node_pool, uint32_t handle)
+static const uint8_t* pixels_of_node(const table<texture_node>& node_pool, uint32_t handle)
 {
-    const texture_node* node = table_record<texture_node>(node_pool, handle);
+    const texture_node* node = table_get(node_pool, handle);
     return node != nullptr ? node->pixels : nullptr;
 }
 
 static const uint8_t* second_source(
-    std::span<const generated_image> generated_images, const record_table* node_pool, const texture_node& node)
+    std::span<const generated_image> generated_images, const table<texture_node>& node_pool, const texture_node& node)
 {
     if (node.type >= node_invert)
         return pixels_of_node(node_pool, node.input2);
@@ -89,8 +89,8 @@ static const uint8_t* second_source(
 
 // Makes the node's pixels and marks it done. What is missing reads as black; without
 // memory the node stays as it is, and so reads as black itself.
-static void make_pixels(
-    std::span<const generated_image> generated_images, const record_table* node_pool, uint32_t size, texture_node& node)
+static void make_pixels(std::span<const generated_image> generated_images, const table<texture_node>& node_pool,
+    uint32_t size, texture_node& node)
 {
     node.state = node_done;
     if (node.pixels == nullptr)
@@ -112,21 +112,21 @@ static void make_pixels(
 
 // ---- the graph ----------------------------------------------------------------------
 
-static bool is_input_done(const record_table* node_pool, uint32_t handle)
+static bool is_input_done(const table<texture_node>& node_pool, uint32_t handle)
 {
     if (handle == 0)
         return true;
-    const texture_node* node = table_record<texture_node>(node_pool, handle);
+    const texture_node* node = table_get(node_pool, handle);
     return node != nullptr && node->state == node_done;
 }
 
-static bool is_ready(const record_table* node_pool, const texture_node& node)
+static bool is_ready(const table<texture_node>& node_pool, const texture_node& node)
 {
     return node.state != node_done && is_input_done(node_pool, node.input1) && is_input_done(node_pool, node.input2);
 }
 
-void compute_node(
-    std::span<const generated_image> generated_images, record_table* node_pool, uint32_t size, texture_node& node)
+void compute_node(std::span<const generated_image> generated_images, const table<texture_node>& node_pool,
+    uint32_t size, texture_node& node)
 {
     graph_path path;
     path.length = 0;
@@ -141,23 +141,20 @@ void compute_node(
     }
 }
 
-void generate_textures(record_table* node_pool, std::span<const generated_image> generated_images, uint32_t size)
+void generate_textures(
+    const table<texture_node>& node_pool, std::span<const generated_image> generated_images, uint32_t size)
 {
-    if (node_pool == nullptr)
-        return;
-    for (uint32_t position = 1; position <= node_pool->count; ++position) {
-        auto* node = static_cast<texture_node*>(record_table_at(node_pool, position));
-        if (node != nullptr && node->state == node_pending)
-            mark_waiting(node_pool, *node);
+    for (auto [handle, node] : node_pool) {
+        if (node.state == node_pending)
+            mark_waiting(node_pool, node);
     }
     bool computed = true;
     while (computed) {
         computed = false;
-        for (uint32_t position = 1; position <= node_pool->count; ++position) {
-            auto* node = static_cast<texture_node*>(record_table_at(node_pool, position));
-            if (node == nullptr || node->state != node_pending)
+        for (auto [handle, node] : node_pool) {
+            if (node.state != node_pending)
                 continue;
-            compute_node(generated_images, node_pool, size, *node);
+            compute_node(generated_images, node_pool, size, node);
             computed = true;
         }
     }

@@ -17,13 +17,14 @@
 
 // Sets `state` to waiting on every node reachable from `node` through `outputs`; what
 // is waiting already is not gone through again. `node` itself only in a cycle.
-void mark_waiting(record_table* node_pool, texture_node& node);
+void mark_waiting(const table<texture_node>& node_pool, texture_node& node);
 
 // Computes one node and then, depth first and in the order of `outputs`, each that
 // became ready: it is not done, and both of its inputs are done or none. So a node is
 // computed by its last input, at once. Needs the cosine table.
-void compute_node(
-    std::span<const generated_image> generated_images, record_table* node_pool, uint32_t size, texture_node& node);
+void compute_node(std::span<const generated_image> generated_images, const table<texture_node>& node_pool,
+    uint32_t size, texture_node& node);
 
 // Evaluates the whole graph: roots first, in pool order, until nothing is pending.
-void generate_textures(record_table* node_pool, std::span<const generated_image> generated_images, uint32_t size);
+void generate_textures(
+    const table<texture_node>& node_pool, std::span<const generated_image> generated_images, uint32_t size);

@@ -107,20 +107,18 @@ void create_output_texture_gl(texture_node& node, const texture_format_table& fo
     set_texture_filter(GL_TEXTURE_2D, node.texture_filter);
 }
 
-void upload_generated_textures_gl(record_table* texture_table, const texture_format_table& formats)
+void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats)
 {
     static const std::array<uint8_t, size_t{3}* generated_size* generated_size> black = {};
-    const uint32_t count = texture_table != nullptr ? texture_table->count : 0;
-    for (uint32_t position = 1; position <= count; ++position) {
-        const auto* node = static_cast<const texture_node*>(record_table_at(texture_table, position));
-        if (node == nullptr || node->type != node_output || node->texture == 0)
+    for (auto [handle, node] : texture_table) {
+        if (node.type != node_output || node.texture == 0)
             continue;
-        const uint8_t* pixels = node->pixels != nullptr ? node->pixels : black.data();
+        const uint8_t* pixels = node.pixels != nullptr ? node.pixels : black.data();
         const picture base = {generated_size, generated_size, 3, pixels};
-        const uint32_t format = internal_format_of(formats, node->texture_format);
-        glBindTexture(GL_TEXTURE_2D, node->texture);
+        const uint32_t format = internal_format_of(formats, node.texture_format);
+        glBindTexture(GL_TEXTURE_2D, node.texture);
         upload_base_level(GL_TEXTURE_2D, base, format, GL_RGB);
-        if (node->texture_filter == 2)
+        if (node.texture_filter == 2)
             upload_mipmaps(GL_TEXTURE_2D, base, format, nullptr, nullptr);
     }
 }

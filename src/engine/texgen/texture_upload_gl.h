@@ -28,7 +28,7 @@ void create_output_texture_gl(texture_node& node, const texture_format_table& fo
 // Uploads every output node of the table that has a texture object: its pixels, or
 // black where it was never computed. Mipmaps are built for filter 2 only: greater
 // numbers have the mipmapped filter too, and no levels, on purpose.
-void upload_generated_textures_gl(record_table* texture_table, const texture_format_table& formats);
+void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats);
 
 // Makes a picture's texture and frees its decoded pixels and ready-made levels.
 void upload_image_texture_gl(image_texture& image, const texture_format_table& formats);

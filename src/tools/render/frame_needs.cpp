@@ -36,11 +36,11 @@ static bool contains(const texture_set& set, uint32_t texture)
 
 static void add_targets_of_material(const document& d, uint32_t handle, const texture_set& targets, texture_set& shown)
 {
-    const material_record* material = table_record<material_record>(d.material_table, handle);
+    const material_record* material = table_get(d.material_table, handle);
     if (material == nullptr)
         return add(shown, targets);
     for (const uint32_t texture : material->texture) {
-        const auto* reference = table_record<object_reference>(d.object_table, texture);
+        const auto* reference = table_get(d.object_table, texture);
         if (reference != nullptr && reference->type == texture_image && contains(targets, reference->id))
             add(shown, {reference->id});
     }
@@ -49,10 +49,10 @@ static void add_targets_of_material(const document& d, uint32_t handle, const te
 std::vector<uint32_t> targets_of_scene(const document& d, uint32_t scene, const std::vector<uint32_t>& targets)
 {
     texture_set shown;
-    const scene_record* record = table_record<scene_record>(d.scene_table, scene);
+    const scene_record* record = table_get(d.scene_table, scene);
     for (uint32_t i = 0; record != nullptr && record->objects != nullptr && i < record->object_count; ++i) {
         const scene_object& object = record->objects[i];
-        const font_record* font = table_record<font_record>(d.font_table, object.font);
+        const font_record* font = table_get(d.font_table, object.font);
         if (object.type != object_text)
             add_targets_of_material(d, object.material, targets, shown);
         else if (font != nullptr)

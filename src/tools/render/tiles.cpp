@@ -68,9 +68,9 @@ uint64_t effects_fingerprint(const document& d)
 {
     uint64_t hash = 0xCBF29CE484222325u;
     for (uint32_t handle = 1; handle <= record_table_capacity; ++handle) {
-        if (const mesh_effect* effect = table_record<mesh_effect>(d.effect_table, handle))
+        if (const mesh_effect* effect = table_get(d.effect_table, handle))
             add_bytes(hash, effect->mesh.positions, size_t{effect->mesh.vertex_count} * 3 * sizeof(float));
-        const auto* texture = table_record<dynamic_texture>(d.dynamic_texture_table, handle);
+        const auto* texture = table_get(d.dynamic_texture_table, handle);
         if (texture != nullptr && texture->state != nullptr)
             add_bytes(hash, texture->state->buffer, size_t{texture->width} * texture->height * (texture->bpp / 8));
     }
