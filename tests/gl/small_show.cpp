@@ -3,6 +3,7 @@
 #include "content/xml.h"
 #include "effects/manipulator.h"
 #include "render/compositor_gl.h"
+#include "render/mesh_buffers_gl.h"
 #include "render/shader_program_gl.h"
 #include "shell/loading.h"
 

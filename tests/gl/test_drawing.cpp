@@ -3,6 +3,7 @@
 
 #include "effects/manipulator.h"
 #include "render/matrix.h"
+#include "render/mesh_buffers_gl.h"
 
 #include <GL/glew.h>
 

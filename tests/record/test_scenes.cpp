@@ -4,6 +4,7 @@
 #include "effects/manipulator.h"
 #include "effects/mesh_effect.h"
 #include "render/matrix.h"
+#include "render/mesh_buffers_gl.h"
 #include "render/scene_gl.h"
 
 #include <GL/glew.h>

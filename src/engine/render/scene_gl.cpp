@@ -3,12 +3,12 @@
 #include "effects/mesh_effect.h"
 #include "render/material_gl.h"
 #include "render/matrix.h"
+#include "render/mesh_buffers_gl.h"
 #include "render/scene_plan.h"
 #include "render/text.h"
 
 #include <GL/glew.h>
 
-#include <algorithm>
 #include <cstdio>
 
 // What all meshes of one object share while they are drawn.
@@ -33,48 +33,6 @@ struct mesh_source {
 };
 
 // ---- buffers --------------------------------------------------------------------
-
-static void make_buffer(uint32_t& buffer, GLenum target, const void* data, size_t size)
-{
-    if (buffer != 0 || data == nullptr || size == 0)
-        return;
-    glGenBuffers(1, &buffer);
-    glBindBuffer(target, buffer);
-    glBufferData(target, static_cast<GLsizeiptr>(size), data, GL_STATIC_DRAW);
-    glBindBuffer(target, 0);
-}
-
-static void drop_buffer(uint32_t& buffer)
-{
-    if (buffer != 0)
-        glDeleteBuffers(1, &buffer);
-    buffer = 0;
-}
-
-void create_mesh_buffers_gl(mesh_arrays& mesh)
-{
-    if (glGenBuffers == nullptr)
-        return;
-    const size_t vertex_bytes = size_t{mesh.vertex_count} * 3 * sizeof(float);
-    make_buffer(mesh.position_buffer, GL_ARRAY_BUFFER, mesh.positions, vertex_bytes);
-    make_buffer(mesh.normal_buffer, GL_ARRAY_BUFFER, mesh.normals, vertex_bytes);
-    for (uint32_t set = 0; set < std::min(mesh.texcoord_sets, max_texcoord_sets); ++set)
-        make_buffer(mesh.texcoord_buffer[set], GL_ARRAY_BUFFER, mesh.texcoords[set],
-            size_t{mesh.vertex_count} * 2 * sizeof(float));
-    make_buffer(mesh.index_buffer, GL_ELEMENT_ARRAY_BUFFER, mesh.indices, size_t{mesh.index_count} * sizeof(uint16_t));
-}
-
-void release_mesh_buffers_gl(mesh_arrays& mesh)
-{
-    if (glDeleteBuffers == nullptr)
-        return;
-    drop_buffer(mesh.position_buffer);
-    drop_buffer(mesh.normal_buffer);
-    for (uint32_t& buffer : mesh.texcoord_buffer)
-        drop_buffer(buffer);
-    drop_buffer(mesh.index_buffer);
-    drop_buffer(mesh.line_index_buffer);
-}
 
 static void bind_array_buffer(const mesh_source& source, uint32_t buffer)
 {
@@ -219,7 +177,7 @@ static element_source choose_elements(mesh_arrays& mesh, bool wireframe, bool us
         generate_line_index_array(mesh);
     const uint32_t count = mesh.line_indices == nullptr ? 0 : mesh.index_count / 3 * 6;
     if (buffered)
-        make_buffer(mesh.line_index_buffer, GL_ELEMENT_ARRAY_BUFFER, mesh.line_indices, count * sizeof(uint16_t));
+        create_line_buffer_gl(mesh);
     const bool lines_buffered = buffered && mesh.line_index_buffer != 0;
     return {GL_LINES, static_cast<GLsizei>(count),
         {lines_buffered ? nullptr : mesh.line_indices, lines_buffered ? mesh.line_index_buffer : 0}};

@@ -18,8 +18,3 @@ struct draw_context {
 // Draws the scene of a handle; nothing for a dangling one. The modelview matrix is the
 // same on return as on entry.
 void draw_model(uint32_t scene, const draw_context& context);
-
-// Puts a mesh's unchanging arrays into buffer objects; release deletes them again and
-// twice is harmless.
-void create_mesh_buffers_gl(mesh_arrays& mesh);
-void release_mesh_buffers_gl(mesh_arrays& mesh);

@@ -2,7 +2,7 @@
 
 #include "effects/dynamic_texture_gl.h"
 #include "effects/mesh_effect.h"
-#include "render/scene_gl.h"
+#include "render/mesh_buffers_gl.h"
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
 #include "texgen/generators.h"
