@@ -18,7 +18,7 @@ enum segment_kind : int32_t {
     segment_kind_count
 };
 
-enum loop_kind : uint8_t { loop_off = 0, loop_around = 1, loop_ping_pong = 2 };
+enum loop_kind : uint8_t { loop_off = 0, loop_around = 1, loop_ping_pong = 2, loop_kind_count };
 
 constexpr uint32_t max_segments = 16;
 constexpr uint32_t max_segment_params = 24;

@@ -22,8 +22,22 @@ static_assert(sizeof(gl_caps) == 10, "ten flags of one byte");
 
 constexpr gl_caps initial_caps = {0, 0, 0, 0xFF, 2, 0, 0, 0, 0, 0};
 
-// OpenGL internal formats by a document's texture_format index 0..8.
-constexpr uint32_t texture_format_count = 9;
+// What a document asks the driver to keep a texture as. One that the driver lacks is kept as
+// the plain one of the same channels, bump maps as RGB.
+enum texture_format_kind : uint8_t {
+    texture_format_rgb = 0,
+    texture_format_rgba = 1,
+    texture_format_luminance = 2,
+    texture_format_luminance_alpha = 3,
+    texture_format_compressed_rgb = 4,
+    texture_format_compressed_rgba = 5,
+    texture_format_compressed_luminance = 6,
+    texture_format_compressed_luminance_alpha = 7,
+    texture_format_bump_map = 8,
+    texture_format_count
+};
+
+// OpenGL's internal formats, by texture_format_kind.
 struct texture_format_table {
     uint32_t format[texture_format_count];
 };

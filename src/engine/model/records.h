@@ -34,6 +34,17 @@ inline bool value_is_dynamic(const value_record& record, uint32_t index)
                      : ((record.dynamic_flags[1] << (index - 6)) & 128) != 0;
 }
 
+// ---- what all textures have ---------------------------------------------------
+
+// How a texture's pixels are mixed where they do not fall on the screen's. What a number
+// beyond the catalogue does is each texture's own.
+enum filter_kind : uint8_t {
+    filter_nearest = 0,
+    filter_linear = 1,
+    filter_mipmaps = 2, // linear, and between levels
+    filter_kind_count
+};
+
 // ---- generated textures -------------------------------------------------------
 
 constexpr uint32_t generated_size = 256; // side of every generated picture, pixels
@@ -98,8 +109,8 @@ struct texture_node {
     uint32_t outputs[max_node_outputs]; // handles of the nodes that this one feeds
     uint8_t* pixels;                    // 3 x size x size bytes, owned; null until computed
     uint32_t texture;                   // OpenGL name, output nodes only
-    uint8_t texture_format;             // 0..8
-    uint8_t texture_filter;             // 0 nearest, 1 linear, 2 with mipmaps
+    uint8_t texture_format;             // texture_format_kind
+    uint8_t texture_filter;             // filter_kind; others have the filter of mipmaps and no levels
     uint8_t state;                      // node_state
 };
 
@@ -156,8 +167,8 @@ struct dynamic_texture {
     uint32_t bpp;                             // 8 or 24
     uint32_t functions[max_effect_2d_params]; // handles of function_table
     uint32_t texture;                         // OpenGL name
-    uint8_t texture_format;                   // 0..8
-    uint8_t texture_filter;                   // 0 nearest, else linear
+    uint8_t texture_format;                   // texture_format_kind
+    uint8_t texture_filter;                   // filter_kind; all but filter_nearest are linear
     uint32_t pbo;                             // OpenGL buffer name, 0: none
     effect_2d_state* state;                   // owned; null for kinds without
     uint32_t refresh_time;                    // function time of the last refresh
@@ -171,8 +182,8 @@ struct image_texture {
     uint8_t* pixels;     // decoded, owned; null once uploaded
     uint8_t* level1;     // ready-made mipmap levels, same components; owned, null: none
     uint8_t* level2;
-    uint8_t texture_format; // 0..8
-    uint8_t texture_filter; // 0 nearest, 1 linear, else with mipmaps
+    uint8_t texture_format; // texture_format_kind
+    uint8_t texture_filter; // filter_kind; others act as filter_mipmaps
     uint32_t format;        // GL internal format in use: 3 after a render target was recreated
     uint32_t texture;       // OpenGL name
 };
@@ -183,8 +194,8 @@ struct cube_map {
     uint32_t size;                        // side of every face, pixels
     uint32_t components[cube_face_count]; // 3 or 4
     uint8_t* faces[cube_face_count];      // decoded, owned; null once uploaded
-    uint8_t texture_format;               // 0..8
-    uint8_t texture_filter;               // 0 nearest, 1 linear, else with mipmaps
+    uint8_t texture_format;               // texture_format_kind
+    uint8_t texture_filter;               // filter_kind; others act as filter_mipmaps
     uint32_t texture;                     // OpenGL name
 };
 
@@ -225,6 +236,22 @@ constexpr uint32_t texture_unit_count = 3;
 constexpr uint32_t user_uniform_count = 24;
 constexpr uint32_t info_log_size = 512;
 
+// How what is drawn is put onto the picture: source and destination factors.
+enum blend_kind : uint8_t {
+    blend_alpha = 0,         // alpha, 1 - alpha
+    blend_add = 1,           // 1, 1
+    blend_replace = 2,       // 1, 0
+    blend_premultiplied = 3, // 1, 1 - alpha: the colour has been multiplied already
+    blend_subtract = 4,      // the picture less alpha x colour
+    blend_kind_count
+};
+
+// Fog, and how carefully the driver is asked to draw it.
+enum fog_kind : uint8_t { fog_none = 0, fog_fastest = 1, fog_nicest = 2, fog_kind_count };
+
+// What lies beyond a picture's edges.
+enum wrap_kind : uint8_t { wrap_repeat = 0, wrap_edge_clamp = 1, wrap_kind_count };
+
 enum coordinate_generation : uint8_t { coordinates_off = 0, coordinates_sphere = 1, coordinates_cube = 2 };
 
 // The program of one material: its texts and, once built, its OpenGL names.
@@ -255,8 +282,8 @@ struct material_record {
     uint8_t depth_test;
     uint8_t normalization;
     uint8_t wireframe;
-    uint8_t blend_function; // 0..4, others set nothing
-    uint8_t fogtype;        // 0 none, 1 fastest, 2 nicest
+    uint8_t blend_function; // blend_kind; others set nothing
+    uint8_t fogtype;        // fog_kind
     uint8_t color_dynamic[4];
     uint8_t linewidth_dynamic;
     uint8_t fogstart_dynamic;
@@ -269,7 +296,7 @@ struct material_record {
     uint32_t light2;
     uint32_t fogcolor;                          // handle of transform_table, 0 white
     uint32_t texture[texture_unit_count];       // handles of object_table, 0 unused
-    uint8_t wrapmode[texture_unit_count];       // 0 repeat, 1 edge clamp
+    uint8_t wrapmode[texture_unit_count];       // wrap_kind
     uint8_t cgenmode[texture_unit_count];       // coordinate_generation
     uint8_t rotation[texture_unit_count];       // 1: the texture turns with the view
     uint8_t combine_mode[texture_unit_count];   // by the unit's own list, see combine_mode_of_unit
@@ -317,10 +344,17 @@ constexpr uint32_t max_scene_objects = 128;
 constexpr uint32_t placement_value_count = 9;
 constexpr uint32_t scene_text_size = 32;
 
+// Where the mesh comes from whose vertices a placer puts copies on.
+enum placer_model_kind : int32_t {
+    placer_mesh = 0,   // a record of mesh_table
+    placer_effect = 1, // the generated mesh of a record of effect_table
+    placer_model_kind_count
+};
+
 struct manipulator_record {
     int32_t type;       // manipulator_kind
-    int32_t model_type; // 0: handle of mesh_table, 1: the mesh of an effect_table record
-    uint32_t model;     // 0 none
+    int32_t model_type; // placer_model_kind; others: no model
+    uint32_t model;     // a handle of the table that model_type says; 0 none
     animated_value params[max_manipulator_params];
 };
 
