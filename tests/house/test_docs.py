@@ -73,9 +73,10 @@ def check_catalogues(page, source):
 def check_sections(page, source):
     """The headings of the sections are the names that messages call them by."""
     written = re.findall(r'^## (\d+) (.*)$', page, re.M)
-    table = re.search(r'names\[\]\s*=\s*(\{"unknown".*?\});', source, re.S)[1]
-    names = ast.literal_eval(table.replace('{', '[').replace('}', ']'))
-    expected = [(str(n), name.capitalize()) for n, name in enumerate(names) if n > 0]
+    names = re.findall(r'^ +\{section_\w+, "([^"]+)",', source, re.M)
+    if not names:
+        return ['no names of sections were found']
+    expected = [(str(n), name.capitalize()) for n, name in enumerate(names, 1)]
     return ['section %s is called "%s" in messages' % pair for pair in sorted(set(expected) - set(written))]
 
 
@@ -132,9 +133,10 @@ def check_the_checker():
     assert check_table('modes', 0, table % 'Loop', entries) == []
     assert check_table('modes', 0, table % 'Lop', entries) != []
     assert check_table('modes', 1, table % 'Loop', entries) != []
-    names = 'names[]\n    = {"unknown", "meshes",\n "fonts"};'
+    names = '    {section_meshes, "meshes", read_mesh, nullptr},\n    {section_fonts, "fonts", read_font, nullptr},\n'
     assert check_sections('## 1 Meshes\n## 2 Fonts\n', names) == []
     assert check_sections('## 1 Meshes\n## 2 Letters\n', names) != []
+    assert check_sections('## 1 Meshes\n## 2 Fonts\n', '') != []
     assert bare(with_sections('<p>\n  <a/>\n  <b/>\n</p>', '<b>\n  <c/>  <!-- 1 -->\n</b>\n')) == '<p><a/><b><c/></b></p>'
 
 
@@ -148,7 +150,7 @@ def main():
     check_the_checker()
     pages = {name: read('docs', name) for name in PAGES}
     wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
-    wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'document.cpp'))
+    wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'sections.cpp'))
     wrong += check_links(root, pages)
     wrong += check_tutorial(pages['making-a-show.md'], read('productions', 'examples', 'spinning-cube', 'demo.xml'))
     for line in wrong:

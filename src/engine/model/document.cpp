@@ -8,21 +8,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <iterator>
-
-const char* section_name(uint32_t section)
-{
-    static constexpr const char* names[] = {"unknown", "generated images", "texture nodes", "meshes", "functions",
-        "values", "dynamic textures", "image textures", "cube maps", "fonts", "objects", "materials", "mesh effects",
-        "scenes", "timeline", "music"};
-    static_assert(std::size(names) == section_music + 1);
-    return section < std::size(names) ? names[section] : names[0];
-}
-
-std::string section_label(uint32_t section)
-{
-    return "section " + std::to_string(section) + " (" + section_name(section) + ")";
-}
 
 std::string record_label(const document& d, uint32_t section, uint32_t record)
 {

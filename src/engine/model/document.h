@@ -36,7 +36,8 @@ enum document_section : uint32_t {
     section_mesh_effects = 12,
     section_scenes = 13,
     section_timeline = 14,
-    section_music = 15
+    section_music = 15,
+    no_more_sections
 };
 
 // What a section is called in messages ("image textures"); 1..15, else "unknown".

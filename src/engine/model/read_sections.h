@@ -21,9 +21,12 @@ bool read_material(const place& at, const xml_node& node);
 bool read_effect(const place& at, const xml_node& node);
 bool read_scene(const place& at, const xml_node& node);
 
-// `track` counts from 0; the tracks beyond the last are passed over, as is every
-// track of a document without a timeline.
-bool read_track(const place& at, const xml_node& node, uint32_t track);
+// The tracks beyond the last are passed over, as is every track of a document without a
+// timeline.
+bool read_track(const place& at, const xml_node& node);
+
+// The music's file is the player's to find; children of its element are items without a meaning.
+bool pass_over_music_item(const place& at, const xml_node& node);
 
 // After section 2: what nodes and generated images the nodes name.
 void check_texture_nodes(document_reader& reader);
@@ -31,9 +34,9 @@ void check_texture_nodes(document_reader& reader);
 // After section 14: a timeline that shows nothing, and tracks beyond the last.
 void check_timeline(document_reader& reader);
 
-// After section 11: the materials of the glyphs.
-void check_glyph_materials(document_reader& reader);
+// After section 11: checks the materials of the glyphs, and marks what the materials name as
+// textures, so that no scene object takes it for a model.
+void finish_materials(document_reader& reader);
 
-// After section 11: marks what the materials name as textures, so that no scene object
-// takes it for a model.
-void mark_material_textures(document& d);
+// After section 15: an element that says something else than a file.
+void check_music(document_reader& reader);

@@ -36,7 +36,7 @@ bool read_font(const place& at, const xml_node& node)
     return true;
 }
 
-void check_glyph_materials(document_reader& reader)
+static void check_glyph_materials(document_reader& reader)
 {
     const document& d = *reader.target;
     for (auto [record, font] : d.font_table) { // handles are positions while a document is read
@@ -57,7 +57,7 @@ bool read_object_reference(const place& at, const xml_node& node)
         && read_handle(at, node, "id", reference->id);
 }
 
-void mark_material_textures(document& d)
+static void mark_material_textures(document& d)
 {
     for (auto [handle, material] : d.material_table) {
         for (const uint32_t texture : material.texture) {
@@ -359,4 +359,10 @@ bool read_material(const place& at, const xml_node& node)
     check_material(at, *material);
     check_own_program(at, *material, seen);
     return true;
+}
+
+void finish_materials(document_reader& reader)
+{
+    check_glyph_materials(reader);
+    mark_material_textures(*reader.target);
 }

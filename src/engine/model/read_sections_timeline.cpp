@@ -1,4 +1,4 @@
-// Tracks and their layers, which the documents call layers and clips.
+// Tracks and their layers, which the documents call layers and clips, and the music.
 #include "model/read_sections.h"
 
 constexpr uint32_t needed_camera_children = camera_value_count; // a ninth is read and not used
@@ -131,8 +131,9 @@ void check_timeline(document_reader& reader)
         warn(at, line_of("%u tracks: the first %u are read.", reader.record, track_count));
 }
 
-bool read_track(const place& at, const xml_node& node, uint32_t track)
+bool read_track(const place& at, const xml_node& node)
 {
+    const uint32_t track = at.number - 1;
     timeline* t = at.reader.target->tracks;
     if (t == nullptr || track >= track_count)
         return true;
@@ -151,4 +152,18 @@ bool read_track(const place& at, const xml_node& node, uint32_t track)
         t->layer_count[track] = index + 1;
     }
     return true;
+}
+
+// ---- the music --------------------------------------------------------------------------
+
+bool pass_over_music_item(const place&, const xml_node&)
+{
+    return true;
+}
+
+void check_music(document_reader& reader)
+{
+    const xml_node& node = *reader.section_node;
+    if ((node.attribute_count != 0 || node.text != nullptr) && xml_get_attribute(&node, "file") == nullptr)
+        warn(place_of_section(reader, section_music), "attribute \"file\" is missing: there is no music.");
 }

@@ -92,6 +92,7 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
     case section_scenes:
     case section_timeline:
     case section_music:
+    case no_more_sections:
         break;
     }
 }
