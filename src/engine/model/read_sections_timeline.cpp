@@ -1,13 +1,8 @@
 // Tracks and their layers, which the documents call layers and clips, and the music.
 #include "model/read_sections.h"
+#include "model/render_modes.h"
 
 constexpr uint32_t needed_camera_children = camera_value_count; // a ninth is read and not used
-
-static bool mode_has_target(int32_t type)
-{
-    return type == render_to_texture || type == render_to_texture_16_9 || type == render_quarter
-        || type == render_quarter_keep || type == render_quarter_4_3;
-}
 
 static bool read_layer_attributes(const place& at, const xml_node& node, layer_record& layer)
 {
@@ -18,7 +13,9 @@ static bool read_layer_attributes(const place& at, const xml_node& node, layer_r
         || !read_int(at, node, "length", length) || !read_handle(at, node, "offset", layer.offset)
         || !read_int(at, node, "type", type))
         return false;
-    if (mode_has_target(type) && !read_handle(at, node, "rtex", layer.rtex))
+    layer.type = static_cast<uint32_t>(type);
+    const bool has_target = render_mode_of(layer.type).target == mode_draws_to_texture;
+    if (has_target && !read_handle(at, node, "rtex", layer.rtex))
         return false;
     if (!read_handle(at, node, "clearcolor", layer.clearcolor))
         return false;
@@ -28,7 +25,6 @@ static bool read_layer_attributes(const place& at, const xml_node& node, layer_r
         return fail(at, line_of("length %d is negative.", length));
     layer.space_before = static_cast<uint32_t>(space_before);
     layer.length = static_cast<uint32_t>(length);
-    layer.type = static_cast<uint32_t>(type);
     return true;
 }
 

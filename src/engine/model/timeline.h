@@ -15,14 +15,15 @@ constexpr uint32_t slots_per_track = 256;                 // seconds that can be
 constexpr uint32_t max_track_end = slots_per_track * 100; // ticks: 25,600 is the last end accepted
 constexpr uint32_t no_layer = 0xFFFFFFFFu;
 
+// What they mean stands in model/render_modes.h.
 enum render_mode : uint32_t {
     render_simple = 0,
     render_to_texture = 1,
     render_link = 2,
     render_clear_depth = 3,
-    render_to_texture_16_9 = 4, // the aspect it sets is 1.6
+    render_to_texture_16_9 = 4,
     render_quarter = 5,
-    render_quarter_keep = 6, // the next layer's clear is left out
+    render_quarter_keep = 6,
     render_quarter_4_3 = 7,
     render_clear_depth_link = 8,
     render_mode_count

@@ -4,6 +4,7 @@
 #include "content/owners.h"
 #include "content/xml.h"
 #include "frame_clock.h"
+#include "model/render_modes.h"
 #include "pack_input.h"
 #include "render/frame_plan.h"
 #include "shell/loading.h"
@@ -93,21 +94,7 @@ uint64_t count_frames(const player_settings& settings, frame_rate rate)
 
 static bool draws_into_texture(const layer_record& layer)
 {
-    switch (static_cast<render_mode>(layer.type)) {
-    case render_to_texture:
-    case render_to_texture_16_9:
-    case render_quarter:
-    case render_quarter_keep:
-    case render_quarter_4_3:
-        return layer.rtex != 0;
-    case render_simple:
-    case render_link:
-    case render_clear_depth:
-    case render_clear_depth_link:
-    case render_mode_count:
-        break;
-    }
-    return false;
+    return render_mode_of(layer.type).target == mode_draws_to_texture && layer.rtex != 0;
 }
 
 bool renders_to_textures(const timeline& tracks)
