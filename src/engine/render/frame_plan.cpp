@@ -1,11 +1,9 @@
 #include "render/frame_plan.h"
 
+#include "model/render_modes.h"
 #include "model/values.h"
 
 #include <algorithm>
-
-constexpr float forced_wide_aspect = 1.6f; // what the mode called 16:9 sets
-constexpr float forced_4_3_aspect = 1.333333f;
 
 // ---- the layer of a moment ------------------------------------------------------
 
@@ -62,7 +60,7 @@ struct planning {
     const gl_caps& caps;
     uint32_t pending_texture;           // waits to be copied from the frame buffer; 0 none
     bool flushed;                       // the layer at hand copied a pending target
-    bool previous_keeps;                // the active layer before was render_quarter_keep
+    bool previous_keeps;                // the active layer before holds the clear back
     target_size recreated[track_count]; // targets with a new size in this frame
     uint32_t recreated_count;
 };
@@ -99,11 +97,6 @@ static uint32_t fitting_side(uint32_t side, const gl_caps& caps)
     return caps.npot != 0 ? std::max(side, 1u) : round_target_side(side);
 }
 
-static bool is_quarter_mode(uint32_t type)
-{
-    return type == render_quarter || type == render_quarter_keep || type == render_quarter_4_3;
-}
-
 static void plan_flush(planning& p, layer_plan& plan)
 {
     const image_texture* texture = table_get(p.d.image_texture_table, p.pending_texture);
@@ -135,7 +128,7 @@ static void plan_texture_target(planning& p, const layer_record& layer, layer_pl
 
     target_size size = size_of_target(p, layer.rtex, *texture);
     bool recreate = false;
-    if (is_quarter_mode(layer.type)) {
+    if (render_mode_of(layer.type).quarter) {
         const uint32_t width = fitting_side(p.view.width / 2, p.caps);
         const uint32_t height = fitting_side(p.view.height / 2, p.caps);
         recreate = size.width != width || size.height != height;
@@ -159,39 +152,27 @@ static void plan_texture_target(planning& p, const layer_record& layer, layer_pl
 static void plan_target(planning& p, const layer_record& layer, layer_plan& plan)
 {
     p.flushed = false;
-    switch (static_cast<render_mode>(layer.type)) {
-    case render_simple:
-    case render_clear_depth:
-        plan_screen(p, plan);
+    switch (render_mode_of(layer.type).target) {
+    case mode_draws_to_screen:
+        return plan_screen(p, plan);
+    case mode_draws_to_texture:
+        return plan_texture_target(p, layer, plan);
+    case mode_draws_on:
         return;
-    case render_to_texture:
-    case render_to_texture_16_9:
-    case render_quarter:
-    case render_quarter_keep:
-    case render_quarter_4_3:
-        plan_texture_target(p, layer, plan);
-        return;
-    case render_link:
-    case render_clear_depth_link:
-    case render_mode_count:
-        break;
     }
-    // Linked layers, and modes that do not exist, draw where the layer before drew.
 }
 
 // ---- clearing -------------------------------------------------------------------
 
-// The mode that keeps the picture holds the clear back only from the active layer
-// right after it: every active layer overwrites the mark.
+// A mode holds the clear back only from the active layer right after it: every active layer
+// overwrites the mark.
 static uint8_t plan_clear(planning& p, const layer_record& layer, uint32_t track)
 {
     const bool after_flush = p.flushed && !p.previous_keeps;
-    p.previous_keeps = layer.type == render_quarter_keep;
+    p.previous_keeps = render_mode_of(layer.type).holds_back_clear;
     if (track == 0 || after_flush)
         return clear_color | clear_depth;
-    if (layer.type == render_clear_depth || layer.type == render_clear_depth_link)
-        return clear_depth;
-    return clear_nothing;
+    return render_mode_of(layer.type).clears_depth ? clear_depth : clear_nothing;
 }
 
 // Black without a value record.
@@ -219,26 +200,17 @@ static void plan_camera(const document& d, const layer_record& layer, layer_plan
     plan.far_distance = value(camera_far);
 }
 
-static float aspect_of_mode(uint32_t type, float screen_aspect)
-{
-    if (type == render_to_texture_16_9)
-        return forced_wide_aspect;
-    if (type == render_quarter_4_3)
-        return forced_4_3_aspect;
-    return screen_aspect;
-}
-
 // Quirk: a linked layer keeps the projection in force only when its field of view
 // is constant ("a dynamic field of view sets the projection of a linked layer too").
 static void plan_projection(const planning& p, const layer_record& layer, layer_plan& plan)
 {
-    const bool linked = layer.type == render_link || layer.type == render_clear_depth_link;
-    plan.aspect = aspect_of_mode(layer.type, p.view.aspect);
+    const render_mode_row& mode = render_mode_of(layer.type);
+    plan.aspect = mode.aspect != 0.0f ? mode.aspect : p.view.aspect;
     plan.fov = layer.camera[camera_fov];
     plan.depth_test = 1;
     switch (static_cast<fov_mode>(layer.camera_mode[camera_fov])) {
     case fov_constant:
-        plan.projection = linked ? projection_kept : projection_perspective;
+        plan.projection = mode.keeps_projection ? projection_kept : projection_perspective;
         return;
     case fov_orthographic:
         plan.projection = projection_orthographic;
