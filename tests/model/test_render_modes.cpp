@@ -3,10 +3,7 @@
 
 #include <doctest/doctest.h>
 
-#include <iterator>
 #include <string>
-
-static_assert(std::size(render_modes) == render_mode_count);
 
 TEST_CASE("a render mode does what its name in the catalogue says")
 {

@@ -1,5 +1,8 @@
 #include "model/catalogues.h"
 
+#include "model/records.h"
+#include "model/timeline.h"
+
 #include <iterator>
 
 static_assert(sizeof(effect_type_entry) == 32 + 1 + 16 * 32);
@@ -11,6 +14,18 @@ static_assert(sizeof(texture_generator_entry) == 32 + 4 + 4 + 8 * 32);
 static_assert(sizeof(function_type_entry) == 32 + 48 + 1 + 24 * 32);
 static_assert(sizeof(name_entry) == 32);
 static_assert(sizeof(glyph_name_entry) == 17);
+
+// A kind that is added somewhere is added here, too.
+static_assert(std::size(effect_types) == mesh_effect_kind_count);
+static_assert(std::size(effects_2d) == effect_2d_kind_count);
+static_assert(std::size(manipulators) == manipulator_kind_count);
+static_assert(std::size(render_modes) == render_mode_count);
+static_assert(std::size(texture_generators) == generator_kind_count);
+static_assert(std::size(function_types) == segment_kind_count);
+static_assert(std::size(loop_modes) == loop_kind_count);
+static_assert(std::size(quality_hints) == fog_kind_count);
+static_assert(std::size(wrap_modes) == wrap_kind_count);
+static_assert(std::size(blend_functions) == blend_kind_count);
 
 // The spellings "Amoba", "Substract alpha" and "Sinus" are the system's own.
 

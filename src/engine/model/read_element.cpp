@@ -314,12 +314,11 @@ bool read_format_and_filter(const place& at, const xml_node& node, const char* a
     int32_t format_number = 0;
     if (!read_int(at, node, "texture_format", format_number) || !read_byte(at, node, "texture_filter", filter))
         return false;
-    constexpr int32_t last_format = static_cast<int32_t>(texture_format_count) - 1;
+    constexpr int32_t last_format = texture_format_count - 1;
     if (format_number < 0 || format_number > last_format)
         return fail(at, line_of("texture_format %d is outside 0..%d.", format_number, last_format));
     format = static_cast<uint8_t>(format_number);
-    constexpr uint8_t last_filter = 2; // with mipmaps
-    check_choice(at, "texture_filter", filter, last_filter, above);
+    check_choice(at, "texture_filter", filter, filter_kind_count - 1, above);
     return true;
 }
 

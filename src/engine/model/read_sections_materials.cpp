@@ -123,8 +123,8 @@ static bool read_blend_function(const place& at, const xml_node& node, uint8_t& 
 {
     if (!read_byte(at, node, "value", blend_function))
         return false;
-    check_choice(at, "blend_function", blend_function, std::size(blend_functions) - 1,
-        "the blending of the material before stays");
+    check_choice(
+        at, "blend_function", blend_function, blend_kind_count - 1, "the blending of the material before stays");
     return true;
 }
 
@@ -132,9 +132,9 @@ static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype
 {
     if (!read_byte(at, node, "value", fogtype))
         return false;
-    constexpr uint8_t last = std::size(quality_hints) - 1;
+    constexpr uint8_t last = fog_kind_count - 1;
     check_choice(at, "fogtype", fogtype, last, "it acts as 2");
-    fogtype = std::min(fogtype, last); // only 0 is no fog
+    fogtype = std::min(fogtype, last); // all but fog_none is fog
     return true;
 }
 
@@ -230,7 +230,7 @@ static bool read_texture_unit(const place& at, const xml_node& node, material_re
         || !read_byte(at, node, "cgenmode", cgenmode) || !read_byte(at, node, "rotation", rotation)
         || !read_byte(at, node, "function", function))
         return false;
-    material.wrapmode[unit] = known_mode(at, "wrapmode", wrapmode, std::size(wrap_modes) - 1);
+    material.wrapmode[unit] = known_mode(at, "wrapmode", wrapmode, wrap_kind_count - 1);
     material.cgenmode[unit] = known_mode(at, "cgenmode", cgenmode, coordinates_cube);
     material.rotation[unit] = rotation != 0 ? 1 : 0;
     material.combine_mode[unit] = combine_mode_of_unit(unit, function);

@@ -115,7 +115,7 @@ static uint8_t* read_level(const place& at, const char* image_name, uint32_t lev
     if (measure_image(bytes, size, width, height) == image_decoded && width == image.width >> level
         && height == image.height >> level && decode_image(bytes, size, image.components, decoded) == image_decoded)
         return decoded.pixels;
-    if (image.texture_filter >= 2) // others have no use for levels
+    if (image.texture_filter >= filter_mipmaps) // others have no use for levels
         warn(at,
             quoted(name.text)
                 + line_of(" is no picture of %u x %u pixels: the level is computed.", image.width >> level,

@@ -32,12 +32,12 @@ bool read_effect(const place& at, const xml_node& node)
 static void check_manipulator_model(const place& at, const manipulator_record& manipulator)
 {
     const document& d = *at.reader.target;
-    if (manipulator.model_type == object_model)
+    if (manipulator.model_type == placer_mesh)
         check_handle(at, d.mesh_table, "model", manipulator.model);
-    else if (manipulator.model_type == object_genmesh)
+    else if (manipulator.model_type == placer_effect)
         check_handle(at, d.effect_table, "model", manipulator.model);
     else
-        warn_outside(at, "the model's type", manipulator.model_type, object_genmesh, "there is no model");
+        warn_outside(at, "the model's type", manipulator.model_type, placer_model_kind_count - 1, "there is no model");
 }
 
 // The model that a placer puts copies on: reals, truncated.
@@ -108,7 +108,7 @@ static double constant_copies(const place& at, const manipulator_record& manipul
 {
     if (manipulator.type == manipulator_model_placer) {
         const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
-        return mesh != nullptr && manipulator.model_type == object_model ? mesh->arrays.vertex_count : 1;
+        return mesh != nullptr && manipulator.model_type == placer_mesh ? mesh->arrays.vertex_count : 1;
     }
     uint32_t numbers = 0; // of copies, the first parameters
     if (manipulator.type == manipulator_xyz_multiplier)

@@ -57,7 +57,7 @@ static void check_loop(const place& at, const animation_function& function)
 static void check_function(const place& at, const animation_function& function)
 {
     check_choice(at, "type", function.value_type, std::size(parameter_kinds) - 1, "the player does not use it");
-    if (check_choice(at, "loop_type", function.loop_type, std::size(loop_modes) - 1, "the function does not loop")
+    if (check_choice(at, "loop_type", function.loop_type, loop_kind_count - 1, "the function does not loop")
         && function.loop_type != loop_off)
         check_loop(at, function);
     if (function.segment_count == 0)

@@ -126,7 +126,7 @@ static source_fog plan_source_fog(const material_record& material, const table<v
     source_plan& plan, shader_program& program)
 {
     source_fog fog = {};
-    fog.used = material.fogtype != 0;
+    fog.used = material.fogtype != fog_none;
     if (!fog.used)
         return fog;
     if (const value_record* record = table_get(value_records, material.fogcolor)) {
@@ -597,7 +597,7 @@ void evaluate_uniforms(const material_record& material, const table<animation_fu
         count = function != 0 ? i + 1 : count;
     }
     const bool fog_moves = material.fogstart_dynamic != 0 || material.fogend_dynamic != 0;
-    if (material.fogtype != 0 && fog_moves && !has_custom_program(material))
+    if (material.fogtype != fog_none && fog_moves && !has_custom_program(material))
         widen_fog_uniforms(material, count, values);
 }
 

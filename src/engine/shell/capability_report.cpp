@@ -101,14 +101,41 @@ static uint32_t bump_map_format(const driver_offer& offer)
     return offer.ati_envmap_bumpmap ? gl_dudv_ati : gl_rgb;
 }
 
+// A compressed format is the plain one where the driver does not compress.
+static uint32_t internal_format(texture_format_kind kind, const driver_offer& offer)
+{
+    const bool compresses = offer.texture_compression;
+    switch (kind) {
+    case texture_format_rgb:
+        return gl_rgb;
+    case texture_format_rgba:
+        return gl_rgba;
+    case texture_format_luminance:
+        return gl_luminance;
+    case texture_format_luminance_alpha:
+        return gl_luminance_alpha;
+    case texture_format_compressed_rgb:
+        return compresses ? gl_compressed_rgb : gl_rgb;
+    case texture_format_compressed_rgba:
+        return compresses ? gl_compressed_rgba : gl_rgba;
+    case texture_format_compressed_luminance:
+        return compresses ? gl_compressed_luminance : gl_luminance;
+    case texture_format_compressed_luminance_alpha:
+        return compresses ? gl_compressed_luminance_alpha : gl_luminance_alpha;
+    case texture_format_bump_map:
+        return bump_map_format(offer);
+    case texture_format_count:
+        break;
+    }
+    return gl_rgb;
+}
+
 static texture_format_table texture_formats_for(const driver_offer& offer)
 {
-    const uint32_t bump_map = bump_map_format(offer);
-    if (offer.texture_compression)
-        return {{gl_rgb, gl_rgba, gl_luminance, gl_luminance_alpha, gl_compressed_rgb, gl_compressed_rgba,
-            gl_compressed_luminance, gl_compressed_luminance_alpha, bump_map}};
-    return {{gl_rgb, gl_rgba, gl_luminance, gl_luminance_alpha, gl_rgb, gl_rgba, gl_luminance, gl_luminance_alpha,
-        bump_map}};
+    texture_format_table table = {};
+    for (uint32_t kind = 0; kind < texture_format_count; ++kind)
+        table.format[kind] = internal_format(static_cast<texture_format_kind>(kind), offer);
+    return table;
 }
 
 capability_report report_capabilities(const driver_offer& offer, const capability_wishes& wishes)

@@ -14,7 +14,7 @@ constexpr uint32_t target_components = 3;     // as an internal format: RGB
 
 static uint32_t internal_format_of(const texture_format_table& formats, uint8_t index)
 {
-    return formats.format[index < texture_format_count ? index : 0];
+    return formats.format[index < texture_format_count ? index : uint8_t{texture_format_rgb}];
 }
 
 static GLenum external_format(uint32_t internal_format, uint32_t components)
@@ -32,12 +32,16 @@ static void set_filters(GLenum target, GLint magnification, GLint minification)
 
 static void set_texture_filter(GLenum target, uint8_t filter)
 {
-    if (filter == 0)
-        set_filters(target, GL_NEAREST, GL_NEAREST);
-    else if (filter == 1)
-        set_filters(target, GL_LINEAR, GL_LINEAR);
-    else
-        set_filters(target, GL_LINEAR, GL_LINEAR_MIPMAP_LINEAR);
+    switch (static_cast<filter_kind>(filter)) {
+    case filter_nearest:
+        return set_filters(target, GL_NEAREST, GL_NEAREST);
+    case filter_linear:
+        return set_filters(target, GL_LINEAR, GL_LINEAR);
+    case filter_mipmaps:
+    case filter_kind_count:
+        break; // beyond the catalogue, too
+    }
+    set_filters(target, GL_LINEAR, GL_LINEAR_MIPMAP_LINEAR);
 }
 
 // One picture in memory, as glTexImage2D takes it.
@@ -118,7 +122,7 @@ void upload_generated_textures_gl(const table<texture_node>& texture_table, cons
         const uint32_t format = internal_format_of(formats, node.texture_format);
         glBindTexture(GL_TEXTURE_2D, node.texture);
         upload_base_level(GL_TEXTURE_2D, base, format, GL_RGB);
-        if (node.texture_filter == 2)
+        if (node.texture_filter == filter_mipmaps)
             upload_mipmaps(GL_TEXTURE_2D, base, format, nullptr, nullptr);
     }
 }
@@ -131,11 +135,11 @@ void upload_image_texture_gl(image_texture& image, const texture_format_table& f
     const picture base = {image.width, image.height, image.components, image.pixels};
     upload_base_level(GL_TEXTURE_2D, base, image.format, external_format(image.format, image.components));
     if (image.format == bump_format) {
-        const GLint filter = image.texture_filter != 0 ? GL_LINEAR : GL_NEAREST;
+        const GLint filter = image.texture_filter != filter_nearest ? GL_LINEAR : GL_NEAREST;
         set_filters(GL_TEXTURE_2D, filter, filter);
     } else {
         set_texture_filter(GL_TEXTURE_2D, image.texture_filter);
-        if (image.texture_filter >= 2)
+        if (image.texture_filter >= filter_mipmaps)
             upload_mipmaps(GL_TEXTURE_2D, base, image.format, image.level1, image.level2);
     }
     free_pixels(image.pixels);
@@ -146,7 +150,7 @@ void upload_image_texture_gl(image_texture& image, const texture_format_table& f
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
 {
     const uint32_t format = internal_format_of(formats, cube.texture_format);
-    const bool mipmapped = cube.texture_filter >= 2 && format != bump_format;
+    const bool mipmapped = cube.texture_filter >= filter_mipmaps && format != bump_format;
     glGenTextures(1, &cube.texture);
     glBindTexture(GL_TEXTURE_CUBE_MAP, cube.texture);
     for (uint32_t face = 0; face < cube_face_count; ++face) {
@@ -157,7 +161,8 @@ void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
             upload_mipmaps(target, base, format, nullptr, nullptr);
         free_pixels(cube.faces[face]);
     }
-    set_texture_filter(GL_TEXTURE_CUBE_MAP, mipmapped || cube.texture_filter == 0 ? cube.texture_filter : 1);
+    set_texture_filter(GL_TEXTURE_CUBE_MAP,
+        mipmapped || cube.texture_filter == filter_nearest ? cube.texture_filter : uint8_t{filter_linear});
 }
 
 void recreate_target_gl(image_texture& image, uint32_t width, uint32_t height)

@@ -26,7 +26,7 @@ void build_mipmaps_with_levels(uint32_t width, uint32_t height, const uint8_t* p
 void create_output_texture_gl(texture_node& node, const texture_format_table& formats);
 
 // Uploads every output node of the table that has a texture object: its pixels, or
-// black where it was never computed. Mipmaps are built for filter 2 only: greater
+// black where it was never computed. Mipmaps are built for filter_mipmaps only: greater
 // numbers have the mipmapped filter too, and no levels, on purpose.
 void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats);
 
