@@ -94,14 +94,13 @@ static bool covers_only_ground(dialog_image highlight, const dialog_blit& place)
 
 TEST_CASE("dialog images: no highlight covers any part of a label")
 {
-    player_settings settings;
-    settings_defaults(settings);
+    player_choices choices;
     for (uint32_t row = 0; row < resolution_count; ++row) {
         CAPTURE(row);
-        settings.resolution_index = row;
-        settings.aspect_index = row % aspect_count;
-        settings.use_glsl = row % 2 == 0 ? 1 : 0;
-        const dialog_drawing drawing = plan_dialog_drawing(settings, false);
+        choices.resolution_index = row;
+        choices.aspect_index = row % aspect_count;
+        choices.use_glsl = row % 2 == 0 ? 1 : 0;
+        const dialog_drawing drawing = plan_dialog_drawing(choices, false);
         CHECK(covers_only_ground(dialog_image_resolution, drawing.blits[1]));
         CHECK(covers_only_ground(dialog_image_aspect, drawing.blits[2]));
         CHECK(covers_only_ground(dialog_image_path, drawing.blits[3]));

@@ -2,30 +2,30 @@
 
 #include <doctest/doctest.h>
 
+#include <cstddef>
 #include <vector>
 
 // A dialog as it opens, driven by presses.
 struct dialog {
-    player_settings settings;
+    player_choices choices;
     dialog_state state;
 };
 
 static dialog opened()
 {
     dialog d;
-    settings_defaults(d.settings);
-    dialog_begin(d.state, d.settings);
+    dialog_begin(d.state, d.choices);
     return d;
 }
 
 static dialog_pass_result hold(dialog& d, int32_t x, int32_t y)
 {
-    return dialog_pass(d.state, d.settings, x, y, true);
+    return dialog_pass(d.state, d.choices, x, y, true);
 }
 
 static dialog_pass_result release(dialog& d, int32_t x, int32_t y)
 {
-    return dialog_pass(d.state, d.settings, x, y, false);
+    return dialog_pass(d.state, d.choices, x, y, false);
 }
 
 static void click(dialog& d, int32_t x, int32_t y)
@@ -35,14 +35,14 @@ static void click(dialog& d, int32_t x, int32_t y)
 }
 
 // Everything that the viewer can choose, in one row.
-static std::vector<int64_t> choices(const player_settings& s)
+static std::vector<int64_t> numbers(const player_choices& s)
 {
     return {s.resolution_index, s.aspect_index, s.fullscreen, s.antialiasing, s.music_enabled, s.use_vbo, s.use_glsl};
 }
 
 TEST_CASE("dialog: it opens with everything on, desktop size, automatic aspect and shaders")
 {
-    CHECK(choices(opened().settings) == std::vector<int64_t>{0, 0, 1, 1, 1, 1, 1});
+    CHECK(numbers(opened().choices) == std::vector<int64_t>{0, 0, 1, 1, 1, 1, 1});
 }
 
 TEST_CASE("dialog: a click beside every region changes nothing and draws nothing")
@@ -50,7 +50,7 @@ TEST_CASE("dialog: a click beside every region changes nothing and draws nothing
     dialog d = opened();
     CHECK(!hold(d, 200, 5).redraw);
     CHECK(!release(d, 200, 5).started);
-    CHECK(choices(d.settings) == choices(opened().settings));
+    CHECK(numbers(d.choices) == numbers(opened().choices));
 }
 
 TEST_CASE("dialog: every resolution row begins and ends where it should")
@@ -61,9 +61,9 @@ TEST_CASE("dialog: every resolution row begins and ends where it should")
         CAPTURE(row);
         for (const int32_t y : {first[row], last[row]}) {
             dialog d = opened();
-            d.settings.resolution_index = (row + 1) % 12;
+            d.choices.resolution_index = (row + 1) % 12;
             hold(d, 80, y);
-            CHECK(d.settings.resolution_index == row);
+            CHECK(d.choices.resolution_index == row);
         }
     }
 }
@@ -72,10 +72,10 @@ TEST_CASE("dialog: the last resolution row goes on below the window")
 {
     dialog d = opened();
     hold(d, 80, 400);
-    CHECK(d.settings.resolution_index == 11);
+    CHECK(d.choices.resolution_index == 11);
     d = opened();
     hold(d, 80, 32767);
-    CHECK(d.settings.resolution_index == 11);
+    CHECK(d.choices.resolution_index == 11);
 }
 
 TEST_CASE("dialog: the resolution list ends at its columns and above its first row")
@@ -84,12 +84,12 @@ TEST_CASE("dialog: the resolution list ends at its columns and above its first r
     for (const auto& p : outside) {
         dialog d = opened();
         CHECK(!hold(d, p[0], p[1]).redraw);
-        CHECK(d.settings.resolution_index == 0);
+        CHECK(d.choices.resolution_index == 0);
     }
     for (const int32_t x : {8, 167}) {
         dialog d = opened();
         CHECK(hold(d, x, 100).redraw);
-        CHECK(d.settings.resolution_index == 3);
+        CHECK(d.choices.resolution_index == 3);
     }
 }
 
@@ -102,9 +102,9 @@ TEST_CASE("dialog: every aspect row begins and ends where it should")
         for (const int32_t x : {186, 261}) {
             for (const int32_t y : {first[row], last[row]}) {
                 dialog d = opened();
-                d.settings.aspect_index = (row + 1) % 4;
+                d.choices.aspect_index = (row + 1) % 4;
                 hold(d, x, y);
-                CHECK(d.settings.aspect_index == row);
+                CHECK(d.choices.aspect_index == row);
             }
         }
     }
@@ -116,7 +116,7 @@ TEST_CASE("dialog: the aspect list ends at its columns and rows")
     for (const auto& p : outside) {
         dialog d = opened();
         CHECK(!hold(d, p[0], p[1]).redraw);
-        CHECK(d.settings.aspect_index == 0);
+        CHECK(d.choices.aspect_index == 0);
     }
 }
 
@@ -125,13 +125,13 @@ TEST_CASE("dialog: the upper rendering path is fixed-function, the lower one the
     for (const int32_t y : {316, 340}) {
         dialog d = opened();
         hold(d, 212, y);
-        CHECK(d.settings.use_glsl == 0);
+        CHECK(d.choices.use_glsl == 0);
     }
     for (const int32_t y : {344, 372}) {
         dialog d = opened();
-        d.settings.use_glsl = 0;
+        d.choices.use_glsl = 0;
         hold(d, 433, y);
-        CHECK(d.settings.use_glsl == 1);
+        CHECK(d.choices.use_glsl == 1);
     }
 }
 
@@ -141,10 +141,10 @@ TEST_CASE("dialog: between and around the rendering paths nothing matches")
     for (const auto& p : outside) {
         CAPTURE(p[1]);
         dialog d = opened();
-        d.settings.use_glsl = 7; // neither row
-        dialog_begin(d.state, d.settings);
+        d.choices.use_glsl = 7; // neither row
+        dialog_begin(d.state, d.choices);
         CHECK(!hold(d, p[0], p[1]).redraw);
-        CHECK(d.settings.use_glsl == 7);
+        CHECK(d.choices.use_glsl == 7);
     }
 }
 
@@ -153,27 +153,27 @@ TEST_CASE("dialog: columns that match with rows that do not let later regions ha
     // x 212..261 belongs to the aspect list, the paths and the start button alike.
     dialog d = opened();
     hold(d, 230, 330);
-    CHECK(d.settings.use_glsl == 0);
-    CHECK(d.settings.aspect_index == 0);
+    CHECK(d.choices.use_glsl == 0);
+    CHECK(d.choices.aspect_index == 0);
     d = opened();
     CHECK(hold(d, 230, 220).start_pressed);
     // x 283..295 belongs to the paths, the start button and all four boxes.
     d = opened();
     hold(d, 290, 80);
-    CHECK(d.settings.music_enabled == -1);
+    CHECK(d.choices.music_enabled == -1);
 }
 
 struct box_case {
-    int32_t player_settings::*option;
+    int32_t player_choices::*option;
     int32_t top;
     int32_t bottom;
 };
 
 constexpr box_case boxes[] = {
-    {&player_settings::fullscreen, 14, 26},
-    {&player_settings::antialiasing, 45, 57},
-    {&player_settings::music_enabled, 76, 89},
-    {&player_settings::use_vbo, 106, 120},
+    {&player_choices::fullscreen, 14, 26},
+    {&player_choices::antialiasing, 45, 57},
+    {&player_choices::music_enabled, 76, 89},
+    {&player_choices::use_vbo, 106, 120},
 };
 
 TEST_CASE("dialog: a check box is clickable exactly inside its own rectangle")
@@ -184,15 +184,15 @@ TEST_CASE("dialog: a check box is clickable exactly inside its own rectangle")
         for (const auto& p : inside) {
             dialog d = opened();
             CHECK(hold(d, p[0], p[1]).redraw);
-            std::vector<int64_t> expected = choices(opened().settings);
+            std::vector<int64_t> expected = numbers(opened().choices);
             expected[2 + static_cast<size_t>(&box - boxes)] = -1;
-            CHECK(choices(d.settings) == expected);
+            CHECK(numbers(d.choices) == expected);
         }
         const int32_t outside[][2] = {{282, box.top}, {296, box.top}, {290, box.top - 1}, {290, box.bottom + 1}};
         for (const auto& p : outside) {
             dialog d = opened();
             CHECK(!hold(d, p[0], p[1]).redraw);
-            CHECK(d.settings.*box.option == 1);
+            CHECK(d.choices.*box.option == 1);
         }
     }
 }
@@ -202,16 +202,16 @@ TEST_CASE("dialog: the rest of a mark's square is not clickable")
     dialog d = opened();
     hold(d, 279, 10);
     hold(d, 300, 31);
-    CHECK(choices(d.settings) == choices(opened().settings));
+    CHECK(numbers(d.choices) == numbers(opened().choices));
 }
 
 TEST_CASE("dialog: a box toggles by negation, so a second press brings it back")
 {
     dialog d = opened();
     click(d, 289, 20);
-    CHECK(d.settings.fullscreen == -1);
+    CHECK(d.choices.fullscreen == -1);
     click(d, 289, 20);
-    CHECK(d.settings.fullscreen == 1);
+    CHECK(d.choices.fullscreen == 1);
 }
 
 TEST_CASE("dialog: a held box toggles and draws once")
@@ -220,7 +220,7 @@ TEST_CASE("dialog: a held box toggles and draws once")
     CHECK(hold(d, 289, 20).redraw);
     for (int pass = 0; pass < 40; ++pass)
         CHECK(!hold(d, 289, 20).redraw);
-    CHECK(d.settings.fullscreen == -1);
+    CHECK(d.choices.fullscreen == -1);
 }
 
 TEST_CASE("dialog: one latch serves all four boxes of a press")
@@ -229,11 +229,11 @@ TEST_CASE("dialog: one latch serves all four boxes of a press")
     hold(d, 289, 20);
     CHECK(!hold(d, 289, 51).redraw);
     hold(d, 289, 20);
-    CHECK(d.settings.fullscreen == -1);
-    CHECK(d.settings.antialiasing == 1);
+    CHECK(d.choices.fullscreen == -1);
+    CHECK(d.choices.antialiasing == 1);
     release(d, 289, 51);
     click(d, 289, 51);
-    CHECK(d.settings.antialiasing == -1);
+    CHECK(d.choices.antialiasing == -1);
 }
 
 TEST_CASE("dialog: dragging moves the selection of the lists and of the path")
@@ -241,13 +241,13 @@ TEST_CASE("dialog: dragging moves the selection of the lists and of the path")
     dialog d = opened();
     hold(d, 80, 141);
     CHECK(hold(d, 80, 173).redraw);
-    CHECK(d.settings.resolution_index == 5);
+    CHECK(d.choices.resolution_index == 5);
     hold(d, 220, 51);
     hold(d, 220, 115);
-    CHECK(d.settings.aspect_index == 3);
+    CHECK(d.choices.aspect_index == 3);
     hold(d, 320, 328);
     hold(d, 320, 358);
-    CHECK(d.settings.use_glsl == 1);
+    CHECK(d.choices.use_glsl == 1);
 }
 
 TEST_CASE("dialog: a drag into a box toggles it, since the press has not toggled yet")
@@ -255,7 +255,7 @@ TEST_CASE("dialog: a drag into a box toggles it, since the press has not toggled
     dialog d = opened();
     hold(d, 80, 141);
     CHECK(hold(d, 289, 82).redraw);
-    CHECK(d.settings.music_enabled == -1);
+    CHECK(d.choices.music_enabled == -1);
 }
 
 TEST_CASE("dialog: choosing what is chosen already draws nothing")
@@ -340,7 +340,7 @@ TEST_CASE("dialog: an armed start button survives other regions while the button
     const dialog_pass_result list = hold(d, 80, 141);
     CHECK(list.redraw);
     CHECK(!list.start_pressed);
-    CHECK(d.settings.resolution_index == 4);
+    CHECK(d.choices.resolution_index == 4);
     CHECK(release(d, 318, 217).started);
 }
 
@@ -379,44 +379,44 @@ TEST_CASE("dialog drawing: the first one shows background, three highlights and 
     const std::vector<int> expected = {dialog_image_background, 0, 0, dialog_image_resolution, 6, 9,
         dialog_image_aspect, 185, 8, dialog_image_path, 207, 346, dialog_image_check, 279, 10, dialog_image_check, 279,
         40, dialog_image_check, 279, 71, dialog_image_check, 279, 103};
-    CHECK(flat(plan_dialog_drawing(opened().settings, false)) == expected);
+    CHECK(flat(plan_dialog_drawing(opened().choices, false)) == expected);
 }
 
 TEST_CASE("dialog drawing: only options that are exactly 1 have a mark, and the start button comes last")
 {
-    player_settings settings = opened().settings;
-    settings.fullscreen = -1;
-    settings.music_enabled = -1;
-    settings.use_glsl = 0;
-    settings.aspect_index = 3;
-    settings.resolution_index = 11;
+    player_choices choices = opened().choices;
+    choices.fullscreen = -1;
+    choices.music_enabled = -1;
+    choices.use_glsl = 0;
+    choices.aspect_index = 3;
+    choices.resolution_index = 11;
     const std::vector<int> expected = {dialog_image_background, 0, 0, dialog_image_resolution, 6, 347,
         dialog_image_aspect, 185, 102, dialog_image_path, 207, 315, dialog_image_check, 279, 40, dialog_image_check,
         279, 103, dialog_image_pressed, 196, 188};
-    CHECK(flat(plan_dialog_drawing(settings, true)) == expected);
+    CHECK(flat(plan_dialog_drawing(choices, true)) == expected);
 }
 
 TEST_CASE("dialog drawing: every row has its own highlight place")
 {
     const int resolution_y[] = {9, 35, 66, 97, 128, 159, 191, 222, 253, 284, 315, 347};
     const int aspect_y[] = {8, 39, 70, 102};
-    player_settings settings = opened().settings;
+    player_choices choices = opened().choices;
     for (uint32_t row = 0; row < 12; ++row) {
-        settings.resolution_index = row;
-        CHECK(plan_dialog_drawing(settings, false).blits[1].y == resolution_y[row]);
+        choices.resolution_index = row;
+        CHECK(plan_dialog_drawing(choices, false).blits[1].y == resolution_y[row]);
     }
     for (uint32_t row = 0; row < 4; ++row) {
-        settings.aspect_index = row;
-        CHECK(plan_dialog_drawing(settings, false).blits[2].y == aspect_y[row]);
+        choices.aspect_index = row;
+        CHECK(plan_dialog_drawing(choices, false).blits[2].y == aspect_y[row]);
     }
 }
 
 TEST_CASE("dialog drawing: rows beyond the lists are drawn as the last")
 {
-    player_settings settings = opened().settings;
-    settings.resolution_index = 12;
-    settings.aspect_index = 0xFFFFFFFFu;
-    const dialog_drawing drawing = plan_dialog_drawing(settings, false);
+    player_choices choices = opened().choices;
+    choices.resolution_index = 12;
+    choices.aspect_index = 0xFFFFFFFFu;
+    const dialog_drawing drawing = plan_dialog_drawing(choices, false);
     CHECK(drawing.blits[1].y == 347);
     CHECK(drawing.blits[2].y == 102);
 }

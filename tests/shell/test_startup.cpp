@@ -215,15 +215,13 @@ struct discovery {
 
 static discovery discover()
 {
-    player_settings settings;
-    settings_defaults(settings);
     const output_capture capture = capture_begin();
-    discovery result = {discover_pack(settings), "", ""};
-    result.output = capture_end(capture);
-    if (settings.pack != nullptr) {
+    FILE* const pack = discover_pack();
+    discovery result = {pack != nullptr, capture_end(capture), ""};
+    if (pack != nullptr) {
         char line[64] = "";
-        result.content = std::fgets(line, sizeof line, settings.pack) != nullptr ? line : "";
-        std::fclose(settings.pack);
+        result.content = std::fgets(line, sizeof line, pack) != nullptr ? line : "";
+        std::fclose(pack);
     }
     return result;
 }

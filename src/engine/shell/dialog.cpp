@@ -5,12 +5,13 @@
 #include "shell/dialog_logic.h"
 #include "shell/interrupt.h"
 #include "shell/log.h"
+#include "shell/player_choices.h"
+#include "shell/player_display.h"
 #include "shell/startup.h"
 
 #include <SDL/SDL.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 constexpr int window_depth = 24;     // bits per pixel
@@ -36,13 +37,13 @@ static dialog_result fail_without_display()
     return dialog_failed;
 }
 
-static void read_desktop_size(player_settings& settings)
+static void read_desktop_size(player_display& display)
 {
     const SDL_VideoInfo* info = SDL_GetVideoInfo();
     if (info == nullptr)
         return;
-    settings.desktop_width = static_cast<uint32_t>(std::max(info->current_w, 0));
-    settings.desktop_height = static_cast<uint32_t>(std::max(info->current_h, 0));
+    display.desktop_width = static_cast<uint32_t>(std::max(info->current_w, 0));
+    display.desktop_height = static_cast<uint32_t>(std::max(info->current_h, 0));
 }
 
 static SDL_Surface* load_picture(dialog_image image)
@@ -89,45 +90,36 @@ static void draw(SDL_Surface* screen, const dialog_pictures& pictures, const dia
     SDL_UpdateRects(screen, 1, &background);
 }
 
-static dialog_result quit_dialog(player_settings& settings)
-{
-    std::puts("Bye!");
-    timeline_free(settings.production_timeline);
-    settings.production_timeline = nullptr;
-    SDL_Quit();
-    return dialog_quit;
-}
-
-static dialog_result dialog_loop(SDL_Surface* screen, const dialog_pictures& pictures, player_settings& settings)
+static dialog_result dialog_loop(SDL_Surface* screen, const dialog_pictures& pictures, player_choices& choices)
 {
     dialog_state state;
-    dialog_begin(state, settings);
+    dialog_begin(state, choices);
     for (;;) {
         SDL_Event event; // one a pass; no key does anything here
         const bool closed = SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT;
         if (closed || interrupted())
-            return quit_dialog(settings);
+            return dialog_quit;
 
         int x = 0;
         int y = 0;
         SDL_GetMouseState(&x, &y);
         const bool left_down = (SDL_GetMouseState(nullptr, nullptr) & SDL_BUTTON_LMASK) != 0;
-        const dialog_pass_result pass = dialog_pass(state, settings, x, y, left_down);
+        const dialog_pass_result pass = dialog_pass(state, choices, x, y, left_down);
         if (pass.started)
             return dialog_started;
         if (pass.redraw) {
             SDL_FillRect(screen, nullptr, 0);
-            draw(screen, pictures, plan_dialog_drawing(settings, pass.start_pressed));
+            draw(screen, pictures, plan_dialog_drawing(choices, pass.start_pressed));
         }
         SDL_Delay(pass_delay_ms);
     }
 }
 
-dialog_result run_dialog(player_settings& settings)
+dialog_result run_dialog(player_choices& choices, player_display& display)
 {
     if (SDL_Init(SDL_INIT_VIDEO) != 0)
         return fail_without_display();
-    read_desktop_size(settings);
+    read_desktop_size(display);
     SDL_Surface* screen = SDL_SetVideoMode(dialog_width, dialog_height, window_depth, SDL_HWSURFACE);
     if (screen == nullptr)
         return fail_without_display();
@@ -138,7 +130,7 @@ dialog_result run_dialog(player_settings& settings)
         log_message(0, "error creating surface :-S");
         return dialog_failed;
     }
-    draw(screen, pictures, plan_dialog_drawing(settings, false));
+    draw(screen, pictures, plan_dialog_drawing(choices, false));
     SDL_EventState(SDL_MOUSEMOTION, SDL_IGNORE); // the pointer is sampled instead
-    return dialog_loop(screen, pictures, settings);
+    return dialog_loop(screen, pictures, choices);
 }

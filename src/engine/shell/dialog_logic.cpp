@@ -1,6 +1,7 @@
 #include "shell/dialog_logic.h"
 
 #include <algorithm>
+#include <iterator>
 
 // All bounds are inclusive.
 struct region {
@@ -46,15 +47,15 @@ constexpr int16_t start_image_y = 188;
 struct check_box {
     region hit;
     int16_t mark_y;
-    int32_t player_settings::*option;
+    int32_t player_choices::*option;
 };
 
 constexpr int16_t mark_x = 279;
 constexpr check_box check_boxes[] = {
-    {{283, 14, 295, 26}, 10, &player_settings::fullscreen},
-    {{283, 45, 295, 57}, 40, &player_settings::antialiasing},
-    {{283, 76, 295, 89}, 71, &player_settings::music_enabled},
-    {{283, 106, 295, 120}, 103, &player_settings::use_vbo},
+    {{283, 14, 295, 26}, 10, &player_choices::fullscreen},
+    {{283, 45, 295, 57}, 40, &player_choices::antialiasing},
+    {{283, 76, 295, 89}, 71, &player_choices::music_enabled},
+    {{283, 106, 295, 120}, 103, &player_choices::use_vbo},
 };
 
 static bool inside(const region& r, int32_t x, int32_t y)
@@ -87,19 +88,19 @@ struct press_effect {
 
 // The first region that holds the pointer decides. One whose columns match but whose
 // rows do not lets the ones after it have a look.
-static press_effect apply_press(dialog_state& state, player_settings& settings, int32_t x, int32_t y)
+static press_effect apply_press(dialog_state& state, player_choices& choices, int32_t x, int32_t y)
 {
     uint32_t row = 0;
     if (list_hit(resolution_rows, resolution_left, resolution_right, x, y, row)) {
-        settings.resolution_index = row;
+        choices.resolution_index = row;
         return {};
     }
     if (list_hit(aspect_rows, aspect_left, aspect_right, x, y, row)) {
-        settings.aspect_index = row;
+        choices.aspect_index = row;
         return {};
     }
     if (list_hit(path_rows, path_left, path_right, x, y, row)) {
-        settings.use_glsl = static_cast<int32_t>(row);
+        choices.use_glsl = static_cast<int32_t>(row);
         return {};
     }
     // Where the press began is not asked: dragging onto the button arms it too.
@@ -113,33 +114,33 @@ static press_effect apply_press(dialog_state& state, player_settings& settings, 
         if (state.toggle_latch != 0)
             return {};
         state.toggle_latch = 1;
-        settings.*box.option = -(settings.*box.option);
+        choices.*box.option = -(choices.*box.option);
         return {.start_hit = false, .toggled = true};
     }
     return {};
 }
 
-static void remember_drawn(dialog_state& state, const player_settings& settings, bool start_hit)
+static void remember_drawn(dialog_state& state, const player_choices& choices, bool start_hit)
 {
-    state.previous_resolution = settings.resolution_index;
-    state.previous_aspect = settings.aspect_index;
-    state.previous_glsl = settings.use_glsl;
+    state.previous_resolution = choices.resolution_index;
+    state.previous_aspect = choices.aspect_index;
+    state.previous_glsl = choices.use_glsl;
     state.previous_start_hit = start_hit ? 1 : 0;
 }
 
-static bool drawn_as_it_stands(const dialog_state& state, const player_settings& settings, bool start_hit)
+static bool drawn_as_it_stands(const dialog_state& state, const player_choices& choices, bool start_hit)
 {
-    return state.previous_aspect == settings.aspect_index && state.previous_resolution == settings.resolution_index
-        && state.previous_glsl == settings.use_glsl && state.previous_start_hit == (start_hit ? 1 : 0);
+    return state.previous_aspect == choices.aspect_index && state.previous_resolution == choices.resolution_index
+        && state.previous_glsl == choices.use_glsl && state.previous_start_hit == (start_hit ? 1 : 0);
 }
 
-void dialog_begin(dialog_state& state, const player_settings& settings)
+void dialog_begin(dialog_state& state, const player_choices& choices)
 {
     state = {};
-    remember_drawn(state, settings, false);
+    remember_drawn(state, choices, false);
 }
 
-dialog_pass_result dialog_pass(dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down)
+dialog_pass_result dialog_pass(dialog_state& state, player_choices& choices, int32_t x, int32_t y, bool left_down)
 {
     const bool on_armed_start = inside(start_button, x, y) && state.start_armed != 0;
     if (!left_down) {
@@ -151,10 +152,10 @@ dialog_pass_result dialog_pass(dialog_state& state, player_settings& settings, i
         state.toggle_latch = 0;
         return {};
     }
-    const press_effect effect = apply_press(state, settings, x, y);
-    if (!effect.toggled && drawn_as_it_stands(state, settings, effect.start_hit))
+    const press_effect effect = apply_press(state, choices, x, y);
+    if (!effect.toggled && drawn_as_it_stands(state, choices, effect.start_hit))
         return {};
-    remember_drawn(state, settings, effect.start_hit);
+    remember_drawn(state, choices, effect.start_hit);
     const bool pressed = state.start_armed != 0 && inside(start_button, x, y);
     return {.redraw = true, .start_pressed = pressed, .started = false};
 }
@@ -169,18 +170,18 @@ static void add_blit(dialog_drawing& drawing, dialog_image image, int16_t x, int
     drawing.blits[drawing.count++] = {image, x, y};
 }
 
-dialog_drawing plan_dialog_drawing(const player_settings& settings, bool start_pressed)
+dialog_drawing plan_dialog_drawing(const player_choices& choices, bool start_pressed)
 {
-    const int16_t resolution_y = highlight_y(resolution_rows, settings.resolution_index);
-    const int16_t aspect_y = highlight_y(aspect_rows, settings.aspect_index);
-    const int16_t path_y = highlight_y(path_rows, settings.use_glsl == 1 ? 1 : 0);
+    const int16_t resolution_y = highlight_y(resolution_rows, choices.resolution_index);
+    const int16_t aspect_y = highlight_y(aspect_rows, choices.aspect_index);
+    const int16_t path_y = highlight_y(path_rows, choices.use_glsl == 1 ? 1 : 0);
     dialog_drawing drawing = {};
     add_blit(drawing, dialog_image_background, 0, 0);
     add_blit(drawing, dialog_image_resolution, resolution_highlight_x, resolution_y);
     add_blit(drawing, dialog_image_aspect, aspect_highlight_x, aspect_y);
     add_blit(drawing, dialog_image_path, path_highlight_x, path_y);
     for (const check_box& box : check_boxes)
-        if (settings.*box.option == 1)
+        if (choices.*box.option == 1)
             add_blit(drawing, dialog_image_check, mark_x, box.mark_y);
     if (start_pressed)
         add_blit(drawing, dialog_image_pressed, start_image_x, start_image_y);

@@ -1,4 +1,4 @@
-// The settings dialog as numbers: what the pointer does to the settings, and what
+// The settings dialog as numbers: what the pointer does to the choices, and what
 // has to be drawn. No window and no pictures here; dialog.cpp owns those.
 //
 // Positions are window pixels of the 461 x 384 dialog, from its top left corner.
@@ -6,7 +6,7 @@
 // which is why their spacing is irregular.
 #pragma once
 
-#include "shell/settings.h"
+#include "shell/player_choices.h"
 
 #include <cstdint>
 
@@ -30,13 +30,13 @@ struct dialog_pass_result {
     bool started;       // the viewer started: leave the dialog
 };
 
-// The state for the settings as they stand.
-void dialog_begin(dialog_state& state, const player_settings& settings);
+// The state for the choices as they stand.
+void dialog_begin(dialog_state& state, const player_choices& choices);
 
 // One look at the pointer. While the left button is down the choices follow the
 // pointer, and a check box toggles once a press; the start is decided when the
 // button goes up on an armed start button. Nothing is redrawn while it is up.
-dialog_pass_result dialog_pass(dialog_state& state, player_settings& settings, int32_t x, int32_t y, bool left_down);
+dialog_pass_result dialog_pass(dialog_state& state, player_choices& choices, int32_t x, int32_t y, bool left_down);
 
 enum dialog_image : uint32_t {
     dialog_image_background = 0,
@@ -62,5 +62,5 @@ struct dialog_drawing {
     dialog_blit blits[max_dialog_blits];
 };
 
-// The whole dialog for these settings. Rows beyond the lists are drawn as their last.
-dialog_drawing plan_dialog_drawing(const player_settings& settings, bool start_pressed);
+// The whole dialog for these choices. Rows beyond the lists are drawn as their last.
+dialog_drawing plan_dialog_drawing(const player_choices& choices, bool start_pressed);

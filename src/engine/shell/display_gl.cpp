@@ -5,6 +5,8 @@
 #include "shell/display_ladder.h"
 #include "shell/driver_gl.h"
 #include "shell/log.h"
+#include "shell/player_choices.h"
+#include "shell/player_display.h"
 
 #include <GL/glew.h>
 #include <SDL/SDL.h>
@@ -22,22 +24,22 @@ static void ask_for_multisampling(int buffers, int samples)
     SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, samples);
 }
 
-static bool open_chosen_mode(const player_settings& settings)
+static bool open_chosen_mode(const player_display& display, bool fullscreen)
 {
-    const Uint32 flags = settings.fullscreen == 1 ? window_flags | SDL_FULLSCREEN : window_flags;
-    const int width = static_cast<int>(settings.screen_width);
-    const int height = static_cast<int>(settings.screen_height);
+    const Uint32 flags = fullscreen ? window_flags | SDL_FULLSCREEN : window_flags;
+    const int width = static_cast<int>(display.screen_width);
+    const int height = static_cast<int>(display.screen_height);
     return SDL_SetVideoMode(width, height, window_depth, flags) != nullptr;
 }
 
-static bool attempt(display_step step, const player_settings& settings)
+static bool attempt(display_step step, const player_display& display, bool fullscreen)
 {
     switch (step) {
     case display_step_chosen:
-        return open_chosen_mode(settings);
+        return open_chosen_mode(display, fullscreen);
     case display_step_without_antialiasing:
         ask_for_multisampling(0, 0);
-        return open_chosen_mode(settings);
+        return open_chosen_mode(display, fullscreen);
     case display_step_small:
         return SDL_SetVideoMode(small_width, small_height, window_depth, window_flags) != nullptr;
     case display_step_open:
@@ -57,11 +59,11 @@ static display_result fail(const char* line)
     return display_failed;
 }
 
-static display_result open_window(const player_settings& settings)
+static display_result open_window(const player_display& display, const player_choices& choices)
 {
     display_step step = display_step_chosen;
     while (!display_step_opened(step)) {
-        step = next_display_step(step, attempt(step, settings), settings.antialiasing == 1);
+        step = next_display_step(step, attempt(step, display, choices.fullscreen == 1), choices.antialiasing == 1);
         const char* line = display_step_message(step);
         if (display_step_failed(step))
             return fail(line);
@@ -72,27 +74,27 @@ static display_result open_window(const player_settings& settings)
 }
 
 // The first visible frame is black.
-static void begin_drawing(const player_settings& settings)
+static void begin_drawing(const player_choices& choices)
 {
     init_matrices();
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     SDL_GL_SwapBuffers();
     set_unchanging_state_gl();
     SDL_GL_SwapBuffers();
-    if (settings.fullscreen == 1)
+    if (choices.fullscreen == 1)
         SDL_ShowCursor(SDL_DISABLE);
 }
 
-display_result open_display(player_settings& settings, int argc, char** argv)
+display_result open_display(player_display& display, const player_choices& choices, int argc, char** argv)
 {
-    settings_choose_size(settings);
-    if (settings.antialiasing == 1)
+    choose_screen_size(display, choices);
+    if (choices.antialiasing == 1)
         ask_for_multisampling(1, 2);
-    settings.glsl_path = static_cast<int8_t>(settings.use_glsl);
-    if (settings.music_enabled == 1)
+    display.glsl_path = static_cast<int8_t>(choices.use_glsl);
+    if (choices.music_enabled == 1)
         SDL_Init(SDL_INIT_AUDIO);
     SDL_Init(SDL_INIT_TIMER);
-    if (open_window(settings) != display_open)
+    if (open_window(display, choices) != display_open)
         return display_failed;
 
     glewInit(); // its flags tell, not its result
@@ -100,13 +102,13 @@ display_result open_display(player_settings& settings, int argc, char** argv)
         return fail("Error: OpenGL 1.3 required, please install a proper OpenGL driver.");
 
     const capability_wishes wishes = {
-        .use_vbo = settings.use_vbo,
-        .use_glsl = settings.use_glsl,
+        .use_vbo = choices.use_vbo,
+        .use_glsl = choices.use_glsl,
         .first_argument = argc > 1 ? argv[1] : nullptr,
     };
     const capability_report report = report_capabilities(ask_driver_gl(), wishes);
     std::fputs(report.text.c_str(), stdout);
-    apply_report_gl(settings, report);
-    begin_drawing(settings);
+    apply_report_gl(display, report);
+    begin_drawing(choices);
     return display_open;
 }

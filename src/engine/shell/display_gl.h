@@ -2,7 +2,8 @@
 // the state that the renderer expects. Main thread only.
 #pragma once
 
-#include "shell/settings.h"
+struct player_choices;
+struct player_display;
 
 enum display_result {
     display_open,
@@ -10,8 +11,8 @@ enum display_result {
 };
 
 // Fills screen size, aspect, glsl_path, both capability records, the texture units and
-// the texture formats of the settings, from the dialog's choices and the driver's
+// the texture formats of the display, from the viewer's choices and the driver's
 // answers. Starts SDL's timer and, with music, its audio. Prints the capability report
 // and shows a black frame. Resets the renderer's matrices and builds the maze tables.
 // `argv[1]` is looked at for "-forcepbo".
-display_result open_display(player_settings& settings, int argc, char** argv);
+display_result open_display(player_display& display, const player_choices& choices, int argc, char** argv);

@@ -56,13 +56,13 @@ driver_offer ask_driver_gl()
     };
 }
 
-void apply_report_gl(player_settings& settings, const capability_report& report)
+void apply_report_gl(player_display& display, const capability_report& report)
 {
-    settings.caps = report.caps;
-    settings.loading_caps = report.loading_caps;
-    settings.texture_formats = report.formats;
-    settings.max_texture_units_raw = report.texture_units;
-    settings.glsl_path = report.glsl_path;
+    display.caps = report.caps;
+    display.loading_caps = report.loading_caps;
+    display.texture_formats = report.formats;
+    display.max_texture_units_raw = report.texture_units;
+    display.glsl_path = report.glsl_path;
     if (report.compression_hint)
         glHint(GL_TEXTURE_COMPRESSION_HINT, GL_NICEST);
 }

@@ -6,15 +6,15 @@
 #pragma once
 
 #include "shell/capability_report.h"
-#include "shell/settings.h"
+#include "shell/player_display.h"
 
 // The driver's answers. Below OpenGL 1.5 the extension's buffer functions are put in
 // the places of the later names, which the renderer uses.
 driver_offer ask_driver_gl();
 
 // Fills the capability records, texture formats, texture units and glsl_path of the
-// settings. Printing the report's text is the caller's.
-void apply_report_gl(player_settings& settings, const capability_report& report);
+// display. Printing the report's text is the caller's.
+void apply_report_gl(player_display& display, const capability_report& report);
 
 // Depth test, blending (never off again), colour material, sphere maps. Also builds the
 // maze tables. Viewport, projection and blend function belong to every frame.

@@ -15,17 +15,13 @@
 #include <GL/glew.h>
 #include <SDL/SDL.h>
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
 constexpr uint32_t loading_frame_interval_ms = 50;
-
-static frame_view screen_view(const player_settings& settings)
-{
-    return {settings.screen_width, settings.screen_height, settings.aspect};
-}
 
 // For who writes programs of their own; the show itself stays silent.
 static bool wants_shader_log()
@@ -34,21 +30,22 @@ static bool wants_shader_log()
     return wanted != nullptr && wanted[0] != '\0' && std::strcmp(wanted, "0") != 0;
 }
 
-static loading_options options_for(const player_settings& settings, const gl_caps& caps, bool production)
+static loading_options options_for(const player_display& display, const gl_caps& caps, bool production)
 {
-    return {caps, settings.texture_formats, settings.glsl_path == 1, production, wants_shader_log()};
+    return {caps, display.texture_formats, display.glsl_path == 1, production, wants_shader_log()};
 }
 
 // The loading screen's clock is the progress itself: its first second is shown from tick 0
 // to tick 100 as the items of the production are made.
-static void show_loading_frame(player_settings& settings)
+static void show_loading_frame(document& loading, const player_display& display, player_clock& clock)
 {
-    const int64_t percent = static_cast<int64_t>(settings.progress_done) * 100 / settings.progress_total;
-    compose_frame(settings.loading, static_cast<uint32_t>(percent), screen_view(settings), settings.loading_caps,
-        settings.glsl_path == 1);
+    assert(clock.progress_total > 0 && clock.progress_done <= clock.progress_total);
+    const int64_t percent = static_cast<int64_t>(clock.progress_done) * 100 / clock.progress_total;
+    compose_frame(
+        loading, static_cast<uint32_t>(percent), screen_view(display), display.loading_caps, display.glsl_path == 1);
     SDL_GL_SwapBuffers();
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    settings.progress_ticks = SDL_GetTicks();
+    clock.progress_ticks = SDL_GetTicks();
 }
 
 // Says what is wrong with a document. The window is gone before the line appears.
@@ -59,38 +56,36 @@ static bool report_broken(const std::string& line)
     return false;
 }
 
-static bool load_loading_screen(player_settings& settings)
+static bool load_loading_screen(player_show& show, const player_display& display)
 {
     owned_tree tree;
     std::string problem;
-    timeline* tracks = std::exchange(settings.loading_timeline, nullptr);
-    return load_document(settings.pack, "loading.xmlz", tracks, options_for(settings, settings.loading_caps, false),
-               settings.loading, tree, problem)
+    timeline* tracks = std::exchange(show.loading_timeline, nullptr);
+    return load_document(show.pack, "loading.xmlz", tracks, options_for(display, display.loading_caps, false),
+               show.loading, tree, problem)
         || report_broken(problem);
 }
 
 // Makes the production section by section, with a loading frame at most every 50 ms.
-static bool load_production(player_settings& settings, owned_tree& tree)
+static bool load_production(player_show& show, const player_display& display, player_clock& clock, owned_tree& tree)
 {
-    settings.progress_ticks = SDL_GetTicks(); // reading and inflating count towards the first interval
+    clock.progress_ticks = SDL_GetTicks(); // reading and inflating count towards the first interval
     std::string problem;
-    tree.reset(load_document_tree(settings.pack, "demo.xmlz", problem));
+    tree.reset(load_document_tree(show.pack, "demo.xmlz", problem));
     if (!problem.empty())
         return report_broken(problem);
     if (tree == nullptr)
         return true;
-    document_create(settings.production, "demo.xmlz", settings.production_timeline);
-    settings.production_timeline = nullptr;
-    settings.progress_total = static_cast<int32_t>(document_item_count(tree.get()));
+    document_create(show.production, "demo.xmlz", std::exchange(show.production_timeline, nullptr));
+    clock.progress_total = static_cast<int32_t>(document_item_count(tree.get()));
     document_loader loader;
-    document_loader_begin(
-        loader, settings.production, tree.get(), settings.pack, options_for(settings, settings.caps, true));
+    document_loader_begin(loader, show.production, tree.get(), show.pack, options_for(display, display.caps, true));
     for (;;) {
         switch (document_loader_step(loader)) {
         case read_record:
-            settings.progress_done += loader.reader.section <= section_timeline ? 1 : 0;
-            if (SDL_GetTicks() - settings.progress_ticks > loading_frame_interval_ms)
-                show_loading_frame(settings);
+            clock.progress_done += loader.reader.section <= section_timeline ? 1 : 0;
+            if (SDL_GetTicks() - clock.progress_ticks > loading_frame_interval_ms)
+                show_loading_frame(show.loading, display, clock);
             break;
         case read_section_end:
             break;
@@ -103,56 +98,58 @@ static bool load_production(player_settings& settings, owned_tree& tree)
 }
 
 // False: the audio device cannot be opened, which ends the process.
-static bool start_music(player_settings& settings, const xml_node* tree)
+static bool start_music(player_choices& choices, const xml_node* tree)
 {
     const xml_node* element = document_music_element(tree);
     const char* file = element != nullptr ? xml_get_attribute(element, "file") : nullptr;
-    const music_result result = settings.music_enabled == 1 ? music_open(file) : music_none;
+    const music_result result = choices.music_enabled == 1 ? music_open(file) : music_none;
     if (result != music_playing)
-        settings.music_enabled = -1;
+        choices.music_enabled = -1;
     return result != music_no_device;
 }
 
-static void start_clock(player_settings& settings)
+static void start_clock(player_clock& clock, player_choices& choices)
 {
     music_clear_counters();
     bool given_up = false;
-    if (settings.music_enabled == 1)
-        settings.production_time_ms = music_start_clock(settings.music_enabled, given_up);
+    if (choices.music_enabled == 1)
+        clock.production_time_ms = music_start_clock(choices.music_enabled, given_up);
     if (given_up) {
         log_message(0, "The audio device asks for nothing, so the timer keeps the time.");
-        settings.music_enabled = -1;
+        choices.music_enabled = -1;
     }
-    if (settings.music_enabled != 1) {
-        settings.production_time_ms = 0;
-        settings.start_ticks = SDL_GetTicks();
+    if (choices.music_enabled != 1) {
+        clock.production_time_ms = 0;
+        clock.start_ticks = SDL_GetTicks();
     }
 }
 
-static void print_benchmark(const player_settings& settings)
+static void print_benchmark(const player_clock& clock)
 {
-    const double seconds = static_cast<double>(settings.production_time_ms) * static_cast<double>(0.001f);
-    std::printf("Benchmark result: %.2f fps\n", static_cast<double>(settings.frame_count) / seconds);
+    const double seconds = static_cast<double>(clock.production_time_ms) * static_cast<double>(0.001f);
+    std::printf("Benchmark result: %.2f fps\n", static_cast<double>(clock.frame_count) / seconds);
 }
 
-static void close_pack(player_settings& settings)
+static void close_pack(player_show& show)
 {
-    std::fclose(settings.pack);
-    settings.pack = nullptr;
+    std::fclose(show.pack);
+    show.pack = nullptr;
 }
 
 // One pass a frame, as fast as drawing and swapping allow: the clock decides what is shown.
 static void play(player_settings& settings)
 {
+    const player_display& display = settings.display;
+    player_clock& clock = settings.clock;
     for (;;) {
-        const uint32_t drawn = compose_frame(settings.production, settings.production_time_ms / 10,
-            screen_view(settings), settings.caps, settings.glsl_path == 1);
+        const uint32_t drawn = compose_frame(settings.show.production, clock.production_time_ms / 10,
+            screen_view(display), display.caps, display.glsl_path == 1);
         if (drawn == 0) {
-            close_pack(settings);
-            print_benchmark(settings);
+            close_pack(settings.show);
+            print_benchmark(clock);
             return;
         }
-        ++settings.frame_count;
+        ++clock.frame_count;
 
         const Uint8* keys = SDL_GetKeyState(nullptr);
         SDL_Event event;
@@ -160,13 +157,29 @@ static void play(player_settings& settings)
         if (closed || interrupted())
             std::exit(0);
         if (keys[SDLK_ESCAPE] != 0) {
-            close_pack(settings);
+            close_pack(settings.show);
             return;
         }
         SDL_GL_SwapBuffers();
-        settings.production_time_ms
-            = settings.music_enabled == 1 ? music_clock_update() : SDL_GetTicks() - settings.start_ticks;
+        clock.production_time_ms
+            = settings.choices.music_enabled == 1 ? music_clock_update() : SDL_GetTicks() - clock.start_ticks;
     }
+}
+
+// Without the production's tables: the viewer closed the dialog before there were any.
+static void leave_dialog(player_show& show)
+{
+    std::puts("Bye!");
+    timeline_free(std::exchange(show.production_timeline, nullptr));
+    SDL_Quit();
+}
+
+static void leave_show(player_show& show)
+{
+    std::puts("Bye!");
+    unload_document(show.production);
+    timeline_free(std::exchange(show.production_timeline, nullptr)); // still here when there was no production
+    SDL_Quit();
 }
 
 int run_player(int argc, char** argv)
@@ -179,40 +192,38 @@ int run_player(int argc, char** argv)
     fix_audio_environment();
     fix_video_environment();
     std::puts(banner_text);
-    settings_defaults(settings);
-    settings.loading_timeline = timeline_new();
-    settings.production_timeline = timeline_new();
-    switch (run_dialog(settings)) {
+    settings.show.loading_timeline = timeline_new();
+    settings.show.production_timeline = timeline_new();
+    switch (run_dialog(settings.choices, settings.display)) {
     case dialog_started:
         break;
     case dialog_quit:
+        leave_dialog(settings.show);
         return 0;
     case dialog_failed:
         return 1;
     }
-    if (!discover_pack(settings))
+    settings.show.pack = discover_pack();
+    if (settings.show.pack == nullptr)
         return 1;
 
     // What the display offers.
     build_cosine_table();
-    if (open_display(settings, argc, argv) != display_open)
+    if (open_display(settings.display, settings.choices, argc, argv) != display_open)
         return 0;
 
     // The show.
     {
         owned_tree tree;
-        if (!load_loading_screen(settings) || !load_production(settings, tree))
+        if (!load_loading_screen(settings.show, settings.display)
+            || !load_production(settings.show, settings.display, settings.clock, tree))
             return 1;
-        if (!start_music(settings, tree.get()))
+        if (!start_music(settings.choices, tree.get()))
             return 1;
-        unload_document(settings.loading);
+        unload_document(settings.show.loading);
     }
-    start_clock(settings);
+    start_clock(settings.clock, settings.choices);
     play(settings);
-
-    std::puts("Bye!");
-    unload_document(settings.production);
-    timeline_free(settings.production_timeline); // still here when there was no production
-    SDL_Quit();
+    leave_show(settings.show);
     return 0;
 }

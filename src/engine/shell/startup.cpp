@@ -64,19 +64,19 @@ std::string first_pack_name(const char* folder)
     return name;
 }
 
-bool discover_pack(player_settings& settings)
+FILE* discover_pack()
 {
     const std::string name = first_pack_name();
     if (name.empty()) {
         log_message(0, "Sux... no dpk file.");
-        return false;
+        return nullptr;
     }
     std::printf("Found %s.\n", name.c_str());
-    settings.pack = open_plain_file(name.c_str());
-    if (settings.pack == nullptr) {
+    FILE* pack = open_plain_file(name.c_str());
+    if (pack == nullptr) {
         log_message(0, ("Error: cannot open " + name + "!").c_str());
-        return false;
+        return nullptr;
     }
     log_message(0, "Starting the demo.");
-    return true;
+    return pack;
 }

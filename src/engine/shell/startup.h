@@ -1,8 +1,7 @@
 // The first steps of the process: the standard streams, the drivers of sound and picture, the pack.
 #pragma once
 
-#include "shell/settings.h"
-
+#include <cstdio>
 #include <string>
 
 // The program's name and version: its first line and its windows' title.
@@ -26,6 +25,6 @@ void fix_video_environment();
 std::string first_pack_name(const char* folder = ".");
 
 // Opens the first file of the working directory whose name ends in "dpk", in the
-// directory's own order, as settings.pack. False when there is none, or it cannot be
-// opened or is no regular file; a line says so.
-bool discover_pack(player_settings& settings);
+// directory's own order. Null when there is none, or it cannot be opened or is no regular
+// file; a line says so. The caller closes it.
+FILE* discover_pack();

@@ -20,14 +20,15 @@ static frame_view view_of(const frame_source& source, const frame_tile& tile)
 {
     const player_settings& settings = *source.settings;
     const bool whole = source.tiles.size() == 1;
-    return {settings.screen_width, settings.screen_height, settings.aspect, whole ? frame_tile{0, 0, 0, 0} : tile};
+    return {settings.display.screen_width, settings.display.screen_height, settings.display.aspect,
+        whole ? frame_tile{0, 0, 0, 0} : tile};
 }
 
 static frame_plan plan_of(const frame_source& source, uint64_t frame)
 {
     const player_settings& settings = *source.settings;
-    const frame_view view = {settings.screen_width, settings.screen_height, settings.aspect};
-    return plan_frame(settings.production, tick_of_frame(frame, source.rate), view, settings.caps);
+    const frame_view view = screen_view(settings.display);
+    return plan_frame(settings.show.production, tick_of_frame(frame, source.rate), view, settings.display.caps);
 }
 
 static std::string tiling_sentence(const frame_source& source, uint64_t frame, const std::string& reason)
@@ -42,7 +43,8 @@ void source_begin(frame_source& source, gl_session& session, player_settings& se
     source.settings = &settings;
     source.rate = rate;
     source.measures = measures;
-    source.tiles = plan_tiles(settings.screen_width, settings.screen_height, session.width, session.height);
+    source.tiles
+        = plan_tiles(settings.display.screen_width, settings.display.screen_height, session.width, session.height);
     if (!measures || !session.timer_queries)
         return;
     for (drawn_frame& slot : source.waiting)
@@ -55,8 +57,8 @@ static double compose(frame_source& source, uint64_t frame, const frame_tile& ti
 {
     const auto begin = stopwatch::now();
     player_settings& settings = *source.settings;
-    compose_frame(settings.production, tick_of_frame(frame, source.rate), view_of(source, tile), settings.caps,
-        settings.glsl_path == 1, costs);
+    compose_frame(settings.show.production, tick_of_frame(frame, source.rate), view_of(source, tile),
+        settings.display.caps, settings.display.glsl_path == 1, costs);
     const double took = seconds_since(begin);
     source.gl_seconds += took;
     return took * 1000.0;
@@ -90,8 +92,8 @@ static void copy_upside_down(const uint8_t* from, uint32_t width, uint32_t heigh
 static picture empty_picture(const player_settings& settings)
 {
     picture p;
-    p.width = settings.screen_width;
-    p.height = settings.screen_height;
+    p.width = settings.display.screen_width;
+    p.height = settings.display.screen_height;
     p.rgb.resize(size_t{p.width} * p.height * 3);
     return p;
 }
@@ -118,14 +120,14 @@ static bool begin_reading(gl_session& session, drawn_frame& slot, const player_s
 {
     if (!GLEW_ARB_pixel_buffer_object || glMapBuffer == nullptr)
         return false;
-    const size_t bytes = size_t{settings.screen_width} * settings.screen_height * 3;
+    const size_t bytes = size_t{settings.display.screen_width} * settings.display.screen_height * 3;
     const bool is_new = slot.buffer == 0;
     if (is_new)
         glGenBuffers(1, &slot.buffer);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, slot.buffer);
     if (is_new)
         glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(bytes), nullptr, GL_STREAM_READ);
-    read_into(session, settings.screen_width, settings.screen_height, nullptr);
+    read_into(session, settings.display.screen_width, settings.display.screen_height, nullptr);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
     return true;
 }
@@ -224,10 +226,10 @@ static bool draw_in_tiles(frame_source& source, drawn_frame& slot)
         slot.cpu_ms += compose(source, slot.number, source.tiles[i], source.measures ? &slot.costs : nullptr);
         read_tile(source, source.tiles[i], slot.image, rows);
         measure_tile(source, slot, total, i == 0);
-        effects = i == 0 ? effects_fingerprint(settings.production) : effects;
+        effects = i == 0 ? effects_fingerprint(settings.show.production) : effects;
     }
     session_end_frame(*source.session);
-    return effects == effects_fingerprint(settings.production);
+    return effects == effects_fingerprint(settings.show.production);
 }
 
 bool source_draw(frame_source& source, uint64_t frame, std::string& problem)
@@ -272,8 +274,8 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
         *image = empty_picture(settings);
     std::vector<uint8_t> rows;
     for (const frame_tile& tile : source.tiles) {
-        compose_frame(
-            settings.loading, per_cent, view_of(source, tile), settings.loading_caps, settings.glsl_path == 1);
+        compose_frame(settings.show.loading, per_cent, view_of(source, tile), settings.display.loading_caps,
+            settings.display.glsl_path == 1);
         if (image != nullptr)
             read_tile(source, tile, *image, rows);
         glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -287,6 +289,6 @@ std::string source_tiling_problem(const frame_source& source, uint64_t frame)
 {
     if (source.tiles.size() == 1)
         return "";
-    const std::string reason = tiling_problem(source.settings->production, plan_of(source, frame));
+    const std::string reason = tiling_problem(source.settings->show.production, plan_of(source, frame));
     return reason.empty() ? "" : tiling_sentence(source, frame, reason);
 }

@@ -6,6 +6,7 @@
 
 #include "picture.h"
 #include "session_gl.h"
+#include "shell/settings.h"
 #include "time_report.h"
 
 #include "render/compositor_gl.h"

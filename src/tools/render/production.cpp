@@ -16,8 +16,8 @@
 
 bool open_pack(const std::string& name, player_settings& settings, production_files& files, std::string& problem)
 {
-    settings.pack = open_pack_input(name, files, problem);
-    return settings.pack != nullptr;
+    settings.show.pack = open_pack_input(name, files, problem);
+    return settings.show.pack != nullptr;
 }
 
 // ---- the documents ----------------------------------------------------------------------
@@ -25,9 +25,9 @@ bool open_pack(const std::string& name, player_settings& settings, production_fi
 bool load_loading_screen(player_settings& settings, std::string& problem)
 {
     owned_tree tree;
-    return load_document(settings.pack, "loading.xmlz", timeline_new(),
-        {settings.loading_caps, settings.texture_formats, settings.glsl_path == 1, false, true}, settings.loading, tree,
-        problem);
+    return load_document(settings.show.pack, "loading.xmlz", timeline_new(),
+        {settings.display.loading_caps, settings.display.texture_formats, settings.display.glsl_path == 1, false, true},
+        settings.show.loading, tree, problem);
 }
 
 static bool can_be_read(const std::string& path, std::string& reason)
@@ -70,9 +70,9 @@ static void find_music(const xml_node* tree, production_files& files, std::strin
 bool load_show(player_settings& settings, production_files& files, std::string& problem, std::string& warning)
 {
     owned_tree tree;
-    if (!load_document(settings.pack, "demo.xmlz", timeline_new(),
-            {settings.caps, settings.texture_formats, settings.glsl_path == 1, true, true}, settings.production, tree,
-            problem))
+    if (!load_document(settings.show.pack, "demo.xmlz", timeline_new(),
+            {settings.display.caps, settings.display.texture_formats, settings.display.glsl_path == 1, true, true},
+            settings.show.production, tree, problem))
         return false;
     find_music(tree.get(), files, warning);
     return true;
@@ -82,11 +82,11 @@ bool load_show(player_settings& settings, production_files& files, std::string& 
 
 uint64_t count_frames(const player_settings& settings, frame_rate rate)
 {
-    const frame_view view = {settings.screen_width, settings.screen_height, settings.aspect};
+    const frame_view view = screen_view(settings.display);
     uint32_t planned = UINT32_MAX; // the tick that was looked at last
     for (uint64_t frame = 0;; ++frame) {
         const uint32_t tick = tick_of_frame(frame, rate);
-        if (tick != planned && plan_frame(settings.production, tick, view, settings.caps).drawn == 0)
+        if (tick != planned && plan_frame(settings.show.production, tick, view, settings.display.caps).drawn == 0)
             return frame;
         planned = tick;
     }

@@ -16,11 +16,11 @@ struct production_files {
     std::string name;   // what the production is called: the pack's name, or for demo.dpk its folder's
 };
 
-// Opens the pack as settings.pack (pack_input.h). False with one sentence in `problem`.
+// Opens the pack as settings.show.pack (pack_input.h). False with one sentence in `problem`.
 [[nodiscard]] bool open_pack(
     const std::string& name, player_settings& settings, production_files& files, std::string& problem);
 
-// Loads the loading screen's document into settings.loading. Needs a current context, as
+// Loads the loading screen's document into settings.show.loading. Needs a current context, as
 // load_show does. False with one line in `problem`. A pack without one leaves it empty.
 [[nodiscard]] bool load_loading_screen(player_settings& settings, std::string& problem);
 

@@ -123,18 +123,14 @@ static void watch_signals()
 
 static void choose_size(render_job& job)
 {
-    settings_defaults(job.settings);
-    job.settings.resolution_index = 0; // a size of our own, by the player's rules for shapes
-    job.settings.desktop_width = job.options.width;
-    job.settings.desktop_height = job.options.height;
-    job.settings.aspect_index = job.options.aspect;
-    settings_choose_size(job.settings);
+    job.settings.choices = choices_for(job.options);
+    set_screen_size(job.settings.display, job.options.width, job.options.height, job.settings.choices.aspect_index);
 }
 
 static exit_status open_session(render_job& job)
 {
     std::string problem;
-    if (!session_open(job.session, job.options, job.settings, problem))
+    if (!session_open(job.session, job.options, job.settings.display, problem))
         return complain(exit_no_opengl, problem);
     if (job.options.verbose)
         std::fprintf(stderr, "%s\n%s", printable(job.session.driver).c_str(), job.session.report.c_str());
@@ -267,7 +263,7 @@ static exit_status choose_frames(render_job& job)
 {
     job.end = count_frames(job.settings, job.options.rate);
     if (job.end == 0) {
-        const bool empty = pack_has_entry(job.settings.pack, "demo.xmlz");
+        const bool empty = pack_has_entry(job.settings.show.pack, "demo.xmlz");
         return complain(exit_broken,
             empty ? "the production shows nothing"
                   : job.files.pack + " has no entry demo.xmlz, so there is nothing to show");
@@ -444,8 +440,8 @@ struct frame_loop {
 static void run_frames(render_job& job, frame_loop& loop, progress& shown)
 {
     const player_settings& settings = job.settings;
-    const std::vector<bool> pixels = frames_with_pixels(settings.production,
-        {settings.screen_width, settings.screen_height, settings.aspect}, settings.caps, job.options.rate, job.wanted);
+    const std::vector<bool> pixels = frames_with_pixels(
+        settings.show.production, screen_view(settings.display), settings.display.caps, job.options.rate, job.wanted);
     for (uint64_t frame = 0; frame < pixels.size(); ++frame) {
         job.interrupted |= stop_signal != 0 || job.session.stop_asked;
         if (job.interrupted)
@@ -543,7 +539,7 @@ static void write_times(render_job& job, std::string& problem)
     time_report& times = job.times;
     times.production = job.files.pack;
     times.driver = job.session.driver;
-    times.path = job.settings.glsl_path == 1 ? "glsl" : "fixed";
+    times.path = job.settings.display.glsl_path == 1 ? "glsl" : "fixed";
     times.width = job.options.width;
     times.height = job.options.height;
     times.rate = job.options.rate;
@@ -648,7 +644,7 @@ static exit_status finish(render_job& job, frame_loop& loop)
 static exit_status render_loading(render_job& job)
 {
     std::string problem;
-    const timeline* tracks = job.settings.loading.tracks;
+    const timeline* tracks = job.settings.show.loading.tracks;
     if (tracks == nullptr || tracks->layer_count[0] == 0)
         return complain(exit_broken, "the pack has no loading screen");
     if (job.source.tiles.size() > 1 && renders_to_textures(*tracks))
@@ -691,7 +687,7 @@ static exit_status run_production(render_job& job)
     std::string warning;
     if (!load_show(job.settings, job.files, problem, warning))
         return fail_to_load(problem);
-    unload_document(job.settings.loading);
+    unload_document(job.settings.show.loading);
     if (!warning.empty())
         job.warnings.push_back(warning);
     exit_status status = choose_frames(job);

@@ -262,7 +262,18 @@ static const char* driver_text(GLenum name)
     return text == nullptr ? "?" : reinterpret_cast<const char*>(text);
 }
 
-bool session_open(gl_session& session, const render_options& options, player_settings& settings, std::string& problem)
+player_choices choices_for(const render_options& options)
+{
+    player_choices choices;
+    choices.aspect_index = options.aspect;
+    choices.fullscreen = -1;
+    choices.antialiasing = options.samples > 0 ? 1 : -1;
+    choices.music_enabled = -1; // the clock counts frames; music of a video is read from its file
+    choices.use_glsl = options.glsl ? 1 : 0;
+    return choices;
+}
+
+bool session_open(gl_session& session, const render_options& options, player_display& display, std::string& problem)
 {
     session = {};
     session.window = options.window;
@@ -276,10 +287,12 @@ bool session_open(gl_session& session, const render_options& options, player_set
         problem = "OpenGL 1.3 is needed";
         return false;
     }
-    const capability_wishes wishes = {.use_vbo = 1, .use_glsl = options.glsl ? 1 : 0, .first_argument = nullptr};
+    const player_choices choices = choices_for(options);
+    const capability_wishes wishes
+        = {.use_vbo = choices.use_vbo, .use_glsl = choices.use_glsl, .first_argument = nullptr};
     const capability_report report = report_capabilities(ask_driver(options.caps), wishes);
     session.report = report.text;
-    apply_report_gl(settings, report);
+    apply_report_gl(display, report);
     GLint samples = 0;
     glGetIntegerv(GL_SAMPLES, &samples);
     session.samples = static_cast<uint32_t>(std::max(samples, 0));

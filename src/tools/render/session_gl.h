@@ -6,7 +6,8 @@
 #pragma once
 
 #include "options.h"
-#include "shell/settings.h"
+#include "shell/player_choices.h"
+#include "shell/player_display.h"
 
 #include <cstdint>
 #include <string>
@@ -26,11 +27,15 @@ struct gl_session {
     void* context = nullptr;
 };
 
+// What a viewer of the player would have chosen to see what the options ask for: no whole
+// screen and no sound device, a rendering path, a shape. The size is no row of the list.
+player_choices choices_for(const render_options& options);
+
 // Opens a surface for the picture's size, or for tiles where the size passes the driver's
-// limit or --tile; fills in capabilities, formats and path of the settings. False with one
+// limit or --tile; fills in capabilities, formats and path of the display. False with one
 // sentence in `problem`: there is no OpenGL for it.
 [[nodiscard]] bool session_open(
-    gl_session& session, const render_options& options, player_settings& settings, std::string& problem);
+    gl_session& session, const render_options& options, player_display& display, std::string& problem);
 
 // Between these two, glReadPixels reads the finished picture. With antialiasing that is a
 // copy: not every driver joins the samples of a surface that it reads.

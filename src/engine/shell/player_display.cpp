@@ -1,9 +1,17 @@
-#include "shell/settings.h"
+#include "shell/player_display.h"
+
+#include "shell/player_choices.h"
+
+#include <cassert>
+
+namespace {
 
 struct screen_size {
     uint32_t width;
     uint32_t height;
 };
+
+} // namespace
 
 // By resolution_index; row 0 is the desktop's size.
 constexpr screen_size resolution_sizes[resolution_count] = {{0, 0}, {320, 240}, {400, 300}, {512, 384}, {640, 480},
@@ -12,25 +20,11 @@ constexpr screen_size resolution_sizes[resolution_count] = {{0, 0}, {320, 240}, 
 // What a desktop without a size counts as.
 constexpr screen_size fallback_desktop = {640, 480};
 
-void settings_defaults(player_settings& settings)
+static screen_size desktop_size(const player_display& display)
 {
-    settings = player_settings{};
-    settings.resolution_index = 0;
-    settings.aspect_index = 0;
-    settings.fullscreen = 1;
-    settings.antialiasing = 1;
-    settings.music_enabled = 1;
-    settings.use_vbo = 1;
-    settings.use_glsl = 1;
-    settings.caps = initial_caps;
-    settings.loading_caps = initial_caps;
-}
-
-static screen_size desktop_size(const player_settings& settings)
-{
-    if (settings.desktop_width == 0 || settings.desktop_height == 0)
+    if (display.desktop_width == 0 || display.desktop_height == 0)
         return fallback_desktop;
-    return {settings.desktop_width, settings.desktop_height};
+    return {display.desktop_width, display.desktop_height};
 }
 
 // The picture's shape is the viewer's choice, whatever the size: 4:3 on a wide screen is fine.
@@ -51,13 +45,24 @@ static float aspect_of(uint32_t aspect_index, uint32_t width, uint32_t height)
     return static_cast<float>(width) / static_cast<float>(height);
 }
 
-void settings_choose_size(player_settings& settings)
+void set_screen_size(player_display& display, uint32_t width, uint32_t height, uint32_t aspect_index)
 {
-    if (settings.resolution_index >= resolution_count)
+    assert(width > 0 && height > 0);
+    display.screen_width = width;
+    display.screen_height = height;
+    display.aspect = aspect_of(aspect_index, width, height);
+}
+
+void choose_screen_size(player_display& display, const player_choices& choices)
+{
+    if (choices.resolution_index >= resolution_count)
         return;
     const screen_size size
-        = settings.resolution_index == 0 ? desktop_size(settings) : resolution_sizes[settings.resolution_index];
-    settings.screen_width = size.width;
-    settings.screen_height = size.height;
-    settings.aspect = aspect_of(settings.aspect_index, size.width, size.height);
+        = choices.resolution_index == 0 ? desktop_size(display) : resolution_sizes[choices.resolution_index];
+    set_screen_size(display, size.width, size.height, choices.aspect_index);
+}
+
+frame_view screen_view(const player_display& display)
+{
+    return {display.screen_width, display.screen_height, display.aspect};
 }

@@ -1,0 +1,16 @@
+// The show: the pack and what was made of it.
+//
+// The documents own their timelines; before they are loaded, the timelines wait here.
+#pragma once
+
+#include "model/document.h"
+
+#include <cstdio>
+
+struct player_show {
+    FILE* pack = nullptr;                    // open until the main loop ends
+    timeline* loading_timeline = nullptr;    // until its document takes it over
+    timeline* production_timeline = nullptr; // the same
+    document loading = {};                   // the loading screen's tables and timeline
+    document production = {};
+};
