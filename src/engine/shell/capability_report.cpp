@@ -1,7 +1,8 @@
 #include "shell/capability_report.h"
 
+#include "shell/player_choices.h"
+
 #include <algorithm>
-#include <cstring>
 
 // OpenGL's numbers for the formats, by their names there.
 constexpr uint32_t gl_rgb = 0x1907;
@@ -16,7 +17,6 @@ constexpr uint32_t gl_dsdt_mag_nv = 0x86F6;
 constexpr uint32_t gl_dudv_ati = 0x8779;
 
 constexpr size_t rule_length = 74;
-constexpr char force_pbo[] = "-forcepbo"; // what follows it in the argument does not matter
 
 static void add_line(capability_report& report, const char* text)
 {
@@ -25,25 +25,19 @@ static void add_line(capability_report& report, const char* text)
 }
 
 // With the option off nothing is said, and there are none.
-static void report_vertex_buffers(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_vertex_buffers(capability_report& report, const driver_offer& offer, const player_choices& choices)
 {
-    if (wishes.use_vbo != 1)
+    if (choices.use_vbo != 1)
         return;
     report.caps.vbo = offer.vertex_buffer_object ? 1 : 0;
     add_line(report, offer.vertex_buffer_object ? "VBO support detected." : "No VBO support.");
 }
 
-static bool pixel_buffers_forced(const capability_wishes& wishes)
-{
-    return wishes.first_argument != nullptr
-        && std::strncmp(wishes.first_argument, force_pbo, sizeof(force_pbo) - 1) == 0;
-}
-
-static void report_pixel_buffers(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_pixel_buffers(capability_report& report, const driver_offer& offer, const player_choices& choices)
 {
     if (!offer.pixel_buffer_object) {
         add_line(report, "No PBO support.");
-    } else if (offer.version_2_1 || pixel_buffers_forced(wishes)) {
+    } else if (offer.version_2_1 || choices.force_pbo) {
         report.caps.pbo = 1;
         add_line(report, "PBO support detected.");
     } else {
@@ -69,10 +63,10 @@ static void report_textures(capability_report& report, const driver_offer& offer
 
 // One combiner extension at most is used. With shaders none is mentioned, and the line
 // that would name it shrinks to a dot where there is none.
-static void report_rendering_path(capability_report& report, const driver_offer& offer, const capability_wishes& wishes)
+static void report_rendering_path(capability_report& report, const driver_offer& offer, const player_choices& choices)
 {
-    report.glsl_path = static_cast<int8_t>(wishes.use_glsl);
-    if (wishes.use_glsl == 1 && !offer.shader_objects) {
+    report.glsl_path = static_cast<int8_t>(choices.use_glsl);
+    if (choices.use_glsl == 1 && !offer.shader_objects) {
         report.glsl_path = 0;
         add_line(report, "No GLSL support.");
     }
@@ -138,16 +132,16 @@ static texture_format_table texture_formats_for(const driver_offer& offer)
     return table;
 }
 
-capability_report report_capabilities(const driver_offer& offer, const capability_wishes& wishes)
+capability_report report_capabilities(const driver_offer& offer, const player_choices& choices)
 {
     const std::string rule(rule_length, '=');
     capability_report report = {};
     report.caps = initial_caps;
     add_line(report, rule.c_str());
-    report_vertex_buffers(report, offer, wishes);
-    report_pixel_buffers(report, offer, wishes);
+    report_vertex_buffers(report, offer, choices);
+    report_pixel_buffers(report, offer, choices);
     report_textures(report, offer);
-    report_rendering_path(report, offer, wishes);
+    report_rendering_path(report, offer, choices);
     add_line(report, rule.c_str());
 
     report.formats = texture_formats_for(offer);

@@ -1,4 +1,4 @@
-// The capability report: what the driver offers and the viewer wants, turned into
+// The capability report: what the driver offers and the viewer chose, turned into
 // the capability records, the texture formats and the printed lines.
 //
 // Pure decision; driver_gl.cpp asks the driver and applies the result.
@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <string>
+
+struct player_choices;
 
 constexpr int32_t max_texture_units = 4; // more fixed-function units are never used
 
@@ -26,13 +28,6 @@ struct driver_offer {
     int32_t texture_units;     // GL_MAX_TEXTURE_UNITS
 };
 
-// The viewer's wishes.
-struct capability_wishes {
-    int32_t use_vbo;            // 1: use vertex buffers where they exist
-    int32_t use_glsl;           // 1: shaders
-    const char* first_argument; // argv[1], may be null; "-forcepbo" at its start is looked for
-};
-
 struct capability_report {
     gl_caps caps;
     gl_caps loading_caps; // caps without vertex buffers, pixel buffers and textures of any size
@@ -43,4 +38,5 @@ struct capability_report {
     std::string text;      // the lines to print, each with its newline
 };
 
-capability_report report_capabilities(const driver_offer& offer, const capability_wishes& wishes);
+// Of the choices use_vbo, use_glsl and force_pbo count.
+capability_report report_capabilities(const driver_offer& offer, const player_choices& choices);

@@ -85,7 +85,7 @@ static void begin_drawing(const player_choices& choices)
         SDL_ShowCursor(SDL_DISABLE);
 }
 
-display_result open_display(player_display& display, const player_choices& choices, int argc, char** argv)
+display_result open_display(player_display& display, const player_choices& choices)
 {
     choose_screen_size(display, choices);
     if (choices.antialiasing == 1)
@@ -101,12 +101,7 @@ display_result open_display(player_display& display, const player_choices& choic
     if (!GLEW_VERSION_1_3)
         return fail("Error: OpenGL 1.3 required, please install a proper OpenGL driver.");
 
-    const capability_wishes wishes = {
-        .use_vbo = choices.use_vbo,
-        .use_glsl = choices.use_glsl,
-        .first_argument = argc > 1 ? argv[1] : nullptr,
-    };
-    const capability_report report = report_capabilities(ask_driver_gl(), wishes);
+    const capability_report report = report_capabilities(ask_driver_gl(), choices);
     std::fputs(report.text.c_str(), stdout);
     apply_report_gl(display, report);
     begin_drawing(choices);

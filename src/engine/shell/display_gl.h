@@ -14,5 +14,4 @@ enum display_result {
 // the texture formats of the display, from the viewer's choices and the driver's
 // answers. Starts SDL's timer and, with music, its audio. Prints the capability report
 // and shows a black frame. Resets the renderer's matrices and builds the maze tables.
-// `argv[1]` is looked at for "-forcepbo".
-display_result open_display(player_display& display, const player_choices& choices, int argc, char** argv);
+display_result open_display(player_display& display, const player_choices& choices);

@@ -187,6 +187,7 @@ int run_player(int argc, char** argv)
     static player_settings settings;
 
     // What the viewer wants.
+    read_command_line(settings.choices, argc, argv);
     prepare_standard_streams();
     catch_interrupts();
     fix_audio_environment();
@@ -209,7 +210,7 @@ int run_player(int argc, char** argv)
 
     // What the display offers.
     build_cosine_table();
-    if (open_display(settings.display, settings.choices, argc, argv) != display_open)
+    if (open_display(settings.display, settings.choices) != display_open)
         return 0;
 
     // The show.

@@ -23,5 +23,10 @@ struct player_choices {
     int32_t antialiasing = 1;
     int32_t music_enabled = 1; // becomes -1 when no music can be played
     int32_t use_vbo = 1;
-    int32_t use_glsl = 1; // 1 shaders, 0 fixed-function combiners
+    int32_t use_glsl = 1;   // 1 shaders, 0 fixed-function combiners
+    bool force_pbo = false; // pixel buffers even where they may be slow
 };
+
+// Takes over what the command line of the process asks for. Only the first argument is
+// looked at: one that begins with "-forcepbo" sets force_pbo, any other changes nothing.
+void read_command_line(player_choices& choices, int argc, const char* const* argv);

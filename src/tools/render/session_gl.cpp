@@ -287,10 +287,7 @@ bool session_open(gl_session& session, const render_options& options, player_dis
         problem = "OpenGL 1.3 is needed";
         return false;
     }
-    const player_choices choices = choices_for(options);
-    const capability_wishes wishes
-        = {.use_vbo = choices.use_vbo, .use_glsl = choices.use_glsl, .first_argument = nullptr};
-    const capability_report report = report_capabilities(ask_driver(options.caps), wishes);
+    const capability_report report = report_capabilities(ask_driver(options.caps), choices_for(options));
     session.report = report.text;
     apply_report_gl(display, report);
     GLint samples = 0;
