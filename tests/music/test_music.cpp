@@ -45,7 +45,36 @@ TEST_CASE("the clock ends where its number does")
 
 TEST_CASE("a show without a music file is no error")
 {
-    CHECK(music_open(nullptr) == music_none);
+    music_state music;
+    CHECK(music_open(music, nullptr) == music_none);
+}
+
+TEST_CASE("clearing forgets what was played of this music, not when the device last asked")
+{
+    music_state music;
+    music_state other;
+    for (music_state* each : {&music, &other}) {
+        each->feed.bytes_total = 65536;
+        each->feed.bytes_before_last = 32768;
+        each->feed.last_fill_ticks = 1234;
+        each->feed.audio_started = 1;
+    }
+    music_clear_counters(music);
+    CHECK(music.feed.bytes_total == 0);
+    CHECK(music.feed.bytes_before_last == 0);
+    CHECK(music.feed.last_fill_ticks == 1234);
+    CHECK(music.feed.audio_started == 1);
+    CHECK(other.feed.bytes_total == 65536);
+    CHECK(other.feed.bytes_before_last == 32768);
+}
+
+TEST_CASE("a music that nothing was asked of stands at time 0")
+{
+    music_state music;
+    bool given_up = true;
+    CHECK(music_clock_update(music) == 0);
+    CHECK(music_start_clock(music, -1, given_up) == 0);
+    CHECK_FALSE(given_up);
 }
 
 // The two words of the callback, and a request that comes while they are read: its count is

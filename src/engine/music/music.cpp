@@ -11,8 +11,7 @@
 #include <stb/stb_vorbis.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdio>
+#include <cassert>
 #include <cstring>
 #include <string>
 
@@ -22,38 +21,25 @@ constexpr uint32_t bytes_per_frame = 4;              // two channels of 16 bits
 constexpr double ms_per_byte = 0.005668934240362812; // 1000 / 176,400
 constexpr uint32_t start_patience_ms = 10000;
 
-// Written by the audio callback, read by the main thread: one aligned word each.
-struct music_state {
-    FILE* music_file;                        // read by the decoder, which closes it
-    stb_vorbis* decoder;                     // null when the file cannot be decoded
-    int decoder_error;                       // not examined
-    SDL_AudioSpec obtained_spec;             // what the device granted
-    std::atomic<uint32_t> bytes_total;       // requested by the device so far
-    std::atomic<uint32_t> bytes_before_last; // the same before the latest request
-    std::atomic<uint32_t> last_fill_ticks;   // SDL_GetTicks() of the latest request
-    std::atomic<uint32_t> audio_started;     // 1 from the first request on
-};
-
-static music_state music;
-
-static void audio_callback(void*, Uint8* stream, int len)
+static void audio_callback(void* userdata, Uint8* stream, int len)
 {
+    sound_feed& feed = *static_cast<sound_feed*>(userdata);
     const uint32_t bytes = len > 0 ? static_cast<uint32_t>(len) : 0;
-    const uint32_t total = music.bytes_total.load(std::memory_order_relaxed);
+    const uint32_t total = feed.bytes_total.load(std::memory_order_relaxed);
     const uint32_t now = SDL_GetTicks(); // taken here, so that the stores lie close together
-    music.bytes_before_last.store(total, std::memory_order_relaxed);
-    music.bytes_total.store(total + bytes, std::memory_order_relaxed);
-    music.last_fill_ticks.store(now, std::memory_order_release); // behind its count, see read_latest_request
+    feed.bytes_before_last.store(total, std::memory_order_relaxed);
+    feed.bytes_total.store(total + bytes, std::memory_order_relaxed);
+    feed.last_fill_ticks.store(now, std::memory_order_release); // behind its count, see read_latest_request
 
     uint32_t filled = 0; // bytes
-    if (music.decoder != nullptr) {
+    if (feed.decoder != nullptr) {
         const int frames = stb_vorbis_get_samples_short_interleaved(
-            music.decoder, 2, reinterpret_cast<short*>(stream), static_cast<int>(bytes / 2));
+            feed.decoder, 2, reinterpret_cast<short*>(stream), static_cast<int>(bytes / 2));
         filled = frames > 0 ? static_cast<uint32_t>(frames) * bytes_per_frame : 0;
     }
     if (filled < bytes)
         std::memset(stream + filled, 0, bytes - filled);
-    music.audio_started.store(1, std::memory_order_relaxed);
+    feed.audio_started.store(1, std::memory_order_relaxed);
 }
 
 // A folder of that name beside the pack is no music: the file may lie under "music/".
@@ -65,14 +51,15 @@ static FILE* open_music_file(const char* file)
     return opened;
 }
 
-static void open_decoder()
+static void open_decoder(music_state& music)
 {
     if (vorbis_comments_fit(music.music_file))
-        music.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
+        music.feed.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
 }
 
-music_result music_open(const char* file)
+music_result music_open(music_state& music, const char* file)
 {
+    assert(music.music_file == nullptr && music.feed.audio_started.load(std::memory_order_relaxed) == 0);
     if (file == nullptr)
         return music_none;
     music.music_file = open_music_file(file);
@@ -80,8 +67,8 @@ music_result music_open(const char* file)
         std::printf("Error: cannot open %s!\n", file);
         return music_none;
     }
-    open_decoder();
-    if (music.decoder == nullptr)
+    open_decoder(music);
+    if (music.feed.decoder == nullptr)
         std::fprintf(stderr, "Warning: demo.xmlz: section 15 (music): \"%s\" is no Ogg Vorbis file: it plays silent.\n",
             printable(file).c_str());
 
@@ -91,30 +78,33 @@ music_result music_open(const char* file)
     requested.channels = 2;
     requested.samples = requested_samples;
     requested.callback = audio_callback;
-    if (SDL_OpenAudio(&requested, &music.obtained_spec) < 0) {
+    requested.userdata = &music.feed;
+    SDL_AudioSpec obtained = {};
+    if (SDL_OpenAudio(&requested, &obtained) < 0) {
         std::fprintf(stderr, "Couldn't open audio: %s\n", given_reason(SDL_GetError()));
         return music_no_device;
     }
+    music.obtained_spec = {obtained.freq, obtained.channels, obtained.samples};
     SDL_PauseAudio(0);
     return music_playing;
 }
 
-void music_clear_counters()
+void music_clear_counters(music_state& music)
 {
-    music.bytes_total.store(0, std::memory_order_relaxed);
-    music.bytes_before_last.store(0, std::memory_order_relaxed);
+    music.feed.bytes_total.store(0, std::memory_order_relaxed);
+    music.feed.bytes_before_last.store(0, std::memory_order_relaxed);
 }
 
-uint32_t music_start_clock(int32_t music_enabled, bool& given_up)
+uint32_t music_start_clock(const music_state& music, int32_t music_enabled, bool& given_up)
 {
     given_up = false;
-    const uint32_t last_fill = music.last_fill_ticks.load(std::memory_order_relaxed);
+    const uint32_t last_fill = music.feed.last_fill_ticks.load(std::memory_order_relaxed);
     // The start is taken before the wait: what the device has already asked for counts.
     const uint32_t start = last_fill > 0.001 ? SDL_GetTicks() - last_fill : 0;
     if (music_enabled != 1)
         return start;
     const uint32_t waiting_since = SDL_GetTicks();
-    while (music.audio_started.load(std::memory_order_relaxed) != 1) {
+    while (music.feed.audio_started.load(std::memory_order_relaxed) != 1) {
         if (SDL_GetTicks() - waiting_since > start_patience_ms) {
             given_up = true;
             return 0;
@@ -136,9 +126,9 @@ uint32_t audio_clock_ms(uint32_t bytes_before_last, uint32_t samples, uint32_t l
     return static_cast<uint32_t>(std::clamp(time, 0.0, last_time)); // a request between the two readings may lie ahead
 }
 
-uint32_t music_clock_update()
+uint32_t music_clock_update(const music_state& music)
 {
     const uint32_t now = SDL_GetTicks(); // before the request's time: the clock's own reading is the older one
-    const latest_request request = read_latest_request(music.bytes_before_last, music.last_fill_ticks);
+    const latest_request request = read_latest_request(music.feed.bytes_before_last, music.feed.last_fill_ticks);
     return audio_clock_ms(request.bytes_before, music.obtained_spec.samples, request.ticks, now);
 }

@@ -98,22 +98,22 @@ static bool load_production(player_show& show, const player_display& display, pl
 }
 
 // False: the audio device cannot be opened, which ends the process.
-static bool start_music(player_choices& choices, const xml_node* tree)
+static bool start_music(music_state& music, player_choices& choices, const xml_node* tree)
 {
     const xml_node* element = document_music_element(tree);
     const char* file = element != nullptr ? xml_get_attribute(element, "file") : nullptr;
-    const music_result result = choices.music_enabled == 1 ? music_open(file) : music_none;
+    const music_result result = choices.music_enabled == 1 ? music_open(music, file) : music_none;
     if (result != music_playing)
         choices.music_enabled = -1;
     return result != music_no_device;
 }
 
-static void start_clock(player_clock& clock, player_choices& choices)
+static void start_clock(player_clock& clock, player_choices& choices, music_state& music)
 {
-    music_clear_counters();
+    music_clear_counters(music);
     bool given_up = false;
     if (choices.music_enabled == 1)
-        clock.production_time_ms = music_start_clock(choices.music_enabled, given_up);
+        clock.production_time_ms = music_start_clock(music, choices.music_enabled, given_up);
     if (given_up) {
         log_message(0, "The audio device asks for nothing, so the timer keeps the time.");
         choices.music_enabled = -1;
@@ -161,8 +161,8 @@ static void play(player_settings& settings)
             return;
         }
         SDL_GL_SwapBuffers();
-        clock.production_time_ms
-            = settings.choices.music_enabled == 1 ? music_clock_update() : SDL_GetTicks() - clock.start_ticks;
+        clock.production_time_ms = settings.choices.music_enabled == 1 ? music_clock_update(settings.show.music)
+                                                                       : SDL_GetTicks() - clock.start_ticks;
     }
 }
 
@@ -219,11 +219,11 @@ int run_player(int argc, char** argv)
         if (!load_loading_screen(settings.show, settings.display)
             || !load_production(settings.show, settings.display, settings.clock, tree))
             return 1;
-        if (!start_music(settings.choices, tree.get()))
+        if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
         unload_document(settings.show.loading);
     }
-    start_clock(settings.clock, settings.choices);
+    start_clock(settings.clock, settings.choices, settings.show.music);
     play(settings);
     leave_show(settings.show);
     return 0;

@@ -1,9 +1,10 @@
-// The show: the pack and what was made of it.
+// The show: the pack and what was made of it, and its music.
 //
 // The documents own their timelines; before they are loaded, the timelines wait here.
 #pragma once
 
 #include "model/document.h"
+#include "music/music.h"
 
 #include <cstdio>
 
@@ -13,4 +14,5 @@ struct player_show {
     timeline* production_timeline = nullptr; // the same
     document loading = {};                   // the loading screen's tables and timeline
     document production = {};
+    music_state music;
 };
