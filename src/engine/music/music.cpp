@@ -2,11 +2,9 @@
 
 #include "content/file_bytes.h"
 #include "content/printable.h"
-#include "content/reason.h"
 #include "music/latest_request.h"
 #include "music/vorbis_comments.h"
 
-#include <SDL/SDL.h>
 #define STB_VORBIS_HEADER_ONLY
 #include <stb/stb_vorbis.h>
 
@@ -15,18 +13,17 @@
 #include <cstring>
 #include <string>
 
-constexpr int requested_rate = 44100;                // Hz
-constexpr uint16_t requested_samples = 8192;         // frames a buffer
+constexpr sound_spec requested_spec = {.rate = 44100, .channels = 2, .samples = 8192};
 constexpr uint32_t bytes_per_frame = 4;              // two channels of 16 bits
 constexpr double ms_per_byte = 0.005668934240362812; // 1000 / 176,400
 constexpr uint32_t start_patience_ms = 10000;
 
-static void audio_callback(void* userdata, Uint8* stream, int len)
+static void audio_callback(void* userdata, uint8_t* stream, int len)
 {
     sound_feed& feed = *static_cast<sound_feed*>(userdata);
     const uint32_t bytes = len > 0 ? static_cast<uint32_t>(len) : 0;
     const uint32_t total = feed.bytes_total.load(std::memory_order_relaxed);
-    const uint32_t now = SDL_GetTicks(); // taken here, so that the stores lie close together
+    const uint32_t now = sound_ticks(); // taken here, so that the stores lie close together
     feed.bytes_before_last.store(total, std::memory_order_relaxed);
     feed.bytes_total.store(total + bytes, std::memory_order_relaxed);
     feed.last_fill_ticks.store(now, std::memory_order_release); // behind its count, see read_latest_request
@@ -72,20 +69,11 @@ music_result music_open(music_state& music, const char* file)
         std::fprintf(stderr, "Warning: demo.xmlz: section 15 (music): \"%s\" is no Ogg Vorbis file: it plays silent.\n",
             printable(file).c_str());
 
-    SDL_AudioSpec requested = {};
-    requested.freq = requested_rate;
-    requested.format = AUDIO_S16LSB;
-    requested.channels = 2;
-    requested.samples = requested_samples;
-    requested.callback = audio_callback;
-    requested.userdata = &music.feed;
-    SDL_AudioSpec obtained = {};
-    if (SDL_OpenAudio(&requested, &obtained) < 0) {
-        std::fprintf(stderr, "Couldn't open audio: %s\n", given_reason(SDL_GetError()));
+    if (!sound_open(requested_spec, audio_callback, &music.feed, music.obtained_spec)) {
+        std::fprintf(stderr, "Couldn't open audio: %s\n", sound_problem());
         return music_no_device;
     }
-    music.obtained_spec = {obtained.freq, obtained.channels, obtained.samples};
-    SDL_PauseAudio(0);
+    sound_play();
     return music_playing;
 }
 
@@ -100,16 +88,16 @@ uint32_t music_start_clock(const music_state& music, int32_t music_enabled, bool
     given_up = false;
     const uint32_t last_fill = music.feed.last_fill_ticks.load(std::memory_order_relaxed);
     // The start is taken before the wait: what the device has already asked for counts.
-    const uint32_t start = last_fill > 0.001 ? SDL_GetTicks() - last_fill : 0;
+    const uint32_t start = last_fill > 0.001 ? sound_ticks() - last_fill : 0;
     if (music_enabled != 1)
         return start;
-    const uint32_t waiting_since = SDL_GetTicks();
+    const uint32_t waiting_since = sound_ticks();
     while (music.feed.audio_started.load(std::memory_order_relaxed) != 1) {
-        if (SDL_GetTicks() - waiting_since > start_patience_ms) {
+        if (sound_ticks() - waiting_since > start_patience_ms) {
             given_up = true;
             return 0;
         }
-        SDL_Delay(10);
+        sound_wait(10);
     }
     std::printf("Audio buffer size:%u\n", static_cast<unsigned>(music.obtained_spec.samples));
     return start;
@@ -128,7 +116,7 @@ uint32_t audio_clock_ms(uint32_t bytes_before_last, uint32_t samples, uint32_t l
 
 uint32_t music_clock_update(const music_state& music)
 {
-    const uint32_t now = SDL_GetTicks(); // before the request's time: the clock's own reading is the older one
+    const uint32_t now = sound_ticks(); // before the request's time: the clock's own reading is the older one
     const latest_request request = read_latest_request(music.feed.bytes_before_last, music.feed.last_fill_ticks);
     return audio_clock_ms(request.bytes_before, music.obtained_spec.samples, request.ticks, now);
 }

@@ -6,6 +6,8 @@
 // copied nor moved. Times are milliseconds.
 #pragma once
 
+#include "music/device.h"
+
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
@@ -23,12 +25,6 @@ struct sound_feed {
     std::atomic<uint32_t> audio_started;     // 1 from the first request on
 };
 static_assert(std::atomic<uint32_t>::is_always_lock_free && sizeof(std::atomic<uint32_t>) == sizeof(uint32_t));
-
-struct sound_spec {
-    int rate;         // Hz
-    uint8_t channels; // of signed 16-bit little-endian samples
-    uint16_t samples; // frames a buffer
-};
 
 struct music_state {
     FILE* music_file = nullptr;    // read by the decoder, which closes it

@@ -1,0 +1,44 @@
+#include "music/device.h"
+
+#include "content/reason.h"
+
+#include <SDL/SDL.h>
+
+#include <cassert>
+
+bool sound_open(const sound_spec& wanted, sound_callback callback, void* userdata, sound_spec& obtained)
+{
+    assert(callback != nullptr);
+    SDL_AudioSpec requested = {};
+    requested.freq = wanted.rate;
+    requested.format = AUDIO_S16LSB;
+    requested.channels = wanted.channels;
+    requested.samples = wanted.samples;
+    requested.callback = callback;
+    requested.userdata = userdata;
+    SDL_AudioSpec granted = {};
+    if (SDL_OpenAudio(&requested, &granted) < 0)
+        return false;
+    obtained = {granted.freq, granted.channels, granted.samples};
+    return true;
+}
+
+const char* sound_problem()
+{
+    return given_reason(SDL_GetError());
+}
+
+void sound_play()
+{
+    SDL_PauseAudio(0);
+}
+
+uint32_t sound_ticks()
+{
+    return SDL_GetTicks();
+}
+
+void sound_wait(uint32_t ms)
+{
+    SDL_Delay(ms);
+}
