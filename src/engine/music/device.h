@@ -17,6 +17,9 @@ struct sound_spec {
 // sound_open was given.
 using sound_callback = void (*)(void* userdata, uint8_t* stream, int len);
 
+// Makes the library ready for sound. That it fails is told by sound_open.
+void sound_start();
+
 // Opens the device for `wanted`, and leaves what it granted in `obtained`. It stays still
 // until sound_play. `userdata` must stay where it is from then on. False when it cannot be
 // opened.

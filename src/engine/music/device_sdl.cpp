@@ -6,6 +6,11 @@
 
 #include <cassert>
 
+void sound_start()
+{
+    SDL_Init(SDL_INIT_AUDIO);
+}
+
 bool sound_open(const sound_spec& wanted, sound_callback callback, void* userdata, sound_spec& obtained)
 {
     assert(callback != nullptr);

@@ -11,6 +11,7 @@
 #include <GL/glew.h>
 #include <SDL/SDL.h>
 
+#include <cassert>
 #include <cstdio>
 
 constexpr int window_depth = 24; // bits per pixel
@@ -85,14 +86,17 @@ static void begin_drawing(const player_choices& choices)
         SDL_ShowCursor(SDL_DISABLE);
 }
 
-display_result open_display(player_display& display, const player_choices& choices)
+void prepare_display(player_display& display, const player_choices& choices)
 {
     choose_screen_size(display, choices);
     if (choices.antialiasing == 1)
         ask_for_multisampling(1, 2);
     display.glsl_path = static_cast<int8_t>(choices.use_glsl);
-    if (choices.music_enabled == 1)
-        SDL_Init(SDL_INIT_AUDIO);
+}
+
+display_result open_display(player_display& display, const player_choices& choices)
+{
+    assert(display.screen_width > 0 && display.screen_height > 0);
     SDL_Init(SDL_INIT_TIMER);
     if (open_window(display, choices) != display_open)
         return display_failed;

@@ -10,8 +10,13 @@ enum display_result {
     display_failed // one line says why, SDL is shut down: end with status 0
 };
 
-// Fills screen size, aspect, glsl_path, both capability records, the texture units and
-// the texture formats of the display, from the viewer's choices and the driver's
-// answers. Starts SDL's timer and, with music, its audio. Prints the capability report
-// and shows a black frame. Resets the renderer's matrices and builds the maze tables.
+// The first step: fills screen size, aspect and glsl_path of the display from the viewer's
+// choices, and asks for antialiasing. What else is to be started before the window opens
+// is started after this.
+void prepare_display(player_display& display, const player_choices& choices);
+
+// The second step: opens the window and fills both capability records, the texture units,
+// the texture formats and glsl_path of the display from the driver's answers. Starts SDL's
+// timer. Prints the capability report and shows a black frame. Resets the renderer's
+// matrices and builds the maze tables.
 display_result open_display(player_display& display, const player_choices& choices);

@@ -1,6 +1,7 @@
 #include "shell/player.h"
 
 #include "content/xml.h"
+#include "music/device.h"
 #include "music/music.h"
 #include "render/compositor_gl.h"
 #include "shell/dialog.h"
@@ -210,6 +211,9 @@ int run_player(int argc, char** argv)
 
     // What the display offers.
     build_cosine_table();
+    prepare_display(settings.display, settings.choices);
+    if (settings.choices.music_enabled == 1)
+        sound_start(); // before there is a window: it may take its time
     if (open_display(settings.display, settings.choices) != display_open)
         return 0;
 
