@@ -42,6 +42,7 @@ static scripted_sdl sdl;
 
 void begin_script(const sdl_script& script)
 {
+    sdl = {};
     sdl.script = script;
 }
 
@@ -216,7 +217,8 @@ SDL_Surface* SDLCALL SDL_SetVideoMode(int width, int height, int depth, Uint32 f
 
 void SDLCALL SDL_WM_SetCaption(const char* title, const char* icon)
 {
-    record_line(std::string("SDL_WM_SetCaption(\"") + title + "\", \"" + icon + "\")");
+    record_line(std::string("SDL_WM_SetCaption(\"") + title + "\", "
+        + (icon != nullptr ? '"' + std::string(icon) + '"' : "nothing") + ")");
 }
 
 int SDLCALL SDL_ShowCursor(int toggle)
@@ -319,10 +321,13 @@ int SDLCALL SDL_PollEvent(SDL_Event* event)
     }
     const auto found = sdl.script.events.find(look);
     const bool is_there = found != sdl.script.events.end();
+    const bool is_held = sdl.script.escape_from != 0 && look >= sdl.script.escape_from;
     if (is_there)
         event->type = found->second;
+    if (is_there && (event->type == SDL_KEYDOWN || event->type == SDL_KEYUP))
+        event->key.keysym.sym = is_held ? SDLK_ESCAPE : SDLK_SPACE;
     record_line("SDL_PollEvent() = " + (is_there ? number(found->second) : "none"));
-    sdl.keys[SDLK_ESCAPE] = sdl.script.escape_from != 0 && look >= sdl.script.escape_from;
+    sdl.keys[SDLK_ESCAPE] = is_held;
     return is_there ? 1 : 0;
 }
 

@@ -26,7 +26,7 @@ struct sdl_script {
     // pointer rests.
     std::vector<scripted_click> clicks;
     std::map<uint32_t, uint8_t> events; // by the number of the look for one, from 1: its type
-    uint32_t escape_from = 0;           // the look from which on Escape is held; 0: never
+    uint32_t escape_from = 0;           // the look from which on Escape is held, and keys are Escape; 0: never
     // The clock.
     uint32_t now = 1000;
     uint32_t ms_per_reading = 0; // passes behind each reading of the clock by the main thread
@@ -49,7 +49,7 @@ struct sdl_script {
     int64_t last_tick = 0; // of the production; later frames are empty
 };
 
-// Begins a run: SDL does what `script` says from here on. One a process.
+// Begins a run: SDL is fresh, and does what `script` says from here on.
 void begin_script(const sdl_script& script);
 
 // Adds a line to the list, behind what became of the pack.

@@ -11,8 +11,8 @@ enum dialog_result {
     dialog_failed   // no display or no background picture: end with status 1
 };
 
-// Starts SDL's video, keeps the desktop's size in the display, and runs the dialog
+// Starts the windows, keeps the desktop's size in the display, and runs the dialog
 // until the viewer starts or closes it. Its window stays open when started, for the
-// display to replace, and when closed, for the caller to say good-bye and shut SDL down.
+// display to replace, and when closed, for the caller to say good-bye and shut it down.
 // Failed: one line says why.
 dialog_result run_dialog(player_choices& choices, player_display& display);

@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-constexpr int32_t dialog_width = 461;
-constexpr int32_t dialog_height = 384;
+constexpr uint32_t dialog_width = 461;
+constexpr uint32_t dialog_height = 384;
 
 // What one pass leaves for the next. All zero but the previous choices at the start
 // (dialog_begin).

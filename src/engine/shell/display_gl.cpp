@@ -9,40 +9,28 @@
 #include "shell/player_display.h"
 
 #include <GL/glew.h>
-#include <SDL/SDL.h>
 
 #include <cassert>
 #include <cstdio>
 
-constexpr int window_depth = 24; // bits per pixel
-constexpr Uint32 window_flags = SDL_HWSURFACE | SDL_OPENGL | SDL_ASYNCBLIT;
-constexpr int small_width = 320; // the mode that tells a missing driver from a bad choice
-constexpr int small_height = 240;
+constexpr window_size small_size = {320, 240}; // the mode that tells a missing driver from a bad choice
+constexpr uint32_t antialiasing_samples = 2;   // a pixel
 
-static void ask_for_multisampling(int buffers, int samples)
+static bool open_chosen_mode(player_display& display, bool fullscreen)
 {
-    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLEBUFFERS, buffers);
-    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, samples);
+    return window_open_opengl(display.window, {display.screen_width, display.screen_height}, fullscreen);
 }
 
-static bool open_chosen_mode(const player_display& display, bool fullscreen)
-{
-    const Uint32 flags = fullscreen ? window_flags | SDL_FULLSCREEN : window_flags;
-    const int width = static_cast<int>(display.screen_width);
-    const int height = static_cast<int>(display.screen_height);
-    return SDL_SetVideoMode(width, height, window_depth, flags) != nullptr;
-}
-
-static bool attempt(display_step step, const player_display& display, bool fullscreen)
+static bool attempt(display_step step, player_display& display, bool fullscreen)
 {
     switch (step) {
     case display_step_chosen:
         return open_chosen_mode(display, fullscreen);
     case display_step_without_antialiasing:
-        ask_for_multisampling(0, 0);
+        window_ask_for_samples(0);
         return open_chosen_mode(display, fullscreen);
     case display_step_small:
-        return SDL_SetVideoMode(small_width, small_height, window_depth, window_flags) != nullptr;
+        return window_open_opengl(display.window, small_size, false);
     case display_step_open:
     case display_step_open_plain:
     case display_step_no_driver:
@@ -53,21 +41,21 @@ static bool attempt(display_step step, const player_display& display, bool fulls
 }
 
 // The window is gone before the line appears.
-static display_result fail(const char* line)
+static display_result fail(app_window& window, const char* line)
 {
-    SDL_Quit();
+    window_shut_down(window);
     log_message(0, line);
     return display_failed;
 }
 
-static display_result open_window(const player_display& display, const player_choices& choices)
+static display_result open_window(player_display& display, const player_choices& choices)
 {
     display_step step = display_step_chosen;
     while (!display_step_opened(step)) {
         step = next_display_step(step, attempt(step, display, choices.fullscreen == 1), choices.antialiasing == 1);
         const char* line = display_step_message(step);
         if (display_step_failed(step))
-            return fail(line);
+            return fail(display.window, line);
         if (line != nullptr)
             log_message(0, line);
     }
@@ -75,39 +63,39 @@ static display_result open_window(const player_display& display, const player_ch
 }
 
 // The first visible frame is black.
-static void begin_drawing(const player_choices& choices)
+static void begin_drawing(app_window& window, bool fullscreen)
 {
     init_matrices();
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    SDL_GL_SwapBuffers();
+    clear_screen_gl();
+    window_swap(window);
     set_unchanging_state_gl();
-    SDL_GL_SwapBuffers();
-    if (choices.fullscreen == 1)
-        SDL_ShowCursor(SDL_DISABLE);
+    window_swap(window);
+    if (fullscreen)
+        window_hide_pointer();
 }
 
 void prepare_display(player_display& display, const player_choices& choices)
 {
     choose_screen_size(display, choices);
     if (choices.antialiasing == 1)
-        ask_for_multisampling(1, 2);
+        window_ask_for_samples(antialiasing_samples);
     display.glsl_path = static_cast<int8_t>(choices.use_glsl);
 }
 
 display_result open_display(player_display& display, const player_choices& choices)
 {
     assert(display.screen_width > 0 && display.screen_height > 0);
-    SDL_Init(SDL_INIT_TIMER);
+    window_start_timer();
     if (open_window(display, choices) != display_open)
         return display_failed;
 
     glewInit(); // its flags tell, not its result
     if (!GLEW_VERSION_1_3)
-        return fail("Error: OpenGL 1.3 required, please install a proper OpenGL driver.");
+        return fail(display.window, "Error: OpenGL 1.3 required, please install a proper OpenGL driver.");
 
     const capability_report report = report_capabilities(ask_driver_gl(), choices);
     std::fputs(report.text.c_str(), stdout);
     apply_report_gl(display, report);
-    begin_drawing(choices);
+    begin_drawing(display.window, choices.fullscreen == 1);
     return display_open;
 }

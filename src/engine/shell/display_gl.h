@@ -7,7 +7,7 @@ struct player_display;
 
 enum display_result {
     display_open,
-    display_failed // one line says why, SDL is shut down: end with status 0
+    display_failed // one line says why, the window is gone: end with status 0
 };
 
 // The first step: fills screen size, aspect and glsl_path of the display from the viewer's
@@ -16,7 +16,7 @@ enum display_result {
 void prepare_display(player_display& display, const player_choices& choices);
 
 // The second step: opens the window and fills both capability records, the texture units,
-// the texture formats and glsl_path of the display from the driver's answers. Starts SDL's
+// the texture formats and glsl_path of the display from the driver's answers. Starts the
 // timer. Prints the capability report and shows a black frame. Resets the renderer's
 // matrices and builds the maze tables.
 display_result open_display(player_display& display, const player_choices& choices);

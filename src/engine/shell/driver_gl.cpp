@@ -81,3 +81,8 @@ void set_unchanging_state_gl()
     glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
     glColorMaterial(GL_FRONT, GL_AMBIENT_AND_DIFFUSE);
 }
+
+void clear_screen_gl()
+{
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}

@@ -19,3 +19,6 @@ void apply_report_gl(player_display& display, const capability_report& report);
 // Depth test, blending (never off again), colour material, sphere maps. Also builds the
 // maze tables. Viewport, projection and blend function belong to every frame.
 void set_unchanging_state_gl();
+
+// Clears colours and depth of the whole screen.
+void clear_screen_gl();

@@ -6,6 +6,7 @@
 #include "render/compositor_gl.h"
 #include "shell/dialog.h"
 #include "shell/display_gl.h"
+#include "shell/driver_gl.h"
 #include "shell/interrupt.h"
 #include "shell/loading.h"
 #include "shell/log.h"
@@ -13,13 +14,11 @@
 #include "shell/startup.h"
 #include "texgen/cosine_table.h"
 
-#include <GL/glew.h>
-#include <SDL/SDL.h>
-
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <utility>
 
 constexpr uint32_t loading_frame_interval_ms = 50;
@@ -38,45 +37,35 @@ static loading_options options_for(const player_display& display, const gl_caps&
 
 // The loading screen's clock is the progress itself: its first second is shown from tick 0
 // to tick 100 as the items of the production are made.
-static void show_loading_frame(document& loading, const player_display& display, player_clock& clock)
+static void show_loading_frame(document& loading, player_display& display, player_clock& clock)
 {
     assert(clock.progress_total > 0 && clock.progress_done <= clock.progress_total);
     const int64_t percent = static_cast<int64_t>(clock.progress_done) * 100 / clock.progress_total;
     compose_frame(
         loading, static_cast<uint32_t>(percent), screen_view(display), display.loading_caps, display.glsl_path == 1);
-    SDL_GL_SwapBuffers();
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    clock.progress_ticks = SDL_GetTicks();
+    window_swap(display.window);
+    clear_screen_gl();
+    clock.progress_ticks = window_ticks();
 }
 
-// Says what is wrong with a document. The window is gone before the line appears.
-static bool report_broken(const std::string& line)
-{
-    SDL_Quit();
-    log_message(0, line.c_str());
-    return false;
-}
-
-static bool load_loading_screen(player_show& show, const player_display& display)
+// False: `problem` holds the line to print.
+static bool load_loading_screen(player_show& show, const player_display& display, std::string& problem)
 {
     owned_tree tree;
-    std::string problem;
     timeline* tracks = std::exchange(show.loading_timeline, nullptr);
     return load_document(show.pack, "loading.xmlz", tracks, options_for(display, display.loading_caps, false),
-               show.loading, tree, problem)
-        || report_broken(problem);
+        show.loading, tree, problem);
 }
 
-// Makes the production section by section, with a loading frame at most every 50 ms.
-static bool load_production(player_show& show, const player_display& display, player_clock& clock, owned_tree& tree)
+// Makes the production section by section, with a loading frame at most every 50 ms. `tree` holds its elements
+// then, null for a pack without one. False: `problem` holds the line to print.
+static bool load_production(
+    player_show& show, player_display& display, player_clock& clock, owned_tree& tree, std::string& problem)
 {
-    clock.progress_ticks = SDL_GetTicks(); // reading and inflating count towards the first interval
-    std::string problem;
+    clock.progress_ticks = window_ticks(); // reading and inflating count towards the first interval
     tree.reset(load_document_tree(show.pack, "demo.xmlz", problem));
-    if (!problem.empty())
-        return report_broken(problem);
     if (tree == nullptr)
-        return true;
+        return problem.empty();
     document_create(show.production, "demo.xmlz", std::exchange(show.production_timeline, nullptr));
     clock.progress_total = static_cast<int32_t>(document_item_count(tree.get()));
     document_loader loader;
@@ -85,7 +74,7 @@ static bool load_production(player_show& show, const player_display& display, pl
         switch (document_loader_step(loader)) {
         case read_record:
             clock.progress_done += loader.reader.section <= section_timeline ? 1 : 0;
-            if (SDL_GetTicks() - clock.progress_ticks > loading_frame_interval_ms)
+            if (window_ticks() - clock.progress_ticks > loading_frame_interval_ms)
                 show_loading_frame(show.loading, display, clock);
             break;
         case read_section_end:
@@ -93,7 +82,8 @@ static bool load_production(player_show& show, const player_display& display, pl
         case read_done:
             return true;
         case read_failed:
-            return report_broken(loader.error);
+            problem = loader.error;
+            return false;
         }
     }
 }
@@ -121,7 +111,7 @@ static void start_clock(player_clock& clock, player_choices& choices, music_stat
     }
     if (choices.music_enabled != 1) {
         clock.production_time_ms = 0;
-        clock.start_ticks = SDL_GetTicks();
+        clock.start_ticks = window_ticks();
     }
 }
 
@@ -152,35 +142,41 @@ static void play(player_settings& settings)
         }
         ++clock.frame_count;
 
-        const Uint8* keys = SDL_GetKeyState(nullptr);
-        SDL_Event event;
-        const bool closed = SDL_PollEvent(&event) != 0 && event.type == SDL_QUIT;
+        const bool closed = window_next_event() == window_event_closed; // one a frame, others are dropped
         if (closed || interrupted())
             std::exit(0);
-        if (keys[SDLK_ESCAPE] != 0) {
+        if (window_escape_held()) {
             close_pack(settings.show);
             return;
         }
-        SDL_GL_SwapBuffers();
+        window_swap(settings.display.window);
         clock.production_time_ms = settings.choices.music_enabled == 1 ? music_clock_update(settings.show.music)
-                                                                       : SDL_GetTicks() - clock.start_ticks;
+                                                                       : window_ticks() - clock.start_ticks;
     }
 }
 
+// Says what is wrong with a document, behind the window's end. Returns the exit status.
+static int report_broken(app_window& window, const std::string& line)
+{
+    window_shut_down(window);
+    log_message(0, line.c_str());
+    return 1;
+}
+
 // Without the production's tables: the viewer closed the dialog before there were any.
-static void leave_dialog(player_show& show)
+static void leave_dialog(player_show& show, app_window& window)
 {
     std::puts("Bye!");
     timeline_free(std::exchange(show.production_timeline, nullptr));
-    SDL_Quit();
+    window_shut_down(window);
 }
 
-static void leave_show(player_show& show)
+static void leave_show(player_show& show, app_window& window)
 {
     std::puts("Bye!");
     unload_document(show.production);
     timeline_free(std::exchange(show.production_timeline, nullptr)); // still here when there was no production
-    SDL_Quit();
+    window_shut_down(window);
 }
 
 int run_player(int argc, char** argv)
@@ -200,7 +196,7 @@ int run_player(int argc, char** argv)
     case dialog_started:
         break;
     case dialog_quit:
-        leave_dialog(settings.show);
+        leave_dialog(settings.show, settings.display.window);
         return 0;
     case dialog_failed:
         return 1;
@@ -220,15 +216,16 @@ int run_player(int argc, char** argv)
     // The show.
     {
         owned_tree tree;
-        if (!load_loading_screen(settings.show, settings.display)
-            || !load_production(settings.show, settings.display, settings.clock, tree))
-            return 1;
+        std::string problem;
+        if (!load_loading_screen(settings.show, settings.display, problem)
+            || !load_production(settings.show, settings.display, settings.clock, tree, problem))
+            return report_broken(settings.display.window, problem);
         if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
         unload_document(settings.show.loading);
     }
     start_clock(settings.clock, settings.choices, settings.show.music);
     play(settings);
-    leave_show(settings.show);
+    leave_show(settings.show, settings.display.window);
     return 0;
 }

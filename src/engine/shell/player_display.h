@@ -6,12 +6,14 @@
 
 #include "model/capabilities.h"
 #include "render/frame_plan.h"
+#include "shell/window.h"
 
 #include <cstdint>
 
 struct player_choices;
 
 struct player_display {
+    app_window window;          // the dialog's, then the one that OpenGL draws into
     uint32_t desktop_width = 0; // 0: nobody knows
     uint32_t desktop_height = 0;
     uint32_t screen_width = 0;

@@ -8,7 +8,6 @@
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
 #include <GL/glew.h>
-#include <SDL/SDL.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -166,34 +165,29 @@ static bool open_window(gl_session& session, const render_options& options, std:
 {
     setenv("SDL_AUDIODRIVER", "dummy", 1); // the window needs no sound device
     setenv("SDL_VIDEODRIVER", "x11", 0);   // never a picture of letters in a terminal
-    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
-        problem = std::string("there is no display: ") + SDL_GetError();
+    if (!window_start()) {
+        problem = std::string("there is no display: ") + window_problem();
         return false;
     }
-    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLEBUFFERS, options.samples > 0 ? 1 : 0);
-    SDL_GL_SetAttribute(SDL_GL_MULTISAMPLESAMPLES, static_cast<int>(options.samples));
+    window_ask_for_samples(options.samples);
     session.width = options.width;
     session.height = options.height;
-    constexpr int window_depth = 24; // bits per pixel
-    if (SDL_SetVideoMode(static_cast<int>(options.width), static_cast<int>(options.height), window_depth, SDL_OPENGL)
-        == nullptr) {
-        problem = std::string("no window can be opened: ") + SDL_GetError();
-        SDL_Quit();
+    if (!window_open_opengl(session.window, {options.width, options.height}, false)) {
+        problem = std::string("no window can be opened: ") + window_problem();
+        window_shut_down(session.window);
         return false;
     }
-    SDL_WM_SetCaption("brimlow-render", nullptr);
+    window_name("brimlow-render", nullptr);
     return true;
 }
 
 void session_end_frame(gl_session& session)
 {
-    if (!session.window)
+    if (session.window.surface == nullptr)
         return;
-    SDL_GL_SwapBuffers();
-    SDL_Event event;
-    while (SDL_PollEvent(&event) != 0)
-        session.stop_asked
-            |= event.type == SDL_QUIT || (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_ESCAPE);
+    window_swap(session.window);
+    for (window_event event = window_next_event(); event != window_event_none; event = window_next_event())
+        session.stop_asked |= event == window_event_closed || event == window_event_escape;
 }
 
 // ---- reading ------------------------------------------------------------------------------
@@ -252,7 +246,7 @@ static void begin_drawing()
 {
     init_matrices();
     build_cosine_table();
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    clear_screen_gl();
     set_unchanging_state_gl();
 }
 
@@ -276,7 +270,6 @@ player_choices choices_for(const render_options& options)
 bool session_open(gl_session& session, const render_options& options, player_display& display, std::string& problem)
 {
     session = {};
-    session.window = options.window;
     problem = "this machine offers no OpenGL";
     if (options.window ? !open_window(session, options, problem) : !open_without_display(session, options, problem))
         return false;
@@ -301,8 +294,8 @@ bool session_open(gl_session& session, const render_options& options, player_dis
 
 void session_close(gl_session& session)
 {
-    if (session.window)
-        SDL_Quit();
+    if (session.window.surface != nullptr)
+        window_shut_down(session.window);
     if (session.display != nullptr) {
         eglMakeCurrent(session.display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
         eglTerminate(session.display);

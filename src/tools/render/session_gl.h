@@ -8,12 +8,13 @@
 #include "options.h"
 #include "shell/player_choices.h"
 #include "shell/player_display.h"
+#include "shell/window.h"
 
 #include <cstdint>
 #include <string>
 
 struct gl_session {
-    bool window = false;
+    app_window window;  // none: no frame is shown
     uint32_t width = 0; // of the surface, pixels: the picture's size, or a tile's
     uint32_t height = 0;
     uint32_t samples = 0; // of antialiasing that the driver gave
