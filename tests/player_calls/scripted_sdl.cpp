@@ -13,6 +13,8 @@
 
 constexpr uint32_t most_looks = 20000; // for events, in a run that goes on and on
 
+namespace {
+
 // A picture of the dialog, or the screen. SDL's own surface comes first.
 struct scripted_surface {
     SDL_Surface surface;
@@ -37,6 +39,8 @@ struct scripted_sdl {
     scripted_surface pictures[8];
     Uint8 keys[SDLK_LAST];
 };
+
+} // namespace
 
 static scripted_sdl sdl;
 

@@ -80,6 +80,8 @@ TEST_CASE("capability report: without the vertex buffer option there is no line 
     CHECK(report.caps.pbo == 1);
 }
 
+namespace {
+
 struct pbo_case {
     bool extension;
     bool version_2_1;
@@ -87,6 +89,8 @@ struct pbo_case {
     int expected;
     std::string line;
 };
+
+} // namespace
 
 TEST_CASE("capability report: pixel buffers have four outcomes")
 {
@@ -109,6 +113,8 @@ TEST_CASE("capability report: pixel buffers have four outcomes")
     }
 }
 
+namespace {
+
 struct combiner_case {
     bool nv;
     bool ati;
@@ -117,6 +123,8 @@ struct combiner_case {
     int nv_flag;
     int ati_flag;
 };
+
+} // namespace
 
 TEST_CASE("capability report: the combiner line, and one combiner flag at most")
 {

@@ -15,12 +15,16 @@ static uint32_t number_at(std::span<const uint8_t> file, size_t offset, size_t b
     return value;
 }
 
+namespace {
+
 // A picture's colour numbers, top row first.
 struct indexed_picture {
     int32_t width;
     int32_t height;
     std::vector<uint8_t> index;
 };
+
+} // namespace
 
 static indexed_picture unpack(dialog_image image)
 {

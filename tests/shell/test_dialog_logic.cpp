@@ -5,11 +5,15 @@
 #include <cstddef>
 #include <vector>
 
+namespace {
+
 // A dialog as it opens, driven by presses.
 struct dialog {
     player_choices choices;
     dialog_state state;
 };
+
+} // namespace
 
 static dialog opened()
 {
@@ -163,11 +167,15 @@ TEST_CASE("dialog: columns that match with rows that do not let later regions ha
     CHECK(d.choices.music_enabled == -1);
 }
 
+namespace {
+
 struct box_case {
     int32_t player_choices::*option;
     int32_t top;
     int32_t bottom;
 };
+
+} // namespace
 
 constexpr box_case boxes[] = {
     {&player_choices::fullscreen, 14, 26},

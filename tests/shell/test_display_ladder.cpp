@@ -5,11 +5,15 @@
 #include <string>
 #include <vector>
 
+namespace {
+
 struct climb {
     std::vector<display_step> attempts;
     std::string lines;
     display_step last;
 };
+
+} // namespace
 
 // Walks the ladder with the given outcomes of the attempts.
 static climb walk(const std::vector<bool>& outcomes, bool antialiasing)

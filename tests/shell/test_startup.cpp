@@ -15,11 +15,15 @@
 #include <initializer_list>
 #include <string>
 
+namespace {
+
 // Standard output goes into a temporary file between begin and end.
 struct output_capture {
     FILE* file;
     int saved;
 };
+
+} // namespace
 
 static output_capture capture_begin()
 {
@@ -49,11 +53,15 @@ static std::string value_of(const char* variable)
     return value != nullptr ? value : "(unset)";
 }
 
+namespace {
+
 struct audio_outcome {
     std::string output;
     std::string driver;
     std::string device;
 };
+
+} // namespace
 
 // Runs the fix-up with SDL_AUDIODRIVER as given (null: unset) and AUDIODEV set.
 static audio_outcome fix_with(const char* driver)
@@ -178,11 +186,15 @@ TEST_CASE("startup: a message is its text and a newline on standard output, what
     CHECK(capture_end(capture) == "100 % of it\n\n");
 }
 
+namespace {
+
 // An empty working directory of its own, left and removed again by leave().
 struct work_directory {
     std::filesystem::path before;
     std::filesystem::path here;
 };
+
+} // namespace
 
 static work_directory enter_empty_directory()
 {
@@ -207,11 +219,15 @@ static void put_file(const char* name, const char* content)
     std::fclose(file);
 }
 
+namespace {
+
 struct discovery {
     bool found;
     std::string output;
     std::string content; // of the opened pack
 };
+
+} // namespace
 
 static discovery discover()
 {

@@ -1,7 +1,10 @@
 #include "shell/dialog_logic.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
+
+namespace {
 
 // All bounds are inclusive.
 struct region {
@@ -16,6 +19,8 @@ struct list_row {
     int32_t bottom;
     int16_t highlight_y;
 };
+
+} // namespace
 
 constexpr int32_t resolution_left = 8;
 constexpr int32_t resolution_right = 167;
@@ -44,11 +49,15 @@ constexpr region start_button = {201, 192, 436, 243};
 constexpr int16_t start_image_x = 196;
 constexpr int16_t start_image_y = 188;
 
+namespace {
+
 struct check_box {
     region hit;
     int16_t mark_y;
     int32_t player_choices::*option;
 };
+
+} // namespace
 
 constexpr int16_t mark_x = 279;
 constexpr check_box check_boxes[] = {
@@ -81,10 +90,14 @@ static bool list_hit(const list_row (&rows)[count], int32_t left, int32_t right,
     return row < count;
 }
 
+namespace {
+
 struct press_effect {
     bool start_hit;
     bool toggled;
 };
+
+} // namespace
 
 // The first region that holds the pointer decides. One whose columns match but whose
 // rows do not lets the ones after it have a look.
@@ -167,6 +180,7 @@ template <uint32_t count> static int16_t highlight_y(const list_row (&rows)[coun
 
 static void add_blit(dialog_drawing& drawing, dialog_image image, int16_t x, int16_t y)
 {
+    assert(drawing.count < max_dialog_blits);
     drawing.blits[drawing.count++] = {image, x, y};
 }
 

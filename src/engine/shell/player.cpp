@@ -51,6 +51,7 @@ static void show_loading_frame(document& loading, player_display& display, playe
 // False: `problem` holds the line to print.
 static bool load_loading_screen(player_show& show, const player_display& display, std::string& problem)
 {
+    assert(show.pack != nullptr);
     owned_tree tree;
     timeline* tracks = std::exchange(show.loading_timeline, nullptr);
     return load_document(show.pack, "loading.xmlz", tracks, options_for(display, display.loading_caps, false),
@@ -62,6 +63,7 @@ static bool load_loading_screen(player_show& show, const player_display& display
 static bool load_production(
     player_show& show, player_display& display, player_clock& clock, owned_tree& tree, std::string& problem)
 {
+    assert(show.pack != nullptr && tree == nullptr);
     clock.progress_ticks = window_ticks(); // reading and inflating count towards the first interval
     tree.reset(load_document_tree(show.pack, "demo.xmlz", problem));
     if (tree == nullptr)
@@ -123,6 +125,7 @@ static void print_benchmark(const player_clock& clock)
 
 static void close_pack(player_show& show)
 {
+    assert(show.pack != nullptr);
     std::fclose(show.pack);
     show.pack = nullptr;
 }
