@@ -45,7 +45,11 @@ static mode_t permissions(const std::string& path)
     return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
+namespace {
+
 using strings = std::vector<std::string>;
+
+} // namespace
 
 TEST_CASE("a new file lies beside its place until it is kept")
 {

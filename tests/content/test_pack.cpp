@@ -16,10 +16,14 @@ static const std::string two_entries = std::string("DP\x01", 3)
 
 static const std::string terminator(32, '\0');
 
+namespace {
+
 struct found_entry {
     pack_status status;
     std::string bytes;
 };
+
+} // namespace
 
 static found_entry read(FILE* pack, const char* name)
 {

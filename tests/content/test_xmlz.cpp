@@ -1389,10 +1389,14 @@ static std::string enveloped(uint32_t declared, std::span<const uint8_t> stream)
     return entry + std::string(reinterpret_cast<const char*>(stream.data()), stream.size());
 }
 
+namespace {
+
 struct inflated {
     xmlz_status status;
     std::string content;
 };
+
+} // namespace
 
 // Inflates an allocation of exactly the entry's size.
 static inflated inflate(const std::string& entry)

@@ -77,6 +77,8 @@ TEST_CASE("a music that nothing was asked of stands at time 0")
     CHECK_FALSE(given_up);
 }
 
+namespace {
+
 // The two words of the callback, and a request that comes while they are read: its count is
 // stored before the reading of number `count_at`, its time before that of number `time_at`.
 struct request_words {
@@ -99,6 +101,8 @@ struct watched_word {
         return words->*value;
     }
 };
+
+} // namespace
 
 static latest_request read_while(uint32_t count_at, uint32_t time_at)
 {

@@ -11,6 +11,8 @@ static picture maze(float level, float field, float fullness, uint32_t size = 25
     return generated(generator_maze, {1.0f, 0.5f, 0.0f, level, field, fullness}, size);
 }
 
+namespace {
+
 // The corner bits of a maze of half fullness, worked out from the draws alone: a corner
 // is set above one half. The draw is (state >> 16) & 0x7FFF of the known generator.
 struct corner_bits {
@@ -22,6 +24,8 @@ struct corner_bits {
         return bit[(row % cells) * (cells + 1) + column % cells]; // the grid is periodic
     }
 };
+
+} // namespace
 
 static corner_bits half_full_corners(uint32_t cells, uint32_t seed)
 {

@@ -34,7 +34,11 @@ static std::vector<std::vector<int>> grey_levels(uint32_t width, uint32_t height
     return levels;
 }
 
+namespace {
+
 using grey_rows = std::vector<std::vector<int>>;
+
+} // namespace
 
 TEST_CASE("a 256 x 256 picture has levels 1 to 8, the last two with alignments 2 and 1")
 {

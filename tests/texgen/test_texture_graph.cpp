@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
+namespace {
+
 // A graph of texture nodes on pictures of 2 x 2, all bytes of which are the same.
 struct graph {
     table<texture_node> pool = table_new<texture_node>();
@@ -23,6 +25,8 @@ struct graph {
         table_free(pool);
     }
 };
+
+} // namespace
 
 static texture_node& node_of(graph& g, uint32_t handle)
 {

@@ -29,10 +29,14 @@ static uint32_t loop_time(const animation_function& function, uint32_t time)
     return time;
 }
 
+namespace {
+
 struct segment_place {
     uint32_t segment;
     uint32_t time; // ticks from the segment's start, at most its length
 };
+
+} // namespace
 
 // A boundary belongs to the earlier segment; beyond the last one its end is held.
 static segment_place find_segment(const animation_function& function, uint32_t time)
@@ -54,10 +58,14 @@ constexpr int spline_points = static_cast<int>(max_segment_params) / 2;
 constexpr int first_spline_point = 2;                                     // two padding points lead
 constexpr int last_spline_point = first_spline_point + spline_points - 1; // and two follow
 
+namespace {
+
 struct spline_point {
     long double x;
     long double y;
 };
+
+} // namespace
 
 // The control points with two padding points on either side, made strictly
 // increasing: a point less than one tick after its predecessor moves there and

@@ -8,11 +8,15 @@
 
 // ---- the index -------------------------------------------------------------------
 
+namespace {
+
 // A slot as it stands in the file. What the file lacks is zero.
 struct raw_slot {
     uint8_t bytes[pack_slot_size];
     size_t read; // bytes that were there
 };
+
+} // namespace
 
 static bool seek(FILE* pack, uint64_t offset)
 {

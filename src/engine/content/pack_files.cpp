@@ -59,12 +59,16 @@ static bool name_is_accepted(const char* name)
     return !problem || refuse("the name \"", name, std::string("\" ") + problem);
 }
 
+namespace {
+
 // Which file something is, whatever its path; `known` is false for what is none.
 struct file_identity {
     bool known;
     dev_t device;
     ino_t number;
 };
+
+} // namespace
 
 static file_identity identity(const struct stat& status)
 {
@@ -131,6 +135,8 @@ static owned_file open_source(const std::string& path, uint64_t& size, file_iden
 
 // ---- writing -----------------------------------------------------------------------
 
+namespace {
+
 // One entry to be written: from a file on disk, or from memory.
 struct pack_source {
     const char* name; // the list's
@@ -138,6 +144,8 @@ struct pack_source {
     owned_block<uint8_t> bytes;
     uint64_t size;
 };
+
+} // namespace
 
 static bool prepare_file(pack_source& source, const file_identity& output)
 {

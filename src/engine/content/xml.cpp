@@ -73,6 +73,8 @@ static void append_child(xml_node* parent, xml_node* last_child, xml_node* child
 
 // ---- reading ---------------------------------------------------------------------
 
+namespace {
+
 enum reader_state : uint32_t {
     state_text = 0,   // between tags
     state_opened = 1, // behind "<", before the name
@@ -101,6 +103,8 @@ struct xml_reader {
     uint32_t items_left; // elements and attributes that may still come
     bool exhausted;      // no memory, or too many items: the text counts as ended
 };
+
+} // namespace
 
 static bool is_space(char byte)
 {
@@ -281,6 +285,8 @@ xml_node* xml_parse_bounded(const char* text, uint32_t max_items)
 static constexpr uint32_t fault_max_items = 1u << 20;
 static constexpr size_t fault_max_depth = 64; // elements that a closing tag is compared with
 
+namespace {
+
 struct tag_start {
     const xml_node* node; // whose name is there once its tag has been read
     uint32_t line;
@@ -296,6 +302,8 @@ struct fault_search {
     xml_fault misread; // of a value or a comment
     bool unbalanced;   // a closing tag came while nothing was open
 };
+
+} // namespace
 
 static void note_fault(xml_fault& fault, xml_fault_kind kind, uint32_t line, const char* name, size_t length)
 {
@@ -555,12 +563,16 @@ void xml_free(xml_node* node)
 
 // ---- writing ---------------------------------------------------------------------
 
+namespace {
+
 struct xml_writer {
     char* text;
     uint32_t capacity;
     uint32_t used;
     bool failed;
 };
+
+} // namespace
 
 static void put(xml_writer& writer, const char* piece)
 {

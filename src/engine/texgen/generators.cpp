@@ -15,9 +15,13 @@ constexpr int32_t max_brick_count = 65536; // along one side; bounds the work of
 
 // ---- colours and bytes ----------------------------------------------------------
 
+namespace {
+
 struct color_bytes {
     uint8_t channel[3];
 };
+
+} // namespace
 
 static uint8_t byte_of(double value)
 {
@@ -54,11 +58,15 @@ static double sine(double angle)
 
 // ---- random numbers ---------------------------------------------------------------
 
+namespace {
+
 // A linear congruential generator. Every picture seeds its own, so that it depends
 // on its parameters only.
 struct random_state {
     uint32_t state;
 };
+
+} // namespace
 
 // The low 32 bits of the number as a 64-bit integer; 0 for what does not fit one.
 static random_state seeded_from(float value)
@@ -129,11 +137,15 @@ static void generate_radial_colors(const float* values, uint8_t* pixels, uint32_
 
 // ---- maze -------------------------------------------------------------------------
 
+namespace {
+
 // A grid of corner bits, (cells + 1) x (cells + 1), row after row.
 struct maze_grid {
     uint32_t cells;
     std::unique_ptr<uint8_t[]> bits; // null: no memory
 };
+
+} // namespace
 
 // Every corner takes a draw, also those of the last row and column, which then
 // repeat the first so that the picture tiles.
@@ -153,6 +165,8 @@ static maze_grid random_maze_grid(uint32_t cells, float field, float fullness)
     return grid;
 }
 
+namespace {
+
 // Which table draws a cell, and how it is turned: rows upside down, columns right to
 // left, and then rows and columns exchanged.
 struct maze_cell_plan {
@@ -161,6 +175,8 @@ struct maze_cell_plan {
     bool flip_columns;
     bool transpose;
 };
+
+} // namespace
 
 // By case 8 a + 4 b + 2 c + d of the corners top left, top right, bottom left and
 // bottom right. Table 0 has the top left corner, 1 the bottom pair, 2 the top right
@@ -231,11 +247,15 @@ static void generate_maze(const float* values, uint8_t* pixels, uint32_t size)
 
 // ---- bricks -----------------------------------------------------------------------
 
+namespace {
+
 // One direction of a brick wall.
 struct brick_rhythm {
     float period;   // pixels from joint to joint; infinite without bricks
     int32_t margin; // pixels of mortar on either side of a joint
 };
+
+} // namespace
 
 static brick_rhythm make_rhythm(float count, float margin, uint32_t size)
 {
@@ -243,11 +263,15 @@ static brick_rhythm make_rhythm(float count, float margin, uint32_t size)
     return {static_cast<float>(size) / static_cast<float>(bricks), truncate_to_int(margin)};
 }
 
+namespace {
+
 // Where a pixel lies: in which period, and whether in its brick or in the mortar.
 struct brick_place {
     uint32_t period;
     bool is_brick;
 };
+
+} // namespace
 
 // The position within the period is what repeated subtraction leaves, in extended
 // precision; a division would put the last pixel of many a brick into the next one

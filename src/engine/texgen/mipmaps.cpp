@@ -7,12 +7,16 @@
 #include <new>
 #include <utility>
 
+namespace {
+
 // The pixels of a level that is being reduced.
 struct mipmap_source {
     const uint8_t* pixels;
     size_t row; // bytes
     size_t components;
 };
+
+} // namespace
 
 static uint8_t mean_of_two(const uint8_t* a, const uint8_t* b)
 {

@@ -28,6 +28,8 @@ static uint8_t capped_byte(int32_t value)
 
 // ---- point operations ---------------------------------------------------------------
 
+namespace {
+
 // The pictures of an operation with two sources, as flat bytes.
 struct byte_pair_source {
     const uint8_t* a;
@@ -35,6 +37,8 @@ struct byte_pair_source {
     double scale1; // of a; of the product for the multiplications
     double scale2; // of b
 };
+
+} // namespace
 
 static uint8_t* end_of_picture(uint8_t* pixels, uint32_t size)
 {
@@ -109,6 +113,8 @@ static void offset_picture(const float* values, const uint8_t* a, uint8_t* out, 
             std::memcpy(out, pixel_at(a, size, (x + columns) % size, (y + rows) % size), 3);
 }
 
+namespace {
+
 // A sample's place along one axis: the pixel before it, the one behind it, and how
 // far it lies between them.
 struct sample_place {
@@ -116,6 +122,8 @@ struct sample_place {
     uint32_t behind;
     double fraction; // 0..1
 };
+
+} // namespace
 
 static sample_place place_sample(double position, uint32_t size)
 {
@@ -175,10 +183,14 @@ static void ripple(const float* values, const uint8_t* a, uint8_t* out, uint32_t
     }
 }
 
+namespace {
+
 // Factors of the nine pixels around one, the row above first.
 struct kernel {
     int8_t factor[3][3];
 };
+
+} // namespace
 
 static constexpr kernel box_kernel = {{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}};
 
@@ -189,10 +201,14 @@ static constexpr kernel emboss_kernels[4] = {
     {{{0, 1, 2}, {-1, 1, 1}, {-2, -1, 0}}},
 };
 
+namespace {
+
 // The nine pixels around (x, y), the row above first, wrapping at the edges.
 struct neighbourhood {
     const uint8_t* pixel[3][3];
 };
+
+} // namespace
 
 static neighbourhood neighbours_of(const uint8_t* a, uint32_t size, uint32_t x, uint32_t y)
 {

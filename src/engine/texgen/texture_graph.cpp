@@ -10,6 +10,8 @@
 
 // ---- the walk along `outputs` -------------------------------------------------------
 
+namespace {
+
 // A way through the graph, depth first: each node with the output to look at next. A
 // list instead of recursion, as a chain may be as long as the table. Both walks enter
 // a node at most once, so that the way is never longer than all nodes and the start.
@@ -20,6 +22,8 @@ struct graph_path {
     } step[record_table_capacity + 1];
     uint32_t length;
 };
+
+} // namespace
 
 static void enter_node(graph_path& path, const texture_node& node)
 {
@@ -59,13 +63,18 @@ void mark_waiting(const table<texture_node>& node_pool, texture_node& node)
 
 // ---- one node -----------------------------------------------------------------------
 
+namespace {
+
 struct free_block {
     void operator()(void* block) const
     {
         std::free(block);
     }
 };
+
 using owned_pixels = std::unique_ptr<uint8_t[], free_block>;
+
+} // namespace
 
 // Nodes' pixels are released with free(), so they are taken with calloc().
 static uint8_t* black_pixels(uint32_t size)

@@ -44,6 +44,8 @@ static void set_texture_filter(GLenum target, uint8_t filter)
     set_filters(target, GL_LINEAR, GL_LINEAR_MIPMAP_LINEAR);
 }
 
+namespace {
+
 // One picture in memory, as glTexImage2D takes it.
 struct picture {
     uint32_t width;
@@ -51,6 +53,8 @@ struct picture {
     uint32_t components;
     const uint8_t* pixels;
 };
+
+} // namespace
 
 // Rows without gaps are tight at OpenGL's own alignment of 4 only if their bytes
 // are a multiple of it.

@@ -96,6 +96,8 @@ Takes a document or mesh out of its envelope.
 
 // ---- commands and options --------------------------------------------------------------
 
+namespace {
+
 enum option_id : int32_t { option_force, option_prefix, option_below, option_help, option_version };
 
 struct option_rule {
@@ -103,6 +105,8 @@ struct option_rule {
     option_id id;
     const char* wants; // what its value must be; null: it takes none
 };
+
+} // namespace
 
 static constexpr option_rule option_rules[] = {
     {"-f", option_force, nullptr},
@@ -120,6 +124,8 @@ static constexpr uint32_t bit(option_id id)
     return 1u << id;
 }
 
+namespace {
+
 struct command_rule {
     const char* name;
     const char* help;
@@ -128,6 +134,8 @@ struct command_rule {
     size_t most;
     const char* wants;
 };
+
+} // namespace
 
 static constexpr size_t any_number = SIZE_MAX;
 
@@ -153,11 +161,15 @@ const char* command_name(make_command command)
 
 // ---- arguments -------------------------------------------------------------------------
 
+namespace {
+
 // An argument that is no option, and the folder of the last "-C" before it.
 struct plain_argument {
     std::string text;
     const char* below; // null: none
 };
+
+} // namespace
 
 static std::string as_folder(const std::string& name)
 {

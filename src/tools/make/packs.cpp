@@ -15,11 +15,15 @@
 
 // ---- packs that are there --------------------------------------------------------------
 
+namespace {
+
 struct pack_index {
     owned_file file;
     std::vector<pack_slot> slots; // all, in order
     size_t damaged;               // how many of them do not lie inside the file
 };
+
+} // namespace
 
 static bool is_empty(FILE* file)
 {
@@ -65,7 +69,11 @@ static exit_status report_damage(const std::string& path, const pack_index& pack
 
 // ---- lists of entries --------------------------------------------------------------------
 
+namespace {
+
 using file_list = std::unique_ptr<pack_file_list, decltype([](pack_file_list* list) { pack_file_list_free(list); })>;
+
+} // namespace
 
 static char* copy_text(const std::string& text)
 {
