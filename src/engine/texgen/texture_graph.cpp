@@ -1,12 +1,12 @@
 #include "texgen/texture_graph.h"
 
+#include "content/owners.h"
 #include "texgen/operations.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 
 // ---- the walk along `outputs` -------------------------------------------------------
 
@@ -63,19 +63,6 @@ void mark_waiting(const table<texture_node>& node_pool, texture_node& node)
 
 // ---- one node -----------------------------------------------------------------------
 
-namespace {
-
-struct free_block {
-    void operator()(void* block) const
-    {
-        std::free(block);
-    }
-};
-
-using owned_pixels = std::unique_ptr<uint8_t[], free_block>;
-
-} // namespace
-
 // Nodes' pixels are released with free(), so they are taken with calloc().
 static uint8_t* black_pixels(uint32_t size)
 {
@@ -106,7 +93,7 @@ static void make_pixels(std::span<const generated_image> generated_images, const
         node.pixels = black_pixels(size);
     const uint8_t* a = pixels_of_node(node_pool, node.input1);
     const uint8_t* b = second_source(generated_images, node_pool, node);
-    owned_pixels black;
+    owned_block<uint8_t> black;
     if (a == nullptr || b == nullptr)
         black.reset(black_pixels(size));
     a = a != nullptr ? a : black.get();
