@@ -78,3 +78,15 @@ TEST_CASE("without vertices only what was there is cleared")
     compute_mesh_normals({}, indices, normals);
     CHECK(normals == std::vector<float>(3, 0.0f));
 }
+
+TEST_CASE("the last vertex that an index can name is counted like the first")
+{
+    std::vector<float> positions(3 * 65536);
+    positions[3] = 1; // vertices 0, 1 and 65535 are a triangle in the x-y plane
+    positions[3 * 65535 + 1] = 1;
+    const std::vector<uint16_t> indices = {0, 1, 65535, 0, 1, 65535};
+    std::vector<float> normals(positions.size());
+    compute_mesh_normals(positions, indices, normals);
+    CHECK(normals[2] == 1.0f); // two triangles, averaged
+    CHECK(normals[3 * 65535 + 2] == 1.0f);
+}

@@ -4,7 +4,6 @@
 #include "texgen/cosine_table.h"
 
 #include <cmath>
-#include <vector>
 
 constexpr double steps_per_radian = 651.8986469; // 4096 / (2 pi): entries of the cosine table
 
@@ -93,8 +92,7 @@ void render_plasma(const effect_picture& out, float step)
     const double fx = (0.3 * ca + 0.7) * 9.72684185518603;
     const colour_waves colours = make_colours(cb, cc, t);
 
-    static std::vector<double> column_terms; // keeps its storage from picture to picture
-    column_terms.resize(out.width);
+    double column_terms[max_effect_side];
     for (uint32_t x = 0; x < out.width; ++x)
         column_terms[x] = (1.0 - table_cosine(x * fx)) * 63.0 + 0.06 * t;
 

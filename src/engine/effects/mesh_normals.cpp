@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <vector>
 
-constexpr double shortest_normal = 0.001; // what is shorter is left at its length
+constexpr double shortest_normal = 0.001;      // what is shorter is left at its length
+constexpr size_t max_indexed_vertices = 65536; // what indices of 16 bits can name
 
 struct vector3 {
     double x, y, z;
@@ -41,9 +41,9 @@ static void add_to_normal(float* normal, const vector3& n)
 
 void compute_mesh_normals(std::span<const float> positions, std::span<const uint16_t> indices, std::span<float> normals)
 {
-    const size_t vertex_count = std::min(positions.size(), normals.size()) / 3;
-    static std::vector<uint32_t> triangle_counts; // keeps its storage from frame to frame
-    triangle_counts.assign(vertex_count, 0);
+    const size_t vertex_count = std::min({positions.size() / 3, normals.size() / 3, max_indexed_vertices});
+    uint32_t triangle_counts[max_indexed_vertices]; // of which the first vertex_count are used
+    std::fill_n(triangle_counts, vertex_count, 0u);
     std::fill(normals.begin(), normals.end(), 0.0f);
 
     for (size_t i = 0; i + 3 <= indices.size(); i += 3) {
