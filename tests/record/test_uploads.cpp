@@ -318,6 +318,28 @@ TEST_CASE("the graph's pictures are uploaded in the nodes' own formats, with lev
     CHECK(take_gl_calls() == expected + "glPixelStorei(GL_UNPACK_ALIGNMENT, 4)\n");
 }
 
+// ---- giving back ----------------------------------------------------------------
+
+TEST_CASE("outputs, pictures and cube maps delete their textures once; one that was never made is not deleted")
+{
+    begin_gl_recording();
+    texture_node node = {};
+    image_texture image = {};
+    cube_map cube = {};
+    const auto release = [&] {
+        release_output_texture_gl(node);
+        release_image_texture_gl(image);
+        release_cube_map_gl(cube);
+        return take_gl_calls();
+    };
+    CHECK(release() == "\n");
+    node.texture = 5;
+    image.texture = 7;
+    cube.texture = 9;
+    CHECK(release() == "\nglDeleteTextures(1, [5])\nglDeleteTextures(1, [7])\nglDeleteTextures(1, [9])\n");
+    CHECK(release() == "\n");
+}
+
 // ---- moving pictures ------------------------------------------------------------
 
 static dynamic_texture moving_picture(uint32_t bpp, uint8_t format, uint8_t filter)

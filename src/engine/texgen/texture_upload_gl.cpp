@@ -88,6 +88,13 @@ static void upload_mipmaps(
         glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
 }
 
+static void drop_texture(uint32_t& texture)
+{
+    if (texture != 0)
+        glDeleteTextures(1, &texture);
+    texture = 0;
+}
+
 static void free_pixels(uint8_t*& pixels)
 {
     std::free(pixels);
@@ -113,6 +120,11 @@ void create_output_texture_gl(texture_node& node, const texture_format_table& fo
     upload_base_level(GL_TEXTURE_2D, {generated_size, generated_size, 3, nullptr},
         internal_format_of(formats, node.texture_format), GL_RGB);
     set_texture_filter(GL_TEXTURE_2D, node.texture_filter);
+}
+
+void release_output_texture_gl(texture_node& node)
+{
+    drop_texture(node.texture);
 }
 
 void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats)
@@ -151,6 +163,11 @@ void upload_image_texture_gl(image_texture& image, const texture_format_table& f
     free_pixels(image.level2);
 }
 
+void release_image_texture_gl(image_texture& image)
+{
+    drop_texture(image.texture);
+}
+
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
 {
     const uint32_t format = internal_format_of(formats, cube.texture_format);
@@ -167,6 +184,11 @@ void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
     }
     set_texture_filter(GL_TEXTURE_CUBE_MAP,
         mipmapped || cube.texture_filter == filter_nearest ? cube.texture_filter : uint8_t{filter_linear});
+}
+
+void release_cube_map_gl(cube_map& cube)
+{
+    drop_texture(cube.texture);
 }
 
 void recreate_target_gl(image_texture& image, uint32_t width, uint32_t height)

@@ -3,7 +3,9 @@
 // Called on the render thread with a current context. Pixels stay the caller's
 // unless it says otherwise. Each function leaves the texture it worked on bound and
 // GL_UNPACK_ALIGNMENT at 4. Nothing is reported: what OpenGL refuses (a picture
-// beyond the driver's greatest size) stays empty, and the show goes on.
+// beyond the driver's greatest size) stays empty, and the show goes on. Beside each function
+// that makes a texture stands the one that deletes it and forgets its name: OpenGL unbinds
+// it where it is bound, and twice is harmless.
 #pragma once
 
 #include "model/capabilities.h"
@@ -24,6 +26,7 @@ void build_mipmaps_with_levels(uint32_t width, uint32_t height, const uint8_t* p
 
 // Makes the empty 256 x 256 texture object of an output node, with its filters.
 void create_output_texture_gl(texture_node& node, const texture_format_table& formats);
+void release_output_texture_gl(texture_node& node);
 
 // Uploads every output node of the table that has a texture object: its pixels, or
 // black where it was never computed. Mipmaps are built for filter_mipmaps only: greater
@@ -33,9 +36,13 @@ void upload_generated_textures_gl(const table<texture_node>& texture_table, cons
 // Makes a picture's texture and frees its decoded pixels and ready-made levels.
 void upload_image_texture_gl(image_texture& image, const texture_format_table& formats);
 
+// Of a render target, the texture that was made for it last.
+void release_image_texture_gl(image_texture& image);
+
 // Makes a cube map's texture and frees its faces. Filters as of a picture, levels
 // built face by face; how coordinates wrap is left to the material.
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats);
+void release_cube_map_gl(cube_map& cube);
 
 // Replaces a render target's texture by an empty (black) RGB one of the given size,
 // both filters linear. Its internal format is literally 3, the old way to say RGB.
