@@ -3,8 +3,6 @@
 #include "content/xml.h"
 #include "effects/manipulator.h"
 #include "render/compositor_gl.h"
-#include "render/mesh_buffers_gl.h"
-#include "render/shader_program_gl.h"
 #include "shell/loading.h"
 
 #include <GL/glew.h>
@@ -449,11 +447,6 @@ small_show::small_show(const show_text& text, bool shader_path)
 
 small_show::~small_show()
 {
-    for (auto [handle, material] : d.material_table)
-        if (material.program != nullptr)
-            release_shader_gl(*material.program);
-    for (auto [handle, mesh] : d.mesh_table)
-        release_mesh_buffers_gl(mesh.arrays);
     unload_document(d);
     reset_rippler_cache();
 }

@@ -132,6 +132,29 @@ document_free_generated_images()
             + image + freed);
 }
 
+TEST_CASE("the loading screen's OpenGL objects stay, as the show may be drawn with them; the show's go at its end")
+{
+    const played_run run = play(started(0), {.has_loading = true, .is_complete = true});
+    // The loading screen has textures 1 to 4, shaders 201 and 202, program 301.
+    CHECK(lines_of(run.calls, {"glDelete", "document_free(", "compose_frame(production", "| Bye", "SDL_Quit"})
+        == "\ndocument_free(loading.xmlz)\n" + over + R"(| Bye!
+glDeleteTextures(1, [5])
+glDeleteBuffers(1, [101])
+glDeleteBuffers(1, [102])
+glDeleteBuffers(1, [103])
+glDeleteBuffers(1, [104])
+glDeleteTextures(1, [6])
+glDeleteBuffers(1, [105])
+glDeleteTextures(1, [7])
+glDeleteTextures(1, [8])
+glDeleteProgram(302)
+glDeleteShader(203)
+glDeleteShader(204)
+document_free(demo.xmlz)
+SDL_Quit()
+)");
+}
+
 TEST_CASE("a pack without a production has an empty show, which is over at once")
 {
     const played_run run = play(started(0), {.has_production = false});

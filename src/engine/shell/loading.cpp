@@ -164,9 +164,64 @@ bool load_document(FILE* pack, const char* name, timeline* tracks, const loading
     return loaded;
 }
 
-void unload_document(document& d)
+// ---- unloading ----------------------------------------------------------------------
+
+static void release_gl(texture_node& node)
+{
+    release_output_texture_gl(node);
+}
+
+static void release_gl(mesh_record& mesh)
+{
+    release_mesh_buffers_gl(mesh.arrays);
+}
+
+static void release_gl(dynamic_texture& texture)
+{
+    release_dynamic_texture_gl(texture);
+}
+
+static void release_gl(image_texture& image)
+{
+    release_image_texture_gl(image);
+}
+
+static void release_gl(cube_map& cube)
+{
+    release_cube_map_gl(cube);
+}
+
+static void release_gl(material_record& material)
+{
+    if (material.program != nullptr)
+        release_shader_gl(*material.program);
+}
+
+// Records without OpenGL objects. Every kind is named, so that a new one is asked what it has.
+static void release_gl(animation_function&) { }
+static void release_gl(value_record&) { }
+static void release_gl(font_record&) { }
+static void release_gl(object_reference&) { }
+static void release_gl(mesh_effect&) { }
+static void release_gl(scene_record&) { }
+
+void release_document_gl(document& d)
+{
+    for_each_table(d, [](auto& records) {
+        for (auto [handle, record] : records)
+            release_gl(record);
+    });
+}
+
+void unload_document_memory(document& d)
 {
     for (auto [handle, effect] : d.effect_table)
         free_mesh_effect(effect);
     document_free(d);
+}
+
+void unload_document(document& d)
+{
+    release_document_gl(d);
+    unload_document_memory(d);
 }

@@ -47,6 +47,18 @@ bool document_loader_run(document_loader& loader);
 bool load_document(FILE* pack, const char* name, timeline* tracks, const loading_options& options, document& target,
     owned_tree& tree, std::string& problem);
 
-// Frees a document that was loaded: the states of its mesh effects and dynamic textures, its
-// tables and its timeline. OpenGL objects go with the context. A second call does nothing.
+// Deletes all OpenGL objects of a document (textures, buffers, programs and their shaders) and
+// forgets their names; the states of its dynamic textures go with them. Twice is harmless. Needs the
+// context that they were made in. Of what is still in use there, textures and buffers are unbound
+// at once, and a program goes when another one is made current: nothing may be drawn with the state as
+// it stands any more, and whoever remembers what is bound has to forget it.
+void release_document_gl(document& d);
+
+// Frees the memory of a document: the states of its mesh effects and dynamic textures, its
+// tables and its timeline. OpenGL objects stay until the context goes, and with them the state
+// as it stands. So goes the loading screen, as the first meshes of the show may be drawn with
+// what it left. A second call does nothing.
+void unload_document_memory(document& d);
+
+// Both. A second call does nothing.
 void unload_document(document& d);

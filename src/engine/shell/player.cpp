@@ -225,7 +225,7 @@ int run_player(int argc, char** argv)
             return report_broken(settings.display.window, problem);
         if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
-        unload_document(settings.show.loading);
+        unload_document_memory(settings.show.loading); // its OpenGL objects may be seen in the show's first frames
     }
     start_clock(settings.clock, settings.choices, settings.show.music);
     play(settings);

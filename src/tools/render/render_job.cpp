@@ -687,7 +687,7 @@ static exit_status run_production(render_job& job)
     std::string warning;
     if (!load_show(job.settings, job.files, problem, warning))
         return fail_to_load(problem);
-    unload_document(job.settings.show.loading);
+    unload_document_memory(job.settings.show.loading); // as the player does: its state may be seen
     if (!warning.empty())
         job.warnings.push_back(warning);
     exit_status status = choose_frames(job);
@@ -732,6 +732,8 @@ exit_status run_render(const render_options& options, int output)
         return status;
     status = run_session(job);
     std::fflush(stdout);
+    unload_document(job.settings.show.loading);
+    unload_document(job.settings.show.production);
     session_close(job.session);
     return status;
 }
