@@ -1,8 +1,9 @@
-// Looking entries up, and lists of names. Packs are put together by hand.
+// Looking entries up. Packs are put together by hand.
 #define _FILE_OFFSET_BITS 64
 
 #include "content/pack.h"
 #include "content_files.h"
+#include "editing/pack_files.h"
 
 #include <doctest/doctest.h>
 #include <string>
@@ -243,14 +244,6 @@ TEST_CASE("offsets that leave the pack are damage and no miss")
     CHECK(status_of_range(0xFFFFFFFFu, 0xFFFFFFFFu) == pack_damaged);
 }
 
-TEST_CASE("a damaged entry is null for those who need no reason")
-{
-    const pack_stream pack("DP\x01" + slot_bytes("x", 75, 85) + terminator + "0123456789");
-    uint32_t size = 77;
-    CHECK(pack_find_entry(pack.file, "x", &size) == nullptr);
-    CHECK(size == 77);
-}
-
 TEST_CASE("an index without a terminator ends at the end of the file with one line")
 {
     const std::string index = "DP\x01" + slot_bytes("x", 0, 2) + slot_bytes("y", 0, 1);
@@ -301,27 +294,6 @@ TEST_CASE("entries beyond 2 GiB are read on every word size")
     std::fclose(pack);
 }
 
-TEST_CASE("a texture's other form is asked for with its last three letters replaced")
-{
-    const pack_stream pack(
-        "DP\x01" + slot_bytes("rock.ktx", 115, 117) + slot_bytes("ktx", 118, 118) + terminator + "abcd");
-    uint32_t size = 0;
-    void* bytes = pack_find_entry_ktx(pack.file, "rock.png", &size);
-    REQUIRE(bytes);
-    CHECK(size == 3);
-    std::free(bytes);
-    bytes = pack_find_entry_ktx(pack.file, "png", &size);
-    REQUIRE(bytes);
-    CHECK(size == 1);
-    std::free(bytes);
-    size = 77;
-    CHECK(pack_find_entry_ktx(pack.file, "stone.png", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, "ab", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, "", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, nullptr, &size) == nullptr);
-    CHECK(size == 77);
-}
-
 TEST_CASE("slots tell where their entries are")
 {
     const pack_stream pack("DP\x01" + slot_bytes("x", 115, 117) + slot_bytes("y", 115, 200) + terminator + "abc");
@@ -355,120 +327,4 @@ TEST_CASE("an index ends with a whole empty name")
     }
     const pack_stream bare(two_entries.substr(0, 115));
     CHECK(pack_index_ends(bare.file, 2));
-}
-
-// ---- lists -------------------------------------------------------------------------
-
-static std::string names_of(const pack_file_list* list)
-{
-    std::string names;
-    for (; list && list->name; list = list->next)
-        names += std::string(list->name) + "," + (list->source_dir ? list->source_dir : "-") + ";";
-    return names + (list ? "" : "no end");
-}
-
-static pack_file_list* list_of_three()
-{
-    pack_file_list* list = pack_file_list_new();
-    pack_file_list_append(list, strdup("a"), strdup("dir/"));
-    pack_file_list_append(list, strdup("b"), nullptr);
-    pack_file_list_append(list, strdup("c"), strdup(""));
-    return list;
-}
-
-TEST_CASE("names are listed in index order, duplicates too")
-{
-    const std::string full(32, 'n');
-    const pack_stream pack("DP\x01" + slot_bytes("b", 0, 0) + slot_bytes("a", 0, 0) + slot_bytes("b", 0, 0)
-        + slot_bytes(full, 0, 0) + terminator);
-    pack_file_list* list = pack_list_names(pack.file);
-    CHECK(names_of(list) == "b,-;a,-;b,-;" + full + ",-;");
-    pack_file_list_free(list);
-}
-
-TEST_CASE("the names of an empty pack and of no pack are an empty list")
-{
-    const pack_stream pack("DP\x01" + terminator);
-    pack_file_list* list = pack_list_names(pack.file);
-    CHECK(names_of(list) == "");
-    pack_file_list_free(list);
-    list = pack_list_names(nullptr);
-    CHECK(names_of(list) == "");
-    pack_file_list_free(list);
-}
-
-TEST_CASE("the names of an index without a terminator end with a line")
-{
-    const pack_stream pack("DP\x01" + slot_bytes("x", 0, 0) + "yy");
-    pack_file_list* list = nullptr;
-    CHECK(printed_on(stdout, [&] { list = pack_list_names(pack.file); }) == "unexpected error\n");
-    CHECK(names_of(list) == "x,-;");
-    pack_file_list_free(list);
-}
-
-TEST_CASE("a new list is one empty node")
-{
-    pack_file_list* list = pack_file_list_new();
-    CHECK(list->name == nullptr);
-    CHECK(list->source_dir == nullptr);
-    CHECK(list->next == nullptr);
-    pack_file_list_free(list);
-}
-
-TEST_CASE("appending keeps the strings and returns the new end of the list")
-{
-    pack_file_list* list = pack_file_list_new();
-    char* name = strdup("a");
-    char* directory = strdup("dir/");
-    pack_file_list* last = pack_file_list_append(list, name, directory);
-    CHECK(list->name == name);
-    CHECK(list->source_dir == directory);
-    CHECK(list->next == last);
-    CHECK(last->name == nullptr);
-    CHECK(pack_file_list_append(list, strdup("b"), nullptr) == last->next);
-    CHECK(pack_file_list_append(list, nullptr, strdup("freed")) == last->next);
-    CHECK(names_of(list) == "a,dir/;b,-;");
-    pack_file_list_free(list);
-}
-
-TEST_CASE("removing takes one entry out and returns the head")
-{
-    pack_file_list* list = list_of_three();
-    pack_file_list* head = list;
-    CHECK(pack_file_list_remove(list, 1) == head);
-    CHECK(names_of(list) == "a,dir/;c,;");
-    pack_file_list* second = list->next;
-    list = pack_file_list_remove(list, 0);
-    CHECK(list == second);
-    CHECK(names_of(list) == "c,;");
-    list = pack_file_list_remove(list, 0);
-    CHECK(names_of(list) == "");
-    pack_file_list_free(list);
-}
-
-TEST_CASE("removing what is not there says so and changes nothing")
-{
-    pack_file_list* list = list_of_three();
-    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(list, 3) == list); }) == "Error: index not found!\n");
-    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(list, 4) == list); }) == "Error: index not found!\n");
-    CHECK(names_of(list) == "a,dir/;b,-;c,;");
-    pack_file_list_free(list);
-    pack_file_list* empty = pack_file_list_new();
-    CHECK(printed_on(stdout, [&] { CHECK(pack_file_list_remove(empty, 0) == empty); }) == "Error: index not found!\n");
-    pack_file_list_free(empty);
-}
-
-TEST_CASE("clearing keeps the head as an empty list")
-{
-    pack_file_list* list = list_of_three();
-    pack_file_list_clear(list);
-    CHECK(list->name == nullptr);
-    CHECK(list->source_dir == nullptr);
-    CHECK(list->next == nullptr);
-    pack_file_list_clear(list);
-    pack_file_list_append(list, strdup("d"), nullptr);
-    CHECK(names_of(list) == "d,-;");
-    pack_file_list_free(list);
-    pack_file_list_free(nullptr);
-    pack_file_list_clear(nullptr);
 }

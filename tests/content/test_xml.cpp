@@ -2,6 +2,7 @@
 // (name attribute=[value] 'text' (child) ...), "~" standing for null.
 #include "content/xml.h"
 #include "content_files.h"
+#include "editing/xml_edit.h"
 
 #include <doctest/doctest.h>
 #include <string>

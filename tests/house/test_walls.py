@@ -11,6 +11,7 @@ import subprocess
 import sys
 
 ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']
+SIDE_ROOMS = {'editing': ['content', 'model']}  # for the tools alone: no room includes it, and what it may include
 GROUND = {'render/matrix.h'}            # plain numbers, part of the ground floor
 DEVICES = {'_gl.cpp': re.compile(r'(?:GL/|GLES|EGL/|glew)', re.I),  # by the end of the names of files that may use them
            '_sdl.cpp': re.compile(r'SDL', re.I)}
@@ -51,11 +52,17 @@ def check_devices(root):
 def check_includes(engine):
     wrong = []
     for room, name, text in sources(engine):
-        if room not in ROOMS:
+        if room not in ROOMS and room not in SIDE_ROOMS:
             wrong.append('%s/%s: "%s" is no room of the house' % (room, name, room))
             continue
         for included in INCLUDE.findall(text):
             other = included.split('/')[0]
+            if room in SIDE_ROOMS:
+                if other in ROOMS and other not in SIDE_ROOMS[room]:
+                    wrong.append('%s/%s: includes %s, of which %s knows nothing' % (room, name, included, room))
+                continue
+            if other in SIDE_ROOMS:
+                wrong.append('%s/%s: includes %s, which is for the tools alone' % (room, name, included))
             if other in ROOMS and ROOMS.index(other) > ROOMS.index(room) and included not in GROUND:
                 wrong.append('%s/%s: includes %s, which lies above it' % (room, name, included))
             if other == 'render' and included in GROUND and room in ('content', 'anim', 'model', 'music'):

@@ -1,6 +1,7 @@
 // What a document must say: every attribute and every number, each taken out of its place
 // alone; and the exact words that make a value dynamic or static.
 #include "document_text.h"
+#include "editing/xml_edit.h"
 
 #include <cstring>
 #include <doctest/doctest.h>

@@ -1,10 +1,7 @@
-// Reading packs, and the lists of names. Writing is in pack_files.cpp.
-
 #include "content/pack.h"
 #include "content/owners.h"
 
 #include <cstring>
-#include <string>
 
 // ---- the index -------------------------------------------------------------------
 
@@ -136,21 +133,6 @@ pack_status pack_read_entry(FILE* pack, const char* name, uint8_t** bytes, uint3
     return status;
 }
 
-void* pack_find_entry(FILE* pack, const char* name, uint32_t* out_size)
-{
-    uint8_t* bytes = nullptr;
-    return pack_read_entry(pack, name, &bytes, out_size) == pack_found ? bytes : nullptr;
-}
-
-void* pack_find_entry_ktx(FILE* pack, const char* name, uint32_t* out_size)
-{
-    if (!name || std::strlen(name) < 3)
-        return nullptr;
-    std::string other_name = name;
-    other_name.replace(other_name.size() - 3, 3, "ktx");
-    return pack_find_entry(pack, other_name.c_str(), out_size);
-}
-
 bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot)
 {
     if (!pack || !seek(pack, slot_offset(index)))
@@ -186,97 +168,4 @@ pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** by
     if (!pack)
         return pack_missing;
     return slot.damaged ? pack_damaged : read_range(pack, slot.start, slot.size, bytes);
-}
-
-// ---- lists -----------------------------------------------------------------------
-
-pack_file_list* pack_list_names(FILE* pack)
-{
-    pack_file_list* list = pack_file_list_new();
-    pack_file_list* last = list;
-    if (!pack || !seek(pack, pack_index_offset))
-        return list;
-    while (last) {
-        const raw_slot slot = read_raw_slot(pack);
-        if (slot.read < pack_name_size)
-            std::puts("unexpected error");
-        if (slot.read < pack_name_size || slot.bytes[0] == 0)
-            break;
-        char* name = static_cast<char*>(std::calloc(1, pack_name_size + 1));
-        if (!name)
-            break;
-        std::memcpy(name, slot.bytes, pack_name_size);
-        last = pack_file_list_append(last, name, nullptr);
-    }
-    return list;
-}
-
-pack_file_list* pack_file_list_new()
-{
-    return static_cast<pack_file_list*>(std::calloc(1, sizeof(pack_file_list)));
-}
-
-static void free_strings(pack_file_list* node)
-{
-    std::free(node->name);
-    std::free(node->source_dir);
-    node->name = nullptr;
-    node->source_dir = nullptr;
-}
-
-pack_file_list* pack_file_list_append(pack_file_list* list, char* name, char* source_dir)
-{
-    pack_file_list* last = list;
-    while (last && last->name)
-        last = last->next;
-    pack_file_list* new_last = last && name ? pack_file_list_new() : nullptr;
-    if (!new_last) { // nothing to append, nowhere, or no memory: the strings are ours to free all the same
-        std::free(name);
-        std::free(source_dir);
-        return last;
-    }
-    last->name = name;
-    last->source_dir = source_dir;
-    last->next = new_last;
-    return new_last;
-}
-
-pack_file_list* pack_file_list_remove(pack_file_list* list, uint32_t index)
-{
-    pack_file_list* before = nullptr;
-    pack_file_list* node = list;
-    for (; node && node->name && index > 0; --index) {
-        before = node;
-        node = node->next;
-    }
-    if (!node || !node->name) {
-        std::puts("Error: index not found!");
-        return list;
-    }
-    pack_file_list* next = node->next;
-    free_strings(node);
-    std::free(node);
-    if (!before)
-        return next;
-    before->next = next;
-    return list;
-}
-
-void pack_file_list_free(pack_file_list* list)
-{
-    while (list) {
-        pack_file_list* next = list->next;
-        free_strings(list);
-        std::free(list);
-        list = next;
-    }
-}
-
-void pack_file_list_clear(pack_file_list* list)
-{
-    if (!list)
-        return;
-    free_strings(list);
-    pack_file_list_free(list->next);
-    list->next = nullptr;
 }

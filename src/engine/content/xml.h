@@ -1,4 +1,5 @@
-// Element trees: a small permissive XML reader, queries, edits, and a writer.
+// Element trees: a small permissive XML reader, and queries. They are changed and written by
+// editing/xml_edit.
 //
 // The reader knows no entities, no namespaces, no validation and no errors: every
 // text gives some tree. A node owns its strings, its attributes and everything
@@ -17,7 +18,7 @@ struct xml_attribute {
 
 struct xml_node {
     char* name;                // owned; null for the root, and for a tag that the text breaks off before its name
-    xml_attribute* attributes; // owned, in document order, duplicates kept; append through xml_set_attribute only
+    xml_attribute* attributes; // owned, in document order, duplicates kept; append through xml_append_attribute only
     int32_t attribute_count;
     char* text;             // owned; null: none. Only elements without child elements have text
     xml_node* next_sibling; // owned by the parent; null: the last
@@ -73,43 +74,13 @@ struct xml_fault {
 // 2^20 elements and attributes.
 xml_fault xml_find_fault(const char* text);
 
-// Parses a whole file. Null when it cannot be read or is larger than 256 MiB.
-xml_node* xml_load_file(const char* path);
-
 // The value of the first attribute of that name (case-sensitive); null when there
 // is none, it has no value, or `node` is null. Valid until the attribute is set.
 const char* xml_get_attribute(const xml_node* node, const char* name);
 
-// Replaces the value of the first attribute of that name, or appends a new one.
-// `value` is copied and may be null (no value). The stored copy, or null.
-char* xml_set_attribute(xml_node* node, const char* name, const char* value);
-char* xml_set_attribute_u32(xml_node* node, const char* name, uint32_t value); // "%u"
-char* xml_set_attribute_i32(xml_node* node, const char* name, int32_t value);  // "%d"
-char* xml_set_attribute_f32(xml_node* node, const char* name, float value);    // "%f", cut at 31 bytes
-
-// A detached node; `name` is copied and may be null.
-xml_node* xml_new_node(const char* name);
-
-// A new node behind the parent's last child; walks over the children.
-xml_node* xml_add_child(xml_node* parent, const char* name);
-
-// Replaces the text by a copy; null removes it.
-void xml_set_text(xml_node* node, const char* text);
-void xml_set_text_u32(xml_node* node, uint32_t value);      // "%u"
-void xml_set_text_f32(xml_node* node, float value);         // "%f", cut at 31 bytes
-void xml_set_text_f32_precise(xml_node* node, float value); // "%.12f", cut at 31 bytes
-
 // Frees the node, its strings and attributes, and every descendant; its siblings
 // and the link that leads to it stay. Null does nothing.
 void xml_free(xml_node* node);
-
-// The text of the node and its subtree in a new zero-terminated block (free() it),
-// two blanks per level, nothing escaped. An element with text is written without
-// its children. Every piece goes through buffer_printf and is cut at 4095 bytes,
-// an element's text together with its closing tag being one piece. A nameless
-// node is written as "<", and ends with "/>" or "</>". Null for null, and when the
-// text would pass text_buffer_max_capacity or memory runs out.
-char* xml_write(const xml_node* node);
 
 // A tree that is freed at the end of its scope.
 struct free_tree {

@@ -4,6 +4,7 @@
 #include "content/owners.h"
 #include "content/pack.h"
 #include "content/printable.h"
+#include "editing/pack_files.h"
 
 #include <algorithm>
 #include <cerrno>

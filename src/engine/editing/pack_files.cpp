@@ -1,4 +1,4 @@
-// Writing packs, and taking them apart into files.
+#include "editing/pack_files.h"
 
 #include "content/file_bytes.h"
 #include "content/new_file.h"
@@ -17,6 +17,23 @@
 #include <vector>
 
 static constexpr uint64_t offset_count = uint64_t{1} << 32; // what 32-bit offsets can tell apart
+
+// ---- single entries ----------------------------------------------------------------
+
+void* pack_find_entry(FILE* pack, const char* name, uint32_t* out_size)
+{
+    uint8_t* bytes = nullptr;
+    return pack_read_entry(pack, name, &bytes, out_size) == pack_found ? bytes : nullptr;
+}
+
+void* pack_find_entry_ktx(FILE* pack, const char* name, uint32_t* out_size)
+{
+    if (!name || std::strlen(name) < 3)
+        return nullptr;
+    std::string other_name = name;
+    other_name.replace(other_name.size() - 3, 3, "ktx");
+    return pack_find_entry(pack, other_name.c_str(), out_size);
+}
 
 // ---- what is said ------------------------------------------------------------------
 

@@ -1,4 +1,6 @@
 // Writing packs and taking them apart.
+#include "editing/pack_files.h"
+
 #include "content/pack.h"
 #include "content_files.h"
 

@@ -1,6 +1,7 @@
 // Editing and writing element trees.
+#include "editing/xml_edit.h"
+
 #include "content/text_buffer.h"
-#include "content/xml.h"
 
 #include <cfloat>
 #include <cstdlib>
