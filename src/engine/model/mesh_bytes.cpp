@@ -1,6 +1,5 @@
 #include "model/mesh_bytes.h"
 
-#include "model/document.h"
 #include "model/read_element.h"
 
 #include <cstring>
@@ -43,9 +42,4 @@ std::string lay_out_mesh(uint8_t* data, uint32_t size, mesh_arrays& arrays)
     arrays.normals = floats + (3 + 2 * sets) * vertices;
     arrays.indices = reinterpret_cast<uint16_t*>(data + mesh_header_size + vertex_bytes);
     return "";
-}
-
-bool mesh_from_bytes(uint8_t* data, uint32_t size, mesh_arrays& arrays)
-{
-    return lay_out_mesh(data, size, arrays).empty();
 }

@@ -14,7 +14,9 @@
 #include <cstdint>
 #include <string>
 
-// Lays `arrays` over the `size` bytes at `data`, which is aligned for floats and stays
-// the caller's, and checks them (see mesh_from_bytes). Empty when they are a mesh, else
-// what is wrong: "index 9 passes its 4 vertices".
+// Lays `arrays` over the `size` inflated bytes at `data`, which is aligned for floats and stays
+// the caller's. Empty when they are a mesh, else what is wrong ("index 9 passes its 4 vertices"):
+// counts and size that disagree, a number of coordinate sets that is not 1..3, an index that
+// passes the vertices. V = 0 without indices is an empty mesh. An odd last byte and one or two
+// left-over indices are dropped.
 std::string lay_out_mesh(uint8_t* data, uint32_t size, mesh_arrays& arrays);

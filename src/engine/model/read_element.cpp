@@ -138,16 +138,6 @@ static parsed<float> parse_real(const char* text)
     return {value, rest, rest != text, std::isfinite(value)};
 }
 
-int32_t int_of_text(const char* text)
-{
-    return parse_int(text).value;
-}
-
-float real_of_text(const char* text)
-{
-    return parse_real(text).value;
-}
-
 // Whether nothing but blanks or a comment stands there. Behind whole numbers a point and
 // zeros are nothing either: tools write them so.
 static bool is_nothing(const char* rest, bool whole)

@@ -59,9 +59,6 @@ std::string quoted(const char* text);
 // Numbers with something else behind their digits, without digits, beyond 32 bits or not
 // finite are read all the same, and warned about.
 
-int32_t int_of_text(const char* text);
-float real_of_text(const char* text);
-
 // The attribute's text; null, and a fatal problem, when it is missing or without a value. Of
 // several the first one counts, with a warning.
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute);

@@ -539,14 +539,6 @@ shader_program* new_shader_program()
     return program;
 }
 
-void free_shader_program(shader_program* program)
-{
-    if (program == nullptr)
-        return;
-    clear_program_texts(*program);
-    std::free(program);
-}
-
 void generate_shader(
     material_record& material, const table<value_record>& value_records, const shader_unit units[texture_unit_count])
 {

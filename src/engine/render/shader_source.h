@@ -23,11 +23,8 @@ void resolve_shader_units(const material_record& material, const table<object_re
     const table<dynamic_texture>& dynamic_texture_table, const table<cube_map>& cube_map_table,
     shader_unit units[texture_unit_count]);
 
-// A new, empty program record (owned by the material; free_shader_program).
+// A new, empty program record (owned by the material; document_free).
 shader_program* new_shader_program();
-
-// Frees the texts and the record. OpenGL names are released before.
-void free_shader_program(shader_program* program);
 
 // Writes both texts and the uniform functions into material.program, which is made
 // when it is null. Materials with a program of their own (enable_glsl not 0 and both texts

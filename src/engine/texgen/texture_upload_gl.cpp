@@ -139,7 +139,7 @@ void upload_generated_textures_gl(const table<texture_node>& texture_table, cons
         glBindTexture(GL_TEXTURE_2D, node.texture);
         upload_base_level(GL_TEXTURE_2D, base, format, GL_RGB);
         if (node.texture_filter == filter_mipmaps)
-            upload_mipmaps(GL_TEXTURE_2D, base, format, nullptr, nullptr);
+            build_mipmaps(base.width, base.height, base.pixels, base.components, format);
     }
 }
 
@@ -156,7 +156,8 @@ void upload_image_texture_gl(image_texture& image, const texture_format_table& f
     } else {
         set_texture_filter(GL_TEXTURE_2D, image.texture_filter);
         if (image.texture_filter >= filter_mipmaps)
-            upload_mipmaps(GL_TEXTURE_2D, base, image.format, image.level1, image.level2);
+            build_mipmaps_with_levels(
+                image.width, image.height, image.pixels, image.components, image.format, image.level1, image.level2);
     }
     free_pixels(image.pixels);
     free_pixels(image.level1);
