@@ -481,6 +481,52 @@ class CommandLineTest(RenderTest):
         self.assertRegex(errors[0], '^Error: there is no display: .*')
 
 
+class CompletionTest(RenderTest):
+    """What bash offers for a line that ends at the cursor."""
+    SCRIPT = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'docs', 'completion',
+                          'brimlow-render.bash')
+
+    def offered(self, line):
+        run = subprocess.run(['bash', '-uc', 'source "$0"; COMP_LINE=$1 COMP_POINT=${#1}; _brimlow_render; '
+                              'printf "%s\\n" "${COMPREPLY[@]}"', self.SCRIPT, line], cwd=self.folder,
+                             stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True, timeout=60)
+        self.assertEqual(run.stderr, b'')
+        return sorted(run.stdout.decode().split())
+
+    def test_names_of_options(self):
+        self.assertEqual(self.offered('brimlow-render --s'), ['--samples', '--seed', '--shots', '--size'])
+        self.assertEqual(self.offered('brimlow-render --flashes --ver'), ['--verbose', '--version'])
+        in_help = set(re.findall('--[a-z-]+', ' '.join(re.findall('^  .{23}', self.done('--help')[0].decode(), re.M))))
+        self.assertEqual(set(self.offered('build/native/brimlow-render -')), in_help)
+        self.assertEqual(self.offered('brimlow-render --wobble'), [])
+
+    def test_values_that_are_words(self):
+        self.assertEqual(self.offered('brimlow-render --path '), ['fixed', 'glsl'])
+        self.assertEqual(self.offered('brimlow-render --path=g'), ['glsl'])
+        self.assertEqual(self.offered('brimlow-render demo.dpk --aspect 4'), ['4:3'])
+        # Bash replaces what stands behind the last colon or equals sign.
+        self.assertEqual(self.offered('brimlow-render --aspect 16:'), ['10', '9'])
+        self.assertEqual(self.offered('brimlow-render --aspect=16:1'), ['10'])
+        self.assertEqual(self.offered('brimlow-render --caps no-vbo,no-c'),
+                         ['no-vbo,no-combine3', 'no-vbo,no-combine4', 'no-vbo,no-compression'])
+        self.assertEqual(self.offered('brimlow-render --caps no-vbo,units='), ['1', '2', '3', '4'])
+        self.assertEqual(self.offered('brimlow-render --size '), [])
+
+    def test_files_are_those_that_suit(self):
+        os.makedirs(self.path('shows.dpk'))
+        os.mkdir(self.path('kept'))
+        for name in ('demo.dpk', 'sheet.png', 'times.json', 'shows.dpk/a.dpk'):
+            with open(self.path(name), 'w'):
+                pass
+        packs, everything = ['demo.dpk', 'kept', 'shows.dpk'], ['demo.dpk', 'kept', 'sheet.png', 'shows.dpk', 'times.json']
+        for line, found in (('', packs), ('--flashes ', packs), ('-y d', ['demo.dpk']), ('shows.dpk/', ['shows.dpk/a.dpk']),
+                            ('-o ', everything), ('--output=s', ['sheet.png', 'shows.dpk']), ('--times t', ['times.json']),
+                            ('--contact-sheet ', ['kept', 'sheet.png', 'shows.dpk']),
+                            ('--compare ', ['kept', 'shows.dpk']), ('--shots k', ['kept'])):
+            with self.subTest(line=line):
+                self.assertEqual(self.offered('brimlow-render ' + line), found)
+
+
 class PictureTest(RenderTest):
     def test_the_first_pack_of_the_folder_is_taken_or_the_one_that_is_named(self):
         two_colours().write(self.folder)

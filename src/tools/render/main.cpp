@@ -1,5 +1,6 @@
 // brimlow-render: renders a production frame by frame.
 
+#include "option_pages.h"
 #include "render_job.h"
 #include "words.h"
 
@@ -34,10 +35,10 @@ static int take_standard_output(bool verbose)
     return output;
 }
 
-static int print(const char* text)
+static int print(const std::string& text)
 {
     errno = 0;
-    if (std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0)
+    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0)
         return exit_done;
     say(std::string("Error: cannot write to standard output: ") + std::strerror(errno) + ".");
     return exit_broken;
@@ -56,7 +57,7 @@ int main(int argc, char** argv)
         return exit_usage;
     }
     if (options.help || options.version)
-        return print(options.help ? help_text : "brimlow-render 1.0\n");
+        return print(options.help ? help_text() : "brimlow-render 1.0\n");
     if (options.kind == output_stream && isatty(STDOUT_FILENO) != 0) {
         say("Error: raw video goes into a pipe or a file, not to a terminal: write \"| ffplay -\" behind it.");
         return exit_usage;

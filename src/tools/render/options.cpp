@@ -1,13 +1,15 @@
 #include "options.h"
 
 #include "option_conflicts.h"
+#include "option_table.h"
 #include "words.h"
 
 #include "shell/settings.h"
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
+#include <cstring>
+#include <getopt.h>
 #include <string_view>
 
 constexpr uint32_t max_picture_side = 65535;
@@ -15,68 +17,6 @@ constexpr uint32_t min_tile = 16;
 constexpr uint32_t max_samples = 64;
 constexpr size_t max_stills = 1000;
 constexpr uint32_t max_crf = 63;
-
-const char help_text[] = R"(brimlow-render: renders a production frame by frame, without window or sound.
-
-  brimlow-render [options] [PACK]
-
-PACK is a file, a folder (its first pack is taken, as by the player) or "-" for
-standard input; without it the working directory is the folder.
-
-Picture
-  --size WxH              pixels (1280x720; 1920x1080 with --shots)
-  --aspect SHAPE          auto, 4:3, 16:9 or 16:10 (auto)
-  --path PATH             glsl or fixed (glsl)
-  --samples N             samples of antialiasing a pixel (0: none)
-  --caps LIST             plays as on a lesser card: no-vbo, no-pbo, no-npot,
-                          no-compression, no-combine4, no-combine3, units=1..4,
-                          with commas between them
-  --seed N                start of the random numbers (the player's)
-  --tile SIDE             tiles of at most SIDE pixels (the driver's limit)
-  --window                renders in a window, which shows it
-
-Moments
-  --fps N[/D]             frames a second (60); 23.976, 29.97, 59.94 and 119.88
-                          are 24, 30, 60 and 120 x 1000/1001
-  --from TIME             begins at TIME; the frames before it are played unseen
-  --to TIME               ends before TIME
-  --at TIME[,TIME...]     only the frames on the screen at these moments
-  --loading P[,P...]      the loading screen at P per cent instead
-
-TIME is seconds (12.5), minutes and seconds (1:02.25), a frame (750f) or a share
-of the production (40%).
-
-Output
-  -o, --output NAME       frames/%05d.png   a picture a frame, by its number
-                          still.png         the one picture of --at or --loading
-                          show.mp4          H.264 and AAC
-                          show.mkv          FFV1 and FLAC, without loss
-                          show.webm         VP9 and Opus
-                          -                 YUV4MPEG2 on standard output, silent
-  --crf N                 quality of .mp4 (17) and .webm (24); less is better
-  --ffmpeg WORDS          more options for ffmpeg, like "-preset slow"
-  --contact-sheet FILE    a PNG with stills (of --at, or 16) and their times
-  --shots DIR             the stills of --at in the sizes of a release
-  --flashes               counts flashes; status 4 where they are too many
-  --times FILE            a report (JSON) of CPU and GPU time by frame and track
-  --compare DIR           renders the numbered pictures of DIR anew and compares
-
-  -y, --yes               replaces outputs that exist
-  -n, --no                keeps them: the run ends before it draws
-  -v, --verbose           tells the driver and what it has
-  -q, --quiet             tells problems only
-  -h, --help              this text
-  -V, --version           the version
-
-Videos need the program ffmpeg. Files are written beside their place and renamed
-when they are complete. Where one exists you are asked; without a terminal it is
-kept, and the run ends.
-
-Exit status: 0 done; 1 the production is broken, a comparison found a change, or
-something could not be written; 2 the command line is wrong; 3 no OpenGL, or too
-few samples; 4 --flashes found too many; 130 stopped by Ctrl-C, with what was
-done until then kept.
-)";
 
 // ---- values ------------------------------------------------------------------------
 
@@ -255,77 +195,7 @@ static std::string read_output(const std::string& name, render_options& options)
     return "";
 }
 
-// ---- options ---------------------------------------------------------------------------
-
-enum option_id : int32_t {
-    option_size,
-    option_aspect,
-    option_path,
-    option_samples,
-    option_caps,
-    option_seed,
-    option_tile,
-    option_window,
-    option_fps,
-    option_from,
-    option_to,
-    option_at,
-    option_loading,
-    option_output,
-    option_contact_sheet,
-    option_shots,
-    option_flashes,
-    option_times,
-    option_compare,
-    option_crf,
-    option_ffmpeg,
-    option_yes,
-    option_no,
-    option_verbose,
-    option_quiet,
-    option_help,
-    option_version,
-    option_count
-};
-
-struct option_rule {
-    char letter; // behind one dash; 0: none
-    std::string_view name;
-    option_id id;
-    bool takes_value;
-    const char* wants; // what a value must be
-};
-
-constexpr option_rule rules[] = {
-    {0, "--size", option_size, true, "takes a size like 1280x720, each side 1 to 65535"},
-    {0, "--aspect", option_aspect, true, "takes auto, 4:3, 16:9 or 16:10"},
-    {0, "--path", option_path, true, "takes glsl or fixed"},
-    {0, "--samples", option_samples, true, "takes a number from 0 to 64"},
-    {0, "--caps", option_caps, true,
-        "takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and units=1 to units=4"},
-    {0, "--seed", option_seed, true, "takes a number from 0 to 4294967295"},
-    {0, "--tile", option_tile, true, "takes a number of pixels from 16 to 65535"},
-    {0, "--window", option_window, false, ""},
-    {0, "--fps", option_fps, true, "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000"},
-    {0, "--from", option_from, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
-    {0, "--to", option_to, true, "takes a time like 12.5, 1:02.25, 750f or 40%"},
-    {0, "--at", option_at, true, "takes up to 1000 times like 12.5, 1:02.25, 750f or 40%, with commas between them"},
-    {0, "--loading", option_loading, true, "takes per cents from 0 to 100 with commas between them"},
-    {'o', "--output", option_output, true, "takes a name like show.mp4, still.png, frames/%05d.png or -"},
-    {0, "--crf", option_crf, true, "takes a number from 0 (the best) to 63"},
-    {0, "--ffmpeg", option_ffmpeg, true, "takes words for ffmpeg in one argument, like --ffmpeg \"-preset slow\""},
-    {0, "--contact-sheet", option_contact_sheet, true, "takes the name of a .png file"},
-    {0, "--shots", option_shots, true, "takes a directory"},
-    {0, "--flashes", option_flashes, false, ""},
-    {0, "--times", option_times, true, "takes the name of a file"},
-    {0, "--compare", option_compare, true, "takes a directory"},
-    {'y', "--yes", option_yes, false, ""},
-    {'n', "--no", option_no, false, ""},
-    {'v', "--verbose", option_verbose, false, ""},
-    {'q', "--quiet", option_quiet, false, ""},
-    {'h', "--help", option_help, false, ""},
-    {'V', "--version", option_version, false, ""},
-};
+// ---- values of options -----------------------------------------------------------------
 
 static bool read_text(std::string_view value, std::string& text)
 {
@@ -333,7 +203,7 @@ static bool read_text(std::string_view value, std::string& text)
     return !value.empty();
 }
 
-// False where the value is not what the option wants.
+// Takes over the value of an option ("" for a switch); false where it is not what the option wants.
 static bool read_value(option_id id, std::string_view value, render_options& options)
 {
     uint32_t number = 0;
@@ -354,6 +224,8 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return read_number(value, UINT32_MAX, options.seed);
     case option_tile:
         return read_number(value, max_picture_side, options.tile) && options.tile >= min_tile;
+    case option_window:
+        return options.window = true;
     case option_fps:
         return read_frame_rate(value, options.rate);
     case option_from:
@@ -375,47 +247,41 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return read_text(value, options.contact_sheet) && ends_in(options.contact_sheet, ".png");
     case option_shots:
         return read_text(value, options.shots);
+    case option_flashes:
+        return options.flashes = true;
     case option_times:
         return read_text(value, options.times);
     case option_compare:
         return read_text(value, options.compare);
-    case option_window:
-    case option_flashes:
     case option_yes:
+        options.existing = existing_replaced;
+        return true;
     case option_no:
+        options.existing = existing_kept;
+        return true;
     case option_verbose:
+        return options.verbose = true;
     case option_quiet:
+        return options.quiet = true;
     case option_help:
+        return options.help = true;
     case option_version:
+        return options.version = true;
     case option_count:
         break;
     }
     return true;
 }
 
-static void set_switch(option_id id, render_options& options)
-{
-    options.window |= id == option_window;
-    options.flashes |= id == option_flashes;
-    options.help |= id == option_help;
-    options.version |= id == option_version;
-    options.verbose |= id == option_verbose;
-    options.quiet |= id == option_quiet;
-    if (id == option_yes)
-        options.existing = existing_replaced;
-    if (id == option_no)
-        options.existing = existing_kept;
-}
+// ---- names of options --------------------------------------------------------------------
 
-// ---- the command line --------------------------------------------------------------------
-
-// A rule by its long name ("--size") or its letter ("-o").
-static const option_rule* find_rule(std::string_view name)
+// A row by its long name ("--size") or its letter ("-o"); null when there is none.
+static const option_row* find_row(std::string_view name)
 {
-    const auto* rule = std::find_if(std::begin(rules), std::end(rules), [name](const option_rule& candidate) {
+    const auto* row = std::find_if(std::begin(option_rows), std::end(option_rows), [name](const option_row& candidate) {
         return candidate.name == name || (name.size() == 2 && name[0] == '-' && candidate.letter == name[1]);
     });
-    return rule == std::end(rules) ? nullptr : rule;
+    return row == std::end(option_rows) ? nullptr : row;
 }
 
 // How many letters must be changed, left out or put in to make `a` of `b`.
@@ -437,16 +303,16 @@ static size_t letters_apart(std::string_view a, std::string_view b)
 }
 
 // The known option that a misspelt one comes closest to; null when none is close.
-static const option_rule* closest_rule(std::string_view name)
+static const option_row* closest_row(std::string_view name)
 {
     constexpr size_t shortest_word = 4; // with its dashes: "--fl" is enough for --flashes
-    const option_rule* closest = nullptr;
+    const option_row* closest = nullptr;
     size_t least = name.size() < shortest_word ? 1 : 3; // more letters apart are another word
-    for (const option_rule& rule : rules) {
-        const bool begins = name.size() >= shortest_word && rule.name.substr(0, name.size()) == name;
-        const size_t apart = begins ? 1 : letters_apart(name, rule.name);
+    for (const option_row& row : option_rows) {
+        const bool begins = name.size() >= shortest_word && std::string_view(row.name).starts_with(name);
+        const size_t apart = begins ? 1 : letters_apart(name, row.name);
         if (apart < least)
-            closest = &rule;
+            closest = &row;
         least = std::min(apart, least);
     }
     return closest;
@@ -455,140 +321,141 @@ static const option_rule* closest_rule(std::string_view name)
 static std::string unknown_option(std::string_view name)
 {
     const bool one_dash = name.substr(0, 2) != "--";
-    const option_rule* meant = closest_rule((one_dash ? "-" : "") + std::string(name));
+    const option_row* meant = closest_row((one_dash ? "-" : "") + std::string(name));
     return "unknown option " + std::string(name)
         + (meant == nullptr ? "" : " (did you mean " + std::string(meant->name) + "?)");
 }
 
-// The arguments that are still to be read.
-struct argument_reader {
-    std::span<const char* const> arguments;
-    size_t next = 0;
-    std::vector<bool> seen = std::vector<bool>(option_count);
+// ---- the command line --------------------------------------------------------------------
+
+constexpr int first_long_option = 256; // behind all letters
+
+// What getopt_long wants to know. "-" leaves the arguments in their order and hands over
+// names of packs as an option 1; ":" leaves messages to us.
+struct getopt_words {
+    std::string letters = "-:";
+    std::vector<option> names;
 };
 
-// An option as it was written, its value where that stands in the same argument.
+static getopt_words make_getopt_words()
+{
+    getopt_words words;
+    for (const option_row& row : option_rows) {
+        const bool with_value = row.value != nullptr;
+        const int kind = with_value ? required_argument : no_argument;
+        words.names.push_back({row.name + std::strlen("--"), kind, nullptr, first_long_option + row.id});
+        if (row.letter != 0)
+            words.letters += std::string(1, row.letter) + (with_value ? ":" : "");
+    }
+    words.names.push_back({});
+    return words;
+}
+
+// An option as it was written. Of one that is unknown, or whose name is cut, there is no row.
 struct written_option {
     std::string name;
-    const option_rule* rule;
-    std::optional<std::string_view> value;
+    const option_row* row;
+    const char* value;   // null: there is none
+    bool value_is_apart; // in an argument of its own
 };
+
+// `code` is what getopt_long says of the argument.
+static written_option take_option(const std::string& argument, int code, const char* next)
+{
+    written_option written = {argument.substr(0, argument.find('=')), nullptr, optarg, optarg == next};
+    if (!argument.starts_with("--"))
+        written.name = std::string("-") + static_cast<char>(code == '?' || code == ':' ? optopt : code);
+    written.row = find_row(written.name);
+    return written;
+}
 
 // Whether an argument can only be an option, and so not the value of the one before it.
 static bool is_option(std::string_view argument)
 {
-    return argument.size() > 1 && find_rule(argument.substr(0, argument.find('='))) != nullptr;
+    return argument.size() > 1 && find_row(argument.substr(0, argument.find('='))) != nullptr;
 }
 
-static bool take_option(argument_reader& reader, written_option option, render_options& options, std::string& problem)
+// What is wrong with a value, or with there being none.
+static std::string value_problem(const written_option& written, render_options& options)
 {
-    const size_t id = static_cast<size_t>(option.rule->id);
-    if (reader.seen[id]) {
-        problem = option.name + " is given twice";
-        return false;
-    }
-    reader.seen[id] = true;
-    if (!option.rule->takes_value) {
-        if (option.value)
-            problem = option.name + " takes no value";
-        set_switch(option.rule->id, options);
-        return problem.empty();
-    }
-    const bool more = reader.next < reader.arguments.size();
-    const bool any_words = option.rule->id == option_ffmpeg; // those of ffmpeg look like ours
-    if (!option.value && more && !any_words && is_option(reader.arguments[reader.next])) {
-        problem = option.name + " " + option.rule->wants + ", and " + reader.arguments[reader.next] + " is an option";
-        return false;
-    }
-    if (!option.value && more)
-        option.value = reader.arguments[reader.next++];
-    if (option.value && read_value(option.rule->id, *option.value, options))
-        return true;
-    problem = option.name + " " + option.rule->wants;
-    if (option.value)
-        problem += ", not \"" + std::string(*option.value) + "\"";
-    return false;
+    const std::string wanted = written.name + " " + written.row->wants;
+    const bool any_words = written.row->id == option_ffmpeg; // those of ffmpeg look like ours
+    if (written.value == nullptr)
+        return wanted;
+    if (written.value_is_apart && !any_words && is_option(written.value))
+        return wanted + ", and " + written.value + " is an option";
+    return read_value(written.row->id, written.value, options)
+        ? ""
+        : wanted + ", not \"" + std::string(written.value) + "\"";
 }
 
-static bool read_long_option(argument_reader& reader, render_options& options, std::string& problem)
+static std::string option_problem(const std::string& argument, const written_option& written, bool misused,
+    std::vector<bool>& seen, render_options& options)
 {
-    const std::string_view argument = reader.arguments[reader.next++];
-    const size_t equals = argument.find('=');
-    written_option option = {std::string(argument.substr(0, equals)), nullptr, std::nullopt};
-    option.rule = find_rule(option.name);
-    if (equals != std::string_view::npos)
-        option.value = argument.substr(equals + 1);
-    if (option.rule != nullptr)
-        return take_option(reader, option, options, problem);
-    problem = unknown_option(option.name);
-    return false;
+    const bool is_long = argument.starts_with("--");
+    if (written.row == nullptr)
+        return unknown_option(is_long ? written.name : argument);
+    if (!is_long && written.value != nullptr && !written.value_is_apart && written.value[0] == '=')
+        return "write " + written.name + " " + (written.value + 1) + ", without the equals sign";
+    const size_t id = static_cast<size_t>(written.row->id);
+    if (seen[id])
+        return written.name + " is given twice";
+    seen[id] = true;
+    if (written.row->value != nullptr)
+        return value_problem(written, options);
+    read_value(written.row->id, "", options);
+    return misused ? written.name + " takes no value" : "";
 }
 
-// Letters behind one dash: several switches, or one with its value ("-oshow.mp4").
-static bool read_letters(argument_reader& reader, render_options& options, std::string& problem)
+static std::string take_pack(const std::string& name, render_options& options)
 {
-    const std::string_view argument = reader.arguments[reader.next++];
-    for (size_t i = 1; i < argument.size(); ++i) {
-        written_option option = {std::string("-") + argument[i], nullptr, std::nullopt};
-        option.rule = find_rule(option.name);
-        const std::string_view rest = argument.substr(i + 1);
-        if (option.rule == nullptr) {
-            problem = unknown_option(argument);
-            return false;
-        }
-        const bool with_value = option.rule->takes_value && !rest.empty();
-        if (with_value)
-            option.value = rest;
-        if (with_value && rest[0] == '=') {
-            problem = "write " + option.name + " " + std::string(rest.substr(1)) + ", without the equals sign";
-            return false;
-        }
-        if (!take_option(reader, option, options, problem))
-            return false;
-        if (with_value)
-            return true;
-    }
-    return true;
-}
-
-static bool take_pack(argument_reader& reader, render_options& options, std::string& problem)
-{
-    const std::string name = reader.arguments[reader.next++];
     if (name.empty())
-        problem = "the name of the pack is empty";
-    else if (!options.pack.empty())
-        problem = "one pack at a time: \"" + options.pack + "\" and \"" + name + "\" are two";
+        return "the name of the pack is empty";
+    if (!options.pack.empty())
+        return "one pack at a time: \"" + options.pack + "\" and \"" + name + "\" are two";
     options.pack = name;
-    return problem.empty();
+    return "";
 }
 
-static bool read_argument(argument_reader& reader, bool& only_names, render_options& options, std::string& problem)
+// The arguments in their order, up to the first problem.
+static std::string read_arguments(
+    std::span<const char* const> arguments, std::vector<bool>& seen, render_options& options)
 {
-    const std::string_view argument = reader.arguments[reader.next];
-    if (only_names || argument.size() < 2 || argument[0] != '-')
-        return take_pack(reader, options, problem);
-    if (argument == "--") {
-        only_names = true;
-        ++reader.next;
-        return true;
+    const getopt_words words = make_getopt_words();
+    std::vector<char*> list = {const_cast<char*>("brimlow-render")};
+    for (const char* argument : arguments)
+        list.push_back(const_cast<char*>(argument)); // they stay as they are
+    const int count = static_cast<int>(list.size());
+    list.push_back(nullptr);
+    std::string problem;
+    optind = 0; // begins anew
+    for (int code = 0; problem.empty();) {
+        const size_t at = static_cast<size_t>(std::max(optind, 1));
+        code = getopt_long(count, list.data(), words.letters.c_str(), words.names.data(), nullptr);
+        if (code == -1)
+            break;
+        const std::string argument = list[at];
+        problem = code == 1
+            ? take_pack(argument, options)
+            : option_problem(argument, take_option(argument, code, list[at + 1]), code == '?', seen, options);
     }
-    return argument[1] == '-' ? read_long_option(reader, options, problem) : read_letters(reader, options, problem);
+    for (int at = optind; problem.empty() && at < count; ++at) // behind "--"
+        problem = take_pack(list[static_cast<size_t>(at)], options);
+    return problem;
 }
 
 bool read_options(std::span<const char* const> arguments, render_options& options, std::string& problem)
 {
     options = {};
-    problem.clear();
-    argument_reader reader = {arguments};
-    bool only_names = false;
-    while (reader.next < arguments.size())
-        if (!read_argument(reader, only_names, options, problem))
-            return false;
+    std::vector<bool> seen(option_count);
+    problem = read_arguments(arguments, seen, options);
+    if (!problem.empty())
+        return false;
     if (options.help || options.version)
         return true;
-    if (reader.seen[option_output])
+    if (seen[option_output])
         problem = read_output(options.output, options);
-    if (problem.empty() && reader.seen[option_yes] && reader.seen[option_no])
+    if (problem.empty() && seen[option_yes] && seen[option_no])
         problem = "-y replaces files that exist, and -n keeps them: give one of the two";
     if (problem.empty() && options.verbose && options.quiet)
         problem = "-v tells more, and -q less: give one of the two";

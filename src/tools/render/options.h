@@ -80,8 +80,5 @@ struct render_options {
 // without its full stop; `options` is then not to be used.
 bool read_options(std::span<const char* const> arguments, render_options& options, std::string& problem);
 
-// The text of --help.
-extern const char help_text[];
-
 // The name of picture `number` by a pattern ("frames/%05d.png"; "%%" is a per cent sign).
 std::string numbered_name(const std::string& pattern, uint64_t number);

@@ -1,0 +1,15 @@
+// What is written from the table of options: --help, the manual page, the completion of bash.
+//
+// Pure texts; tools/render_pages puts the last two into their files.
+#pragma once
+
+#include <string>
+
+// The text of --help, at most 80 letters a line.
+std::string help_text();
+
+// The options of the manual page as man(7) has them, from its first .SS on.
+std::string manual_options();
+
+// A file for bash that completes the options and their values.
+std::string bash_completion();

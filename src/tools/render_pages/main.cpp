@@ -1,0 +1,65 @@
+// brimlow-render-pages: writes what is made from brimlow-render's table of options into the
+// files of the repository.
+//
+//     brimlow-render-pages [--check] ROOT
+//
+// With --check nothing is written: status 1 tells that a file is out of date.
+
+#include "option_pages.h"
+#include "words.h"
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+constexpr const char options_begin[] = ".\\\" ---- from here on written by brimlow-render-pages ----\n";
+constexpr const char options_end[] = ".\\\" ---- up to here ----\n";
+
+static std::string read_text(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The manual page with its options anew; empty when it has no place for them.
+static std::string manual_page(const std::string& page)
+{
+    const size_t begin = page.find(options_begin);
+    const size_t end = page.find(options_end);
+    if (begin == std::string::npos || end == std::string::npos || end < begin)
+        return "";
+    return page.substr(0, begin) + options_begin + manual_options() + page.substr(end);
+}
+
+// False: the file is out of date and stays so.
+static bool bring_up_to_date(const std::string& path, const std::string& text, bool writes)
+{
+    if (!text.empty() && read_text(path) == text)
+        return true;
+    if (!writes || text.empty()) {
+        say(path
+            + (text.empty() ? " has lost the two lines that the options stand between."
+                            : " is not what the table of options says: run brimlow-render-pages."));
+        return false;
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << text << std::flush;
+    say((file ? "Wrote " : "Cannot write ") + path + ".");
+    return file.good();
+}
+
+int main(int argc, char** argv)
+{
+    const bool checks = argc == 3 && std::strcmp(argv[1], "--check") == 0;
+    if (argc != 2 && !checks) {
+        say("usage: brimlow-render-pages [--check] ROOT");
+        return 2;
+    }
+    const std::string docs = std::string(argv[argc - 1]) + "/docs/";
+    const std::string manual = docs + "man/brimlow-render.1";
+    const bool pages = bring_up_to_date(manual, manual_page(read_text(manual)), !checks);
+    const bool completion = bring_up_to_date(docs + "completion/brimlow-render.bash", bash_completion(), !checks);
+    return pages && completion ? 0 : 1;
+}
