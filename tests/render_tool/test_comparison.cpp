@@ -1,7 +1,7 @@
 #include "comparison.h"
 
-#include "png_text.h"
 #include "output_file.h"
+#include "png_file.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>
@@ -27,9 +27,8 @@ struct reference_directory {
 
     void keep(const std::string& name, const picture& p, const std::string& driver) const
     {
-        std::vector<uint8_t> png = encode_png(p);
-        if (!driver.empty())
-            png_add_text(png, "Driver", driver);
+        const std::vector<png_text> texts(driver.empty() ? 0 : 1, {"Driver", driver});
+        const std::vector<uint8_t> png = encode_png(p, texts);
         std::string error;
         REQUIRE(write_file(path + "/" + name, png, error));
     }
@@ -111,6 +110,10 @@ TEST_CASE("The same driver must make the same bytes")
     CHECK(same.passed);
     CHECK(same.text == "00001.png: equal");
     CHECK_FALSE(compare_with_reference(reference, grey(1, 1), "a driver 1.0").passed); // one step in one pixel
+
+    const char trademark[] = "Grey\xE2\x84\xA2 2.0"; // which a PNG cannot keep letter by letter
+    directory.keep("00001.png", grey(), trademark);
+    CHECK_FALSE(compare_with_reference(only_reference(directory), grey(1, 1), trademark).passed);
 }
 
 TEST_CASE("Another driver may round differently, but not draw something else")

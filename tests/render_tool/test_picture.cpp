@@ -1,6 +1,7 @@
 #include "picture.h"
 
 #include "output_file.h"
+#include "png_file.h"
 
 #include <algorithm>
 #include <cmath>

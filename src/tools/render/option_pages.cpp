@@ -45,12 +45,16 @@ few samples; 4 --flashes found too many; 130 stopped by Ctrl-C, with what was
 done until then kept.
 )";
 
+namespace {
+
 // What stands above a group, and below it.
 struct group_words {
     const char* help;
     const char* help_below;
     const char* page;
 };
+
+} // namespace
 
 constexpr group_words groups[option_group_count] = {
     {"\nPicture\n", "", "Picture"},

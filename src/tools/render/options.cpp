@@ -330,12 +330,16 @@ static std::string unknown_option(std::string_view name)
 
 constexpr int first_long_option = 256; // behind all letters
 
+namespace {
+
 // What getopt_long wants to know. "-" leaves the arguments in their order and hands over
 // names of packs as an option 1; ":" leaves messages to us.
 struct getopt_words {
     std::string letters = "-:";
     std::vector<option> names;
 };
+
+} // namespace
 
 static getopt_words make_getopt_words()
 {
@@ -351,6 +355,8 @@ static getopt_words make_getopt_words()
     return words;
 }
 
+namespace {
+
 // An option as it was written. Of one that is unknown, or whose name is cut, there is no row.
 struct written_option {
     std::string name;
@@ -358,6 +364,8 @@ struct written_option {
     const char* value;   // null: there is none
     bool value_is_apart; // in an argument of its own
 };
+
+} // namespace
 
 // `code` is what getopt_long says of the argument.
 static written_option take_option(const std::string& argument, int code, const char* next)

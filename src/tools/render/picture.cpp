@@ -4,6 +4,7 @@
 #include "content/owners.h"
 #include "model/image_decode.h"
 #include "output_file.h"
+#include "png_file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,27 +35,16 @@ bool is_whole(const picture& p)
 
 // ---- files ------------------------------------------------------------------------
 
+bool can_be_encoded(const picture& p)
+{
+    return is_whole(p) && p.rgb.size() + p.height <= max_encoded_bytes;
+}
+
 static void append_bytes(void* context, void* data, int size)
 {
     std::vector<uint8_t>& bytes = *static_cast<std::vector<uint8_t>*>(context);
     const uint8_t* first = static_cast<const uint8_t*>(data);
     bytes.insert(bytes.end(), first, first + size);
-}
-
-static bool can_be_encoded(const picture& p)
-{
-    return is_whole(p) && p.rgb.size() + p.height <= max_encoded_bytes;
-}
-
-std::vector<uint8_t> encode_png(const picture& p)
-{
-    std::vector<uint8_t> bytes;
-    if (!can_be_encoded(p))
-        return bytes;
-    const int width = static_cast<int>(p.width);
-    if (!stbi_write_png_to_func(append_bytes, &bytes, width, static_cast<int>(p.height), 3, p.rgb.data(), 3 * width))
-        bytes.clear();
-    return bytes;
 }
 
 std::vector<uint8_t> encode_jpeg(const picture& p, int quality)

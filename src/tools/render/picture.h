@@ -24,16 +24,18 @@ bool is_whole(const picture& p);
 
 // ---- files ------------------------------------------------------------------------
 
-// Of pixels and a byte a row: the encoder counts in int.
+// Of pixels and a byte a row: encoders count in int, and so do those who open the file.
 constexpr uint64_t max_encoded_bytes = 1u << 30;
 
-// The picture as a PNG or baseline JPEG file in memory (`quality` 1..100); empty for a
-// picture that is not whole, or when there is no memory. The same pixels give the same
-// bytes.
-std::vector<uint8_t> encode_png(const picture& p);
+// Whether the picture is whole, and not above that.
+bool can_be_encoded(const picture& p);
+
+// The picture as a baseline JPEG file in memory (`quality` 1..100); empty for a picture that
+// cannot be encoded, or when there is no memory. The same pixels give the same bytes.
+// (PNG: png_file.h.)
 std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
 
-// Writes a whole file (output_file.h).
+// Writes a whole PNG file (output_file.h).
 [[nodiscard]] bool save_png(const std::string& path, const picture& p, std::string& error);
 
 // Reads a PNG (any picture that the engine's decoder knows); grey becomes colour, and

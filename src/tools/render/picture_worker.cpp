@@ -3,7 +3,7 @@
 #include "content/file_bytes.h"
 #include "options.h"
 #include "output_file.h"
-#include "png_text.h"
+#include "png_file.h"
 #include "y4m.h"
 
 #include <algorithm>
@@ -16,13 +16,12 @@ constexpr unsigned most_file_threads = 8;
 
 static bool write_picture_file(const picture_worker& worker, const picture_worker::job& job, std::string& problem)
 {
-    std::vector<uint8_t> png = encode_png(*job.image);
+    const std::vector<uint8_t> png = encode_png(*job.image, {{"Driver", worker.driver}});
     if (png.empty()) {
         problem = "cannot make a PNG of " + numbered_name(worker.pattern, job.number)
             + ": the picture is too large, or there is no memory";
         return false;
     }
-    png_add_text(png, "Driver", worker.driver);
     return write_file(numbered_name(worker.pattern, job.number), png, problem);
 }
 
