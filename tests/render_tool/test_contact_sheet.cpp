@@ -2,6 +2,7 @@
 #include "sheet_font.h"
 
 #include <algorithm>
+#include <cmath>
 #include <doctest/doctest.h>
 #include <limits>
 
@@ -115,8 +116,10 @@ TEST_CASE("Title, note and times are there to be read")
         const picture part = crop_picture(sheet, x, y, width, height);
         return int{*std::max_element(part.rgb.begin(), part.rgb.end())};
     };
-    CHECK(brightest(32, 32, 100, 36) > 220);           // title at the left
-    CHECK(brightest(332, 32, 100, 36) > 120);          // note at the right
+    CHECK(brightest(32, 32, 100, 36) > 220);  // title at the left
+    CHECK(brightest(332, 32, 100, 36) > 120); // note at the right
+    CHECK(brightest(332, 58, 100, 2) > 120);  // on the base line of the title, at 32 + 28
+    CHECK(brightest(332, 62, 100, 6) < 48);
     CHECK(brightest(200, 32, 100, 36) < 48);           // nothing between
     CHECK(brightest(190, 88 + 300 + 6, 84, 20) > 180); // the time, in the middle
     CHECK(brightest(32, 88 + 300 + 6, 100, 20) < 48);
@@ -125,13 +128,65 @@ TEST_CASE("Title, note and times are there to be read")
 TEST_CASE("Letters beyond ASCII are letters, those that are missing question marks")
 {
     const uint32_t question = text_width(small_sheet_font, "?");
-    CHECK(text_width(small_sheet_font, "\xE2\x98\xBA") == question);     // a smiling face
-    CHECK(text_width(small_sheet_font, "\xFF") == question);             // no UTF-8
-    CHECK(text_width(small_sheet_font, "\xC3") == question);             // cut off
-    CHECK(text_width(small_sheet_font, "\xF0\x9F\x98") == 3 * question); // cut off earlier: byte by byte
-    CHECK(text_width(small_sheet_font, "\xC3\xB6") == text_width(small_sheet_font, "o")); // o umlaut is as wide
+    CHECK(text_width(small_sheet_font, "\xE4\xB8\xAD") == question); // of a script that the font lacks
+    CHECK(text_width(small_sheet_font, "\xFF") == question);         // no UTF-8
+    CHECK(text_width(small_sheet_font, "\xC3") == question);         // cut off
+    CHECK(text_width(small_sheet_font, "\xF0\x9F\x98") == text_width(small_sheet_font, "???")); // byte by byte
+    CHECK(text_width(small_sheet_font, "\xC3\xB6") == text_width(small_sheet_font, "o"));       // o umlaut is as wide
     CHECK(text_width(small_sheet_font, "\xC3\xB6") != question);
+    CHECK(text_width(small_sheet_font, "\xD0\x96") != question); // a Cyrillic letter
     CHECK(text_width(small_sheet_font, "") == 0);
+    CHECK(text_width(small_sheet_font, "a\tb") == text_width(small_sheet_font, "a b"));
+}
+
+// The fonts' own measures: capitals are 1493 units high, so that a unit is 12 or 22 pixels of 1493;
+// "?" takes 1087 units, an em dash 2048; above the base line are 1901.
+TEST_CASE("Letters have the sizes of their fonts")
+{
+    CHECK(text_width(small_sheet_font, "\xE2\x80\x94") == 17);                         // 16.46
+    CHECK(text_width(small_sheet_font, "\xE2\x80\x94\xE2\x80\x94\xE2\x80\x94") == 50); // 49.38
+    CHECK(text_width(large_sheet_font, "\xE2\x80\x94") == 31);                         // 30.18
+    CHECK(text_width(small_sheet_font, "?") == 9);                                     // 8.74
+    CHECK(text_width(small_sheet_font, "????") == 35);                                 // 34.95
+    CHECK(font_ascent(small_sheet_font) == 15);                                        // 15.28
+    CHECK(font_ascent(large_sheet_font) == 28);                                        // 28.01
+}
+
+TEST_CASE("Pairs of letters stand closer where the font wants it")
+{
+    CHECK(
+        text_width(large_sheet_font, "AV") < text_width(large_sheet_font, "A") + text_width(large_sheet_font, "V") - 1);
+}
+
+// An H stands on the base line at 2 + 28 with sharp edges, 22 pixels high: two stems and a bar.
+TEST_CASE("A letter has ink inside of its place and nowhere else")
+{
+    picture p = make_picture(60, 40, 0, 0, 0);
+    draw_text(p, large_sheet_font, 10, 2, "H", {255, 255, 255});
+    const rgb ink = {255, 255, 255};
+    const rgb nothing = {0, 0, 0};
+    CHECK(pixel(p, 15, 7) == nothing);
+    CHECK(pixel(p, 15, 8) == ink);
+    CHECK(pixel(p, 15, 29) == ink);
+    CHECK(pixel(p, 15, 30) == nothing);
+    CHECK(pixel(p, 22, 12) == nothing);
+    CHECK(pixel(p, 22, 18) == ink);
+    CHECK(pixel(p, 9, 20) == nothing);
+    CHECK(pixel(p, 40, 20) == nothing);
+}
+
+TEST_CASE("Half covered pixels are half of the letter and half of what is below")
+{
+    picture p = make_picture(20, 30, 100, 0, 200);
+    draw_text(p, small_sheet_font, 2, 2, "|", {0, 0, 100}); // a bar of 12 x 170 / 1493 = 1.37 pixels
+    double share = 0;
+    for (uint32_t x = 0; x < 20; ++x) {
+        const rgb here = pixel(p, x, 12);
+        CHECK(here[1] == 0);
+        CHECK(std::abs(2 * (100 - here[0]) - 2 * (200 - here[2])) <= 2); // red and blue fall alike
+        share += (100 - here[0]) / 100.0;
+    }
+    CHECK(std::abs(share - 1.37) < 0.05);
 }
 
 TEST_CASE("A text that is too long is cut before its dots")
@@ -153,4 +208,7 @@ TEST_CASE("Writing stays inside the picture")
     draw_text(p, large_sheet_font, 5, 5, "WWWW", {255, 255, 255});
     draw_text(p, large_sheet_font, 5000, -5000, "W", {255, 255, 255});
     CHECK(p.rgb.size() == 300);
+    picture edge = make_picture(10, 40, 0, 0, 0);
+    draw_text(edge, large_sheet_font, 5, 2, "WWWW", {255, 255, 255});
+    CHECK(crop_picture(edge, 0, 0, 5, 40).rgb == make_picture(5, 40, 0, 0, 0).rgb); // nothing in the next rows
 }

@@ -81,7 +81,7 @@ static void draw_heading(picture& sheet, const sheet_geometry& g, std::string_vi
     // On the base line of the title, ending at the right border.
     const std::string shown_note = cut_text(small_sheet_font, note, room - used);
     const uint32_t note_x = g.first_x + room - text_width(small_sheet_font, shown_note);
-    const int32_t note_y = static_cast<int32_t>(y) + large_sheet_font.ascent - small_sheet_font.ascent;
+    const int32_t note_y = static_cast<int32_t>(y) + font_ascent(large_sheet_font) - font_ascent(small_sheet_font);
     draw_text(sheet, small_sheet_font, static_cast<int32_t>(note_x), note_y, shown_note, note_color);
 }
 

@@ -1,6 +1,6 @@
 // A contact sheet: stills of a show in rows, their times beneath, a title above.
 //
-// Pure pixels; the letters are a table (sheet_font.h) made from DejaVu Sans.
+// Pure pixels; the letters are DejaVu Sans (sheet_font.h).
 #pragma once
 
 #include "picture.h"
@@ -40,7 +40,7 @@ struct sheet_geometry {
 sheet_geometry plan_sheet(const sheet_layout& layout, uint32_t count, uint32_t width, uint32_t height);
 
 // The sheet: title large, note small and to the right of it (UTF-8; either may be
-// empty; letters that the table lacks are shown as "?"; a title that is too long is
+// empty; letters that the font lacks are shown as "?"; a title that is too long is
 // cut with "..."). Stills are scaled into their places. No stills give no picture.
 picture make_contact_sheet(
     const sheet_layout& layout, std::string_view title, std::string_view note, const std::vector<sheet_still>& stills);
