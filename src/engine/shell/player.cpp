@@ -182,31 +182,38 @@ static void leave_show(player_show& show, app_window& window)
     window_shut_down(window);
 }
 
+// What the viewer wants, and the pack. False: the process ends with `status`.
+static bool ask_viewer(player_settings& settings, int& status)
+{
+    settings.show.loading_timeline = timeline_new();
+    settings.show.production_timeline = timeline_new();
+    status = 1;
+    switch (run_dialog(settings.choices, settings.display)) {
+    case dialog_started:
+        settings.show.pack = discover_pack();
+        return settings.show.pack != nullptr;
+    case dialog_quit:
+        leave_dialog(settings.show, settings.display.window);
+        status = 0;
+        return false;
+    case dialog_failed:
+        break;
+    }
+    return false;
+}
+
 int run_player(int argc, char** argv)
 {
     static player_settings settings;
-
-    // What the viewer wants.
     read_command_line(settings.choices, argc, argv);
     prepare_standard_streams();
     catch_interrupts();
     fix_audio_environment();
     fix_video_environment();
     std::puts(banner_text);
-    settings.show.loading_timeline = timeline_new();
-    settings.show.production_timeline = timeline_new();
-    switch (run_dialog(settings.choices, settings.display)) {
-    case dialog_started:
-        break;
-    case dialog_quit:
-        leave_dialog(settings.show, settings.display.window);
-        return 0;
-    case dialog_failed:
-        return 1;
-    }
-    settings.show.pack = discover_pack();
-    if (settings.show.pack == nullptr)
-        return 1;
+    int status = 0;
+    if (!ask_viewer(settings, status))
+        return status;
 
     // What the display offers.
     build_cosine_table();
