@@ -42,3 +42,18 @@ TEST_CASE("Bytes keep the low eight bits")
     CHECK(low_byte(-300) == 212);
     CHECK(low_byte(unrepresentable) == 0);
 }
+
+TEST_CASE("A number becomes the nearest single, and never infinity")
+{
+    constexpr float largest = std::numeric_limits<float>::max();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    CHECK(to_single(0.1) == 0.1f);
+    CHECK(to_single(16777217.0) == 16777216.0f); // between two singles, the even one
+    CHECK(to_single(16777219.0) == 16777220.0f);
+    CHECK(to_single(static_cast<double>(largest)) == largest);
+    for (const double value : {3.5e38, 1e300, infinity}) {
+        CHECK(to_single(value) == largest);
+        CHECK(to_single(-value) == -largest);
+    }
+    CHECK(std::isnan(to_single(std::nan(""))));
+}

@@ -5,7 +5,9 @@
 // gives, on every word size and without undefined behaviour.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -36,4 +38,12 @@ inline int32_t truncate_to_int(double value)
 inline uint8_t low_byte(int32_t value)
 {
     return static_cast<uint8_t>(static_cast<uint32_t>(value) & 0xFFu);
+}
+
+// The nearest single; what is too large becomes the largest finite one, so that a
+// simulation fed with huge values never turns to infinity. Not-a-number stays.
+inline float to_single(double value)
+{
+    constexpr double largest = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(value, -largest, largest));
 }

@@ -2,7 +2,6 @@
 
 #include "content/numbers.h"
 #include "effects/mesh_normals.h"
-#include "effects/single.h"
 #include "render/matrix.h"
 #include "texgen/cosine_table.h"
 

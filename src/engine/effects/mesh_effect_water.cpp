@@ -1,6 +1,5 @@
 #include "content/numbers.h"
 #include "effects/mesh_effect_kinds.h"
-#include "effects/single.h"
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
