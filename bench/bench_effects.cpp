@@ -7,7 +7,7 @@
 // same run, which is what to compare between machines. Pictures are 256 x 256 of 24
 // bits; meshes are updated by half a unit of time, so that waters step every other time.
 
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 #include "effects/manipulator.h"
 #include "effects/mesh_effect.h"
 #include "texgen/cosine_table.h"

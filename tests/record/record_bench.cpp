@@ -1,6 +1,6 @@
 #include "record_bench.h"
 
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 #include "effects/manipulator.h"
 #include "render/compositor_gl.h"
 #include "render/material_gl.h"

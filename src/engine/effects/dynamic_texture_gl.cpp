@@ -1,6 +1,6 @@
 #include "effects/dynamic_texture_gl.h"
 
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 
 #include <GL/glew.h>
 

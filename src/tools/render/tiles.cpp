@@ -2,7 +2,7 @@
 
 #include "frame_needs.h"
 
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 #include "effects/manipulator.h"
 
 #include <algorithm>

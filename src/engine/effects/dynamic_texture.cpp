@@ -1,7 +1,7 @@
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 
 #include "content/numbers.h"
-#include "effects/effect_2d_plasma.h"
+#include "effects/dynamic_texture_plasma.h"
 #include "model/values.h"
 #include "texgen/cosine_table.h"
 

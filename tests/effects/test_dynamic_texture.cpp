@@ -1,5 +1,5 @@
 #include "builders.h"
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 #include "reference.h"
 #include "texgen/cosine_table.h"
 

@@ -1,4 +1,4 @@
-// The two plasmas among the 2-D effects: interference on straight coordinates
+// The two plasmas among the dynamic textures: interference on straight coordinates
 // ("Effect 1") and on turning ones ("Rotate").
 //
 // Pure computation on a picture of the caller; internal to this room.

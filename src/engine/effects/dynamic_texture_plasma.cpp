@@ -1,4 +1,4 @@
-#include "effects/effect_2d_plasma.h"
+#include "effects/dynamic_texture_plasma.h"
 
 #include "content/numbers.h"
 #include "texgen/cosine_table.h"
