@@ -27,7 +27,7 @@ TEST_CASE("a complete document is read into one record of every kind, without a 
     CHECK(table_count(r.d.material_table) == 1);
     CHECK(table_count(r.d.effect_table) == 1);
     CHECK(table_count(r.d.scene_table) == 1);
-    CHECK(r.d.tracks->layer_count[0] == 2);
+    CHECK(r.d.timeline->layer_count[0] == 2);
 }
 
 TEST_CASE("records come one a step, sections end in order, and reading stays done")
@@ -158,7 +158,7 @@ TEST_CASE("a second document_free does nothing, and an uncreated document can be
     document_free(d);
     document empty{};
     document_free(empty);
-    CHECK(empty.tracks == nullptr);
+    CHECK(empty.timeline == nullptr);
 }
 
 TEST_CASE("a document lists each of its tables once: all are made, each with records of its own size, and freed")

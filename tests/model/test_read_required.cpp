@@ -286,7 +286,7 @@ TEST_CASE("each camera value is dynamic by exactly that word, the field of view 
                 = "<track>" + clip.substr(0, begin) + values_with(9, index, type) + clip.substr(end) + "</track>";
             const reading r(text);
             std::string result;
-            for (const uint8_t mode : r.d.tracks->layers[0][0].camera_mode)
+            for (const uint8_t mode : r.d.timeline->layers[0][0].camera_mode)
                 result += static_cast<char>('0' + mode);
             return result;
         };

@@ -31,9 +31,9 @@ TEST_CASE("a clip becomes a layer of its track")
             + animated("dynamic", "3") + animated("static", "1.5") + animated("x", "2") + animated("static", "10")
             + animated("dynamic", "1") + animated("static", "30") + animated("static", "60") + animated("dynamic", "2")
             + animated("dynamic", "999") + "</c>"));
-    CHECK(r.d.tracks->layer_count[0] == 0);
-    CHECK(r.d.tracks->layer_count[1] == 1);
-    const layer_record& layer = r.d.tracks->layers[1][0];
+    CHECK(r.d.timeline->layer_count[0] == 0);
+    CHECK(r.d.timeline->layer_count[1] == 1);
+    const layer_record& layer = r.d.timeline->layers[1][0];
     CHECK(layer.model_id == 2);
     CHECK(layer.space_before == 30);
     CHECK(layer.length == 200);
@@ -56,7 +56,7 @@ TEST_CASE("layers follow one another, pauses included in their spans")
 {
     const reading r = timeline_of(track(clip_text(1, 0, 300) + clip_text(1, 100, 300) + clip_text(0, 50, 0)));
     CHECK(joined(r) == "");
-    const timeline& t = *r.d.tracks;
+    const timeline& t = *r.d.timeline;
     CHECK(t.layer_count[0] == 3);
     CHECK(t.layer_end[0][0] == 300);
     CHECK(t.layer_end[0][1] == 700);
@@ -70,8 +70,8 @@ TEST_CASE("layers follow one another, pauses included in their spans")
 TEST_CASE("every track starts at 0")
 {
     const reading r = timeline_of(track(clip_text(1, 0, 300)) + track(clip_text(1, 0, 200)));
-    CHECK(r.d.tracks->layer_end[0][0] == 300);
-    CHECK(r.d.tracks->layer_end[1][0] == 200);
+    CHECK(r.d.timeline->layer_end[0][0] == 300);
+    CHECK(r.d.timeline->layer_end[1][0] == 200);
 }
 
 TEST_CASE("rtex is read and needed for the modes with a target, and 0 for all others")
@@ -89,8 +89,8 @@ TEST_CASE("rtex is read and needed for the modes with a target, and 0 for all ot
                     : ""));
         const reading given = timeline_of(track(with(of_type, " offset=", " rtex=\"1\" offset=")));
         CHECK(fatal_line(given) == "");
-        CHECK(given.d.tracks->layers[0][0].rtex == (has_target ? 1 : 0));
-        CHECK(given.d.tracks->layers[0][0].type == static_cast<uint32_t>(type));
+        CHECK(given.d.timeline->layers[0][0].rtex == (has_target ? 1 : 0));
+        CHECK(given.d.timeline->layers[0][0].type == static_cast<uint32_t>(type));
     }
 }
 
@@ -106,7 +106,7 @@ TEST_CASE("the field of view is constant, orthographic by the documents' spellin
         const reading r = timeline_of(track(clip_with_camera(repeated(animated("static", "0"), 6)
             + animated(c.type, "2.5") + repeated(animated("ortographic", "7"), 2))));
         CHECK(fatal_line(r) == "");
-        const layer_record& layer = r.d.tracks->layers[0][0];
+        const layer_record& layer = r.d.timeline->layers[0][0];
         CHECK(layer.camera_mode[camera_fov] == c.mode);
         CHECK(layer.camera[camera_fov] == (c.mode == fov_dynamic ? 2.0f : 2.5f));
         CHECK(layer.camera_mode[camera_far] == 0); // no other value is orthographic
@@ -126,7 +126,7 @@ TEST_CASE("a track ends at 25600 ticks at the latest")
 {
     const reading longest = timeline_of(track(clip_text(1, 600, 25000)));
     CHECK(fatal_line(longest) == "");
-    CHECK(longest.d.tracks->track_end[0] == 25600);
+    CHECK(longest.d.timeline->track_end[0] == 25600);
     CHECK(joined(timeline_of(track(clip_text(1, 0, 100) + clip_text(1, 0, 100) + clip_text(1, 1, 25400))))
         == "Error: demo.xmlz: section 14 (timeline), record 1, clip 3: ends at 25601 ticks, beyond 25600.\n");
     CHECK(joined(timeline_of(track(clip_text(1, 2147483647, 2147483647))))
@@ -145,8 +145,8 @@ TEST_CASE("256 clips on a track are read, 257 are too many")
 {
     const reading full = timeline_of(track(repeated(clip_text(1, 0, 100), 256)));
     CHECK(fatal_line(full) == "");
-    CHECK(full.d.tracks->layer_count[0] == 256);
-    CHECK(full.d.tracks->track_end[0] == 25600);
+    CHECK(full.d.timeline->layer_count[0] == 256);
+    CHECK(full.d.timeline->track_end[0] == 25600);
     CHECK(fatal_line(timeline_of(track(repeated(clip_text(1, 0, 10), 257))))
         == "Error: demo.xmlz: section 14 (timeline), record 1, clip 257: more than 256 clips.\n");
 }
@@ -156,7 +156,7 @@ TEST_CASE("tracks beyond the thirty-second are stepped over in silence")
     const reading r = timeline_of(repeated(track(clip_text(1, 0, 100)), 32) + track("<clip/>") + "<layer/>");
     CHECK(fatal_line(r) == "");
     CHECK_FALSE(r.failed);
-    CHECK(r.d.tracks->layer_count[31] == 1);
+    CHECK(r.d.timeline->layer_count[31] == 1);
     CHECK(r.records_read == 3 + 1 + 1 + 2 + 34);
 }
 
@@ -189,5 +189,5 @@ TEST_CASE("what a clip names and does not exist is warned about")
            "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2: id 12 does not exist.\n"
            "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2: rtex 4 does not exist.\n"
            "Warning: demo.xmlz: section 14 (timeline), record 1, clip 2: clearcolor 3 does not exist.\n");
-    CHECK(r.d.tracks->layer_count[0] == 2);
+    CHECK(r.d.timeline->layer_count[0] == 2);
 }

@@ -44,14 +44,14 @@ struct show {
     // The only layer of a track, from `begin` to `end` (ticks).
     void layer(uint32_t track, uint32_t scene, uint32_t begin, uint32_t end, render_mode mode = render_simple)
     {
-        layer_record& record = d.tracks->layers[track][0];
+        layer_record& record = d.timeline->layers[track][0];
         record.model_id = scene;
         record.space_before = begin;
         record.length = end - begin;
         record.type = mode;
         record.rtex = mode == render_to_texture ? target : 0;
-        d.tracks->layer_count[track] = 1;
-        register_layer(0, end, 0, track, *d.tracks);
+        d.timeline->layer_count[track] = 1;
+        register_layer(0, end, 0, track, *d.timeline);
     }
 
     std::string needed(std::vector<uint64_t> wanted) const
@@ -78,7 +78,7 @@ TEST_CASE("A frame that does not clear needs the frames that show through it")
     show s;
     s.layer(0, 1, 0, 30);
     s.layer(1, 1, 0, 200);
-    s.d.tracks->slot_layer[0][0] = 0;
+    s.d.timeline->slot_layer[0][0] = 0;
     CHECK(s.needed({6}) == "...xxxx"); // the first track ends with frame 3
     CHECK(s.needed({3}) == "...x");
 }

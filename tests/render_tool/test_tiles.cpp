@@ -76,8 +76,8 @@ TEST_CASE("Frames that show what others drew into a texture are not tiled")
 {
     document d = {};
     document_create(d, "test", timeline_new());
-    d.tracks->layer_count[2] = 1;
-    d.tracks->layers[2][0].rtex = 7;
+    d.timeline->layer_count[2] = 1;
+    d.timeline->layers[2][0].rtex = 7;
     scene_object* objects = static_cast<scene_object*>(std::calloc(1, sizeof(scene_object)));
     material_record material = {};
     material.texture[1] = table_add(d.object_table, object_reference{texture_image, 7, 1});

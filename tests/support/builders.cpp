@@ -111,7 +111,7 @@ layer_record make_layer(uint32_t type, uint32_t length, uint32_t model_id)
 
 uint32_t add_layer(test_document& t, uint32_t track, const layer_record& layer)
 {
-    timeline& tracks = *t.d.tracks;
+    timeline& tracks = *t.d.timeline;
     const uint32_t number = tracks.layer_count[track]++;
     tracks.layers[track][number] = layer;
     const uint32_t start = t.running_end[track];

@@ -16,11 +16,11 @@ std::string record_label(const document& d, uint32_t section, uint32_t record)
 
 // ---- making and freeing -------------------------------------------------------------
 
-void document_create(document& d, const char* name, timeline* tracks)
+void document_create(document& d, const char* name, timeline* t)
 {
     d = {};
     d.name = name;
-    d.tracks = tracks;
+    d.timeline = t;
     for_each_table(d, []<typename record>(table<record>& records) { records = table_new<record>(); });
 }
 
@@ -111,7 +111,7 @@ void document_free(document& d)
         free_buffers_of_table(records);
         table_free(records);
     });
-    timeline_free(d.tracks);
+    timeline_free(d.timeline);
     d = {};
 }
 

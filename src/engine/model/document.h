@@ -54,11 +54,11 @@ std::string record_label(const document& d, uint32_t section, uint32_t record);
 // Everything that one document is made of. {} tables are empty. The tables stand
 // together, since for_each_table counts them.
 struct document {
-    const char* name; // "demo.xmlz"; not owned
-    table<texture_node> texture_table;
+    const char* name;                  // "demo.xmlz"; not owned
+    table<texture_node> texture_table; // only the generated ones, node by node
     table<mesh_record> mesh_table;
     table<animation_function> function_table;
-    table<value_record> transform_table; // lights and colours: nine values a record
+    table<value_record> transform_table; // no transforms: lights and colours, nine values a record
     table<dynamic_texture> dynamic_texture_table;
     table<image_texture> image_texture_table;
     table<cube_map> cube_map_table;
@@ -67,7 +67,7 @@ struct document {
     table<material_record> material_table;
     table<mesh_effect> effect_table;
     table<scene_record> scene_table;
-    timeline* tracks;                  // owned; null: nothing to play
+    struct timeline* timeline;         // owned; null: nothing to play
     generated_image* generated_images; // section 1, kept until section 2 is made; owned
     uint32_t generated_image_count;
 };
@@ -80,14 +80,14 @@ template <typename visitor> void for_each_table(document& d, visitor&& visit)
         d.dynamic_texture_table, d.image_texture_table, d.cube_map_table, d.font_table, d.object_table,
         d.material_table, d.effect_table, d.scene_table);
     static_assert(std::tuple_size_v<decltype(tables)> * sizeof(record_table*)
-            == offsetof(document, tracks) - offsetof(document, texture_table),
+            == offsetof(document, timeline) - offsetof(document, texture_table),
         "a table of the document is missing in this list");
     std::apply([&visit](auto&... each) { (visit(each), ...); }, tables);
 }
 
 // Empty tables; the timeline is the caller's to give (timeline_new) and becomes
 // the document's. `name` must outlive the document.
-void document_create(document& d, const char* name, timeline* tracks);
+void document_create(document& d, const char* name, timeline* t);
 
 // Frees generated images (pixels included) and every node's pixel buffer.
 void document_free_generated_images(document& d);

@@ -114,7 +114,7 @@ static bool draws_at_once(const timeline& t)
 // well begin later.
 void check_timeline(document_reader& reader)
 {
-    const timeline* t = reader.target->tracks;
+    const timeline* t = reader.target->timeline;
     const place at = place_of_section(reader, section_timeline);
     const bool is_show = std::strcmp(reader.target->name, "loading.xmlz") != 0;
     if (t != nullptr && t->slot_layer[0][0] == no_layer)
@@ -130,7 +130,7 @@ void check_timeline(document_reader& reader)
 bool read_track(const place& at, const xml_node& node)
 {
     const uint32_t track = at.number - 1;
-    timeline* t = at.reader.target->tracks;
+    timeline* t = at.reader.target->timeline;
     if (t == nullptr || track >= track_count)
         return true;
     at.reader.handle = track + 1;

@@ -101,7 +101,7 @@ constexpr uint32_t max_node_values = 9;
 struct texture_node {
     uint8_t type;      // node_code; other codes compute nothing
     char name[35];     // zero-terminated
-    uint32_t layer_id; // generated image, counted from 0; below code 201
+    uint32_t layer_id; // no layer: the number of a generated image, from 0; below code 201
     float values[max_node_values];
     uint32_t input1; // handles of texture_table
     uint32_t input2;

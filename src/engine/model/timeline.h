@@ -44,12 +44,12 @@ enum camera_value : uint32_t {
 enum fov_mode : uint8_t { fov_constant = 0, fov_orthographic = 1, fov_dynamic = 2 };
 
 struct layer_record {
-    uint32_t model_id;                       // handle of scene_table; 0 draws nothing
+    uint32_t model_id;                       // no mesh: handle of scene_table; 0 draws nothing
     uint32_t space_before;                   // ticks of pause before the layer
     uint32_t offset;                         // ticks added for animation functions
     uint32_t length;                         // ticks
     uint32_t type;                           // render_mode
-    uint32_t rtex;                           // handle of image_texture_table; 0 none
+    uint32_t rtex;                           // the texture drawn into: handle of image_texture_table; 0 none
     uint32_t clearcolor;                     // handle of transform_table; 0 black
     uint8_t camera_mode[camera_value_count]; // 0 constant, 1 dynamic; for the field of view fov_mode
     float camera[camera_value_count];        // the constant, or a handle of function_table

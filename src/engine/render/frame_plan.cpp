@@ -228,7 +228,7 @@ static void plan_projection(const planning& p, const layer_record& layer, layer_
 
 static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& active)
 {
-    const layer_record& layer = p.d.tracks->layers[track][active.layer];
+    const layer_record& layer = p.d.timeline->layers[track][active.layer];
     layer_plan plan = {};
     plan.track = track;
     plan.layer = active.layer;
@@ -246,7 +246,7 @@ static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& ac
 frame_plan plan_frame(const document& d, uint32_t time, const frame_view& view, const gl_caps& caps)
 {
     frame_plan frame = {};
-    if (d.tracks == nullptr || is_over(*d.tracks, time))
+    if (d.timeline == nullptr || is_over(*d.timeline, time))
         return frame;
 
     planning p = {.d = d,
@@ -258,7 +258,7 @@ frame_plan plan_frame(const document& d, uint32_t time, const frame_view& view, 
         .recreated = {},
         .recreated_count = 0};
     for (uint32_t track = 0; track < track_count; ++track) {
-        const active_layer active = find_layer(*d.tracks, track, time);
+        const active_layer active = find_layer(*d.timeline, track, time);
         if (!active.found)
             continue;
         layer_plan& plan = frame.layers[frame.layer_count++];

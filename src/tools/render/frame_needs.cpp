@@ -13,10 +13,10 @@ using texture_set = std::vector<uint32_t>; // handles, ascending
 std::vector<uint32_t> render_targets(const document& d)
 {
     texture_set targets;
-    for (uint32_t track = 0; d.tracks != nullptr && track < track_count; ++track)
-        for (uint32_t layer = 0; layer < std::min(d.tracks->layer_count[track], layers_per_track); ++layer)
-            if (d.tracks->layers[track][layer].rtex != 0)
-                targets.push_back(d.tracks->layers[track][layer].rtex);
+    for (uint32_t track = 0; d.timeline != nullptr && track < track_count; ++track)
+        for (uint32_t layer = 0; layer < std::min(d.timeline->layer_count[track], layers_per_track); ++layer)
+            if (d.timeline->layers[track][layer].rtex != 0)
+                targets.push_back(d.timeline->layers[track][layer].rtex);
     std::sort(targets.begin(), targets.end());
     targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
     return targets;

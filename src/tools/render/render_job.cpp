@@ -644,7 +644,7 @@ static exit_status finish(render_job& job, frame_loop& loop)
 static exit_status render_loading(render_job& job)
 {
     std::string problem;
-    const timeline* tracks = job.settings.show.loading.tracks;
+    const timeline* tracks = job.settings.show.loading.timeline;
     if (tracks == nullptr || tracks->layer_count[0] == 0)
         return complain(exit_broken, "the pack has no loading screen");
     if (job.source.tiles.size() > 1 && renders_to_textures(*tracks))
