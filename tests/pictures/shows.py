@@ -10,9 +10,10 @@ import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
-sys.path.insert(0, os.path.join(os.path.dirname(HERE), 'player'))
+sys.path.insert(0, os.path.join(os.path.dirname(HERE), 'support'))
+from packs import png, quad, sphere  # noqa: E402
 from production import (ADD, ADD_ALPHA, ALPHA, CUBE, DYNAMIC, GENERATED, GENMESH, IMAGE, REPLACE, SUBTRACT_ALPHA,  # noqa: E402
-                        TEXT, Element, Production, animated, dynamic, manipulator, mesh_bytes, placed, png, quad)
+                        TEXT, Element, Production, animated, dynamic, manipulator, placed)
 
 FRAMES_PER_SECOND = 4
 SECOND = 100  # ticks
@@ -43,19 +44,6 @@ def ball(x, y):
     px, py = 2 * x - 1, 2 * y - 1
     pz = math.sqrt(max(0.0, 1 - px * px - py * py))
     return tuple(int(127.5 + 127.5 * c) for c in (px, -py, pz))
-
-
-def sphere(rings=12, sectors=24, sets=1):
-    points = [(math.sin(math.pi * r / rings) * math.cos(2 * math.pi * s / sectors), math.cos(math.pi * r / rings),
-               math.sin(math.pi * r / rings) * math.sin(2 * math.pi * s / sectors))
-              for r in range(rings + 1) for s in range(sectors + 1)]
-    coordinates = [(s / sectors, r / rings) for r in range(rings + 1) for s in range(sectors + 1)]
-    indices = []
-    for r in range(rings):
-        for s in range(sectors):
-            a, b = r * (sectors + 1) + s, (r + 1) * (sectors + 1) + s
-            indices += [a, a + 1, b, a + 1, b + 1, b]
-    return mesh_bytes(points, coordinates, indices, normals=points, sets=sets)
 
 
 def textures(folder):

@@ -10,6 +10,7 @@ import unittest
 from driver import RULE, TITLE, Display, Player
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, '..', 'support'))  # packs.py, production.py
 BENCHMARK = r'Benchmark result: \d+\.\d\d fps'
 NO_BENCHMARK = r'Benchmark result: -?nan fps'  # no frame in no time
 

@@ -15,10 +15,11 @@ import unittest
 import cases
 from cases import BENCHMARK, found, report
 from driver import Display, Player
+from packs import in_envelope, mesh_bytes, pack_bytes, png, quad
 from production import (CUBE, CUBE_MAPS, DYNAMIC, DYNAMIC_TEXTURES, EFFECTS, FONTS, FUNCTIONS, GENERATED,
                         GENERATED_IMAGES, GENMESH, IMAGE, IMAGES, MATERIALS, MESHES, OBJECTS, SCENES, TEXT,
-                        TEXTURE_NODES, TIMELINE, VALUES, Element, Production, animated, dynamic, in_envelope, manipulator,
-                        mesh_bytes, numbers, pack_bytes, placed, png, quad)
+                        TEXTURE_NODES, TIMELINE, VALUES, Element, Production, animated, dynamic, manipulator,
+                        numbers, placed)
 
 PLAYERS_AT_ONCE = 3
 SCREEN = (320, 240)
@@ -171,7 +172,7 @@ def no_envelope(show):
 
 
 def too_large(show):
-    show.entries['demo.xmlz'] = struct.pack('<I', (256 << 20) + 1) + in_envelope(b'x')[4:]
+    show.entries['demo.xmlz'] = in_envelope(b'x', (256 << 20) + 1)
 
 
 def thirteen_sections(show):

@@ -8,7 +8,7 @@ import cases
 from cases import NO_BENCHMARK, PlayerTest, found, report
 from driver import (ANTIALIASING, ASPECT, FIXED_PATH, FULLSCREEN, MUSIC, RESOLUTION, SHADER_PATH, START, TITLE,
                     VERTEX_BUFFERS, Picture)
-from production import pack_bytes
+from packs import pack_bytes
 
 ARTWORK = os.path.join(cases.HERE, '..', '..', 'src', 'engine', 'shell', 'artwork')
 KEY_INDEX = 15  # transparent in the pictures with a key

@@ -3,7 +3,8 @@
 import cases
 from cases import BENCHMARK, FIXED_PATH_LINE, PlayerTest, found, report
 from driver import RULE, TITLE, Display
-from production import Production, placed, quad
+from packs import quad
+from production import Production, placed
 
 ENDS = (BENCHMARK, 'Bye!')
 SLOW_PBO = ('PBO support detected, but it may be slow (opengl version is lower than 2.1), so i disable it. '

@@ -7,7 +7,8 @@ import unittest
 
 import cases
 from cases import BENCHMARK, FIXED_PATH_LINE, NO_BENCHMARK, PlayerTest, found, report
-from production import IMAGES, SCENES, Element, Production, dynamic, placed, png, quad
+from packs import png, quad
+from production import IMAGES, SCENES, Element, Production, dynamic, placed
 
 AUDIO = 'Audio buffer size:8192'
 ENDS = (BENCHMARK, 'Bye!')

@@ -6,7 +6,8 @@ import signal
 import cases
 from cases import PlayerTest, found, report
 from driver import START, TITLE, Player
-from production import IMAGES, Element, Production, png
+from packs import png
+from production import IMAGES, Element, Production
 
 AUDIO = 'Audio buffer size:8192'
 

@@ -19,10 +19,11 @@ import time
 import unittest
 import zlib
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'player'))
+for neighbour in ('player', 'support'):
+    sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', neighbour))
 from driver import Display, Player  # noqa: E402
-from production import (ALPHA, GENMESH, Element, Production, dynamic, in_envelope,  # noqa: E402
-                        manipulator, mesh_bytes, pack_bytes, placed, png, quad)
+from packs import in_envelope, pack_bytes, plate, png, quad  # noqa: E402
+from production import ALPHA, GENMESH, Element, Production, dynamic, manipulator, placed  # noqa: E402
 
 RENDER = PLAYER = MAN_PAGE = ''
 TONE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'player', 'tone.ogg')
@@ -98,18 +99,6 @@ def running(show):
     return show.function((LINEAR, 100000, SLOPE, 0))
 
 
-def grid(side):
-    """A plate of triangles from -1 to 1 in x and y."""
-    step = 2 / side
-    positions = [(-1 + x * step, -1 + y * step, 0) for y in range(side + 1) for x in range(side + 1)]
-    indices = []
-    for y in range(side):
-        for x in range(side):
-            k = y * (side + 1) + x
-            indices += [k, k + 1, k + side + 2, k, k + side + 2, k + side + 1]
-    return mesh_bytes(positions, [(0, 0)] * len(positions), indices)
-
-
 def remembering():
     """Effects that remember the frames before: a lake, a colony and a rippled plate; 1.5 s."""
     show = Production()
@@ -122,7 +111,7 @@ def remembering():
     red = show.material((1, 0.3, 0.1))
     objects = [placed(lake, water, GENMESH, at=(-15, -6, -30)),
                placed(show.mesh(quad(-3, 2, 3, 6, -12)), skin),
-               placed(show.mesh(grid(6)), red, at=(2, -2, -8),
+               placed(show.mesh(plate(6)), red, at=(2, -2, -8),
                       manipulators=[manipulator(RIPPLER, dynamic(run), 0.01, 3)])]
     show.layer(show.scene(*objects), length=150, fov=60, far=200)
     return show
@@ -135,7 +124,7 @@ def shapes(length=100):
     back = show.material(WHITE, (picture,))
     glass = show.material((0.2, 0.9, 0.1, 0.5), blend=ALPHA)
     show.layer(show.scene(placed(show.mesh(quad(-9, -7, 9, 7, -10)), back, turned=(0, 0, 20)),
-                          placed(show.mesh(grid(4)), glass, at=(0.5, 0.2, -4), turned=(25, 40, 10))),
+                          placed(show.mesh(plate(4)), glass, at=(0.5, 0.2, -4), turned=(25, 40, 10))),
                length=length, fov=60)
     return show
 

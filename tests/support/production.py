@@ -11,8 +11,8 @@ Production('loading_'), the loading screen; `entries` is what else goes into the
 in ticks of 1/100 s; an animated number is a constant, or dynamic(FUNCTION).
 """
 import os
-import struct
-import zlib
+
+from packs import in_envelope, pack_bytes, quad
 
 (GENERATED_IMAGES, TEXTURE_NODES, MESHES, FUNCTIONS, VALUES, DYNAMIC_TEXTURES, IMAGES, CUBE_MAPS, FONTS, OBJECTS,
  MATERIALS, EFFECTS, SCENES, TIMELINE) = range(1, 15)
@@ -72,48 +72,6 @@ def placed(mesh, material, kind=MODEL, font=0, text='', at=(0, 0, 0), turned=(0,
 def manipulator(kind, *values, model=None):
     head = [Element('manipulator', type=model[0], model=model[1])] if model else []
     return Element('m', *head, *(animated('value', v) for v in values), type=kind)
-
-
-# ---- bytes of entries ---------------------------------------------------------------------------
-
-def in_envelope(content):
-    """What documents and meshes lie in: their size, and a zlib stream."""
-    return struct.pack('<I', len(content)) + zlib.compress(content, 9)
-
-
-def mesh_bytes(positions, coordinates, indices, normals=None, sets=1):
-    floats = [c for p in positions for c in p] + [c for uv in coordinates for c in uv] * sets
-    floats += [c for n in normals or [(0, 0, 1)] * len(positions) for c in n]
-    return (struct.pack('<HH', len(positions), sets) + struct.pack('<%df' % len(floats), *floats)
-            + struct.pack('<%dH' % len(indices), *indices))
-
-
-def quad(left=0, top=0, right=1, bottom=1, z=0):
-    """The whole target of an orthographic layer, whose y grows downward, or a part of it."""
-    return mesh_bytes([(left, top, z), (right, top, z), (right, bottom, z), (left, bottom, z)],
-                      [(0, 0), (1, 0), (1, 1), (0, 1)], [0, 1, 2, 0, 2, 3])
-
-
-def png(width, height, rgb=(255, 255, 255), level=1):
-    """A picture of one colour, or of `rgb` as packed rows."""
-    rows = bytes(rgb) * (width * height) if len(rgb) == 3 else rgb
-    raw = b''.join(b'\0' + rows[3 * width * y:3 * width * (y + 1)] for y in range(height))
-
-    def chunk(kind, content):
-        return struct.pack('>I', len(content)) + kind + content + struct.pack('>I', zlib.crc32(kind + content))
-
-    return (b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', struct.pack('>IIBBBBB', width, height, 8, 2, 0, 0, 0))
-            + chunk(b'IDAT', zlib.compress(raw, level)) + chunk(b'IEND', b''))
-
-
-def pack_bytes(entries):
-    at = 3 + 40 * len(entries) + 32
-    index, data = b'', b''
-    for name, content in entries.items():
-        index += struct.pack('>32sII', name.encode(), at, (at + len(content) - 1) & 0xFFFFFFFF)
-        data += content
-        at += len(content)
-    return b'DP\x01' + index + bytes(32) + data
 
 
 # ---- productions --------------------------------------------------------------------------------
