@@ -1,0 +1,156 @@
+"""The house as its includes show it: the rooms, and the arrows between them.
+
+    house.py ROOT           prints the rooms and whom each includes
+    house.py ROOT --draw    draws that into docs/house.svg
+
+An arrow leads from the one who includes to the one who is included.
+"""
+import html
+import os
+import re
+import sys
+import textwrap
+
+sys.dont_write_bytecode = True
+from test_walls import ROOMS  # noqa: E402
+
+PROGRAMS = {'tools/render': ('brimlow-render', 'stills, films and reports, without a display'),
+            'tools/make': ('brimlow-make', 'puts packs together and takes them apart')}  # the player: `shell`
+INCLUDE = re.compile(r'^\s*#\s*include\s*"([^">]+)"', re.M)
+DRAWING = ('docs', 'house.svg')
+
+
+# ---- what is there ------------------------------------------------------------------------------
+
+def sources(root):
+    """('render/text.cpp', its text) of every source file of the engine and of the tools."""
+    for where, folders in (('engine', None), ('', PROGRAMS)):
+        top = os.path.join(root, 'src', where)
+        for folder in sorted(folders or os.listdir(top)):
+            for name in sorted(os.listdir(os.path.join(top, folder))):
+                if name.endswith(('.h', '.cpp')):
+                    with open(os.path.join(top, folder, name), encoding='utf-8') as file:
+                        yield folder + '/' + name, file.read()
+
+
+def includes(files):
+    """(file, included file): both with their folder, but for the files of a tool, which name each other without."""
+    for name, text in files:
+        for included in INCLUDE.findall(text):
+            yield name, included
+
+
+def rooms_of(files):
+    """Those that there are, from the ground up, and the programs on top. A folder that the walls do not
+    order stands below the programs."""
+    there = {name.rpartition('/')[0] for name, _ in files}
+    ordered = [room for room in ROOMS if room in there]
+    return ordered + sorted(there - set(ROOMS) - set(PROGRAMS)) + [p for p in reversed(PROGRAMS) if p in there]
+
+
+def arrows(files):
+    """room -> the other rooms that it includes."""
+    found = {room: set() for room in rooms_of(files)}
+    for name, included in includes(files):
+        room, other = name.rpartition('/')[0], included.rpartition('/')[0]
+        if other != room and other in found:
+            found[room].add(other)
+    return found
+
+
+# ---- the drawing --------------------------------------------------------------------------------
+
+def called(room):
+    return PROGRAMS[room][0] if room in PROGRAMS else room
+
+
+def as_text(files):
+    above = arrows(files)
+    order = list(above)
+    lines = []
+    for room in reversed(order):
+        others = sorted(above[room], key=order.index, reverse=True)
+        lines.append('%-14s -> %s' % (called(room), ' '.join(
+            other + (' (up!)' if order.index(other) > order.index(room) else '') for other in others) or 'nobody'))
+    return '\n'.join(lines) + '\n'
+
+
+def what_they_know(page):
+    """room -> its line in the table of rooms of docs/architecture.md."""
+    rooms = {room: re.sub(r'[`*]', '', text) for room, text in re.findall(r'^\| `(\w+)` \| (.*?) \|$', page, re.M)}
+    return {**rooms, **{folder: text for folder, (_, text) in PROGRAMS.items()}}
+
+
+FLOOR, GAP, LEFT, LANES, LANE = 48, 8, 12, 476, 40   # pixels: heights, the margin, where lanes begin, their distance
+
+
+def svg_floor(y, width, name, lines):
+    """A band over the whole width with a name and what its room knows."""
+    first = y + FLOOR // 2 + 11 - 7 * len(lines)
+    knows = ''.join('<text x="%d" y="%d" class="knows">%s</text>\n' % (LEFT + 150, first + 14 * n, html.escape(line))
+                    for n, line in enumerate(lines))
+    return ('<rect x="%d" y="%d" width="%d" height="%d" rx="5" class="floor"/>\n'
+            '<text x="%d" y="%d" class="name">%s</text>\n'
+            % (LEFT, y, width - 2 * LEFT, FLOOR, LEFT + 12, y + FLOOR // 2 + 5, html.escape(name)) + knows)
+
+
+def svg_lane(x, begin, ends):
+    """One room's arrows: a line from its own floor with a head on every floor that it includes."""
+    parts = []
+    for kind, reached in (('down', [y for y in ends if y > begin]), ('up', [y for y in ends if y < begin])):
+        if reached:
+            last = max(reached, key=lambda y: abs(y - begin))
+            parts.append('<line x1="%d" y1="%d" x2="%d" y2="%d" class="%s"/>\n' % (x, begin, x, last, kind))
+        point = 5 if kind == 'down' else -5
+        parts += ['<path d="M%d %d l-5 %d h10 z" class="%s head"/>\n' % (x, y + point, -2 * point, kind)
+                  for y in reached]
+    return ''.join(parts) + '<circle cx="%d" cy="%d" r="5" class="begin"/>\n' % (x, begin)
+
+
+STYLE = '''<style>
+text { font-family: sans-serif; fill: #22303c }
+.name { font-size: 15px; font-weight: bold }
+.knows { font-size: 11px }
+.floor { fill: #eef2f5; stroke: #b9c6d0 }
+.down { stroke: #2f6f9f; stroke-width: 2 }
+.up { stroke: #c62828; stroke-width: 3 }
+.head.down { fill: #2f6f9f }
+.head.up { fill: #c62828 }
+.begin { fill: #22303c }
+</style>
+'''
+
+
+def as_svg(files, page):
+    above, knows = arrows(files), what_they_know(page)
+    order = list(above)
+    middle = {room: GAP + (len(order) - 1 - n) * (FLOOR + GAP) + FLOOR // 2 for n, room in enumerate(order)}
+    width, height = LANES + LANE * len(order) + LEFT, len(order) * (FLOOR + GAP) + GAP
+    size = 'width="%d" height="%d"' % (width, height)
+    parts = ['<svg xmlns="http://www.w3.org/2000/svg" %s viewBox="0 0 %d %d">\n' % (size, width, height), STYLE,
+             '<rect %s fill="#ffffff"/>\n' % size]
+    for room in reversed(order):
+        lines = textwrap.wrap(knows.get(room, ''), 54, max_lines=3, placeholder=' ...')
+        parts.append(svg_floor(middle[room] - FLOOR // 2, width, called(room), lines))
+    for n, room in enumerate(reversed(order)):
+        ends = sorted(middle[other] for other in above[room])
+        parts.append(svg_lane(LANES + LANE // 2 + n * LANE, middle[room], ends))
+    return ''.join(parts) + '</svg>\n'
+
+
+def drawing_of(root):
+    with open(os.path.join(root, 'docs', 'architecture.md'), encoding='utf-8') as file:
+        return as_svg(list(sources(root)), file.read())
+
+
+def main():
+    root = sys.argv[1]
+    if sys.argv[2:] == ['--draw']:
+        with open(os.path.join(root, *DRAWING), 'w', encoding='utf-8') as file:
+            file.write(drawing_of(root))
+    else:
+        sys.stdout.write(as_text(list(sources(root))))
+
+
+if __name__ == '__main__':
+    main()
