@@ -68,6 +68,16 @@ def check_catalogues(page, source):
     return wrong + ['the catalogue %s is missing' % name for name in sorted(set(known) - seen)]
 
 
+EXPLAINED = ['manipulators', 'texture_generators']   # "- **Maze**: ..." below the table
+
+
+def check_explanations(page, source):
+    """What no column tells stands below the table, for every entry."""
+    known = catalogues(source)
+    return ['%s: what "%s" does is not explained' % (name, entry[0]) for name in EXPLAINED for entry in known[name]
+            if '\n- **%s**: ' % entry[0] not in page]
+
+
 # ---- sections --------------------------------------------------------------------------------------
 
 def check_sections(page, source):
@@ -103,6 +113,13 @@ def check_links(root, pages):
     return wrong
 
 
+def check_contents(page):
+    """Every chapter is in the list of contents at the top."""
+    contents = page[:page.index('\n## ')]
+    return ['the contents do not lead to "%s"' % heading for heading in re.findall(r'^## (.*)$', page, re.M)
+            if '(#%s)' % anchor(heading) not in contents]
+
+
 # ---- listings --------------------------------------------------------------------------------------
 
 def with_sections(document, listing):
@@ -128,6 +145,11 @@ def check_tutorial(page, example):
 
 def check_the_checker():
     """The rules must catch what they are for."""
+    assert check_contents('[1](#1-meshes)\n\n## 1 Meshes\n') == []
+    assert check_contents('[1](#1-mesh)\n\n## 1 Meshes\n[1](#1-meshes)\n') != []
+    both = ''.join('const x_entry %s[1] = {{"Row"}};\n' % name for name in EXPLAINED)
+    assert check_explanations('\n- **Row**: one.\n', both) == []
+    assert len(check_explanations('\n- **Rows**: some.\n', both)) == len(EXPLAINED)
     entries = catalogues('const name_entry modes[2] = {{"Off"}, {"Loop"}};')['modes']
     table = '| number | name |\n|---|---|\n| 0 | "Off" |\n| 1 | "%s" |\n'
     assert check_table('modes', 0, table % 'Loop', entries) == []
@@ -152,6 +174,8 @@ def main():
     wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'sections.cpp'))
     wrong += check_links(root, pages)
+    wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
+    wrong += check_contents(pages['documents.md'])
     wrong += check_tutorial(pages['making-a-show.md'], read('productions', 'examples', 'spinning-cube', 'demo.xml'))
     for line in wrong:
         print(line)
