@@ -1,5 +1,6 @@
 #include "effects/manipulator.h"
 #include "effects/mesh_normals.h"
+#include "model/catalogues.h"
 #include "reference.h"
 #include "render/matrix.h"
 #include "texgen/cosine_table.h"
@@ -80,6 +81,15 @@ TEST_CASE("manipulators have 12, 10, 3 and 9 parameters")
         CHECK(manipulator_param_count(kind) == counts[kind]);
     for (const int32_t kind : {-1, 4, 2147483647})
         CHECK(manipulator_param_count(kind) == 0);
+}
+
+TEST_CASE("every manipulator has the parameters that its catalogue names")
+{
+    for (int32_t kind = 0; kind < manipulator_kind_count; ++kind) {
+        CAPTURE(kind);
+        CHECK(manipulator_param_count(kind) == manipulators[kind].param_count);
+        CHECK(manipulators[kind].param_count <= max_manipulator_params);
+    }
 }
 
 TEST_CASE("a new list holds its one placement; freeing none is harmless")
