@@ -5,7 +5,7 @@
 
 export DEBIAN_FRONTEND=noninteractive
 
-build_packages="cmake ninja-build g++ libsdl1.2-dev libgl-dev libglew-dev libstb-dev zlib1g-dev libegl-dev libegl1 libspng-dev fonts-dejavu-core python3"
+build_packages="cmake ninja-build g++ libsdl1.2-dev libgl-dev libglew-dev libstb-dev zlib1g-dev libegl-dev libegl1 libspng-dev nlohmann-json3-dev fonts-dejavu-core python3"
 x86_packages="g++-multilib libsdl1.2debian:i386 libglew2.2:i386 libgl1:i386 libgl1-mesa-dri:i386 zlib1g:i386"
 display_packages="xvfb xdotool imagemagick libgl1-mesa-dri"
 test_packages="doctest-dev ffmpeg"

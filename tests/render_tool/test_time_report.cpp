@@ -59,18 +59,44 @@ TEST_CASE("The report is JSON, with null for what was not measured")
     f.tracks = {{3, 1.25, no_time}, {4, 0.5, 0.125}};
     report.frames = {f, frame(2, 3, 4)};
     CHECK(time_report_json(report) == R"({
-  "production": "a \"b\"\\\u000a.dpk",
+  "production": "a \"b\"\\\n.dpk",
   "driver": "llvmpipe",
   "path": "glsl",
   "width": 640,
   "height": 480,
-  "frames_per_second": [30000, 1001],
+  "frames_per_second": [
+    30000,
+    1001
+  ],
   "frames": [
-    {"frame": 1, "seconds": 0.100000, "cpu_ms": 2.5000, "gpu_ms": null, "tracks": [{"track": 4, "cpu_ms": 1.2500, "gpu_ms": null}, {"track": 5, "cpu_ms": 0.5000, "gpu_ms": 0.1250}]},
-    {"frame": 2, "seconds": 0.200000, "cpu_ms": 3.0000, "gpu_ms": 4.0000, "tracks": []}
+    {"frame":1,"seconds":0.1,"cpu_ms":2.5,"gpu_ms":null,"tracks":[{"track":4,"cpu_ms":1.25,"gpu_ms":null},{"track":5,"cpu_ms":0.5,"gpu_ms":0.125}]},
+    {"frame":2,"seconds":0.2,"cpu_ms":3.0,"gpu_ms":4.0,"tracks":[]}
   ]
 }
 )");
+}
+
+static bool holds(const time_report& report, const std::string& part)
+{
+    return time_report_json(report).find(part) != std::string::npos;
+}
+
+TEST_CASE("Numbers of the report have four digits of a millisecond and six of a second")
+{
+    time_report report;
+    frame_time f = frame(1, 1.0 / 3, 2.00005);
+    f.seconds = 2.0 / 3;
+    f.tracks = {{0, -0.0001, 1e300}};
+    report.frames = {f};
+    CHECK(holds(report, "\"seconds\":0.666667,\"cpu_ms\":0.3333,\"gpu_ms\":2.0001,"));
+    CHECK(holds(report, "{\"track\":1,\"cpu_ms\":null,\"gpu_ms\":null}"));
+}
+
+TEST_CASE("A name that is no UTF-8 leaves the report readable")
+{
+    time_report report;
+    report.production = "caf\xE9.dpk";
+    CHECK(holds(report, "\"caf\xEF\xBF\xBD.dpk\""));
 }
 
 TEST_CASE("A report without frames is JSON too, and has no moments")

@@ -4,7 +4,10 @@
 #include "output_file.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <nlohmann/json.hpp>
 
 constexpr double moment_distance = 0.5; // s between two moments of the list
 constexpr size_t dearest_tracks = 3;    // named per moment
@@ -70,65 +73,53 @@ std::vector<std::string> slowest_moment_lines(const time_report& report, uint32_
 
 // ---- JSON -------------------------------------------------------------------------
 
-static std::string json_text(const std::string& text)
-{
-    std::string quoted = "\"";
-    for (const char c : text) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte < 0x20) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", unsigned{byte});
-            quoted += escape;
-            continue;
-        }
-        if (c == '"' || c == '\\')
-            quoted += '\\';
-        quoted += c;
-    }
-    return quoted + "\"";
-}
+using json = nlohmann::ordered_json;
 
-static std::string json_number(double value, int digits)
+constexpr double ms_digits = 1e4; // kept behind the point: four of milliseconds ...
+constexpr double s_digits = 1e6;  // ... and six of seconds
+
+static std::string json_text(const json& value, int indent)
 {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.*f", digits, value);
-    return text;
+    return value.dump(indent, ' ', false, json::error_handler_t::replace); // of names that are no UTF-8
 }
 
 // Not-a-number is none either: JSON has no word for it.
-static std::string json_time(double ms)
+static json json_time(double ms)
 {
-    return ms >= 0 && ms < 1e15 ? json_number(ms, 4) : "null";
+    return ms >= 0 && ms < 1e15 ? json(std::round(ms * ms_digits) / ms_digits) : json();
 }
 
-static void append_frame(std::string& json, const frame_time& frame)
+static json json_frame(const frame_time& frame)
 {
-    json += "    {\"frame\": " + std::to_string(frame.frame) + ", \"seconds\": " + json_number(frame.seconds, 6)
-        + ", \"cpu_ms\": " + json_time(frame.cpu_ms) + ", \"gpu_ms\": " + json_time(frame.gpu_ms) + ", \"tracks\": [";
-    for (size_t i = 0; i < frame.tracks.size(); ++i) {
-        const track_time& track = frame.tracks[i];
-        json += std::string(i == 0 ? "" : ", ") + "{\"track\": " + std::to_string(track.track + 1)
-            + ", \"cpu_ms\": " + json_time(track.cpu_ms) + ", \"gpu_ms\": " + json_time(track.gpu_ms) + "}";
-    }
-    json += "]}";
+    json tracks = json::array();
+    for (const track_time& track : frame.tracks)
+        tracks.push_back(
+            {{"track", track.track + 1}, {"cpu_ms", json_time(track.cpu_ms)}, {"gpu_ms", json_time(track.gpu_ms)}});
+    return {{"frame", frame.frame}, {"seconds", std::round(frame.seconds * s_digits) / s_digits},
+        {"cpu_ms", json_time(frame.cpu_ms)}, {"gpu_ms", json_time(frame.gpu_ms)}, {"tracks", tracks}};
+}
+
+// A frame a line, which the library has no layout for.
+static std::string json_lines(const std::vector<frame_time>& frames)
+{
+    std::string lines;
+    for (const frame_time& frame : frames)
+        lines += (lines.empty() ? "\n    " : ",\n    ") + json_text(json_frame(frame), -1);
+    return lines.empty() ? "[]" : "[" + lines + "\n  ]";
 }
 
 std::string time_report_json(const time_report& report)
 {
-    std::string json = "{\n  \"production\": " + json_text(report.production)
-        + ",\n  \"driver\": " + json_text(report.driver) + ",\n  \"path\": " + json_text(report.path)
-        + ",\n  \"width\": " + std::to_string(report.width) + ",\n  \"height\": " + std::to_string(report.height)
-        + ",\n  \"frames_per_second\": [" + std::to_string(report.rate.numerator) + ", "
-        + std::to_string(report.rate.denominator) + "],\n  \"frames\": [";
-    for (size_t i = 0; i < report.frames.size(); ++i) {
-        json += i == 0 ? "\n" : ",\n";
-        append_frame(json, report.frames[i]);
-    }
-    return json + (report.frames.empty() ? "]\n}\n" : "\n  ]\n}\n");
+    const json head
+        = {{"production", report.production}, {"driver", report.driver}, {"path", report.path}, {"width", report.width},
+            {"height", report.height}, {"frames_per_second", {report.rate.numerator, report.rate.denominator}}};
+    std::string text = json_text(head, 2);
+    text.resize(text.size() - std::strlen("\n}"));
+    return text + ",\n  \"frames\": " + json_lines(report.frames) + "\n}\n";
 }
 
 bool write_time_report(const std::string& path, const time_report& report, std::string& error)
 {
-    const std::string json = time_report_json(report);
-    return write_file(path, {reinterpret_cast<const uint8_t*>(json.data()), json.size()}, error);
+    const std::string text = time_report_json(report);
+    return write_file(path, {reinterpret_cast<const uint8_t*>(text.data()), text.size()}, error);
 }

@@ -45,7 +45,8 @@ std::vector<frame_time> slowest_moments(const time_report& report, uint32_t coun
 // These as text, one line each: time, CPU and GPU time, and the three dearest tracks.
 std::vector<std::string> slowest_moment_lines(const time_report& report, uint32_t count);
 
-// The whole report as JSON text; times that were not measured are null.
+// The whole report as JSON text, a line for every frame; times that were not measured are
+// null. What is no UTF-8 in the name of a production becomes U+FFFD.
 std::string time_report_json(const time_report& report);
 
 [[nodiscard]] bool write_time_report(const std::string& path, const time_report& report, std::string& error);
