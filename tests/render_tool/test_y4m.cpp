@@ -3,10 +3,10 @@
 #include <cmath>
 #include <doctest/doctest.h>
 
-static std::vector<uint8_t> frame_of(const picture& p, yuv_matrix matrix, yuv_sampling sampling)
+static std::vector<uint8_t> frame_of(const picture& p, yuv_matrix matrix)
 {
     std::vector<uint8_t> bytes;
-    y4m_frame(p, matrix, sampling, bytes);
+    y4m_frame(p, matrix, bytes);
     REQUIRE(bytes.size() >= 6);
     CHECK(std::string(bytes.begin(), bytes.begin() + 6) == "FRAME\n");
     return {bytes.begin() + 6, bytes.end()};
@@ -15,7 +15,7 @@ static std::vector<uint8_t> frame_of(const picture& p, yuv_matrix matrix, yuv_sa
 // Y, Cb, Cr of one colour.
 static std::vector<uint8_t> yuv_of(uint8_t red, uint8_t green, uint8_t blue, yuv_matrix matrix)
 {
-    return frame_of(make_picture(1, 1, red, green, blue), matrix, yuv_444);
+    return frame_of(make_picture(1, 1, red, green, blue), matrix);
 }
 
 using bytes_of = std::vector<uint8_t>;
@@ -60,27 +60,26 @@ TEST_CASE("Chroma of 4:2:0 is of the mean of its pixels, also at odd borders")
     }
     p.rgb[4 * 3] = 0; // and one blue pixel among the four
     p.rgb[4 * 3 + 2] = 255;
-    const bytes_of yuv = frame_of(p, yuv_bt601, yuv_420);
+    const bytes_of yuv = frame_of(p, yuv_bt601);
     REQUIRE(yuv.size() == 9 + 4 + 4);
     CHECK(bytes_of(yuv.begin(), yuv.begin() + 9) == bytes_of{81, 81, 41, 81, 41, 41, 41, 41, 41});
     // Three reds (Cb 90.2, Cr 240) and one blue (240, 109.8): 127.7 and 207.4.
     CHECK(bytes_of(yuv.begin() + 9, yuv.end()) == bytes_of{128, 240, 240, 240, 207, 110, 110, 110});
 }
 
-TEST_CASE("The planes of 4:4:4 are as large as the picture")
+TEST_CASE("The planes of colour have half the sides of the picture, rounded up")
 {
     picture p = make_picture(2, 1, 255, 0, 0);
     p.rgb[3] = p.rgb[4] = p.rgb[5] = 255;
-    CHECK(frame_of(p, yuv_bt601, yuv_444) == bytes_of{81, 235, 90, 128, 240, 128});
-    CHECK(y4m_frame_size(2, 1, yuv_444) == 12);
-    CHECK(y4m_frame_size(2, 1, yuv_420) == 6 + 2 + 2);
-    CHECK(y4m_frame_size(1919, 1079, yuv_420) == 6 + 1919 * 1079 + 2 * 960 * 540);
+    CHECK(frame_of(p, yuv_bt601) == bytes_of{81, 235, 109, 184}); // the middle of 90 and 128, of 240 and 128
+    CHECK(y4m_frame_size(2, 1) == 6 + 2 + 2);
+    CHECK(y4m_frame_size(1919, 1079) == 6 + 1919 * 1079 + 2 * 960 * 540);
 }
 
 TEST_CASE("The stream begins with size, rate, sampling and range")
 {
-    CHECK(y4m_header(640, 480, {25, 1}, yuv_420) == "YUV4MPEG2 W640 H480 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n");
-    CHECK(y4m_header(3, 2, {30000, 1001}, yuv_444) == "YUV4MPEG2 W3 H2 F30000:1001 Ip A1:1 C444 XCOLORRANGE=LIMITED\n");
+    CHECK(y4m_header(640, 480, {25, 1}) == "YUV4MPEG2 W640 H480 F25:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n");
+    CHECK(y4m_header(3, 2, {30000, 1001}) == "YUV4MPEG2 W3 H2 F30000:1001 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n");
 }
 
 TEST_CASE("The matrix is the one that players guess from the size")
@@ -95,6 +94,6 @@ TEST_CASE("The matrix is the one that players guess from the size")
 TEST_CASE("A picture that is not whole gives no frame")
 {
     std::vector<uint8_t> bytes = {1, 2, 3};
-    y4m_frame({}, yuv_bt601, yuv_420, bytes);
+    y4m_frame({}, yuv_bt601, bytes);
     CHECK(bytes.empty());
 }

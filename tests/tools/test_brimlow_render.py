@@ -1063,6 +1063,9 @@ class VideoTest(RenderTest):
             self.assertEqual(told in errors, size[0] == 34)
             pixels = self.pictures(name)[:34 * 26 * 3 if size[0] == 34 else 33 * 25 * 3]
             self.assertGreater(min(pixels[0::3]), 240)  # red up to the border
+        self.done('-yo', 'odd.mp4', '--size', '33x25', '--fps', '10', '--ffmpeg', '-vf hue=s=0')  # in place of our filters
+        video = self.probe('odd.mp4')[1]['video']
+        self.assertEqual((video['width'], video['height']), (34, 26))
 
     def test_every_kind_begins_at_0(self):
         self.put_show()

@@ -50,7 +50,8 @@ std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
 // sizes above the picture's this repeats pixels, with mixed ones at their borders.
 picture scale_picture(const picture& p, uint32_t width, uint32_t height);
 
-// The picture with even sides: an odd one gets its last column or row twice.
+// The picture with even sides: an odd one gets its last column or row twice. (Not by a filter
+// of ffmpeg, which a user's own -vf would put out of place.)
 picture even_picture(const picture& p);
 
 // The greatest size inside width x height of the picture's own aspect, at least 1 x 1.

@@ -37,7 +37,7 @@ static bool write_to_descriptor(int descriptor, std::span<const uint8_t> bytes, 
 static bool write_stream_frame(const picture_worker& worker, const picture& image, std::string& problem)
 {
     std::vector<uint8_t> bytes;
-    y4m_frame(image, matrix_for_size(image.width, image.height), yuv_420, bytes);
+    y4m_frame(image, matrix_for_size(image.width, image.height), bytes);
     return write_to_descriptor(worker.descriptor, bytes, problem);
 }
 

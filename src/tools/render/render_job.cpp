@@ -325,7 +325,7 @@ static bool open_video(render_job& job, std::string& problem)
 
 static bool open_stream(render_job& job, std::string& problem)
 {
-    const std::string header = y4m_header(job.options.width, job.options.height, job.options.rate, yuv_420);
+    const std::string header = y4m_header(job.options.width, job.options.height, job.options.rate);
     job.pictures.kind = worker_stream;
     job.pictures.descriptor = job.output;
     if (write_all(job.output, {reinterpret_cast<const uint8_t*>(header.data()), header.size()}))

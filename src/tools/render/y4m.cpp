@@ -50,24 +50,22 @@ yuv_matrix matrix_for_size(uint32_t width, uint32_t height)
     return width >= 1280 || height > 576 ? yuv_bt709 : yuv_bt601;
 }
 
-std::string y4m_header(uint32_t width, uint32_t height, frame_rate rate, yuv_sampling sampling)
+std::string y4m_header(uint32_t width, uint32_t height, frame_rate rate)
 {
     return "YUV4MPEG2 W" + std::to_string(width) + " H" + std::to_string(height) + " F" + std::to_string(rate.numerator)
-        + ":" + std::to_string(rate.denominator) + " Ip A1:1 C" + (sampling == yuv_444 ? "444" : "420jpeg")
-        + " XCOLORRANGE=LIMITED\n";
+        + ":" + std::to_string(rate.denominator) + " Ip A1:1 C420jpeg XCOLORRANGE=LIMITED\n";
 }
 
 constexpr char frame_line[] = {'F', 'R', 'A', 'M', 'E', '\n'};
 
-static uint64_t chroma_size(uint32_t size, yuv_sampling sampling)
+static uint64_t chroma_size(uint32_t size)
 {
-    return sampling == yuv_444 ? size : (uint64_t{size} + 1) / 2;
+    return (uint64_t{size} + 1) / 2;
 }
 
-uint64_t y4m_frame_size(uint32_t width, uint32_t height, yuv_sampling sampling)
+uint64_t y4m_frame_size(uint32_t width, uint32_t height)
 {
-    return sizeof frame_line + uint64_t{width} * height
-        + 2 * chroma_size(width, sampling) * chroma_size(height, sampling);
+    return sizeof frame_line + uint64_t{width} * height + 2 * chroma_size(width) * chroma_size(height);
 }
 
 static void write_luma(const picture& p, const yuv_weights& w, uint8_t* to)
@@ -78,19 +76,9 @@ static void write_luma(const picture& p, const yuv_weights& w, uint8_t* to)
     }
 }
 
-// One sample for each pixel.
-static void write_chroma_444(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
-{
-    for (size_t i = 0; i < p.rgb.size(); i += 3) {
-        const int32_t rgb[3] = {p.rgb[i], p.rgb[i + 1], p.rgb[i + 2]};
-        *cb++ = combine(w.cb, rgb, 128, 1);
-        *cr++ = combine(w.cr, rgb, 128, 1);
-    }
-}
-
 // One sample for each 2 x 2 pixels. At odd borders the last pixel is taken twice, which
 // is the mean of what is there.
-static void write_chroma_420(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
+static void write_chroma(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
 {
     for (uint32_t y = 0; y < p.height; y += 2) {
         const uint8_t* top = &p.rgb[size_t{y} * p.width * 3];
@@ -107,20 +95,17 @@ static void write_chroma_420(const picture& p, const yuv_weights& w, uint8_t* cb
     }
 }
 
-void y4m_frame(const picture& p, yuv_matrix matrix, yuv_sampling sampling, std::vector<uint8_t>& bytes)
+void y4m_frame(const picture& p, yuv_matrix matrix, std::vector<uint8_t>& bytes)
 {
     bytes.clear();
     if (!is_whole(p))
         return;
-    bytes.resize(static_cast<size_t>(y4m_frame_size(p.width, p.height, sampling)));
+    bytes.resize(static_cast<size_t>(y4m_frame_size(p.width, p.height)));
     std::copy(std::begin(frame_line), std::end(frame_line), bytes.begin());
     uint8_t* luma = bytes.data() + sizeof frame_line;
     uint8_t* cb = luma + size_t{p.width} * p.height;
-    uint8_t* cr = cb + static_cast<size_t>(chroma_size(p.width, sampling) * chroma_size(p.height, sampling));
+    uint8_t* cr = cb + static_cast<size_t>(chroma_size(p.width) * chroma_size(p.height));
     const yuv_weights w = weights_of(matrix);
     write_luma(p, w, luma);
-    if (sampling == yuv_444)
-        write_chroma_444(p, w, cb, cr);
-    else
-        write_chroma_420(p, w, cb, cr);
+    write_chroma(p, w, cb, cr);
 }

@@ -14,19 +14,18 @@
 #include <vector>
 
 enum yuv_matrix : int32_t { yuv_bt601, yuv_bt709 };
-enum yuv_sampling : int32_t { yuv_420, yuv_444 };
 
 // BT.709 from 1280 pixels of width or 577 of height, else BT.601.
 yuv_matrix matrix_for_size(uint32_t width, uint32_t height);
 
-// The stream's first line: size, rate, progressive, square pixels, sampling (420jpeg:
-// chroma in the middle of its four pixels) and limited range; with its line end.
-std::string y4m_header(uint32_t width, uint32_t height, frame_rate rate, yuv_sampling sampling);
+// The stream's first line: size, rate, progressive, square pixels, 4:2:0 (420jpeg: chroma
+// in the middle of its four pixels) and limited range; with its line end.
+std::string y4m_header(uint32_t width, uint32_t height, frame_rate rate);
 
 // Bytes of one frame with its "FRAME" line.
-uint64_t y4m_frame_size(uint32_t width, uint32_t height, yuv_sampling sampling);
+uint64_t y4m_frame_size(uint32_t width, uint32_t height);
 
-// Replaces `bytes` by one frame: "FRAME\n", then the planes Y, Cb, Cr. With 4:2:0 each
-// chroma sample is of the mean of its 2 x 2 pixels (fewer at odd borders). Nothing for a
-// picture that is not whole.
-void y4m_frame(const picture& p, yuv_matrix matrix, yuv_sampling sampling, std::vector<uint8_t>& bytes);
+// Replaces `bytes` by one frame: "FRAME\n", then the planes Y, Cb, Cr. Each chroma
+// sample is of the mean of its 2 x 2 pixels (fewer at odd borders). Nothing for a picture
+// that is not whole.
+void y4m_frame(const picture& p, yuv_matrix matrix, std::vector<uint8_t>& bytes);
