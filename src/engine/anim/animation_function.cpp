@@ -4,6 +4,8 @@
 #include "content/numbers.h"
 
 #include <algorithm>
+#include <cassert>
+#include <iterator>
 
 // ---- time ---------------------------------------------------------------------
 
@@ -41,6 +43,7 @@ struct segment_place {
 // A boundary belongs to the earlier segment; beyond the last one its end is held.
 static segment_place find_segment(const animation_function& function, uint32_t time)
 {
+    assert(function.segment_count > 0);
     const uint32_t count = std::min<uint32_t>(function.segment_count, max_segments);
     uint32_t i = 0;
     while (time > function.segment_length[i]) {
@@ -108,6 +111,7 @@ static long double spline_value(const float params[max_segment_params], long dou
     if (j > last_spline_point + 1)
         return points[last_spline_point].y;
 
+    assert(j >= 2 && j + 1 < static_cast<int>(std::size(points)));
     const spline_point& p0 = points[j - 2];
     const spline_point& p1 = points[j - 1];
     const spline_point& p2 = points[j];
@@ -134,6 +138,7 @@ static bool is_known_segment(int32_t type)
 // Extended precision throughout; the caller rounds once.
 static long double segment_value(int32_t type, const float p[max_segment_params], long double x)
 {
+    assert(is_known_segment(type));
     switch (static_cast<segment_kind>(type)) {
     case segment_constant:
         return p[0];
@@ -163,6 +168,7 @@ float evaluate_function(animation_function& function, uint32_t time)
 
     const uint32_t looped = function.loop_type == loop_off ? time : loop_time(function, time);
     const segment_place place = find_segment(function, looped);
+    assert(place.segment < max_segments && place.time <= function.segment_length[place.segment]);
     const int32_t type = function.segment_type[place.segment];
     // Quirk: the time is remembered already but the value is not, so that a second
     // call at the same time returns the value before ("an unknown formula gives 1

@@ -7,6 +7,7 @@
 // give not-a-number.
 #pragma once
 
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 
@@ -28,19 +29,20 @@ struct reduced_angle {
     uint32_t quadrant; // quarter turns taken off, modulo 4
 };
 
+inline bool is_reducible(long double angle)
+{
+    return std::fabs(angle) <= max_reduced_angle; // not-a-number is not
+}
+
 // `angle` within max_reduced_angle.
 inline reduced_angle reduce_angle(long double angle)
 {
+    assert(is_reducible(angle));
     const long double half = angle < 0.0L ? -0.5L : 0.5L;
     const int32_t turns = static_cast<int32_t>(angle * quarter_turns_per_radian + half);
     const long double rest
         = ((angle - turns * quarter_turn_high) - turns * quarter_turn_middle) - turns * quarter_turn_low;
     return {rest, static_cast<uint32_t>(turns) & 3u};
-}
-
-inline bool is_reducible(long double angle)
-{
-    return std::fabs(angle) <= max_reduced_angle; // not-a-number is not
 }
 
 inline long double extended_sine(long double angle)

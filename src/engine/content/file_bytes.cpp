@@ -1,6 +1,7 @@
 #include "content/file_bytes.h"
 #include "content/owners.h"
 
+#include <cassert>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -16,6 +17,7 @@ const char* plain_file_problem(mode_t mode)
 
 FILE* open_plain_file(const char* path, const char** problem)
 {
+    assert(path != nullptr);
     const char* ignored = nullptr;
     const char*& reason = problem ? *problem : ignored;
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); // a named pipe opens at once
@@ -32,6 +34,7 @@ FILE* open_plain_file(const char* path, const char** problem)
 
 bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t* size, const char** problem)
 {
+    assert(bytes != nullptr && size != nullptr);
     const char* ignored = nullptr;
     const char*& reason = problem ? *problem : ignored;
     const owned_file file(open_plain_file(path, &reason));
@@ -57,6 +60,7 @@ bool read_whole_file(const char* path, uint32_t limit, uint8_t** bytes, uint32_t
 
 bool write_all(int descriptor, std::span<const uint8_t> bytes)
 {
+    assert(descriptor >= 0);
     while (!bytes.empty()) {
         const ssize_t written = write(descriptor, bytes.data(), bytes.size());
         if (written < 0 && errno != EINTR)

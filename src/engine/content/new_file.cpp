@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -105,6 +106,7 @@ static std::string temporary_name(const std::string& target)
 // One that replaces another is nobody else's until it has the permissions of that.
 static void make_temporary(new_file& file)
 {
+    assert(file.open && file.temporary.empty());
     const mode_t permissions = file.replaces ? 0600 : file.rules.permissions;
     std::string name;
     do {
@@ -117,6 +119,7 @@ static void make_temporary(new_file& file)
 
 const char* new_file_open(new_file& file, const std::string& path, const new_file_rules& rules)
 {
+    assert(!file.open); // it would be left behind
     file = {};
     file.rules = rules;
     file.target = path;
@@ -151,6 +154,7 @@ const std::string& new_file_path(const new_file& file)
 
 const char* new_file_write(new_file& file, const void* bytes, size_t size)
 {
+    assert(file.open && (bytes != nullptr || size == 0));
     std::span rest(static_cast<const uint8_t*>(bytes), size);
     while (!rest.empty()) {
         if (signal_waits(file.held))
@@ -197,6 +201,7 @@ static void settle_folder(const std::string& target)
 
 static const char* put_into_place(new_file& file)
 {
+    assert(file.open && file.descriptor >= 0);
     if (file.replaces && file.rules.safe_on_disk && fsync(file.descriptor) != 0)
         return std::strerror(errno);
     const int descriptor = file.descriptor;

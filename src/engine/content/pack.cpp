@@ -1,6 +1,7 @@
 #include "content/pack.h"
 #include "content/owners.h"
 
+#include <cassert>
 #include <cstring>
 
 // ---- the index -------------------------------------------------------------------
@@ -17,6 +18,7 @@ struct raw_slot {
 
 static bool seek(FILE* pack, uint64_t offset)
 {
+    assert(pack != nullptr);
     return fseeko(pack, static_cast<off_t>(offset), SEEK_SET) == 0;
 }
 
@@ -64,6 +66,7 @@ static bool entry_range(FILE* pack, const raw_slot& slot, uint32_t& start, uint3
 // meets the first byte of the start offset.
 static bool slot_has_name(FILE* pack, uint64_t offset, const raw_slot& slot, const char* name)
 {
+    assert(name[0] != '\0');
     size_t i = 0;
     for (; i < pack_slot_size; ++i) {
         if (slot.bytes[i] != static_cast<uint8_t>(name[i]))
@@ -106,6 +109,7 @@ static pack_status find_slot(FILE* pack, const char* name, raw_slot& slot)
 
 static pack_status read_range(FILE* pack, uint32_t start, uint32_t size, uint8_t** bytes)
 {
+    assert(bytes != nullptr);
     owned_block<uint8_t> block(static_cast<uint8_t*>(std::malloc(size > 0 ? size : 1)));
     if (!block)
         return pack_out_of_memory;
@@ -117,6 +121,7 @@ static pack_status read_range(FILE* pack, uint32_t start, uint32_t size, uint8_t
 
 pack_status pack_read_entry(FILE* pack, const char* name, uint8_t** bytes, uint32_t* size)
 {
+    assert(bytes != nullptr && size != nullptr);
     if (!pack || !name)
         return pack_missing;
     raw_slot slot;

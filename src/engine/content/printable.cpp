@@ -1,11 +1,13 @@
 #include "content/printable.h"
 
+#include <cassert>
 #include <cstdint>
 
 // Length in bytes of the letter at the start of `text`; 0 where it is no UTF-8: a stray or
 // missing byte, a longer form than needed, half of a pair, or a number beyond the last.
 static size_t letter_length(std::string_view text)
 {
+    assert(!text.empty());
     const auto byte = [text](size_t at) { return static_cast<uint8_t>(text[at]); };
     const uint8_t first = byte(0);
     if (first < 0x80)
@@ -30,6 +32,7 @@ static size_t letter_length(std::string_view text)
 
 static bool is_control(std::string_view letter)
 {
+    assert(!letter.empty());
     const auto first = static_cast<uint8_t>(letter[0]);
     return first < 0x20 || first == 0x7F || (first == 0xC2 && static_cast<uint8_t>(letter[1]) < 0xA0);
 }

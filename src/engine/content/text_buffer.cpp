@@ -1,6 +1,7 @@
 #include "content/text_buffer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +10,7 @@
 // Makes room for `needed` bytes in all, doubling the capacity as often as it takes.
 static bool grow(char** buffer, uint32_t* capacity, uint64_t needed)
 {
+    assert(needed > 0);
     uint64_t grown = *buffer && *capacity ? *capacity : text_buffer_first_capacity;
     while (grown < needed)
         grown *= 2;
@@ -26,6 +28,7 @@ static bool grow(char** buffer, uint32_t* capacity, uint64_t needed)
 
 bool buffer_printf(char** buffer, uint32_t* capacity, uint32_t* used, const char* format, ...)
 {
+    assert(buffer != nullptr && capacity != nullptr && used != nullptr);
     char piece[text_buffer_piece_size];
     va_list arguments;
     va_start(arguments, format);
@@ -37,6 +40,7 @@ bool buffer_printf(char** buffer, uint32_t* capacity, uint32_t* used, const char
     const uint32_t length = std::min(static_cast<uint32_t>(formatted), text_buffer_piece_size - 1);
     if (!grow(buffer, capacity, uint64_t{*used} + length + 3))
         return false;
+    assert(uint64_t{*used} + length < *capacity);
     std::memcpy(*buffer + *used, piece, length);
     *used += length;
     (*buffer)[*used] = '\0';

@@ -2,6 +2,7 @@
 #include "content/xml_nodes.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 
 static char* copy_bytes(const char* begin, size_t length)
 {
+    assert(begin != nullptr);
     char* copy = static_cast<char*>(std::malloc(length + 1));
     if (!copy)
         return nullptr;
@@ -27,6 +29,7 @@ xml_node* xml_new_empty_node()
 // The array's capacity is the next power of two, so that appending n costs n.
 xml_attribute* xml_append_attribute(xml_node* node, char* name)
 {
+    assert(node->attribute_count >= 0 && name != nullptr);
     const auto count = static_cast<size_t>(node->attribute_count);
     if ((count & (count - 1)) == 0) {
         const size_t capacity = count == 0 ? 1 : 2 * count;
@@ -53,6 +56,8 @@ xml_attribute* xml_find_attribute(const xml_node* node, const char* name)
 
 void xml_append_child(xml_node* parent, xml_node* last_child, xml_node* child)
 {
+    assert(child->parent == nullptr && child->next_sibling == nullptr);
+    assert(last_child != nullptr ? last_child->next_sibling == nullptr : parent->first_child == nullptr);
     child->parent = parent;
     if (last_child)
         last_child->next_sibling = child;
@@ -102,6 +107,7 @@ static bool is_space(char byte)
 
 static char* copy_token(xml_reader& reader, const char* end)
 {
+    assert(reader.token <= end);
     char* copy = copy_bytes(reader.token, static_cast<size_t>(end - reader.token));
     reader.exhausted = reader.exhausted || !copy;
     return copy;
@@ -122,6 +128,7 @@ static void open_element(xml_reader& reader)
         return;
     }
     xml_node* current = reader.current;
+    assert(current == reader.root || current->parent != nullptr);
     if (current == reader.root) // whatever came last: the root has no siblings
         xml_append_child(current, reader.last_top_level, node);
     else if (reader.event == event_open)
@@ -162,11 +169,13 @@ static void read_less_than(xml_reader& reader, const char* at)
 
 static void take_name(xml_reader& reader, const char* end)
 {
+    assert(reader.current != reader.root && reader.current->name == nullptr);
     reader.current->name = copy_token(reader, end);
 }
 
 static void take_attribute_name(xml_reader& reader, const char* end)
 {
+    assert(reader.current != reader.root);
     char* name = count_item(reader) ? copy_token(reader, end) : nullptr;
     if (!name || !xml_append_attribute(reader.current, name)) {
         std::free(name);
@@ -179,6 +188,7 @@ static void take_attribute_name(xml_reader& reader, const char* end)
 static void take_value(xml_reader& reader, const char* end)
 {
     xml_node* node = reader.current;
+    assert(node->attribute_count > 0);
     node->attributes[node->attribute_count - 1].value = copy_token(reader, end);
     reader.state = state_tag;
 }
@@ -302,6 +312,7 @@ static void note_fault(xml_fault& fault, xml_fault_kind kind, uint32_t line, con
 
 static void note_unclosed(fault_search& search, const tag_start& element)
 {
+    assert(element.node != nullptr);
     const char* name = element.node->name ? element.node->name : "";
     note_fault(search.unclosed, xml_unclosed_element, element.line, name, std::strlen(name));
 }
@@ -348,6 +359,7 @@ static void note_misread(fault_search& search, const char* at, bool is_open)
         = reader.state == state_before_value && !is_space(*at) && *at != '"' && *at != '>' && !ends_element;
     if (!is_cut && !is_bare)
         return;
+    assert(reader.current->attribute_count > 0);
     const char* name = reader.current->attributes[reader.current->attribute_count - 1].name;
     note_fault(search.misread, is_cut ? xml_cut_value : xml_unquoted_value, search.line, name, std::strlen(name));
 }
@@ -420,6 +432,7 @@ const char* xml_get_attribute(const xml_node* node, const char* name)
 
 static void free_one_node(xml_node* node)
 {
+    assert(node->attribute_count == 0 || node->attributes != nullptr);
     for (int32_t i = 0; i < node->attribute_count; ++i) {
         std::free(node->attributes[i].name);
         std::free(node->attributes[i].value);

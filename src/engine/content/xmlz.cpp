@@ -2,6 +2,7 @@
 #include "content/owners.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <zlib.h>
 
@@ -25,6 +26,7 @@ static bool is_stream_header(const uint8_t* bytes)
 // Inflates a stream, which must be whole down to its checksum and fill `content` exactly.
 static xmlz_status inflate_whole(const uint8_t* bytes, uint32_t size, uint8_t* content, uint32_t content_size)
 {
+    assert(bytes != nullptr && content != nullptr);
     z_stream stream = {};
     stream.next_in = const_cast<uint8_t*>(bytes); // the library only reads them
     stream.avail_in = size;
@@ -41,6 +43,7 @@ static xmlz_status inflate_whole(const uint8_t* bytes, uint32_t size, uint8_t* c
 
 xmlz_status xmlz_inflate(const uint8_t* entry, uint32_t entry_size, uint8_t** bytes, uint32_t* size)
 {
+    assert(bytes != nullptr && size != nullptr);
     if (!entry || entry_size < size_word + stream_header)
         return xmlz_damaged;
     if (!is_stream_header(entry + size_word))
@@ -85,6 +88,7 @@ uint8_t* xmlz_store(const uint8_t* bytes, uint32_t size, uint32_t* entry_size)
 {
     if (size > xmlz_max_size)
         return nullptr;
+    assert((bytes != nullptr || size == 0) && entry_size != nullptr);
     const uint32_t block_count = std::max<uint32_t>(1, (size + max_stored_block - 1) / max_stored_block);
     const uint32_t total = size_word + 2 + 5 * block_count + size + 4;
     uint8_t* entry = static_cast<uint8_t*>(std::malloc(total));
@@ -111,6 +115,7 @@ uint8_t* xmlz_store(const uint8_t* bytes, uint32_t size, uint32_t* entry_size)
     const auto checksum = static_cast<uint32_t>(adler32_z(1, bytes, size));
     for (int shift = 24; shift >= 0; shift -= 8)
         *out++ = static_cast<uint8_t>(checksum >> shift);
+    assert(out == entry + total);
     *entry_size = total;
     return entry;
 }

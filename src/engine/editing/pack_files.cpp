@@ -7,6 +7,7 @@
 #include "content/printable.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -119,6 +120,7 @@ static bool same_file(const file_identity& a, const file_identity& b)
 // or more by now, or the target takes no more.
 static bool copy_stream(FILE* from, const std::string& path, new_file& to, uint64_t size, const std::string& to_path)
 {
+    assert(from != nullptr && to.open);
     std::vector<uint8_t> block(65536);
     errno = 0;
     while (size > 0) {
@@ -248,12 +250,14 @@ static std::vector<uint8_t> make_head(const std::vector<pack_source>& sources)
     uint8_t* slot = head.data() + pack_index_offset;
     for (const pack_source& source : sources) {
         const auto size = static_cast<uint32_t>(source.size);
+        assert(std::strlen(source.name) < pack_name_size); // prepare_sources refuses others
         std::memcpy(slot, source.name, std::strlen(source.name));
         put_big_endian(slot + pack_name_size, start);
         put_big_endian(slot + pack_name_size + 4, start + size - 1);
         start += size;
         slot += pack_slot_size;
     }
+    assert(slot + pack_name_size == head.data() + head.size());
     return head;
 }
 
@@ -286,6 +290,7 @@ static bool write_source(const pack_source& source, new_file& out, const char* o
 
 static bool keep_written(new_file& out, const std::string& out_path)
 {
+    assert(out.open);
     const char* problem = new_file_keep(out);
     return !problem || refuse_writing(out_path, problem);
 }
@@ -325,6 +330,7 @@ bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE*
 // through no symbolic link on the way.
 static bool make_folders(const std::string& path, size_t name_at)
 {
+    assert(name_at < path.size());
     for (size_t slash = path.find('/', name_at); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         const std::string folder = path.substr(0, slash);
         const bool made = mkdir(folder.c_str(), 0700) == 0;
@@ -396,6 +402,7 @@ bool pack_extract_all(FILE* pack, const char* prefix, bool replace)
 
 static bool export_file(const pack_file_list* node, FILE* pack, const char* prefix, bool replace)
 {
+    assert(node->source_dir != nullptr);
     const std::string source_path = std::string(node->source_dir) + node->name;
     const std::string path = std::string(prefix) + node->name;
     uint64_t size = 0;

@@ -4,6 +4,7 @@
 #include "texgen/maze_tables.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -204,6 +205,7 @@ static constexpr maze_cell_plan maze_cell_plans[16] = {
 
 static uint32_t maze_cell_case(const maze_grid& grid, uint32_t row, uint32_t column)
 {
+    assert(row < grid.cells && column < grid.cells);
     const size_t side = size_t{grid.cells} + 1;
     const uint8_t* top = grid.bits.get() + row * side + column;
     const uint8_t* bottom = top + side;
@@ -218,6 +220,7 @@ static uint8_t maze_weight(uint32_t level, uint32_t cell_case, uint32_t i, uint3
         return 0;
     if (cell_case == 15)
         return 255;
+    assert(cell_case < 15);
     const maze_cell_plan plan = maze_cell_plans[cell_case];
     const uint32_t last = (1u << level) - 1;
     const uint32_t row = plan.flip_rows ? last - i : i;
@@ -229,6 +232,7 @@ static uint8_t maze_weight(uint32_t level, uint32_t cell_case, uint32_t i, uint3
 static void generate_maze(const float* values, uint8_t* pixels, uint32_t size)
 {
     const double wanted = std::nearbyint(static_cast<double>(values[3]));
+    assert(maze_table(1, 0)[0] == maze_curve[255]); // build_maze_tables was called
     const auto level = static_cast<uint32_t>(std::fmin(std::fmax(wanted, 1.0), maze_level_count));
     const maze_grid grid = random_maze_grid(size >> level, values[4], values[5]);
     if (grid.bits == nullptr)
@@ -259,6 +263,7 @@ struct brick_rhythm {
 
 static brick_rhythm make_rhythm(float count, float margin, uint32_t size)
 {
+    assert(size > 0);
     const int32_t bricks = std::clamp(truncate_to_int(count), 0, max_brick_count);
     return {static_cast<float>(size) / static_cast<float>(bricks), truncate_to_int(margin)};
 }
@@ -278,6 +283,7 @@ struct brick_place {
 // ("... a pixel on a joint belongs to the brick before it" tests it).
 static brick_place find_brick(const brick_rhythm& rhythm, uint32_t position)
 {
+    assert(rhythm.period > 0.0f); // or it is never reached
     brick_place place = {0, false};
     const long double period = rhythm.period;
     long double t = position;
@@ -298,6 +304,7 @@ static void generate_bricks(const float* values, uint8_t* pixels, uint32_t size)
     const brick_rhythm joints = make_rhythm(values[7], values[9], size);
     const int64_t remainder = int64_t{truncate_to_int(values[10])} % size;
     const auto shift = static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder); // a true modulo
+    assert(shift < size);
     const std::unique_ptr<bool[]> brick_columns(new (std::nothrow) bool[size]);
     if (brick_columns == nullptr)
         return;

@@ -2,7 +2,9 @@
 
 #include "content/numbers.h"
 
+#include <cassert>
 #include <cstddef>
+#include <iterator>
 
 constexpr uint32_t tables_per_level = 4;
 
@@ -60,11 +62,13 @@ static double corner_weight(uint32_t table, double m, double i, double j)
 
 static void build_table(uint32_t level, uint32_t table)
 {
+    assert(level >= 1 && level <= maze_level_count && table < tables_per_level);
     const uint32_t side = 1u << level;
     uint8_t* bytes = table_bytes + level_begin(level) + (static_cast<size_t>(table) << (2 * level));
     for (uint32_t i = 0; i < side; ++i)
         for (uint32_t j = 0; j < side; ++j)
             *bytes++ = maze_curve[low_byte(truncate_to_int(corner_weight(table, side - 1, i, j)))];
+    assert(bytes <= std::end(table_bytes));
 }
 
 void build_maze_tables()

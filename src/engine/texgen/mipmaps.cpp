@@ -1,6 +1,7 @@
 #include "texgen/mipmaps.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -37,6 +38,7 @@ static void reduce_to_column(const mipmap_source& source, uint32_t height, uint8
 
 static void reduce_to_row(const mipmap_source& source, uint32_t width, uint8_t* out)
 {
+    assert(source.row >= 2 * width * source.components);
     for (uint32_t k = 0; k < width; ++k)
         for (size_t c = 0; c < source.components; ++c) {
             const uint8_t* pair = source.pixels + 2 * k * source.components + c;
@@ -46,6 +48,7 @@ static void reduce_to_row(const mipmap_source& source, uint32_t width, uint8_t* 
 
 static void reduce_by_boxes(const mipmap_source& source, uint32_t width, uint32_t height, uint8_t* out)
 {
+    assert(source.row >= 2 * width * source.components);
     for (uint32_t y = 0; y < height; ++y) {
         const uint8_t* upper = source.pixels + 2 * y * source.row;
         const uint8_t* lower = upper + source.row;
@@ -67,6 +70,7 @@ static bool is_power_of_two(uint32_t n)
 // 4; rows of any other width are tight only at 1.
 static int32_t level_alignment(uint32_t width, uint32_t height)
 {
+    assert(width > 0 && height > 0);
     if (!is_power_of_two(width) || !is_power_of_two(height))
         return 1;
     return static_cast<int32_t>(std::min({width, height, uint32_t{4}}));
@@ -91,6 +95,7 @@ bool next_mipmap(mipmap_chain& chain)
 {
     if (chain.source == nullptr || (chain.width == 1 && chain.height == 1))
         return false;
+    assert(chain.components == 3 || chain.components == 4);
     const uint32_t width = std::max(chain.width / 2, 1u);
     const uint32_t height = std::max(chain.height / 2, 1u);
     const uint64_t bytes = uint64_t{width} * height * chain.components;
@@ -101,6 +106,7 @@ bool next_mipmap(mipmap_chain& chain)
         return false;
 
     const uint32_t level = chain.level + 1;
+    assert(level <= 32); // a side is halved no more often than it has bits
     const uint8_t* ready_made = level == 1 ? chain.level1 : level == 2 ? chain.level2 : nullptr;
     const mipmap_source source = {chain.source, size_t{chain.width} * chain.components, chain.components};
     if (ready_made != nullptr)

@@ -4,6 +4,7 @@
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -93,11 +94,13 @@ static void invert(const uint8_t* a, uint8_t* out, const uint8_t* end)
 
 static const uint8_t* pixel_at(const uint8_t* picture, uint32_t size, uint32_t x, uint32_t y)
 {
+    assert(x < size && y < size);
     return picture + size_t{3} * (size_t{y} * size + x);
 }
 
 static uint32_t wrap(int64_t position, uint32_t size)
 {
+    assert(size > 0);
     const int64_t remainder = position % size;
     return static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder);
 }
@@ -136,6 +139,7 @@ static sample_place place_sample(double position, uint32_t size)
     if (pixel < 0.0)
         pixel += size;
     const auto before = static_cast<uint32_t>(pixel);
+    assert(before < size);
     return {before, (before + 1) % size, position - whole};
 }
 
@@ -169,6 +173,7 @@ static double wave_count(float wavelength)
 // column and the "X wavelength".
 static void ripple(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
 {
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
     const double x_reach = static_cast<double>(values[0]) * size;
     const double y_reach = static_cast<double>(values[1]) * size;
     const double x_waves = wave_count(values[2]);
@@ -255,6 +260,7 @@ static void emboss(const float* values, const uint8_t* a, uint8_t* out, uint32_t
 static void apply_neighbourhood_operation(
     node_code code, const float* values, const uint8_t* a, uint8_t* result, uint32_t size)
 {
+    assert(code >= node_offset && code <= node_emboss);
     const size_t bytes = size_t{3} * size * size;
     const std::unique_ptr<uint8_t[]> made(new (std::nothrow) uint8_t[bytes]);
     if (made == nullptr)
@@ -275,6 +281,8 @@ void apply_texture_operation(uint8_t code, const float values[max_node_values], 
 {
     if (size == 0)
         return;
+    assert(a != nullptr && result != nullptr);
+    assert(b != nullptr || (code >= node_invert && code <= node_emboss) || code == node_output);
     const byte_pair_source pair = {a, b, values[0], values[1]};
     const uint8_t* end = end_of_picture(result, size);
     switch (static_cast<node_code>(code)) {

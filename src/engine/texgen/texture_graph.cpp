@@ -4,9 +4,11 @@
 #include "texgen/operations.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 // ---- the walk along `outputs` -------------------------------------------------------
 
@@ -27,6 +29,7 @@ struct graph_path {
 
 static void enter_node(graph_path& path, const texture_node& node)
 {
+    assert(path.length < std::size(path.step));
     path.step[path.length] = {&node, 0};
     ++path.length;
 }
@@ -35,6 +38,7 @@ static void enter_node(graph_path& path, const texture_node& node)
 // was left. A handle that names no node is passed over.
 static texture_node* next_output(graph_path& path, const table<texture_node>& node_pool)
 {
+    assert(path.length > 0);
     auto& last = path.step[path.length - 1];
     const uint32_t count = std::min(last.node->output_count, max_node_outputs);
     while (last.next_output < count) {

@@ -5,6 +5,7 @@
 #include <GL/glew.h>
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 
@@ -60,6 +61,7 @@ struct picture {
 // are a multiple of it.
 static void upload_base_level(GLenum target, const picture& level, uint32_t internal_format, GLenum format)
 {
+    assert(level.components == 3 || level.components == 4);
     const bool unaligned = (uint64_t{level.width} * level.components) % 4 != 0;
     if (unaligned)
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
@@ -145,6 +147,7 @@ void upload_generated_textures_gl(const table<texture_node>& texture_table, cons
 
 void upload_image_texture_gl(image_texture& image, const texture_format_table& formats)
 {
+    assert(image.pixels != nullptr && image.texture == 0);
     image.format = internal_format_of(formats, image.texture_format);
     glGenTextures(1, &image.texture);
     glBindTexture(GL_TEXTURE_2D, image.texture);
@@ -171,6 +174,7 @@ void release_image_texture_gl(image_texture& image)
 
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
 {
+    assert(cube.size > 0 && cube.texture == 0);
     const uint32_t format = internal_format_of(formats, cube.texture_format);
     const bool mipmapped = cube.texture_filter >= filter_mipmaps && format != bump_format;
     glGenTextures(1, &cube.texture);
