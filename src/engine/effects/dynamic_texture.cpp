@@ -44,6 +44,7 @@ static void render_ramp(const effect_picture& out, std::span<const float> params
 // A number of 0..bound - 1 from the C library's generator.
 static uint32_t random_below(uint64_t bound)
 {
+    assert(bound <= uint64_t{1} << 32);
     return static_cast<uint32_t>((static_cast<uint64_t>(std::rand()) * bound) >> 31);
 }
 
@@ -51,6 +52,7 @@ static uint32_t random_below(uint64_t bound)
 // so that the colony is the same on every run.
 static void plant_amoba(uint8_t* colony, uint32_t width, uint32_t height, uint32_t channels)
 {
+    assert(colony != nullptr && (channels == 1 || channels == 3));
     std::srand(5);
     const uint64_t pixels = static_cast<uint64_t>(width) * height;
     for (uint64_t seed = 0; seed < pixels / 400; ++seed) {
@@ -79,6 +81,7 @@ static void grow_amoba(uint8_t* colony, uint32_t width, uint32_t height, uint32_
     for (uint64_t attempt = 0; attempt < attempts; ++attempt) {
         const size_t row = 1 + random_below(height - 3);
         const size_t column = 1 + random_below(width - 3);
+        assert(row + 1 < height && column + 1 < width);
         uint8_t* pixel = colony + row * row_bytes + column * channels;
         if (!amoba_is_alive(pixel, channels))
             continue;
@@ -132,6 +135,7 @@ static void render_normal_map(const effect_picture& out, float time)
 
 effect_2d_state* init_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint32_t bpp)
 {
+    assert(bpp == 8 || bpp == 24);
     if (type != effect_2d_test && type != effect_2d_amoba)
         return nullptr;
     auto* state = static_cast<effect_2d_state*>(std::calloc(1, sizeof(effect_2d_state)));
@@ -161,7 +165,7 @@ uint32_t dynamic_texture_param_count(uint32_t type)
 void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint32_t bpp, std::span<const float> params,
     effect_2d_state* state, uint8_t* out)
 {
-    assert(params.size() >= 3 && (bpp == 8 || bpp == 24));
+    assert(params.size() >= 3 && (bpp == 8 || bpp == 24) && out != nullptr);
     const effect_picture target = {.pixels = out, .width = width, .height = height, .channels = bpp / 8};
     switch (static_cast<effect_2d_kind>(type)) {
     case effect_2d_test:

@@ -3,7 +3,9 @@
 #include "content/numbers.h"
 #include "texgen/cosine_table.h"
 
+#include <cassert>
 #include <cmath>
+#include <iterator>
 
 constexpr double steps_per_radian = 651.8986469; // 4096 / (2 pi): entries of the cosine table
 
@@ -27,6 +29,7 @@ static double sine(double radians)
 
 static double table_cosine(double steps)
 {
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
     return static_cast<double>(cosine_at(truncate_to_int(steps)));
 }
 
@@ -44,6 +47,7 @@ struct colour_channel {
 
 static colour_channel make_channel(uint32_t channel, double cb, double cc, double t)
 {
+    assert(channel < 3);
     const double* k = colour_coefficients + 2 * channel;
     return {
         .p = {.density = (k[0] * (cb - 1.0) + 1.0) * k[12] * steps_per_radian, .drift = k[6] * t * steps_per_radian},
@@ -70,6 +74,7 @@ static uint8_t channel_value(const colour_channel& channel, double p, double q)
 // Writes one pixel and returns the place of the next.
 static uint8_t* write_pixel(uint8_t* out, uint32_t channels, const colour_waves& colours, double p, double q)
 {
+    assert(channels <= std::size(colours.channels));
     for (uint32_t c = 0; c < channels; ++c)
         *out++ = channel_value(colours.channels[c], p, q);
     return out;
@@ -79,6 +84,7 @@ static uint8_t* write_pixel(uint8_t* out, uint32_t channels, const colour_waves&
 
 void render_plasma(const effect_picture& out, float step)
 {
+    assert(out.width <= max_effect_side);
     const double t = 0.5 * static_cast<double>(step);
     const double amplitude = sine(0.1 * t) + 1.88;
     const double c = cosine(0.01 * t);

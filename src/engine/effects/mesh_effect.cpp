@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <iterator>
 
 // Whether everything that a kind needs is there (it is, unless memory ran out).
 static bool is_complete(const mesh_effect& effect)
@@ -70,6 +71,7 @@ void step_mesh_effect(mesh_effect& effect, std::span<const float> params)
     const bool finite = std::all_of(used.begin(), used.end(), [](float value) { return std::isfinite(value); });
     if (!finite || effect.mesh.positions == nullptr)
         return;
+    assert(effect.type >= mesh_effect_kind_count || is_complete(effect));
 
     switch (static_cast<mesh_effect_kind>(effect.type)) {
     case mesh_effect_lake:
@@ -94,6 +96,7 @@ void update_mesh_effect(
     if (effect == nullptr)
         return;
     float params[2] = {0.0f, 0.0f};
+    assert(mesh_effect_param_count(effect->type) <= std::size(params));
     for (uint32_t i = 0; i < mesh_effect_param_count(effect->type); ++i)
         if (effect->functions[i] != 0)
             params[i] = function_value(functions, effect->functions[i], time);

@@ -9,6 +9,7 @@
 #include "effects/mesh_normals.h"
 #include "model/records.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstdlib>
 
@@ -20,6 +21,7 @@ template <typename T> T* allocate_cleared(size_t count)
 
 inline void recompute_normals(mesh_arrays& mesh)
 {
+    assert(mesh.positions != nullptr && mesh.normals != nullptr && mesh.indices != nullptr);
     compute_mesh_normals({mesh.positions, size_t{mesh.vertex_count} * 3}, {mesh.indices, mesh.index_count},
         {mesh.normals, size_t{mesh.vertex_count} * 3});
 }

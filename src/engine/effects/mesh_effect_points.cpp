@@ -3,6 +3,7 @@
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 constexpr double steps_per_radian = 651.8986; // 4096 / (2 pi): entries of the cosine table
@@ -39,6 +40,8 @@ void init_swirl(mesh_effect& effect)
 
 void step_swirl(mesh_effect& effect, float x, float y)
 {
+    assert(effect.mesh.vertex_count == swirl_vertices);
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
     const double turn = static_cast<double>(x);
     const double radius = static_cast<double>(y);
     for (uint32_t k = 1; k < swirl_vertices; ++k) {
@@ -64,6 +67,7 @@ static void place_particle(swarm_particle& particle)
 
 static void copy_swarm_to_mesh(const swarm_state& swarm, mesh_arrays& mesh)
 {
+    assert(mesh.vertex_count == swarm_size);
     for (uint32_t i = 0; i < swarm_size; ++i)
         std::copy_n(swarm.particles[i].position, 3, mesh.positions + size_t{i} * 3);
 }
@@ -101,6 +105,7 @@ static void move_particle(swarm_particle& particle, double dt)
 
 void step_swarm(mesh_effect& effect, float time)
 {
+    assert(effect.state != nullptr && std::isfinite(time));
     swarm_state& swarm = *static_cast<swarm_state*>(effect.state);
     const double dt = std::fabs(static_cast<double>(time) - static_cast<double>(swarm.last));
     swarm.last = time;

@@ -3,6 +3,7 @@
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <span>
 
@@ -49,6 +50,7 @@ static void fill_grid_vertices(mesh_arrays& mesh, uint32_t side)
 
 static void init_grid(mesh_arrays& mesh, uint32_t side)
 {
+    assert(side >= 2 && side * side <= max_water_entries);
     mesh.vertex_count = side * side;
     mesh.index_count = 6 * (side - 1) * (side - 1);
     mesh.texcoord_sets = 2;
@@ -70,6 +72,7 @@ static void init_grid(mesh_arrays& mesh, uint32_t side)
 // clock along, so that a surface that was out of sight is at most one step behind.
 static bool water_step_due(water_state& water, double time)
 {
+    assert(std::isfinite(time));
     if (time >= water.last + 2.0 || time <= water.last - 2.0) {
         water.last = truncate_to_int(time);
         return false;
@@ -79,6 +82,7 @@ static bool water_step_due(water_state& water, double time)
 
 static void begin_water_step(water_state& water, double time, uint32_t entries)
 {
+    assert(entries <= max_water_entries);
     std::copy_n(water.fields[1], entries, water.fields[0]);
     water.last = truncate_to_int(time);
     std::swap_ranges(water.fields[1], water.fields[1] + entries, water.fields[2]);
@@ -95,7 +99,9 @@ static void clear_border_columns(int32_t* field, uint32_t side)
 // An entry somewhere on the surface; drops may fall on each other and on the border.
 static uint32_t random_entry(uint32_t entries)
 {
-    return static_cast<uint32_t>(random_unit() * entries);
+    const auto entry = static_cast<uint32_t>(random_unit() * entries);
+    assert(entry < entries);
+    return entry;
 }
 
 // How far the time is past the last step.
@@ -134,6 +140,7 @@ static void spread_wave(const int32_t* a, int32_t* b, uint32_t side)
 
 void step_lake(mesh_effect& effect, float time)
 {
+    assert(effect.state != nullptr && effect.mesh.vertex_count == lake_side * lake_side);
     water_state& water = *static_cast<water_state*>(effect.state);
     const double t = static_cast<double>(time);
     constexpr uint32_t entries = lake_side * lake_side;
@@ -172,6 +179,7 @@ static void pull_springs(int32_t* heights, int32_t* velocities, uint32_t side)
 
 void step_lake_2(mesh_effect& effect, float time)
 {
+    assert(effect.state != nullptr && effect.mesh.vertex_count == lake_2_side * lake_2_side);
     water_state& water = *static_cast<water_state*>(effect.state);
     const double t = static_cast<double>(time);
     constexpr uint32_t entries = lake_2_side * lake_2_side;
@@ -222,6 +230,8 @@ static double centerwave_height(int32_t a, int32_t b, double time)
 
 void step_centerwave(mesh_effect& effect, float time)
 {
+    assert(effect.state != nullptr && effect.mesh.vertex_count == lake_side * lake_side);
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
     centerwave_state& state = *static_cast<centerwave_state*>(effect.state);
     const double t = static_cast<double>(time);
     if (std::fabs(t - static_cast<double>(state.last)) < 0.01)

@@ -1,6 +1,7 @@
 #include "effects/mesh_normals.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 
@@ -41,6 +42,7 @@ static void add_to_normal(float* normal, const vector3& n)
 
 void compute_mesh_normals(std::span<const float> positions, std::span<const uint16_t> indices, std::span<float> normals)
 {
+    assert(positions.size() % 3 == 0 && normals.size() % 3 == 0);
     const size_t vertex_count = std::min({positions.size() / 3, normals.size() / 3, max_indexed_vertices});
     uint32_t triangle_counts[max_indexed_vertices]; // of which the first vertex_count are used
     std::fill_n(triangle_counts, vertex_count, 0u);
