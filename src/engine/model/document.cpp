@@ -6,6 +6,7 @@
 #include "content/xml.h"
 #include "content/xmlz.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 
@@ -18,6 +19,7 @@ std::string record_label(const document& d, uint32_t section, uint32_t record)
 
 void document_create(document& d, const char* name, timeline* t)
 {
+    assert(name != nullptr);
     d = {};
     d.name = name;
     d.timeline = t;
@@ -97,6 +99,7 @@ template <typename record_type> static void free_buffers_of_table(const table<re
 
 void document_free_generated_images(document& d)
 {
+    assert(d.generated_image_count == 0 || d.generated_images != nullptr);
     for (uint32_t i = 0; i < d.generated_image_count; ++i)
         std::free(d.generated_images[i].pixels);
     release(d.generated_images);

@@ -4,6 +4,8 @@
 #include "model/read_element.h"
 #include "model/sections.h"
 
+#include <cassert>
+
 constexpr uint32_t needed_sections = section_timeline; // the music is optional
 
 static const xml_node* document_element(const xml_node* root)
@@ -54,6 +56,7 @@ static bool enough_sections(document_reader& reader)
 
 static void enter_section(document_reader& reader, uint32_t section, const xml_node* node)
 {
+    assert(section >= 1 && section <= section_music + 1);
     reader.section = section;
     reader.section_node = find_section(section) != nullptr ? node : nullptr; // what follows is no section
     reader.record_node = reader.section_node != nullptr ? reader.section_node->first_child : nullptr;
@@ -62,6 +65,7 @@ static void enter_section(document_reader& reader, uint32_t section, const xml_n
 
 static read_step end_in_failure(document_reader& reader)
 {
+    assert(has_failed(reader)); // who ends the reading says why
     add_cause(reader, reader.problems.back().text);
     return read_failed;
 }
@@ -70,6 +74,7 @@ read_step document_read_step(document_reader& reader)
 {
     if (has_failed(reader))
         return read_failed;
+    assert(reader.target != nullptr);
     reader.handle = 0;
     if (reader.section == 0) {
         if (!enough_sections(reader))

@@ -4,6 +4,7 @@
 #include "content/pack.h"
 #include "model/picture_check.h"
 
+#include <cassert>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -32,6 +33,7 @@ image_status measure_image(const uint8_t* data, uint32_t size, uint32_t& width, 
 // memory.
 static uint8_t* change_components(uint8_t* pixels, size_t count, uint32_t from, uint32_t to)
 {
+    assert(from >= 1 && from <= 4 && (to == 3 || to == 4));
     const owned_block<uint8_t> old(pixels);
     owned_block<uint8_t> changed(static_cast<uint8_t*>(std::malloc(count * to)));
     if (!changed)
@@ -51,6 +53,7 @@ static uint8_t* change_components(uint8_t* pixels, size_t count, uint32_t from, 
 
 image_status decode_image(const uint8_t* data, uint32_t size, uint32_t components, decoded_image& image)
 {
+    assert(components == 0 || components == 3 || components == 4);
     uint32_t width = 0;
     uint32_t height = 0;
     if (const image_status status = measure_image(data, size, width, height); status != image_decoded)
@@ -76,6 +79,7 @@ image_status decode_image(const uint8_t* data, uint32_t size, uint32_t component
 
 level_name name_of_level(const char* image_name, uint32_t level)
 {
+    assert(level == 1 || level == 2);
     constexpr size_t ending = 4;    // ".png"
     constexpr size_t insertion = 4; // "_mm1"
     level_name name{};

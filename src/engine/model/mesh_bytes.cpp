@@ -2,6 +2,7 @@
 
 #include "model/read_element.h"
 
+#include <cassert>
 #include <cstring>
 
 constexpr uint32_t mesh_header_size = 4;
@@ -13,6 +14,7 @@ static uint16_t u16_at(const uint8_t* data)
 
 std::string lay_out_mesh(uint8_t* data, uint32_t size, mesh_arrays& arrays)
 {
+    assert(data != nullptr || size == 0);
     arrays = {};
     if (size < mesh_header_size)
         return line_of("%u bytes are no mesh", size);
@@ -27,6 +29,7 @@ std::string lay_out_mesh(uint8_t* data, uint32_t size, mesh_arrays& arrays)
     // Left-over bytes behind the last whole triangle are dropped.
     const uint32_t indices = (size - mesh_header_size - vertex_bytes) / 2 / 3 * 3;
     const uint8_t* first_index = data + mesh_header_size + vertex_bytes;
+    assert(first_index + 2 * size_t{indices} <= data + size);
     for (uint32_t i = 0; i < indices; ++i) {
         if (const uint32_t index = u16_at(first_index + 2 * i); index >= vertices)
             return line_of("index %u passes its %u vertices", index, vertices);

@@ -3,6 +3,7 @@
 #include "model/read_element.h"
 
 #include <algorithm>
+#include <cassert>
 #include <vector>
 
 // What becomes of each node, by its handle ([0] unused). Handles are positions while a
@@ -26,6 +27,7 @@ static bool is_done(const node_order& order, uint32_t handle)
 
 static bool is_ready(const node_order& order, uint32_t handle)
 {
+    assert(node_at(order, handle) != nullptr);
     const texture_node& node = *node_at(order, handle);
     return order.states[handle] != node_done && is_done(order, node.input1) && is_done(order, node.input2);
 }
@@ -41,6 +43,7 @@ template <typename accept> static void walk(node_order& order, uint32_t start, a
     std::vector<step> path = {{start, 0}};
     while (!path.empty()) {
         const texture_node& node = *node_at(order, path.back().handle);
+        assert(path.size() <= order.states.size() && path.back().next_output <= node.output_count);
         if (path.back().next_output == node.output_count) {
             path.pop_back();
             continue;
@@ -79,6 +82,7 @@ void check_node_graph(document_reader& reader)
     const table<texture_node>& nodes = reader.target->texture_table;
     const uint32_t count = table_count(nodes);
     node_order order = {reader, nodes, std::vector<uint8_t>(count + 1, node_pending)};
+    assert(count == 0 || record_table_handle_at(nodes.raw, count) == count); // handles are positions
     for (uint32_t handle = 1; handle <= count; ++handle) {
         if (order.states[handle] != node_pending)
             continue;

@@ -1,6 +1,7 @@
 #include "model/picture_check.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 // A picture; beyond its end its bytes count as zero, as the decoder takes them.
@@ -143,6 +144,7 @@ static bool psd_is_harmless(const picture_bytes& psd)
 
 bool picture_is_harmless(const uint8_t* data, uint32_t size)
 {
+    assert(data != nullptr || size == 0);
     const picture_bytes picture = {data, size};
     if (is_jpeg(picture))
         return jpeg_is_harmless(picture);

@@ -5,6 +5,7 @@
 #include "model/capabilities.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdarg>
 #include <cstdlib>
@@ -45,6 +46,7 @@ static std::string path_of(const place& at)
 
 void add_problem(document_reader& reader, bool fatal, const std::string& what)
 {
+    assert(reader.target != nullptr && !what.empty());
     reader.warning_count += fatal ? 0 : 1;
     if (!fatal && reader.warning_count > kept_warnings)
         return;
@@ -54,6 +56,7 @@ void add_problem(document_reader& reader, bool fatal, const std::string& what)
 
 static std::string line_at(const place& at, const std::string& what)
 {
+    assert(at.section >= section_generated_images && at.section <= section_music);
     return section_label(at.section) + path_of(at) + ": " + what;
 }
 
@@ -77,6 +80,7 @@ void warn_outside(const place& at, const char* what, int64_t number, int64_t las
 
 bool check_choice(const place& at, const char* what, int64_t number, int64_t last, const char* instead)
 {
+    assert(last >= 0);
     if (number >= 0 && number <= last)
         return true;
     warn_outside(at, what, number, last, instead);
@@ -86,6 +90,7 @@ bool check_choice(const place& at, const char* what, int64_t number, int64_t las
 // Where a text of more than `limit` bytes may be cut: not within a letter.
 static size_t cut_of(const std::string_view text, size_t limit)
 {
+    assert(limit > 3); // or there is nothing to go back to
     if (text.size() <= limit)
         return text.size();
     const auto continues = [text](size_t at) { return (static_cast<uint8_t>(text[at]) & 0xC0) == 0x80; };
@@ -124,6 +129,7 @@ template <typename number> struct parsed {
 
 static parsed<int32_t> parse_int(const char* text)
 {
+    assert(text != nullptr);
     using limits = std::numeric_limits<int32_t>;
     char* rest = nullptr;
     const long long value = std::strtoll(text, &rest, 10);
@@ -133,6 +139,7 @@ static parsed<int32_t> parse_int(const char* text)
 
 static parsed<float> parse_real(const char* text)
 {
+    assert(text != nullptr);
     char* rest = nullptr;
     const float value = static_cast<float>(std::strtod(text, &rest));
     return {value, rest, rest != text, std::isfinite(value)};
@@ -342,6 +349,7 @@ void check_parameter_count(const place& at, const char* kind, uint32_t given, ui
 
 void copy_name(const place& at, char* field, uint32_t size, const char* text)
 {
+    assert(field != nullptr && size > 0);
     std::memset(field, 0, size);
     if (text == nullptr)
         return;
@@ -363,6 +371,7 @@ static void check_behind_parameters(const place& at, const xml_node& node, uint3
 
 bool read_function_handles(const place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles)
 {
+    assert(parameters.takes <= parameters.capacity);
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr && is_named(*child, "p");
          child = child->next_sibling, ++index) {

@@ -4,6 +4,7 @@
 #include "model/catalogues.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <iterator>
 
@@ -151,6 +152,7 @@ static bool read_material_value(const place& at, const xml_node& node, float& va
 // A light or the fog colour: `at` is the setting, the message names the material.
 static bool read_value_handle(const place& at, const xml_node& node, uint32_t& handle)
 {
+    assert(at.outer != nullptr);
     if (!read_handle(at, node, "value", handle))
         return false;
     check_handle(*at.outer, at.reader.target->transform_table, at.name, handle);
@@ -202,6 +204,7 @@ static uint8_t known_mode(const place& at, const char* what, uint8_t mode, uint8
 // Modes of the unit's own list, and those of the long one that mean one of them.
 static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
 {
+    assert(unit < texture_unit_count);
     static constexpr uint8_t own_modes[texture_unit_count] = {4, 6, 7};
     const bool of_long_list
         = function < std::size(combine_functions) && (unit == 0 ? function >= 7 : unit == 1 && function == 6);
@@ -222,6 +225,7 @@ static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode
 
 static bool read_texture_unit(const place& at, const xml_node& node, material_record& material, uint32_t unit)
 {
+    assert(unit < texture_unit_count && at.outer != nullptr);
     uint8_t wrapmode = 0;
     uint8_t cgenmode = 0;
     uint8_t rotation = 0;

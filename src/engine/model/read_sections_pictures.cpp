@@ -7,6 +7,7 @@
 #include "model/image_decode.h"
 #include "model/mesh_bytes.h"
 
+#include <cassert>
 #include <cstdlib>
 #include <utility>
 
@@ -145,6 +146,7 @@ bool read_image_texture(const place& at, const xml_node& node)
 
 static bool read_face(const place& at, const char* name, cube_map& cube, uint32_t face)
 {
+    assert(face < cube_face_count && cube.faces[face] == nullptr);
     decoded_image image{};
     if (!decode_entry(at, name, image))
         return false;

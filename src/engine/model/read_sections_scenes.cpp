@@ -6,6 +6,7 @@
 #include "model/glyphs.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <iterator>
 
@@ -43,6 +44,7 @@ static void check_manipulator_model(const place& at, const manipulator_record& m
 // The model that a placer puts copies on: reals, truncated.
 static bool read_manipulator_model(const place& at, const xml_node& node, manipulator_record& manipulator)
 {
+    assert(at.outer != nullptr);
     float type = 0.0f;
     float model = 0.0f;
     if (!read_real(at, node, "type", type) || !read_real(at, node, "model", model))
@@ -55,6 +57,7 @@ static bool read_manipulator_model(const place& at, const xml_node& node, manipu
 
 static void check_manipulator(const place& at, const manipulator_record& manipulator, uint32_t params)
 {
+    assert(manipulator.type >= 0 && manipulator.type < manipulator_kind_count);
     const manipulator_entry& entry = manipulators[manipulator.type];
     check_parameter_count(at, entry.name, params, entry.param_count);
     if (params > entry.param_count)
@@ -146,6 +149,7 @@ static void check_copies(const place& at, scene_object& object)
 // The length in bytes of what a text shows by one glyph, or cannot show.
 static uint32_t letter_length(const char* text, uint32_t left)
 {
+    assert(left > 0);
     uint32_t length = 1;
     if (glyph_of_byte(static_cast<uint8_t>(*text)) == glyph_lead_byte)
         return std::min(2u, left);
@@ -156,6 +160,7 @@ static uint32_t letter_length(const char* text, uint32_t left)
 
 static bool has_glyph(const char* letter, uint32_t length)
 {
+    assert(length > 0);
     const uint8_t glyph = glyph_of_byte(static_cast<uint8_t>(letter[0]));
     if (glyph != glyph_lead_byte)
         return glyph != glyph_none;
@@ -276,6 +281,7 @@ static bool allocate_objects(const place& at, const xml_node& node, scene_record
     if (scene.objects == nullptr)
         return fail(at, "not enough memory.");
     scene.object_count = count;
+    assert(scene.object_count <= max_scene_objects);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "model/catalogues.h"
 #include "model/node_graph.h"
 
+#include <cassert>
 #include <cstdlib>
 #include <iterator>
 
@@ -32,6 +33,7 @@ static generated_image* add_generated_image(const place& at)
 // A colour is three parameters, a number one.
 static void check_generator(const place& at, int32_t kind, uint32_t params)
 {
+    assert(params <= max_generator_values);
     if (!check_choice(at, "type", kind, generator_kind_count - 1, "the image is black"))
         return;
     const texture_generator_entry& entry = texture_generators[kind];

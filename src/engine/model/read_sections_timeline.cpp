@@ -2,6 +2,8 @@
 #include "model/read_sections.h"
 #include "model/render_modes.h"
 
+#include <cassert>
+
 constexpr uint32_t needed_camera_children = camera_value_count; // a ninth is read and not used
 
 static bool read_layer_attributes(const place& at, const xml_node& node, layer_record& layer)
@@ -60,6 +62,7 @@ static bool read_field_of_view(const place& at, const xml_node& node, uint8_t& m
 
 static bool read_camera_value(const place& at, const xml_node& node, layer_record& layer, uint32_t index)
 {
+    assert(index <= camera_value_count);
     if (index == camera_fov)
         return read_field_of_view(at, node, layer.camera_mode[index], layer.camera[index]);
     animated_value value{};
@@ -89,6 +92,7 @@ static bool read_camera(const place& at, const xml_node& node, layer_record& lay
 static bool enter_layer(const place& at, const layer_record& layer, uint32_t index, uint32_t track, timeline& t)
 {
     const uint32_t start = at.reader.layer_start;
+    assert(track < track_count && index < layers_per_track && start <= max_track_end);
     const uint64_t end = uint64_t{start} + layer.space_before + layer.length;
     if (end > max_track_end)
         return fail(at, line_of("ends at %llu ticks, beyond %u.", static_cast<unsigned long long>(end), max_track_end));

@@ -4,6 +4,7 @@
 #include "content/numbers.h"
 #include "model/catalogues.h"
 
+#include <cassert>
 #include <cmath>
 #include <iterator>
 
@@ -91,6 +92,7 @@ bool read_function(const place& at, const xml_node& node)
 
 static void mark_dynamic(value_record& record, uint32_t index)
 {
+    assert(index < std::size(record.values));
     uint8_t& flags = record.dynamic_flags[index < 6 ? 0 : 1];
     const int bit = index < 6 ? 128 >> index : 128 >> (index - 6);
     flags = static_cast<uint8_t>(flags | bit);

@@ -1,6 +1,7 @@
 #include "model/record_table.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 
 // The first free handle from `handle` upward; the full mark when there is none.
@@ -30,6 +31,7 @@ uint32_t record_table_add(record_table* table)
         return 0;
 
     const uint32_t handle = table->next_free;
+    assert(handle >= 1 && handle <= record_table_capacity && table->records[handle] == nullptr);
     table->records[handle] = record;
     table->handle_echo[handle] = handle;
     table->ref_count[handle] = 0;

@@ -9,6 +9,7 @@
 
 #include "anim/animation_function.h"
 
+#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -30,6 +31,7 @@ struct value_record {
 
 inline bool value_is_dynamic(const value_record& record, uint32_t index)
 {
+    assert(index < 9);
     return index < 6 ? ((record.dynamic_flags[0] << index) & 128) != 0
                      : ((record.dynamic_flags[1] << (index - 6)) & 128) != 0;
 }

@@ -1,6 +1,7 @@
 #include "model/timeline.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <iterator>
 
@@ -25,6 +26,7 @@ void register_layer(uint32_t start, uint32_t end, uint32_t layer, uint32_t track
 {
     if (track >= track_count || layer >= layers_per_track)
         return;
+    assert(start <= end);
 
     const uint32_t into_second = start % ticks_per_slot;
     uint32_t first = start / ticks_per_slot;
