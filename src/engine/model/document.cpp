@@ -12,6 +12,7 @@
 
 std::string record_label(const document& d, uint32_t section, uint32_t record)
 {
+    assert(d.name != nullptr);
     return std::string(d.name) + ": " + section_label(section) + ", record " + std::to_string(record);
 }
 
@@ -165,6 +166,7 @@ static std::nullptr_t refuse(const char* name, const char* what, std::string& pr
 // The text of a document's entry; null as load_document_tree is.
 static owned_block<uint8_t> load_document_text(FILE* pack, const char* name, std::string& problem)
 {
+    assert(name != nullptr);
     problem.clear();
     uint8_t* bytes = nullptr;
     uint32_t size = 0;

@@ -14,6 +14,7 @@ static_assert(sizeof(level_name::text) == pack_name_size);
 
 image_status measure_image(const uint8_t* data, uint32_t size, uint32_t& width, uint32_t& height)
 {
+    assert(data != nullptr || size == 0);
     int w = 0;
     int h = 0;
     int components = 0;

@@ -64,6 +64,7 @@ static void check_input(const node_order& order, uint32_t handle, const char* wh
 // A node that none lists as its output: it is computed whether its inputs are ready or not.
 static void compute(node_order& order, uint32_t handle)
 {
+    assert(order.states[handle] == node_pending);
     const texture_node& node = *node_at(order, handle);
     check_input(order, handle, "input1", node.input1);
     if (node.input2 != node.input1)

@@ -25,11 +25,13 @@ place place_of_section(document_reader& reader, uint32_t section)
 
 place place_of_record(document_reader& reader, uint32_t section, uint32_t record)
 {
+    assert(record > 0);
     return {reader, section, nullptr, "record", record};
 }
 
 place place_of_part(const place& outer, const char* name, uint32_t number)
 {
+    assert(name != nullptr);
     return {outer.reader, outer.section, &outer, name, number};
 }
 
@@ -202,6 +204,7 @@ static void check_attribute_is_single(const place& at, const xml_node& node, con
 
 const char* read_attribute(const place& at, const xml_node& node, const char* attribute)
 {
+    assert(attribute != nullptr);
     const char* text = xml_get_attribute(&node, attribute);
     if (text == nullptr)
         fail(at, "attribute " + quoted(attribute) + " is missing" + look_alike(node, attribute) + ".");

@@ -171,6 +171,7 @@ static bool check_picture(const place& at, const table<picture_record>& pictures
 // unit is empty.
 static bool check_texture(const place& material, const char* setting, uint32_t handle)
 {
+    assert(setting != nullptr);
     const document& d = *material.reader.target;
     check_handle(material, d.object_table, setting, handle);
     const auto* reference = table_get(d.object_table, handle);

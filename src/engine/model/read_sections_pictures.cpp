@@ -27,6 +27,7 @@ static const char* read_entry_name(const place& at, const xml_node& node, const 
 
 static bool read_entry(const place& at, const char* name, entry_bytes& entry)
 {
+    assert(name != nullptr && entry.bytes == nullptr);
     uint8_t* bytes = nullptr;
     const pack_status status = pack_read_entry(at.reader.pack, name, &bytes, &entry.size);
     entry.bytes.reset(bytes);
@@ -62,6 +63,7 @@ static void check_mesh_end(const place& at, const char* name, uint32_t size, con
 {
     const auto* end = reinterpret_cast<const uint8_t*>(arrays.indices + arrays.index_count);
     const auto used = static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
+    assert(used <= size);
     if (used < size)
         warn(at, quoted(name) + line_of(": the last bytes, %u, make no triangle and are dropped.", size - used));
 }

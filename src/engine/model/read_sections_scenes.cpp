@@ -109,6 +109,7 @@ static bool read_manipulators(const place& at, const xml_node& container, scene_
 // that moves, and of a model without known vertices, 1. 0: none, which has been warned about.
 static double constant_copies(const place& at, const manipulator_record& manipulator)
 {
+    assert(manipulator.type >= 0 && manipulator.type < manipulator_kind_count);
     if (manipulator.type == manipulator_model_placer) {
         const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
         return mesh != nullptr && manipulator.model_type == placer_mesh ? mesh->arrays.vertex_count : 1;
@@ -135,6 +136,7 @@ static double constant_copies(const place& at, const manipulator_record& manipul
 // What is told here need not be told again when the object is drawn.
 static void check_copies(const place& at, scene_object& object)
 {
+    assert(object.manipulator_count <= max_manipulators);
     double copies = 1;
     for (uint32_t index = 0; index < object.manipulator_count; ++index)
         copies *= constant_copies(place_of_part(at, "manipulator", index + 1), object.manipulators[index]);
@@ -172,6 +174,7 @@ static bool has_glyph(const char* letter, uint32_t length)
 static void check_text(const place& at, const char* text, const scene_object& object)
 {
     const auto kept = static_cast<uint32_t>(strnlen(object.text, scene_text_size));
+    assert(strnlen(text, scene_text_size) == kept);
     if (text[kept] != 0)
         warn(at, "text " + quoted(text) + line_of(" is cut to %u bytes.", scene_text_size));
     for (uint32_t i = 0; i < kept;) {
@@ -272,6 +275,7 @@ static bool read_scene_object(const place& at, const xml_node& node, scene_objec
 
 static bool allocate_objects(const place& at, const xml_node& node, scene_record& scene)
 {
+    assert(scene.objects == nullptr);
     const uint32_t count = count_children(node);
     if (count > max_scene_objects)
         return fail(at, line_of("more than %u objects.", max_scene_objects));

@@ -12,6 +12,7 @@
 
 static generated_image* add_generated_image(const place& at)
 {
+    assert(at.reader.target->generated_image_count <= record_table_capacity);
     document& d = *at.reader.target;
     if (d.generated_image_count >= record_table_capacity) {
         fail(at, line_of("more than %u records.", record_table_capacity));
@@ -69,6 +70,7 @@ static bool read_input(const place& at, const char* name, const xml_node& node, 
 
 static bool add_output(const place& at, const xml_node& child, texture_node& node)
 {
+    assert(node.output_count <= max_node_outputs);
     if (node.output_count == max_node_outputs)
         return fail(at, line_of("more than %u outputs.", max_node_outputs));
     int32_t handle = 0;

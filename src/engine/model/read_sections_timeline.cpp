@@ -32,6 +32,7 @@ static bool read_layer_attributes(const place& at, const xml_node& node, layer_r
 
 static void check_layer(const place& at, const layer_record& layer)
 {
+    assert(uint64_t{layer.space_before} + layer.length <= max_track_end);
     const document& d = *at.reader.target;
     check_choice(at, "type", static_cast<int32_t>(layer.type), render_mode_count - 1,
         "it acts as 2, with a projection of its own");

@@ -27,6 +27,7 @@ static void check_segment(const place& at, int32_t type, int32_t length, uint32_
 
 static bool read_segment(const place& at, const xml_node& node, animation_function& function, uint32_t index)
 {
+    assert(index < max_segments);
     int32_t length = 0;
     if (!read_int(at, node, "type", function.segment_type[index]) || !read_int(at, node, "length", length))
         return false;

@@ -10,6 +10,7 @@
 // copyable memory); a bad handle or position gives null, 0 or no change.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <type_traits>
 
@@ -58,6 +59,7 @@ template <typename record_type> struct table_iterator {
 
     numbered_record<record_type> operator*() const
     {
+        assert(record_table_at(raw, position) != nullptr); // the loop removed a record
         return {record_table_handle_at(raw, position), *static_cast<record_type*>(record_table_at(raw, position))};
     }
     table_iterator& operator++()
@@ -108,12 +110,14 @@ uint32_t table_add(const table<record_type>& records, const std::type_identity_t
 // The record of a handle; null as record_table_get.
 template <typename record_type> record_type* table_get(const table<record_type>& records, uint32_t handle)
 {
+    assert(records.raw == nullptr || records.raw->record_size == sizeof(record_type));
     return static_cast<record_type*>(record_table_get(records.raw, handle));
 }
 
 // The record at a position 1..table_count; null outside.
 template <typename record_type> record_type* table_at(const table<record_type>& records, uint32_t position)
 {
+    assert(records.raw == nullptr || records.raw->record_size == sizeof(record_type));
     return static_cast<record_type*>(record_table_at(records.raw, position));
 }
 
