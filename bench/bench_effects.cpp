@@ -51,12 +51,14 @@ struct bench_state {
     std::vector<uint8_t> pixels;
     effect_2d_state* picture;
     mesh_effect mesh;
+    manipulator_tools tools;
+    placement_list list;
     float time;
 };
 
 static void begin_case(const bench_case& c, bench_state& state)
 {
-    state = {std::vector<uint8_t>(size_t{side} * side * 3), nullptr, {}, 1.0f};
+    state = {std::vector<uint8_t>(size_t{side} * side * 3), nullptr, {}, {}, {}, 1.0f};
     if (c.family == family_picture)
         state.picture = init_dynamic_texture(c.kind, side, side, 24);
     state.mesh.type = c.family == family_mesh ? c.kind : uint32_t{mesh_effect_lake_2};
@@ -67,7 +69,7 @@ static void end_case(bench_state& state)
 {
     free_dynamic_texture(state.picture);
     free_mesh_effect(state.mesh);
-    reset_rippler_cache();
+    reset_rippler_cache(state.tools.rippler);
 }
 
 static void run_once(const bench_case& c, bench_state& state)
@@ -84,11 +86,9 @@ static void run_once(const bench_case& c, bench_state& state)
     case family_mesh:
         step_mesh_effect(state.mesh, params);
         break;
-    case family_rippler: {
-        placement_list* list = placement_list_new({});
-        placement_list_free(apply_manipulator(list, manipulator_rippler, params, &state.mesh.mesh, nullptr));
+    case family_rippler:
+        apply_manipulator(state.list, manipulator_rippler, params, &state.mesh.mesh, nullptr, state.tools);
         break;
-    }
     }
 }
 

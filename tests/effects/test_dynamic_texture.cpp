@@ -91,20 +91,61 @@ TEST_CASE("kinds with one parameter never look at the second handle")
     CHECK(params[1] == 0.0f);
 }
 
+// A texture of the test effect that was created.
+static dynamic_texture test_effect_of_64()
+{
+    dynamic_texture texture = {};
+    texture.type = effect_2d_test;
+    texture.width = texture.height = 64;
+    texture.bpp = 24;
+    texture.texture = 5;
+    return texture;
+}
+
+// The test effect with its two parameters.
+static std::vector<uint8_t> test_effect_picture(float first, float second)
+{
+    std::vector<uint8_t> out(size_t{64} * 64 * 3);
+    const float params[3] = {first, second, 0.0f};
+    render_dynamic_texture(effect_2d_test, 64, 64, 24, params, nullptr, out.data());
+    return out;
+}
+
 TEST_CASE("the first picture's parameters stop at the first handle 0 and are those of time 0")
 {
     test_document t;
-    dynamic_texture texture = {};
-    texture.type = effect_2d_test;
+    dynamic_texture texture = test_effect_of_64();
     texture.functions[1] = add_function(t, constant_function(7.0f));
-    float params[3];
-    first_dynamic_texture_params(texture, t.d.function_table, params);
-    CHECK(params[0] == 0.0f);
-    CHECK(params[1] == 0.0f);
+    std::vector<uint8_t> pixels;
+    render_first_dynamic_texture(texture, t.d.function_table, pixels);
+    CHECK(pixels == test_effect_picture(0.0f, 0.0f));
     texture.functions[0] = add_function(t, linear_function(2.0f, 30.0f));
-    first_dynamic_texture_params(texture, t.d.function_table, params);
-    CHECK(params[0] == 30.0f);
-    CHECK(params[1] == 7.0f);
+    pixels.clear();
+    render_first_dynamic_texture(texture, t.d.function_table, pixels);
+    CHECK(pixels == test_effect_picture(30.0f, 7.0f));
+    CHECK(pixels != test_effect_picture(30.0f, 0.0f));
+    CHECK(texture.refreshed == 1);
+    CHECK(texture.refresh_time == 0);
+}
+
+TEST_CASE("new pictures go behind what is there, one for each time that is not the last one's")
+{
+    test_document t;
+    dynamic_texture texture = test_effect_of_64();
+    texture.functions[0] = texture.functions[1] = add_function(t, linear_function());
+    std::vector<uint8_t> pixels = {1, 2, 3};
+    std::vector<uint8_t> expected = pixels;
+    for (const uint32_t time : {4u, 4u, 5u, 5u, 4u})
+        update_dynamic_texture(texture, t.d.function_table, time, pixels);
+    for (const float value : {4.0f, 5.0f, 4.0f}) {
+        const std::vector<uint8_t> picture = test_effect_picture(value, value);
+        expected.insert(expected.end(), picture.begin(), picture.end());
+    }
+    CHECK(pixels == expected);
+    CHECK(!update_dynamic_texture(texture, t.d.function_table, 4, pixels));
+    texture.texture = 0; // never created, or released
+    CHECK(!update_dynamic_texture(texture, t.d.function_table, 9, pixels));
+    CHECK(pixels == expected);
 }
 
 // ---- "Test 2d effect" --------------------------------------------------------------------

@@ -2,7 +2,6 @@
 #include "effects/mesh_normals.h"
 #include "model/catalogues.h"
 #include "reference.h"
-#include "render/matrix.h"
 #include "texgen/cosine_table.h"
 
 #include <doctest/doctest.h>
@@ -10,16 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
-#include <memory>
+#include <utility>
 #include <vector>
-
-struct free_list {
-    void operator()(placement_list* list) const
-    {
-        placement_list_free(list);
-    }
-};
-using owned_list = std::unique_ptr<placement_list, free_list>;
 
 using params_12 = std::array<float, 12>;
 
@@ -41,17 +32,41 @@ static std::array<float, 9> values_of(const placement& p)
         p.scale[1], p.scale[2]};
 }
 
+namespace {
+
+// Tools of a test's own, with an empty cache.
+struct test_tools {
+    manipulator_tools all = {};
+
+    test_tools()
+    {
+        build_cosine_table();
+    }
+    ~test_tools()
+    {
+        reset_rippler_cache(all.rippler);
+    }
+    test_tools(const test_tools&) = delete;
+    test_tools& operator=(const test_tools&) = delete;
+};
+
+} // namespace
+
 // The result of one manipulator on copies of the given placements.
-static owned_list applied(int32_t kind, const params_12& params, std::initializer_list<placement> input,
+static placement_list applied(test_tools& tools, int32_t kind, const params_12& params,
+    std::initializer_list<placement> input, const mesh_arrays* mesh = nullptr, const mesh_arrays* place_model = nullptr)
+{
+    placement_list list = {input, false};
+    apply_manipulator(list, kind, params, mesh, place_model, tools.all);
+    return list;
+}
+
+// The same with new tools.
+static placement_list applied(int32_t kind, const params_12& params, std::initializer_list<placement> input,
     const mesh_arrays* mesh = nullptr, const mesh_arrays* place_model = nullptr)
 {
-    build_cosine_table();
-    placement_list* list = placement_list_new(sample);
-    std::free(list->items);
-    list->items = static_cast<placement*>(std::malloc(std::max<size_t>(input.size(), 1) * sizeof(placement)));
-    list->count = static_cast<uint32_t>(input.size());
-    std::copy(input.begin(), input.end(), list->items);
-    return owned_list(apply_manipulator(list, kind, params, mesh, place_model));
+    test_tools tools;
+    return applied(tools, kind, params, input, mesh, place_model);
 }
 
 // A mesh of the given vertices and triangles.
@@ -92,28 +107,18 @@ TEST_CASE("every manipulator has the parameters that its catalogue names")
     }
 }
 
-TEST_CASE("a new list holds its one placement; freeing none is harmless")
-{
-    const owned_list list(placement_list_new(another));
-    REQUIRE(list->count == 1);
-    CHECK(values_of(list->items[0]) == values_of(another));
-    placement_list_free(nullptr);
-}
-
-TEST_CASE("a kind beyond the catalogue returns the very list it was given")
+TEST_CASE("a kind beyond the catalogue leaves the list as it is")
 {
     for (const int32_t kind : {-1, 4, 1000}) {
-        placement_list* list = placement_list_new(sample);
-        const owned_list result(apply_manipulator(list, kind, params_12{}, nullptr, nullptr));
-        CHECK(result.get() == list);
-        CHECK(result->count == 1);
+        test_tools tools;
+        placement_list list = {{sample, another}, true};
+        const placement* items = list.items.data();
+        apply_manipulator(list, kind, params_12{}, nullptr, nullptr, tools.all);
+        CHECK(list.items.data() == items);
+        REQUIRE(list.items.size() == 2);
+        CHECK(values_of(list.items[1]) == values_of(another));
+        CHECK(list.cut);
     }
-}
-
-TEST_CASE("no list stays no list")
-{
-    for (int32_t kind = 0; kind < 4; ++kind)
-        CHECK(apply_manipulator(nullptr, kind, params_12{}, nullptr, nullptr) == nullptr);
 }
 
 // ---- "XYZ Multiplier" --------------------------------------------------------------------
@@ -121,20 +126,20 @@ TEST_CASE("no list stays no list")
 TEST_CASE("the XYZ multiplier makes a grid for every input, z fastest, each axis with its own number")
 {
     const params_12 params = {2.9f, 3.0f, 2.0f, 10, 100, 1000, 0.5f, 0.25f, 0.125f, -1, 1, 2};
-    const owned_list list = applied(manipulator_xyz_multiplier, params, {sample, another});
-    REQUIRE(list->count == 2 * 2 * 3 * 2);
-    for (uint32_t i = 0; i < list->count; ++i) {
+    const placement_list list = applied(manipulator_xyz_multiplier, params, {sample, another});
+    REQUIRE(list.items.size() == 2 * 2 * 3 * 2);
+    for (uint32_t i = 0; i < list.items.size(); ++i) {
         const placement& from = i < 12 ? sample : another;
         const std::array<float, 3> n
             = {static_cast<float>(i % 12 / 6), static_cast<float>(i % 6 / 2), static_cast<float>(i % 2)};
         std::array<float, 9> expected = values_of(from);
         for (size_t v = 0; v < 9; ++v)
             expected[v] += params[3 + v] * n[v % 3];
-        CHECK(values_of(list->items[i]) == expected);
+        CHECK(values_of(list.items[i]) == expected);
     }
-    CHECK(list->items[1].position[2] == 1003.0f);
-    CHECK(list->items[2].position[1] == 102.0f);
-    CHECK(list->items[6].position[0] == 11.0f);
+    CHECK(list.items[1].position[2] == 1003.0f);
+    CHECK(list.items[2].position[1] == 102.0f);
+    CHECK(list.items[6].position[0] == 11.0f);
 }
 
 TEST_CASE("the XYZ multiplier with a number of 0 or below is empty")
@@ -143,55 +148,52 @@ TEST_CASE("the XYZ multiplier with a number of 0 or below is empty")
         for (size_t axis = 0; axis < 3; ++axis) {
             params_12 params = {2, 2, 2, 1, 1, 1, 1, 1, 1, 1, 1, 1};
             params[axis] = number;
-            const owned_list list = applied(manipulator_xyz_multiplier, params, {sample, another});
-            REQUIRE(list != nullptr);
-            CHECK(list->count == 0);
+            const placement_list list = applied(manipulator_xyz_multiplier, params, {sample, another});
+            CHECK(list.items.size() == 0);
         }
     // two negative numbers do not make a positive one
-    const owned_list list = applied(manipulator_xyz_multiplier, {-2, -2, 2}, {sample});
-    CHECK(list->count == 0);
+    const placement_list list = applied(manipulator_xyz_multiplier, {-2, -2, 2}, {sample});
+    CHECK(list.items.size() == 0);
 }
 
 TEST_CASE("multiplied lists end after 131,072 placements, the first ones")
 {
-    const owned_list flat = applied(manipulator_xyz_multiplier, {2e9f, 1, 1, 1}, {sample, another});
-    REQUIRE(flat->count == max_placements);
-    CHECK(flat->items[max_placements - 1].position[0] == 1.0f + 131071.0f);
-    const owned_list cube = applied(manipulator_xyz_multiplier, {2e9f, 2e9f, 2e9f, 1, 1, 1}, {sample});
-    REQUIRE(cube->count == max_placements);
-    CHECK(cube->items[max_placements - 1].position[0] == 1.0f);
-    CHECK(cube->items[max_placements - 1].position[2] == 3.0f + 131071.0f);
-    const owned_list row = applied(manipulator_x_multiplier, {2e9f, 0, 1}, {sample, another});
-    REQUIRE(row->count == max_placements);
-    CHECK(row->items[max_placements - 1].position[1] == 2.0f + 131071.0f);
+    const placement_list flat = applied(manipulator_xyz_multiplier, {2e9f, 1, 1, 1}, {sample, another});
+    REQUIRE(flat.items.size() == max_placements);
+    CHECK(flat.items[max_placements - 1].position[0] == 1.0f + 131071.0f);
+    const placement_list cube = applied(manipulator_xyz_multiplier, {2e9f, 2e9f, 2e9f, 1, 1, 1}, {sample});
+    REQUIRE(cube.items.size() == max_placements);
+    CHECK(cube.items[max_placements - 1].position[0] == 1.0f);
+    CHECK(cube.items[max_placements - 1].position[2] == 3.0f + 131071.0f);
+    const placement_list row = applied(manipulator_x_multiplier, {2e9f, 0, 1}, {sample, another});
+    REQUIRE(row.items.size() == max_placements);
+    CHECK(row.items[max_placements - 1].position[1] == 2.0f + 131071.0f);
 }
 
 TEST_CASE("counts of billions with a 0 among them end at once")
 {
-    const owned_list list = applied(manipulator_xyz_multiplier, {2e9f, 2e9f, 0}, {sample});
-    CHECK(list->count == 0);
-    const owned_list first = applied(manipulator_xyz_multiplier, {0, 2e9f, 2e9f}, {sample});
-    CHECK(first->count == 0);
+    const placement_list list = applied(manipulator_xyz_multiplier, {2e9f, 2e9f, 0}, {sample});
+    CHECK(list.items.size() == 0);
+    const placement_list first = applied(manipulator_xyz_multiplier, {0, 2e9f, 2e9f}, {sample});
+    CHECK(first.items.size() == 0);
 }
 
 TEST_CASE("an empty list stays empty through every manipulator")
 {
     const test_mesh model({0, 0, 0, 1, 1, 1}, {});
     for (int32_t kind = 0; kind < 4; ++kind) {
-        const owned_list list = applied(kind, {3, 3, 3, 1, 1, 1, 1, 1, 1}, {}, nullptr, &model.arrays);
-        REQUIRE(list != nullptr);
-        CHECK(list->count == 0);
+        const placement_list list = applied(kind, {3, 3, 3, 1, 1, 1, 1, 1, 1}, {}, nullptr, &model.arrays);
+        CHECK(list.items.size() == 0);
     }
 }
 
 TEST_CASE("a chain of multipliers to millions of placements stays within the bound")
 {
-    build_cosine_table();
-    placement_list* list = placement_list_new(sample);
+    test_tools tools;
+    placement_list list = {{sample}, false};
     for (int i = 0; i < 7; ++i)
-        list = apply_manipulator(list, manipulator_x_multiplier, params_12{100, 1}, nullptr, nullptr);
-    const owned_list result(list);
-    CHECK(result->count == max_placements);
+        apply_manipulator(list, manipulator_x_multiplier, params_12{100, 1}, nullptr, nullptr, tools.all);
+    CHECK(list.items.size() == max_placements);
 }
 
 // ---- "X Multiplier" ----------------------------------------------------------------------
@@ -199,273 +201,230 @@ TEST_CASE("a chain of multipliers to millions of placements stays within the bou
 TEST_CASE("the X multiplier steps all nine values with the number of the copy")
 {
     const params_12 params = {3, 1, 2, 3, 4, 5, 6, 0.5f, 0.25f, -1};
-    const owned_list list = applied(manipulator_x_multiplier, params, {sample, another});
-    REQUIRE(list->count == 6);
+    const placement_list list = applied(manipulator_x_multiplier, params, {sample, another});
+    REQUIRE(list.items.size() == 6);
     for (uint32_t i = 0; i < 6; ++i) {
         std::array<float, 9> expected = values_of(i < 3 ? sample : another);
         for (size_t v = 0; v < 9; ++v)
             expected[v] += params[1 + v] * static_cast<float>(i % 3);
-        CHECK(values_of(list->items[i]) == expected);
+        CHECK(values_of(list.items[i]) == expected);
     }
 }
 
 TEST_CASE("the X multiplier with 1 returns the input unchanged, whatever the steps are")
 {
     const params_12 params = {1.5f, 1, infinity, not_a_number, 4, 5, 6, 7, 8, 9};
-    const owned_list list = applied(manipulator_x_multiplier, params, {sample, another});
-    REQUIRE(list->count == 2);
-    CHECK(values_of(list->items[0]) == values_of(sample));
-    CHECK(values_of(list->items[1]) == values_of(another));
+    const placement_list list = applied(manipulator_x_multiplier, params, {sample, another});
+    REQUIRE(list.items.size() == 2);
+    CHECK(values_of(list.items[0]) == values_of(sample));
+    CHECK(values_of(list.items[1]) == values_of(another));
 }
 
 TEST_CASE("the X multiplier with 0 or less is empty")
 {
     for (const float number : {0.0f, 0.5f, -1.0f, -1e20f, not_a_number}) {
-        const owned_list list = applied(manipulator_x_multiplier, {number, 1, 1, 1}, {sample});
-        CHECK(list->count == 0);
+        const placement_list list = applied(manipulator_x_multiplier, {number, 1, 1, 1}, {sample});
+        CHECK(list.items.size() == 0);
     }
 }
 
 TEST_CASE("steps are added once, in double precision")
 {
     // 0.1f x 3 in single precision steps would give 0.3f + 1 bit
-    const owned_list list = applied(manipulator_x_multiplier, {4, 0.1f}, {make_placement({0, 0, 0, 0, 0, 0, 1, 1, 1})});
-    CHECK(list->items[3].position[0] == static_cast<float>(static_cast<double>(0.1f) * 3));
+    const placement_list list
+        = applied(manipulator_x_multiplier, {4, 0.1f}, {make_placement({0, 0, 0, 0, 0, 0, 1, 1, 1})});
+    CHECK(list.items[3].position[0] == static_cast<float>(static_cast<double>(0.1f) * 3));
 }
 
 // ---- "Rippler" ---------------------------------------------------------------------------
 
-// Starts every rippler test with an empty cache, and leaves it empty.
-struct fresh_cache {
-    fresh_cache()
-    {
-        build_cosine_table();
-        reset_rippler_cache();
-    }
-    ~fresh_cache()
-    {
-        reset_rippler_cache();
-    }
-    fresh_cache(const fresh_cache&) = delete;
-    fresh_cache& operator=(const fresh_cache&) = delete;
-};
-
-static void ripple(const mesh_arrays* mesh, float time, float amplitude, float wavelength)
+static void ripple(test_tools& tools, const mesh_arrays* mesh, float time, float amplitude, float wavelength)
 {
-    const owned_list list = applied(manipulator_rippler, {time, amplitude, wavelength}, {sample}, mesh);
-    CHECK(list->count == 1);
+    const placement_list list = applied(tools, manipulator_rippler, {time, amplitude, wavelength}, {sample}, mesh);
+    CHECK(list.items.size() == 1);
 }
 
-static std::vector<float> cached_positions()
+static std::vector<float> cached_positions(const test_tools& tools)
 {
-    const rippler_cache& cache = shared_rippler_cache();
+    const rippler_cache& cache = tools.all.rippler;
     return {cache.positions, cache.positions + size_t{cache.vertex_count} * 3};
 }
 
-TEST_CASE("the rippler copies the list")
+TEST_CASE("the rippler leaves the list as it is")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh mesh({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
     for (const mesh_arrays* model : {static_cast<const mesh_arrays*>(nullptr), &mesh.arrays}) {
-        const owned_list list = applied(manipulator_rippler, {0, 1, 1}, {sample, another}, model);
-        REQUIRE(list->count == 2);
-        CHECK(values_of(list->items[0]) == values_of(sample));
-        CHECK(values_of(list->items[1]) == values_of(another));
+        const placement_list list = applied(tools, manipulator_rippler, {0, 1, 1}, {sample, another}, model);
+        REQUIRE(list.items.size() == 2);
+        CHECK(values_of(list.items[0]) == values_of(sample));
+        CHECK(values_of(list.items[1]) == values_of(another));
     }
 }
 
 TEST_CASE("a rippler without a mesh, or with an empty one, leaves the cache unfilled")
 {
-    const fresh_cache scope;
-    ripple(nullptr, 0, 1, 1);
-    CHECK(shared_rippler_cache().positions == nullptr);
+    test_tools tools;
+    ripple(tools, nullptr, 0, 1, 1);
+    CHECK(tools.all.rippler.positions == nullptr);
     const mesh_arrays empty = {};
-    ripple(&empty, 0, 1, 1);
-    CHECK(shared_rippler_cache().positions == nullptr);
-    CHECK(rippled_vertex_count(empty) == 0);
+    ripple(tools, &empty, 0, 1, 1);
+    CHECK(tools.all.rippler.positions == nullptr);
 }
 
 TEST_CASE("displacements add up in the cache from call to call, and the model stays as it is")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const std::vector<float> start = {0, 1, 2, 3, 4, 5, 6, 7, 9};
     const test_mesh mesh(start, {0, 1, 2});
     for (int frame = 1; frame <= 4; ++frame) {
-        ripple(&mesh.arrays, 0, 2, 0); // a wavelength and time of 0: cos 0 = 1
+        ripple(tools, &mesh.arrays, 0, 2, 0); // a wavelength and time of 0: cos 0 = 1
         for (size_t i = 0; i < 9; ++i)
-            CHECK(shared_rippler_cache().positions[i] == start[i] + 2.0f * static_cast<float>(frame));
+            CHECK(tools.all.rippler.positions[i] == start[i] + 2.0f * static_cast<float>(frame));
     }
     CHECK(mesh.positions == start);
 }
 
 TEST_CASE("every coordinate is displaced by its own value, over several frames")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh mesh({0.25f, -1.5f, 2, 3.75f, 40, -5, 6, 7, 8}, {0, 1, 2});
     std::vector<double> expected(mesh.positions.begin(), mesh.positions.end());
     for (int frame = 0; frame < 50; ++frame) {
         const auto time = static_cast<float>(frame) * 0.37f;
-        ripple(&mesh.arrays, time, 0.3f, 1.7f);
+        ripple(tools, &mesh.arrays, time, 0.3f, 1.7f);
         for (double& c : expected) {
             const double steps = c * static_cast<double>(1.7f) * 651.8986 + static_cast<double>(time) * 651.8986;
             c = static_cast<double>(
                 static_cast<float>(c + static_cast<double>(0.3f) * reference_cosine(static_cast<int64_t>(steps))));
         }
-        CHECK(cached_positions() == std::vector<float>(expected.begin(), expected.end()));
+        CHECK(cached_positions(tools) == std::vector<float>(expected.begin(), expected.end()));
     }
 }
 
 TEST_CASE("the cache's normals are those of the cached positions with the model's triangles")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh mesh({0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 1}, {0, 1, 2, 1, 3, 2});
-    ripple(&mesh.arrays, 0.4f, 0.5f, 2.0f);
+    ripple(tools, &mesh.arrays, 0.4f, 0.5f, 2.0f);
     std::vector<float> expected(12);
-    compute_mesh_normals(cached_positions(), mesh.indices, expected);
-    CHECK(std::equal(expected.begin(), expected.end(), shared_rippler_cache().normals));
+    compute_mesh_normals(cached_positions(tools), mesh.indices, expected);
+    CHECK(std::equal(expected.begin(), expected.end(), tools.all.rippler.normals));
     CHECK(expected != std::vector<float>(12, 0.0f));
 }
 
 TEST_CASE("two ripplers on different models share the cache of whichever ran first")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh first({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
     const test_mesh larger({9, 9, 9, 8, 8, 8, 7, 7, 7, 6, 6, 6}, {0, 1, 2, 0, 2, 3});
     const test_mesh smaller({5, 5, 5}, {});
-    ripple(&first.arrays, 0, 1, 0);
-    ripple(&larger.arrays, 0, 1, 0);
-    CHECK(shared_rippler_cache().vertex_count == 3);
-    CHECK(cached_positions() == std::vector<float>{2, 2, 2, 3, 2, 2, 2, 3, 2});
-    CHECK(rippled_vertex_count(larger.arrays) == 3);
+    ripple(tools, &first.arrays, 0, 1, 0);
+    ripple(tools, &larger.arrays, 0, 1, 0);
+    CHECK(tools.all.rippler.vertex_count == 3);
+    CHECK(cached_positions(tools) == std::vector<float>{2, 2, 2, 3, 2, 2, 2, 3, 2});
     // the larger model's second triangle reaches beyond the cache
     std::vector<float> normals(9);
-    compute_mesh_normals(cached_positions(), std::vector<uint16_t>{0, 1, 2}, normals);
-    CHECK(std::equal(normals.begin(), normals.end(), shared_rippler_cache().normals));
+    compute_mesh_normals(cached_positions(tools), std::vector<uint16_t>{0, 1, 2}, normals);
+    CHECK(std::equal(normals.begin(), normals.end(), tools.all.rippler.normals));
 
-    ripple(&smaller.arrays, 0, 1, 0); // moves the whole cache, not only the one vertex it has
-    CHECK(cached_positions() == std::vector<float>{3, 3, 3, 4, 3, 3, 3, 4, 3});
-    CHECK(rippled_vertex_count(smaller.arrays) == 1);
+    ripple(tools, &smaller.arrays, 0, 1, 0); // moves the whole cache, not only the one vertex it has
+    CHECK(cached_positions(tools) == std::vector<float>{3, 3, 3, 4, 3, 3, 3, 4, 3});
 }
 
 TEST_CASE("a rippler parameter that is no finite number moves nothing")
 {
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh mesh({1, 2, 3}, {});
-    ripple(&mesh.arrays, not_a_number, 1, 1);
-    ripple(&mesh.arrays, 0, infinity, 1);
-    ripple(&mesh.arrays, 0, 1, -infinity);
-    CHECK(cached_positions() == std::vector<float>{1, 2, 3});
+    ripple(tools, &mesh.arrays, not_a_number, 1, 1);
+    ripple(tools, &mesh.arrays, 0, infinity, 1);
+    ripple(tools, &mesh.arrays, 0, 1, -infinity);
+    CHECK(cached_positions(tools) == std::vector<float>{1, 2, 3});
     for (int frame = 0; frame < 5; ++frame)
-        ripple(&mesh.arrays, 3e38f, 3e38f, 3e38f);
-    CHECK(all_finite(cached_positions()));
+        ripple(tools, &mesh.arrays, 3e38f, 3e38f, 3e38f);
+    CHECK(all_finite(cached_positions(tools)));
 }
 
 TEST_CASE("a rippler on a mesh without indices clears its normals")
 {
-    const fresh_cache scope;
+    test_tools tools;
     test_mesh mesh({1, 2, 3}, {});
     mesh.arrays.indices = nullptr;
     mesh.arrays.index_count = 3; // a count without indices
-    ripple(&mesh.arrays, 0, 1, 1);
-    CHECK(shared_rippler_cache().normals[0] == 0.0f);
+    ripple(tools, &mesh.arrays, 0, 1, 1);
+    CHECK(tools.all.rippler.normals[0] == 0.0f);
 }
 
 // ---- "Model placer" ----------------------------------------------------------------------
 
 TEST_CASE("the model placer puts every placement at every vertex; rotation and scale are the input's")
 {
-    init_matrices();
     const test_mesh model({0, 0, 0, 1, 2, 3}, {});
     const params_12 params = {100, 200, 300, 0, 0, 0, 1, 1, 1};
-    const owned_list list = applied(manipulator_model_placer, params, {sample, another}, nullptr, &model.arrays);
-    REQUIRE(list->count == 4);
-    CHECK(values_of(list->items[0]) == std::array<float, 9>{101, 202, 303, 10, 20, 30, 1, 1, 1});
-    CHECK(values_of(list->items[1]) == std::array<float, 9>{102, 204, 306, 10, 20, 30, 1, 1, 1});
-    CHECK(values_of(list->items[2]) == std::array<float, 9>{95, 200, 307, 0, 90, 0, 2, 3, 4});
-    CHECK(values_of(list->items[3]) == std::array<float, 9>{96, 202, 310, 0, 90, 0, 2, 3, 4});
+    const placement_list list = applied(manipulator_model_placer, params, {sample, another}, nullptr, &model.arrays);
+    REQUIRE(list.items.size() == 4);
+    CHECK(values_of(list.items[0]) == std::array<float, 9>{101, 202, 303, 10, 20, 30, 1, 1, 1});
+    CHECK(values_of(list.items[1]) == std::array<float, 9>{102, 204, 306, 10, 20, 30, 1, 1, 1});
+    CHECK(values_of(list.items[2]) == std::array<float, 9>{95, 200, 307, 0, 90, 0, 2, 3, 4});
+    CHECK(values_of(list.items[3]) == std::array<float, 9>{96, 202, 310, 0, 90, 0, 2, 3, 4});
 }
 
 TEST_CASE("the placer scales first, turns about z, y and x, and moves last")
 {
-    init_matrices();
     const test_mesh model({1, 0, 0, 0, 1, 0}, {});
     // (1,0,0) x 2 = (2,0,0); a quarter about z: (0,2,0); a quarter about x: (0,0,2); moved.
     const params_12 params = {10, 20, 30, 90, 0, 90, 2, 3, 4};
-    const owned_list list = applied(manipulator_model_placer, params, {placement{}}, nullptr, &model.arrays);
-    REQUIRE(list->count == 2);
-    CHECK(list->items[0].position[0] == doctest::Approx(10));
-    CHECK(list->items[0].position[1] == doctest::Approx(20));
-    CHECK(list->items[0].position[2] == doctest::Approx(32));
+    const placement_list list = applied(manipulator_model_placer, params, {placement{}}, nullptr, &model.arrays);
+    REQUIRE(list.items.size() == 2);
+    CHECK(list.items[0].position[0] == doctest::Approx(10));
+    CHECK(list.items[0].position[1] == doctest::Approx(20));
+    CHECK(list.items[0].position[2] == doctest::Approx(32));
     // (0,1,0) x 3 = (0,3,0); about z: (-3,0,0); about x: the same
-    CHECK(list->items[1].position[0] == doctest::Approx(7));
-    CHECK(list->items[1].position[1] == doctest::Approx(20));
-    CHECK(list->items[1].position[2] == doctest::Approx(30));
+    CHECK(list.items[1].position[0] == doctest::Approx(7));
+    CHECK(list.items[1].position[1] == doctest::Approx(20));
+    CHECK(list.items[1].position[2] == doctest::Approx(30));
 
     // y between them: (0,0,1) by y a quarter is (1,0,0), and x leaves that
     const test_mesh deep({0, 0, 1}, {});
-    const owned_list turned
+    const placement_list turned
         = applied(manipulator_model_placer, {0, 0, 0, 90, 90, 0, 1, 1, 1}, {placement{}}, nullptr, &deep.arrays);
-    CHECK(turned->items[0].position[0] == doctest::Approx(1));
-    CHECK(std::fabs(turned->items[0].position[1]) < 1e-5f);
-    CHECK(std::fabs(turned->items[0].position[2]) < 1e-5f);
+    CHECK(turned.items[0].position[0] == doctest::Approx(1));
+    CHECK(std::fabs(turned.items[0].position[1]) < 1e-5f);
+    CHECK(std::fabs(turned.items[0].position[2]) < 1e-5f);
 }
 
-TEST_CASE("the placer does not see the current modelview and leaves it, and its saved copy, alone")
+TEST_CASE("the placer without a model leaves the list as it is, with an empty model it is empty")
 {
-    init_matrices();
-    translate(5, 6, 7);
-    rotate_x(30, select_modelview);
-    save_modelview();
-    scale(2, 3, 4);
-    const matrix_state before = matrices;
-    const test_mesh model({1, 1, 1}, {});
-    const owned_list list
-        = applied(manipulator_model_placer, {0, 0, 0, 0, 0, 0, 1, 1, 1}, {placement{}}, nullptr, &model.arrays);
-    CHECK(list->items[0].position[0] == 1.0f);
-    CHECK(list->items[0].position[1] == 1.0f);
-    CHECK(list->items[0].position[2] == 1.0f);
-    CHECK(std::equal(before.modelview, before.modelview + 16, matrices.modelview));
-    CHECK(std::equal(before.saved_modelview, before.saved_modelview + 16, matrices.saved_modelview));
-    init_matrices();
-}
-
-TEST_CASE("the placer without a model copies the list, with an empty model it is empty")
-{
-    init_matrices();
     const params_12 params = {1, 1, 1, 0, 0, 0, 1, 1, 1};
-    const owned_list copied = applied(manipulator_model_placer, params, {sample, another});
-    REQUIRE(copied->count == 2);
-    CHECK(values_of(copied->items[1]) == values_of(another));
+    const placement_list copied = applied(manipulator_model_placer, params, {sample, another});
+    REQUIRE(copied.items.size() == 2);
+    CHECK(values_of(copied.items[1]) == values_of(another));
     const mesh_arrays empty = {};
-    const owned_list none = applied(manipulator_model_placer, params, {sample}, nullptr, &empty);
-    REQUIRE(none != nullptr);
-    CHECK(none->count == 0);
+    const placement_list none = applied(manipulator_model_placer, params, {sample}, nullptr, &empty);
+    CHECK(none.items.size() == 0);
 }
 
 TEST_CASE("placed lists end after 131,072 placements")
 {
-    init_matrices();
     std::vector<float> vertices(65535 * 3);
     for (size_t v = 0; v < 65535; ++v)
         vertices[3 * v] = static_cast<float>(v);
     const test_mesh model(std::move(vertices), {});
-    build_cosine_table();
-    placement_list* list = placement_list_new(sample);
-    list = apply_manipulator(list, manipulator_x_multiplier, params_12{20, 0, 1}, nullptr, nullptr);
-    list = apply_manipulator(
-        list, manipulator_model_placer, params_12{0, 0, 0, 0, 0, 0, 1, 1, 1}, nullptr, &model.arrays);
-    const owned_list result(list);
-    REQUIRE(result->count == max_placements);
-    CHECK(result->items[65534].position[0] == 65535.0f);
-    CHECK(result->items[65535].position[0] == 1.0f);
-    CHECK(result->items[65535].position[1] == 3.0f);
-    CHECK(result->items[max_placements - 1].position[0] == 1.0f + static_cast<float>((max_placements - 1) % 65535));
+    test_tools tools;
+    placement_list result = {{sample}, false};
+    apply_manipulator(result, manipulator_x_multiplier, params_12{20, 0, 1}, nullptr, nullptr, tools.all);
+    apply_manipulator(
+        result, manipulator_model_placer, params_12{0, 0, 0, 0, 0, 0, 1, 1, 1}, nullptr, &model.arrays, tools.all);
+    REQUIRE(result.items.size() == max_placements);
+    CHECK(result.items[65534].position[0] == 65535.0f);
+    CHECK(result.items[65535].position[0] == 1.0f);
+    CHECK(result.items[65535].position[1] == 3.0f);
+    CHECK(result.items[max_placements - 1].position[0] == 1.0f + static_cast<float>((max_placements - 1) % 65535));
 }
 
 TEST_CASE("every manipulator takes any parameters")
 {
-    init_matrices();
-    const fresh_cache scope;
+    test_tools tools;
     const test_mesh model({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
     for (int32_t kind = 0; kind < 4; ++kind)
         for (const float value : {3.4e38f, -3.4e38f, infinity, -infinity, not_a_number, -0.0f}) {
@@ -473,37 +432,33 @@ TEST_CASE("every manipulator takes any parameters")
             params.fill(value);
             if (kind < 2)
                 params[0] = 2;
-            const owned_list list = applied(kind, params, {sample}, &model.arrays, &model.arrays);
-            CHECK(list->count <= 6);
+            const placement_list list = applied(tools, kind, params, {sample}, &model.arrays, &model.arrays);
+            CHECK(list.items.size() <= 6);
         }
 }
 
 TEST_CASE("a list that would have been longer says so, and so does every list that is made from it")
 {
-    const owned_list exact = applied(manipulator_x_multiplier, {65536, 1}, {sample, another});
-    CHECK(exact->count == 131072);
-    CHECK(!exact->cut);
-    const owned_list one_more = applied(manipulator_x_multiplier, {131073, 1}, {sample});
-    CHECK(one_more->count == 131072);
-    CHECK(one_more->cut);
-    const owned_list cube = applied(manipulator_xyz_multiplier, {512, 512, 2}, {sample});
-    CHECK(cube->cut);
-    const owned_list empty = applied(manipulator_xyz_multiplier, {512, 512, 0}, {sample});
-    CHECK(!empty->cut);
+    const placement_list exact = applied(manipulator_x_multiplier, {65536, 1}, {sample, another});
+    CHECK(exact.items.size() == 131072);
+    CHECK(!exact.cut);
+    const placement_list one_more = applied(manipulator_x_multiplier, {131073, 1}, {sample});
+    CHECK(one_more.items.size() == 131072);
+    CHECK(one_more.cut);
+    const placement_list cube = applied(manipulator_xyz_multiplier, {512, 512, 2}, {sample});
+    CHECK(cube.cut);
+    const placement_list empty = applied(manipulator_xyz_multiplier, {512, 512, 0}, {sample});
+    CHECK(!empty.cut);
 
-    build_cosine_table();
-    const fresh_cache scope;
-    init_matrices();
+    test_tools tools;
     const test_mesh model({0, 0, 0}, {});
-    placement_list* list = placement_list_new(sample);
-    CHECK(!list->cut);
-    list = apply_manipulator(list, manipulator_x_multiplier, params_12{2e9f, 1}, nullptr, nullptr);
+    placement_list list = {{sample}, false};
+    apply_manipulator(list, manipulator_x_multiplier, params_12{2e9f, 1}, nullptr, nullptr, tools.all);
     for (int32_t kind = 0; kind < manipulator_kind_count; ++kind) {
-        list = apply_manipulator(list, kind, params_12{1, 1, 1}, &model.arrays, &model.arrays);
-        CHECK(list->cut);
+        apply_manipulator(list, kind, params_12{1, 1, 1}, &model.arrays, &model.arrays, tools.all);
+        CHECK(list.cut);
     }
-    list = apply_manipulator(list, manipulator_x_multiplier, params_12{0}, nullptr, nullptr);
-    CHECK(list->count == 0);
-    CHECK(!list->cut); // nothing is drawn, so nothing is left out
-    placement_list_free(list);
+    apply_manipulator(list, manipulator_x_multiplier, params_12{0}, nullptr, nullptr, tools.all);
+    CHECK(list.items.empty());
+    CHECK(!list.cut); // nothing is drawn, so nothing is left out
 }

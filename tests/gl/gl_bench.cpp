@@ -1,7 +1,6 @@
 #include "gl_bench.h"
 
-#include "render/material_gl.h"
-#include "render/matrix.h"
+#include "content/matrix.h"
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
 #include "shell/driver_gl.h"
@@ -44,15 +43,21 @@ void open_test_window()
     // before it would look like a leak of its own memory.
     glewInit();
     while (glGetError() != GL_NO_ERROR) { } // the loader of the entry points may leave one
-    init_matrices();
     build_cosine_table();
     set_unchanging_state_gl();
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
 }
 
+renderer& test_renderer()
+{
+    static renderer r;
+    return r;
+}
+
 void forget_state()
 {
+    release_renderer_gl(test_renderer());
     glUseProgram(0);
     glPopAttrib();
     glPopClientAttrib();
@@ -311,24 +316,40 @@ bool gl_bench::build_programs()
     return silent;
 }
 
+// The camera goes round the origin: it is moved first and turned then, which a layer says
+// the other way round.
+static void place_camera(const float camera[3], layer_plan& layer)
+{
+    float turn[16];
+    copy_matrix(identity, turn);
+    rotate_y(turn, -camera[1]);
+    rotate_x(turn, -camera[0]);
+    rotate_z(turn, -camera[2]);
+    constexpr float place[3] = {0.3f, -0.2f, -3.0f};
+    transform_point(turn, place, layer.position);
+}
+
 void gl_bench::draw_over(uint32_t scene, bool glsl)
 {
-    glUseProgram(0); // tests change paths where a run of the player has one
-    glEnable(GL_DEPTH_TEST);
+    if (last_path != -1 && last_path != (glsl ? 1 : 0))
+        forget_state(); // tests change paths where a run of the player has one
+    last_path = glsl ? 1 : 0;
+    frame_layers layers = {};
+    layers.layer_count = 1;
+    layer_plan& layer = layers.layers[0];
+    layer.time = time;
+    layer.model_id = scene;
+    layer.depth_test = 1;
+    layer.projection = perspective ? projection_perspective : projection_orthographic;
+    layer.fov = 60.0f;
+    layer.aspect = 4.0f / 3.0f;
+    layer.far_distance = 100.0f;
+    std::copy_n(camera, 3, layer.rotation);
     if (perspective)
-        set_perspective(60.0f, 4.0f / 3.0f, 0.1f, 100.0f);
-    else
-        set_orthographic(0.0f, 1.0f, 1.0f, 0.0f, -1.0f, 1.0f);
-    load_matrix(select_projection);
-    reset_modelview();
-    if (perspective)
-        translate(0.3f, -0.2f, -3.0f); // the camera goes round the origin
-    rotate_z(camera[2], select_modelview);
-    rotate_x(camera[0], select_modelview);
-    rotate_y(camera[1], select_modelview);
-    load_matrix(select_modelview);
-    draw_model(
-        scene, {.d = &d, .caps = &caps, .glsl = glsl, .time = time, .rotation = {camera[0], camera[1], camera[2]}});
+        place_camera(camera, layer);
+    forget_objects(test_renderer().gl); // the bench has made some
+    const frame_view view = {window_width, window_height, 4.0f / 3.0f};
+    draw_layers(d, layers, view, caps, glsl, test_renderer());
 }
 
 picture gl_bench::read()

@@ -8,7 +8,7 @@
 #include "builders.h"
 #include "model/capabilities.h"
 #include "model/document.h"
-#include "render/scene_gl.h"
+#include "render/compositor_gl.h"
 
 #include <cstdint>
 #include <vector>
@@ -37,8 +37,9 @@ double mean_difference(const picture& a, const picture& b);
 
 // ---- the window -----------------------------------------------------------------
 
-void open_test_window(); // the first call opens it
-void forget_state();     // OpenGL's state is again what the player's display set-up leaves
+void open_test_window();   // the first call opens it
+void forget_state();       // OpenGL's state is again what the player's display set-up leaves
+renderer& test_renderer(); // what drawing remembers, until forget_state
 picture read_window();
 gl_caps driver_caps(); // buffers off
 texture_format_table driver_formats();
@@ -53,6 +54,7 @@ struct gl_bench {
     bool perspective = false;    // else (0, 0) is top left, (1, 1) bottom right, z -1..1
     uint32_t time = 0;
     rgb background = {0, 0, 0};
+    int last_path = -1; // of the last draw: 0 fixed, 1 shaders
 
     gl_bench(); // opens the window
     gl_bench(const gl_bench&) = delete;

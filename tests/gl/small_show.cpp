@@ -423,7 +423,7 @@ small_show::small_show(const show_text& text, const show_options& options)
     open_test_window();
     forget_state();
     caps = caps_for(options);
-    reset_rippler_cache();
+    reset_rippler_cache(test_renderer().tools.rippler);
     xml_node* root = xml_parse(text.document().c_str());
     FILE* pack = open_pack(text.entries);
     document_create(d, "demo.xmlz", timeline_new());
@@ -448,13 +448,14 @@ small_show::small_show(const show_text& text, bool shader_path)
 small_show::~small_show()
 {
     unload_document(d);
-    reset_rippler_cache();
+    reset_rippler_cache(test_renderer().tools.rippler);
 }
 
 picture small_show::frame(uint32_t time)
 {
     output_capture capture;
-    drawn = compose_frame(d, time, view, caps, glsl);
+    forget_objects(test_renderer().gl); // other shows may have been loaded
+    drawn = compose_frame(d, time, view, caps, glsl, test_renderer());
     std::string lines = capture.end();
     CHECK(glGetError() == GL_NO_ERROR);
     const std::string of_wireframes = "GenerateLineIndexArray\n";

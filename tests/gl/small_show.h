@@ -9,7 +9,7 @@
 
 #include "document_text.h"
 #include "gl_bench.h"
-#include "render/frame_plan.h"
+#include "render/layer_plan.h"
 
 #include <array>
 #include <cstdint>

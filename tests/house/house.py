@@ -1,4 +1,4 @@
-"""The house as its includes show it: the rooms, and the arrows between them.
+"""The house as its includes show it: rooms, the files in them, and the arrows between them.
 
     house.py ROOT           prints the rooms and whom each includes
     house.py ROOT --draw    draws that into docs/house.svg
@@ -34,10 +34,11 @@ def sources(root):
 
 
 def includes(files):
-    """(file, included file): both with their folder, but for the files of a tool, which name each other without."""
+    """(file, included file), both with their folder; files of a tool name each other without it."""
     for name, text in files:
+        folder = name.rpartition('/')[0]
         for included in INCLUDE.findall(text):
-            yield name, included
+            yield name, included if '/' in included else folder + '/' + included
 
 
 def rooms_of(files):
@@ -56,6 +57,39 @@ def arrows(files):
         if other != room and other in found:
             found[room].add(other)
     return found
+
+
+# ---- circles ------------------------------------------------------------------------------------
+
+def way_back(graph, start):
+    """The shortest way along the arrows from a unit to itself, without it at the end; None: there is none."""
+    ways = [[start]]
+    seen = set()
+    for way in ways:   # grows while it is walked
+        for unit in sorted(graph.get(way[-1], ())):
+            if unit == start:
+                return way
+            if unit not in seen:
+                seen.add(unit)
+                ways.append(way + [unit])
+    return None
+
+
+def circles(files):
+    """A line for every circle between units, which are a header and the source of its name."""
+    graph, reasons = {}, {}
+    for name, included in includes(files):
+        unit, other = os.path.splitext(name)[0], os.path.splitext(included)[0]
+        if unit != other:
+            graph.setdefault(unit, set()).add(other)
+            reasons.setdefault((unit, other), '%s includes %s' % (name, included))
+    found = {}
+    for unit in sorted(graph):
+        way = way_back(graph, unit)
+        if way:
+            found.setdefault(frozenset(way), way)
+    return ['a circle: %s. What they share belongs into a file below them.'
+            % ', '.join(reasons[pair] for pair in zip(way, way[1:] + way[:1])) for way in found.values()]
 
 
 # ---- the drawing --------------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the drawing of the house to what the includes say.
+"""Holds the drawing of the house to what the includes say, and the files of the engine to include each other in no
+circle.
 
     test_house.py ROOT
 """
@@ -29,6 +30,12 @@ def check_rooms(root):
             for room in house.rooms_of(list(house.sources(root))) if room not in known]
 
 
+def check_circles(root):
+    """Of a header and the source of its name, a unit, each can be understood without those that include it."""
+    rooms = [(name, text) for name, text in house.sources(root) if not name.startswith('tools/')]
+    return house.circles(rooms)
+
+
 # Files as they might be: model and render include each other's rooms, two files of a tool each other.
 HOUSE = [('model/a.h', '#pragma once\n'), ('model/a.cpp', '#include "model/a.h"\n#include <GL/glew.h>\n'),
          ('model/b.cpp', '  #  include "render/c.h"\n'), ('render/c.h', '#include "model/a.h"\n'),
@@ -43,6 +50,16 @@ def check_the_checker():
     assert house.arrows(HOUSE) == {'content': set(), 'model': {'render'}, 'render': {'model'}, 'attic': {'content'},
                                    'tools/make': {'content'}}
     assert house.as_text(HOUSE).splitlines()[3] == 'model          -> render (up!)', house.as_text(HOUSE)
+    assert house.circles(HOUSE) == []
+    ends = HOUSE + [('model/a.cpp', '#include "render/c.h"\n'), ('tools/make/e.cpp', '#include "d.h"\n')]
+    assert house.circles(ends) == [
+        'a circle: model/a.cpp includes render/c.h, render/c.h includes model/a.h. '
+        'What they share belongs into a file below them.',
+        'a circle: tools/make/d.h includes tools/make/e.h, tools/make/e.cpp includes tools/make/d.h. '
+        'What they share belongs into a file below them.'], house.circles(ends)
+    longer = [('a/%d.cpp' % n, '#include "a/%d.h"\n' % ((n + 1) % 4)) for n in range(4)]
+    longer.append(('a/4.cpp', '#include "a/0.h"\n'))
+    assert len(house.circles(longer)) == 1 and house.circles(longer)[0].count('includes') == 4
     page = '| room | what it knows |\n|---|---|\n| `model` | *records* < all |\n'
     drawing = house.as_svg(HOUSE, page)
     assert '>records &lt; all<' in drawing and '>brimlow-make<' in drawing
@@ -54,7 +71,7 @@ def check_the_checker():
 def main():
     root = sys.argv[1]
     check_the_checker()
-    wrong = check_rooms(root) + check_drawing(root)
+    wrong = check_rooms(root) + check_circles(root) + check_drawing(root)
     for line in wrong:
         print(line)
     print('%d files looked at, %d faults' % (len(list(house.sources(root))), len(wrong)))

@@ -12,7 +12,6 @@ import sys
 
 ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']
 SIDE_ROOMS = {'editing': ['content', 'model']}  # for the tools alone: no room includes it, and what it may include
-GROUND = {'render/matrix.h'}            # plain numbers, part of the ground floor
 DEVICES = {'_gl.cpp': re.compile(r'(?:GL/|GLES|EGL/|glew)', re.I),  # by the end of the names of files that may use them
            '_sdl.cpp': re.compile(r'SDL', re.I)}
 FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp'}  # another library: one new file in the place of each
@@ -63,10 +62,8 @@ def check_includes(engine):
                 continue
             if other in SIDE_ROOMS:
                 wrong.append('%s/%s: includes %s, which is for the tools alone' % (room, name, included))
-            if other in ROOMS and ROOMS.index(other) > ROOMS.index(room) and included not in GROUND:
+            if other in ROOMS and ROOMS.index(other) > ROOMS.index(room):
                 wrong.append('%s/%s: includes %s, which lies above it' % (room, name, included))
-            if other == 'render' and included in GROUND and room in ('content', 'anim', 'model', 'music'):
-                wrong.append('%s/%s: has no use for %s' % (room, name, included))
     return wrong
 
 
@@ -97,7 +94,7 @@ def check_the_checker():
     assert not device_errors('a_gl.cpp', '#include <GL/glew.h>')
     assert device_errors('a_gl.cpp', '#include <SDL/SDL.h>') and device_errors('a_sdl.cpp', '#include <EGL/egl.h>')
     assert device_errors('a_gl.h', '#include <GL/glew.h>') and device_errors('a.cpp', '#include "SDL.h"')
-    assert not device_errors('a.cpp', '#include "render/matrix.h"\n#include "shell/display_gl.h"')
+    assert not device_errors('a.cpp', '#include "content/matrix.h"\n#include "shell/display_gl.h"')
     assert PROGRAM.findall('add_executable(dpk ${sources})\n  add_executable(a-b c.cpp)') == ['dpk', 'a-b']
     assert INCLUDE.findall('#include <GL/glew.h>\n  #  include "shell/log.h"') == ['GL/glew.h', 'shell/log.h']
 

@@ -23,8 +23,8 @@
 // ---- the frame ------------------------------------------------------------------
 
 // Stands in for the renderer: which frame was asked for, and with what.
-uint32_t compose_frame(
-    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, frame_cost_record*)
+extern "C" uint32_t __wrap__Z13compose_frameR8documentjRK10frame_viewRK7gl_capsbR8rendererP17frame_cost_record(
+    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, renderer&, frame_cost_record*)
 {
     const bool loading = d.name != nullptr && std::string(d.name) == "loading.xmlz";
     char line[200];

@@ -1,15 +1,11 @@
 #include "record_bench.h"
 
 #include "effects/dynamic_texture.h"
-#include "effects/manipulator.h"
-#include "render/compositor_gl.h"
-#include "render/material_gl.h"
-#include "render/matrix.h"
-#include "render/scene_gl.h"
 #include "render/shader_source.h"
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <map>
@@ -17,33 +13,17 @@
 
 // ---- beginning and end ----------------------------------------------------------
 
-// Three units that generate their coordinates switch every coordinate array off; a material
-// without a program leaves none in use.
-static void empty_engine(record_bench& b)
-{
-    material_record material = {};
-    for (uint32_t unit = 0; unit < texture_unit_count; ++unit) {
-        material.texture[unit] = b.add_image(1);
-        material.cgenmode[unit] = coordinates_sphere;
-    }
-    b.apply_fixed(material);
-    end_program_arrays();
-    b.apply_glsl(material);
-}
-
 record_bench::record_bench()
     : answers(begin_gl_recording())
 {
-    init_matrices();
     build_cosine_table();
-    reset_rippler_cache();
-    empty_engine(*this);
-    begin_gl_recording();
+    layer.depth_test = 1;
+    layer.projection = projection_kept;
 }
 
 record_bench::~record_bench()
 {
-    reset_rippler_cache();
+    release_renderer_gl(r);
 }
 
 // ---- records --------------------------------------------------------------------
@@ -162,40 +142,59 @@ uint32_t record_bench::add_scene(const std::vector<scene_object>& objects)
     return ::add_scene(content, objects);
 }
 
-// ---- work -----------------------------------------------------------------------
-
-static material_context context_of(record_bench& b)
+scene_object record_bench::bare_object(uint32_t mesh)
 {
-    return {.d = &b.d, .caps = &b.caps, .time = b.time, .camera_angles = {b.camera[1], b.camera[0]}};
+    font_record font = {};
+    font.glyphs[0] = {mesh, 0, 0, 0.0f, 0.0f};
+    scene_object letter = object(object_text, 0, 0);
+    letter.font = table_add(d.font_table, font);
+    std::snprintf(letter.text, sizeof letter.text, "a");
+    return letter;
 }
 
-static unit_coordinates triangle_coordinates(uint32_t sets)
+// ---- work -----------------------------------------------------------------------
+
+static uint32_t handle_of(const document& d, const material_record& material)
 {
-    unit_coordinates coordinates = {};
-    for (uint32_t unit = 0; unit < texture_unit_count; ++unit)
-        coordinates.set[unit] = triangle_sets[unit < sets ? unit : 0];
-    return coordinates;
+    for (auto [handle, record] : d.material_table)
+        if (&record == &material)
+            return handle;
+    return 0;
+}
+
+static void apply(record_bench& b, const material_record& material, uint32_t sets, bool glsl)
+{
+    uint32_t& scene = b.triangle_scene[sets];
+    if (scene == 0)
+        scene = b.add_scene({b.object(object_model, b.add_triangle(sets), 0)});
+    table_get(b.d.scene_table, scene)->objects[0].material = handle_of(b.d, material);
+    b.draw(scene, glsl);
 }
 
 void record_bench::apply_fixed(const material_record& material, uint32_t sets)
 {
-    apply_material_fixed(&material, context_of(*this), triangle_coordinates(sets));
+    apply(*this, material, sets, false);
 }
 
 void record_bench::apply_glsl(const material_record& material, uint32_t sets)
 {
-    apply_material_glsl(&material, context_of(*this), triangle_coordinates(sets));
+    apply(*this, material, sets, true);
 }
 
 void record_bench::draw(uint32_t scene, bool glsl)
 {
-    draw_model(
-        scene, {.d = &d, .caps = &caps, .glsl = glsl, .time = time, .rotation = {camera[0], camera[1], camera[2]}});
+    frame_layers layers = {};
+    layers.layer_count = 1;
+    layers.layers[0] = layer;
+    layers.layers[0].time = time;
+    layers.layers[0].model_id = scene;
+    std::copy_n(camera, 3, layers.layers[0].rotation);
+    draw_layers(d, layers, view, caps, glsl, r);
 }
 
 uint32_t record_bench::compose(bool glsl)
 {
-    return compose_frame(d, time, view, caps, glsl);
+    return compose_frame(d, time, view, caps, glsl, r);
 }
 
 // ---- reading lists --------------------------------------------------------------
@@ -220,14 +219,19 @@ static std::string combiner_half(std::map<std::string, std::string>& state, cons
     return text + ")";
 }
 
-std::string combiner_state(const std::string& calls)
+std::string combiner_state(const std::string& calls, uint32_t unit)
 {
+    const std::string selecting = "glActiveTexture(";
+    const std::string selected = selecting + "GL_TEXTURE" + std::to_string(unit) + ")";
     std::map<std::string, std::string> state;
     std::istringstream lines(calls);
+    bool active = false;
     for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(selecting))
+            active = line == selected;
         const size_t first = line.find(", ");
         const size_t second = line.rfind(", ");
-        if (line.starts_with("glTexEnvi(") && first != second)
+        if (active && line.starts_with("glTexEnvi(") && first != second)
             state[line.substr(first + 2, second - first - 2)] = line.substr(second + 2, line.size() - second - 3);
     }
     return state["GL_TEXTURE_ENV_MODE"] + ": " + combiner_half(state, "RGB") + "; " + combiner_half(state, "ALPHA");

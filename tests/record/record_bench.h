@@ -1,16 +1,16 @@
 // Small documents whose drawing is recorded: what the tests of this folder share.
 //
 // A bench owns its document; its records carry OpenGL names given here (no object is
-// made). It starts with a driver that has forgotten everything and an engine whose own
-// memory of OpenGL's state is empty, but that some program was in use (see
-// test_before_materials.cpp).
+// made). It starts with a driver that has forgotten everything and a renderer that knows
+// nothing of OpenGL's state and has never applied a material. What it draws it remembers:
+// calls that would change nothing are left out of the next list.
 #pragma once
 
 #include "builders.h"
 #include "model/capabilities.h"
 #include "model/document.h"
 #include "recording_gl.h"
-#include "render/frame_plan.h"
+#include "render/compositor_gl.h"
 
 #include <array>
 #include <cstdint>
@@ -26,6 +26,9 @@ struct record_bench {
     uint32_t time = 0;
     float camera[3] = {0, 0, 0};                       // the layer's rotations about x, y, z
     frame_view view = {800, 600, 1.25f, {0, 0, 0, 0}}; // of compose
+    layer_plan layer = {};                             // of draw: depth test, the projection in force, no clear
+    renderer r;                                        // what drawing remembers
+    uint32_t triangle_scene[4] = {};                   // of apply_*, by number of coordinate sets; 0: none yet
 
     record_bench();
     ~record_bench();
@@ -55,17 +58,23 @@ struct record_bench {
     scene_object object(object_kind kind, uint32_t object, uint32_t material);
     uint32_t add_scene(const std::vector<scene_object>& objects);
 
+    // An object that draws a mesh without a material: with what stands.
+    scene_object bare_object(uint32_t mesh);
+
     // ---- work; the calls so far are left in the list ----
-    void apply_fixed(const material_record& material, uint32_t sets = 3); // for a triangle's coordinates
+    // A frame of one triangle, the same for each number of sets, with a material of the
+    // bench (null materials: bare_object).
+    void apply_fixed(const material_record& material, uint32_t sets = 3);
     void apply_glsl(const material_record& material, uint32_t sets = 3);
+    // A frame of one layer that shows a scene.
     void draw(uint32_t scene, bool glsl);
     uint32_t compose(bool glsl = false);
 };
 
-// What a list's glTexEnvi calls make of one combiner, as the last call of each parameter
-// says: "MODE: FUNCTION(SOURCE.OPERAND, ...); FUNCTION(...)", the colour and the alpha, each
-// with the arguments that its function reads.
-std::string combiner_state(const std::string& calls);
+// What a list's glTexEnvi calls make of one unit's combiner, as the last call of each
+// parameter says while the unit is the active one: "MODE: FUNCTION(SOURCE.OPERAND, ...);
+// FUNCTION(...)", the colour and the alpha, each with the arguments that its function reads.
+std::string combiner_state(const std::string& calls, uint32_t unit);
 
 // A list without the lines that have `word` in them.
 std::string without(const std::string& calls, std::string_view word);

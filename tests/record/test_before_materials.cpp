@@ -1,19 +1,11 @@
-// What can only be seen before any material was applied: the first file of the program.
+// What is drawn before any material was applied.
 #include "record_bench.h"
-
-#include "render/material_gl.h"
-#include "render/matrix.h"
-#include "render/scene_gl.h"
 
 #include <doctest/doctest.h>
 
 TEST_CASE("as long as no material has chosen a program, the shader path draws by the fixed pipeline")
 {
-    REQUIRE(current_program().state == program_never);
-    begin_gl_recording();
-    init_matrices();
-    test_document content;
-    gl_caps caps = initial_caps;
+    record_bench b;
     float corner[3] = {1, 2, 3};
     uint16_t indices[3] = {0, 0, 0};
     mesh_effect effect = {};
@@ -22,28 +14,27 @@ TEST_CASE("as long as no material has chosen a program, the shader path draws by
     effect.mesh.index_count = 3;
     effect.mesh.positions = corner;
     effect.mesh.indices = indices;
-    const uint32_t handle = table_add(content.d.effect_table, effect);
-    scene_object object = {};
-    object.type = object_genmesh;
-    object.object = handle;
-    object.values[6].value = object.values[7].value = object.values[8].value = 1.0f;
-    scene_record scene = {};
-    scene.object_count = 1;
-    scene.objects = &object;
-    const uint32_t shown = table_add(content.d.scene_table, scene);
+    const uint32_t handle = table_add(b.d.effect_table, effect);
+    const uint32_t scene = b.add_scene({b.object(object_genmesh, handle, 0)});
+    REQUIRE(b.r.standing.program.status == program_never);
 
-    draw_model(shown, {.d = &content.d, .caps = &caps, .glsl = true, .time = 0, .rotation = {0, 0, 0}});
+    b.draw(scene, true);
     CHECK(take_gl_calls() == R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glMatrixMode(GL_MODELVIEW)
+glDisableClientState(GL_NORMAL_ARRAY)
 glEnableClientState(GL_VERTEX_ARRAY)
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
-glMatrixMode(GL_MODELVIEW)
+glEnable(GL_DEPTH_TEST)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])
-glMatrixMode(GL_MODELVIEW)
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
-glDisableClientState(GL_NORMAL_ARRAY)
-glDisableClientState(GL_VERTEX_ARRAY)
 )");
-    table_get(content.d.effect_table, handle)->mesh = {}; // they were borrowed
-    table_get(content.d.scene_table, shown)->objects = nullptr;
+    b.layer.depth_test = 0;
+    b.draw(scene, true);
+    CHECK(take_gl_calls() == R"(
+glDisable(GL_DEPTH_TEST)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])
+)");
+    table_get(b.d.effect_table, handle)->mesh = {}; // they were borrowed
 }

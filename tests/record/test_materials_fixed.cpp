@@ -1,13 +1,24 @@
 // The calls that a material is on the fixed-function path.
 #include "record_bench.h"
 
-#include "render/material_gl.h"
-
 #include <GL/glew.h>
 
 #include <doctest/doctest.h>
 
 #include <vector>
+
+// What comes before every first material of a bench, and behind it: the arrays of the
+// triangle, its matrix, its drawing.
+static const std::string first_arrays = R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glMatrixMode(GL_MODELVIEW)
+glEnableClientState(GL_NORMAL_ARRAY)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glEnableClientState(GL_VERTEX_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+)";
+static const std::string drawing = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n";
 
 // The list with each unit's combiner as one line: its parts are held below.
 static std::string without_combiner(const std::string& calls)
@@ -21,8 +32,7 @@ TEST_CASE("a material without settings switches off what it does not use, in a f
 {
     record_bench b;
     b.apply_fixed(b.add_material());
-    CHECK(take_gl_calls() == R"(
-glDisable(GL_CULL_FACE)
+    CHECK(take_gl_calls() == first_arrays + R"(glDisable(GL_CULL_FACE)
 glDisable(GL_DEPTH_TEST)
 glDisable(GL_NORMALIZE)
 glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
@@ -32,15 +42,16 @@ glBlendFunc(GL_ONE, GL_ZERO)
 glDisable(GL_LIGHTING)
 glDisable(GL_FOG)
 glActiveTexture(GL_TEXTURE0)
-glClientActiveTexture(GL_TEXTURE0)
 glDisable(GL_TEXTURE_2D)
 glDisable(GL_TEXTURE_CUBE_MAP)
+glClientActiveTexture(GL_TEXTURE0)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
-)");
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+)" + drawing);
 }
 
-// Polygons, colour, blending, lights, fog, then unit by unit: its picture, where its
-// coordinates come from, its matrix, its combiner, its array.
+// Polygons, colour, blending, lights under the camera, fog, then unit by unit: its picture,
+// where its coordinates come from, its matrix, its combiner; then the units' arrays.
 TEST_CASE("a material with everything sets everything, in a fixed order")
 {
     record_bench b;
@@ -65,8 +76,9 @@ TEST_CASE("a material with everything sets everything, in a fixed order")
     m.wrapmode[2] = 1;
     m.cgenmode[2] = coordinates_cube;
     b.apply_fixed(m);
-    CHECK(without_combiner(take_gl_calls()) == R"(
-glEnable(GL_CULL_FACE)
+    // The camera, Rx(-90) Ry(90): x -> -y, y -> -z, z -> x. The triangle's copy is under the
+    // same but for roundings behind the fifth decimal.
+    CHECK(without_combiner(take_gl_calls()) == first_arrays + R"(glEnable(GL_CULL_FACE)
 glEnable(GL_DEPTH_TEST)
 glEnable(GL_NORMALIZE)
 glPolygonMode(GL_FRONT_AND_BACK, GL_LINE)
@@ -76,6 +88,7 @@ glBlendEquation(GL_FUNC_ADD)
 glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA)
 glEnable(GL_LIGHTING)
 glEnable(GL_LIGHT0)
+glLoadMatrixf([0 -1 0 0 0 0 -1 0 1 0 0 0 0 0 0 1])
 glLightfv(GL_LIGHT0, GL_POSITION, [7 8 9 1])
 glLightfv(GL_LIGHT0, GL_AMBIENT, [0.1 0.2 0.3 1])
 glLightfv(GL_LIGHT0, GL_DIFFUSE, [0.4 0.5 0.6 1])
@@ -90,7 +103,6 @@ glFogfv(GL_FOG_COLOR, [0.7 0.8 0.9 1])
 glFogf(GL_FOG_START, 10)
 glFogf(GL_FOG_END, 20)
 glActiveTexture(GL_TEXTURE0)
-glClientActiveTexture(GL_TEXTURE0)
 glEnable(GL_TEXTURE_2D)
 glDisable(GL_TEXTURE_CUBE_MAP)
 glBindTexture(GL_TEXTURE_2D, 7)
@@ -103,10 +115,7 @@ glMatrixMode(GL_TEXTURE)
 glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])
 glMatrixMode(GL_MODELVIEW)
 glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE)
-glEnableClientState(GL_TEXTURE_COORD_ARRAY)
-glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
 glActiveTexture(GL_TEXTURE1)
-glClientActiveTexture(GL_TEXTURE1)
 glEnable(GL_TEXTURE_2D)
 glDisable(GL_TEXTURE_CUBE_MAP)
 glBindTexture(GL_TEXTURE_2D, 8)
@@ -121,9 +130,7 @@ glMatrixMode(GL_TEXTURE)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glMatrixMode(GL_MODELVIEW)
 glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE)
-glDisableClientState(GL_TEXTURE_COORD_ARRAY)
 glActiveTexture(GL_TEXTURE2)
-glClientActiveTexture(GL_TEXTURE2)
 glEnable(GL_TEXTURE_2D)
 glEnable(GL_TEXTURE_CUBE_MAP)
 glBindTexture(GL_TEXTURE_CUBE_MAP, 9)
@@ -139,8 +146,114 @@ glMatrixMode(GL_TEXTURE)
 glLoadMatrixf([0 0 1 0 -1 0 0 0 0 -1 0 0 0 0 0 1])
 glMatrixMode(GL_MODELVIEW)
 glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE)
+glClientActiveTexture(GL_TEXTURE0)
+glEnableClientState(GL_TEXTURE_COORD_ARRAY)
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glClientActiveTexture(GL_TEXTURE1)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
-)");
+glClientActiveTexture(GL_TEXTURE2)
+glDisableClientState(GL_TEXTURE_COORD_ARRAY)
+glLoadMatrixf([0 -1 0 0 0 0 -1 0 1 0 0 0 0 0 0 1])
+)" + drawing);
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == "\n" + drawing);
+}
+
+// ---- what is left out -----------------------------------------------------------
+
+// A material that uses most of what there is, applied.
+static material_record& add_lit_textured_material(record_bench& b)
+{
+    material_record& m = b.add_material();
+    m.light1 = b.add_values({0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 7, 8, 9});
+    m.fogtype = fog_nicest;
+    m.fogend = 5.0f;
+    m.texture[0] = b.add_image(7);
+    b.apply_fixed(m);
+    take_gl_calls();
+    return m;
+}
+
+TEST_CASE("a changed colour alone is told alone")
+{
+    record_bench b;
+    material_record& m = add_lit_textured_material(b);
+    m.color[1] = 0.625f;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == "\nglColor4f(0.25, 0.625, 0.75, 1)\n" + drawing);
+}
+
+TEST_CASE("of a changed light, fog, combiner or matrix each is told alone")
+{
+    record_bench b;
+    material_record& m = add_lit_textured_material(b);
+    table_get(b.d.transform_table, m.light1)->values[3] = 0.75f;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glLightfv(GL_LIGHT0, GL_POSITION, [7 8 9 1])
+glLightfv(GL_LIGHT0, GL_AMBIENT, [0.1 0.2 0.3 1])
+glLightfv(GL_LIGHT0, GL_DIFFUSE, [0.75 0.5 0.6 1])
+)" + drawing);
+    m.fogend = 6.0f;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glFogfv(GL_FOG_COLOR, [1 1 1 1])
+glFogf(GL_FOG_START, 0)
+glFogf(GL_FOG_END, 6)
+)" + drawing);
+    m.combine_mode[0] = 3;
+    b.apply_fixed(m);
+    CHECK(without_combiner(take_gl_calls())
+        == "\nglActiveTexture(GL_TEXTURE0)\nglTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE)\n" + drawing);
+    m.rotation[0] = 1; // about the picture's middle, by nothing
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == "\n" + drawing);
+    b.camera[1] = 90.0f;
+    m.light1 = 0;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glDisable(GL_LIGHTING)
+glMatrixMode(GL_TEXTURE)
+glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])
+glMatrixMode(GL_MODELVIEW)
+glLoadMatrixf([0 0 -1 0 0 1 0 0 1 0 0 0 0 0 0 1])
+)" + drawing);
+}
+
+// OpenGL keeps a light where the camera saw it.
+TEST_CASE("lights are told again when the camera has moved, under its new matrix")
+{
+    record_bench b;
+    add_lit_textured_material(b);
+    material_record& m = *table_get(b.d.material_table, 1);
+    b.layer.position[2] = -5.0f;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
+glLightfv(GL_LIGHT0, GL_POSITION, [7 8 9 1])
+glLightfv(GL_LIGHT0, GL_AMBIENT, [0.1 0.2 0.3 1])
+glLightfv(GL_LIGHT0, GL_DIFFUSE, [0.4 0.5 0.6 1])
+)" + drawing);
+}
+
+TEST_CASE("a light that was lit before is told when only its place among the meshes' matrices changed")
+{
+    record_bench b;
+    material_record& m = add_lit_textured_material(b);
+    scene_object moved = b.object(object_model, b.add_triangle(1), 1);
+    moved.values[0].value = 10.0f; // the matrix of its copy is not the camera's
+    const uint32_t scene = b.add_scene({moved});
+    b.draw(scene, false);
+    take_gl_calls();
+    table_get(b.d.transform_table, m.light1)->values[8] = 3.0f;
+    b.draw(scene, false);
+    CHECK(take_gl_calls() == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLightfv(GL_LIGHT0, GL_POSITION, [7 8 3 1])
+glLightfv(GL_LIGHT0, GL_AMBIENT, [0.1 0.2 0.3 1])
+glLightfv(GL_LIGHT0, GL_DIFFUSE, [0.4 0.5 0.6 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 10 0 0 1])
+)" + drawing);
 }
 
 // ---- single settings ------------------------------------------------------------
@@ -158,10 +271,10 @@ TEST_CASE("each of culling, depth test and normalisation follows its own setting
     CHECK(polygons() == "\nglEnable(GL_CULL_FACE)\nglDisable(GL_DEPTH_TEST)\nglDisable(GL_NORMALIZE)\n");
     m.backface_culling = 0;
     m.depth_test = 255;
-    CHECK(polygons() == "\nglDisable(GL_CULL_FACE)\nglEnable(GL_DEPTH_TEST)\nglDisable(GL_NORMALIZE)\n");
+    CHECK(polygons() == "\nglDisable(GL_CULL_FACE)\nglEnable(GL_DEPTH_TEST)\n");
     m.depth_test = 0;
     m.normalization = 2;
-    CHECK(polygons() == "\nglDisable(GL_CULL_FACE)\nglDisable(GL_DEPTH_TEST)\nglEnable(GL_NORMALIZE)\n");
+    CHECK(polygons() == "\nglDisable(GL_DEPTH_TEST)\nglEnable(GL_NORMALIZE)\n");
 }
 
 TEST_CASE("only a wireframe has a line width, and only one that OpenGL takes")
@@ -222,9 +335,10 @@ TEST_CASE("a blend function is an equation and two factors; beyond the catalogue
             "\nglBlendEquation(GL_FUNC_ADD)\nglBlendFunc(GL_ONE, GL_ZERO)\n",
             "\nglBlendEquation(GL_FUNC_ADD)\nglBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA)\n",
             "\nglBlendEquation(GL_FUNC_REVERSE_SUBTRACT)\nglBlendFunc(GL_SRC_ALPHA, GL_ONE)\n", "\n"};
-    record_bench b;
-    material_record& m = b.add_material();
-    for (const bool glsl : {false, true})
+    for (const bool glsl : {false, true}) {
+        record_bench b;
+        material_record& m = b.add_material();
+        b.give_program(m);
         for (uint8_t function = 0; function < 6; ++function) {
             m.blend_function = function;
             if (glsl)
@@ -233,10 +347,22 @@ TEST_CASE("a blend function is an equation and two factors; beyond the catalogue
                 b.apply_fixed(m);
             CHECK(take_gl_calls({"glBlendEquation", "glBlendFunc"}) == expected[function]);
         }
+    }
+    record_bench b;
     glBlendEquation = nullptr; // a driver without equations
+    material_record& m = b.add_material();
     m.blend_function = 4;
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glBlendEquation", "glBlendFunc"}) == "\nglBlendFunc(GL_SRC_ALPHA, GL_ONE)\n");
+}
+
+TEST_CASE("a first blend function beyond the catalogue leaves blending as the driver has it")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.blend_function = 5;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glBlendEquation", "glBlendFunc"}) == "\n");
 }
 
 TEST_CASE("a second light alone lights nothing; a first light alone switches the second off")
@@ -246,17 +372,13 @@ TEST_CASE("a second light alone lights nothing; a first light alone switches the
     const uint32_t light = b.add_values({0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 7, 8, 9});
     m.light2 = light;
     b.apply_fixed(m);
-    std::string calls = take_gl_calls({"glEnable", "glDisable", "glLightfv"});
+    const std::string calls = take_gl_calls({"glEnable", "glDisable", "glLightfv"});
     CHECK(calls.find("LIGHT") == calls.find("LIGHTING)"));
     CHECK(calls.find("glDisable(GL_LIGHTING)\nglDisable(GL_FOG)\n") != std::string::npos);
     m.light1 = light;
     m.light2 = 0;
     b.apply_fixed(m);
-    calls = take_gl_calls({"glEnable", "glDisable", "glLightfv"});
-    CHECK(calls.substr(0, calls.find("glDisable(GL_FOG)")) == R"(
-glDisable(GL_CULL_FACE)
-glDisable(GL_DEPTH_TEST)
-glDisable(GL_NORMALIZE)
+    CHECK(take_gl_calls({"glEnable", "glDisable", "glLightfv"}) == R"(
 glEnable(GL_LIGHTING)
 glEnable(GL_LIGHT0)
 glLightfv(GL_LIGHT0, GL_POSITION, [7 8 9 1])
@@ -289,6 +411,35 @@ glFogf(GL_FOG_END, 2)
     CHECK(take_gl_calls({"glFogi", "glHint", "glFogfv", "glFogf"}) == "\n");
 }
 
+// The greatest number of a document's byte (-1 becomes it) is beyond every catalogue.
+TEST_CASE("a kind of 255 is told like any other beyond its catalogue")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.fogtype = 255;
+    m.fogend = 5.0f;
+    m.texture[0] = m.texture[1] = b.add_image(7);
+    m.cgenmode[1] = m.combine_mode[1] = m.wrapmode[0] = m.wrapmode[1] = 255;
+    b.apply_fixed(m);
+    const std::string calls = take_gl_calls();
+    CHECK(calls.find("\nglEnable(GL_FOG)\nglFogi(GL_FOG_MODE, GL_LINEAR)\nglHint(GL_FOG_HINT, GL_NICEST)\n")
+        != std::string::npos);
+    CHECK(calls.find("\nglTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)\n") != std::string::npos);
+    CHECK(calls.find(R"(
+glActiveTexture(GL_TEXTURE1)
+glEnable(GL_TEXTURE_2D)
+glDisable(GL_TEXTURE_CUBE_MAP)
+glBindTexture(GL_TEXTURE_2D, 7)
+glDisable(GL_TEXTURE_GEN_S)
+glDisable(GL_TEXTURE_GEN_T)
+glDisable(GL_TEXTURE_GEN_R)
+)") != std::string::npos);
+    CHECK(combiner_state(calls, 1).starts_with("GL_COMBINE: GL_ADD(GL_TEXTURE.GL_SRC_COLOR, "));
+    CHECK(calls.ends_with("[2 0.5])\nglClientActiveTexture(GL_TEXTURE2)\nglDisableClientState(GL_TEXTURE_COORD_ARRAY)\n"
+                          "glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])\n"
+        + drawing));
+}
+
 // ---- units ----------------------------------------------------------------------
 
 TEST_CASE("the first empty unit ends the list: it is switched off, and later ones are not reached")
@@ -305,11 +456,13 @@ TEST_CASE("the first empty unit ends the list: it is switched off, and later one
     const std::string calls = take_gl_calls();
     CHECK(calls.substr(calls.find("\nglActiveTexture(GL_TEXTURE1)")) == R"(
 glActiveTexture(GL_TEXTURE1)
-glClientActiveTexture(GL_TEXTURE1)
 glDisable(GL_TEXTURE_2D)
 glDisable(GL_TEXTURE_CUBE_MAP)
+glEnableClientState(GL_TEXTURE_COORD_ARRAY)
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glClientActiveTexture(GL_TEXTURE1)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
-)");
+)" + drawing);
 }
 
 TEST_CASE("a reference of any kind to a picture that is not there is an empty unit")
@@ -321,14 +474,18 @@ TEST_CASE("a reference of any kind to a picture that is not there is an empty un
     const uint32_t node = table_add(b.d.texture_table, blurred);
     const object_reference references[] = {{texture_generated, 9, 1}, {texture_generated, node, 1},
         {texture_image, 9, 1}, {texture_dynamic, 9, 1}, {texture_cube, 9, 1}, {4, 1, 1}, {-1, 1, 1}};
-    for (const object_reference& reference : references) {
-        m.texture[0] = table_add(b.d.object_table, reference);
+    std::vector<uint32_t> empty = {99};
+    for (const object_reference& reference : references)
+        empty.push_back(table_add(b.d.object_table, reference));
+    const uint32_t picture = b.add_image(7);
+    for (const uint32_t reference : empty) {
+        m.texture[0] = picture;
         b.apply_fixed(m);
-        CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexEnvi"}) == "\nglActiveTexture(GL_TEXTURE0)\n");
+        take_gl_calls();
+        m.texture[0] = reference;
+        b.apply_fixed(m);
+        CHECK(take_gl_calls({"glBindTexture", "glTexEnvi", "glEnable", "glDisable"}) == "\nglDisable(GL_TEXTURE_2D)\n");
     }
-    m.texture[0] = 99;
-    b.apply_fixed(m);
-    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexEnvi"}) == "\nglActiveTexture(GL_TEXTURE0)\n");
     blurred.type = node_output;
     blurred.texture = 17;
     m.texture[0]
@@ -346,8 +503,8 @@ TEST_CASE("a card with two units is told nothing of a third")
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glActiveTexture", "glClientActiveTexture"}) == R"(
 glActiveTexture(GL_TEXTURE0)
-glClientActiveTexture(GL_TEXTURE0)
 glActiveTexture(GL_TEXTURE1)
+glClientActiveTexture(GL_TEXTURE0)
 glClientActiveTexture(GL_TEXTURE1)
 )");
 }
@@ -364,6 +521,8 @@ TEST_CASE("coordinate arrays that an earlier material left on follow the mesh at
     three.texture[0] = three.texture[1] = three.texture[2] = b.add_image(7);
     b.apply_fixed(three);
     CHECK(take_array_calls() == R"(
+glEnableClientState(GL_NORMAL_ARRAY)
+glEnableClientState(GL_VERTEX_ARRAY)
 glClientActiveTexture(GL_TEXTURE0)
 glEnableClientState(GL_TEXTURE_COORD_ARRAY)
 glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
@@ -379,10 +538,8 @@ glTexCoordPointer(2, GL_FLOAT, 0, [3 0.5])
 glClientActiveTexture(GL_TEXTURE0)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
 glClientActiveTexture(GL_TEXTURE1)
-glEnableClientState(GL_TEXTURE_COORD_ARRAY)
 glTexCoordPointer(2, GL_FLOAT, 0, [2 0.5])
 glClientActiveTexture(GL_TEXTURE2)
-glEnableClientState(GL_TEXTURE_COORD_ARRAY)
 glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
 )");
 }
@@ -402,8 +559,9 @@ TEST_CASE("a unit whose coordinates were generated generates none for the next m
         b.apply_fixed(m);
         const std::string calls = take_gl_calls({"glEnable", "glDisable"});
         const size_t begin = calls.find("able(GL_TEXTURE_GEN_S)");
-        CHECK(calls.substr(calls.rfind('\n', begin))
-            == std::string(expected[mode]) + "glDisable(GL_TEXTURE_2D)\nglDisable(GL_TEXTURE_CUBE_MAP)\n");
+        CHECK(calls.substr(calls.rfind('\n', begin)) // with the first, unit 2 is switched off
+            == expected[mode]
+                + std::string(mode == 0 ? "glDisable(GL_TEXTURE_2D)\nglDisable(GL_TEXTURE_CUBE_MAP)\n" : ""));
     }
 }
 
@@ -418,8 +576,10 @@ TEST_CASE("only a cube map turns with both camera angles, whatever generates the
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glLoadMatrixf([0 0 1 0 0 1 0 0 -1 0 0 0 0 0 0 1])
-)");
+glLoadMatrixf([0 0 -1 0 0 1 0 0 1 0 0 0 0 0 0 1])
+)"); // the projection, the two units, the camera
 }
 
 TEST_CASE("wrap modes beyond the catalogue repeat")
@@ -433,6 +593,113 @@ TEST_CASE("wrap modes beyond the catalogue repeat")
 glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_S, GL_REPEAT)
 glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_T, GL_REPEAT)
 )");
+}
+
+// How coordinates wrap is the picture's: with OpenGL the last unit that says so wins for all.
+TEST_CASE("a picture in two units with other wrap modes wraps as the last of them says, in both")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.texture[0] = m.texture[1] = b.add_image(7);
+    m.wrapmode[1] = wrap_edge_clamp;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexParameteri"}) == R"(
+glActiveTexture(GL_TEXTURE0)
+glBindTexture(GL_TEXTURE_2D, 7)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)
+glActiveTexture(GL_TEXTURE1)
+glBindTexture(GL_TEXTURE_2D, 7)
+glActiveTexture(GL_TEXTURE2)
+)");
+    material_record& repeating = b.add_material();
+    repeating.texture[0] = m.texture[0];
+    b.apply_fixed(repeating); // the same picture for another material, bound already
+    CHECK(take_gl_calls({"glBindTexture", "glTexParameteri"}) == R"(
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)
+)");
+    b.apply_fixed(repeating);
+    CHECK(take_gl_calls() == "\n" + drawing);
+}
+
+// The cube map wins over the flat picture, which stays bound beneath it.
+TEST_CASE("a unit that changes between cube map and picture keeps both, and binds what is new")
+{
+    record_bench b;
+    material_record& flat = b.add_material();
+    flat.texture[0] = b.add_image(7);
+    material_record& cube = b.add_material();
+    cube.texture[0] = b.add_cube(8);
+    b.apply_fixed(flat);
+    b.apply_fixed(cube);
+    take_gl_calls();
+    b.apply_fixed(flat);
+    CHECK(take_gl_calls() == "\nglDisable(GL_TEXTURE_CUBE_MAP)\n" + drawing);
+    b.apply_fixed(cube);
+    CHECK(take_gl_calls() == "\nglEnable(GL_TEXTURE_CUBE_MAP)\n" + drawing);
+}
+
+// Quirk: only the first empty unit is switched off.
+TEST_CASE("units after the first empty one stay on with their picture, combiner and wrap, and nothing is told of them")
+{
+    record_bench b;
+    material_record& three = b.add_material();
+    three.texture[0] = b.add_image(7);
+    three.texture[1] = b.add_image(8);
+    three.texture[2] = b.add_image(9);
+    three.combine_mode[2] = 2;
+    three.wrapmode[2] = wrap_edge_clamp;
+    b.apply_fixed(three);
+    take_gl_calls();
+    material_record& one = b.add_material();
+    one.texture[0] = three.texture[0];
+    b.apply_fixed(one);
+    CHECK(take_gl_calls() == R"(
+glActiveTexture(GL_TEXTURE1)
+glDisable(GL_TEXTURE_2D)
+glClientActiveTexture(GL_TEXTURE1)
+glDisableClientState(GL_TEXTURE_COORD_ARRAY)
+)" + drawing);
+    const unit_state& third = b.r.f.materials[0].units[2]; // what the frame was drawn with
+    CHECK(third.on);
+    CHECK(third.flat_texture == 9);
+    CHECK(third.combine_mode == 2);
+    CHECK(third.wrap == wrap_edge_clamp);
+    b.r.gl = gl_state(); // an OpenGL of which nothing is known is told of it
+    b.apply_fixed(one);
+    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture"}) == R"(
+glActiveTexture(GL_TEXTURE0)
+glBindTexture(GL_TEXTURE_2D, 7)
+glActiveTexture(GL_TEXTURE1)
+glActiveTexture(GL_TEXTURE2)
+glBindTexture(GL_TEXTURE_2D, 9)
+)");
+}
+
+// What is current after a draw with an array is the driver's own affair.
+TEST_CASE("a mesh without coordinates has (0, 0) in each unit that reads them, told anew behind an array")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.texture[0] = m.texture[1] = b.add_image(7);
+    m.cgenmode[1] = coordinates_sphere;
+    const std::string origin = "\nglMultiTexCoord4f(GL_TEXTURE0, 0, 0, 0, 1)\n";
+    b.apply_fixed(m, 0);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == origin);
+    b.apply_fixed(m, 0);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == "\n");
+    b.apply_fixed(m, 1);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == "\n");
+    b.apply_fixed(m, 0);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == origin);
+    b.apply_fixed(m, 1);
+    m.cgenmode[0] = coordinates_sphere; // the array goes off where nobody reads coordinates
+    b.apply_fixed(m, 0);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == "\n");
+    m.cgenmode[0] = coordinates_off;
+    b.apply_fixed(m, 0);
+    CHECK(take_gl_calls({"glMultiTexCoord4f"}) == origin);
 }
 
 // ---- moving pictures ------------------------------------------------------------
@@ -456,8 +723,7 @@ TEST_CASE("a moving picture is brought up to date first, on the first unit, once
 glActiveTexture(GL_TEXTURE0)
 glBindTexture(GL_TEXTURE_2D, 9)
 glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, GL_LUMINANCE, GL_UNSIGNED_BYTE, )"
-            + bytes_as_text(ramp) + R"()
-glDisable(GL_CULL_FACE)
+            + bytes_as_text(ramp) + ")" + first_arrays + R"(glDisable(GL_CULL_FACE)
 glDisable(GL_DEPTH_TEST)
 glDisable(GL_NORMALIZE)
 )");
@@ -466,6 +732,36 @@ glDisable(GL_NORMALIZE)
     b.time = 8;
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glTexSubImage2D"}) != "\n");
+}
+
+TEST_CASE("an upload leaves its picture in the first unit, beneath a cube map")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.texture[0] = b.add_cube(5);
+    m.texture[1] = b.add_moving(9, b.add_time());
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture", "glTexParameteri"}) == R"(
+glActiveTexture(GL_TEXTURE0)
+glBindTexture(GL_TEXTURE_2D, 9)
+glBindTexture(GL_TEXTURE_CUBE_MAP, 5)
+glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_S, GL_REPEAT)
+glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_T, GL_REPEAT)
+glActiveTexture(GL_TEXTURE1)
+glBindTexture(GL_TEXTURE_2D, 9)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)
+glActiveTexture(GL_TEXTURE2)
+)");
+    forget_objects(b.r.gl);
+    b.apply_fixed(m);
+    CHECK(take_gl_calls({"glActiveTexture", "glBindTexture"}) == R"(
+glActiveTexture(GL_TEXTURE0)
+glBindTexture(GL_TEXTURE_2D, 9)
+glBindTexture(GL_TEXTURE_CUBE_MAP, 5)
+glActiveTexture(GL_TEXTURE1)
+glBindTexture(GL_TEXTURE_2D, 9)
+)");
 }
 
 TEST_CASE("with pixel buffers a moving picture goes through one, and only where the card offers them")
@@ -482,26 +778,31 @@ TEST_CASE("with pixel buffers a moving picture goes through one, and only where 
     }
 }
 
-TEST_CASE("no material changes nothing but coordinate arrays that are on")
+// ---- no material ----------------------------------------------------------------
+
+TEST_CASE("no material changes nothing: the mesh's arrays follow it in the units that are on")
 {
     record_bench b;
-    const material_context context = {.d = &b.d, .caps = &b.caps, .time = 0, .camera_angles = {0, 0}};
-    const float set[2] = {4, 5};
-    const unit_coordinates coordinates = {.set = {set, set, set}, .buffer = {0, 0, 0}};
-    apply_material_fixed(nullptr, context, coordinates);
-    CHECK(take_gl_calls() == "\n");
+    const uint32_t bare = b.add_scene({b.bare_object(b.add_triangle(1))});
+    const uint32_t other = b.add_scene({b.bare_object(b.add_triangle(2))});
     material_record& m = b.add_material();
     m.texture[0] = b.add_image(7);
     b.apply_fixed(m);
     take_gl_calls();
-    apply_material_fixed(nullptr, context, coordinates);
+    b.draw(bare, false);
     CHECK(take_gl_calls() == R"(
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glEnable(GL_DEPTH_TEST)
 glClientActiveTexture(GL_TEXTURE0)
-glEnableClientState(GL_TEXTURE_COORD_ARRAY)
-glTexCoordPointer(2, GL_FLOAT, 0, [4 5])
-)");
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+)" + drawing);                       // the depth test is the layer's
     b.apply_fixed(b.add_material()); // switches the unit off, array and all
     take_gl_calls();
-    apply_material_fixed(nullptr, context, coordinates);
-    CHECK(take_gl_calls() == "\n");
+    b.draw(other, false);
+    CHECK(take_gl_calls() == R"(
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glEnable(GL_DEPTH_TEST)
+)" + drawing);
 }

@@ -1,8 +1,6 @@
 // The calls that a material is on the shader path, and those that build its program.
 #include "record_bench.h"
 
-#include "render/material_gl.h"
-#include "render/matrix.h"
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
 
@@ -14,35 +12,52 @@
 #include <cstring>
 #include <vector>
 
+// What comes before every first material of a bench: the fixed pipeline's arrays of the
+// triangle, for programs that read them; and how it is drawn.
+static const std::string first_arrays = R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glMatrixMode(GL_MODELVIEW)
+glEnableClientState(GL_NORMAL_ARRAY)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glEnableClientState(GL_VERTEX_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+)";
+static const std::string drawing = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n";
+
 // ---- applying -------------------------------------------------------------------
 
-TEST_CASE("a material without settings makes its program current and sets blending, culling, depth")
+TEST_CASE("a material without settings sets depth, blending, culling, and makes its program current")
 {
     record_bench b;
     material_record& m = b.add_material();
     b.give_program(m);
     b.apply_glsl(m);
-    end_program_arrays();
-    CHECK(take_gl_calls() == R"(
-glUseProgram(50)
+    CHECK(take_gl_calls() == first_arrays + R"(glDisable(GL_DEPTH_TEST)
 glBlendEquation(GL_FUNC_ADD)
 glBlendFunc(GL_ONE, GL_ZERO)
 glDisable(GL_CULL_FACE)
-glDisable(GL_DEPTH_TEST)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUseProgram(50)
 glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
 glEnableVertexAttribArray(3)
 glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [2 0.5])
 glEnableVertexAttribArray(4)
 glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [3 0.5])
 glEnableVertexAttribArray(5)
-glDisableVertexAttribArray(3)
-glDisableVertexAttribArray(4)
-glDisableVertexAttribArray(5)
-)");
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glEnableVertexAttribArray(1)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glEnableVertexAttribArray(2)
+glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
+)" + drawing);
 }
 
-// Program, blending, polygons, then the pictures with the one texture matrix, coordinates,
-// the functions' uniforms, the lights as the camera sees them. Nothing of the fixed pipeline.
+// Depth, blending, polygons, the pictures; then the program with its one texture matrix (of
+// several units the last one's), the functions' uniforms, the lights as the camera sees them; then
+// vertices and matrices. Nothing of the fixed pipeline but its matrices and vertices.
 TEST_CASE("a material with everything sets what its program reads, in a fixed order")
 {
     record_bench b;
@@ -68,16 +83,16 @@ TEST_CASE("a material with everything sets what its program reads, in a fixed or
     m.program->texcoord_location[1] = m.program->texcoord_location[2] = -1;
     m.program->uniform_functions[0] = b.add_time(0.5f);
     m.program->uniform_functions[2] = b.add_time(3.0f);
-    reset_modelview();
-    translate(1.0f, 2.0f, -10.0f);
+    b.layer.position[0] = 1.0f;
+    b.layer.position[1] = 2.0f;
+    b.layer.position[2] = -10.0f;
     b.apply_glsl(m);
-    end_program_arrays();
-    CHECK(take_gl_calls() == R"(
-glUseProgram(50)
+    // The camera, Rx(-90) Ry(90) behind the translation: (x, y, z) -> (z, -x, -y). It takes the lights,
+    // at (8, 10, -1) and (10, 10, -3) behind the translation, to (-1, -8, -10) and (-3, -10, -10).
+    CHECK(take_gl_calls() == first_arrays + R"(glEnable(GL_DEPTH_TEST)
 glBlendEquation(GL_FUNC_REVERSE_SUBTRACT)
 glBlendFunc(GL_SRC_ALPHA, GL_ONE)
 glEnable(GL_CULL_FACE)
-glEnable(GL_DEPTH_TEST)
 glLineWidth(2.5)
 glActiveTexture(GL_TEXTURE0)
 glBindTexture(GL_TEXTURE_2D, 7)
@@ -87,20 +102,190 @@ glActiveTexture(GL_TEXTURE1)
 glBindTexture(GL_TEXTURE_CUBE_MAP, 8)
 glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)
 glTexParameteri(GL_TEXTURE_CUBE_MAP, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)
-glUniformMatrix4fv(14, 1, GL_TRUE, [0 0 1 0 -1 0 0 0 0 -1 0 0 0 0 0 1])
 glActiveTexture(GL_TEXTURE2)
 glBindTexture(GL_TEXTURE_2D, 9)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT)
+glLoadMatrixf([0 -1 0 0 0 0 -1 0 1 0 0 0 -10 -1 -2 1])
+glUseProgram(50)
 glUniformMatrix4fv(14, 1, GL_TRUE, [0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])
-glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
-glEnableVertexAttribArray(3)
 glUniform1f(21, 2)
 glUniform1f(23, 12)
-glUniform3fv(15, 1, [8 10 -1])
-glUniform3fv(16, 1, [10 10 -3])
-glDisableVertexAttribArray(3)
+glUniform3fv(15, 1, [-1 -8 -10])
+glUniform3fv(16, 1, [-3 -10 -10])
+glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glEnableVertexAttribArray(3)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glEnableVertexAttribArray(1)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glEnableVertexAttribArray(2)
+glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [0 -1 0 0 0 0 -1 0 1 0 0 0 -10 -1 -2 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [0 -1 0 0 0 -1 1 0 0])
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
 )");
+    b.apply_glsl(m); // the same once more: only what belongs to each copy
+    CHECK(take_gl_calls() == R"(
+glUniformMatrix4fv(12, 1, GL_FALSE, [0 -1 0 0 0 0 -1 0 1 0 0 0 -10 -1 -2 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [0 -1 0 0 0 -1 1 0 0])
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
+)");
+}
+
+// A program that reads no matrix of the mesh: what is left of a list is the material's.
+static void forget_mesh_matrices(shader_program& program)
+{
+    program.projection_location = program.modelview_location = program.normal_matrix_location = -1;
+}
+
+TEST_CASE("of a program's uniforms only those are told that have changed")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    b.give_program(m);
+    forget_mesh_matrices(*m.program);
+    m.light1 = b.add_values({0, 0, 0, 0, 0, 0, 7, 8, 9});
+    m.light2 = b.add_values({0, 0, 0, 0, 0, 0, 1, 2, 3});
+    m.program->uniform_functions[0] = b.add_time();
+    m.program->uniform_functions[1] = add_function(b.content, constant_function(4.0f));
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniform1f", "glUniform3fv"})
+        == "\nglUniform1f(21, 0)\nglUniform1f(22, 4)\nglUniform3fv(15, 1, [7 8 9])\nglUniform3fv(16, 1, [1 2 3])\n");
+    b.time = 3;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls() == "\nglUniform1f(21, 3)\n" + drawing);
+    table_get(b.d.transform_table, m.light2)->values[6] = 5.0f;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls() == "\nglUniform3fv(16, 1, [5 2 3])\n" + drawing);
+    b.layer.position[0] = 1.0f; // the camera moves: both are seen elsewhere
+    b.apply_glsl(m);
+    CHECK(take_gl_calls() == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
+glUniform3fv(15, 1, [8 8 9])
+glUniform3fv(16, 1, [6 2 3])
+)" + drawing);
+}
+
+TEST_CASE("a light that comes or goes leaves the program's other light alone, and is told when it is back")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    b.give_program(m);
+    const uint32_t light = b.add_values({0, 0, 0, 0, 0, 0, 7, 8, 9});
+    m.light1 = light;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniform3fv"}) == "\nglUniform3fv(15, 1, [7 8 9])\n");
+    m.light1 = 0;
+    m.light2 = light;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniform3fv"}) == "\nglUniform3fv(16, 1, [7 8 9])\n");
+    m.light1 = light;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniform3fv"}) == "\nglUniform3fv(15, 1, [7 8 9])\n");
+}
+
+TEST_CASE("each program keeps its own uniforms: another one in between makes nothing be told again")
+{
+    record_bench b;
+    material_record& first = b.add_material();
+    b.give_program(first, 50);
+    forget_mesh_matrices(*first.program);
+    first.program->uniform_functions[0] = add_function(b.content, constant_function(4.0f));
+    material_record& second = b.add_material();
+    b.give_program(second, 51);
+    forget_mesh_matrices(*second.program);
+    second.program->uniform_functions[0] = add_function(b.content, constant_function(5.0f));
+    b.apply_glsl(first);
+    take_gl_calls();
+    b.apply_glsl(second);
+    CHECK(take_gl_calls() == "\nglUseProgram(51)\nglUniform1f(21, 5)\n" + drawing);
+    b.apply_glsl(first);
+    CHECK(take_gl_calls() == "\nglUseProgram(50)\n" + drawing);
+}
+
+TEST_CASE("each program is told the projection when it differs from what it was told before")
+{
+    record_bench b;
+    material_record& first = b.add_material();
+    b.give_program(first, 50);
+    material_record& second = b.add_material();
+    b.give_program(second, 51);
+    first.program->modelview_location = second.program->modelview_location = -1;
+    b.apply_glsl(first);
+    take_gl_calls();
+    b.layer.projection = projection_orthographic;
+    b.apply_glsl(second);
+    const std::string told = "\nglUniformMatrix4fv(11, 1, GL_FALSE, [2 0 0 0 0 -2 0 0 0 0 -1 0 -1 1 0 1])\n";
+    CHECK(take_gl_calls({"glUniformMatrix4fv"}) == told);
+    b.apply_glsl(first);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"}) == told);
+    b.apply_glsl(first);
+    b.apply_glsl(second);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"}) == "\n");
+}
+
+// ---- attributes -----------------------------------------------------------------
+
+static std::string take_attribute_calls()
+{
+    return take_gl_calls(
+        {"glVertexAttribPointer", "glEnableVertexAttribArray", "glDisableVertexAttribArray", "glVertexAttrib4f"});
+}
+
+TEST_CASE("an attribute's array is switched on once, and off when another program has none there")
+{
+    record_bench b;
+    material_record& wide = b.add_material();
+    b.give_program(wide, 50);
+    material_record& narrow = b.add_material();
+    b.give_program(narrow, 51);
+    narrow.program->normal_location = narrow.program->texcoord_location[1] = -1;
+    narrow.program->texcoord_location[2] = 7; // elsewhere
+    b.apply_glsl(wide);
+    take_gl_calls();
+    b.apply_glsl(wide);
+    CHECK(take_attribute_calls() == "\n");
+    b.apply_glsl(narrow);
+    CHECK(take_attribute_calls() == R"(
+glVertexAttribPointer(7, 2, GL_FLOAT, GL_FALSE, 0, [3 0.5])
+glEnableVertexAttribArray(7)
+glDisableVertexAttribArray(2)
+glDisableVertexAttribArray(4)
+glDisableVertexAttribArray(5)
+)");
+    b.apply_glsl(wide); // the pointers are where they were
+    CHECK(take_attribute_calls() == R"(
+glEnableVertexAttribArray(4)
+glEnableVertexAttribArray(5)
+glEnableVertexAttribArray(2)
+glDisableVertexAttribArray(7)
+)");
+}
+
+TEST_CASE("a mesh without coordinates or normals has their arrays off, and (0, 0) for coordinates")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    const uint32_t bare_mesh = b.add_triangle(0);
+    b.arrays(bare_mesh).normals = nullptr;
+    b.apply_glsl(*table_get(b.d.material_table, material));
+    take_gl_calls();
+    b.draw(b.add_scene({b.object(object_model, bare_mesh, material)}), true);
+    CHECK(take_gl_calls() == R"(
+glDisableClientState(GL_NORMAL_ARRAY)
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glDisableVertexAttribArray(2)
+glDisableVertexAttribArray(3)
+glDisableVertexAttribArray(4)
+glDisableVertexAttribArray(5)
+glVertexAttrib4f(3, 0, 0, 0, 1)
+glVertexAttrib4f(4, 0, 0, 0, 1)
+glVertexAttrib4f(5, 0, 0, 0, 1)
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
+)" + drawing);
 }
 
 TEST_CASE("the texture matrix is uploaded only for units that turn or reflect, where the program reads it")
@@ -108,6 +293,7 @@ TEST_CASE("the texture matrix is uploaded only for units that turn or reflect, w
     record_bench b;
     material_record& m = b.add_material();
     b.give_program(m);
+    forget_mesh_matrices(*m.program);
     m.texture[0] = m.texture[1] = b.add_image(7);
     m.texture[2] = b.add_cube(8); // a cube map by itself does not reflect
     m.cgenmode[0] = coordinates_sphere;
@@ -120,7 +306,30 @@ TEST_CASE("the texture matrix is uploaded only for units that turn or reflect, w
     m.program->texture_matrix_location = -1;
     b.apply_glsl(m);
     CHECK(take_gl_calls({"glUniformMatrix4fv"}) == "\n");
-    end_program_arrays();
+}
+
+TEST_CASE("a program that begins to turn its picture is told the matrix, though another one's stood already")
+{
+    record_bench b;
+    b.camera[1] = 90.0f;
+    material_record& turning = b.add_material();
+    b.give_program(turning, 50);
+    forget_mesh_matrices(*turning.program);
+    turning.texture[0] = b.add_image(7);
+    turning.rotation[0] = 1;
+    material_record& still = b.add_material();
+    b.give_program(still, 51);
+    forget_mesh_matrices(*still.program);
+    still.texture[0] = turning.texture[0];
+    b.apply_glsl(turning);
+    b.apply_glsl(still);
+    take_gl_calls();
+    still.rotation[0] = 1;
+    b.apply_glsl(still);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"})
+        == "\nglUniformMatrix4fv(14, 1, GL_TRUE, [0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])\n");
+    b.apply_glsl(still);
+    CHECK(take_gl_calls() == "\n" + drawing);
 }
 
 TEST_CASE("a turned picture's matrix is not the reflection's, even with reflected coordinates")
@@ -129,13 +338,13 @@ TEST_CASE("a turned picture's matrix is not the reflection's, even with reflecte
     b.camera[1] = 90.0f;
     material_record& m = b.add_material();
     b.give_program(m);
+    forget_mesh_matrices(*m.program);
     m.texture[0] = b.add_cube(7);
     m.cgenmode[0] = coordinates_cube;
     m.rotation[0] = 1;
     b.apply_glsl(m);
     CHECK(take_gl_calls({"glUniformMatrix4fv"})
         == "\nglUniformMatrix4fv(14, 1, GL_TRUE, [0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])\n");
-    end_program_arrays();
 }
 
 TEST_CASE("what a program does not read is not uploaded")
@@ -149,11 +358,12 @@ TEST_CASE("what a program does not read is not uploaded")
     m.program->uniform_locations[0] = -1;
     m.program->texcoord_location[0] = m.program->texcoord_location[1] = -1;
     b.apply_glsl(m);
-    end_program_arrays();
     CHECK(take_gl_calls({"glUniform1f", "glUniform3fv", "glVertexAttribPointer"}) == R"(
-glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [3 0.5])
 glUniform1f(22, 0)
 glUniform3fv(16, 1, [7 8 9])
+glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [3 0.5])
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
 )");
 }
 
@@ -177,9 +387,9 @@ TEST_CASE("location 0 is a location")
               {"glVertexAttribPointer", "glUniform1f", "glUniform3fv", "glUniformMatrix3fv", "glUniformMatrix4fv"})
         == R"(
 glUniformMatrix4fv(0, 1, GL_TRUE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
-glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
 glUniform1f(0, 0)
 glUniform3fv(0, 1, [7 8 9])
+glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
 glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
 glVertexAttribPointer(0, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
 glUniformMatrix4fv(0, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
@@ -195,75 +405,80 @@ TEST_CASE("on the shader path a second light needs no first")
     b.give_program(m);
     m.light2 = b.add_values({0, 0, 0, 0, 0, 0, 7, 8, 9});
     b.apply_glsl(m);
-    end_program_arrays();
     CHECK(take_gl_calls({"glUniform3fv"}) == "\nglUniform3fv(16, 1, [7 8 9])\n");
 }
 
-TEST_CASE("a program that did not build leaves none current, and nothing of it is set")
+// Nothing is drawn with it, so nothing is told; but it is the material that stands.
+TEST_CASE("of a material whose program did not build nothing is told until another one draws")
 {
     record_bench b;
-    material_record& m = b.add_material();
-    b.give_program(m, 0);
-    m.texture[0] = b.add_image(7);
-    m.light1 = b.add_values({});
-    m.program->uniform_functions[0] = b.add_time();
-    b.apply_glsl(m);
-    CHECK(take_gl_calls() == R"(
-glUseProgram(0)
-glBlendEquation(GL_FUNC_ADD)
-glBlendFunc(GL_ONE, GL_ZERO)
-glDisable(GL_CULL_FACE)
-glDisable(GL_DEPTH_TEST)
-)");
-    CHECK(current_program().state == program_failed);
-}
-
-TEST_CASE("without a material the program in use is fed with the mesh at hand")
-{
-    record_bench b;
-    const material_context context = {.d = &b.d, .caps = &b.caps, .time = 0, .camera_angles = {0, 0}};
-    const float set[2] = {4, 5};
-    const unit_coordinates coordinates = {.set = {set, nullptr, set}, .buffer = {0, 0, 0}};
-    apply_material_glsl(nullptr, context, coordinates);
-    CHECK(take_gl_calls() == "\n"); // none is in use
+    material_record& broken = b.add_material();
+    b.give_program(broken, 0);
+    broken.blend_function = 1;
+    broken.texture[0] = b.add_image(7);
+    broken.light1 = b.add_values({});
+    broken.program->uniform_functions[0] = b.add_time();
+    b.apply_glsl(broken);
+    CHECK(take_gl_calls() == "\n");
+    CHECK(b.r.standing.program.status == program_failed);
+    b.draw(b.add_scene({b.bare_object(b.add_triangle(1))}), true); // nor is a mesh without a material drawn
+    CHECK(take_gl_calls() == "\n");
     material_record& m = b.add_material();
     b.give_program(m);
+    forget_mesh_matrices(*m.program);
+    m.blend_function = 9; // beyond the catalogue: the other's stays
     b.apply_glsl(m);
-    end_program_arrays();
-    take_gl_calls();
-    apply_material_glsl(nullptr, context, coordinates);
-    end_program_arrays();
-    CHECK(take_gl_calls({"glUseProgram", "glVertexAttribPointer", "glEnableVertexAttribArray",
-              "glDisableVertexAttribArray", "glActiveTexture", "glBlendFunc", "glEnable", "glDisable"})
-        == R"(
-glUseProgram(50)
-glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [4 5])
-glEnableVertexAttribArray(3)
-glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [4 5])
-glEnableVertexAttribArray(5)
-glDisableVertexAttribArray(3)
-glDisableVertexAttribArray(5)
-)");
+    CHECK(take_gl_calls({"glUseProgram", "glBlendFunc", "glBindTexture", "glUniform1f", "glUniform3fv"})
+        == "\nglBlendFunc(GL_ONE, GL_ONE)\nglUseProgram(50)\n");
 }
 
-TEST_CASE("coordinates in a buffer are read from its start")
+TEST_CASE("without a material the program in use is fed with the mesh at hand, and keeps its uniforms")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    b.give_program(m);
+    m.light1 = b.add_values({0, 0, 0, 0, 0, 0, 7, 8, 9});
+    m.program->uniform_functions[0] = b.add_time();
+    b.apply_glsl(m);
+    take_gl_calls();
+    b.time = 5;
+    b.layer.position[0] = 1.0f; // uniforms stay those of the material's moment and camera
+    b.draw(b.add_scene({b.bare_object(b.add_triangle(1))}), true);
+    CHECK(take_gl_calls() == R"(
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glEnable(GL_DEPTH_TEST)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
+glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
+glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
+glUniformMatrix3fv(13, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
+)" + drawing);
+}
+
+TEST_CASE("coordinates in a buffer are read from its start, beside those in memory")
 {
     record_bench b;
     b.caps.vbo = 1;
-    material_record& m = b.add_material();
-    b.give_program(m);
-    const material_context context = {.d = &b.d, .caps = &b.caps, .time = 0, .camera_angles = {0, 0}};
-    const float set[2] = {4, 5};
-    const unit_coordinates coordinates = {.set = {nullptr, set, nullptr}, .buffer = {101, 0, 103}};
-    apply_material_glsl(&m, context, coordinates);
-    end_program_arrays();
+    uint32_t material = 0;
+    b.give_program(b.add_material(&material));
+    const uint32_t mesh = b.add_triangle(3);
+    b.arrays(mesh).texcoord_buffer[0] = 101;
+    b.arrays(mesh).texcoord_buffer[2] = 103;
+    b.draw(b.add_scene({b.object(object_model, mesh, material)}), true);
     CHECK(take_gl_calls({"glBindBuffer", "glVertexAttribPointer"}) == R"(
 glBindBuffer(GL_ARRAY_BUFFER, 101)
 glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, 0)
 glBindBuffer(GL_ARRAY_BUFFER, 0)
-glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [4 5])
+glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [2 0.5])
 glBindBuffer(GL_ARRAY_BUFFER, 103)
 glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 0)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
 )");
 }
 

@@ -94,13 +94,13 @@ static void load(document& d, const releasing_case& c, const gl_caps& caps)
 }
 
 // Loads and draws, the second time in a window of another size: the target is made anew twice.
-static void load_and_draw(document& d, const releasing_case& c)
+static void load_and_draw(document& d, const releasing_case& c, renderer& drawing)
 {
     gl_caps caps = {0, 0, 1, 0xFF, 3, 0, 0, 0, 0, 0};
     caps.vbo = caps.pbo = c.buffers;
     load(d, c, caps);
-    CHECK(compose_frame(d, 0, {800, 600, 1.25f, {0, 0, 0, 0}}, caps, c.glsl) != 0);
-    CHECK(compose_frame(d, 100, {640, 480, 1.25f, {0, 0, 0, 0}}, caps, c.glsl) != 0);
+    CHECK(compose_frame(d, 0, {800, 600, 1.25f, {0, 0, 0, 0}}, caps, c.glsl, drawing) != 0);
+    CHECK(compose_frame(d, 100, {640, 480, 1.25f, {0, 0, 0, 0}}, caps, c.glsl, drawing) != 0);
 }
 
 static std::string released_counts(const releasing_case& c)
@@ -108,7 +108,7 @@ static std::string released_counts(const releasing_case& c)
     record_bench b; // the engine remembers nothing of other tests
     b.answers.links = c.links;
     document d = {};
-    load_and_draw(d, c);
+    load_and_draw(d, c, b.r);
     const object_names while_shown = names_in(take_gl_calls());
     unload_document(d);
     const object_names gone = names_in(take_gl_calls());
@@ -145,7 +145,7 @@ TEST_CASE("records whose OpenGL objects were released stay, and have none to rel
 {
     record_bench b;
     document d = {};
-    load_and_draw(d, {.glsl = true, .buffers = true});
+    load_and_draw(d, {.glsl = true, .buffers = true}, b.r);
     take_gl_calls();
     release_document_gl(d);
     CHECK(counts_of(names_in(take_gl_calls()).deleted) == "4 textures, 6 buffers, 4 shaders, 2 programs");
@@ -160,7 +160,7 @@ TEST_CASE("a document whose memory alone is freed leaves its OpenGL objects to t
 {
     record_bench b;
     document d = {};
-    load_and_draw(d, {.glsl = true, .buffers = true});
+    load_and_draw(d, {.glsl = true, .buffers = true}, b.r);
     take_gl_calls();
     unload_document_memory(d);
     CHECK(take_gl_calls() == "\n");

@@ -3,9 +3,7 @@
 
 #include "effects/manipulator.h"
 #include "effects/mesh_effect.h"
-#include "render/matrix.h"
 #include "render/mesh_buffers_gl.h"
-#include "render/scene_gl.h"
 
 #include <GL/glew.h>
 
@@ -24,38 +22,61 @@ static std::string part(const std::string& calls, const std::string& from, const
 
 // ---- client arrays, fixed path --------------------------------------------------
 
-TEST_CASE("a model is drawn from its own arrays, material first, its matrix put back behind it")
+TEST_CASE("a model is drawn from its own arrays: projection, vertices, material, coordinates, then its copy")
 {
     record_bench b;
-    reset_modelview();
-    translate(0.0f, 0.0f, -5.0f);
+    b.layer.position[2] = -5.0f;
     uint32_t material = 0;
     material_record& m = b.add_material(&material);
     m.texture[0] = b.add_image(7);
     scene_object object = b.object(object_model, b.add_triangle(), material);
     object.values[0].value = 10.0f;
     object.values[6].value = 2.0f;
-    b.draw(b.add_scene({object}), false);
+    const uint32_t scene = b.add_scene({object});
+    b.draw(scene, false);
     const std::string calls = take_gl_calls();
     CHECK(calls.starts_with(R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glMatrixMode(GL_MODELVIEW)
 glEnableClientState(GL_NORMAL_ARRAY)
 glNormalPointer(GL_FLOAT, 0, [0 0 1])
 glEnableClientState(GL_VERTEX_ARRAY)
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
 glDisable(GL_CULL_FACE)
 )"));
-    CHECK(part(calls, "glTexCoordPointer", "glActive") == "\nglTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])\n");
     CHECK(calls.ends_with(R"(
+glClientActiveTexture(GL_TEXTURE0)
+glEnableClientState(GL_TEXTURE_COORD_ARRAY)
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glClientActiveTexture(GL_TEXTURE1)
 glDisableClientState(GL_TEXTURE_COORD_ARRAY)
-glMatrixMode(GL_MODELVIEW)
 glLoadMatrixf([2 0 0 0 0 1 0 0 0 0 1 0 10 0 -5 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glMatrixMode(GL_MODELVIEW)
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
-glDisableClientState(GL_NORMAL_ARRAY)
-glDisableClientState(GL_VERTEX_ARRAY)
 )"));
-    CHECK(matrices.modelview[12] == 0.0f);
+    b.draw(scene, false); // the same once more: all of it stands
+    CHECK(take_gl_calls() == "\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n");
+}
+
+TEST_CASE("a second mesh of the same material and another place is its arrays, its matrix and its drawing")
+{
+    record_bench b;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    m.texture[0] = b.add_image(7);
+    m.light1 = b.add_values({0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.6f, 7, 8, 9});
+    scene_object second = b.object(object_model, b.add_triangle(2), material);
+    second.values[0].value = 10.0f;
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material), second}), false);
+    const std::string calls = take_gl_calls();
+    CHECK(calls.substr(calls.find("glDrawElements")) == R"(glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glClientActiveTexture(GL_TEXTURE0)
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 10 0 0 1])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)");
 }
 
 TEST_CASE("a wireframe on the fixed path is a polygon mode: it draws triangles")
@@ -118,16 +139,14 @@ TEST_CASE("one material serves all copies, each under a matrix of its own")
     object.manipulators[0] = multiplier(3.0f);
     b.draw(b.add_scene({object}), false);
     CHECK(take_gl_calls({"glPolygonMode", "glLoadMatrixf", "glDrawElements"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 10 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 20 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 )");
 }
 
@@ -148,31 +167,30 @@ TEST_CASE("a copy is placed, turned to the camera, turned by itself, and scaled,
     const uint32_t scene = b.add_scene({object});
     table_get(b.d.scene_table, scene)->camera_facing[0] = 128;
     b.draw(scene, false);
-    // Ry(-90): x -> z, z -> -x. Then Rx(-90): y -> -z, z -> y. Their product takes x to z, y to x,
-    // z to y; its columns are scaled by 2, 3, 4.
-    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
-        == "\nglLoadMatrixf([0 0 2 0 3 0 0 0 0 4 0 0 1 2 3 1])\n");
+    // Facing the camera undoes its turn: what is left is the scale, at (1, 2, 3) as the camera
+    // sees it. Ry(90): x -> -z, z -> x takes it to (3, 2, -1), Rx(90): y -> z, z -> -y to (3, 1, 2).
+    CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([2 0 0 0 0 3 0 0 0 0 4 0 3 1 2 1])
+)"); // the first is the projection
 
-    b.camera[0] = b.camera[1] = 0.0f;
-    b.camera[2] = 90.0f; // Rz(-90): x -> -y, y -> x
+    b.camera[2] = 90.0f; // then Rz(90): x -> y, y -> -x
     b.draw(scene, false);
-    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
-        == "\nglLoadMatrixf([0 -2 0 0 3 0 0 0 0 0 4 0 1 2 3 1])\n");
+    CHECK(take_gl_calls({"glLoadMatrixf"}) == "\nglLoadMatrixf([2 0 0 0 0 3 0 0 0 0 4 0 -1 3 2 1])\n");
 
+    b.camera[0] = b.camera[1] = 0.0f;                         // Rz alone takes (1, 2, 3) to (-2, 1, 3)
     table_get(b.d.scene_table, scene)->camera_facing[0] = 64; // another object's bit
     scene_object& placed = table_get(b.d.scene_table, scene)->objects[0];
     placed.values[3].value = 90.0f; // Rx(90): y -> z, z -> -y
     placed.values[4].value = 90.0f; // Ry(90): x -> -z, z -> x
     b.draw(scene, false);
-    // Rx Ry: x -> Rx(-z) = y, y -> Rx(y) = z, z -> Rx(x) = x.
-    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
-        == "\nglLoadMatrixf([0 2 0 0 0 0 3 0 4 0 0 0 1 2 3 1])\n");
+    // Rx Ry: x -> Rx(-z) = y, y -> Rx(y) = z, z -> Rx(x) = x; then Rz: x -> -x, y -> z, z -> y.
+    CHECK(take_gl_calls({"glLoadMatrixf"}) == "\nglLoadMatrixf([-2 0 0 0 0 0 3 0 0 4 0 0 -2 1 3 1])\n");
 
     placed.values[4].value = 0.0f;
-    placed.values[5].value = 90.0f; // Rz(90): x -> y, y -> -x; Rx Rz: x -> z, y -> -x, z -> -y
+    placed.values[5].value = 90.0f; // Rx Rz: x -> z, y -> -x, z -> -y; then Rz: x -> z, y -> -y, z -> x
     b.draw(scene, false);
-    CHECK(part(take_gl_calls(), "glLoadMatrixf", "glDrawElements")
-        == "\nglLoadMatrixf([0 0 2 0 -3 0 0 0 0 -4 0 0 1 2 3 1])\n");
+    CHECK(take_gl_calls({"glLoadMatrixf"}) == "\nglLoadMatrixf([0 0 2 0 0 -3 0 0 4 0 0 0 -2 1 3 1])\n");
 }
 
 // ---- shader path ----------------------------------------------------------------
@@ -180,7 +198,7 @@ TEST_CASE("a copy is placed, turned to the camera, turned by itself, and scaled,
 TEST_CASE("on the shader path matrices are uniforms: the projection once, the others for every copy")
 {
     record_bench b;
-    set_orthographic(0, 1, 1, 0, -1, 1);
+    b.layer.projection = projection_orthographic;
     uint32_t material = 0;
     b.give_program(b.add_material(&material));
     scene_object object = b.object(object_model, b.add_triangle(1), material);
@@ -189,15 +207,19 @@ TEST_CASE("on the shader path matrices are uniforms: the projection once, the ot
     object.values[8].value = 4.0f;
     b.draw(b.add_scene({object}), true);
     CHECK(take_gl_calls() == R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([2 0 0 0 0 -2 0 0 0 0 -1 0 -1 1 0 1])
+glMatrixMode(GL_MODELVIEW)
 glEnableClientState(GL_NORMAL_ARRAY)
 glNormalPointer(GL_FLOAT, 0, [0 0 1])
 glEnableClientState(GL_VERTEX_ARRAY)
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
-glUseProgram(50)
+glDisable(GL_DEPTH_TEST)
 glBlendEquation(GL_FUNC_ADD)
 glBlendFunc(GL_ONE, GL_ZERO)
 glDisable(GL_CULL_FACE)
-glDisable(GL_DEPTH_TEST)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glUseProgram(50)
 glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
 glEnableVertexAttribArray(3)
 glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
@@ -212,17 +234,10 @@ glUniformMatrix4fv(11, 1, GL_FALSE, [2 0 0 0 0 -2 0 0 0 0 -1 0 -1 1 0 1])
 glUniformMatrix4fv(12, 1, GL_FALSE, [2 0 0 0 0 2 0 0 0 0 4 0 5 0 0 1])
 glUniformMatrix3fv(13, 1, GL_FALSE, [0.5 0 0 0 0.5 0 0 0 0.25])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glDisableClientState(GL_NORMAL_ARRAY)
-glDisableClientState(GL_VERTEX_ARRAY)
-glDisableVertexAttribArray(3)
-glDisableVertexAttribArray(4)
-glDisableVertexAttribArray(5)
-glDisableVertexAttribArray(1)
-glDisableVertexAttribArray(2)
 )");
 }
 
-TEST_CASE("on the shader path every copy starts from the camera, and the camera is there again behind them")
+TEST_CASE("on the shader path every copy starts from the camera, which stays the fixed pipeline's matrix")
 {
     record_bench b;
     uint32_t material = 0;
@@ -230,15 +245,15 @@ TEST_CASE("on the shader path every copy starts from the camera, and the camera 
     scene_object object = b.object(object_model, b.add_triangle(1), material);
     object.manipulator_count = 1;
     object.manipulators[0] = multiplier(2.0f);
-    reset_modelview();
-    translate(0.0f, 0.0f, -5.0f);
+    b.layer.position[2] = -5.0f;
     b.draw(b.add_scene({object}), true);
     CHECK(take_gl_calls({"glUniformMatrix4fv", "glLoadMatrixf"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
 glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1])
 glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 10 0 -5 1])
 )");
-    CHECK(floats_as_text(matrices.modelview) == "[1 0 0 0 0 1 0 0 0 0 1 0 0 0 -5 1]");
 }
 
 // The inverse of a turned and stretched matrix, by rows: read by columns it is the inverse transpose.
@@ -295,7 +310,7 @@ TEST_CASE("with a program that did not build nothing is drawn")
     uint32_t material = 0;
     b.give_program(b.add_material(&material), 0);
     b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), true);
-    CHECK(take_gl_calls({"glDrawElements", "glVertexAttribPointer", "glUniformMatrix4fv"}) == "\n");
+    CHECK(take_gl_calls() == "\n");
 }
 
 // ---- buffers --------------------------------------------------------------------
@@ -349,7 +364,15 @@ glDeleteBuffers(1, [106])
     CHECK(take_gl_calls() == "\n");
 }
 
-TEST_CASE("a mesh in buffers is drawn from their starts, and leaves none bound")
+// What says where vertices, coordinates and indices come from.
+static std::string take_sources()
+{
+    return take_gl_calls({"glGenBuffers", "glBindBuffer", "glBufferData", "glVertexPointer", "glNormalPointer",
+        "glTexCoordPointer", "glVertexAttribPointer", "glDrawElements"});
+}
+
+// The loading screen does without buffers where the show has them.
+TEST_CASE("a mesh in buffers is drawn from their starts, and from memory while buffers are off")
 {
     record_bench b;
     b.caps.vbo = 1;
@@ -360,33 +383,86 @@ TEST_CASE("a mesh in buffers is drawn from their starts, and leaves none bound")
     take_gl_calls();
     const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
     b.draw(scene, false);
-    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glTexCoordPointer", "glDrawElements"})
-        == R"(
+    const std::string from_buffers = take_sources();
+    CHECK(from_buffers == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glNormalPointer(GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
+glBindBuffer(GL_ARRAY_BUFFER, 103)
+glTexCoordPointer(2, GL_FLOAT, 0, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
+)");
+    b.caps.vbo = 0;
+    b.draw(scene, false);
+    CHECK(take_sources() == R"(
 glBindBuffer(GL_ARRAY_BUFFER, 0)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)");
+    b.caps.vbo = 1;
+    b.draw(scene, false);
+    CHECK(take_sources() == from_buffers);
+    b.draw(scene, false);
+    CHECK(take_sources() == "\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)\n");
+}
+
+TEST_CASE("on a driver without buffers the mesh's own arrays are drawn, whatever is wished")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    glBindBuffer = nullptr;
+    uint32_t material = 0;
+    b.add_material(&material);
+    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), false);
+    CHECK(take_sources() == R"(
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)");
+}
+
+TEST_CASE("a wireframe in buffers gets one for its lines, made with the first frame, drawn from with the next")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    material_record& m = b.add_material(&material);
+    b.give_program(m);
+    std::fill_n(m.program->texcoord_location, texture_unit_count, -1);
+    m.wireframe = 1;
+    const uint32_t mesh = b.add_triangle(1);
+    create_mesh_buffers_gl(b.arrays(mesh));
+    take_gl_calls();
+    const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
+    b.draw(scene, true);
+    CHECK(take_sources() == R"(
+glGenBuffers(1) = 105
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
+glBufferData(GL_ELEMENT_ARRAY_BUFFER, 12, [0 1 1 2 2 0], GL_STATIC_DRAW)
 glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 glBindBuffer(GL_ARRAY_BUFFER, 102)
 glNormalPointer(GL_FLOAT, 0, 0)
 glBindBuffer(GL_ARRAY_BUFFER, 101)
 glVertexPointer(3, GL_FLOAT, 0, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 103)
-glTexCoordPointer(2, GL_FLOAT, 0, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
-glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, 0)
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
 )");
-    b.caps.vbo = 0; // the loading screen draws the same mesh from memory
-    b.draw(scene, false);
-    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glTexCoordPointer", "glDrawElements"})
-        == R"(
-glNormalPointer(GL_FLOAT, 0, [0 0 1])
-glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
-glTexCoordPointer(2, GL_FLOAT, 0, [1 0.5])
-glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+    b.draw(scene, true);
+    CHECK(take_sources() == R"(
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, 0)
 )");
 }
 
-TEST_CASE("a wireframe in buffers gets one for its lines, made with the first frame")
+TEST_CASE("the lines of a mesh that a frame shows twice go into one buffer")
 {
     record_bench b;
     b.caps.vbo = 1;
@@ -397,70 +473,79 @@ TEST_CASE("a wireframe in buffers gets one for its lines, made with the first fr
     const uint32_t mesh = b.add_triangle(1);
     create_mesh_buffers_gl(b.arrays(mesh));
     take_gl_calls();
-    const uint32_t scene = b.add_scene({b.object(object_model, mesh, material)});
-    b.draw(scene, true);
-    CHECK(part(take_gl_calls(), "glGenBuffers", "glDisableClientState") == R"(
+    const scene_object object = b.object(object_model, mesh, material);
+    b.draw(b.add_scene({object, object}), true);
+    CHECK(take_gl_calls({"glGenBuffers", "glBufferData", "glDrawElements"}) == R"(
 glGenBuffers(1) = 105
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
 glBufferData(GL_ELEMENT_ARRAY_BUFFER, 12, [0 1 1 2 2 0], GL_STATIC_DRAW)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
-glUniformMatrix4fv(11, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
-glUniformMatrix4fv(12, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
-glUniformMatrix3fv(13, 1, GL_FALSE, [1 0 0 0 1 0 0 0 1])
-glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, 0)
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
+glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
 )");
-    b.draw(scene, true);
-    CHECK(take_gl_calls({"glGenBuffers", "glBufferData"}) == "\n");
+}
+
+// A mesh in buffers, and behind it one that has none.
+static uint32_t add_mixed_scene(record_bench& b, uint32_t material)
+{
+    b.caps.vbo = 1;
+    const uint32_t buffered = b.add_triangle(1);
+    create_mesh_buffers_gl(b.arrays(buffered));
+    take_gl_calls();
+    return b.add_scene(
+        {b.object(object_model, buffered, material), b.object(object_model, b.add_triangle(1), material)});
 }
 
 TEST_CASE("a mesh without buffers is drawn from memory beside those that have them")
 {
     record_bench b;
-    b.caps.vbo = 1;
     uint32_t material = 0;
     b.give_program(b.add_material(&material));
-    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), true);
-    CHECK(take_gl_calls({"glBindBuffer", "glVertexAttribPointer", "glDrawElements"}) == R"(
+    b.draw(add_mixed_scene(b, material), true);
+    CHECK(take_sources() == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glNormalPointer(GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
+glBindBuffer(GL_ARRAY_BUFFER, 103)
+glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, 0)
+glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, 0)
+glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
 glBindBuffer(GL_ARRAY_BUFFER, 0)
+glNormalPointer(GL_FLOAT, 0, [0 0 1])
+glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
 glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexAttribPointer(3, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexAttribPointer(4, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexAttribPointer(5, 2, GL_FLOAT, GL_FALSE, 0, [1 0.5])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexAttribPointer(1, 3, GL_FLOAT, GL_FALSE, 0, [1 2 3])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexAttribPointer(2, 3, GL_FLOAT, GL_FALSE, 0, [0 0 1])
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 )");
 }
 
-TEST_CASE("on the fixed path too a mesh without buffers leaves none bound for its indices")
+TEST_CASE("on the fixed path too a mesh without buffers has none bound for its arrays and indices")
 {
     record_bench b;
-    b.caps.vbo = 1;
     uint32_t material = 0;
     b.add_material(&material);
-    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), false);
-    CHECK(take_gl_calls({"glBindBuffer", "glVertexPointer", "glNormalPointer", "glDrawElements"}) == R"(
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
+    b.draw(add_mixed_scene(b, material), false);
+    CHECK(take_sources() == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glNormalPointer(GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
 glBindBuffer(GL_ARRAY_BUFFER, 0)
 glNormalPointer(GL_FLOAT, 0, [0 0 1])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
 glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
 )");
 }
 
@@ -486,46 +571,82 @@ TEST_CASE("a rippled mesh is drawn from the cache; in buffers its vertices are h
     object.manipulators[0] = rippler(0.0f);
     const uint32_t scene = b.add_scene({object});
     b.draw(scene, false);
-    const rippler_cache& cache = shared_rippler_cache();
+    rippler_cache& cache = b.r.tools.rippler;
     REQUIRE(cache.vertex_count == 3);
     constexpr float ground[9] = {10, 0, 0, 10, 0, 1, 11, 0, 0}; // its normal is +y
     std::copy_n(ground, 9, cache.positions);
     take_gl_calls();
+    b.draw(scene, false); // the cache stays where it is
+    CHECK(take_sources() == "\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n");
+    forget_objects(b.r.gl);
     b.draw(scene, false);
     CHECK(take_gl_calls({"glVertexPointer", "glNormalPointer"})
         == "\nglNormalPointer(GL_FLOAT, 0, [0 1 0])\nglVertexPointer(3, GL_FLOAT, 0, [10 0 0])\n");
 
     b.caps.vbo = 1;
     b.draw(scene, false);
-    CHECK(part(take_gl_calls(), "glGenBuffers", "glDisable(") == R"(
+    CHECK(take_sources() == R"(
 glGenBuffers(1) = 105
 glBindBuffer(GL_ARRAY_BUFFER, 105)
-glBufferData(GL_ARRAY_BUFFER, 36, [10 0 0 10 0 1 11 0 0], GL_STATIC_DRAW)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
+glBufferData(GL_ARRAY_BUFFER, 36, [10 0 0 10 0 1 11 0 0], GL_STREAM_DRAW)
 glGenBuffers(1) = 106
 glBindBuffer(GL_ARRAY_BUFFER, 106)
-glBufferData(GL_ARRAY_BUFFER, 36, [0 1 0 0 1 0 0 1 0], GL_STATIC_DRAW)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ARRAY_BUFFER, 0)
-glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0)
-glEnableClientState(GL_NORMAL_ARRAY)
-glBindBuffer(GL_ARRAY_BUFFER, 106)
+glBufferData(GL_ARRAY_BUFFER, 36, [0 1 0 0 1 0 0 1 0], GL_STREAM_DRAW)
 glNormalPointer(GL_FLOAT, 0, 0)
-glEnableClientState(GL_VERTEX_ARRAY)
 glBindBuffer(GL_ARRAY_BUFFER, 105)
 glVertexPointer(3, GL_FLOAT, 0, 0)
+glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 104)
+glBindBuffer(GL_ARRAY_BUFFER, 103)
+glTexCoordPointer(2, GL_FLOAT, 0, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
 )");
     b.draw(scene, false);
-    CHECK(take_gl_calls({"glGenBuffers"}) == "\n");
-    shared_rippler_cache().vertex_count = 0; // with an empty cache the mesh draws its own
+    CHECK(take_sources() == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 105)
+glBufferData(GL_ARRAY_BUFFER, 36, [10 0 0 10 0 1 11 0 0], GL_STREAM_DRAW)
+glBindBuffer(GL_ARRAY_BUFFER, 106)
+glBufferData(GL_ARRAY_BUFFER, 36, [0 1 0 0 1 0 0 1 0], GL_STREAM_DRAW)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
+)");
+    cache.vertex_count = 0; // with an empty cache the mesh draws its own
     b.draw(scene, false);
-    CHECK(take_gl_calls({"glVertexPointer", "glBufferData", "glBindBuffer"})
-              .find("glBindBuffer(GL_ARRAY_BUFFER, 101)\n"
-                    "glVertexPointer(3, GL_FLOAT, 0, 0)\n")
-        != std::string::npos);
-    shared_rippler_cache().vertex_count = 2; // a larger model continues with its own vertices, from memory
+    CHECK(take_sources() == R"(
+glBindBuffer(GL_ARRAY_BUFFER, 102)
+glNormalPointer(GL_FLOAT, 0, 0)
+glBindBuffer(GL_ARRAY_BUFFER, 101)
+glVertexPointer(3, GL_FLOAT, 0, 0)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
+)");
+    cache.vertex_count = 2; // a larger model continues with its own vertices, from memory
     b.draw(scene, false);
     CHECK(take_gl_calls({"glVertexPointer", "glBufferData"}) == "\nglVertexPointer(3, GL_FLOAT, 0, [10 0 0])\n");
+}
+
+// Each ripple moves the whole cache on: what the first mesh needs is kept for it.
+TEST_CASE("two rippled meshes of a frame are each drawn as the cache stood behind their own ripple")
+{
+    record_bench b;
+    b.caps.vbo = 1;
+    uint32_t material = 0;
+    b.add_material(&material);
+    scene_object first = b.object(object_model, b.add_triangle(1), material);
+    first.manipulator_count = 1;
+    first.manipulators[0] = rippler(0.0f);
+    const uint32_t scene = b.add_scene({first});
+    b.draw(scene, false); // fills the cache
+    take_gl_calls();
+    b.draw(scene, false);
+    const std::string still = take_gl_calls({"glBufferData"});
+    CHECK(still.starts_with("\nglBufferData(GL_ARRAY_BUFFER, 36, [1 2 3 4 2 3 1 5 3], GL_STREAM_DRAW)\n"));
+    scene_object second = first;
+    second.manipulators[0] = rippler(1.0f);
+    b.draw(b.add_scene({first, second}), false);
+    const std::string both = take_gl_calls({"glBufferData"});
+    CHECK(both.starts_with(still));
+    CHECK(both.size() > still.size());
+    CHECK(both.find("[1 2 3 4 2 3 1 5 3]", still.size()) == std::string::npos);
+    b.draw(scene, false); // it stays moved
+    CHECK(both.ends_with(take_gl_calls({"glBufferData"}).substr(1)));
 }
 
 // ---- objects --------------------------------------------------------------------
@@ -548,12 +669,11 @@ TEST_CASE("objects are drawn in their order; one without a mesh or a material is
     strange.type = 3;
     b.draw(b.add_scene({second, without_mesh, without_material, strange, first}), false);
     CHECK(take_gl_calls({"glLoadMatrixf", "glDrawElements"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 2 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 )");
 }
 
@@ -564,6 +684,8 @@ TEST_CASE("an object's number goes through the object table, unless a material n
     record_bench b;
     uint32_t material = 0;
     b.add_material(&material);
+    for (uint32_t i = 0; i < 3; ++i) // so that numbers of meshes are other numbers than theirs
+        b.add_image(7);
     const uint32_t to_mesh = table_add(b.d.object_table, object_reference{object_model, 2, 0});
     const uint32_t to_effect = table_add(b.d.object_table, object_reference{object_genmesh, 1, 0});
     const uint32_t named = table_add(b.d.object_table, object_reference{object_genmesh, 2, 1});
@@ -575,7 +697,7 @@ TEST_CASE("an object's number goes through the object table, unless a material n
         effect.mesh = arrays;
         table_add(b.d.effect_table, effect);
     }
-    REQUIRE(to_mesh == 4); // three pictures stand before it
+    REQUIRE(to_mesh == 4);
     b.draw(b.add_scene({b.object(object_model, to_mesh, material), b.object(object_model, to_effect, material),
                b.object(object_genmesh, to_mesh, material), b.object(object_genmesh, to_effect, material),
                b.object(object_genmesh, named, material)}),
@@ -609,11 +731,11 @@ TEST_CASE("a hidden object steps neither its mesh effect nor its rippler")
     const std::vector<float> still(water.mesh.positions, water.mesh.positions + size_t{water.mesh.vertex_count} * 3);
     b.draw(b.add_scene({lake, rippled}), false);
     CHECK(take_gl_calls() == "\n");
-    CHECK(shared_rippler_cache().vertex_count == 0);
+    CHECK(b.r.tools.rippler.vertex_count == 0);
     CHECK(std::equal(still.begin(), still.end(), water.mesh.positions));
     lake.visibility = rippled.visibility = add_function(b.content, constant_function(1.0f));
     b.draw(b.add_scene({lake, rippled}), false);
-    CHECK(shared_rippler_cache().vertex_count == 3);
+    CHECK(b.r.tools.rippler.vertex_count == 3);
     CHECK_FALSE(std::equal(still.begin(), still.end(), water.mesh.positions));
     free_mesh_effect(*table_get(b.d.effect_table, effect));
 }
@@ -671,14 +793,13 @@ TEST_CASE("a text draws glyph by glyph, each with its own mesh, material and pla
     object.values[0].value = 100.0f;
     b.draw(b.add_scene({object}), false);
     CHECK(take_gl_calls({"glColor4f", "glLoadMatrixf", "glDrawElements"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glColor4f(1, 0.5, 0.75, 1)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 98 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glColor4f(0.25, 1, 0.75, 1)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 106 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 )");
 }
 
@@ -696,15 +817,17 @@ TEST_CASE("a text's place follows its own time, and it turns to the camera where
     const uint32_t scene = b.add_scene({b.object(object_model, 0, 0), object});
     table_get(b.d.scene_table, scene)->camera_facing[0] = 64; // object 1
     b.draw(scene, false);
+    // x is 15 at the object's time, less 2 for the letter; the camera's turn takes x to y.
     CHECK(take_gl_calls({"glLoadMatrixf"}) == R"(
-glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 13 0 0 1])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 13 0 1])
 )");
     b.time = 9; // at its own time 14 it is hidden
     b.draw(scene, false);
     CHECK(take_gl_calls() == "\n");
 }
 
+// a at -2, b at 5 - 2; the copies are 10 apart.
 TEST_CASE("a text at several places draws each glyph at all of them before the next glyph")
 {
     record_bench b;
@@ -714,33 +837,35 @@ TEST_CASE("a text at several places draws each glyph at all of them before the n
     object.manipulator_count = 1;
     object.manipulators[0] = multiplier(2.0f);
     b.draw(b.add_scene({object}), false);
-    const std::string calls = take_gl_calls({"glPolygonMode", "glDrawElements"});
-    CHECK(calls == R"(
+    CHECK(take_gl_calls({"glPolygonMode", "glLoadMatrixf", "glDrawElements"}) == R"(
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
 glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 -2 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 8 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glPolygonMode(GL_FRONT_AND_BACK, GL_FILL)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 3 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 13 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
 )");
 }
 
-TEST_CASE("a glyph without a material is drawn with the state as it stands")
+TEST_CASE("a glyph without a material is drawn with the state as it stands: the layer's depth test, nothing else")
 {
     record_bench b;
     b.draw(b.add_scene({text_object(b, add_font(b, 0, 0), "a")}), false);
     CHECK(take_gl_calls() == R"(
+glMatrixMode(GL_PROJECTION)
+glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
+glMatrixMode(GL_MODELVIEW)
 glEnableClientState(GL_NORMAL_ARRAY)
 glNormalPointer(GL_FLOAT, 0, [0 0 1])
 glEnableClientState(GL_VERTEX_ARRAY)
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
-glMatrixMode(GL_MODELVIEW)
+glEnable(GL_DEPTH_TEST)
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 -2 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
-glMatrixMode(GL_MODELVIEW)
-glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])
-glDisableClientState(GL_NORMAL_ARRAY)
-glDisableClientState(GL_VERTEX_ARRAY)
 )");
 }
 

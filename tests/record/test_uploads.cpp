@@ -3,6 +3,7 @@
 #include "record_bench.h"
 
 #include "effects/dynamic_texture_gl.h"
+#include "effects/dynamic_texture.h"
 #include "texgen/texture_upload_gl.h"
 
 #include <GL/glew.h>
@@ -374,7 +375,7 @@ TEST_CASE("a moving picture gets black storage in its format, then its first ima
            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)\n"
            "glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)\n"
            "glTexImage2D(GL_TEXTURE_2D, 0, GL_COMPRESSED_LUMINANCE, 64, 64, 0, GL_LUMINANCE, GL_UNSIGNED_BYTE, "
-            + bytes_as_text(std::vector<uint8_t>(64 * 64)) + ")\nglBindTexture(GL_TEXTURE_2D, 1)\n"
+            + bytes_as_text(std::vector<uint8_t>(64 * 64)) + ")\n"
             + "glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, GL_LUMINANCE, GL_UNSIGNED_BYTE, "
             + bytes_as_text(first_ramp()) + ")\n");
     release_dynamic_texture_gl(texture);
@@ -408,16 +409,17 @@ TEST_CASE("with a pixel buffer the image is written into the driver's memory and
 glBufferData(GL_PIXEL_UNPACK_BUFFER, 4096, 0, GL_STREAM_DRAW)
 glMapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY) = memory
 glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER) = GL_TRUE
-glBindTexture(GL_TEXTURE_2D, 1)
 glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, GL_LUMINANCE, GL_UNSIGNED_BYTE, )"
         + bytes_as_text(first_ramp()) + ")\nglBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0)\n";
     CHECK(calls.ends_with("\nglGenBuffers(1) = 101\n" + refresh));
-    const uint32_t handle = table_add(b.d.dynamic_texture_table, texture);
-    update_dynamic_texture(handle, b.d.dynamic_texture_table, b.d.function_table, 5, true);
+    std::vector<uint8_t> pixels;
+    CHECK(update_dynamic_texture(texture, b.d.function_table, 5, pixels));
+    CHECK(take_gl_calls() == "\n"); // computing tells OpenGL nothing
+    upload_dynamic_texture_gl(texture, pixels.data(), true);
     CHECK(take_gl_calls() == "\n" + refresh);
-    update_dynamic_texture(handle, b.d.dynamic_texture_table, b.d.function_table, 5, true);
-    CHECK(take_gl_calls() == "\n"); // this time's image is there
-    release_dynamic_texture_gl(*table_get(b.d.dynamic_texture_table, handle));
+    CHECK_FALSE(update_dynamic_texture(texture, b.d.function_table, 5, pixels)); // this time's image is there
+    CHECK(pixels.size() == 64 * 64);
+    release_dynamic_texture_gl(texture);
     CHECK(take_gl_calls() == "\nglDeleteTextures(1, [1])\nglDeleteBuffers(1, [101])\n");
 }
 

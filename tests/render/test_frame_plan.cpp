@@ -1,716 +1,1006 @@
 #include "render/frame_plan.h"
 
-#include "builders.h"
+#include "content/matrix.h"
+#include "frame_bench.h"
+#include "render/frame_text.h"
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
-#include <limits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
 
-constexpr frame_view screen = {800, 600, 4.0f / 3.0f};
-constexpr uint8_t clear_both = clear_color | clear_depth;
+// ---- reading plans ----------------------------------------------------------------------
 
-static gl_caps caps_with(bool any_size)
+// The lines of a text that hold `part`, each with its newline.
+static std::string lines_with(const std::string& text, std::string_view part)
 {
-    gl_caps caps = initial_caps;
-    caps.npot = any_size ? 1 : 0;
-    return caps;
+    std::string kept;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.find(part) != std::string::npos)
+            kept += line + "\n";
+    return kept;
 }
 
-static frame_plan plan_at(const test_document& t, uint32_t time, bool any_size = true)
+// The commands alone, without what stands and where copies are.
+static std::string commands_of(const std::string& text)
 {
-    return plan_frame(t.d, time, screen, caps_with(any_size));
+    std::string kept;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (!line.starts_with(' '))
+            kept += line + "\n";
+    return kept;
 }
 
-// A document with one scene (handle 1), whose tracks are filled by add_layer.
-struct scene_document : test_document {
-    scene_document()
-    {
-        add_scene(*this);
+static std::string planned_commands(frame_bench& b, const frame_layers& layers)
+{
+    return commands_of(planned_text(b, layers));
+}
+
+static void check_point(const float m[16], const float (&point)[3], const float (&expected)[3])
+{
+    float moved[3];
+    transform_point(m, point, moved);
+    for (int i = 0; i < 3; ++i) {
+        CAPTURE(i);
+        CHECK(moved[i] == doctest::Approx(expected[i]).epsilon(1e-5));
     }
-};
+}
 
-// A layer of 1000 ticks in a mode, with a target.
-static layer_record mode_layer(uint32_t type, uint32_t rtex = 0)
+// A material of one picture, and a triangle with it.
+static scene_object pictured_triangle(frame_bench& b, uint32_t texture)
 {
-    layer_record layer = make_layer(type, 1000, 1);
+    uint32_t handle = 0;
+    add_material(b, &handle).texture[0] = add_image(b, texture);
+    return object_at_origin(object_model, add_mesh(b), handle);
+}
+
+// An effect's mesh may be drawn without a material: a swirl of 256 vertices, 255 triangles.
+static scene_object bare_swirl(frame_bench& b)
+{
+    return object_at_origin(object_genmesh, add_effect(b, mesh_effect_swirl, 0), 0);
+}
+
+constexpr char swirl_draw[] = "draw 1 x 765 indices with state ";
+constexpr char swirl_arrays[] = ", positions in memory, normals in memory, indices in memory\n";
+
+static std::string draw_of_swirl(uint32_t state)
+{
+    return swirl_draw + std::to_string(state) + swirl_arrays;
+}
+
+static std::string draw_of_triangle(uint32_t state)
+{
+    const std::string coordinates = ", coordinates in memory";
+    return "draw 1 x 3 indices with state " + std::to_string(state) + ", positions in memory, normals in memory"
+        + coordinates + coordinates + coordinates + ", indices in memory\n";
+}
+
+// ---- the text ---------------------------------------------------------------------------
+
+TEST_CASE("a frame of the fixed path as text")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.texture[0] = add_image(b, 7);
+    material.wrapmode[0] = wrap_edge_clamp;
+    material.combine_mode[0] = 3;
+    material.texture[1] = add_cube(b, 8);
+    material.cgenmode[1] = coordinates_cube;
+    material.backface_culling = material.depth_test = material.normalization = material.wireframe = 1;
+    material.linewidth = 2.5f;
+    material.light1 = add_values(b, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    material.fogtype = fog_fastest;
+    material.fogstart = 1.0f / 3.0f;
+    material.fogend = 1e9f;
+    scene_object object = object_at_origin(object_model, add_mesh(b), handle);
+    object.values[0].value = 5.0f;
+    layer_plan layer = layer_of(add_scene(b.content, {object}));
+    layer.clear = clear_color | clear_depth;
+    layer.viewport_width = 800;
+    layer.viewport_height = 600;
+    layer.position[2] = -4.0f;
+    CHECK(planned_text(b, layers_of({layer}))
+        == "viewport 800 x 600\n"
+           "clear color to 0 0 0 0 depth\n"
+           "  view 0: projection 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1, camera 1 0 0 0 0 1 0 0 0 0 1 0 0 0 -4 1\n"
+           "  state 0: depth 1, cull 1, blend 2, line width 2.5, normalize 1, wireframe 1, color 0.25 0.5 0.75 1\n"
+           "    light 1 at 7 8 9, ambient 1 2 3, diffuse 4 5 6\n"
+           "    fog 1 of 1 1 1 from 0.333333 to 1e+09\n"
+           "    unit 1 picture 7, wrap 1, coordinates 0, combine 3, matrix 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n"
+           "    unit 2 cube map 8, wrap 0, coordinates 2, combine 0, matrix 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n"
+           "    unit 3 picture 0, wrap 0\n"
+            + draw_of_triangle(0) + "    at 1 0 0 0 0 1 0 0 0 0 1 0 5 0 -4 1\n");
+}
+
+TEST_CASE("a frame of the shader path as text")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    shader_program& program = give_program(material, 50);
+    program.uniform_functions[2] = add_time(b);
+    material.texture[0] = add_image(b, 7);
+    material.cgenmode[0] = coordinates_cube;
+    material.light2 = add_values(b, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    const scene_object object = object_at_origin(object_model, add_mesh(b, 3, 0, false), handle);
+    CHECK(planned_text(b, layers_of(b, {bare_swirl(b), object}, 6))
+        == "  view 0: projection 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1, camera 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n"
+           "  state 0: depth 1, no material\n"
+           "    no program yet\n"
+            + draw_of_swirl(0)
+            + "    at 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n"
+              "  state 1: depth 0, cull 0, blend 2, line width 0, normalize 0, wireframe 0, color 0 0 0 0\n"
+              "    unit 1 picture 7, wrap 0\n"
+              "    program 50, texture matrix 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1, light 2 at 7 8 9, u3 6\n"
+              "draw 1 x 3 indices with state 1, positions in memory, indices in memory\n"
+              "    at 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n");
+}
+
+TEST_CASE("what stands is written once, before the first mesh that is drawn with it")
+{
+    frame_bench b;
+    const scene_object first = pictured_triangle(b, 7);
+    const scene_object second = pictured_triangle(b, 8);
+    const uint32_t scene = add_scene(b.content, {first, first, second, second, first});
+    const std::string text = planned_text(b, layers_of({layer_of(0), layer_of(scene)}));
+    CHECK(lines_with(text, "view").starts_with("  view 0: "));
+    CHECK(lines_with(text, "view 1").starts_with("  view 1: "));
+    CHECK(lines_with(lines_with(text, "    unit"), "picture 7").find('\n') != std::string::npos);
+    CHECK(commands_of(text)
+        == draw_of_triangle(0) + draw_of_triangle(0) + draw_of_triangle(1) + draw_of_triangle(1) + draw_of_triangle(2));
+    CHECK(lines_with(text, "  state ").find("state 2") != std::string::npos);
+    CHECK(b.f.materials.size() == 3);
+}
+
+TEST_CASE("numbers of a text have six digits at most and no negative zero")
+{
+    frame_bench b;
+    scene_object object = pictured_triangle(b, 7);
+    object.values[0].value = -0.0f;
+    object.values[1].value = 1234567.0f;
+    object.values[2].value = 1e-7f;
+    CHECK(lines_with(planned_text(b, layers_of(b, {object})), "    at ")
+        == "    at 1 0 0 0 0 1 0 0 0 0 1 0 0 1.23457e+06 1e-07 1\n");
+}
+
+// ---- targets, clearing --------------------------------------------------------------------
+
+// A picture that layers draw into, 64 x 64, of that OpenGL name.
+static uint32_t add_target(frame_bench& b, uint32_t texture, uint32_t side = 64)
+{
+    const uint32_t handle = add_image_texture(b.content, side, side);
+    table_get(b.d.image_texture_table, handle)->texture = texture;
+    return handle;
+}
+
+static void add_mode(frame_bench& b, uint32_t track, uint32_t mode, uint32_t scene, uint32_t rtex = 0)
+{
+    layer_record layer = make_layer(mode, 1000, scene);
     layer.rtex = rtex;
-    return layer;
+    add_layer(b.content, track, layer);
 }
 
-// ---- which layer ------------------------------------------------------------------
-
-TEST_CASE("Side by side layers with a pause between them")
+// The layers of a tick; those that recreate their targets get the names 90, 91 and so on.
+static frame_layers layers_at(frame_bench& b, uint32_t time)
 {
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 300, 1));
-    layer_record second = make_layer(render_simple, 300, 1);
-    second.space_before = 100;
-    add_layer(t, 0, second);
-
-    CHECK(plan_at(t, 0).drawn == 1);
-    const frame_plan before = plan_at(t, 299);
-    REQUIRE(before.layer_count == 1);
-    CHECK(before.layers[0].layer == 0);
-    CHECK(before.layers[0].time == 299);
-    CHECK(plan_at(t, 300).drawn == 0); // the slot is the second layer's, which pauses
-    CHECK(plan_at(t, 350).drawn == 0);
-    CHECK(plan_at(t, 399).drawn == 0);
-    const frame_plan begin = plan_at(t, 400);
-    REQUIRE(begin.layer_count == 1);
-    CHECK(begin.layers[0].layer == 1);
-    CHECK(begin.layers[0].time == 0);
-    REQUIRE(plan_at(t, 700).layer_count == 1);
-    CHECK(plan_at(t, 700).layers[0].time == 300);
-    CHECK(plan_at(t, 701).layer_count == 0);
-    CHECK(plan_at(t, 701).drawn == 0);
+    frame_layers layers = plan_layers(b.d, time, b.view, b.context.caps);
+    uint32_t name = 90;
+    for (uint32_t i = 0; i < layers.layer_count; ++i)
+        if (layers.layers[i].recreate_width != 0)
+            layers.layers[i].recreate_texture = name++;
+    return layers;
 }
 
-TEST_CASE("On a whole second the later layer gets the tick, inside one the earlier")
+TEST_CASE("a layer copies, recreates, sets its viewport, clears and draws, in this order")
 {
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 300, 1));
-    add_layer(t, 0, make_layer(render_simple, 250, 1));
-    add_layer(t, 0, make_layer(render_simple, 250, 1));
-    REQUIRE(plan_at(t, 300).layer_count == 1);
-    CHECK(plan_at(t, 300).layers[0].layer == 1);
-    CHECK(plan_at(t, 300).layers[0].time == 0);
-    REQUIRE(plan_at(t, 550).layer_count == 1);
-    CHECK(plan_at(t, 550).layers[0].layer == 1);
-    CHECK(plan_at(t, 550).layers[0].time == 250);
-    CHECK(plan_at(t, 551).layers[0].layer == 2);
-    CHECK(plan_at(t, 551).layers[0].time == 1);
+    frame_bench b;
+    const uint32_t scene = add_scene(b.content, {pictured_triangle(b, 5)});
+    const uint32_t plain = add_target(b, 7);
+    const uint32_t quarter = add_target(b, 8);
+    add_mode(b, 0, render_simple, scene);
+    add_mode(b, 1, render_to_texture, scene, plain);
+    add_mode(b, 2, render_quarter, scene, quarter);
+    add_mode(b, 3, render_clear_depth, scene);
+    add_mode(b, 4, render_link, scene);
+    CHECK(planned_commands(b, layers_at(b, 10))
+        == "viewport 800 x 600\nclear color to 0 0 0 0 depth\n" + draw_of_triangle(0) + "viewport 64 x 64\n"
+            + draw_of_triangle(1)
+            + "copy 64 x 64 into texture 7\nrecreate texture 8 as 90, 400 x 300\nviewport 400 x 300\n"
+              "clear color to 0 0 0 1 depth\n"
+            + draw_of_triangle(2) + "copy 400 x 300 into texture 90\nviewport 800 x 600\nclear color to 0 0 0 1 depth\n"
+            + draw_of_triangle(3) + draw_of_triangle(4));
+    const uint32_t ends[5] = {3, 5, 10, 14, 15};
+    CHECK(std::equal(ends, ends + 5, b.f.command_end));
+    CHECK(lines_with(planned_commands(b, layers_at(b, 20)), "recreate").empty()); // it has its size now
 }
 
-TEST_CASE("The search walks over layers that ended within the second")
+TEST_CASE("a recreated target's record says what it is going to be")
 {
-    scene_document t;
-    for (int i = 0; i < 8; ++i)
-        add_layer(t, 0, make_layer(render_simple, i == 0 ? 200 : 130, 1));
-    // Ends: 200, 330, 460, 590 ..; second 4 (400..499) begins in layer 2.
-    CHECK(plan_at(t, 455).layers[0].layer == 2);
-    CHECK(plan_at(t, 465).layers[0].layer == 3);
-    CHECK(plan_at(t, 465).layers[0].time == 5);
+    frame_bench b;
+    const uint32_t handle = add_target(b, 8);
+    image_texture& target = *table_get(b.d.image_texture_table, handle);
+    target.components = 4;
+    target.format = 99;
+    target.pixels = static_cast<uint8_t*>(std::malloc(16));
+    add_mode(b, 0, render_simple, 0);
+    add_mode(b, 1, render_quarter, 0, handle);
+    advance_and_plan(b, layers_at(b, 10));
+    CHECK(target.width == 400);
+    CHECK(target.height == 300);
+    CHECK(target.components == 3);
+    CHECK(target.format == recreated_target_format);
+    CHECK(target.pixels == nullptr);
+    CHECK(target.texture == 90);
 }
 
-TEST_CASE("A layer inside one second is never shown, and the one after it counts from 0")
+TEST_CASE("a target may be recreated twice in a frame")
 {
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 2500, 1));
-    layer_record waiting = make_layer(render_simple, 50, 1);
-    waiting.space_before = 1200;
-    add_layer(t, 3, waiting);                           // 0..1250
-    add_layer(t, 3, make_layer(render_simple, 40, 1));  // 1250..1290, lost
-    add_layer(t, 3, make_layer(render_simple, 500, 1)); // 1290..1790
-    // The lost layer's end stayed 0: the search walks past it to the next one, whose
-    // time then counts from 0, in the lost layer's own span too.
-    for (const uint32_t time : {1260u, 1290u, 1300u, 1790u}) {
-        const frame_plan frame = plan_at(t, time);
-        REQUIRE(frame.layer_count == 2);
-        CHECK(frame.layers[1].layer == 2);
-        CHECK(frame.layers[1].time == time);
+    frame_bench b;
+    const uint32_t target = add_target(b, 8, 1000);
+    add_mode(b, 0, render_simple, 0);
+    add_mode(b, 1, render_to_texture, 0, target); // larger than the screen
+    add_mode(b, 2, render_quarter, 0, target);
+    add_mode(b, 3, render_simple, 0);
+    CHECK(lines_with(planned_commands(b, layers_at(b, 10)), "texture")
+        == "recreate texture 8 as 90, 800 x 600\n"
+           "copy 800 x 600 into texture 90\n"
+           "recreate texture 90 as 91, 400 x 300\n"
+           "copy 400 x 300 into texture 91\n");
+}
+
+TEST_CASE("materials of the frame see a recreated target under its new name")
+{
+    frame_bench b;
+    const uint32_t target = add_target(b, 8);
+    uint32_t handle = 0;
+    const uint32_t reference = table_add(b.d.object_table, object_reference{texture_image, target, 1});
+    add_material(b, &handle).texture[0] = reference;
+    const uint32_t scene = add_scene(b.content, {object_at_origin(object_model, add_mesh(b), handle)});
+    add_mode(b, 0, render_simple, scene);
+    add_mode(b, 1, render_quarter, 0, target);
+    add_mode(b, 2, render_simple, scene);
+    const std::string pictures = lines_with(planned_text(b, layers_at(b, 10)), "unit 1");
+    CHECK(pictures.find("picture 8,") < pictures.find("picture 90,"));
+    CHECK(pictures.find("picture 90,") != std::string::npos);
+}
+
+TEST_CASE("targets that do not exist are neither copied into nor recreated")
+{
+    frame_bench b;
+    layer_plan layer = layer_of(0);
+    layer.flush_texture = 9;
+    layer.flush_width = layer.flush_height = 64;
+    layer.target = 9;
+    layer.recreate_width = layer.recreate_height = 32;
+    CHECK(planned_text(b, layers_of({layer})).empty());
+}
+
+TEST_CASE("a copy and a recreation leave their picture in the first unit for meshes without a material")
+{
+    frame_bench b;
+    const uint32_t target = add_target(b, 8);
+    const scene_object triangle = pictured_triangle(b, 5);
+    table_get(b.d.material_table, 1)->wrapmode[0] = wrap_edge_clamp;
+    const uint32_t both = add_scene(b.content, {triangle});
+    const uint32_t bare = add_scene(b.content, {bare_swirl(b)});
+    layer_plan copying = layer_of(bare);
+    copying.flush_texture = target;
+    copying.flush_width = copying.flush_height = 64;
+    layer_plan recreating = layer_of(bare);
+    recreating.target = target;
+    recreating.recreate_width = recreating.recreate_height = 32;
+    recreating.recreate_texture = 90;
+    const std::string text
+        = planned_text(b, layers_of({layer_of(both), layer_of(bare), copying, layer_of(both), recreating}));
+    std::string units = lines_with(text, "unit 1");
+    for (size_t at; (at = units.find(", coordinates")) != std::string::npos;)
+        units.erase(at, units.find('\n', at) - at);
+    CHECK(units
+        == "    unit 1 picture 5, wrap 1\n"
+           "    unit 1 picture 5, wrap 1\n"
+           "    unit 1 picture 8, wrap as it is\n"
+           "    unit 1 picture 5, wrap 1\n"
+           "    unit 1 picture 90, wrap as it is\n");
+}
+
+TEST_CASE("a target's old texture is in no unit any more")
+{
+    frame_bench b;
+    const uint32_t target = add_target(b, 8);
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.texture[0] = add_image(b, 5);
+    material.texture[1] = table_add(b.d.object_table, object_reference{texture_image, target, 1});
+    const uint32_t both = add_scene(b.content, {object_at_origin(object_model, add_mesh(b), handle)});
+    const uint32_t bare = add_scene(b.content, {bare_swirl(b)});
+    layer_plan recreating = layer_of(bare);
+    recreating.target = target;
+    recreating.recreate_width = recreating.recreate_height = 32;
+    recreating.recreate_texture = 90;
+    const std::string units = lines_with(planned_text(b, layers_of({layer_of(both), recreating})), "unit 2");
+    CHECK(units.find("picture 8,") < units.find("picture 0,"));
+    CHECK(units.find("picture 0,") != std::string::npos);
+}
+
+TEST_CASE("a clear has the colour of the layer before, of the last frame too")
+{
+    frame_bench b;
+    layer_plan red = layer_of(0), green = layer_of(0), blue = layer_of(0);
+    red.clear_color[0] = green.clear_color[1] = blue.clear_color[2] = 0.5f;
+    red.clear = clear_color | clear_depth;
+    green.clear = clear_depth;
+    blue.clear = clear_color;
+    const frame_layers layers = layers_of({red, layer_of(0), green, blue});
+    CHECK(planned_text(b, layers) == "clear color to 0 0 0 0 depth\nclear depth\nclear color to 0 0.5 0 1\n");
+    CHECK(planned_text(b, layers) == "clear color to 0 0 0.5 1 depth\nclear depth\nclear color to 0 0.5 0 1\n");
+    const clear_command screen = plan_clear_screen(b.standing);
+    CHECK(screen.bits == (clear_color | clear_depth));
+    CHECK(screen.color[2] == 0.5f);
+    CHECK(screen.color[3] == 1.0f);
+}
+
+TEST_CASE("a layer without a viewport keeps the one in force, a tile is one for the screen alone")
+{
+    frame_bench b;
+    layer_plan screen = layer_of(0), kept = layer_of(0), target = layer_of(0);
+    screen.viewport_width = 800;
+    screen.viewport_height = 600;
+    target.viewport_width = target.viewport_height = 64;
+    target.target = 1;
+    const frame_layers layers = layers_of({screen, kept, target});
+    CHECK(planned_text(b, layers) == "viewport 800 x 600\nviewport 64 x 64\n");
+    b.view.tile = {400, 300, 300, 200};
+    CHECK(planned_text(b, layers) == "viewport 300 x 200\nviewport 64 x 64\n");
+}
+
+// ---- projection, camera -----------------------------------------------------------------------
+
+TEST_CASE("projections are set by the layer or stay, from frame to frame too")
+{
+    frame_bench b;
+    layer_plan wide = layer_of(0), flat = layer_of(0);
+    wide.projection = projection_perspective;
+    wide.fov = 90.0f;
+    wide.aspect = 2.0f;
+    wide.far_distance = 100.0f;
+    flat.projection = projection_orthographic;
+    advance_and_plan(b, layers_of({layer_of(0), wide, layer_of(0), flat, layer_of(0)}));
+    REQUIRE(b.f.views.size() == 5);
+    float perspective[16], orthographic[16];
+    set_perspective(perspective, 90.0f, 2.0f, 0.1f, 100.0f);
+    set_orthographic(orthographic, 0, 1, 1, 0, -1, 1);
+    const float* expected[5] = {identity, perspective, perspective, orthographic, orthographic};
+    for (int i = 0; i < 5; ++i) {
+        CAPTURE(i);
+        CHECK(std::equal(expected[i], expected[i] + 16, b.f.views[static_cast<size_t>(i)].projection));
     }
-    CHECK(plan_at(t, 1791).layer_count == 1);
+    advance_and_plan(b, layers_of({layer_of(0)}));
+    CHECK(std::equal(orthographic, orthographic + 16, b.f.views[0].projection));
 }
 
-TEST_CASE("The offset is added to the time of functions")
+TEST_CASE("a tile spreads its part of the picture over the whole, once for a projection that stays")
 {
-    scene_document t;
-    layer_record layer = make_layer(render_simple, 500, 1);
-    layer.space_before = 50;
-    layer.offset = 1000;
-    add_layer(t, 0, layer);
-    REQUIRE(plan_at(t, 70).layer_count == 1);
-    CHECK(plan_at(t, 70).layers[0].time == 1020);
-}
-
-TEST_CASE("Track 0 decides when the show is over")
-{
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 300, 1));
-    add_layer(t, 1, make_layer(render_simple, 900, 1));
-    CHECK(plan_at(t, 300).layer_count == 2);
-    CHECK(plan_at(t, 350).layer_count == 1); // second 3 is still track 0's
-    CHECK(plan_at(t, 350).drawn == 1);
-    CHECK(plan_at(t, 400).layer_count == 0);
-    CHECK(plan_at(t, 400).drawn == 0);
-}
-
-TEST_CASE("Without layers on track 0 nothing is planned")
-{
-    scene_document t;
-    add_layer(t, 1, make_layer(render_simple, 900, 1));
-    CHECK(plan_at(t, 10).layer_count == 0);
-}
-
-TEST_CASE("A document without a timeline plans nothing")
-{
-    const document empty = {};
-    CHECK(plan_frame(empty, 0, screen, initial_caps).layer_count == 0);
-    CHECK(plan_frame(empty, 0, screen, initial_caps).drawn == 0);
-}
-
-TEST_CASE("Times beyond the table find nothing")
-{
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 25600, 1));
-    CHECK(plan_at(t, 25599).drawn == 1);
-    CHECK(plan_at(t, 25600).drawn == 0);
-    CHECK(plan_at(t, 25601).drawn == 0);
-    CHECK(plan_at(t, 0xFFFFFFFFu).drawn == 0);
-}
-
-TEST_CASE("A layer without a scene is active but does not count as drawn")
-{
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 300, 0));
-    CHECK(plan_at(t, 10).layer_count == 1); // it still sets target, clear and camera
-    CHECK(plan_at(t, 10).drawn == 0);
-    add_layer(t, 1, make_layer(render_link, 300, 1));
-    CHECK(plan_at(t, 10).layer_count == 2);
-    CHECK(plan_at(t, 10).drawn == 1);
-}
-
-TEST_CASE("A scene that does not exist counts as none")
-{
-    scene_document t;
-    add_layer(t, 0, make_layer(render_simple, 300, 77));
-    REQUIRE(plan_at(t, 10).layer_count == 1);
-    CHECK(plan_at(t, 10).layers[0].model_id == 0);
-    CHECK(plan_at(t, 10).drawn == 0);
-}
-
-TEST_CASE("All 32 tracks are planned in order")
-{
-    scene_document t;
-    for (uint32_t track = 0; track < track_count; ++track)
-        add_layer(t, track, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 32);
-    CHECK(frame.drawn == 32);
-    for (uint32_t i = 0; i < 32; ++i)
-        CHECK(frame.layers[i].track == i);
-}
-
-TEST_CASE("A track of 256 layers is searched to its end")
-{
-    scene_document t;
-    for (uint32_t i = 0; i < layers_per_track; ++i)
-        add_layer(t, 0, make_layer(render_simple, 90, 1));
-    CHECK(plan_at(t, 23000).drawn == 1);
-    CHECK(plan_at(t, 23039).layers[0].layer == 255);
-    CHECK(plan_at(t, 23041).drawn == 0); // beyond the last layer, in a second that has a slot
-}
-
-// ---- targets ----------------------------------------------------------------------
-
-TEST_CASE("A screen layer sets the whole viewport")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    CHECK(frame.layers[0].viewport_width == 800);
-    CHECK(frame.layers[0].viewport_height == 600);
-    CHECK(frame.layers[0].flush_texture == 0);
-    CHECK(frame.layers[0].target == 0);
-}
-
-TEST_CASE("A texture is copied by the next screen layer, which clears and restores the viewport")
-{
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 256, 128);
-    add_layer(t, 0, mode_layer(render_simple));
-    add_layer(t, 1, mode_layer(render_to_texture, texture));
-    add_layer(t, 2, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 3);
-    CHECK(frame.layers[1].target == texture);
-    CHECK(frame.layers[1].flush_texture == 0);
-    CHECK(frame.layers[1].recreate_width == 0);
-    CHECK(frame.layers[1].viewport_width == 256);
-    CHECK(frame.layers[1].viewport_height == 128);
-    CHECK(frame.layers[1].clear == clear_nothing);
-    CHECK(frame.layers[2].flush_texture == texture);
-    CHECK(frame.layers[2].flush_width == 256);
-    CHECK(frame.layers[2].flush_height == 128);
-    CHECK(frame.layers[2].clear == clear_both);
-    CHECK(frame.layers[2].viewport_width == 800);
-    CHECK(frame.layers[2].viewport_height == 600);
-}
-
-TEST_CASE("A texture is copied once, and only the layer that copies clears for it")
-{
-    for (const uint32_t mode : {render_simple, render_link}) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(render_to_texture, add_image_texture(t, 64, 64)));
-        add_layer(t, 1, mode_layer(render_simple));
-        add_layer(t, 2, mode_layer(mode));
-        const frame_plan frame = plan_at(t, 10);
-        REQUIRE(frame.layer_count == 3);
-        CHECK(frame.layers[1].clear == clear_both);
-        CHECK(frame.layers[2].flush_texture == 0);
-        CHECK(frame.layers[2].clear == clear_nothing);
-    }
-}
-
-TEST_CASE("Linked layers draw into the pending target and copy nothing")
-{
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 256, 256);
-    add_layer(t, 0, mode_layer(render_to_texture, texture));
-    add_layer(t, 1, mode_layer(render_link));
-    add_layer(t, 2, mode_layer(render_clear_depth_link));
-    add_layer(t, 3, mode_layer(render_clear_depth));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 4);
-    for (const uint32_t linked : {1u, 2u}) {
-        CHECK(frame.layers[linked].flush_texture == 0);
-        CHECK(frame.layers[linked].viewport_width == 0);
-        CHECK(frame.layers[linked].viewport_height == 0);
-        CHECK(frame.layers[linked].target == 0);
-    }
-    CHECK(frame.layers[3].flush_texture == texture);
-    CHECK(frame.layers[3].viewport_width == 800);
-}
-
-TEST_CASE("One texture layer after another copies the first and draws for the second")
-{
-    scene_document t;
-    const uint32_t first = add_image_texture(t, 256, 256);
-    const uint32_t second = add_image_texture(t, 128, 64);
-    add_layer(t, 0, mode_layer(render_to_texture, first));
-    add_layer(t, 1, mode_layer(render_to_texture_16_9, second));
-    add_layer(t, 2, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 3);
-    CHECK(frame.layers[1].flush_texture == first);
-    CHECK(frame.layers[1].target == second);
-    CHECK(frame.layers[1].viewport_width == 128);
-    CHECK(frame.layers[1].clear == clear_both);
-    CHECK(frame.layers[2].flush_texture == second);
-    CHECK(frame.layers[2].flush_width == 128);
-    CHECK(frame.layers[2].flush_height == 64);
-}
-
-TEST_CASE("A target still pending at the end is copied by nobody")
-{
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 256, 256);
-    add_layer(t, 0, mode_layer(render_simple));
-    add_layer(t, 31, mode_layer(render_to_texture, texture));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 2);
-    for (uint32_t i = 0; i < 2; ++i)
-        CHECK(frame.layers[i].flush_texture == 0);
-    CHECK(plan_at(t, 11).layers[0].flush_texture == 0); // nor by the next frame
-}
-
-TEST_CASE("Without a texture of its own a texture layer copies a pending target and leaves it pending")
-{
-    for (const uint32_t missing : {0u, 99u}) // none, and a record that does not exist
-        for (const uint32_t mode :
-            {render_to_texture, render_to_texture_16_9, render_quarter, render_quarter_keep, render_quarter_4_3}) {
-            scene_document t;
-            const uint32_t texture = add_image_texture(t, 256, 256);
-            add_layer(t, 0, mode_layer(render_to_texture, texture));
-            add_layer(t, 1, mode_layer(mode, missing));
-            add_layer(t, 2, mode_layer(render_simple));
-            const frame_plan frame = plan_at(t, 10);
-            REQUIRE(frame.layer_count == 3);
-            CHECK(frame.layers[1].flush_texture == texture);
-            CHECK(frame.layers[1].target == 0);
-            CHECK(frame.layers[1].viewport_width == 0);
-            CHECK(frame.layers[1].clear == clear_both);
-            CHECK(frame.layers[2].flush_texture == texture);
+    frame_bench b;
+    layer_plan flat = layer_of(0), target = layer_of(0);
+    flat.projection = projection_orthographic;
+    target.target = 1;
+    b.view.tile = {200, 300, 400, 150}; // of 800 x 600, from the lower left corner
+    const frame_layers layers = layers_of({flat, layer_of(0), target});
+    for (int again = 0; again < 2; ++again) { // the other tiles of a frame keep it, too
+        advance_and_plan(b, layers);
+        for (size_t i = 0; i < 2; ++i) {
+            CAPTURE(i);
+            const float* projection = b.f.views[i].projection;
+            check_point(projection, {0.25f, 0.5f, 0}, {-1, -1, 0}); // (200, 300): y counts downward here
+            check_point(projection, {0.75f, 0.25f, 0}, {1, 1, 0});  // (600, 450)
         }
-}
-
-TEST_CASE("A quarter target takes half the screen, rounded down without textures of any size")
-{
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 64, 64);
-    add_layer(t, 0, mode_layer(render_quarter, texture));
-    const frame_plan any = plan_at(t, 10, true);
-    CHECK(any.layers[0].recreate_width == 400);
-    CHECK(any.layers[0].recreate_height == 300);
-    CHECK(any.layers[0].viewport_width == 400);
-    CHECK(any.layers[0].viewport_height == 300);
-    const frame_plan rounded = plan_at(t, 10, false);
-    CHECK(rounded.layers[0].recreate_width == 256);
-    CHECK(rounded.layers[0].recreate_height == 256);
-    CHECK(rounded.layers[0].viewport_width == 256);
-    CHECK(rounded.layers[0].viewport_height == 256);
-}
-
-TEST_CASE("Halves are whole numbers and every quarter mode takes them")
-{
-    for (const uint32_t mode : {render_quarter, render_quarter_keep, render_quarter_4_3}) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(mode, add_image_texture(t, 64, 64)));
-        const frame_plan frame = plan_frame(t.d, 10, {321, 241, 1.0f}, caps_with(true));
-        CHECK(frame.layers[0].recreate_width == 160);
-        CHECK(frame.layers[0].recreate_height == 120);
-        const frame_plan rounded = plan_frame(t.d, 10, {321, 241, 1.0f}, caps_with(false));
-        CHECK(rounded.layers[0].recreate_width == 128); // of 160
-        CHECK(rounded.layers[0].recreate_height == 64); // of 120
+        check_point(b.f.views[2].projection, {0, 1, 0}, {-1, -1, 0});
+        check_point(b.f.views[2].projection, {1, 0, 0}, {1, 1, 0});
     }
 }
 
-TEST_CASE("A quarter target of the right size is kept")
+TEST_CASE("a tile of a perspective shifts by the distance")
 {
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter, add_image_texture(t, 400, 300)));
-    const frame_plan frame = plan_at(t, 10);
-    CHECK(frame.layers[0].recreate_width == 0);
-    CHECK(frame.layers[0].viewport_width == 400);
+    frame_bench b;
+    layer_plan wide = layer_of(0);
+    wide.projection = projection_perspective;
+    wide.fov = 90.0f;
+    wide.aspect = 1.0f;
+    wide.far_distance = 100.0f;
+    b.view.tile = {400, 300, 400, 300}; // the upper right quarter
+    advance_and_plan(b, layers_of({wide}));
+    const float* m = b.f.views[0].projection;
+    // At distance 5 the quarter reaches from (0, 0) to (5, 5).
+    const float x = m[0] * 0 + m[8] * -5 + m[12], right = m[0] * 5 + m[8] * -5 + m[12];
+    CHECK(x / 5 == doctest::Approx(-1));
+    CHECK(right / 5 == doctest::Approx(1));
+    const float y = m[5] * 0 + m[9] * -5 + m[13], top = m[5] * 5 + m[9] * -5 + m[13];
+    CHECK(y / 5 == doctest::Approx(-1));
+    CHECK(top / 5 == doctest::Approx(1));
 }
 
-TEST_CASE("Sides are rounded to 64, 128 or 256")
+TEST_CASE("a camera turns about z, x and y from outside in, and moves first")
 {
-    CHECK(round_target_side(0) == 64);
-    CHECK(round_target_side(127) == 64);
-    CHECK(round_target_side(128) == 128);
-    CHECK(round_target_side(255) == 128);
-    CHECK(round_target_side(256) == 256);
-    CHECK(round_target_side(4000) == 256);
+    frame_bench b;
+    layer_plan layer = layer_of(0);
+    layer.position[0] = 10.0f;
+    layer.rotation[0] = 90.0f;
+    layer.rotation[2] = 90.0f;
+    advance_and_plan(b, layers_of({layer}));
+    // (-9, 2, 3) is moved to (1, 2, 3); about x y goes to z, z to -y: (1, -3, 2); about z: (3, 1, 2)
+    check_point(b.f.views[0].camera, {-9, 2, 3}, {3, 1, 2});
+    layer.rotation[0] = 90.0f;
+    layer.rotation[1] = 90.0f;
+    layer.rotation[2] = 0.0f;
+    advance_and_plan(b, layers_of({layer}));
+    // (1, 2, 3): about y z goes to x, x to -z: (3, 2, -1); about x: (3, 1, 2)
+    check_point(b.f.views[0].camera, {-9, 2, 3}, {3, 1, 2});
+    layer.rotation[0] = 0.0f;
+    layer.rotation[2] = 90.0f;
+    advance_and_plan(b, layers_of({layer}));
+    check_point(b.f.views[0].camera, {-9, 2, 3}, {-2, 3, -1}); // (3, 2, -1) about z
 }
 
-TEST_CASE("A texture layer keeps its texture's size unless the screen is smaller")
+// ---- copies --------------------------------------------------------------------------------------
+
+TEST_CASE("a copy is scaled, turned about z, y and x, and moved, before the camera")
 {
-    for (const uint32_t mode : {render_to_texture, render_to_texture_16_9}) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(mode, add_image_texture(t, 512, 600)));
-        add_layer(t, 1, mode_layer(mode, add_image_texture(t, 1024, 16)));
-        add_layer(t, 2, mode_layer(mode, add_image_texture(t, 16, 601)));
-        const frame_plan any = plan_at(t, 10, true);
-        CHECK(any.layers[0].recreate_width == 0);
-        CHECK(any.layers[0].viewport_height == 600);
-        for (const uint32_t larger : {1u, 2u}) {
-            CHECK(any.layers[larger].recreate_width == 800);
-            CHECK(any.layers[larger].recreate_height == 600);
-            CHECK(any.layers[larger].viewport_width == 800);
-        }
-        const frame_plan rounded = plan_at(t, 10, false);
-        CHECK(rounded.layers[1].recreate_width == 256);
-        CHECK(rounded.layers[1].recreate_height == 256);
-    }
-}
-
-TEST_CASE("A target recreated twice in one frame counts with its latest size")
-{
-    scene_document t;
-    add_image_texture(t, 64, 64); // another one in front, so that sizes are looked up by texture
-    const uint32_t large = add_image_texture(t, 2000, 2000);
-    add_layer(t, 0, mode_layer(render_quarter, 1));
-    add_layer(t, 1, mode_layer(render_to_texture, large));
-    add_layer(t, 2, mode_layer(render_quarter, large));
-    add_layer(t, 3, mode_layer(render_quarter, large));
-    add_layer(t, 4, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 0);
-    REQUIRE(frame.layer_count == 5);
-    CHECK(frame.layers[0].recreate_width == 400);
-    CHECK(frame.layers[1].recreate_width == 800);
-    CHECK(frame.layers[2].flush_width == 800);
-    CHECK(frame.layers[2].flush_height == 600);
-    CHECK(frame.layers[2].recreate_width == 400);
-    CHECK(frame.layers[3].flush_width == 400);
-    CHECK(frame.layers[3].recreate_width == 0);
-    CHECK(frame.layers[4].flush_texture == large);
-    CHECK(frame.layers[4].flush_width == 400);
-    CHECK(frame.layers[4].flush_height == 300);
-}
-
-TEST_CASE("A recreated target counts with its new size for the rest of the frame")
-{
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 64, 64);
-    add_layer(t, 0, mode_layer(render_quarter, texture));
-    add_layer(t, 1, mode_layer(render_to_texture, texture));
-    add_layer(t, 2, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 3);
-    CHECK(frame.layers[0].recreate_width == 400);
-    CHECK(frame.layers[1].flush_width == 400);
-    CHECK(frame.layers[1].flush_height == 300);
-    CHECK(frame.layers[1].recreate_width == 0);
-    CHECK(frame.layers[1].viewport_width == 400);
-    CHECK(frame.layers[2].flush_width == 400);
-    // The plan itself changes no record.
-    CHECK(table_get(t.d.image_texture_table, texture)->width == 64);
-}
-
-TEST_CASE("Tiny and empty screens still give a target of at least a pixel")
-{
-    for (const uint32_t side : {0u, 1u})
-        for (const bool any_size : {true, false}) {
-            scene_document t;
-            add_layer(t, 0, mode_layer(render_quarter, add_image_texture(t, 64, 32)));
-            add_layer(t, 1, mode_layer(render_to_texture, add_image_texture(t, 64, 32)));
-            const frame_plan frame = plan_frame(t.d, 10, {side, side, 1.0f}, caps_with(any_size));
-            REQUIRE(frame.layer_count == 2);
-            for (uint32_t i = 0; i < 2; ++i) {
-                CHECK(frame.layers[i].recreate_width == (any_size ? 1 : 64));
-                CHECK(frame.layers[i].viewport_height == (any_size ? 1 : 64));
-            }
-        }
-}
-
-// ---- clearing -----------------------------------------------------------------------
-
-TEST_CASE("Track 0 clears colour and depth in every mode")
-{
-    for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(mode, add_image_texture(t, 64, 64)));
-        CHECK(plan_at(t, 10).layers[0].clear == clear_both);
-    }
-}
-
-TEST_CASE("Track 0 in a pause clears nothing: the next track's rule stands")
-{
-    scene_document t;
-    layer_record late = mode_layer(render_simple);
-    late.space_before = 50;
-    add_layer(t, 0, late);
-    add_layer(t, 1, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 1);
-    CHECK(frame.layers[0].clear == clear_nothing);
-}
-
-TEST_CASE("Other tracks clear nothing, or depth in the two modes that ask for it")
-{
-    for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(render_simple));
-        add_layer(t, 1, mode_layer(mode, add_image_texture(t, 64, 64)));
-        const uint8_t expected = mode == 3 || mode == 8 ? clear_depth : clear_nothing;
-        CHECK(plan_at(t, 10).layers[1].clear == expected);
-    }
-}
-
-TEST_CASE("After a copy mode 3 clears colour too")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_to_texture, add_image_texture(t, 64, 64)));
-    add_layer(t, 1, mode_layer(render_clear_depth));
-    CHECK(plan_at(t, 10).layers[1].clear == clear_both);
-}
-
-TEST_CASE("The mode that keeps the picture holds back the clear after its copy")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter_keep, add_image_texture(t, 400, 300)));
-    add_layer(t, 1, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    CHECK(frame.layers[1].flush_texture != 0);
-    CHECK(frame.layers[1].clear == clear_nothing);
-}
-
-TEST_CASE("After the mode that keeps the picture mode 3 clears depth only")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter_keep, add_image_texture(t, 400, 300)));
-    add_layer(t, 1, mode_layer(render_clear_depth));
-    CHECK(plan_at(t, 10).layers[1].clear == clear_depth);
-}
-
-TEST_CASE("A linked layer in between cancels the kept picture")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter_keep, add_image_texture(t, 400, 300)));
-    add_layer(t, 1, mode_layer(render_link));
-    add_layer(t, 2, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 3);
-    CHECK(frame.layers[2].flush_texture != 0);
-    CHECK(frame.layers[2].clear == clear_both);
-}
-
-TEST_CASE("A track in a pause between does not cancel the kept picture")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter_keep, add_image_texture(t, 400, 300)));
-    layer_record late = mode_layer(render_link);
-    late.space_before = 500;
-    add_layer(t, 1, late);
-    add_layer(t, 2, mode_layer(render_simple));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 2);
-    CHECK(frame.layers[1].clear == clear_nothing);
-}
-
-TEST_CASE("On track 0 even the layer after a kept picture of the frame before clears")
-{
-    scene_document t;
-    add_layer(t, 0, mode_layer(render_quarter_keep, add_image_texture(t, 400, 300)));
-    CHECK(plan_at(t, 10).layers[0].clear == clear_both);
-    CHECK(plan_at(t, 11).layers[0].clear == clear_both);
-}
-
-// ---- projection ---------------------------------------------------------------------
-
-TEST_CASE("A constant field of view sets the projection except for linked layers")
-{
-    for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-        scene_document t;
-        add_layer(t, 0, mode_layer(mode, add_image_texture(t, 64, 64)));
-        const layer_plan layer = plan_at(t, 10).layers[0];
-        CHECK(layer.projection == (mode == 2 || mode == 8 ? projection_kept : projection_perspective));
-        CHECK(layer.depth_test == 1);
-        CHECK(layer.fov == 60.0f);
-        CHECK(layer.far_distance == 100.0f);
-    }
-}
-
-TEST_CASE("A dynamic field of view sets the projection of linked layers too")
-{
-    for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-        scene_document t;
-        layer_record layer = mode_layer(mode, add_image_texture(t, 64, 64));
-        layer.camera_mode[camera_fov] = fov_dynamic;
-        layer.camera[camera_fov] = static_cast<float>(add_function(t, linear_function(2.0f, 30.0f)));
-        layer.offset = 5;
-        add_layer(t, 0, layer);
-        const layer_plan plan = plan_at(t, 10).layers[0];
-        CHECK(plan.projection == projection_perspective);
-        CHECK(plan.depth_test == 1);
-        CHECK(plan.fov == 60.0f); // 2 * 15 + 30
-    }
-}
-
-TEST_CASE("An orthographic layer draws without depth test in every mode")
-{
-    for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-        scene_document t;
-        layer_record layer = mode_layer(mode, add_image_texture(t, 64, 64));
-        layer.camera_mode[camera_fov] = fov_orthographic;
-        add_layer(t, 0, layer);
-        const layer_plan plan = plan_at(t, 10).layers[0];
-        CHECK(plan.projection == projection_orthographic);
-        CHECK(plan.depth_test == 0);
-    }
-}
-
-TEST_CASE("Two modes force an aspect of their own")
-{
-    for (const uint8_t fov : {fov_constant, fov_dynamic})
-        for (uint32_t mode = 0; mode < render_mode_count; ++mode) {
-            scene_document t;
-            layer_record layer = mode_layer(mode, add_image_texture(t, 64, 64));
-            layer.camera_mode[camera_fov] = fov;
-            add_layer(t, 0, layer);
-            const frame_plan frame = plan_frame(t.d, 10, {800, 600, 1.25f}, caps_with(true));
-            CHECK(frame.layers[0].aspect == (mode == 4 ? 1.6f : mode == 7 ? 1.333333f : 1.25f));
-        }
-}
-
-// ---- camera and colours -----------------------------------------------------------------
-
-TEST_CASE("Camera values are constants or follow their functions at the function time")
-{
-    scene_document t;
-    layer_record layer = make_layer(render_simple, 1000, 1);
-    layer.space_before = 100;
-    layer.offset = 1000;
-    for (uint32_t i = 0; i < camera_value_count; ++i)
-        layer.camera[i] = static_cast<float>(i + 1);
-    add_function(t, linear_function(1.0f));
-    const uint32_t handle = add_function(t, linear_function(3.0f, 1.0f));
-    layer.camera_mode[camera_y] = 1;
-    layer.camera[camera_y] = static_cast<float>(handle);
-    layer.camera_mode[camera_rotation_z] = 1;
-    layer.camera[camera_rotation_z] = 1.0f;
-    layer.camera_mode[camera_far] = 1;
-    layer.camera[camera_far] = static_cast<float>(handle);
-    add_layer(t, 0, layer);
-
-    REQUIRE(plan_at(t, 120).layer_count == 1);
-    const layer_plan plan = plan_at(t, 120).layers[0];
-    CHECK(plan.time == 1020);
-    CHECK(plan.position[0] == 1.0f);
-    CHECK(plan.position[1] == 3061.0f);
-    CHECK(plan.position[2] == 3.0f);
-    CHECK(plan.rotation[0] == 4.0f);
-    CHECK(plan.rotation[1] == 5.0f);
-    CHECK(plan.rotation[2] == 1020.0f);
-    CHECK(plan.fov == 7.0f);
-    CHECK(plan.far_distance == 3061.0f);
-}
-
-TEST_CASE("A camera value with a missing function is 1")
-{
-    scene_document t;
-    layer_record layer = make_layer(render_simple, 1000, 1);
-    layer.camera_mode[camera_x] = 1;
-    layer.camera[camera_x] = 12.0f;
-    add_layer(t, 0, layer);
-    CHECK(plan_at(t, 10).layers[0].position[0] == 1.0f);
-}
-
-TEST_CASE("Values that are no numbers pass through")
-{
-    scene_document t;
-    layer_record layer = make_layer(render_quarter, 1000, 1);
-    layer.rtex = add_image_texture(t, 64, 64);
-    for (float& value : layer.camera)
-        value = std::nanf("");
-    add_layer(t, 0, layer);
-    for (uint32_t i = 0; i < camera_value_count; ++i)
-        layer.camera_mode[i] = 2;
-    add_layer(t, 1, layer);
-    const float infinity = std::numeric_limits<float>::infinity();
-    const frame_plan frame = plan_frame(t.d, 10, {800, 600, infinity}, caps_with(true));
-    REQUIRE(frame.layer_count == 2);
-    CHECK(std::isnan(frame.layers[0].position[0]));
-    CHECK(std::isnan(frame.layers[0].fov));
-    CHECK(frame.layers[1].fov == 1.0f); // a handle that is none
-}
-
-TEST_CASE("The clear colour is the record's values 3 to 5, each constant or dynamic")
-{
-    scene_document t;
-    add_function(t, linear_function(0.01f));
-    value_record color = {};
+    frame_bench b;
+    scene_object object = pictured_triangle(b, 7);
+    const float values[9] = {10, 20, 30, 90, 0, 90, 2, 3, 4};
     for (uint32_t i = 0; i < 9; ++i)
-        color.values[i] = 0.1f * static_cast<float>(i);
-    color.values[4] = 1.0f;
-    color.dynamic_flags[0] = 8; // value 4
-    layer_record layer = mode_layer(render_simple);
-    layer.clearcolor = table_add(t.d.transform_table, color);
-    add_layer(t, 0, layer);
-    const layer_plan plan = plan_at(t, 50).layers[0];
-    CHECK(plan.clear_color[0] == 0.1f * 3.0f);
-    CHECK(plan.clear_color[1] == 0.5f);
-    CHECK(plan.clear_color[2] == 0.1f * 5.0f);
+        object.values[i].value = values[i];
+    layer_plan layer = layer_of(add_scene(b.content, {object}));
+    layer.position[0] = 100.0f;
+    advance_and_plan(b, layers_of({layer}));
+    // (1, 1, 1) is (2, 3, 4); about z: (-3, 2, 4); about x: (-3, -4, 2); moved, and the camera's move
+    REQUIRE(b.f.copies.size() == 1);
+    check_point(b.f.copies[0].modelview, {1, 1, 1}, {107, 16, 32});
+    CHECK(b.f.copies[0].modelview[15] == 1.0f);
+
+    scene_object& placed = table_get(b.d.scene_table, 1)->objects[0];
+    placed.values[3].value = 90.0f;
+    placed.values[4].value = 90.0f;
+    placed.values[5].value = 0.0f;
+    advance_and_plan(b, layers_of({layer}));
+    // (2, 3, 4) about y: (4, 3, -2); about x: (4, 2, 3)
+    check_point(b.f.copies[0].modelview, {1, 1, 1}, {114, 22, 33});
+    placed.values[3].value = 0.0f;
+    placed.values[5].value = 90.0f;
+    advance_and_plan(b, layers_of({layer}));
+    // (2, 3, 4) about z: (-3, 2, 4); about y: (4, 2, 3)
+    check_point(b.f.copies[0].modelview, {1, 1, 1}, {114, 22, 33});
 }
 
-TEST_CASE("Without a colour record, or with one that does not exist, the clear colour is black")
+TEST_CASE("every copy has its place, and draws know theirs")
 {
-    for (const uint32_t handle : {0u, 50u}) {
-        scene_document t;
-        add_color(t, 1, 1, 1);
-        layer_record layer = mode_layer(render_simple);
-        layer.clearcolor = handle;
-        add_layer(t, 0, layer);
-        for (const float channel : plan_at(t, 10).layers[0].clear_color)
-            CHECK(channel == 0.0f);
+    frame_bench b;
+    scene_object row = pictured_triangle(b, 7);
+    add_manipulator(row, manipulator_x_multiplier, {3, 10});
+    advance_and_plan(b, layers_of(b, {row, pictured_triangle(b, 8), row}));
+    REQUIRE(b.f.draws.size() == 3);
+    const uint32_t first[3] = {0, 3, 4}, count[3] = {3, 1, 3};
+    for (size_t i = 0; i < 3; ++i) {
+        CHECK(b.f.draws[i].first_copy == first[i]);
+        CHECK(b.f.draws[i].copy_count == count[i]);
+    }
+    const float x[7] = {0, 10, 20, 0, 0, 10, 20};
+    for (size_t i = 0; i < 7; ++i)
+        CHECK(b.f.copies[i].modelview[12] == x[i]);
+}
+
+TEST_CASE("camera-facing copies undo every turn of the camera, but not their own")
+{
+    frame_bench b;
+    const scene_object facing = pictured_triangle(b, 7);
+    scene_object turned = facing;
+    turned.values[5].value = 90.0f;
+    turned.values[0].value = 1.0f;
+    const uint32_t scene = add_scene(b.content, {facing, turned, turned});
+    table_get(b.d.scene_table, scene)->camera_facing[0] = 128 | 64;
+    layer_plan layer = layer_of(scene);
+    const float rotation[3] = {20, 50, 70};
+    std::copy_n(rotation, 3, layer.rotation);
+    layer.position[2] = -5.0f;
+    advance_and_plan(b, layers_of({layer}));
+    REQUIRE(b.f.copies.size() == 3);
+    float at_origin[3], at_one[3];
+    transform_point(b.f.views[0].camera, std::array<float, 3>{0, 0, 0}.data(), at_origin);
+    transform_point(b.f.views[0].camera, std::array<float, 3>{1, 0, 0}.data(), at_one);
+    check_point(b.f.copies[0].modelview, {1, 2, 3}, {at_origin[0] + 1, at_origin[1] + 2, at_origin[2] + 3});
+    check_point(b.f.copies[1].modelview, {1, 2, 3}, {at_one[0] - 2, at_one[1] + 1, at_one[2] + 3});
+    float other[3];
+    transform_point(b.f.copies[2].modelview, std::array<float, 3>{1, 2, 3}.data(), other);
+    CHECK(std::fabs(other[2] - (at_one[2] + 3)) > 0.1f);
+}
+
+TEST_CASE("a letter's pen is added to the x of its copies")
+{
+    frame_bench b;
+    const scene_object letter = pictured_triangle(b, 7);
+    font_record font = {};
+    font.glyphs[0] = {letter.object, letter.material, 0, 0.0f, 2.5f};
+    scene_object text = object_at_origin(object_text, 0, 0);
+    text.font = table_add(b.d.font_table, font);
+    std::strcpy(text.text, "aa");
+    text.values[0].value = 10.0f;
+    text.values[6].value = 3.0f; // the pen is not scaled
+    advance_and_plan(b, layers_of(b, {text}));
+    REQUIRE(b.f.copies.size() == 2);
+    CHECK(b.f.copies[0].modelview[12] == 10.0f);
+    CHECK(b.f.copies[1].modelview[12] == 12.5f);
+}
+
+TEST_CASE("programs have normal matrices")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    scene_object object = pictured_triangle(b, 7);
+    give_program(*table_get(b.d.material_table, object.material), 50);
+    object.values[6].value = 2.0f;
+    object.values[7].value = 4.0f;
+    advance_and_plan(b, layers_of(b, {object}));
+    REQUIRE(b.f.copies.size() == 1);
+    const float inverse[9] = {0.5f, 0, 0, 0, 0.25f, 0, 0, 0, 1};
+    CHECK(std::equal(inverse, inverse + 9, b.f.copies[0].normal_matrix));
+}
+
+// ---- arrays ----------------------------------------------------------------------------------------
+
+// Gives a mesh buffers from a name on.
+static void give_buffers(mesh_arrays& mesh, uint32_t first)
+{
+    mesh.position_buffer = first;
+    mesh.normal_buffer = first + 1;
+    mesh.index_buffer = first + 2;
+    for (uint32_t set = 0; set < max_texcoord_sets; ++set)
+        mesh.texcoord_buffer[set] = first + 3 + set;
+}
+
+TEST_CASE("arrays are in buffers where these are used, and in memory where there are none")
+{
+    frame_bench b;
+    const scene_object object = pictured_triangle(b, 7);
+    const frame_layers layers = layers_of(b, {object});
+    give_buffers(arrays_of(b, object.object), 60);
+    CHECK(planned_commands(b, layers) == draw_of_triangle(0));
+    b.context.caps.vbo = 1;
+    CHECK(planned_commands(b, layers)
+        == "draw 1 x 3 indices with state 0, positions in buffer 60, normals in buffer 61, coordinates in buffer 63, "
+           "coordinates in buffer 63, coordinates in buffer 63, indices in buffer 62\n");
+    for (const array_source& array : {b.f.draws[0].positions, b.f.draws[0].normals, b.f.draws[0].indices})
+        CHECK(array.data == nullptr);
+    arrays_of(b, object.object).normal_buffer = 0; // one that could not be made
+    CHECK(planned_commands(b, layers).find("normals in memory") != std::string::npos);
+}
+
+TEST_CASE("units take the coordinate sets that a mesh has, the first where it has no more")
+{
+    frame_bench b;
+    uint32_t material = 0;
+    add_material(b, &material);
+    const int sets[5][3] = {{-1, -1, -1}, {0, 0, 0}, {0, 1, 0}, {0, 1, 2}, {0, 1, 2}};
+    for (uint32_t count = 0; count < 5; ++count) {
+        const uint32_t mesh = add_mesh(b, 3, std::min(count, max_texcoord_sets));
+        arrays_of(b, mesh).texcoord_sets = count; // 4: more than a mesh can have
+        advance_and_plan(b, layers_of(b, {object_at_origin(object_model, mesh, material)}));
+        for (uint32_t unit = 0; unit < texture_unit_count; ++unit) {
+            CAPTURE(count);
+            CAPTURE(unit);
+            const int set = sets[count][unit];
+            const float* expected = set < 0 ? nullptr : arrays_of(b, mesh).texcoords[set];
+            CHECK(b.f.draws[0].coordinates[unit].data == expected);
+        }
     }
 }
 
-TEST_CASE("Modes outside the catalogue change no target and clear nothing off track 0")
+TEST_CASE("an effect's vertices are in memory, those kept for an earlier drawing too")
 {
-    scene_document t;
-    const uint32_t texture = add_image_texture(t, 64, 64);
-    add_layer(t, 0, mode_layer(render_to_texture, texture));
-    add_layer(t, 1, mode_layer(9, texture));
-    add_layer(t, 2, mode_layer(0xFFFFFFFFu, texture));
-    const frame_plan frame = plan_at(t, 10);
-    REQUIRE(frame.layer_count == 3);
-    for (const uint32_t i : {1u, 2u}) {
-        CHECK(frame.layers[i].flush_texture == 0);
-        CHECK(frame.layers[i].target == 0);
-        CHECK(frame.layers[i].viewport_width == 0);
-        CHECK(frame.layers[i].clear == clear_nothing);
+    frame_bench b;
+    b.context.caps.vbo = 1;
+    const uint32_t effect = add_effect(b, mesh_effect_centerwave, add_time(b));
+    const scene_object wave = object_at_origin(object_genmesh, effect, 0);
+    scene_object later = wave;
+    later.time_offset = 3.0f;
+    const std::string text = planned_commands(b, layers_of(b, {wave, later}, 5));
+    CHECK(lines_with(text, "positions in memory, normals in memory").size() == text.size());
+    const mesh_arrays& mesh = table_get(b.d.effect_table, effect)->mesh;
+    CHECK(b.f.draws[0].positions.data == b.f.vertices.data());
+    CHECK(b.f.draws[0].normals.data == b.f.vertices.data() + size_t{mesh.vertex_count} * 3);
+    CHECK(b.f.draws[1].positions.data == mesh.positions);
+    CHECK(b.f.draws[1].normals.data == mesh.normals);
+}
+
+TEST_CASE("rippled vertices go into the buffers for them before each mesh, where these are used")
+{
+    frame_bench b;
+    scene_object first = pictured_triangle(b, 7);
+    add_manipulator(first, manipulator_rippler, {0, 1, 0});
+    scene_object bare = first;
+    bare.object = add_mesh(b, 3, 1, false);
+    const frame_layers layers = layers_of(b, {first, bare});
+    const std::string coordinates = ", coordinates in memory, coordinates in memory, coordinates in memory";
+    CHECK(planned_commands(b, layers)
+        == draw_of_triangle(0) + "draw 1 x 3 indices with state 0, positions in memory" + coordinates
+            + ", indices in memory\n");
+    CHECK(b.f.draws[1].positions.data == b.tools.rippler.positions);
+    b.context.caps.vbo = 1;
+    CHECK(planned_commands(b, layers)
+        == "upload 3 moved vertices\n"
+           "draw 1 x 3 indices with state 0, positions streamed, normals streamed"
+            + coordinates
+            + ", indices in memory\n"
+              "upload 3 moved vertices\n"
+              "draw 1 x 3 indices with state 0, positions streamed"
+            + coordinates + ", indices in memory\n");
+    REQUIRE(b.f.vertex_uploads.size() == 2);
+    CHECK(b.f.vertex_uploads[0].positions == b.f.vertices.data()); // kept
+    CHECK(b.f.vertex_uploads[0].normals == b.f.vertices.data() + 9);
+    CHECK(b.f.vertex_uploads[1].positions == b.tools.rippler.positions);
+    CHECK(b.f.vertex_uploads[1].normals == nullptr);
+}
+
+// ---- wireframes --------------------------------------------------------------------------------------
+
+// `do_it` with standard output caught.
+template <typename work> static std::string printed_while(const work& do_it)
+{
+    std::FILE* caught = std::tmpfile();
+    std::fflush(stdout);
+    const int kept = dup(1);
+    dup2(fileno(caught), 1);
+    do_it();
+    std::fflush(stdout);
+    dup2(kept, 1);
+    close(kept);
+    std::rewind(caught);
+    char text[256] = {};
+    const size_t size = std::fread(text, 1, sizeof text - 1, caught);
+    std::fclose(caught);
+    return std::string(text, size);
+}
+
+TEST_CASE("a wireframe is drawn by the fixed pipeline's own lines, by programs from a list of lines")
+{
+    frame_bench b;
+    const scene_object object = pictured_triangle(b, 7);
+    material_record& material = *table_get(b.d.material_table, object.material);
+    material.wireframe = 1;
+    const frame_layers layers = layers_of(b, {object, bare_swirl(b)});
+    CHECK(planned_commands(b, layers) == draw_of_triangle(0) + draw_of_swirl(0));
+    CHECK(arrays_of(b, object.object).line_indices == nullptr);
+
+    give_program(material, 50);
+    b.context.glsl = true;
+    std::string lines = draw_of_triangle(0);
+    lines.replace(lines.find("3 indices"), 9, "6 line indices");
+    const std::string bare = draw_of_swirl(0); // has no material that asks for lines
+    CHECK(printed_while([&] { CHECK(planned_commands(b, layers) == lines + bare); }) == "GenerateLineIndexArray\n");
+    CHECK(b.f.draws[0].lines);
+    CHECK(b.f.draws[0].indices.data == arrays_of(b, object.object).line_indices);
+    CHECK(!b.f.draws[1].lines);
+    CHECK(printed_while([&] { CHECK(planned_commands(b, layers) == lines + bare); }).empty()); // made once
+}
+
+TEST_CASE("lines go into a buffer of their own once, and are drawn from it afterwards")
+{
+    frame_bench b;
+    const scene_object object = pictured_triangle(b, 7);
+    material_record& material = *table_get(b.d.material_table, object.material);
+    material.wireframe = 1;
+    give_program(material, 50);
+    b.context.glsl = true;
+    b.context.caps.vbo = 1;
+    mesh_arrays& mesh = arrays_of(b, object.object);
+    const frame_layers layers = layers_of(b, {object});
+    std::string text;
+    printed_while([&] { text = planned_commands(b, layers); });
+    CHECK(lines_with(text, "upload").empty()); // a mesh without buffers has none for lines
+    mesh.index_buffer = 60;
+    text = planned_commands(b, layers);
+    CHECK(text.starts_with("upload lines of 3 indices\ndraw 1 x 6 line indices"));
+    CHECK(text.ends_with("indices in memory\n")); // there is no buffer yet
+    mesh.line_index_buffer = 61;
+    text = planned_commands(b, layers);
+    CHECK(lines_with(text, "upload").empty());
+    CHECK(text.ends_with("indices in buffer 61\n"));
+}
+
+// ---- materials -----------------------------------------------------------------------------------------
+
+TEST_CASE("a mesh without a material is drawn with what stands, from frame to frame")
+{
+    frame_bench b;
+    const scene_object bare = bare_swirl(b);
+    const scene_object pictured = pictured_triangle(b, 7);
+    const std::string text = planned_text(b, layers_of(b, {bare, pictured, bare, bare}));
+    CHECK(commands_of(text) == draw_of_swirl(0) + draw_of_triangle(1) + draw_of_swirl(1) + draw_of_swirl(1));
+    CHECK(lines_with(text, "no material") == "  state 0: depth 1, no material\n");
+    const std::string next = planned_text(b, layers_of(b, {bare}));
+    const std::string rest = ", cull 0, blend 2, line width 0, normalize 0, wireframe 0, color 0.25 0.5 0.75 1\n";
+    CHECK(lines_with(text, "state 1:").starts_with("  state 1: depth 0" + rest));
+    CHECK(lines_with(next, "  state") == "  state 0: depth 1" + rest); // the layer's own
+    CHECK(lines_with(next, "unit 1 picture 7").size() > 0);
+}
+
+TEST_CASE("a layer sets the depth test for what comes before its first material")
+{
+    frame_bench b;
+    const uint32_t bare = add_scene(b.content, {bare_swirl(b)});
+    layer_plan flat = layer_of(bare);
+    flat.depth_test = 0;
+    const std::string text = planned_text(b, layers_of({flat, layer_of(bare)}));
+    CHECK(lines_with(text, "  state") == "  state 0: depth 0, no material\n  state 1: depth 1, no material\n");
+}
+
+TEST_CASE("meshes of one material share what stands, those of another layer do not")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.color[0] = static_cast<float>(add_time(b));
+    material.color_dynamic[0] = 1;
+    const scene_object object = object_at_origin(object_model, add_mesh(b), handle);
+    const uint32_t scene = add_scene(b.content, {object, object});
+    const std::string text = planned_text(b, layers_of({layer_of(scene, 3), layer_of(scene, 4)}));
+    CHECK(b.f.materials.size() == 2);
+    CHECK(lines_with(text, "  state").find("color 3 0.5") < lines_with(text, "  state").find("color 4 0.5"));
+    CHECK(b.f.draws[1].material == 0);
+    CHECK(b.f.draws[2].material == 1);
+    CHECK(b.f.draws[3].view == 1);
+}
+
+TEST_CASE("materials see the camera of their layer: lights, turning pictures")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.light1 = add_values(b, {0, 0, 0, 0, 0, 0, 1, 2, 3});
+    material.texture[0] = add_cube(b, 7);
+    layer_plan layer = layer_of(add_scene(b.content, {object_at_origin(object_model, add_mesh(b), handle)}));
+    layer.position[0] = 10.0f;
+    layer.rotation[1] = 90.0f;
+    advance_and_plan(b, layers_of({layer}));
+    REQUIRE(b.f.materials.size() == 1);
+    CHECK(std::equal(b.f.views[0].camera, b.f.views[0].camera + 16, b.f.materials[0].light_view));
+    float back[16];
+    copy_matrix(identity, back);
+    rotate_y(back, -90.0f);
+    CHECK(std::equal(back, back + 16, b.f.materials[0].units[0].matrix));
+    layer.rotation[0] = 90.0f;
+    layer.rotation[1] = 0.0f;
+    advance_and_plan(b, layers_of({layer}));
+    copy_matrix(identity, back);
+    rotate_x(back, -90.0f);
+    CHECK(std::equal(back, back + 16, b.f.materials[0].units[0].matrix));
+}
+
+TEST_CASE("a mesh without triangles or copies draws nothing, but its material stands")
+{
+    for (const bool swarm : {false, true}) {
+        frame_bench b;
+        scene_object nothing = pictured_triangle(b, 7);
+        if (swarm)
+            nothing = object_at_origin(
+                object_genmesh, add_effect(b, mesh_effect_particles, 0), nothing.material); // no indices
+        else
+            add_manipulator(nothing, manipulator_x_multiplier, {0});
+        const std::string text = planned_text(b, layers_of(b, {nothing, bare_swirl(b)}));
+        CHECK(commands_of(text) == draw_of_swirl(0));
+        CHECK(lines_with(text, "unit 1 picture 7").size() > 0);
     }
+}
+
+TEST_CASE("meshes that lack vertices, positions, indices or their count draw nothing")
+{
+    for (int lacking = 0; lacking < 4; ++lacking) {
+        frame_bench b;
+        const scene_object object = pictured_triangle(b, 7);
+        mesh_arrays& mesh = arrays_of(b, object.object);
+        if (lacking == 0)
+            mesh.vertex_count = 0;
+        else if (lacking == 1)
+            mesh.positions = nullptr;
+        else if (lacking == 2)
+            mesh.index_count = 0;
+        else
+            mesh.indices = nullptr;
+        CHECK(planned_text(b, layers_of(b, {object})).empty());
+    }
+}
+
+TEST_CASE("a program that did not build draws nothing until another material is applied")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    const scene_object good = pictured_triangle(b, 7);
+    const scene_object bad = pictured_triangle(b, 8);
+    const scene_object none = pictured_triangle(b, 9);
+    give_program(*table_get(b.d.material_table, good.material), 50);
+    give_program(*table_get(b.d.material_table, bad.material), 0);
+    const scene_object bare = bare_swirl(b);
+    const std::string text = planned_text(b, layers_of(b, {good, bad, bare, none, bare, good, bare}));
+    CHECK(commands_of(text) == draw_of_triangle(0) + draw_of_triangle(1) + draw_of_swirl(1));
+    CHECK(planned_text(b, layers_of(b, {bad})).empty());
+    CHECK(planned_text(b, layers_of(b, {bare})).empty()); // nor in the next frame
+}
+
+TEST_CASE("without a program yet the fixed pipeline draws, with one all that has no material does so, too")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    const scene_object good = pictured_triangle(b, 7);
+    give_program(*table_get(b.d.material_table, good.material), 50);
+    const scene_object bare = bare_swirl(b);
+    advance_and_plan(b, layers_of(b, {bare, good, bare}));
+    REQUIRE(b.f.draws.size() == 3);
+    CHECK(b.f.draws[0].program == no_index);
+    CHECK(b.f.draws[1].program == 1);
+    CHECK(b.f.draws[2].program == 1);
+    CHECK(b.f.programs[1].program == 50);
+    CHECK(b.f.programs.size() == b.f.materials.size());
+    b.context.glsl = false;
+    advance_and_plan(b, layers_of(b, {good}));
+    CHECK(b.f.draws[0].program == no_index);
+    CHECK(b.f.programs.empty());
+}
+
+// ---- pictures that are computed --------------------------------------------------------------------------
+
+TEST_CASE("a picture's pixels go up before the mesh that needs them, again when its time has changed")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    add_material(b, &handle).texture[0] = add_moving(b, 5, add_time(b));
+    const scene_object object = object_at_origin(object_model, add_mesh(b), handle);
+    const uint32_t scene = add_scene(b.content, {pictured_triangle(b, 7), object, object});
+    const std::string text = planned_commands(b, layers_of({layer_of(scene, 3), layer_of(scene, 4)}));
+    const std::string layer = "upload texture 5\n";
+    CHECK(text
+        == draw_of_triangle(0) + layer + draw_of_triangle(1) + draw_of_triangle(1) + draw_of_triangle(2) + layer
+            + draw_of_triangle(3) + draw_of_triangle(3));
+    REQUIRE(b.f.uploads.size() == 2);
+    CHECK(b.f.uploads[0].pixels == 0);
+    CHECK(b.f.uploads[1].pixels == size_t{64} * 64);
+    CHECK(b.f.uploads[1].texture == table_get(b.d.dynamic_texture_table, 1));
+}
+
+TEST_CASE("an upload binds its picture to the first unit, which the material then takes back")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.texture[0] = add_image(b, 7);
+    material.texture[1] = add_moving(b, 5, add_time(b));
+    const scene_object object = object_at_origin(object_model, add_mesh(b), handle);
+    const std::string text = planned_text(b, layers_of(b, {object}, 3));
+    CHECK(commands_of(text).starts_with("upload texture 5\ndraw"));
+    CHECK(lines_with(text, "unit 1 picture 7,").size() > 0);
+    CHECK(lines_with(text, "unit 2 picture 5,").size() > 0);
+
+    // A program that did not build takes nothing back, and the fixed pipeline draws later.
+    frame_bench other;
+    other.context.glsl = true;
+    uint32_t broken = 0;
+    add_material(other, &broken).texture[0] = add_moving(other, 5, add_time(other));
+    advance_and_plan(other, layers_of(other, {object_at_origin(object_model, add_mesh(other), broken)}, 3));
+    CHECK(other.standing.material.units[0].flat_texture == 5);
+    CHECK(other.f.uploads.size() == 1);
+}
+
+TEST_CASE("one material is applied anew after the upload of another moment's picture")
+{
+    frame_bench b;
+    uint32_t handle = 0, other = 0;
+    add_material(b, &handle).texture[0] = add_moving(b, 5, add_time(b));
+    material_record& second = add_material(b, &other);
+    second.texture[0] = add_image(b, 7);
+    second.texture[1] = add_moving(b, 6, add_time(b));
+    const uint32_t mesh = add_mesh(b);
+    const scene_object shows = object_at_origin(object_model, mesh, other);
+    const scene_object moves = object_at_origin(object_model, mesh, handle);
+    advance_and_plan(b, layers_of(b, {shows, moves, shows}, 3));
+    REQUIRE(b.f.draws.size() == 3);
+    const uint32_t first_unit[3] = {7, 5, 7};
+    for (size_t i = 0; i < 3; ++i)
+        CHECK(b.f.materials[b.f.draws[i].material].units[0].flat_texture == first_unit[i]);
+}
+
+// ---- a function of what was advanced -----------------------------------------------------------------------
+
+// A frame with a bit of everything: targets, effects, rippled and rowed meshes, letters,
+// moving pictures, wireframes.
+static frame_layers full_frame(frame_bench& b)
+{
+    scene_object pictured = pictured_triangle(b, 7);
+    add_manipulator(pictured, manipulator_x_multiplier, {3, 10, 1, 1, 45});
+    scene_object rippled = pictured_triangle(b, 8);
+    add_manipulator(rippled, manipulator_rippler, {0, 1, 0.5f});
+    uint32_t moving = 0;
+    add_material(b, &moving).texture[0] = add_moving(b, 5, add_time(b));
+    scene_object wave = object_at_origin(object_genmesh, add_effect(b, mesh_effect_lake, add_time(b)), moving);
+    scene_object later = wave;
+    later.time_offset = 1.0f;
+    later.material = 0;
+    font_record font = {};
+    font.glyphs[0] = {pictured.object, pictured.material, 0, 0.0f, 2.5f};
+    scene_object text = object_at_origin(object_text, 0, 0);
+    text.font = table_add(b.d.font_table, font);
+    std::strcpy(text.text, "aa");
+    material_record& wired = *table_get(b.d.material_table, rippled.material);
+    wired.wireframe = 1;
+    wired.linewidth = 2.0f;
+    for (auto [handle, material] : b.d.material_table)
+        give_program(material, 50 + handle);
+    const uint32_t scene = add_scene(b.content, {pictured, rippled, wave, later, text, rippled});
+    add_mode(b, 0, render_simple, scene);
+    add_mode(b, 1, render_to_texture, scene, add_target(b, 30));
+    add_mode(b, 2, render_simple, scene);
+    return layers_at(b, 2);
+}
+
+TEST_CASE("a plan made twice from what stood before is the same")
+{
+    for (const bool glsl : {false, true})
+        for (const uint8_t buffers : {uint8_t{0}, uint8_t{1}}) {
+            frame_bench b;
+            b.context.glsl = glsl;
+            b.context.caps.vbo = buffers;
+            const frame_layers layers = full_frame(b);
+            printed_while([&] { advance_and_plan(b, layers); });
+            advance(b, layers);
+            const standing_state before = b.standing;
+            plan(b, layers);
+            const std::string first = frame_as_text(b.f);
+            const std::vector<frame_command> commands = b.f.commands;
+            b.standing = before;
+            plan(b, layers);
+            CHECK(frame_as_text(b.f) == first);
+            CHECK(b.f.commands.size() == commands.size());
+            CHECK(lines_with(first, "draw ").size() > 1000);
+        }
+}
+
+TEST_CASE("planning begins empty again, and its lists keep their storage")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    b.context.caps.vbo = 1;
+    const frame_layers layers = full_frame(b);
+    printed_while([&] { advance_and_plan(b, layers); });
+    const auto storage = [&] {
+        return std::vector<const void*>{b.f.commands.data(), b.f.texture_copies.data(), b.f.viewports.data(),
+            b.f.clears.data(), b.f.uploads.data(), b.f.vertex_uploads.data(), b.f.draws.data(), b.f.views.data(),
+            b.f.materials.data(), b.f.programs.data(), b.f.copies.data()};
+    };
+    const auto sizes = [&] {
+        return std::vector<size_t>{b.f.commands.size(), b.f.texture_copies.size(), b.f.viewports.size(),
+            b.f.clears.size(), b.f.vertex_uploads.size(), b.f.draws.size(), b.f.views.size(), b.f.materials.size(),
+            b.f.programs.size(), b.f.copies.size()};
+    };
+    const std::vector<const void*> storage_before = storage();
+    const std::vector<size_t> sizes_before = sizes();
+    plan(b, layers);
+    CHECK(storage() == storage_before);
+    CHECK(sizes() == sizes_before);
+    CHECK(std::find(storage_before.begin(), storage_before.end(), nullptr) == storage_before.end());
+    clear_planned(b.f);
+    CHECK(frame_as_text(b.f).empty());
+    CHECK(sizes() == std::vector<size_t>(sizes_before.size(), 0));
+    CHECK(b.f.uploads.empty());
+    CHECK(b.f.recreations.empty());
+    CHECK(b.f.line_uploads.empty());
 }

@@ -1,6 +1,6 @@
 #include "render/material_plan.h"
 
-#include "render/matrix.h"
+#include "content/matrix.h"
 
 #include <doctest/doctest.h>
 
@@ -83,10 +83,9 @@ struct bench {
     }
 };
 
-// (x, y, z, 1) through the texture matrix.
-void through_texture_matrix(float x, float y, float z, float out[3])
+// (x, y, z, 1) through a matrix.
+void through_matrix(const float m[16], float x, float y, float z, float out[3])
 {
-    const float* m = matrices.texture_matrix;
     for (int r = 0; r < 3; ++r)
         out[r] = m[r] * x + m[4 + r] * y + m[8 + r] * z + m[12 + r];
 }
@@ -212,7 +211,7 @@ TEST_CASE("a light takes ambient, diffuse and position from its three triples")
     const float f = static_cast<float>(function);
     // dynamic: values 0, 5 and 7
     const uint32_t light = b.add_values({f, 2, 3, 4, 5, f, 7, f, 9}, 128 | 4, 64);
-    light_plan plan;
+    light_state plan = {};
     REQUIRE(plan_light(light, b.d, 40, plan));
     CHECK(plan.ambient[0] == 40.0f);
     CHECK(plan.ambient[2] == 3.0f);
@@ -236,7 +235,7 @@ TEST_CASE("fog without a colour is white, with one it takes values 3 to 5")
     b.material.fogstart = 2.0f;
     b.material.fogend = static_cast<float>(b.add_linear_function(0.0f, 30.0f));
     b.material.fogend_dynamic = 1;
-    fog_plan fog = plan_fog(b.material, b.d, 5);
+    fog_state fog = plan_fog(b.material, b.d, 5);
     CHECK(fog.color[0] == 1.0f);
     CHECK(fog.color[1] == 1.0f);
     CHECK(fog.color[2] == 1.0f);
@@ -294,25 +293,25 @@ TEST_CASE("a plan of fog without a width has one, constant or dynamic")
 
 TEST_CASE("without rotation and cube map the texture matrix is the identity")
 {
-    init_matrices();
+    float matrix[16];
     const float angles[2] = {30.0f, 40.0f};
-    build_texture_matrix(true, true, angles); // leave something in it
-    build_texture_matrix(false, false, angles);
+    build_texture_matrix(true, true, angles, matrix); // leave something in it
+    build_texture_matrix(false, false, angles, matrix);
     for (int i = 0; i < 16; ++i)
-        CHECK(matrices.texture_matrix[i] == (i % 5 == 0 ? 1.0f : 0.0f));
+        CHECK(matrix[i] == (i % 5 == 0 ? 1.0f : 0.0f));
 }
 
 TEST_CASE("rotation turns about the picture's centre by minus the first angle, and beats the camera's")
 {
-    init_matrices();
+    float matrix[16];
     const float angles[2] = {90.0f, 77.0f};
     float out[3];
     for (const bool camera_rotation : {false, true}) {
-        build_texture_matrix(true, camera_rotation, angles);
-        through_texture_matrix(0.5f, 0.5f, 0.0f, out); // the centre stays
+        build_texture_matrix(true, camera_rotation, angles, matrix);
+        through_matrix(matrix, 0.5f, 0.5f, 0.0f, out); // the centre stays
         CHECK(out[0] == doctest::Approx(0.5));
         CHECK(out[1] == doctest::Approx(0.5));
-        through_texture_matrix(1.0f, 0.5f, 0.0f, out); // clockwise by a quarter
+        through_matrix(matrix, 1.0f, 0.5f, 0.0f, out); // clockwise by a quarter
         CHECK(out[0] == doctest::Approx(0.5));
         CHECK(out[1] == doctest::Approx(0.0));
     }
@@ -323,9 +322,9 @@ TEST_CASE("a cube map is turned back by both camera angles, about y outside and 
     // The camera turns the world by Rx(b) Ry(a); the texture matrix must undo it.
     const float a = 35.0f;
     const float b = -20.0f;
-    init_matrices();
+    float matrix[16];
     const float angles[2] = {a, b};
-    build_texture_matrix(false, true, angles);
+    build_texture_matrix(false, true, angles, matrix);
     const double ra = a * 3.14159265358979 / 180.0;
     const double rb = b * 3.14159265358979 / 180.0;
     const double world[3] = {0.3, -0.8, 0.52};
@@ -335,7 +334,7 @@ TEST_CASE("a cube map is turned back by both camera angles, about y outside and 
     const double y2 = world[1] * std::cos(rb) - z1 * std::sin(rb);
     const double z2 = world[1] * std::sin(rb) + z1 * std::cos(rb);
     float back[3];
-    through_texture_matrix(static_cast<float>(x1), static_cast<float>(y2), static_cast<float>(z2), back);
+    through_matrix(matrix, static_cast<float>(x1), static_cast<float>(y2), static_cast<float>(z2), back);
     for (int i = 0; i < 3; ++i)
         CHECK(back[i] == doctest::Approx(world[i]).epsilon(1e-5));
 }

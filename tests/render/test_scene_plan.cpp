@@ -26,7 +26,6 @@ struct bench {
         table_free(d.function_table);
         table_free(d.mesh_table);
         table_free(d.effect_table);
-        reset_rippler_cache();
     }
     bench(const bench&) = delete;
     bench& operator=(const bench&) = delete;
@@ -46,12 +45,6 @@ struct bench {
         f->segment_params[0][0] = a;
         f->cached_time = no_cached_time;
         return handle;
-    }
-    manipulator_record& add_manipulator(manipulator_kind kind)
-    {
-        manipulator_record& m = object.manipulators[object.manipulator_count++];
-        m.type = kind;
-        return m;
     }
 };
 
@@ -183,41 +176,6 @@ TEST_CASE("an object's own placement holds its nine values in order")
     CHECK(own.scale[2] == 9.0f);
 }
 
-TEST_CASE("an object without manipulators has its own placement alone")
-{
-    bench b;
-    b.object.values[0] = {4.0f, 0};
-    const placed_copies copies = place_copies(b.object, b.d, 0, nullptr);
-    REQUIRE(copies.list != nullptr);
-    CHECK(copies.list->count == 1);
-    CHECK(copies.list->items[0].position[0] == 4.0f);
-    CHECK(!copies.rippled);
-    placement_list_free(copies.list);
-}
-
-TEST_CASE("manipulators are applied one after the other with their values at the object's time")
-{
-    bench b;
-    b.object.values[0] = {1.0f, 0};
-    manipulator_record& row = b.add_manipulator(manipulator_x_multiplier);
-    row.params[0] = {2.0f, 0};
-    row.params[1] = {10.0f, 0};
-    manipulator_record& grid = b.add_manipulator(manipulator_xyz_multiplier);
-    grid.params[0] = {1.0f, 0};
-    grid.params[1] = {static_cast<float>(b.add_function(segment_linear, 0.1f)), 1}; // 3 at tick 30
-    grid.params[2] = {1.0f, 0};
-    grid.params[4] = {100.0f, 0};
-    const placed_copies copies = place_copies(b.object, b.d, 30, nullptr);
-    REQUIRE(copies.list != nullptr);
-    REQUIRE(copies.list->count == 6);
-    CHECK(copies.list->items[0].position[0] == 1.0f);
-    CHECK(copies.list->items[2].position[0] == 1.0f);
-    CHECK(copies.list->items[2].position[1] == 200.0f);
-    CHECK(copies.list->items[3].position[0] == 11.0f);
-    CHECK(copies.list->items[5].position[1] == 200.0f);
-    placement_list_free(copies.list);
-}
-
 TEST_CASE("a model placer takes a mesh, or with model type 1 the mesh of an effect, or nothing")
 {
     bench b;
@@ -238,73 +196,6 @@ TEST_CASE("a model placer takes a mesh, or with model type 1 the mesh of an effe
         m.model_type = unknown;
         CHECK(manipulator_model(m, b.d) == nullptr);
     }
-}
-
-TEST_CASE("a rippler marks meshes and leaves texts alone")
-{
-    bench b;
-    reset_rippler_cache();
-    b.add_manipulator(manipulator_rippler);
-    placed_copies copies = place_copies(b.object, b.d, 0, nullptr);
-    REQUIRE(copies.list != nullptr);
-    CHECK(!copies.rippled);
-    CHECK(copies.list->count == 1);
-    CHECK(shared_rippler_cache().positions == nullptr);
-    placement_list_free(copies.list);
-
-    mesh_bench mesh(3, 0.0f);
-    copies = place_copies(b.object, b.d, 0, &mesh.arrays);
-    CHECK(copies.rippled);
-    CHECK(shared_rippler_cache().vertex_count == 3);
-    placement_list_free(copies.list);
-}
-
-TEST_CASE("a mesh of no more vertices than the cache draws the cache's own arrays")
-{
-    std::vector<float> positions(12, 7.0f);
-    std::vector<float> normals(12, 8.0f);
-    rippler_cache cache = {};
-    cache.positions = positions.data();
-    cache.normals = normals.data();
-    cache.vertex_count = 4;
-    mesh_bench mesh(3, 0.0f);
-    rippled_arrays arrays = merge_rippled_arrays(mesh.arrays, cache);
-    CHECK(arrays.from_cache);
-    CHECK(arrays.positions == positions.data());
-    CHECK(arrays.normals == normals.data());
-    CHECK(arrays.owned_positions == nullptr);
-    mesh.arrays.normals = nullptr;
-    CHECK(merge_rippled_arrays(mesh.arrays, cache).normals == nullptr);
-    release_rippled_arrays(arrays);
-    release_rippled_arrays(arrays);
-}
-
-TEST_CASE("a larger mesh draws its own vertices beyond the cache")
-{
-    std::vector<float> positions(6, 7.0f);
-    std::vector<float> normals(6, 8.0f);
-    rippler_cache cache = {};
-    cache.positions = positions.data();
-    cache.normals = normals.data();
-    cache.vertex_count = 2;
-    mesh_bench mesh(4, 100.0f);
-    rippled_arrays arrays = merge_rippled_arrays(mesh.arrays, cache);
-    REQUIRE(arrays.positions != nullptr);
-    REQUIRE(arrays.normals != nullptr);
-    CHECK(!arrays.from_cache);
-    CHECK(arrays.positions[5] == 7.0f);
-    CHECK(arrays.positions[6] == 106.0f);
-    CHECK(arrays.positions[11] == 111.0f);
-    CHECK(arrays.normals[5] == 8.0f);
-    CHECK(arrays.normals[6] == 0.5f);
-    release_rippled_arrays(arrays);
-    CHECK(arrays.positions == nullptr);
-}
-
-TEST_CASE("an empty cache leaves a mesh its own arrays")
-{
-    mesh_bench mesh(3, 0.0f);
-    CHECK(merge_rippled_arrays(mesh.arrays, {}).positions == nullptr);
 }
 
 TEST_CASE("the lines of a triangle are its three edges in order")

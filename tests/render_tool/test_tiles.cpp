@@ -2,10 +2,6 @@
 
 #include "builders.h"
 
-#include "effects/manipulator.h"
-#include "effects/mesh_effect.h"
-#include "texgen/cosine_table.h"
-
 #include <array>
 #include <doctest/doctest.h>
 
@@ -40,36 +36,40 @@ TEST_CASE("A picture of 15360 x 8640 is made of twelve tiles of 4096")
     CHECK(plan_tiles(15360, 8640, 4096, 4096).size() == 12);
 }
 
-static frame_plan plan_of_two()
+static frame_layers two_layers()
 {
-    frame_plan plan = {};
-    plan.layer_count = 2;
-    plan.layers[0].clear = clear_color | clear_depth;
-    plan.layers[0].projection = projection_perspective;
-    plan.layers[1].track = 5;
-    return plan;
+    frame_layers layers = {};
+    layers.layer_count = 2;
+    layers.layers[0].clear = clear_color | clear_depth;
+    layers.layers[0].projection = projection_perspective;
+    layers.layers[1].track = 5;
+    return layers;
 }
 
 TEST_CASE("Frames that need their textures or the frame before are not tiled")
 {
-    CHECK(tiling_problem({}, plan_of_two()).empty());
+    CHECK(tiling_problem({}, two_layers()).empty());
 
-    frame_plan plan = plan_of_two();
-    plan.layers[1].target = 3;
-    CHECK(tiling_problem({}, plan) == "track 6 draws into a texture");
-    plan = plan_of_two();
-    plan.layers[1].flush_texture = 3;
-    CHECK(tiling_problem({}, plan) == "track 6 draws into a texture");
-    plan = plan_of_two();
-    plan.layers[0].clear = clear_depth;
-    CHECK(tiling_problem({}, plan) == "it is drawn over the frame before");
-    plan = plan_of_two();
-    plan.layers[0].clear = clear_color;
-    CHECK(tiling_problem({}, plan) == "it is drawn over the frame before");
-    plan = plan_of_two();
-    plan.layers[0].projection = projection_kept;
-    CHECK(tiling_problem({}, plan) == "its first layer keeps the view of the frame before");
+    frame_layers layers = two_layers();
+    layers.layers[1].target = 3;
+    CHECK(tiling_problem({}, layers) == "track 6 draws into a texture");
+    layers = two_layers();
+    layers.layers[1].flush_texture = 3;
+    CHECK(tiling_problem({}, layers) == "track 6 draws into a texture");
+    layers = two_layers();
+    layers.layers[0].clear = clear_depth;
+    CHECK(tiling_problem({}, layers) == "it is drawn over the frame before");
+    layers = two_layers();
+    layers.layers[0].clear = clear_color;
+    CHECK(tiling_problem({}, layers) == "it is drawn over the frame before");
     CHECK_FALSE(tiling_problem({}, {}).empty());
+}
+
+TEST_CASE("A frame whose first layer keeps the view of the frame before is tiled")
+{
+    frame_layers layers = two_layers();
+    layers.layers[0].projection = projection_kept;
+    CHECK(tiling_problem({}, layers).empty());
 }
 
 TEST_CASE("Frames that show what others drew into a texture are not tiled")
@@ -85,56 +85,14 @@ TEST_CASE("Frames that show what others drew into a texture are not tiled")
     scene_record scene = {};
     scene.object_count = 1;
     scene.objects = objects;
-    frame_plan plan = plan_of_two();
-    plan.layers[1].model_id = table_add(d.scene_table, scene);
-    CHECK(tiling_problem(d, plan) == "track 6 shows a texture that layers draw into");
+    frame_layers layers = two_layers();
+    layers.layers[1].model_id = table_add(d.scene_table, scene);
+    CHECK(tiling_problem(d, layers) == "track 6 shows a texture that layers draw into");
 
     table_get(d.object_table, 1)->id = 8; // an ordinary picture
-    CHECK(tiling_problem(d, plan).empty());
+    CHECK(tiling_problem(d, layers).empty());
     table_get(d.object_table, 1)->id = 7;
     table_get(d.object_table, 1)->type = texture_cube;
-    CHECK(tiling_problem(d, plan).empty());
-    document_free(d);
-}
-
-TEST_CASE("The rippler's vertices are put back, also to not being there")
-{
-    build_cosine_table();
-    reset_rippler_cache();
-    const rippler_memory empty = remember_rippler();
-    float positions[] = {1, 2, 3, 4, 5, 6};
-    mesh_arrays mesh = {};
-    mesh.vertex_count = 2;
-    mesh.positions = positions;
-    const float params[] = {0, 1, 1};
-    const placement only = {};
-    placement_list_free(apply_manipulator(placement_list_new(only), 2, params, &mesh, nullptr));
-    const rippler_memory once = remember_rippler();
-    REQUIRE(once.filled);
-    placement_list_free(apply_manipulator(placement_list_new(only), 2, params, &mesh, nullptr));
-    CHECK(remember_rippler().positions != once.positions);
-    restore_rippler(once);
-    CHECK(remember_rippler().positions == once.positions);
-    restore_rippler(empty);
-    CHECK(shared_rippler_cache().positions == nullptr);
-}
-
-TEST_CASE("The fingerprint of effects changes with any of them")
-{
-    build_cosine_table();
-    document d = {};
-    document_create(d, "test", nullptr);
-    const uint64_t none = effects_fingerprint(d);
-    mesh_effect effect = {};
-    effect.type = 2; // the swirl
-    init_mesh_effect(effect);
-    const uint32_t handle = table_add(d.effect_table, effect);
-    const uint64_t before = effects_fingerprint(d);
-    CHECK(before != none);
-    CHECK(effects_fingerprint(d) == before);
-    const float params[] = {0.5f, 3.0f};
-    step_mesh_effect(*table_get(d.effect_table, handle), params);
-    CHECK(effects_fingerprint(d) != before);
-    free_mesh_effect(*table_get(d.effect_table, handle));
+    CHECK(tiling_problem(d, layers).empty());
     document_free(d);
 }

@@ -192,10 +192,41 @@ void dynamic_texture_params(const dynamic_texture& texture, const table<animatio
             params[i] = function_value(functions, texture.functions[i], time);
 }
 
-void first_dynamic_texture_params(
+static void first_dynamic_texture_params(
     const dynamic_texture& texture, const table<animation_function>& functions, std::span<float, 3> params)
 {
     std::fill(params.begin(), params.end(), 0.0f);
     for (uint32_t i = 0; i < dynamic_texture_param_count(texture.type) && texture.functions[i] != 0; ++i)
         params[i] = function_value(functions, texture.functions[i], 0);
+}
+
+// A picture begins cleared, because a kind may leave it as it is.
+static void append_picture(
+    dynamic_texture& texture, std::span<const float, 3> params, uint32_t time, std::vector<uint8_t>& pixels)
+{
+    const size_t begin = pixels.size();
+    pixels.resize(begin + static_cast<size_t>(texture.width) * texture.height * (texture.bpp / 8));
+    render_dynamic_texture(
+        texture.type, texture.width, texture.height, texture.bpp, params, texture.state, pixels.data() + begin);
+    texture.refresh_time = time;
+    texture.refreshed = 1;
+}
+
+bool update_dynamic_texture(
+    dynamic_texture& texture, const table<animation_function>& functions, uint32_t time, std::vector<uint8_t>& pixels)
+{
+    if (texture.texture == 0 || (texture.refreshed != 0 && texture.refresh_time == time))
+        return false;
+    float params[3];
+    dynamic_texture_params(texture, functions, time, params);
+    append_picture(texture, params, time, pixels);
+    return true;
+}
+
+void render_first_dynamic_texture(
+    dynamic_texture& texture, const table<animation_function>& functions, std::vector<uint8_t>& pixels)
+{
+    float params[3];
+    first_dynamic_texture_params(texture, functions, params);
+    append_picture(texture, params, 0, pixels);
 }

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 // Makes the state of a kind (null for kinds without). "Amoba" seeds the C library's
 // generator. The state is owned by the texture's record.
@@ -30,7 +31,12 @@ void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint
 void dynamic_texture_params(const dynamic_texture& texture, const table<animation_function>& functions, uint32_t time,
     std::span<float, 3> params);
 
-// The parameters of the first picture: those of time 0, but from the first handle 0 on
-// they are all 0.0.
-void first_dynamic_texture_params(
-    const dynamic_texture& texture, const table<animation_function>& functions, std::span<float, 3> params);
+// Appends the picture of `time` to `pixels` and returns true, unless it was made for that time
+// already, or the texture was never created.
+bool update_dynamic_texture(
+    dynamic_texture& texture, const table<animation_function>& functions, uint32_t time, std::vector<uint8_t>& pixels);
+
+// Appends the picture of time 0, which a texture begins with: its parameters are those of time
+// 0, but from the first handle 0 on they are all 0.0.
+void render_first_dynamic_texture(
+    dynamic_texture& texture, const table<animation_function>& functions, std::vector<uint8_t>& pixels);

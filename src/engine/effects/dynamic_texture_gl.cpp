@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 static size_t picture_bytes(const dynamic_texture& texture)
 {
@@ -18,24 +19,16 @@ static GLenum pixel_format(const dynamic_texture& texture)
     return texture.bpp == 8 ? GL_LUMINANCE : GL_RGB;
 }
 
-// Cleared first, because a kind may leave the picture as it is.
-static void render_into(const dynamic_texture& texture, std::span<const float, 3> params, uint8_t* out)
-{
-    std::memset(out, 0, picture_bytes(texture));
-    render_dynamic_texture(texture.type, texture.width, texture.height, texture.bpp, params, texture.state, out);
-}
-
 // Rows are a multiple of 64 bytes long: any unpack alignment suits them.
-static void upload_pixels(const dynamic_texture& texture, const void* pixels)
+static void replace_pixels(const dynamic_texture& texture, const void* pixels)
 {
-    glBindTexture(GL_TEXTURE_2D, texture.texture);
     glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, static_cast<GLsizei>(texture.width), static_cast<GLsizei>(texture.height),
         pixel_format(texture), GL_UNSIGNED_BYTE, pixels);
 }
 
-// Renders straight into the driver's memory. New storage every time, so that the driver
-// need not wait for the upload before. False when the buffer could not be had.
-static bool refresh_through_buffer(dynamic_texture& texture, std::span<const float, 3> params)
+// Through the driver's memory. New storage every time, so that the driver need not wait for
+// the upload before. False when the buffer could not be had.
+static bool upload_through_buffer(dynamic_texture& texture, const uint8_t* pixels)
 {
     if (texture.pbo == 0)
         glGenBuffers(1, &texture.pbo);
@@ -44,31 +37,19 @@ static bool refresh_through_buffer(dynamic_texture& texture, std::span<const flo
 
     bool filled = false;
     if (void* mapping = glMapBuffer(GL_PIXEL_UNPACK_BUFFER, GL_WRITE_ONLY)) {
-        render_into(texture, params, static_cast<uint8_t*>(mapping));
+        std::memcpy(mapping, pixels, picture_bytes(texture));
         filled = glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER) == GL_TRUE;
     }
     if (filled)
-        upload_pixels(texture, nullptr);
+        replace_pixels(texture, nullptr);
     glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
     return filled;
 }
 
-static void refresh_through_memory(const dynamic_texture& texture, std::span<const float, 3> params)
+void upload_dynamic_texture_gl(dynamic_texture& texture, const uint8_t* pixels, bool use_pbo)
 {
-    auto* pixels = static_cast<uint8_t*>(std::malloc(picture_bytes(texture)));
-    if (pixels == nullptr)
-        return;
-    render_into(texture, params, pixels);
-    upload_pixels(texture, pixels);
-    std::free(pixels);
-}
-
-static void refresh(dynamic_texture& texture, std::span<const float, 3> params, uint32_t time, bool use_pbo)
-{
-    if (!use_pbo || !refresh_through_buffer(texture, params))
-        refresh_through_memory(texture, params);
-    texture.refresh_time = time;
-    texture.refreshed = 1;
+    if (!use_pbo || !upload_through_buffer(texture, pixels))
+        replace_pixels(texture, pixels);
 }
 
 // Storage of black pixels, so that a texture that is never refreshed is defined.
@@ -96,20 +77,9 @@ void create_dynamic_texture_gl(dynamic_texture& texture, const table<animation_f
     create_storage(texture, formats);
     if (!first_image)
         return;
-    float params[3];
-    first_dynamic_texture_params(texture, functions, params);
-    refresh(texture, params, 0, use_pbo);
-}
-
-void update_dynamic_texture(uint32_t handle, const table<dynamic_texture>& dynamic_textures,
-    const table<animation_function>& functions, uint32_t time, bool use_pbo)
-{
-    dynamic_texture* texture = table_get(dynamic_textures, handle);
-    if (texture == nullptr || texture->texture == 0 || (texture->refreshed != 0 && texture->refresh_time == time))
-        return;
-    float params[3];
-    dynamic_texture_params(*texture, functions, time, params);
-    refresh(*texture, params, time, use_pbo);
+    std::vector<uint8_t> pixels;
+    render_first_dynamic_texture(texture, functions, pixels);
+    upload_dynamic_texture_gl(texture, pixels.data(), use_pbo);
 }
 
 void release_dynamic_texture_gl(dynamic_texture& texture)

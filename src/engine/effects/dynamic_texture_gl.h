@@ -1,4 +1,4 @@
-// Dynamic textures on the graphics card: creation, and refresh per function time.
+// Dynamic textures on the graphics card: creation, and new pictures.
 #pragma once
 
 #include "model/capabilities.h"
@@ -13,12 +13,10 @@
 void create_dynamic_texture_gl(dynamic_texture& texture, const table<animation_function>& functions,
     const texture_format_table& formats, bool first_image, bool use_pbo);
 
-// Renders and uploads the picture of `time`, unless that time's picture is there.
-// With `use_pbo` through a pixel buffer, or through memory where that cannot be mapped:
-// the pixels are the same. Leaves the texture bound to GL_TEXTURE_2D of the active unit.
-// A dangling handle, or a texture that was never created, does nothing.
-void update_dynamic_texture(uint32_t handle, const table<dynamic_texture>& dynamic_textures,
-    const table<animation_function>& functions, uint32_t time, bool use_pbo);
+// Replaces the picture of the texture bound to GL_TEXTURE_2D of the active unit, which is this
+// one. `pixels` has its whole size. With `use_pbo` through a pixel buffer, or from memory where
+// that cannot be mapped.
+void upload_dynamic_texture_gl(dynamic_texture& texture, const uint8_t* pixels, bool use_pbo);
 
 // Releases the OpenGL objects and the effect's state; twice is harmless.
 void release_dynamic_texture_gl(dynamic_texture& texture);

@@ -177,6 +177,8 @@ struct dynamic_texture {
     uint8_t refreshed;                        // 0: never refreshed
 };
 
+constexpr uint32_t recreated_target_format = 3; // GL internal format: the old way to say RGB
+
 struct image_texture {
     uint32_t width; // pixels
     uint32_t height;
@@ -186,7 +188,7 @@ struct image_texture {
     uint8_t* level2;
     uint8_t texture_format; // texture_format_kind
     uint8_t texture_filter; // filter_kind; others act as filter_mipmaps
-    uint32_t format;        // GL internal format in use: 3 after a render target was recreated
+    uint32_t format;        // GL internal format in use
     uint32_t texture;       // OpenGL name
 };
 

@@ -1,165 +1,168 @@
 #include "render/compositor_gl.h"
 
-#include "render/material_gl.h"
-#include "render/matrix.h"
-#include "render/scene_gl.h"
+#include "effects/dynamic_texture_gl.h"
+#include "render/bindings_gl.h"
+#include "render/draw_gl.h"
+#include "render/frame_plan.h"
+#include "render/mesh_buffers_gl.h"
 #include "texgen/texture_upload_gl.h"
 
 #include <GL/glew.h>
 
-#include <chrono>
+#include <algorithm>
 
-constexpr float near_distance = 0.1f;
+// ---- commands -------------------------------------------------------------------------
 
-// ---- targets --------------------------------------------------------------------
-
-// Copies the lower left corner of the frame buffer into a target's texture. Materials
-// leave their last unit active, and the copy must not disturb that unit's texture.
-static void flush_target(const document& d, const layer_plan& plan)
+// Copies the lower left corner of the frame buffer into a target's texture.
+static void copy_into_texture(const copy_command& copy, gl_state& gl)
 {
-    const image_texture* target = table_get(d.image_texture_table, plan.flush_texture);
-    if (target == nullptr)
-        return;
-    glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, target->texture);
+    select_unit_gl(0, gl);
+    bind_texture_gl(0, false, copy.texture, gl);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glCopyTexSubImage2D(
-        GL_TEXTURE_2D, 0, 0, 0, 0, 0, static_cast<GLsizei>(plan.flush_width), static_cast<GLsizei>(plan.flush_height));
+        GL_TEXTURE_2D, 0, 0, 0, 0, 0, static_cast<GLsizei>(copy.width), static_cast<GLsizei>(copy.height));
 }
 
-static void set_viewport(const layer_plan& plan, const frame_tile& tile)
+static void recreate(const recreate_command& command, gl_state& gl)
 {
-    if (plan.viewport_width == 0)
+    select_unit_gl(0, gl);
+    recreate_target_gl(command.old_texture, command.texture, command.width, command.height);
+    forget_textures(gl); // the old name is free for another texture
+}
+
+static void set_viewport(const viewport_command& viewport, gl_state& gl)
+{
+    if (gl.viewport_width == viewport.width && gl.viewport_height == viewport.height)
         return;
-    const bool cut = tile.width != 0 && plan.target == 0; // the screen, in tiles
-    glViewport(0, 0, static_cast<GLsizei>(cut ? tile.width : plan.viewport_width),
-        static_cast<GLsizei>(cut ? tile.height : plan.viewport_height));
+    gl.viewport_width = viewport.width;
+    gl.viewport_height = viewport.height;
+    glViewport(0, 0, static_cast<GLsizei>(viewport.width), static_cast<GLsizei>(viewport.height));
 }
 
-static void set_target(const document& d, const layer_plan& plan, const frame_tile& tile)
-{
-    if (plan.recreate_width != 0) {
-        if (image_texture* target = table_get(d.image_texture_table, plan.target)) {
-            glActiveTexture(GL_TEXTURE0);
-            recreate_target_gl(*target, plan.recreate_width, plan.recreate_height);
-        }
-    }
-    set_viewport(plan, tile);
-}
-
-// ---- clearing, projection, camera -----------------------------------------------
-
-static void clear_buffers(uint8_t bits)
+static void clear(const clear_command& command, gl_state& gl)
 {
     GLbitfield buffers = 0;
-    if ((bits & clear_color) != 0)
+    if ((command.bits & clear_color) != 0)
         buffers |= GL_COLOR_BUFFER_BIT;
-    if ((bits & clear_depth) != 0)
+    if ((command.bits & clear_depth) != 0)
         buffers |= GL_DEPTH_BUFFER_BIT;
-    if (buffers != 0)
-        glClear(buffers);
+    if ((command.bits & clear_color) != 0 && remember_numbers(command.color, gl.clear_color, 4, gl.has_clear_color))
+        glClearColor(command.color[0], command.color[1], command.color[2], command.color[3]);
+    glClear(buffers);
 }
 
-// Spreads the tile's part of the projected picture over the whole of it: in clip space
-// x' = (W / w) x + ((W - 2 left) / w - 1) w_clip, and y alike.
-static void cut_projection(const frame_view& view)
+static void upload_picture(const frame& f, const upload_command& upload, const gl_caps& caps, gl_state& gl)
 {
-    const double widths[2] = {static_cast<double>(view.width), static_cast<double>(view.height)};
-    const double parts[2] = {static_cast<double>(view.tile.width), static_cast<double>(view.tile.height)};
-    const double begins[2] = {static_cast<double>(view.tile.x), static_cast<double>(view.tile.y)};
-    for (uint32_t row = 0; row < 2; ++row) {
-        const double scale_by = widths[row] / parts[row];
-        const double shift = (widths[row] - 2.0 * begins[row]) / parts[row] - 1.0;
-        for (uint32_t column = 0; column < 4; ++column) {
-            float& cell = matrices.projection[column * 4 + row];
-            const double w = static_cast<double>(matrices.projection[column * 4 + 3]);
-            cell = static_cast<float>(static_cast<double>(cell) * scale_by + w * shift);
-        }
+    bind_texture_gl(0, false, upload.texture->texture, gl);
+    select_unit_gl(0, gl);
+    upload_dynamic_texture_gl(*upload.texture, f.pixels.data() + upload.pixels, caps.pbo == 1);
+}
+
+static void upload_lines(const lines_command& lines, gl_state& gl)
+{
+    create_line_buffer_gl(*lines.mesh);
+    gl.element_buffer = unknown_name;
+}
+
+static void carry_out(const frame& f, const frame_command& command, const draw_context& context, gl_state& gl)
+{
+    switch (static_cast<command_kind>(command.kind)) {
+    case command_copy:
+        return copy_into_texture(f.texture_copies[command.index], gl);
+    case command_recreate:
+        return recreate(f.recreations[command.index], gl);
+    case command_viewport:
+        return set_viewport(f.viewports[command.index], gl);
+    case command_clear:
+        return clear(f.clears[command.index], gl);
+    case command_upload:
+        return upload_picture(f, f.uploads[command.index], context.caps, gl);
+    case command_vertices:
+        return upload_vertices_gl(f.vertex_uploads[command.index], gl);
+    case command_lines:
+        return upload_lines(f.line_uploads[command.index], gl);
+    case command_draw:
+        return draw_mesh_gl(f, f.draws[command.index], context.caps, context.glsl, gl);
     }
 }
 
-static void set_projection(const layer_plan& plan, const frame_view& view)
+static bool outlasts_the_frame(uint8_t kind)
 {
-    if (plan.depth_test != 0)
-        glEnable(GL_DEPTH_TEST);
-    else
-        glDisable(GL_DEPTH_TEST);
-    switch (static_cast<projection_kind>(plan.projection)) {
-    case projection_kept:
-        return;
-    case projection_perspective:
-        set_perspective(plan.fov, plan.aspect, near_distance, plan.far_distance);
-        break;
-    case projection_orthographic: // (0, 0) is the top left corner
-        set_orthographic(0.0f, 1.0f, 1.0f, 0.0f, -1.0f, 1.0f);
-        break;
+    return kind == command_recreate || kind == command_upload || kind == command_lines;
+}
+
+void draw_lasting_gl(const draw_context& context, renderer& r)
+{
+    for (const frame_command& command : r.f.commands)
+        if (outlasts_the_frame(command.kind))
+            carry_out(r.f, command, context, r.gl);
+}
+
+// ---- frames -------------------------------------------------------------------------------
+
+void draw_frame(const frame_layers& layers, const draw_context& context, renderer& r, frame_cost_record* costs)
+{
+    uint32_t next = 0;
+    for (uint32_t i = 0; i < layers.layer_count; ++i) {
+        const auto begin = start_cost(costs);
+        const uint32_t query = costs != nullptr ? costs->queries[i] : 0;
+        if (query != 0)
+            glBeginQuery(GL_TIME_ELAPSED, query);
+        for (; next < r.f.command_end[i]; ++next)
+            carry_out(r.f, r.f.commands[next], context, r.gl);
+        if (query != 0)
+            glEndQuery(GL_TIME_ELAPSED);
+        add_cost(costs, i, begin);
     }
-    if (view.tile.width != 0)
-        cut_projection(view);
-    load_matrix(select_projection);
 }
 
-static void set_camera(const layer_plan& plan)
+void reserve_targets_gl(frame_layers& layers)
 {
-    reset_modelview();
-    rotate_z(plan.rotation[2], select_modelview);
-    rotate_x(plan.rotation[0], select_modelview);
-    rotate_y(plan.rotation[1], select_modelview);
-    translate(plan.position[0], plan.position[1], plan.position[2]);
-    load_matrix(select_modelview);
+    for (uint32_t i = 0; i < layers.layer_count; ++i)
+        if (layers.layers[i].recreate_width != 0)
+            glGenTextures(1, &layers.layers[i].recreate_texture);
 }
 
-// ---- the frame ------------------------------------------------------------------
-
-// The order of these steps is part of the picture: a layer's clear colour takes effect
-// at the next clear, not at its own.
-static void draw_layer(document& d, const layer_plan& plan, const frame_view& view, const gl_caps& caps, bool glsl)
+draw_context context_for(document& d, const gl_caps& caps, bool glsl)
 {
-    if (plan.flush_texture != 0)
-        flush_target(d, plan);
-    set_target(d, plan, view.tile);
-    clear_buffers(plan.clear);
-    set_projection(plan, view);
-    glClearColor(plan.clear_color[0], plan.clear_color[1], plan.clear_color[2], 1.0f);
-    set_camera(plan);
-    if (plan.model_id == 0)
-        return;
-    draw_model(plan.model_id,
-        {.d = &d,
-            .caps = &caps,
-            .glsl = glsl,
-            .time = plan.time,
-            .rotation = {plan.rotation[0], plan.rotation[1], plan.rotation[2]}});
+    draw_context context = {&d, caps, glsl};
+    if (glBindBuffer == nullptr)
+        context.caps.vbo = 0;
+    return context;
 }
 
-// The same, with its cost: a stopwatch of this computer's time, not of the production's.
-static void draw_layer_measured(document& d, const layer_plan& plan, const frame_view& view, const gl_caps& caps,
-    bool glsl, frame_cost_record& costs)
+void draw_layers(document& d, frame_layers& layers, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r,
+    frame_cost_record* costs)
 {
-    const uint32_t index = costs.layer_count++;
-    const uint32_t query = costs.queries[index];
-    const auto begin = std::chrono::steady_clock::now();
-    if (query != 0)
-        glBeginQuery(GL_TIME_ELAPSED, query);
-    draw_layer(d, plan, view, caps, glsl);
-    if (query != 0)
-        glEndQuery(GL_TIME_ELAPSED);
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
-    costs.layers[index] = {plan.track, took.count()};
+    const draw_context context = context_for(d, caps, glsl);
+    advance_frame(layers, context, r, costs);
+    reserve_targets_gl(layers);
+    plan_frame(layers, context, view, r, costs);
+    draw_frame(layers, context, r, costs);
 }
 
-uint32_t compose_frame(
-    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, frame_cost_record* costs)
+uint32_t compose_frame(document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r,
+    frame_cost_record* costs)
 {
-    const frame_plan plan = plan_frame(d, time, view, caps);
-    if (costs != nullptr)
-        costs->layer_count = 0;
-    for (uint32_t i = 0; i < plan.layer_count; ++i) {
-        if (costs != nullptr)
-            draw_layer_measured(d, plan.layers[i], view, caps, glsl, *costs);
-        else
-            draw_layer(d, plan.layers[i], view, caps, glsl);
-    }
-    return plan.drawn;
+    frame_layers layers = plan_layers(d, time, view, caps);
+    draw_layers(d, layers, view, caps, glsl, r, costs);
+    return layers.drawn;
+}
+
+// ---- beside frames --------------------------------------------------------------------------
+
+void clear_standing_gl(renderer& r)
+{
+    clear(plan_clear_screen(r.standing), r.gl);
+}
+
+void release_renderer_gl(renderer& r)
+{
+    if (glDeleteBuffers != nullptr && r.gl.moved_positions != 0)
+        glDeleteBuffers(1, &r.gl.moved_positions);
+    if (glDeleteBuffers != nullptr && r.gl.moved_normals != 0)
+        glDeleteBuffers(1, &r.gl.moved_normals);
+    reset_rippler_cache(r.tools.rippler);
+    r = renderer();
 }

@@ -1,270 +1,367 @@
 #include "render/frame_plan.h"
 
-#include "model/render_modes.h"
-#include "model/values.h"
+#include "content/matrix.h"
+#include "render/material_state.h"
+#include "render/scene_plan.h"
 
 #include <algorithm>
+#include <cassert>
+#include <cstdlib>
 
-// ---- the layer of a moment ------------------------------------------------------
+constexpr float near_distance = 0.1f;
 
-struct active_layer {
-    bool found;
-    uint32_t layer;
-    uint32_t local_time; // ticks from the end of the layer's pause
-};
+namespace {
 
-// The search starts at the second's layer and walks on while layers have ended; a
-// layer shows from the end of its pause to its own end, both included. Quirk: a
-// layer that was never entered has the end 0, which shifts the time of the one
-// after it ("the layer after a lost one counts from 0").
-static active_layer find_layer(const timeline& t, uint32_t track, uint32_t time)
-{
-    constexpr active_layer nothing = {false, 0, 0};
-    const uint32_t slot = time / 100;
-    if (slot >= slots_per_track)
-        return nothing;
-
-    const uint32_t count = std::min(t.layer_count[track], layers_per_track);
-    uint32_t layer = t.slot_layer[track][slot];
-    while (layer < count && time > t.layer_end[track][layer])
-        ++layer;
-    if (layer >= count) // also where nothing is entered
-        return nothing;
-
-    const uint32_t previous_end = layer == 0 ? 0 : t.layer_end[track][layer - 1];
-    const uint32_t begin = previous_end + t.layers[track][layer].space_before;
-    if (time < begin)
-        return nothing;
-    return {true, layer, time - begin};
-}
-
-// Track 0 decides whether anything is left to show.
-static bool is_over(const timeline& t, uint32_t time)
-{
-    const uint32_t slot = time / 100;
-    return t.layer_count[0] == 0 || slot >= slots_per_track || t.slot_layer[0][slot] == no_layer;
-}
-
-// ---- render targets -------------------------------------------------------------
-
-struct target_size {
-    uint32_t texture; // image_texture handle
-    uint32_t width;   // pixels
-    uint32_t height;
-};
-
-// What passes from layer to layer while a frame is planned.
+// What the meshes of one layer share while they are planned.
 struct planning {
-    const document& d;
-    const frame_view& view;
-    const gl_caps& caps;
-    uint32_t pending_texture;           // waits to be copied from the frame buffer; 0 none
-    bool flushed;                       // the layer at hand copied a pending target
-    bool previous_keeps;                // the active layer before holds the clear back
-    target_size recreated[track_count]; // targets with a new size in this frame
-    uint32_t recreated_count;
+    const layer_plan& layer;
+    const draw_context& context;
+    standing_state& standing;
+    frame& f;
+    uint32_t view;                  // index of the layer's view
+    uint32_t material;              // index of what stands in frame.materials; no_index: to be written down
+    const material_record* applied; // the last one, while nothing else has changed what stands
 };
 
-static target_size size_of_target(const planning& p, uint32_t handle, const image_texture& texture)
+} // namespace
+
+static void add_command(frame& f, command_kind kind, size_t list_size)
 {
-    for (uint32_t i = 0; i < p.recreated_count; ++i)
-        if (p.recreated[i].texture == handle)
-            return p.recreated[i];
-    return {handle, texture.width, texture.height};
+    f.commands.push_back({kind, static_cast<uint32_t>(list_size - 1)});
 }
 
-static void remember_size(planning& p, const target_size& size)
+// ---- targets, clearing --------------------------------------------------------------
+
+// Copies the lower left corner of the frame buffer into a target's texture.
+static void plan_copy(const layer_plan& layer, const document& d, standing_state& standing, frame& f)
 {
-    for (uint32_t i = 0; i < p.recreated_count; ++i)
-        if (p.recreated[i].texture == size.texture) {
-            p.recreated[i] = size;
-            return;
+    const image_texture* target = table_get(d.image_texture_table, layer.flush_texture);
+    if (target == nullptr)
+        return;
+    bind_flat_texture(standing, target->texture);
+    f.texture_copies.push_back({target->texture, layer.flush_width, layer.flush_height});
+    add_command(f, command_copy, f.texture_copies.size());
+}
+
+// The record of a target says what its texture will be once the command has been carried out.
+static void make_target(image_texture& target, const recreate_command& command)
+{
+    std::free(target.pixels);
+    target.pixels = nullptr;
+    target.format = recreated_target_format;
+    target.components = 3;
+    target.width = command.width;
+    target.height = command.height;
+    target.texture = command.texture;
+}
+
+static void plan_recreation(const layer_plan& layer, const document& d, standing_state& standing, frame& f)
+{
+    image_texture* target = table_get(d.image_texture_table, layer.target);
+    if (layer.recreate_width == 0 || target == nullptr)
+        return;
+    forget_texture(standing, target->texture);
+    bind_flat_texture(standing, layer.recreate_texture);
+    f.recreations.push_back({target->texture, layer.recreate_texture, layer.recreate_width, layer.recreate_height});
+    add_command(f, command_recreate, f.recreations.size());
+    make_target(*target, f.recreations.back());
+}
+
+static void plan_viewport(const layer_plan& layer, const frame_tile& tile, frame& f)
+{
+    if (layer.viewport_width == 0)
+        return;
+    const bool cut = tile.width != 0 && layer.target == 0; // the screen, in tiles
+    f.viewports.push_back({cut ? tile.width : layer.viewport_width, cut ? tile.height : layer.viewport_height});
+    add_command(f, command_viewport, f.viewports.size());
+}
+
+static clear_command clear_with(uint8_t bits, const standing_state& standing)
+{
+    clear_command clear = {bits, {}};
+    std::copy_n(standing.clear_color, 4, clear.color);
+    return clear;
+}
+
+// A layer's clear colour takes effect at the next clear, not at its own.
+static void plan_clearing(const layer_plan& layer, standing_state& standing, frame& f)
+{
+    if (layer.clear != clear_nothing) {
+        f.clears.push_back(clear_with(layer.clear, standing));
+        add_command(f, command_clear, f.clears.size());
+    }
+    std::copy_n(layer.clear_color, 3, standing.clear_color);
+    standing.clear_color[3] = 1.0f;
+}
+
+clear_command plan_clear_screen(const standing_state& standing)
+{
+    return clear_with(clear_color | clear_depth, standing);
+}
+
+// ---- projection, camera ---------------------------------------------------------------
+
+// Spreads the tile's part of the projected picture over the whole of it: in clip space
+// x' = (W / w) x + ((W - 2 left) / w - 1) w_clip, and y alike.
+static void cut_projection(const frame_view& view, float projection[16])
+{
+    const double widths[2] = {static_cast<double>(view.width), static_cast<double>(view.height)};
+    const double parts[2] = {static_cast<double>(view.tile.width), static_cast<double>(view.tile.height)};
+    const double begins[2] = {static_cast<double>(view.tile.x), static_cast<double>(view.tile.y)};
+    for (uint32_t row = 0; row < 2; ++row) {
+        const double scale_by = widths[row] / parts[row];
+        const double shift = (widths[row] - 2.0 * begins[row]) / parts[row] - 1.0;
+        for (uint32_t column = 0; column < 4; ++column) {
+            float& cell = projection[column * 4 + row];
+            const double w = static_cast<double>(projection[column * 4 + 3]);
+            cell = static_cast<float>(static_cast<double>(cell) * scale_by + w * shift);
         }
-    p.recreated[p.recreated_count++] = size; // at most one new target a track
-}
-
-uint32_t round_target_side(uint32_t side)
-{
-    if (side < 128)
-        return 64;
-    return side < 256 ? 128 : 256;
-}
-
-// A target's side for `side` pixels of screen; never 0, so that there is always a
-// texture to make.
-static uint32_t fitting_side(uint32_t side, const gl_caps& caps)
-{
-    return caps.npot != 0 ? std::max(side, 1u) : round_target_side(side);
-}
-
-static void plan_flush(planning& p, layer_plan& plan)
-{
-    const image_texture* texture = table_get(p.d.image_texture_table, p.pending_texture);
-    if (texture == nullptr)
-        return;
-    const target_size size = size_of_target(p, p.pending_texture, *texture);
-    plan.flush_texture = p.pending_texture;
-    plan.flush_width = size.width;
-    plan.flush_height = size.height;
-    p.flushed = true;
-}
-
-static void plan_screen(planning& p, layer_plan& plan)
-{
-    plan_flush(p, plan);
-    plan.viewport_width = p.view.width;
-    plan.viewport_height = p.view.height;
-    p.pending_texture = 0;
-}
-
-// Without a texture of its own the layer leaves the target as it is: a pending
-// one is copied now and stays pending.
-static void plan_texture_target(planning& p, const layer_record& layer, layer_plan& plan)
-{
-    plan_flush(p, plan);
-    const image_texture* texture = table_get(p.d.image_texture_table, layer.rtex);
-    if (texture == nullptr)
-        return;
-
-    target_size size = size_of_target(p, layer.rtex, *texture);
-    bool recreate = false;
-    if (render_mode_of(layer.type).quarter) {
-        const uint32_t width = fitting_side(p.view.width / 2, p.caps);
-        const uint32_t height = fitting_side(p.view.height / 2, p.caps);
-        recreate = size.width != width || size.height != height;
-        size = {layer.rtex, width, height};
-    }
-    if (size.width > p.view.width || size.height > p.view.height) {
-        recreate = true;
-        size = {layer.rtex, fitting_side(p.view.width, p.caps), fitting_side(p.view.height, p.caps)};
-    }
-    if (recreate) {
-        plan.recreate_width = size.width;
-        plan.recreate_height = size.height;
-        remember_size(p, size);
-    }
-    plan.target = layer.rtex;
-    plan.viewport_width = size.width;
-    plan.viewport_height = size.height;
-    p.pending_texture = layer.rtex;
-}
-
-static void plan_target(planning& p, const layer_record& layer, layer_plan& plan)
-{
-    p.flushed = false;
-    switch (render_mode_of(layer.type).target) {
-    case mode_draws_to_screen:
-        return plan_screen(p, plan);
-    case mode_draws_to_texture:
-        return plan_texture_target(p, layer, plan);
-    case mode_draws_on:
-        return;
     }
 }
 
-// ---- clearing -------------------------------------------------------------------
-
-// A mode holds the clear back only from the active layer right after it: every active layer
-// overwrites the mark.
-static uint8_t plan_clear(planning& p, const layer_record& layer, uint32_t track)
+static void plan_projection_matrix(const layer_plan& layer, float projection[16])
 {
-    const bool after_flush = p.flushed && !p.previous_keeps;
-    p.previous_keeps = render_mode_of(layer.type).holds_back_clear;
-    if (track == 0 || after_flush)
-        return clear_color | clear_depth;
-    return render_mode_of(layer.type).clears_depth ? clear_depth : clear_nothing;
-}
-
-// Black without a value record.
-static void plan_clear_color(const document& d, const layer_record& layer, layer_plan& plan)
-{
-    const value_record* color = table_get(d.transform_table, layer.clearcolor);
-    if (color == nullptr)
+    switch (static_cast<projection_kind>(layer.projection)) {
+    case projection_kept:
         return;
-    for (uint32_t i = 0; i < 3; ++i)
-        plan.clear_color[i]
-            = value_at(d.function_table, color->values[3 + i], value_is_dynamic(*color, 3 + i), plan.time);
+    case projection_perspective:
+        return set_perspective(projection, layer.fov, layer.aspect, near_distance, layer.far_distance);
+    case projection_orthographic: // (0, 0) is the top left corner
+        return set_orthographic(projection, 0.0f, 1.0f, 1.0f, 0.0f, -1.0f, 1.0f);
+    }
 }
 
-// ---- camera ---------------------------------------------------------------------
-
-static void plan_camera(const document& d, const layer_record& layer, layer_plan& plan)
+static uint32_t add_view(const layer_plan& layer, const frame_view& view, standing_state& standing, frame& f)
 {
-    const auto value = [&](uint32_t index) {
-        return value_at(d.function_table, layer.camera[index], layer.camera_mode[index] != 0, plan.time);
+    plan_projection_matrix(layer, standing.projection);
+    view_state seen;
+    copy_matrix(standing.projection, seen.projection);
+    if (view.tile.width != 0 && layer.target == 0)
+        cut_projection(view, seen.projection);
+    copy_matrix(identity, seen.camera);
+    rotate_z(seen.camera, layer.rotation[2]);
+    rotate_x(seen.camera, layer.rotation[0]);
+    rotate_y(seen.camera, layer.rotation[1]);
+    translate(seen.camera, layer.position[0], layer.position[1], layer.position[2]);
+    f.views.push_back(seen);
+    return static_cast<uint32_t>(f.views.size() - 1);
+}
+
+// ---- materials --------------------------------------------------------------------------
+
+static void upload_pictures(planning& p, const mesh_to_draw& mesh)
+{
+    for (uint32_t i = 0; i < mesh.fresh_count; ++i) {
+        const fresh_picture& fresh = p.f.pictures[mesh.fresh + i];
+        bind_flat_texture(p.standing, fresh.texture->texture);
+        p.f.uploads.push_back({fresh.texture, fresh.pixels});
+        add_command(p.f, command_upload, p.f.uploads.size());
+        p.applied = nullptr;
+    }
+}
+
+// A null material changes nothing.
+static void apply_material(planning& p, const material_record* material)
+{
+    if (material == nullptr || material == p.applied)
+        return;
+    const material_context context = {
+        .d = p.context.d,
+        .caps = &p.context.caps,
+        .time = p.layer.time,
+        .camera_angles = {p.layer.rotation[1], p.layer.rotation[0]},
+        .modelview = p.f.views[p.view].camera,
     };
-    for (uint32_t i = 0; i < 3; ++i)
-        plan.position[i] = value(camera_x + i);
-    for (uint32_t i = 0; i < 3; ++i)
-        plan.rotation[i] = value(camera_rotation_x + i);
-    plan.far_distance = value(camera_far);
+    if (p.context.glsl)
+        apply_material_glsl(*material, context, p.standing);
+    else
+        apply_material_fixed(*material, context, p.standing);
+    p.applied = material;
+    p.material = no_index;
 }
 
-// Quirk: a linked layer keeps the projection in force only when its field of view
-// is constant ("a dynamic field of view sets the projection of a linked layer too").
-static void plan_projection(const planning& p, const layer_record& layer, layer_plan& plan)
+// Writes down what stands, once for all meshes that are drawn with it.
+static void write_state(planning& p)
 {
-    const render_mode_row& mode = render_mode_of(layer.type);
-    plan.aspect = mode.aspect != 0.0f ? mode.aspect : p.view.aspect;
-    plan.fov = layer.camera[camera_fov];
-    plan.depth_test = 1;
-    switch (static_cast<fov_mode>(layer.camera_mode[camera_fov])) {
-    case fov_constant:
-        plan.projection = mode.keeps_projection ? projection_kept : projection_perspective;
+    if (p.material != no_index)
         return;
-    case fov_orthographic:
-        plan.projection = projection_orthographic;
-        plan.depth_test = 0;
-        return;
-    case fov_dynamic:
-        plan.projection = projection_perspective;
-        plan.fov = value_at(p.d.function_table, layer.camera[camera_fov], true, plan.time);
+    p.f.materials.push_back(p.standing.material);
+    p.material = static_cast<uint32_t>(p.f.materials.size() - 1);
+    if (p.context.glsl)
+        p.f.programs.push_back(p.standing.program);
+}
+
+// ---- vertex arrays ------------------------------------------------------------------------
+
+static bool buffers_used(const planning& p)
+{
+    return p.context.caps.vbo == 1;
+}
+
+static array_source own_array(const void* data, uint32_t buffer, bool use_buffer)
+{
+    return use_buffer && buffer != 0 ? array_source{nullptr, buffer, false} : array_source{data, 0, false};
+}
+
+static const float* address_of(const frame& f, const float* live, size_t kept)
+{
+    return kept == not_kept ? live : f.vertices.data() + kept;
+}
+
+// Moved vertices stand in memory, or in the buffers for them, filled anew for every mesh.
+static void choose_moved_vertices(planning& p, const moved_vertices& moved, draw_command& draw)
+{
+    const float* positions = address_of(p.f, moved.positions, moved.kept_positions);
+    const float* normals = address_of(p.f, moved.normals, moved.kept_normals);
+    if (!buffers_used(p) || !moved.streamed) {
+        draw.positions = {positions, 0, false};
+        draw.normals = {normals, 0, false};
         return;
     }
-    plan.projection = projection_kept; // no such mode
+    p.f.vertex_uploads.push_back({positions, normals, moved.vertex_count});
+    add_command(p.f, command_vertices, p.f.vertex_uploads.size());
+    draw.positions = {nullptr, 0, true};
+    draw.normals = {nullptr, 0, normals != nullptr};
 }
 
-// ---- the frame --------------------------------------------------------------------
-
-static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& active)
+static void choose_vertices(planning& p, const mesh_to_draw& mesh, draw_command& draw)
 {
-    const layer_record& layer = p.d.timeline->layers[track][active.layer];
-    layer_plan plan = {};
-    plan.track = track;
-    plan.layer = active.layer;
-    plan.time = active.local_time + layer.offset;
-    plan_target(p, layer, plan);
-    plan_camera(p.d, layer, plan);
-    plan.clear = plan_clear(p, layer, track);
-    plan_projection(p, layer, plan);
-    plan_clear_color(p.d, layer, plan);
-    if (table_get(p.d.scene_table, layer.model_id) != nullptr)
-        plan.model_id = layer.model_id;
-    return plan;
+    if (mesh.moved != no_index)
+        return choose_moved_vertices(p, p.f.moved[mesh.moved], draw);
+    draw.positions = own_array(mesh.mesh->positions, mesh.mesh->position_buffer, buffers_used(p));
+    draw.normals = own_array(mesh.mesh->normals, mesh.mesh->normal_buffer, buffers_used(p));
 }
 
-frame_plan plan_frame(const document& d, uint32_t time, const frame_view& view, const gl_caps& caps)
+// Coordinate sets of the three units: a mesh with one set gives it to all, with two unit 2
+// takes the second (unit 3 the first), with three each its own. None where the mesh has
+// none: its vertices all have the coordinates (0, 0).
+static void choose_coordinates(const planning& p, const mesh_arrays& mesh, draw_command& draw)
 {
-    frame_plan frame = {};
-    if (d.timeline == nullptr || is_over(*d.timeline, time))
-        return frame;
-
-    planning p = {.d = d,
-        .view = view,
-        .caps = caps,
-        .pending_texture = 0,
-        .flushed = false,
-        .previous_keeps = false,
-        .recreated = {},
-        .recreated_count = 0};
-    for (uint32_t track = 0; track < track_count; ++track) {
-        const active_layer active = find_layer(*d.timeline, track, time);
-        if (!active.found)
-            continue;
-        layer_plan& plan = frame.layers[frame.layer_count++];
-        plan = plan_layer(p, track, active);
-        if (plan.model_id != 0)
-            ++frame.drawn;
+    const uint32_t sets = std::min(mesh.texcoord_sets, max_texcoord_sets);
+    for (uint32_t unit = 0; unit < texture_unit_count && sets > 0; ++unit) {
+        const uint32_t set = unit < sets ? unit : 0;
+        draw.coordinates[unit] = own_array(mesh.texcoords[set], mesh.texcoord_buffer[set], buffers_used(p));
     }
-    return frame;
+}
+
+// The lines of a wireframe go into a buffer of their own at their first use, from which they
+// are drawn afterwards.
+static void choose_lines(planning& p, mesh_arrays& mesh, draw_command& draw)
+{
+    if (mesh.line_indices == nullptr)
+        generate_line_index_array(mesh);
+    draw.lines = true;
+    draw.index_count = mesh.line_indices == nullptr ? 0 : mesh.index_count / 3 * 6;
+    draw.indices = own_array(mesh.line_indices, mesh.line_index_buffer, buffers_used(p));
+    if (!buffers_used(p) || mesh.index_buffer == 0 || mesh.line_index_buffer != 0 || mesh.line_indices == nullptr)
+        return;
+    p.f.line_uploads.push_back({&mesh});
+    add_command(p.f, command_lines, p.f.line_uploads.size());
+}
+
+static void choose_elements(planning& p, const mesh_to_draw& mesh, draw_command& draw)
+{
+    const bool wireframe = mesh.material != nullptr && mesh.material->wireframe != 0;
+    if (draw.program != no_index && wireframe)
+        return choose_lines(p, *mesh.mesh, draw);
+    draw.index_count = mesh.mesh->index_count;
+    draw.indices = own_array(mesh.mesh->indices, mesh.mesh->index_buffer, buffers_used(p));
+}
+
+// ---- copies -------------------------------------------------------------------------------
+
+// modelview = camera x the placement's transform.
+static void transform_copy(const planning& p, const mesh_to_draw& mesh, const placement& place, float modelview[16])
+{
+    copy_matrix(p.f.views[p.view].camera, modelview);
+    translate(modelview, place.position[0] + mesh.pen, place.position[1], place.position[2]);
+    if (mesh.facing_camera) {
+        rotate_y(modelview, -p.layer.rotation[1]);
+        rotate_x(modelview, -p.layer.rotation[0]);
+        rotate_z(modelview, -p.layer.rotation[2]);
+    }
+    rotate_x(modelview, place.rotation[0]);
+    rotate_y(modelview, place.rotation[1]);
+    rotate_z(modelview, place.rotation[2]);
+    scale(modelview, place.scale[0], place.scale[1], place.scale[2]);
+}
+
+static void transform_copies(planning& p, const mesh_to_draw& mesh, draw_command& draw)
+{
+    draw.first_copy = static_cast<uint32_t>(p.f.copies.size());
+    draw.copy_count = mesh.placement_count;
+    const bool turns_normals = draw.program != no_index && p.standing.program.normal_matrix >= 0;
+    p.f.copies.resize(p.f.copies.size() + mesh.placement_count);
+    for (uint32_t i = 0; i < mesh.placement_count; ++i) {
+        copy_transform& copy = p.f.copies[draw.first_copy + i];
+        transform_copy(p, mesh, p.f.placements[mesh.first_placement + i], copy.modelview);
+        if (turns_normals)
+            compute_normal_matrix(copy.modelview, copy.normal_matrix);
+    }
+}
+
+// ---- meshes -------------------------------------------------------------------------------
+
+static bool has_triangles(const mesh_arrays& mesh)
+{
+    return mesh.vertex_count != 0 && mesh.positions != nullptr && mesh.index_count != 0 && mesh.indices != nullptr;
+}
+
+// On the shader path a mesh is drawn by the fixed pipeline as long as no material has
+// chosen a program, and not at all with a program that did not build.
+static void plan_draw(planning& p, const mesh_to_draw& mesh)
+{
+    const uint8_t status = p.context.glsl ? p.standing.program.status : uint8_t{program_never};
+    if (status == program_failed || mesh.placement_count == 0)
+        return;
+    write_state(p);
+    draw_command draw = {};
+    draw.view = p.view;
+    draw.material = p.material;
+    draw.program = status == program_ready ? static_cast<uint32_t>(p.f.programs.size() - 1) : no_index;
+
+    choose_vertices(p, mesh, draw);
+    choose_coordinates(p, *mesh.mesh, draw);
+    choose_elements(p, mesh, draw);
+    transform_copies(p, mesh, draw);
+    p.f.draws.push_back(draw);
+    add_command(p.f, command_draw, p.f.draws.size());
+}
+
+// A mesh without triangles (a swarm is one) draws nothing, but its material is applied:
+// a later mesh without a material is drawn with the state as it stands.
+static void plan_mesh(planning& p, const mesh_to_draw& mesh)
+{
+    upload_pictures(p, mesh);
+    apply_material(p, mesh.material);
+    if (has_triangles(*mesh.mesh))
+        plan_draw(p, mesh);
+}
+
+void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t end_mesh, const draw_context& context,
+    const frame_view& view, standing_state& standing, frame& f)
+{
+    assert(context.d != nullptr && first_mesh <= end_mesh && end_mesh <= f.meshes.size());
+    if (layer.flush_texture != 0)
+        plan_copy(layer, *context.d, standing, f);
+    plan_recreation(layer, *context.d, standing, f);
+    plan_viewport(layer, view.tile, f);
+    plan_clearing(layer, standing, f);
+    standing.material.depth_test = layer.depth_test != 0;
+    planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr};
+    for (uint32_t i = first_mesh; i < end_mesh; ++i)
+        plan_mesh(p, f.meshes[i]);
+}
+
+void plan_frame(const frame_layers& layers, const draw_context& context, const frame_view& view, renderer& r,
+    frame_cost_record* costs)
+{
+    clear_planned(r.f);
+    for (uint32_t i = 0; i < layers.layer_count; ++i) {
+        const auto begin = start_cost(costs);
+        const uint32_t first = i == 0 ? 0 : r.f.mesh_end[i - 1];
+        plan_layer_commands(layers.layers[i], first, r.f.mesh_end[i], context, view, r.standing, r.f);
+        r.f.command_end[i] = static_cast<uint32_t>(r.f.commands.size());
+        add_cost(costs, i, begin);
+    }
 }

@@ -1,74 +1,28 @@
-// The frame plan: which layers a moment shows, into which target, cleared how,
-// seen from where - as plain records, without OpenGL.
+// The plan of a frame: from layers and what was advanced for them to a list of commands,
+// without OpenGL.
 //
-// plan_frame decides everything that compositor_gl then carries out in order.
-// Times are ticks of 1/100 s, sizes pixels, angles degrees.
+// Commands say everything by value - what each mesh is drawn with, from where, as what -
+// so that drawing decides nothing. What stands from frame to frame is changed as drawing
+// in order would change it.
 #pragma once
 
 #include "model/capabilities.h"
-#include "model/document.h"
+#include "render/frame.h"
+#include "render/frame_advance.h"
+#include "render/layer_plan.h"
 
-#include <cstdint>
+// Plans one layer: layers in order, after clear_planned, each with the meshes that
+// advancing listed for it (`first_mesh` up to `end_mesh`). A target that the layer
+// recreates gets its new size and name in its record here.
+void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t end_mesh, const draw_context& context,
+    const frame_view& view, standing_state& standing, frame& f);
 
-enum projection_kind : uint8_t {
-    projection_kept, // the one in force stays
-    projection_perspective,
-    projection_orthographic // (0, 0) top left, (1, 1) bottom right
-};
+// Plans the commands of a frame that was advanced. With a tile in the view, only that part of
+// the screen is planned, into the lower left corner of the frame buffer; render targets are not
+// cut, so a frame that has them is not right in tiles. Each tile is planned from what stood
+// before the frame.
+void plan_frame(const frame_layers& layers, const draw_context& context, const frame_view& view, renderer& r,
+    frame_cost_record* costs = nullptr);
 
-enum clear_bits : uint8_t { clear_nothing = 0, clear_depth = 1, clear_color = 2 };
-
-struct layer_plan {
-    uint32_t track;
-    uint32_t layer;
-    uint32_t time;          // function time: local time + offset
-    uint32_t flush_texture; // image_texture handle to copy the frame buffer into first; 0 none
-    uint32_t flush_width;   // size of that copy
-    uint32_t flush_height;
-    uint32_t target;         // image_texture handle that the layer draws for; 0: none of its own
-    uint32_t recreate_width; // not 0: recreate the target's texture at this size first
-    uint32_t recreate_height;
-    uint32_t viewport_width; // 0: the viewport stays
-    uint32_t viewport_height;
-    uint8_t clear;      // clear_bits
-    uint8_t depth_test; // 1 enable, 0 disable
-    uint8_t projection; // projection_kind
-    float fov;          // degrees; for the perspective projection
-    float aspect;
-    float far_distance;
-    float clear_color[3]; // takes effect at the next clear
-    float position[3];    // camera translation
-    float rotation[3];    // about x, y, z
-    uint32_t model_id;    // scene handle; 0 draws nothing
-};
-
-struct frame_plan {
-    uint32_t layer_count; // active layers, in track order
-    layer_plan layers[track_count];
-    uint32_t drawn; // layers with a model: what compose_frame returns
-};
-
-// A part of a picture that is too large to be drawn at once: a rectangle of the whole
-// screen, x and y counted from its lower left corner.
-struct frame_tile {
-    uint32_t x; // pixels
-    uint32_t y;
-    uint32_t width; // 0: no tile, the whole screen is drawn
-    uint32_t height;
-};
-
-struct frame_view {
-    uint32_t width; // screen, pixels
-    uint32_t height;
-    float aspect; // width / height for projection
-    frame_tile tile = {0, 0, 0, 0};
-};
-
-// Plans the frame of `time`. Texture sizes are those of the document's records;
-// a recreated target counts with its new size for the rest of the frame. The
-// document's function caches change, nothing else.
-frame_plan plan_frame(const document& d, uint32_t time, const frame_view& view, const gl_caps& caps);
-
-// A side of a render target without non-power-of-two textures: 64 below 128, 128
-// below 256, else 256.
-uint32_t round_target_side(uint32_t side);
+// A clear of all of the screen, as the last layer's clear colour says.
+clear_command plan_clear_screen(const standing_state& standing);

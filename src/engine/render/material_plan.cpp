@@ -1,7 +1,7 @@
 #include "render/material_plan.h"
 
+#include "content/matrix.h"
 #include "model/values.h"
-#include "render/matrix.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -103,7 +103,7 @@ static void evaluate_triple(const value_record& record, uint32_t first, const do
         out[i] = value_at(d.function_table, record.values[first + i], value_is_dynamic(record, first + i), time);
 }
 
-bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& out)
+bool plan_light(uint32_t light, const document& d, uint32_t time, light_state& out)
 {
     const value_record* record = table_get(d.transform_table, light);
     if (record == nullptr)
@@ -131,9 +131,9 @@ void widen_fog(float& start, float& end)
     end = std::max(start + least_fog_width, std::nextafter(start, FLT_MAX));
 }
 
-fog_plan plan_fog(const material_record& material, const document& d, uint32_t time)
+fog_state plan_fog(const material_record& material, const document& d, uint32_t time)
 {
-    fog_plan fog = {.color = {1.0f, 1.0f, 1.0f}, .start = 0.0f, .end = 0.0f};
+    fog_state fog = {.color = {1.0f, 1.0f, 1.0f}, .start = 0.0f, .end = 0.0f};
     if (const value_record* record = table_get(d.transform_table, material.fogcolor))
         evaluate_triple(*record, 3, d, time, fog.color);
     fog.start = value_at(d.function_table, material.fogstart, material.fogstart_dynamic != 0, time);
@@ -144,15 +144,15 @@ fog_plan plan_fog(const material_record& material, const document& d, uint32_t t
 
 // ---- the texture matrix ---------------------------------------------------------
 
-void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2])
+void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2], float out[16])
 {
-    reset_texture_matrix();
+    copy_matrix(identity, out);
     if (rotation) {
-        translate_texture(0.5f, 0.5f, 0.0f);
-        rotate_z(-camera_angles[0], select_texture);
-        translate_texture(-0.5f, -0.5f, 0.0f);
+        translate(out, 0.5f, 0.5f, 0.0f);
+        rotate_z(out, -camera_angles[0]);
+        translate(out, -0.5f, -0.5f, 0.0f);
     } else if (camera_rotation) {
-        rotate_y(-camera_angles[0], select_texture);
-        rotate_x(-camera_angles[1], select_texture);
+        rotate_y(out, -camera_angles[0]);
+        rotate_x(out, -camera_angles[1]);
     }
 }

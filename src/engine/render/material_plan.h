@@ -1,12 +1,13 @@
 // The material plan: the numbers that a material means at a moment - colours,
 // lights, fog, the pictures of its texture units - without OpenGL.
 //
-// material_gl hands them over. Times are ticks of 1/100 s, angles degrees. Dangling
+// material_state puts them together. Times are ticks of 1/100 s, angles degrees. Dangling
 // references count as none. Evaluating changes the functions' caches, nothing else.
 #pragma once
 
 #include "model/document.h"
 #include "model/records.h"
+#include "render/frame.h"
 
 #include <cstdint>
 
@@ -71,18 +72,6 @@ struct unit_plan {
 uint32_t plan_units(
     const material_record& material, const texture_tables& tables, uint32_t limit, unit_plan units[texture_unit_count]);
 
-struct light_plan {
-    float ambient[3];
-    float diffuse[3];
-    float position[3];
-};
-
-struct fog_plan {
-    float color[3];
-    float start; // distances from the eye
-    float end;
-};
-
 // Red, green, blue, alpha.
 void plan_color(const material_record& material, const document& d, uint32_t time, float color[4]);
 
@@ -90,7 +79,7 @@ void plan_color(const material_record& material, const document& d, uint32_t tim
 float plan_line_width(const material_record& material, const document& d, uint32_t time);
 
 // False, and nothing written, for a light that does not exist.
-bool plan_light(uint32_t light, const document& d, uint32_t time, light_plan& out);
+bool plan_light(uint32_t light, const document& d, uint32_t time, light_state& out);
 
 // Only a light's position; false as above.
 bool plan_light_position(uint32_t light, const document& d, uint32_t time, float position[3]);
@@ -103,10 +92,10 @@ constexpr float least_fog_width = 0.001f;
 void widen_fog(float& start, float& end);
 
 // White without a fog colour; start and end are never equal.
-fog_plan plan_fog(const material_record& material, const document& d, uint32_t time);
+fog_state plan_fog(const material_record& material, const document& d, uint32_t time);
 
-// Fills matrices.texture_matrix for a unit: turned about the picture's centre by the
+// The texture matrix of a unit: turned about the picture's centre by the
 // first camera angle where `rotation` is set, else turned back by both where
 // `camera_rotation` is (so that reflections stay fixed in the world), else the identity.
 // `camera_angles` are the rotations about y and about x.
-void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2]);
+void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2], float out[16]);

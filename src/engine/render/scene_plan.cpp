@@ -39,30 +39,19 @@ placement object_placement(const scene_object& object, const table<animation_fun
 
 const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d)
 {
-    if (manipulator.model_type == 1) {
+    switch (static_cast<placer_model_kind>(manipulator.model_type)) {
+    case placer_mesh: {
+        const mesh_record* mesh = table_get(d.mesh_table, manipulator.model);
+        return mesh == nullptr ? nullptr : &mesh->arrays;
+    }
+    case placer_effect: {
         const mesh_effect* effect = table_get(d.effect_table, manipulator.model);
         return effect == nullptr ? nullptr : &effect->mesh;
     }
-    if (manipulator.model_type != 0)
-        return nullptr;
-    const mesh_record* mesh = table_get(d.mesh_table, manipulator.model);
-    return mesh == nullptr ? nullptr : &mesh->arrays;
-}
-
-placed_copies place_copies(const scene_object& object, const document& d, uint32_t time, const mesh_arrays* mesh)
-{
-    placed_copies copies = {placement_list_new(object_placement(object, d.function_table, time)), false};
-    const uint32_t count = std::min(object.manipulator_count, max_manipulators);
-    for (uint32_t i = 0; i < count && copies.list != nullptr; ++i) {
-        const manipulator_record& manipulator = object.manipulators[i];
-        const uint32_t param_count = std::min(manipulator_param_count(manipulator.type), max_manipulator_params);
-        float params[max_manipulator_params] = {};
-        for (uint32_t p = 0; p < param_count; ++p)
-            params[p] = value_at(d.function_table, manipulator.params[p], time);
-        copies.list = apply_manipulator(copies.list, manipulator.type, params, mesh, manipulator_model(manipulator, d));
-        copies.rippled |= manipulator.type == manipulator_rippler && mesh != nullptr;
+    case placer_model_kind_count:
+        break;
     }
-    return copies;
+    return nullptr;
 }
 
 std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t object_number)
@@ -72,45 +61,7 @@ std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t o
         + std::to_string(max_placements) + " are drawn.";
 }
 
-// ---- vertex arrays --------------------------------------------------------------
-
-// `taken` vertices of the cache, then the mesh's own. Null when memory is out.
-static float* merge_vertices(const float* cached, const float* own, uint32_t taken, uint32_t count)
-{
-    float* merged = static_cast<float*>(std::malloc(size_t{count} * 3 * sizeof(float)));
-    if (merged == nullptr)
-        return nullptr;
-    std::copy_n(cached, size_t{taken} * 3, merged);
-    std::copy(own + size_t{taken} * 3, own + size_t{count} * 3, merged + size_t{taken} * 3);
-    return merged;
-}
-
-rippled_arrays merge_rippled_arrays(const mesh_arrays& mesh, const rippler_cache& cache)
-{
-    rippled_arrays arrays = {};
-    const uint32_t taken = std::min(mesh.vertex_count, cache.vertex_count);
-    if (taken == 0 || cache.positions == nullptr || cache.normals == nullptr || mesh.positions == nullptr)
-        return arrays;
-    if (taken == mesh.vertex_count) {
-        arrays.from_cache = true;
-        arrays.positions = cache.positions;
-        arrays.normals = mesh.normals == nullptr ? nullptr : cache.normals;
-        return arrays;
-    }
-    arrays.owned_positions = merge_vertices(cache.positions, mesh.positions, taken, mesh.vertex_count);
-    if (mesh.normals != nullptr)
-        arrays.owned_normals = merge_vertices(cache.normals, mesh.normals, taken, mesh.vertex_count);
-    arrays.positions = arrays.owned_positions;
-    arrays.normals = arrays.owned_normals;
-    return arrays;
-}
-
-void release_rippled_arrays(rippled_arrays& arrays)
-{
-    std::free(arrays.owned_positions);
-    std::free(arrays.owned_normals);
-    arrays = {};
-}
+// ---- lines ----------------------------------------------------------------------
 
 void generate_line_index_array(mesh_arrays& mesh)
 {

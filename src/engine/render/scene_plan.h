@@ -1,9 +1,7 @@
 // The scene plan: what a placed object means at a moment - its own time, whether it
-// shows, where its copies stand - without OpenGL.
+// shows, where it stands - without OpenGL.
 //
-// Times are ticks of 1/100 s. Placement lists are owned by whoever asks for them
-// (placement_list_free). Evaluating changes function caches and the rippler's cache,
-// nothing else.
+// Times are ticks of 1/100 s. Evaluating changes function caches, nothing else.
 #pragma once
 
 #include "effects/manipulator.h"
@@ -29,34 +27,11 @@ bool faces_camera(const scene_record& scene, uint32_t object_number);
 // The nine animated values of the object itself.
 placement object_placement(const scene_object& object, const table<animation_function>& functions, uint32_t time);
 
-struct placed_copies {
-    placement_list* list; // owned; never null unless memory ran out
-    bool rippled;         // a rippler deformed the mesh: positions and normals come from its cache
-};
-
-// The object's placements after its manipulators, in order. `mesh` is what the object
-// draws; null for texts, which no rippler deforms.
-placed_copies place_copies(const scene_object& object, const document& d, uint32_t time, const mesh_arrays* mesh);
-
 // The line that says of an object (from 0) of a scene that its copies end too early.
 std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t object_number);
 
 // The mesh a manipulator names: of mesh_table, or of an effect with model_type 1. Null: none.
 const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d);
-
-// Positions and normals of a rippled mesh: the cache's own arrays where it has enough
-// vertices, otherwise copies that continue with the mesh's own. Null fields: draw the
-// mesh's own arrays (the cache is empty).
-struct rippled_arrays {
-    const float* positions;
-    const float* normals;   // null where the mesh has none
-    bool from_cache;        // the arrays are the cache's
-    float* owned_positions; // the copies; release_rippled_arrays frees them
-    float* owned_normals;
-};
-
-rippled_arrays merge_rippled_arrays(const mesh_arrays& mesh, const rippler_cache& cache);
-void release_rippled_arrays(rippled_arrays& arrays);
 
 // The lines of a mesh's triangles: a, b, b, c, c, a each, 2 x index_count indices in
 // mesh.line_indices (made anew, owned by the mesh). Prints "GenerateLineIndexArray" on

@@ -1,35 +1,48 @@
 #include "render/texture_unit_gl.h"
 
-#include "render/material_gl.h"
-#include "render/matrix.h"
+#include "render/bindings_gl.h"
+#include "render/material_plan.h"
 
 #include <GL/glew.h>
 
 // ---- the picture ----------------------------------------------------------------
 
-static GLenum texture_target(const unit_plan& unit)
+static GLint wrap_constant(uint8_t wrap)
 {
-    return unit.cube_map ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D;
-}
-
-static GLint wrap_constant(uint8_t wrapmode)
-{
-    switch (wrapmode) {
-    case 0:
+    switch (static_cast<wrap_kind>(wrap)) {
+    case wrap_repeat:
         return GL_REPEAT;
-    case 1:
+    case wrap_edge_clamp:
         return GL_CLAMP_TO_EDGE;
+    case wrap_kind_count:
+        break;
     }
     return GL_REPEAT; // beyond the catalogue
 }
 
-void bind_unit_texture(const unit_plan& unit)
+// The texture is bound to the unit. How it wraps stays with it wherever it is bound.
+static void set_wrap(uint32_t number, bool cube_map, uint32_t texture, uint8_t wrap, gl_state& gl)
 {
-    const GLenum target = texture_target(unit);
-    const GLint wrap = wrap_constant(unit.wrapmode);
-    glBindTexture(target, unit.texture);
-    glTexParameteri(target, GL_TEXTURE_WRAP_S, wrap);
-    glTexParameteri(target, GL_TEXTURE_WRAP_T, wrap);
+    if (texture >= gl.wraps.size())
+        gl.wraps.resize(size_t{texture} + 1, unknown_kind);
+    if (gl.wraps[texture] == wrap || wrap == wrap_as_it_is)
+        return;
+    gl.wraps[texture] = wrap;
+    select_unit_gl(number, gl);
+    const GLenum target = cube_map ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D;
+    glTexParameteri(target, GL_TEXTURE_WRAP_S, wrap_constant(wrap));
+    glTexParameteri(target, GL_TEXTURE_WRAP_T, wrap_constant(wrap));
+}
+
+void bind_unit_gl(uint32_t number, const unit_state& unit, gl_state& gl)
+{
+    const uint32_t texture = unit.cube_map ? unit.cube_texture : unit.flat_texture;
+    const uint32_t other = unit.cube_map ? unit.flat_texture : unit.cube_texture;
+    if (other != 0) // a program may look at it
+        bind_texture_gl(number, !unit.cube_map, other, gl);
+    bind_texture_gl(number, unit.cube_map, texture, gl);
+    if (texture != 0)
+        set_wrap(number, unit.cube_map, texture, unit.wrap, gl);
 }
 
 // ---- coordinates ----------------------------------------------------------------
@@ -49,9 +62,9 @@ static void set_generation(bool s_and_t, bool r)
     set_enabled(GL_TEXTURE_GEN_R, r);
 }
 
-static void set_coordinate_generation(uint8_t cgenmode)
+static void set_coordinate_generation(uint8_t coordinates)
 {
-    switch (static_cast<coordinate_generation>(cgenmode)) {
+    switch (static_cast<coordinate_generation>(coordinates)) {
     case coordinates_off:
         break;
     case coordinates_sphere:
@@ -65,6 +78,13 @@ static void set_coordinate_generation(uint8_t cgenmode)
         return set_generation(true, true);
     }
     set_generation(false, false);
+}
+
+static void load_texture_matrix(const float matrix[16])
+{
+    glMatrixMode(GL_TEXTURE);
+    glLoadMatrixf(matrix);
+    glMatrixMode(GL_MODELVIEW);
 }
 
 // ---- the combiner ---------------------------------------------------------------
@@ -204,19 +224,45 @@ static void set_combine(uint32_t number, uint8_t mode, const gl_caps& caps)
 
 // ---- the unit -------------------------------------------------------------------
 
-void set_fixed_unit(uint32_t number, const unit_plan& unit, const gl_caps& caps, const float camera_angles[2])
+static void switch_unit_off(uint32_t number, gl_state& gl)
 {
-    glEnable(GL_TEXTURE_2D);
-    set_enabled(GL_TEXTURE_CUBE_MAP, unit.cube_map); // it would win over a flat picture
-    bind_unit_texture(unit);
-    set_coordinate_generation(unit.cgenmode);
-    build_texture_matrix(unit.rotation != 0, unit.cube_map, camera_angles);
-    load_matrix(select_texture);
-    set_combine(number, unit.combine_mode, caps);
+    known_unit& known = gl.units[number];
+    if (known.flat == switched_off && known.cube == switched_off)
+        return;
+    select_unit_gl(number, gl);
+    switch_gl(GL_TEXTURE_2D, false, known.flat);
+    switch_gl(GL_TEXTURE_CUBE_MAP, false, known.cube);
 }
 
-void disable_fixed_unit()
+static void switch_unit_on(uint32_t number, bool cube_map, gl_state& gl)
 {
-    glDisable(GL_TEXTURE_2D);
-    glDisable(GL_TEXTURE_CUBE_MAP);
+    known_unit& known = gl.units[number];
+    if (known.flat == switched_on && known.cube == (cube_map ? switched_on : switched_off))
+        return;
+    select_unit_gl(number, gl);
+    switch_gl(GL_TEXTURE_2D, true, known.flat);
+    switch_gl(GL_TEXTURE_CUBE_MAP, cube_map, known.cube); // it would win over a flat picture
+}
+
+void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& caps, gl_state& gl)
+{
+    if (!unit.on)
+        return switch_unit_off(number, gl);
+    known_unit& known = gl.units[number];
+    switch_unit_on(number, unit.cube_map, gl);
+    bind_unit_gl(number, unit, gl);
+    if (known.coordinates != unit.coordinates) {
+        known.coordinates = unit.coordinates;
+        select_unit_gl(number, gl);
+        set_coordinate_generation(unit.coordinates);
+    }
+    if (remember_numbers(unit.matrix, known.matrix, 16, known.has_matrix)) {
+        select_unit_gl(number, gl);
+        load_texture_matrix(unit.matrix);
+    }
+    if (known.combine_mode != unit.combine_mode) {
+        known.combine_mode = unit.combine_mode;
+        select_unit_gl(number, gl);
+        set_combine(number, unit.combine_mode, caps);
+    }
 }

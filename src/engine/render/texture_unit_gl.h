@@ -1,17 +1,14 @@
-// One texture unit of the fixed-function pipeline: its picture, coordinates, matrix
+// One texture unit: its picture, and for the fixed-function pipeline its coordinates, matrix
 // and combiner.
 #pragma once
 
 #include "model/capabilities.h"
-#include "render/material_plan.h"
+#include "render/gl_state.h"
 
 #include <cstdint>
 
-// Binds a unit's picture to the active unit and sets its wrap modes.
-void bind_unit_texture(const unit_plan& unit);
+// The unit's pictures, bound and wrapping as they should.
+void bind_unit_gl(uint32_t number, const unit_state& unit, gl_state& gl);
 
-// Everything but the coordinate array, for the active unit (number 0..2).
-void set_fixed_unit(uint32_t number, const unit_plan& unit, const gl_caps& caps, const float camera_angles[2]);
-
-// Switches the active unit's texturing off.
-void disable_fixed_unit();
+// Everything but the coordinate array; a unit that takes no part is switched off.
+void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& caps, gl_state& gl);

@@ -1,6 +1,5 @@
 #include "shell/display_gl.h"
 
-#include "render/matrix.h"
 #include "shell/capability_report.h"
 #include "shell/display_ladder.h"
 #include "shell/driver_gl.h"
@@ -65,7 +64,6 @@ static display_result open_window(player_display& display, const player_choices&
 // The first visible frame is black.
 static void begin_drawing(app_window& window, bool fullscreen)
 {
-    init_matrices();
     clear_screen_gl();
     window_swap(window);
     set_unchanging_state_gl();

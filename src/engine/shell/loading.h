@@ -60,5 +60,6 @@ void release_document_gl(document& d);
 // what it left. A second call does nothing.
 void unload_document_memory(document& d);
 
-// Both. A second call does nothing.
+// Both. A second call does nothing. Who goes on drawing in this context must forget the names
+// that it knows (forget_objects): the driver gives them again.
 void unload_document(document& d);

@@ -37,14 +37,15 @@ static loading_options options_for(const player_display& display, const gl_caps&
 
 // The loading screen's clock is the progress itself: its first second is shown from tick 0
 // to tick 100 as the items of the production are made.
-static void show_loading_frame(document& loading, player_display& display, player_clock& clock)
+static void show_loading_frame(document& loading, player_display& display, player_clock& clock, renderer& drawing)
 {
     assert(clock.progress_total > 0 && clock.progress_done <= clock.progress_total);
     const int64_t percent = static_cast<int64_t>(clock.progress_done) * 100 / clock.progress_total;
-    compose_frame(
-        loading, static_cast<uint32_t>(percent), screen_view(display), display.loading_caps, display.glsl_path == 1);
+    forget_objects(drawing.gl); // the production's have been made since the last frame
+    compose_frame(loading, static_cast<uint32_t>(percent), screen_view(display), display.loading_caps,
+        display.glsl_path == 1, drawing);
     window_swap(display.window);
-    clear_screen_gl();
+    clear_standing_gl(drawing);
     clock.progress_ticks = window_ticks();
 }
 
@@ -60,8 +61,8 @@ static bool load_loading_screen(player_show& show, const player_display& display
 
 // Makes the production section by section, with a loading frame at most every 50 ms. `tree` holds its elements
 // then, null for a pack without one. False: `problem` holds the line to print.
-static bool load_production(
-    player_show& show, player_display& display, player_clock& clock, owned_tree& tree, std::string& problem)
+static bool load_production(player_show& show, player_display& display, player_clock& clock, renderer& drawing,
+    owned_tree& tree, std::string& problem)
 {
     assert(show.pack != nullptr && tree == nullptr);
     clock.progress_ticks = window_ticks(); // reading and inflating count towards the first interval
@@ -77,7 +78,7 @@ static bool load_production(
         case read_record:
             clock.progress_done += loader.reader.section <= section_timeline ? 1 : 0;
             if (window_ticks() - clock.progress_ticks > loading_frame_interval_ms)
-                show_loading_frame(show.loading, display, clock);
+                show_loading_frame(show.loading, display, clock, drawing);
             break;
         case read_section_end:
             break;
@@ -131,13 +132,14 @@ static void close_pack(player_show& show)
 }
 
 // One pass a frame, as fast as drawing and swapping allow: the clock decides what is shown.
-static void play(player_settings& settings)
+static void play(player_settings& settings, renderer& drawing)
 {
     const player_display& display = settings.display;
     player_clock& clock = settings.clock;
+    forget_objects(drawing.gl); // the production has been made
     for (;;) {
         const uint32_t drawn = compose_frame(settings.show.production, clock.production_time_ms / 10,
-            screen_view(display), display.caps, display.glsl_path == 1);
+            screen_view(display), display.caps, display.glsl_path == 1, drawing);
         if (drawn == 0) {
             close_pack(settings.show);
             print_benchmark(clock);
@@ -174,10 +176,11 @@ static void leave_dialog(player_show& show, app_window& window)
     window_shut_down(window);
 }
 
-static void leave_show(player_show& show, app_window& window)
+static void leave_show(player_show& show, renderer& drawing, app_window& window)
 {
     std::puts("Bye!");
     unload_document(show.production);
+    release_renderer_gl(drawing);
     timeline_free(std::exchange(show.production_timeline, nullptr)); // still here when there was no production
     window_shut_down(window);
 }
@@ -224,18 +227,19 @@ int run_player(int argc, char** argv)
         return 0;
 
     // The show.
+    renderer drawing;
     {
         owned_tree tree;
         std::string problem;
         if (!load_loading_screen(settings.show, settings.display, problem)
-            || !load_production(settings.show, settings.display, settings.clock, tree, problem))
+            || !load_production(settings.show, settings.display, settings.clock, drawing, tree, problem))
             return report_broken(settings.display.window, problem);
         if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
         unload_document_memory(settings.show.loading); // its OpenGL objects may be seen in the show's first frames
     }
     start_clock(settings.clock, settings.choices, settings.show.music);
-    play(settings);
-    leave_show(settings.show, settings.display.window);
+    play(settings, drawing);
+    leave_show(settings.show, drawing, settings.display.window);
     return 0;
 }

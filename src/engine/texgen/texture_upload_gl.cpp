@@ -11,7 +11,6 @@
 
 constexpr uint32_t bump_format = 0x86F6;      // internal format, and external format of 3 components
 constexpr uint32_t bump_format_of_4 = 0x86F7; // external format of 4 components
-constexpr uint32_t target_components = 3;     // as an internal format: RGB
 
 static uint32_t internal_format_of(const texture_format_table& formats, uint8_t index)
 {
@@ -196,21 +195,15 @@ void release_cube_map_gl(cube_map& cube)
     drop_texture(cube.texture);
 }
 
-void recreate_target_gl(image_texture& image, uint32_t width, uint32_t height)
+void recreate_target_gl(uint32_t old_texture, uint32_t texture, uint32_t width, uint32_t height)
 {
-    glDeleteTextures(1, &image.texture);
-    free_pixels(image.pixels);
-    image.format = target_components;
-    image.components = 3;
-    image.width = width;
-    image.height = height;
-    glGenTextures(1, &image.texture);
-    glBindTexture(GL_TEXTURE_2D, image.texture);
+    glDeleteTextures(1, &old_texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
     // Black, so that a target that is shown before its first copy is the same on every run.
     uint8_t* black = nullptr;
     if (uint64_t{width} * height < (uint64_t{1} << 31) / 3)
         black = static_cast<uint8_t*>(std::calloc(size_t{width} * height, 3));
-    upload_base_level(GL_TEXTURE_2D, {width, height, 3, black}, image.format, GL_RGB);
+    upload_base_level(GL_TEXTURE_2D, {width, height, 3, black}, recreated_target_format, GL_RGB);
     set_filters(GL_TEXTURE_2D, GL_LINEAR, GL_LINEAR);
     std::free(black);
 }

@@ -44,6 +44,6 @@ void release_image_texture_gl(image_texture& image);
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats);
 void release_cube_map_gl(cube_map& cube);
 
-// Replaces a render target's texture by an empty (black) RGB one of the given size,
-// both filters linear. Its internal format is literally 3, the old way to say RGB.
-void recreate_target_gl(image_texture& image, uint32_t width, uint32_t height);
+// Deletes a render target's texture and makes an empty (black) RGB one of the given size and
+// name, both filters linear.
+void recreate_target_gl(uint32_t old_texture, uint32_t texture, uint32_t width, uint32_t height);

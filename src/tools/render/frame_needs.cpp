@@ -81,14 +81,14 @@ static const texture_set& shown_by(needs& n, uint32_t scene)
     return place->second;
 }
 
-static bool draws_what_is_awaited(const needs& n, const frame_plan& plan)
+static bool draws_what_is_awaited(const needs& n, const frame_layers& plan)
 {
     return std::any_of(plan.layers, plan.layers + plan.layer_count,
         [&n](const layer_plan& layer) { return contains(n.awaited, layer.flush_texture); });
 }
 
 // A layer first copies what was drawn so far into a texture, and then shows its scene.
-static void go_back_over(needs& n, const frame_plan& plan)
+static void go_back_over(needs& n, const frame_layers& plan)
 {
     for (uint32_t i = plan.layer_count; i-- > 0;) {
         const layer_plan& layer = plan.layers[i];
@@ -105,7 +105,7 @@ std::vector<bool> frames_with_pixels(const document& d, const frame_view& view, 
     needs n = {d, render_targets(d), {}, {}, false};
     size_t next = wanted.size();
     for (uint64_t frame = pixels.size(); frame-- > 0;) {
-        const frame_plan plan = plan_frame(d, tick_of_frame(frame, rate), view, caps);
+        const frame_layers plan = plan_layers(d, tick_of_frame(frame, rate), view, caps);
         const bool is_wanted = next > 0 && wanted[next - 1] == frame;
         next -= is_wanted ? 1 : 0;
         pixels[frame] = is_wanted || n.shows_through || draws_what_is_awaited(n, plan);

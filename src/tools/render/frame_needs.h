@@ -8,7 +8,7 @@
 #include "frame_rate.h"
 
 #include "model/document.h"
-#include "render/frame_plan.h"
+#include "render/layer_plan.h"
 
 #include <cstdint>
 #include <vector>

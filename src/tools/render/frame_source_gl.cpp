@@ -24,11 +24,17 @@ static frame_view view_of(const frame_source& source, const frame_tile& tile)
         whole ? frame_tile{0, 0, 0, 0} : tile};
 }
 
-static frame_plan plan_of(const frame_source& source, uint64_t frame)
+static frame_layers layers_of(const frame_source& source, uint64_t frame)
 {
     const player_settings& settings = *source.settings;
     const frame_view view = screen_view(settings.display);
-    return plan_frame(settings.show.production, tick_of_frame(frame, source.rate), view, settings.display.caps);
+    return plan_layers(settings.show.production, tick_of_frame(frame, source.rate), view, settings.display.caps);
+}
+
+static draw_context context_of(const frame_source& source)
+{
+    player_settings& settings = *source.settings;
+    return context_for(settings.show.production, settings.display.caps, settings.display.glsl_path == 1);
 }
 
 static std::string tiling_sentence(const frame_source& source, uint64_t frame, const std::string& reason)
@@ -45,6 +51,7 @@ void source_begin(frame_source& source, gl_session& session, player_settings& se
     source.measures = measures;
     source.tiles
         = plan_tiles(settings.display.screen_width, settings.display.screen_height, session.width, session.height);
+    forget_objects(source.drawing.gl); // the documents have been loaded
     if (!measures || !session.timer_queries)
         return;
     for (drawn_frame& slot : source.waiting)
@@ -53,12 +60,22 @@ void source_begin(frame_source& source, gl_session& session, player_settings& se
 
 // ---- drawing --------------------------------------------------------------------------
 
-static double compose(frame_source& source, uint64_t frame, const frame_tile& tile, frame_cost_record* costs)
+// Brings what moves to the frame's time; whatever is planned and drawn after it is of this moment.
+static double advance(frame_source& source, frame_layers& layers, frame_cost_record* costs)
 {
     const auto begin = stopwatch::now();
-    player_settings& settings = *source.settings;
-    compose_frame(settings.show.production, tick_of_frame(frame, source.rate), view_of(source, tile),
-        settings.display.caps, settings.display.glsl_path == 1, costs);
+    advance_frame(layers, context_of(source), source.drawing, costs);
+    reserve_targets_gl(layers);
+    const double took = seconds_since(begin);
+    source.gl_seconds += took;
+    return took * 1000.0;
+}
+
+static double draw(frame_source& source, const frame_layers& layers, const frame_tile& tile, frame_cost_record* costs)
+{
+    const auto begin = stopwatch::now();
+    plan_frame(layers, context_of(source), view_of(source, tile), source.drawing, costs);
+    draw_frame(layers, context_of(source), source.drawing, costs);
     const double took = seconds_since(begin);
     source.gl_seconds += took;
     return took * 1000.0;
@@ -66,13 +83,14 @@ static double compose(frame_source& source, uint64_t frame, const frame_tile& ti
 
 void source_pass(frame_source& source, uint64_t frame, bool pixels)
 {
-    if (!pixels) {
-        glEnable(GL_SCISSOR_TEST); // of nothing: what effects do is not OpenGL's
-        glScissor(0, 0, 0, 0);
+    frame_layers layers = layers_of(source, frame);
+    advance(source, layers, nullptr);
+    if (pixels) {
+        draw(source, layers, source.tiles[0], nullptr);
+    } else {
+        plan_frame(layers, context_of(source), view_of(source, source.tiles[0]), source.drawing);
+        draw_lasting_gl(context_of(source), source.drawing);
     }
-    compose(source, frame, source.tiles[0], nullptr);
-    if (!pixels)
-        glDisable(GL_SCISSOR_TEST);
     const auto begin = stopwatch::now();
     glFlush();
     session_end_frame(*source.session);
@@ -186,7 +204,10 @@ static void begin_slot(drawn_frame& slot, uint64_t frame)
 
 static void draw_whole(frame_source& source, drawn_frame& slot)
 {
-    slot.cpu_ms = compose(source, slot.number, source.tiles[0], source.measures ? &slot.costs : nullptr);
+    frame_cost_record* costs = source.measures ? &slot.costs : nullptr;
+    frame_layers layers = layers_of(source, slot.number);
+    slot.cpu_ms = advance(source, layers, costs);
+    slot.cpu_ms += draw(source, layers, source.tiles[0], costs);
     auto begin = stopwatch::now();
     const bool begun = begin_reading(*source.session, slot, *source.settings);
     source.gl_seconds += seconds_since(begin);
@@ -200,50 +221,35 @@ static void draw_whole(frame_source& source, drawn_frame& slot)
     source.gl_seconds += seconds_since(begin);
 }
 
-// Adds one tile's times to those of the tiles before.
-static void measure_tile(const frame_source& source, drawn_frame& slot, frame_cost_record& total, bool first)
-{
-    if (!source.measures)
-        return;
-    add_gpu_times(source, slot);
-    for (uint32_t i = 0; i < slot.costs.layer_count && !first; ++i)
-        slot.costs.layers[i].cpu_ms += total.layers[i].cpu_ms;
-    total = slot.costs;
-}
-
-// False: an effect has moved on from tile to tile.
-static bool draw_in_tiles(frame_source& source, drawn_frame& slot)
+// What moves is advanced once; every tile is planned from what stood before the frame.
+static void draw_in_tiles(frame_source& source, drawn_frame& slot)
 {
     player_settings& settings = *source.settings;
-    const rippler_memory rippler = remember_rippler();
-    std::vector<uint8_t> rows;
-    frame_cost_record total = {};
-    uint64_t effects = 0;
+    frame_cost_record* costs = source.measures ? &slot.costs : nullptr;
+    frame_layers layers = layers_of(source, slot.number);
     slot.image = empty_picture(settings);
-    for (size_t i = 0; i < source.tiles.size(); ++i) {
-        if (i > 0)
-            restore_rippler(rippler);
-        slot.cpu_ms += compose(source, slot.number, source.tiles[i], source.measures ? &slot.costs : nullptr);
-        read_tile(source, source.tiles[i], slot.image, rows);
-        measure_tile(source, slot, total, i == 0);
-        effects = i == 0 ? effects_fingerprint(settings.show.production) : effects;
+    slot.cpu_ms = advance(source, layers, costs);
+    const standing_state before = source.drawing.standing;
+    std::vector<uint8_t> rows;
+    for (const frame_tile& tile : source.tiles) {
+        source.drawing.standing = before;
+        slot.cpu_ms += draw(source, layers, tile, costs);
+        read_tile(source, tile, slot.image, rows);
+        if (source.measures)
+            add_gpu_times(source, slot);
     }
     session_end_frame(*source.session);
-    return effects == effects_fingerprint(settings.show.production);
 }
 
-bool source_draw(frame_source& source, uint64_t frame, std::string& problem)
+void source_draw(frame_source& source, uint64_t frame)
 {
     drawn_frame& slot = source.waiting[(source.first_waiting + source.waiting_count) % pictures_in_flight];
     begin_slot(slot, frame);
-    if (source.tiles.size() == 1) {
+    if (source.tiles.size() == 1)
         draw_whole(source, slot);
-    } else if (!draw_in_tiles(source, slot)) {
-        problem = tiling_sentence(source, frame, "an effect moves on each time that it is drawn");
-        return false;
-    }
+    else
+        draw_in_tiles(source, slot);
     ++source.waiting_count;
-    return true;
 }
 
 bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_time* times)
@@ -272,14 +278,23 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
     player_settings& settings = *source.settings;
     if (image != nullptr)
         *image = empty_picture(settings);
+    const draw_context context
+        = context_for(settings.show.loading, settings.display.loading_caps, settings.display.glsl_path == 1);
+    forget_objects(source.drawing.gl); // the production's have been made since the last frame
+    frame_layers layers
+        = plan_layers(settings.show.loading, per_cent, view_of(source, source.tiles[0]), settings.display.loading_caps);
+    advance_frame(layers, context, source.drawing);
+    reserve_targets_gl(layers);
+    const standing_state before = source.drawing.standing;
     std::vector<uint8_t> rows;
     for (const frame_tile& tile : source.tiles) {
-        compose_frame(settings.show.loading, per_cent, view_of(source, tile), settings.display.loading_caps,
-            settings.display.glsl_path == 1);
+        source.drawing.standing = before;
+        plan_frame(layers, context, view_of(source, tile), source.drawing);
+        draw_frame(layers, context, source.drawing);
         if (image != nullptr)
             read_tile(source, tile, *image, rows);
-        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     }
+    clear_standing_gl(source.drawing);
     session_end_frame(*source.session);
 }
 
@@ -289,6 +304,6 @@ std::string source_tiling_problem(const frame_source& source, uint64_t frame)
 {
     if (source.tiles.size() == 1)
         return "";
-    const std::string reason = tiling_problem(source.settings->show.production, plan_of(source, frame));
+    const std::string reason = tiling_problem(source.settings->show.production, layers_of(source, frame));
     return reason.empty() ? "" : tiling_sentence(source, frame, reason);
 }

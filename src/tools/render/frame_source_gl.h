@@ -30,6 +30,7 @@ struct drawn_frame {
 struct frame_source {
     gl_session* session = nullptr;
     player_settings* settings = nullptr;
+    renderer drawing; // what it remembers from frame to frame
     frame_rate rate;
     bool measures = false; // the times of layers are wanted
     std::vector<frame_tile> tiles;
@@ -42,13 +43,12 @@ struct frame_source {
 // A picture is of the settings' screen size.
 void source_begin(frame_source& source, gl_session& session, player_settings& settings, frame_rate rate, bool measures);
 
-// Draws a frame for what effects make of it. Nobody sees its picture; where `pixels` is
-// false not one pixel is coloured, which saves most of the time.
+// Advances a frame for what effects make of it. Nobody sees its picture; where `pixels` is
+// false nothing is drawn, which saves most of the time.
 void source_pass(frame_source& source, uint64_t frame, bool pixels);
 
-// Draws a frame and begins to read it; at most two may wait. False with one sentence in
-// `problem` when an effect keeps it from being put together from tiles.
-[[nodiscard]] bool source_draw(frame_source& source, uint64_t frame, std::string& problem);
+// Draws a frame and begins to read it; at most two may wait.
+void source_draw(frame_source& source, uint64_t frame);
 
 // Why a frame cannot be put together from tiles, as one sentence; empty when it can, and
 // where there is one tile only.

@@ -6,7 +6,7 @@
 #include "frame_clock.h"
 #include "model/render_modes.h"
 #include "pack_input.h"
-#include "render/frame_plan.h"
+#include "render/layer_plan.h"
 #include "shell/loading.h"
 
 #include <cerrno>
@@ -86,7 +86,7 @@ uint64_t count_frames(const player_settings& settings, frame_rate rate)
     uint32_t planned = UINT32_MAX; // the tick that was looked at last
     for (uint64_t frame = 0;; ++frame) {
         const uint32_t tick = tick_of_frame(frame, rate);
-        if (tick != planned && plan_frame(settings.show.production, tick, view, settings.display.caps).drawn == 0)
+        if (tick != planned && plan_layers(settings.show.production, tick, view, settings.display.caps).drawn == 0)
             return frame;
         planned = tick;
     }

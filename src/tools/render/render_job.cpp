@@ -449,8 +449,8 @@ static void run_frames(render_job& job, frame_loop& loop, progress& shown)
         if (frame < job.wanted[loop.done]) {
             source_pass(job.source, frame, pixels[frame]);
         } else {
-            loop.failed = !source_draw(job.source, frame, loop.problem)
-                || (job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem));
+            source_draw(job.source, frame);
+            loop.failed = job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem);
             if (loop.failed)
                 return;
             ++loop.done;
@@ -734,6 +734,7 @@ exit_status run_render(const render_options& options, int output)
     std::fflush(stdout);
     unload_document(job.settings.show.loading);
     unload_document(job.settings.show.production);
+    release_renderer_gl(job.source.drawing);
     session_close(job.session);
     return status;
 }

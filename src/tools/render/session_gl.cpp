@@ -1,6 +1,5 @@
 #include "session_gl.h"
 
-#include "render/matrix.h"
 #include "shell/capability_report.h"
 #include "shell/driver_gl.h"
 #include "texgen/cosine_table.h"
@@ -244,7 +243,6 @@ static driver_offer ask_driver(const lesser_card& lesser)
 // What the player does for its window before it loads anything.
 static void begin_drawing()
 {
-    init_matrices();
     build_cosine_table();
     clear_screen_gl();
     set_unchanging_state_gl();

@@ -1,11 +1,10 @@
 // Tiles: how a picture above the driver's limits is cut, and which frames cannot be.
 //
-// Every tile draws the frame again. What moves on each time it is drawn is put back in
-// between, or noticed.
+// Every tile draws the frame again, which was advanced once for all of them.
 #pragma once
 
 #include "model/document.h"
-#include "render/frame_plan.h"
+#include "render/layer_plan.h"
 
 #include <cstdint>
 #include <string>
@@ -15,18 +14,6 @@
 // its lower left corner on, row by row. One rectangle where the picture fits.
 std::vector<frame_tile> plan_tiles(uint32_t width, uint32_t height, uint32_t side_x, uint32_t side_y);
 
-// Why the frame of a plan cannot be put together from tiles, as the end of a sentence
+// Why a frame cannot be put together from tiles, as the end of a sentence
 // ("track 3 draws into a texture", counted from 1); empty when it can.
-std::string tiling_problem(const document& d, const frame_plan& plan);
-
-// The rippler's vertices, which every drawing moves on.
-struct rippler_memory {
-    std::vector<float> positions;
-    bool filled = false;
-};
-
-rippler_memory remember_rippler();
-void restore_rippler(const rippler_memory& memory);
-
-// A number that tells whether any effect of the document has moved on.
-uint64_t effects_fingerprint(const document& d);
+std::string tiling_problem(const document& d, const frame_layers& layers);

@@ -1,0 +1,76 @@
+#include "render/bindings_gl.h"
+
+#include <GL/glew.h>
+
+#include <cstring>
+
+void switch_gl(uint32_t capability, bool on, uint8_t& known)
+{
+    const uint8_t wanted = on ? switched_on : switched_off;
+    if (known == wanted)
+        return;
+    known = wanted;
+    if (on)
+        glEnable(capability);
+    else
+        glDisable(capability);
+}
+
+void select_unit_gl(uint32_t unit, gl_state& gl)
+{
+    if (gl.active_unit == unit)
+        return;
+    gl.active_unit = unit;
+    glActiveTexture(GL_TEXTURE0 + unit);
+}
+
+void bind_texture_gl(uint32_t unit, bool cube_map, uint32_t texture, gl_state& gl)
+{
+    uint32_t& bound = cube_map ? gl.units[unit].cube_texture : gl.units[unit].flat_texture;
+    if (bound == texture)
+        return;
+    bound = texture;
+    select_unit_gl(unit, gl);
+    glBindTexture(cube_map ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D, texture);
+}
+
+void bind_array_buffer_gl(uint32_t buffer, gl_state& gl)
+{
+    if (gl.array_buffer == buffer || glBindBuffer == nullptr)
+        return;
+    gl.array_buffer = buffer;
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
+}
+
+void bind_element_buffer_gl(uint32_t buffer, gl_state& gl)
+{
+    if (gl.element_buffer == buffer || glBindBuffer == nullptr)
+        return;
+    gl.element_buffer = buffer;
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffer);
+}
+
+bool remember_numbers(const float* wanted, float* known, uint32_t count, bool& has)
+{
+    const size_t bytes = size_t{count} * sizeof(float);
+    if (has && std::memcmp(wanted, known, bytes) == 0)
+        return false;
+    std::memcpy(known, wanted, bytes);
+    has = true;
+    return true;
+}
+
+void load_modelview_gl(const float matrix[16], gl_state& gl)
+{
+    if (remember_numbers(matrix, gl.modelview, 16, gl.has_modelview))
+        glLoadMatrixf(matrix);
+}
+
+void load_projection_gl(const float matrix[16], gl_state& gl)
+{
+    if (!remember_numbers(matrix, gl.projection, 16, gl.has_projection))
+        return;
+    glMatrixMode(GL_PROJECTION);
+    glLoadMatrixf(matrix);
+    glMatrixMode(GL_MODELVIEW);
+}

@@ -1,0 +1,189 @@
+#include "render/frame_text.h"
+
+#include "render/layer_plan.h"
+
+#include <cstdio>
+#include <span>
+
+static std::string number(float value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", static_cast<double>(value) + 0.0); // no -0
+    return text;
+}
+
+static std::string numbers(std::span<const float> values)
+{
+    std::string text;
+    for (const float value : values)
+        text += (text.empty() ? "" : " ") + number(value);
+    return text;
+}
+
+static std::string count(uint32_t value)
+{
+    return std::to_string(value);
+}
+
+static std::string size(uint32_t width, uint32_t height)
+{
+    return count(width) + " x " + count(height);
+}
+
+// ---- what stands --------------------------------------------------------------------
+
+static std::string unit_text(uint32_t index, const unit_state& unit)
+{
+    std::string text = "    unit " + count(index + 1) + (unit.cube_map ? " cube map " : " picture ")
+        + count(unit.cube_map ? unit.cube_texture : unit.flat_texture) + ", wrap "
+        + (unit.wrap == wrap_as_it_is ? "as it is" : count(unit.wrap));
+    if (!unit.on)
+        return text + "\n"; // on the shader path, and switched off
+    return text + ", coordinates " + count(unit.coordinates) + ", combine " + count(unit.combine_mode) + ", matrix "
+        + numbers(unit.matrix) + "\n";
+}
+
+static std::string light_text(uint32_t index, const light_state& light)
+{
+    return "    light " + count(index + 1) + " at " + numbers(light.position) + ", ambient " + numbers(light.ambient)
+        + ", diffuse " + numbers(light.diffuse) + "\n";
+}
+
+static std::string fog_text(const material_state& material)
+{
+    return "    fog " + count(material.fog_type) + " of " + numbers(material.fog.color) + " from "
+        + number(material.fog.start) + " to " + number(material.fog.end) + "\n";
+}
+
+static std::string material_text(uint32_t index, const material_state& material)
+{
+    std::string text = "  state " + count(index) + ": depth " + count(material.depth_test);
+    if (!material.applied)
+        return text + ", no material\n";
+    text += ", cull " + count(material.cull_back) + ", blend "
+        + (material.blending == blend_none ? "none" : count(material.blending)) + ", line width "
+        + number(material.line_width) + ", normalize " + count(material.normalize) + ", wireframe "
+        + count(material.wireframe) + ", color " + numbers(material.color) + "\n";
+    for (uint32_t i = 0; i < material.lights; ++i)
+        text += light_text(i, material.light[i]);
+    if (material.fog_type != fog_none)
+        text += fog_text(material);
+    for (uint32_t i = 0; i < texture_unit_count; ++i)
+        if (material.units[i].used)
+            text += unit_text(i, material.units[i]);
+    return text;
+}
+
+static std::string program_text(const program_state& program)
+{
+    if (program.status != program_ready)
+        return program.status == program_never ? "    no program yet\n" : "    a program that did not build\n";
+    std::string text = "    program " + count(program.program);
+    if (program.turns_texture)
+        text += ", texture matrix " + numbers(program.texture_matrix);
+    for (uint32_t i = 0; i < 2; ++i)
+        if (program.has_light[i])
+            text += ", light " + count(i + 1) + " at " + numbers(program.light_position[i]);
+    for (uint32_t i = 0; i < user_uniform_count; ++i)
+        if (program.uniform_location[i] >= 0)
+            text += ", u" + count(i + 1) + " " + number(program.uniforms[i]);
+    return text + "\n";
+}
+
+// ---- commands -------------------------------------------------------------------------
+
+static std::string array_text(const char* name, const array_source& array)
+{
+    if (array.streamed)
+        return std::string(", ") + name + " streamed";
+    if (array.buffer != 0)
+        return std::string(", ") + name + " in buffer " + count(array.buffer);
+    return array.data != nullptr ? std::string(", ") + name + " in memory" : std::string();
+}
+
+static std::string draw_text(const frame& f, const draw_command& draw)
+{
+    std::string text = "draw " + count(draw.copy_count) + " x " + count(draw.index_count)
+        + (draw.lines ? " line indices" : " indices") + " with state " + count(draw.material)
+        + array_text("positions", draw.positions) + array_text("normals", draw.normals);
+    for (const array_source& coordinates : draw.coordinates)
+        text += array_text("coordinates", coordinates);
+    text += array_text("indices", draw.indices) + "\n";
+    for (uint32_t i = 0; i < draw.copy_count; ++i)
+        text += "    at " + numbers(f.copies[draw.first_copy + i].modelview) + "\n";
+    return text;
+}
+
+static std::string clear_text(const clear_command& clear)
+{
+    std::string text = "clear";
+    if ((clear.bits & clear_color) != 0)
+        text += " color to " + numbers(clear.color);
+    return text + ((clear.bits & clear_depth) != 0 ? " depth\n" : "\n");
+}
+
+static std::string command_text(const frame& f, const frame_command& command)
+{
+    switch (static_cast<command_kind>(command.kind)) {
+    case command_copy: {
+        const copy_command& copy = f.texture_copies[command.index];
+        return "copy " + size(copy.width, copy.height) + " into texture " + count(copy.texture) + "\n";
+    }
+    case command_recreate: {
+        const recreate_command& c = f.recreations[command.index];
+        return "recreate texture " + count(c.old_texture) + " as " + count(c.texture) + ", " + size(c.width, c.height)
+            + "\n";
+    }
+    case command_viewport:
+        return "viewport " + size(f.viewports[command.index].width, f.viewports[command.index].height) + "\n";
+    case command_clear:
+        return clear_text(f.clears[command.index]);
+    case command_upload:
+        return "upload texture " + count(f.uploads[command.index].texture->texture) + "\n";
+    case command_vertices:
+        return "upload " + count(f.vertex_uploads[command.index].vertex_count) + " moved vertices\n";
+    case command_lines:
+        return "upload lines of " + count(f.line_uploads[command.index].mesh->index_count) + " indices\n";
+    case command_draw:
+        return draw_text(f, f.draws[command.index]);
+    }
+    return "";
+}
+
+// ---- the frame --------------------------------------------------------------------------
+
+namespace {
+
+// What has been written already.
+struct written {
+    uint32_t views;
+    uint32_t materials;
+};
+
+} // namespace
+
+static std::string states_before(const frame& f, const draw_command& draw, written& w)
+{
+    std::string text;
+    for (; w.views <= draw.view; ++w.views)
+        text += "  view " + count(w.views) + ": projection " + numbers(f.views[w.views].projection) + ", camera "
+            + numbers(f.views[w.views].camera) + "\n";
+    for (; w.materials <= draw.material; ++w.materials) {
+        text += material_text(w.materials, f.materials[w.materials]);
+        if (w.materials < f.programs.size())
+            text += program_text(f.programs[w.materials]);
+    }
+    return text;
+}
+
+std::string frame_as_text(const frame& f)
+{
+    std::string text;
+    written w = {0, 0};
+    for (const frame_command& command : f.commands) {
+        if (command.kind == command_draw)
+            text += states_before(f, f.draws[command.index], w);
+        text += command_text(f, command);
+    }
+    return text;
+}

@@ -1,0 +1,197 @@
+#include "render/material_state.h"
+
+#include "content/matrix.h"
+#include "render/material_plan.h"
+#include "render/shader_source.h"
+
+#include <algorithm>
+
+uint32_t unit_limit(const gl_caps& caps, bool glsl)
+{
+    return glsl ? texture_unit_count : std::min<uint32_t>(caps.texture_units, texture_unit_count);
+}
+
+// ---- what both paths share --------------------------------------------------------
+
+static void set_common_state(const material_record& material, const material_context& context, material_state& state)
+{
+    state.applied = true;
+    state.cull_back = material.backface_culling != 0;
+    state.depth_test = material.depth_test != 0;
+    if (material.blend_function < blend_kind_count) // beyond the catalogue: the previous material's stays
+        state.blending = material.blend_function;
+    if (material.wireframe == 0)
+        return;
+    const float width = plan_line_width(material, *context.d, context.time);
+    if (width > 0.0f) // others mean nothing and change nothing
+        state.line_width = width;
+}
+
+static uint32_t texture_of(const unit_state& unit)
+{
+    return unit.cube_map ? unit.cube_texture : unit.flat_texture;
+}
+
+// How coordinates wrap belongs to the picture: it holds for every unit that shows it.
+static void set_wrap(material_state& state, uint32_t number)
+{
+    const unit_state& set = state.units[number];
+    for (unit_state& unit : state.units)
+        if (unit.used && unit.cube_map == set.cube_map && texture_of(unit) == texture_of(set))
+            unit.wrap = set.wrap;
+}
+
+static void set_unit_texture(material_state& state, uint32_t number, const unit_plan& plan)
+{
+    unit_state& unit = state.units[number];
+    unit.used = true;
+    unit.cube_map = plan.cube_map;
+    unit.wrap = plan.wrapmode < wrap_kind_count ? plan.wrapmode : uint8_t{wrap_repeat}; // beyond the catalogue
+    (plan.cube_map ? unit.cube_texture : unit.flat_texture) = plan.texture;
+    set_wrap(state, number);
+}
+
+// The wrap of a cube map above it stays; a picture that was there already keeps its own.
+void bind_flat_texture(standing_state& standing, uint32_t texture)
+{
+    unit_state& unit = standing.material.units[0];
+    if (!unit.cube_map && unit.flat_texture != texture)
+        unit.wrap = wrap_as_it_is;
+    unit.flat_texture = texture;
+}
+
+void forget_texture(standing_state& standing, uint32_t texture)
+{
+    for (unit_state& unit : standing.material.units) {
+        if (unit.flat_texture == texture)
+            unit.flat_texture = 0;
+        if (unit.cube_texture == texture)
+            unit.cube_texture = 0;
+    }
+}
+
+// ---- the fixed-function path --------------------------------------------------------
+
+// The modelview matrix of the moment is the camera's, so positions are the world's. A second
+// light alone lights nothing here.
+static void set_fixed_lights(const material_record& material, const material_context& context, material_state& state)
+{
+    state.lights = 0;
+    if (!plan_light(material.light1, *context.d, context.time, state.light[0]))
+        return;
+    copy_matrix(context.modelview, state.light_view);
+    state.lights = plan_light(material.light2, *context.d, context.time, state.light[1]) ? 2 : 1;
+}
+
+static void set_fixed_unit(
+    uint32_t number, const unit_plan& plan, const material_context& context, material_state& state)
+{
+    unit_state& unit = state.units[number];
+    set_unit_texture(state, number, plan);
+    unit.on = true;
+    unit.coordinates = plan.cgenmode;
+    unit.mesh_coordinates = !generates_coordinates(plan.cgenmode);
+    unit.combine_mode = plan.combine_mode;
+    build_texture_matrix(plan.rotation != 0, plan.cube_map, context.camera_angles, unit.matrix);
+}
+
+// Quirk: units after the first empty one are not touched and keep the picture and the
+// combiner of an earlier material (tests/gl: "units after the first empty one keep what
+// an earlier material left").
+static void set_fixed_units(const material_record& material, const material_context& context, material_state& state)
+{
+    const uint32_t limit = unit_limit(*context.caps, false);
+    unit_plan units[texture_unit_count];
+    const uint32_t count = plan_units(material, texture_tables_of(*context.d), limit, units);
+    for (uint32_t i = 0; i < count; ++i)
+        set_fixed_unit(i, units[i], context, state);
+    if (count < limit) {
+        state.units[count].used = true;
+        state.units[count].on = false;
+        state.units[count].mesh_coordinates = false;
+    }
+}
+
+void apply_material_fixed(const material_record& material, const material_context& context, standing_state& standing)
+{
+    material_state& state = standing.material;
+    set_common_state(material, context, state);
+    state.normalize = material.normalization != 0;
+    state.wireframe = material.wireframe != 0;
+    plan_color(material, *context.d, context.time, state.color);
+    set_fixed_lights(material, context, state);
+    state.fog_type = material.fogtype;
+    if (material.fogtype != fog_none)
+        state.fog = plan_fog(material, *context.d, context.time);
+    set_fixed_units(material, context, state);
+}
+
+// ---- the shader path ------------------------------------------------------------------
+
+// What to draw with. A program that did not build leaves none, and marks that nothing is
+// to be drawn.
+static void use_program(const shader_program* program, program_state& state)
+{
+    if (program == nullptr || program->program == 0) {
+        state = {};
+        state.status = program_failed;
+        return;
+    }
+    state.status = program_ready;
+    state.program = program->program;
+    state.projection = program->projection_location;
+    state.modelview = program->modelview_location;
+    state.normal_matrix = program->normal_matrix_location;
+    state.texture_matrix_location = program->texture_matrix_location;
+    std::copy_n(program->light_position_location, 2, state.light_location);
+    for (uint32_t i = 0; i < user_uniform_count; ++i)
+        state.uniform_location[i] = program->uniform_functions[i] != 0 ? program->uniform_locations[i] : -1;
+    state.position = program->position_location;
+    state.normal = program->normal_location;
+    std::copy_n(program->texcoord_location, texture_unit_count, state.texcoord);
+}
+
+// Generated programs read the matrix by rows where it is stored by columns, so to them it
+// is uploaded transposed: sphere maps turn and reflections stay as they do on the fixed
+// path. A material's own program gets it as it lies, so that TextureMatrix * v is what it
+// says. Of several units that need one, the last wins.
+static void set_program_units(
+    const material_record& material, const material_context& context, standing_state& standing)
+{
+    program_state& program = standing.program;
+    program.turns_texture = false;
+    program.transposed = !has_custom_program(material);
+    unit_plan units[texture_unit_count];
+    const uint32_t count = plan_units(material, texture_tables_of(*context.d), texture_unit_count, units);
+    for (uint32_t i = 0; i < count; ++i) {
+        set_unit_texture(standing.material, i, units[i]);
+        const bool reflects = units[i].cgenmode == coordinates_cube;
+        if (units[i].rotation == 0 && !reflects)
+            continue;
+        build_texture_matrix(units[i].rotation != 0, reflects, context.camera_angles, program.texture_matrix);
+        program.turns_texture = true;
+    }
+}
+
+static void set_light_positions(
+    const material_record& material, const material_context& context, program_state& program)
+{
+    const uint32_t lights[2] = {material.light1, material.light2};
+    for (uint32_t i = 0; i < 2; ++i) {
+        float world[3];
+        program.has_light[i] = plan_light_position(lights[i], *context.d, context.time, world);
+        if (program.has_light[i])
+            transform_point(context.modelview, world, program.light_position[i]);
+    }
+}
+
+void apply_material_glsl(const material_record& material, const material_context& context, standing_state& standing)
+{
+    set_common_state(material, context, standing.material);
+    use_program(material.program, standing.program);
+    if (standing.program.status != program_ready)
+        return;
+    set_program_units(material, context, standing);
+    evaluate_uniforms(material, context.d->function_table, context.time, standing.program.uniforms);
+    set_light_positions(material, context, standing.program);
+}

@@ -1,0 +1,348 @@
+#include "content/matrix.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+static bool is_identity(const float m[16])
+{
+    for (int i = 0; i < 16; ++i)
+        if (m[i] != (i % 5 == 0 ? 1.0f : 0.0f))
+            return false;
+    return true;
+}
+
+static void check_bits(const float* values, const uint32_t* expected, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        CAPTURE(i);
+        // Adding 0 makes a negative zero a positive one.
+        CHECK(std::bit_cast<uint32_t>(values[i] + 0.0f) == expected[i]);
+    }
+}
+
+// The image of a point under a matrix and a division by w.
+static void project(const float m[16], float x, float y, float z, float result[3])
+{
+    float out[4];
+    for (int r = 0; r < 4; ++r)
+        out[r] = m[r] * x + m[4 + r] * y + m[8 + r] * z + m[12 + r];
+    for (int r = 0; r < 3; ++r)
+        result[r] = out[r] / out[3];
+}
+
+static void check_point(const float m[16], float x, float y, float z, float ex, float ey, float ez)
+{
+    const float point[3] = {x, y, z};
+    float moved[3];
+    transform_point(m, point, moved);
+    CHECK(moved[0] == doctest::Approx(ex).epsilon(1e-6));
+    CHECK(moved[1] == doctest::Approx(ey).epsilon(1e-6));
+    CHECK(moved[2] == doctest::Approx(ez).epsilon(1e-6));
+}
+
+namespace {
+
+// A matrix to be changed; the identity at first.
+struct test_matrix {
+    float m[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+};
+
+} // namespace
+
+TEST_CASE("The identity has ones on its diagonal alone")
+{
+    CHECK(is_identity(identity));
+}
+
+TEST_CASE("A copy has all sixteen numbers and leaves the original as it is")
+{
+    float from[16];
+    for (int i = 0; i < 16; ++i)
+        from[i] = static_cast<float>(i + 1);
+    test_matrix to;
+    copy_matrix(from, to.m);
+    for (int i = 0; i < 16; ++i) {
+        CHECK(to.m[i] == static_cast<float>(i + 1));
+        CHECK(from[i] == static_cast<float>(i + 1));
+    }
+}
+
+TEST_CASE("A perspective of 90 degrees and aspect 1 has unit focal lengths")
+{
+    test_matrix t;
+    std::fill_n(t.m, 16, 3.0f);
+    set_perspective(t.m, 90, 1, 0.1f, 100);
+    CHECK(t.m[0] == doctest::Approx(1.0));
+    CHECK(t.m[5] == doctest::Approx(1.0));
+    CHECK(t.m[10] == doctest::Approx(-100.1 / 99.9));
+    CHECK(t.m[14] == doctest::Approx(-20.0 / 99.9));
+    CHECK(t.m[11] == -1.0f);
+    for (const int zero : {1, 2, 3, 4, 6, 7, 8, 9, 12, 13, 15})
+        CHECK(t.m[zero] == 0.0f);
+}
+
+TEST_CASE("A perspective brings the near plane to -1 and the far plane to 1")
+{
+    test_matrix t;
+    set_perspective(t.m, 60, 1.6f, 0.5f, 40);
+    float p[3];
+    project(t.m, 0, 0, -0.5f, p);
+    CHECK(p[2] == doctest::Approx(-1.0));
+    project(t.m, 0, 0, -40, p);
+    CHECK(p[2] == doctest::Approx(1.0));
+    // tan(30 degrees) up at distance 1 is the upper edge.
+    project(t.m, 0.57735027f * 1.6f, 0.57735027f, -1, p);
+    CHECK(p[0] == doctest::Approx(1.0));
+    CHECK(p[1] == doctest::Approx(1.0));
+}
+
+TEST_CASE("The orthographic projection has its origin top left and y downward")
+{
+    test_matrix t;
+    set_orthographic(t.m, 0, 1, 1, 0, -1, 1);
+    CHECK(t.m[0] == 2.0f);
+    CHECK(t.m[5] == -2.0f);
+    CHECK(t.m[10] == -1.0f);
+    CHECK(t.m[12] == -1.0f);
+    CHECK(t.m[13] == 1.0f);
+    CHECK(t.m[14] == 0.0f);
+    CHECK(t.m[15] == 1.0f);
+    check_point(t.m, 0, 0, 0, -1, 1, 0);
+    check_point(t.m, 1, 1, 0, 1, -1, 0);
+}
+
+TEST_CASE("An orthographic projection maps any box to the unit cube")
+{
+    test_matrix t;
+    std::fill_n(t.m, 16, 3.0f);
+    set_orthographic(t.m, -3, 5, 2, 12, 4, 20);
+    check_point(t.m, -3, 2, -4, -1, -1, -1);
+    check_point(t.m, 5, 12, -20, 1, 1, 1);
+    for (const int zero : {1, 2, 3, 4, 6, 7, 8, 9, 11})
+        CHECK(t.m[zero] == 0.0f);
+}
+
+TEST_CASE("Translation goes along the matrix's own axes")
+{
+    test_matrix t;
+    translate(t.m, 1, 2, 3);
+    CHECK(t.m[12] == 1.0f);
+    CHECK(t.m[13] == 2.0f);
+    CHECK(t.m[14] == 3.0f);
+    scale(t.m, 2, 3, 4);
+    translate(t.m, 10, 10, 10);
+    CHECK(t.m[12] == 21.0f);
+    CHECK(t.m[13] == 32.0f);
+    CHECK(t.m[14] == 43.0f);
+}
+
+TEST_CASE("Translation leaves the fourth row alone")
+{
+    test_matrix t;
+    t.m[3] = 5.0f;
+    t.m[15] = 7.0f;
+    translate(t.m, 1, 2, 3);
+    CHECK(t.m[3] == 5.0f);
+    CHECK(t.m[15] == 7.0f);
+}
+
+TEST_CASE("A quarter turn about z brings the x axis to the y axis")
+{
+    test_matrix t;
+    rotate_z(t.m, 90);
+    check_point(t.m, 1, 0, 0, 0, 1, 0);
+    check_point(t.m, 0, 1, 0, -1, 0, 0);
+    check_point(t.m, 0, 0, 1, 0, 0, 1);
+}
+
+TEST_CASE("A quarter turn about x brings the y axis to the z axis")
+{
+    test_matrix t;
+    rotate_x(t.m, 90);
+    check_point(t.m, 0, 1, 0, 0, 0, 1);
+    check_point(t.m, 0, 0, 1, 0, -1, 0);
+    check_point(t.m, 1, 0, 0, 1, 0, 0);
+}
+
+TEST_CASE("A quarter turn about y brings the z axis to the x axis")
+{
+    test_matrix t;
+    rotate_y(t.m, 90);
+    check_point(t.m, 0, 0, 1, 1, 0, 0);
+    check_point(t.m, 1, 0, 0, 0, 0, -1);
+    check_point(t.m, 0, 1, 0, 0, 1, 0);
+}
+
+TEST_CASE("Both turned columns are made of the old ones")
+{
+    // At 45 degrees a column made from an already turned one would have the length 1.22 or so.
+    for (int axis = 0; axis < 3; ++axis) {
+        test_matrix t;
+        if (axis == 0)
+            rotate_x(t.m, 45);
+        else if (axis == 1)
+            rotate_y(t.m, 45);
+        else
+            rotate_z(t.m, 45);
+        for (int c = 0; c < 3; ++c) {
+            const float* column = t.m + 4 * c;
+            CHECK(column[0] * column[0] + column[1] * column[1] + column[2] * column[2] == doctest::Approx(1.0));
+        }
+    }
+}
+
+TEST_CASE("Rotations post-multiply: the last one acts on a point first")
+{
+    test_matrix t;
+    rotate_z(t.m, 90);
+    rotate_x(t.m, 90);
+    // y -> z (about x), z stays (about z)
+    check_point(t.m, 0, 1, 0, 0, 0, 1);
+}
+
+TEST_CASE("Rotations turn all four rows")
+{
+    test_matrix t;
+    t.m[3] = 2.0f;
+    rotate_z(t.m, 90);
+    CHECK(t.m[3] == doctest::Approx(0.0).epsilon(1e-6));
+    CHECK(t.m[7] == doctest::Approx(-2.0));
+}
+
+TEST_CASE("A turn by nothing gives the bits that the general formula gives, finite or not")
+{
+    // a c + b s and b c - a s with c = 1 and s = the angle, in extended precision.
+    const float inf = std::numeric_limits<float>::infinity();
+    const float a[4] = {0.1f, -0.0f, 1.17e-38f, 5.0f};
+    const float b[4] = {-3e38f, 0.0f, inf, std::nanf("")};
+    for (const float angle : {0.0f, -0.0f}) {
+        test_matrix t;
+        std::copy_n(a, 4, t.m);
+        std::copy_n(b, 4, t.m + 4);
+        rotate_z(t.m, angle);
+        for (int r = 0; r < 4; ++r) {
+            const long double s = angle;
+            const float turned_a = static_cast<float>(static_cast<long double>(a[r]) + b[r] * s);
+            const float turned_b = static_cast<float>(static_cast<long double>(b[r]) - a[r] * s);
+            CHECK(std::isnan(turned_a) == (r > 1));
+            if (r <= 1)
+                CHECK(std::bit_cast<uint32_t>(t.m[r]) == std::bit_cast<uint32_t>(turned_a));
+            else
+                CHECK(std::isnan(t.m[r]));
+            if (r <= 2)
+                CHECK(std::bit_cast<uint32_t>(t.m[4 + r]) == std::bit_cast<uint32_t>(turned_b));
+            else
+                CHECK(std::isnan(t.m[4 + r]));
+        }
+    }
+}
+
+TEST_CASE("Scaling stretches the first three columns, all four rows")
+{
+    test_matrix t;
+    std::fill_n(t.m, 16, 1.0f);
+    scale(t.m, 2, 3, 4);
+    for (int r = 0; r < 4; ++r) {
+        CHECK(t.m[r] == 2.0f);
+        CHECK(t.m[4 + r] == 3.0f);
+        CHECK(t.m[8 + r] == 4.0f);
+        CHECK(t.m[12 + r] == 1.0f);
+    }
+}
+
+TEST_CASE("The normal matrix is the inverse, stored row by row")
+{
+    test_matrix t;
+    // Rows 1 2 3 / 0 1 4 / 5 6 0 have the inverse -24 18 5 / 20 -15 -4 / -5 4 1.
+    const float columns[3][3] = {{1, 0, 5}, {2, 1, 6}, {3, 4, 0}};
+    for (int c = 0; c < 3; ++c)
+        std::copy_n(columns[c], 3, t.m + 4 * c);
+    translate(t.m, 7, 8, 9);
+    float normal[9];
+    compute_normal_matrix(t.m, normal);
+    const float inverse[9] = {-24, 18, 5, 20, -15, -4, -5, 4, 1};
+    for (int i = 0; i < 9; ++i)
+        CHECK(normal[i] == inverse[i]);
+}
+
+TEST_CASE("The normal matrix of a modelview without inverse is the identity")
+{
+    test_matrix t;
+    scale(t.m, 2, 0, 2);
+    float normal[9];
+    compute_normal_matrix(t.m, normal);
+    for (int i = 0; i < 9; ++i)
+        CHECK(normal[i] == (i % 4 == 0 ? 1.0f : 0.0f));
+
+    test_matrix holed;
+    holed.m[5] = std::nanf("");
+    std::fill_n(normal, 9, 3.0f);
+    compute_normal_matrix(holed.m, normal);
+    for (int i = 0; i < 9; ++i)
+        CHECK(normal[i] == (i % 4 == 0 ? 1.0f : 0.0f));
+}
+
+TEST_CASE("A point is moved by the whole affine matrix, also in place")
+{
+    test_matrix t;
+    translate(t.m, 1, 2, 3);
+    scale(t.m, 2, 3, 4);
+    float point[3] = {1, 1, 1};
+    transform_point(t.m, point, point);
+    CHECK(point[0] == 3.0f);
+    CHECK(point[1] == 5.0f);
+    CHECK(point[2] == 7.0f);
+}
+
+TEST_CASE("Numbers that are none pass through without harm")
+{
+    for (const float bad : {std::nanf(""), std::numeric_limits<float>::infinity(), 0.0f, 3e38f}) {
+        test_matrix t;
+        set_perspective(t.m, bad, bad, bad, bad);
+        set_orthographic(t.m, bad, bad, bad, bad, bad, bad);
+        rotate_x(t.m, bad);
+        rotate_y(t.m, bad);
+        rotate_z(t.m, bad);
+        translate(t.m, bad, bad, bad);
+        scale(t.m, bad, bad, bad);
+        float normal[9];
+        compute_normal_matrix(t.m, normal);
+        CHECK(is_identity(identity));
+    }
+}
+
+// Worked out in exact arithmetic by tests/support/reference_numbers.py; both word
+// sizes must give these bits.
+TEST_CASE("A chain of turns and moves gives the bits of exact arithmetic rounded at each step")
+{
+    test_matrix t;
+    rotate_z(t.m, 33.3f);
+    rotate_x(t.m, -71.7f);
+    rotate_y(t.m, 128.9f);
+    translate(t.m, 1.1f, -2.7f, 0.3f);
+    scale(t.m, 1.5f, 0.7f, -2.3f);
+    const uint32_t modelview[16]
+        = {0xBE371437u, 0xBFB8C47Au, 0xBEBBABA0u, 0x00000000u, 0xBDF7230Du, 0x3E3C1D71u, 0xBF2A2315u, 0x00000000u,
+            0xC00FEE4Bu, 0x3E274F5Bu, 0x3EE831ADu, 0x00000000u, 0x3F20AF68u, 0xBFE4EC1Fu, 0x400F1263u, 0x3F800000u};
+    check_bits(t.m, modelview, 16);
+
+    float normal[9];
+    compute_normal_matrix(t.m, normal);
+    const uint32_t inverse[9] = {0xBDA2BCA3u, 0xBF243CDDu, 0xBE26D171u, 0xBE7C2E36u, 0x3EBFF43Fu, 0xBFAD9BF7u,
+        0xBED9AA30u, 0x3CFD054Eu, 0x3DAF9274u};
+    check_bits(normal, inverse, 9);
+}
+
+TEST_CASE("A perspective gives the bits of exact arithmetic")
+{
+    test_matrix t;
+    set_perspective(t.m, 57.3f, 1.6f, 0.1f, 333.3f);
+    const float picked[4] = {t.m[0], t.m[5], t.m[10], t.m[14]};
+    const uint32_t expected[4] = {0x3F926D1Bu, 0x3FEA482Cu, 0xBF8013ABu, 0xBE4CDC89u};
+    check_bits(picked, expected, 4);
+}
