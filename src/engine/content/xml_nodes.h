@@ -1,7 +1,22 @@
 // What element trees are built of: for the reader, and for editing, which changes trees.
 #pragma once
 
-#include "content/xml.h"
+#include <cstdint>
+
+struct xml_attribute {
+    char* name;  // owned
+    char* value; // owned; null: the text ended the tag before the value did
+};
+
+struct xml_node {
+    char* name;                // owned; null for the root, and for a tag that the text breaks off before its name
+    xml_attribute* attributes; // owned, in document order, duplicates kept; append through xml_append_attribute only
+    int32_t attribute_count;
+    char* text;             // owned; null: none. Only elements without child elements have text
+    xml_node* next_sibling; // owned by the parent; null: the last
+    xml_node* first_child;  // owned; null: none
+    xml_node* parent;       // null for the root and for detached nodes
+};
 
 // A detached node in which everything is empty; null without memory.
 xml_node* xml_new_empty_node();
