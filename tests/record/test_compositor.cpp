@@ -606,6 +606,7 @@ glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)
 glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 256, 128)
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
 )");
+    CHECK(b.r.standing.material.units[0].wrap == wrap_edge_clamp);
 }
 
 // Deleting a texture leaves nothing in the units that show it.

@@ -418,7 +418,9 @@ TEST_CASE("on a driver without buffers the mesh's own arrays are drawn, whatever
     glBindBuffer = nullptr;
     uint32_t material = 0;
     b.add_material(&material);
-    b.draw(b.add_scene({b.object(object_model, b.add_triangle(1), material)}), false);
+    const uint32_t mesh = b.add_triangle(1);
+    b.arrays(mesh).position_buffer = 101; // of another driver
+    b.draw(b.add_scene({b.object(object_model, mesh, material)}), false);
     CHECK(take_sources() == R"(
 glNormalPointer(GL_FLOAT, 0, [0 0 1])
 glVertexPointer(3, GL_FLOAT, 0, [1 2 3])
@@ -460,6 +462,8 @@ glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, [0 1 1 2 2 0])
 glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 105)
 glDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, 0)
 )");
+    b.draw(scene, true);
+    CHECK(take_sources() == "\nglDrawElements(GL_LINES, 6, GL_UNSIGNED_SHORT, 0)\n");
 }
 
 TEST_CASE("the lines of a mesh that a frame shows twice go into one buffer")
