@@ -172,8 +172,10 @@ TEST_CASE("numbers of a text have six digits at most and no negative zero")
     object.values[0].value = -0.0f;
     object.values[1].value = 1234567.0f;
     object.values[2].value = 1e-7f;
+    table_get(b.d.material_table, object.material)->color[1] = -0.0f;
     CHECK(lines_with(planned_text(b, layers_of(b, {object})), "    at ")
         == "    at 1 0 0 0 0 1 0 0 0 0 1 0 0 1.23457e+06 1e-07 1\n");
+    CHECK(lines_with(frame_as_text(b.f), ", color").ends_with(", color 0.25 0 0.75 1\n"));
 }
 
 // ---- targets, clearing --------------------------------------------------------------------
@@ -710,6 +712,9 @@ TEST_CASE("lines go into a buffer of their own once, and are drawn from it after
     printed_while([&] { text = planned_commands(b, layers); });
     CHECK(lines_with(text, "upload").empty()); // a mesh without buffers has none for lines
     mesh.index_buffer = 60;
+    b.context.caps.vbo = 0;
+    CHECK(lines_with(planned_commands(b, layers), "upload").empty()); // nor where none are used
+    b.context.caps.vbo = 1;
     text = planned_commands(b, layers);
     CHECK(text.starts_with("upload lines of 3 indices\ndraw 1 x 6 line indices"));
     CHECK(text.ends_with("indices in memory\n")); // there is no buffer yet
@@ -836,6 +841,8 @@ TEST_CASE("a program that did not build draws nothing until another material is 
     CHECK(commands_of(text) == draw_of_triangle(0) + draw_of_triangle(1) + draw_of_swirl(1));
     CHECK(planned_text(b, layers_of(b, {bad})).empty());
     CHECK(planned_text(b, layers_of(b, {bare})).empty()); // nor in the next frame
+    b.context.glsl = false;                               // the fixed path has no use for programs
+    CHECK(planned_commands(b, layers_of(b, {bare})) == draw_of_swirl(0));
 }
 
 TEST_CASE("without a program yet the fixed pipeline draws, with one all that has no material does so, too")
@@ -901,7 +908,7 @@ TEST_CASE("an upload binds its picture to the first unit, which the material the
     CHECK(other.f.uploads.size() == 1);
 }
 
-TEST_CASE("one material is applied anew after the upload of another moment's picture")
+TEST_CASE("a material is applied anew after an upload, which leaves its picture in the first unit")
 {
     frame_bench b;
     uint32_t handle = 0, other = 0;
@@ -912,11 +919,17 @@ TEST_CASE("one material is applied anew after the upload of another moment's pic
     const uint32_t mesh = add_mesh(b);
     const scene_object shows = object_at_origin(object_model, mesh, other);
     const scene_object moves = object_at_origin(object_model, mesh, handle);
-    advance_and_plan(b, layers_of(b, {shows, moves, shows}, 3));
-    REQUIRE(b.f.draws.size() == 3);
-    const uint32_t first_unit[3] = {7, 5, 7};
-    for (size_t i = 0; i < 3; ++i)
+    const frame_layers layers = layers_of(b, {shows, moves, shows, shows}, 3);
+    advance(b, layers);
+    REQUIRE(b.f.pictures.size() == 2);
+    b.f.meshes[3].fresh = 1; // an upload before a mesh whose material stands already
+    b.f.meshes[3].fresh_count = 1;
+    plan(b, layers);
+    REQUIRE(b.f.draws.size() == 4);
+    const uint32_t first_unit[4] = {7, 5, 7, 7};
+    for (size_t i = 0; i < 4; ++i)
         CHECK(b.f.materials[b.f.draws[i].material].units[0].flat_texture == first_unit[i]);
+    CHECK(b.standing.material.units[0].flat_texture == 7);
 }
 
 // ---- a function of what was advanced -----------------------------------------------------------------------
@@ -997,6 +1010,8 @@ TEST_CASE("planning begins empty again, and its lists keep their storage")
     CHECK(storage() == storage_before);
     CHECK(sizes() == sizes_before);
     CHECK(std::find(storage_before.begin(), storage_before.end(), nullptr) == storage_before.end());
+    b.f.recreations.push_back({});
+    b.f.line_uploads.push_back({});
     clear_planned(b.f);
     CHECK(frame_as_text(b.f).empty());
     CHECK(sizes() == std::vector<size_t>(sizes_before.size(), 0));
