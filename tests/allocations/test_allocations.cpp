@@ -1,5 +1,5 @@
 #include "counted_allocations.h"
-#include "effects/effect_2d.h"
+#include "effects/dynamic_texture.h"
 #include "frame_bench.h"
 #include "render/compositor_gl.h"
 #include "silent_gl.h"
