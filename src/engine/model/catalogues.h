@@ -2,8 +2,8 @@
 // parameters, in order.
 //
 // Constant tables of zero-padded fixed-width fields; entries are numbered from 0
-// in table order and told apart by table and position, never by name. The tools
-// show them; the player asks only for the parameter count of a 2-D effect.
+// in table order and told apart by table and position, never by name. Reading takes
+// from them how many numbers a choice has, and how messages call it.
 #pragma once
 
 #include <cstdint>

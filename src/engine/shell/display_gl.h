@@ -17,6 +17,6 @@ void prepare_display(player_display& display, const player_choices& choices);
 
 // The second step: opens the window and fills both capability records, the texture units,
 // the texture formats and glsl_path of the display from the driver's answers. Starts the
-// timer. Prints the capability report and shows a black frame. Resets the renderer's
-// matrices and builds the maze tables.
+// timer. Prints the capability report, shows a black frame and builds the maze
+// tables.
 display_result open_display(player_display& display, const player_choices& choices);
