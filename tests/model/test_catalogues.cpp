@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 
 #include <cstring>
+#include <iterator>
 #include <span>
 #include <string>
 
@@ -82,12 +83,14 @@ TEST_CASE("Manipulators")
 
 TEST_CASE("Render modes")
 {
-    const char* const names[9] = {"Simple render", "Render to texture", "Link with previous",
+    const char* const names[] = {"Simple render", "Render to texture", "Link with previous",
         "Clear Z-buffer and render", "Render to texture, force 16:9", "Render to quarter screen texture",
         "Render to quarter screen texture and don't clean", "Render to quarter screen texture, force 4:3",
         "Clear Z-buffer and link with previous"};
-    const uint8_t uses_target[9] = {0, 1, 0, 0, 1, 1, 1, 1, 0};
-    for (uint32_t i = 0; i < 9; ++i) {
+    const uint8_t uses_target[] = {0, 1, 0, 0, 1, 1, 1, 1, 0};
+    REQUIRE(std::size(render_modes) == std::size(names));
+    REQUIRE(std::size(render_modes) == std::size(uses_target));
+    for (uint32_t i = 0; i < std::size(names); ++i) {
         CHECK(std::string(render_modes[i].name) == names[i]);
         CHECK(render_modes[i].uses_target == uses_target[i]);
         CHECK(joined(render_modes[i].param_name, uses_target[i]) == (uses_target[i] ? "Texture" : ""));

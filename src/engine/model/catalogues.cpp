@@ -1,7 +1,6 @@
 #include "model/catalogues.h"
 
-#include "model/records.h"
-#include "model/timeline.h"
+#include "model/render_modes.h"
 
 #include <iterator>
 
@@ -15,21 +14,10 @@ static_assert(sizeof(function_type_entry) == 32 + 48 + 1 + 24 * 32);
 static_assert(sizeof(name_entry) == 32);
 static_assert(sizeof(glyph_name_entry) == 17);
 
-// A kind that is added somewhere is added here, too.
-static_assert(std::size(effect_types) == mesh_effect_kind_count);
-static_assert(std::size(effects_2d) == effect_2d_kind_count);
-static_assert(std::size(manipulators) == manipulator_kind_count);
-static_assert(std::size(render_modes) == render_mode_count);
-static_assert(std::size(texture_generators) == generator_kind_count);
-static_assert(std::size(function_types) == segment_kind_count);
-static_assert(std::size(loop_modes) == loop_kind_count);
-static_assert(std::size(quality_hints) == fog_kind_count);
-static_assert(std::size(wrap_modes) == wrap_kind_count);
-static_assert(std::size(blend_functions) == blend_kind_count);
-
+// Each list is as long as its kinds are many (catalogues.h).
 // The spellings "Amoba", "Substract alpha" and "Sinus" are the system's own.
 
-const effect_type_entry effect_types[5] = {
+constexpr effect_type_entry effect_types[] = {
     {"Lake water", 1, {"Time"}},
     {"Centerwave water", 1, {"Time"}},
     {"Swirl", 2, {"X", "Y"}},
@@ -37,7 +25,7 @@ const effect_type_entry effect_types[5] = {
     {"Lake water 2", 1, {"Time"}},
 };
 
-const effect_2d_entry effects_2d[5] = {
+constexpr effect_2d_entry effects_2d[] = {
     {"Test 2d effect", 2, {"Test parameter1", "Test parameter2"}},
     {"Effect 1", 1, {"Step"}},
     {"Amoba", 1, {"Update"}},
@@ -45,7 +33,7 @@ const effect_2d_entry effects_2d[5] = {
     {"Normalmap", 1, {"Time"}},
 };
 
-const manipulator_entry manipulators[4] = {
+constexpr manipulator_entry manipulators[] = {
     {"XYZ Multiplier", 0, 12,
         {"X number", "Y number", "Z number", "Position X step", "Position Y step", "Position Z step", "Rotate X step",
             "Rotate Y step", "Rotate Z step", "Scale X step", "Scale Y step", "Scale Z step"}},
@@ -58,7 +46,7 @@ const manipulator_entry manipulators[4] = {
             "Scale Z"}},
 };
 
-const render_mode_entry render_modes[9] = {
+constexpr render_mode_entry render_modes[] = {
     {"Simple render", 0, {}},
     {"Render to texture", 1, {"Texture"}},
     {"Link with previous", 0, {}},
@@ -70,16 +58,16 @@ const render_mode_entry render_modes[9] = {
     {"Clear Z-buffer and link with previous", 0, {}},
 };
 
-const name_entry object_kinds[3] = {{"Model"}, {"Genmesh"}, {"Text"}};
+constexpr name_entry object_kinds[] = {{"Model"}, {"Genmesh"}, {"Text"}};
 
-const texture_operation_entry image_operations[4] = {
+constexpr texture_operation_entry image_operations[] = {
     {"Add", 1, 2, {"1. scale", "2. scale"}},
     {"Multiply", 1, 1, {"Scale"}},
     {"Maximum", 1, 2, {"1. scale", "2. scale"}},
     {"Minimum", 1, 2, {"1. scale", "2. scale"}},
 };
 
-const texture_operation_entry node_operations[10] = {
+constexpr texture_operation_entry node_operations[] = {
     {"Invert", 1, 0, {}},
     {"Multiply", 1, 1, {"Scale"}},
     {"Offset", 1, 2, {"X offset", "Y offset"}},
@@ -92,7 +80,7 @@ const texture_operation_entry node_operations[10] = {
     {"Min 2", 2, 2, {"1. scale", "2. scale"}},
 };
 
-const texture_generator_entry texture_generators[6] = {
+constexpr texture_generator_entry texture_generators[] = {
     {"Color", 1, 0, {"Color"}},
     {"Sinus plasma", 1, 2, {"Plasma color", "Repeat x", "Repeat y"}},
     {"Radial colors", 2, 2, {"Center color", "Margin color", "Inverse radian", "Color offset (0-127)"}},
@@ -103,7 +91,7 @@ const texture_generator_entry texture_generators[6] = {
     {"Noise", 1, 1, {"Color", "Random seed"}},
 };
 
-const function_type_entry function_types[6] = {
+constexpr function_type_entry function_types[] = {
     {"Constant", "f(x) = a", 1, {"a"}},
     {"Linear", "f(x) = a * x + b", 2, {"a", "b"}},
     {"Quadratic", "f(x) = a * (x - b)^2 + c", 3, {"a", "b", "c"}},
@@ -114,12 +102,12 @@ const function_type_entry function_types[6] = {
     {"Sinus * x", "f(x) = (a * x + e) * sin(x * b - c) + d", 5, {"a", "b", "c", "d", "e"}},
 };
 
-const name_entry loop_modes[3] = {{"Off"}, {"Loop"}, {"Ping-pong"}};
-const name_entry quality_hints[3] = {{"Off"}, {"Fastest"}, {"Nicest"}};
-const name_entry coordinate_generations[3] = {{"Off"}, {"Spheremap"}, {"Cubemap"}};
-const name_entry wrap_modes[2] = {{"Repeat"}, {"Edge clamp"}};
+constexpr name_entry loop_modes[] = {{"Off"}, {"Loop"}, {"Ping-pong"}};
+constexpr name_entry quality_hints[] = {{"Off"}, {"Fastest"}, {"Nicest"}};
+constexpr name_entry coordinate_generations[] = {{"Off"}, {"Spheremap"}, {"Cubemap"}};
+constexpr name_entry wrap_modes[] = {{"Repeat"}, {"Edge clamp"}};
 
-const name_entry combine_functions[11] = {
+constexpr name_entry combine_functions[] = {
     {"Multiply color and add previous"},
     {"Add previous"},
     {"Multiply previous"},
@@ -133,11 +121,40 @@ const name_entry combine_functions[11] = {
     {"Add color"},
 };
 
-const name_entry blend_functions[5] = {{"Alpha"}, {"Add"}, {"Replace"}, {"Add alpha"}, {"Substract alpha"}};
-const name_entry parameter_kinds[2] = {{"Float"}, {"Integer"}};
+constexpr name_entry blend_functions[] = {{"Alpha"}, {"Add"}, {"Replace"}, {"Add alpha"}, {"Substract alpha"}};
+constexpr name_entry parameter_kinds[] = {{"Float"}, {"Integer"}};
 
-const glyph_name_entry glyph_names[15] = {{"QUESTION_MARK"}, {"EXCLAMATION_MARK"}, {"0"}, {"1"}, {"2"}, {"3"}, {"4"},
+constexpr glyph_name_entry glyph_names[] = {{"QUESTION_MARK"}, {"EXCLAMATION_MARK"}, {"0"}, {"1"}, {"2"}, {"3"}, {"4"},
     {"5"}, {"6"}, {"7"}, {"8"}, {"9"}, {"AND"}, {"SLASH"}, {"SPACE"}};
+
+// An entry that is missing leaves an empty one at the end.
+template <typename entry, size_t count> static constexpr bool is_whole(const entry (&entries)[count])
+{
+    return entries[count - 1].name[0] != '\0';
+}
+static_assert(is_whole(effect_types), "a mesh effect has no entry");
+static_assert(is_whole(effects_2d), "a 2-D effect has no entry");
+static_assert(is_whole(manipulators), "a manipulator has no entry");
+static_assert(is_whole(render_modes), "a render mode has no entry");
+static_assert(is_whole(object_kinds), "a kind of object has no entry");
+static_assert(is_whole(image_operations) && is_whole(node_operations), "an operation has no entry");
+static_assert(is_whole(texture_generators), "a generator has no entry");
+static_assert(is_whole(function_types), "a kind of segment has no entry");
+static_assert(is_whole(loop_modes), "a loop mode has no entry");
+static_assert(is_whole(quality_hints), "a kind of fog has no entry");
+static_assert(is_whole(coordinate_generations), "a coordinate generation has no entry");
+static_assert(is_whole(wrap_modes), "a wrap mode has no entry");
+static_assert(is_whole(combine_functions), "a combine function has no entry");
+static_assert(is_whole(blend_functions), "a blend function has no entry");
+
+static constexpr bool targets_agree()
+{
+    for (uint32_t mode = 0; mode < render_mode_count; ++mode)
+        if ((render_modes[mode].uses_target != 0) != (render_mode_of(mode).target == mode_draws_to_texture))
+            return false;
+    return true;
+}
+static_assert(targets_agree(), "a render mode's entry and its row say different things about its target");
 
 uint8_t effect2d_param_count(uint32_t type)
 {

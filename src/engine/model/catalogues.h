@@ -3,8 +3,12 @@
 //
 // Constant tables of zero-padded fixed-width fields; entries are numbered from 0
 // in table order and told apart by table and position, never by name. Reading takes
-// from them how many numbers a choice has, and how messages call it.
+// from them how many numbers a choice has, and how messages call it. Where choices have an
+// enum, there is an entry for each of them: a missing one does not compile.
 #pragma once
+
+#include "model/records.h"
+#include "model/timeline.h"
 
 #include <cstdint>
 
@@ -54,21 +58,21 @@ struct glyph_name_entry {
     char name[17];
 };
 
-extern const effect_type_entry effect_types[5];
-extern const effect_2d_entry effects_2d[5];
-extern const manipulator_entry manipulators[4];
-extern const render_mode_entry render_modes[9];
+extern const effect_type_entry effect_types[mesh_effect_kind_count];
+extern const effect_2d_entry effects_2d[effect_2d_kind_count];
+extern const manipulator_entry manipulators[manipulator_kind_count];
+extern const render_mode_entry render_modes[render_mode_count];
 extern const name_entry object_kinds[3];
 extern const texture_operation_entry image_operations[4]; // codes 101..104
 extern const texture_operation_entry node_operations[10]; // codes 201..210
-extern const texture_generator_entry texture_generators[6];
-extern const function_type_entry function_types[6];
-extern const name_entry loop_modes[3];
-extern const name_entry quality_hints[3];
+extern const texture_generator_entry texture_generators[generator_kind_count];
+extern const function_type_entry function_types[segment_kind_count];
+extern const name_entry loop_modes[loop_kind_count];
+extern const name_entry quality_hints[fog_kind_count];
 extern const name_entry coordinate_generations[3];
-extern const name_entry wrap_modes[2];
+extern const name_entry wrap_modes[wrap_kind_count];
 extern const name_entry combine_functions[11];
-extern const name_entry blend_functions[5];
+extern const name_entry blend_functions[blend_kind_count];
 extern const name_entry parameter_kinds[2];
 extern const glyph_name_entry glyph_names[15];
 
