@@ -172,9 +172,9 @@ static void draw_copies_fixed(const frame& f, const draw_command& draw, gl_state
     }
 }
 
-static void draw_copies_glsl(const frame& f, const draw_command& draw, const program_state& program, gl_state& gl)
+static void draw_copies_glsl(
+    const frame& f, const draw_command& draw, const program_state& program, known_program& known)
 {
-    known_program& known = known_program_gl(program.program, gl);
     const float* projection = f.views[draw.view].projection;
     if (program.projection >= 0 && remember_numbers(projection, known.projection, 16, known.has_projection))
         glUniformMatrix4fv(program.projection, 1, GL_FALSE, projection);
@@ -221,7 +221,7 @@ void draw_mesh_gl(const frame& f, const draw_command& draw, const gl_caps& caps,
     if (draw.program == no_index)
         return draw_copies_fixed(f, draw, gl);
     load_modelview_gl(view.camera, gl);
-    set_program_gl(f.programs[draw.program], gl);
+    known_program& known = set_program_gl(f.programs[draw.program], gl);
     feed_program(draw, f.programs[draw.program], gl);
-    draw_copies_glsl(f, draw, f.programs[draw.program], gl);
+    draw_copies_glsl(f, draw, f.programs[draw.program], known);
 }

@@ -44,7 +44,6 @@ struct known_light {
 
 // What the uniforms of one program hold.
 struct known_program {
-    uint32_t program = 0;
     bool told = false; // `values` hold
     bool has_projection = false;
     program_state values = {};
@@ -88,7 +87,8 @@ struct gl_state {
     uint32_t moved_normals = 0;
 
     uint32_t program = unknown_name;
-    std::vector<known_program> programs;
+    std::vector<uint32_t> program_names;          // of the programs that were met
+    std::vector<known_program> programs;          // what is known of each, in the same order
     known_array attributes[max_known_attributes]; // by location
 
     uint32_t viewport_width = 0; // 0: unknown

@@ -161,14 +161,17 @@ void set_material_glsl_gl(const material_state& material, gl_state& gl)
             bind_unit_gl(i, material.units[i], gl);
 }
 
-known_program& known_program_gl(uint32_t program, gl_state& gl)
+// A new record for a program that was not met yet. Names stand apart, close together: most
+// meshes change the program.
+static known_program& find_known_program(uint32_t program, gl_state& gl)
 {
-    for (known_program& known : gl.programs)
-        if (known.program == program)
-            return known;
-    gl.programs.emplace_back();
-    gl.programs.back().program = program;
-    return gl.programs.back();
+    const auto found = std::find(gl.program_names.begin(), gl.program_names.end(), program);
+    const size_t index = static_cast<size_t>(found - gl.program_names.begin());
+    if (found == gl.program_names.end()) {
+        gl.program_names.push_back(program);
+        gl.programs.emplace_back();
+    }
+    return gl.programs[index];
 }
 
 static bool same_numbers(const float* a, const float* b, uint32_t count)
@@ -208,18 +211,18 @@ static void set_light_positions(const program_state& program, const known_progra
     }
 }
 
-void set_program_gl(const program_state& program, gl_state& gl)
+known_program& set_program_gl(const program_state& program, gl_state& gl)
 {
+    assert(program.status == program_ready);
     if (gl.program != program.program) {
         gl.program = program.program;
         glUseProgram(program.program);
     }
-    if (program.status != program_ready)
-        return;
-    known_program& known = known_program_gl(program.program, gl);
+    known_program& known = find_known_program(program.program, gl);
     set_texture_matrix(program, known);
     set_uniforms(program, known);
     set_light_positions(program, known);
     known.told = true;
     known.values = program;
+    return known;
 }

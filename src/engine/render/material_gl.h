@@ -10,8 +10,6 @@ void set_material_fixed_gl(const material_state& material, const gl_caps& caps, 
 // What the shader path needs besides the program.
 void set_material_glsl_gl(const material_state& material, gl_state& gl);
 
-// Makes a program current, with its uniforms.
-void set_program_gl(const program_state& program, gl_state& gl);
-
-// What is known of a program's uniforms; a new record for a program that was not met yet.
-known_program& known_program_gl(uint32_t program, gl_state& gl);
+// Makes a program that did build current, with its uniforms. What is known of it, good until the
+// next call.
+known_program& set_program_gl(const program_state& program, gl_state& gl);
