@@ -214,32 +214,32 @@ TEST_CASE("Rotations turn all four rows")
     CHECK(t.m[7] == doctest::Approx(-2.0));
 }
 
+static void check_same(float value, float expected)
+{
+    CHECK(std::isnan(value) == std::isnan(expected));
+    if (!std::isnan(expected))
+        CHECK(std::bit_cast<uint32_t>(value) == std::bit_cast<uint32_t>(expected));
+}
+
 TEST_CASE("A turn by nothing gives the bits that the general formula gives, finite or not")
 {
-    // a c + b s and b c - a s with c = 1 and s = the angle, in extended precision.
     const float inf = std::numeric_limits<float>::infinity();
-    const float a[4] = {0.1f, -0.0f, 1.17e-38f, 5.0f};
-    const float b[4] = {-3e38f, 0.0f, inf, std::nanf("")};
-    for (const float angle : {0.0f, -0.0f}) {
-        test_matrix t;
-        std::copy_n(a, 4, t.m);
-        std::copy_n(b, 4, t.m + 4);
-        rotate_z(t.m, angle);
-        for (int r = 0; r < 4; ++r) {
-            const long double s = angle;
-            const float turned_a = static_cast<float>(static_cast<long double>(a[r]) + b[r] * s);
-            const float turned_b = static_cast<float>(static_cast<long double>(b[r]) - a[r] * s);
-            CHECK(std::isnan(turned_a) == (r > 1));
-            if (r <= 1)
-                CHECK(std::bit_cast<uint32_t>(t.m[r]) == std::bit_cast<uint32_t>(turned_a));
-            else
-                CHECK(std::isnan(t.m[r]));
-            if (r <= 2)
-                CHECK(std::bit_cast<uint32_t>(t.m[4 + r]) == std::bit_cast<uint32_t>(turned_b));
-            else
-                CHECK(std::isnan(t.m[4 + r]));
+    const float columns[2][4] = {{0.1f, -0.0f, 1.17e-38f, 5.0f}, {-3e38f, 0.0f, inf, std::nanf("")}};
+    for (const float angle : {0.0f, -0.0f})
+        for (const int first : {0, 1}) {
+            const float* a = columns[first];
+            const float* b = columns[1 - first];
+            test_matrix t;
+            std::copy_n(a, 4, t.m);
+            std::copy_n(b, 4, t.m + 4);
+            rotate_z(t.m, angle);
+            for (int r = 0; r < 4; ++r) {
+                // a c + b s and b c - a s with c = 1 and s = the angle, in extended precision
+                const long double s = angle;
+                check_same(t.m[r], static_cast<float>(static_cast<long double>(a[r]) + b[r] * s));
+                check_same(t.m[4 + r], static_cast<float>(static_cast<long double>(b[r]) - a[r] * s));
+            }
         }
-    }
 }
 
 TEST_CASE("Scaling stretches the first three columns, all four rows")
