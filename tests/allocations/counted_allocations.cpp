@@ -57,8 +57,7 @@ char* __wrap_strdup(const char* text)
 }
 }
 
-// The other forms of the library call this one.
-void* operator new(size_t size)
+static void* counted_block(size_t size)
 {
     ++asked;
     void* block = __real_malloc(size == 0 ? 1 : size);
@@ -67,12 +66,32 @@ void* operator new(size_t size)
     return block;
 }
 
+void* operator new(size_t size)
+{
+    return counted_block(size);
+}
+
+void* operator new[](size_t size)
+{
+    return counted_block(size);
+}
+
 void operator delete(void* block) noexcept
 {
     std::free(block);
 }
 
+void operator delete[](void* block) noexcept
+{
+    std::free(block);
+}
+
 void operator delete(void* block, size_t) noexcept
+{
+    std::free(block);
+}
+
+void operator delete[](void* block, size_t) noexcept
 {
     std::free(block);
 }
