@@ -12,7 +12,7 @@ _brimlow_render()
     --*=*) option=${value%%=*} value=${value#*=} ;;
     -*)
         offer=word
-        words='--size --aspect --path --samples --caps --seed --tile --window --fps --from --to --at --loading --output --crf --ffmpeg --contact-sheet --shots --flashes --times --compare --yes --no --verbose --quiet --help --version'
+        words='--size --aspect --path --samples --caps --seed --tile --window --fps --from --to --at --loading --output --crf --ffmpeg --contact-sheet --shots --flashes --times --commands --compare --yes --no --verbose --quiet --help --version'
         ;;
     *) [ ${#given[@]} -eq 0 ] || option=${given[-1]} ;;
     esac
@@ -35,6 +35,7 @@ _brimlow_render()
     --contact-sheet) offer=.png ;;
     --shots) offer=/ ;;
     --times) offer='' ;;
+    --commands) offer='' ;;
     --compare) offer=/ ;;
     esac
 

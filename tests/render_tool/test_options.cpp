@@ -71,6 +71,8 @@ TEST_CASE("Each option goes into its field")
     CHECK(options.times == "t");
     CHECK(options.flashes);
     CHECK(accepted({"--compare", "d"}).compare == "d");
+    CHECK(accepted({"--commands", "c.txt"}).commands == "c.txt");
+    CHECK(accepted({"--commands", "-"}).commands == "-");
     CHECK(accepted({"--help", "--size", "1x1"}).help);
     CHECK(accepted({"--version"}).version);
     CHECK(accepted({"-V"}).version);

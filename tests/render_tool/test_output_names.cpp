@@ -27,6 +27,15 @@ TEST_CASE("The names of single outputs are known before anything is loaded")
     CHECK(fixed_output_names(options).back() == "times.json");
 }
 
+TEST_CASE("Commands have a name of their own, but on standard output")
+{
+    render_options options;
+    options.commands = "a.txt";
+    CHECK(fixed_output_names(options).back() == "a.txt");
+    options.commands = "-";
+    CHECK(fixed_output_names(options) == std::vector<std::string>{"", ""});
+}
+
 TEST_CASE("Names that are taken may be written only where they may be replaced")
 {
     char folder[] = "/tmp/brimlow-names-XXXXXX";

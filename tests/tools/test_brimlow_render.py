@@ -270,8 +270,13 @@ class CommandLineTest(RenderTest):
         words = '--ffmpeg takes words for ffmpeg in one argument, like --ffmpeg "-preset slow"'
         compare = '--compare goes without %s: it renders the frames of its pictures again, at their size'
         loading = '--loading goes without %s: it shows the loading screen, not the production'
+        own_names = ('two outputs have the same name: give -o, --contact-sheet, --times and --commands names of their '
+                     'own')
         for problem, arguments in (
-                ('nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare', []),
+                ('nothing to do: give -o, --contact-sheet, --shots, --flashes, --times, --commands or --compare', []),
+                ('unknown option --comands (did you mean --commands?)', ['--comands', 'a']),
+                ('--commands takes the name of a file, or -, not ""', ['--commands', '']),
+                ('--commands takes the name of a file, or -, and -o is an option', ['--commands', '-o', 'a.mp4']),
                 ('unknown option --sise (did you mean --size?)', ['--sise', '3']),
                 ('unknown option --szie (did you mean --size?)', ['--szie', '3']),
                 ('unknown option --flash (did you mean --flashes?)', ['--flash']),
@@ -343,12 +348,14 @@ class CommandLineTest(RenderTest):
                 ('the name of the pack is empty', ['--flashes', '']),
                 ('"show.mp4" stands where the pack does: write -o show.mp4', ['show.mp4']),
                 (compare % '--flashes', ['--compare', 'd', '--flashes']),
+                (compare % '--commands', ['--compare', 'd', '--commands', '-']),
                 (compare % '--at', ['--compare', 'd', '--at', '1']),
                 (compare % '--loading', ['--compare', 'd', '--loading', '1']),
                 (compare % '--to', ['--compare', 'd', '--to', '1']),
                 (compare % '-o', ['--compare', 'd', '-o', 'a.mp4']),
                 (compare % '--size', ['--compare', 'd', *SMALL]),
                 (loading % '--times', ['--loading', '5', '--times', 't.json']),
+                (loading % '--commands', ['--loading', '5', '-o', 'a.png', '--commands', 'c.txt']),
                 (loading % '--to', ['--loading', '5', '-o', 'a.png', '--to', '3']),
                 (loading % '--from', ['--loading', '5', '-o', 'a.png', '--from', '3', '--to', '4']),
                 (loading % '--at', ['--loading', '5', '-o', 'a.png', '--at', '1']),
@@ -363,8 +370,9 @@ class CommandLineTest(RenderTest):
                  ['--at', '1', '--flashes']),
                 ('--shots needs --at, like --at 12.5 --shots d', ['--shots', 'd']),
                 ('--shots needs a --size of 16:9, like 1920x1080', ['--shots', 'd', '--at', '1', '--size', '640x480']),
-                ('two outputs have the same name: give -o, --contact-sheet and --times names of their own',
-                 ['--at', '1', '-o', 'a.png', '--contact-sheet', './a.png']),
+                (own_names, ['--at', '1', '-o', 'a.png', '--contact-sheet', './a.png']),
+                (own_names, ['--commands', 'd/../a', '--times', 'a']),
+                (own_names, ['-o', '-', '--commands', '-']),
                 ('"d/a.png" is one picture: say which with --at, like --at 12.5, or name many, like d/a-%05d.png',
                  ['-o', 'd/a.png']),
                 ('"a.png" is one picture, and 2 are asked for: give a name with a place for numbers, like a-%05d.png',
@@ -1299,6 +1307,118 @@ class ReportTest(RenderTest):
         self.fails(2, 'Error: none has no numbered pictures like 00750.png.', '--compare', 'none')
         status, _, errors = self.render('--compare', 'missing')
         self.assertEqual((status, len(errors)), (2, 1))
+
+
+UNIT = '1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1'
+OVER_ALL = '2 0 0 0 0 -2 0 0 0 0 -1 0 -1 1 0 1'   # (0, 0) is the upper left corner, (1, 1) the lower right one
+
+
+class CommandsTest(RenderTest):
+    PLAIN = ('--path', 'fixed', '--caps', 'no-vbo', '--fps', '10', *SMALL)   # no names of OpenGL in the text
+
+    @staticmethod
+    def block(track, layer, time, scene, view, state, colour):
+        """What two_colours() draws at a time."""
+        memory = ', '.join(what + ' in memory' for what in ('positions', 'normals', *['coordinates'] * 3, 'indices'))
+        return ['track %d, layer %d: time %d, scene %d, 1 mesh' % (track, layer, time, scene), 'viewport 32 x 24',
+                'clear color to 0 0 0 1 depth', '  view %d: projection %s, camera %s' % (view, OVER_ALL, UNIT),
+                '  state %d: depth 0, cull 0, blend 2, line width 0, normalize 0, wireframe 0, color %s' % (state, colour),
+                '    unit 1 picture 0, wrap 0', 'draw 1 x 6 indices with state %d, %s' % (state, memory), '    at ' + UNIT]
+
+    def commands(self, name):
+        with open(self.path(name), encoding='ascii') as file:
+            return file.read()
+
+    def test_the_frames_of_the_moments_are_written_below_their_number_and_time(self):
+        two_colours().write(self.folder)
+        output, errors = self.done('--at', '1.5,0.5', '--commands', 'new/commands.txt', *self.PLAIN)
+        self.assertEqual((output, errors[-1]), (b'', 'Wrote new/commands.txt from demo.dpk.'))
+        self.assertEqual(self.commands('new/commands.txt').splitlines(), [
+            'frame 5, 0.50 s', '', *self.block(1, 1, 50, 1, 0, 0, '1 0 0 1'), '',
+            'frame 15, 1.50 s', '', *self.block(1, 2, 50, 2, 0, 0, '0 0 1 1')])
+        self.assertEqual(self.names('new'), ['commands.txt'])
+
+    def test_every_track_has_a_heading(self):
+        into_a_texture().write(self.folder)
+        self.done('--at', '0.3', '--commands', 'a', *self.PLAIN)
+        lines = self.commands('a').splitlines()
+        self.assertEqual([line for line in lines if line.startswith('track')],
+                         ['track 1, layer 1: time 30, scene 1, for image 1, 1 mesh',
+                          'track 2, layer 1: time 30, scene 2, 1 mesh'])
+        first, second = (lines.index(line) for line in lines if line.startswith('track'))
+        self.assertIn('viewport 16 x 16', lines[first:second])
+        self.assertRegex(lines[second + 1], '^copy 16 x 16 into texture [1-9]')
+        self.assertEqual(lines[second + 2], 'viewport 32 x 24')
+
+    def test_a_range_has_what_its_moments_have(self):
+        remembering().write(self.folder)
+        for path in ('glsl', 'fixed'):
+            options = ('--path', path, '--fps', '10', *SMALL)
+            self.done('--from', '3f', '--to', '5f', '--commands', path, *options)
+            self.done('--at', '3f,4f', '--commands', 'stills', '-y', *options)
+            self.assertEqual(self.commands(path), self.commands('stills'))
+            self.assertEqual([l for l in self.commands(path).splitlines() if l.startswith('frame')],
+                             ['frame 3, 0.30 s', 'frame 4, 0.40 s'])
+        self.assertRegex(self.commands('glsl'), r'\n    program [1-9]\d*, light 1 at 10 20 0\n')
+        self.assertNotIn('program', self.commands('fixed'))
+
+    def test_the_frames_before_are_played(self):
+        """An effect's mesh without a material is drawn with what the last one left."""
+        show = Production()
+        show.colour(GREEN, 50)
+        show.layer(show.scene(placed(show.effect(LAKE, running(show)), 0, GENMESH)), 50)
+        show.write(self.folder)
+        self.done('--at', '0.8', '--commands', 'a', *self.PLAIN)
+        self.assertIn('wireframe 0, color 0 1 0 1\n', self.commands('a'))
+
+    def test_on_standard_output_reports_make_room_for_them(self):
+        two_colours().write(self.folder)
+        self.done('--at', '0.5', '--commands', 'a', *self.PLAIN)
+        output, errors = self.done('--at', '0.5', '--commands', '-', '--times', 't', *self.PLAIN)
+        self.assertEqual(output.decode(), self.commands('a'))
+        self.assertTrue(any('CPU' in line for line in errors[:-1]), errors)
+        self.assertEqual(errors[-1], 'Wrote t and commands to standard output from demo.dpk.')
+        self.assertEqual(self.names('.'), ['a', 'demo.dpk', 't'])
+
+    def test_pictures_are_what_they_are_without(self):
+        out_of_the_past().write(self.folder)
+        for name, more in (('with', ['--commands', 'a']), ('without', [])):
+            self.done('--from', '0.8', '--to', '1.3', '-o', name + '/%d.png', '--fps', '10', *SMALL, *more)
+        self.assertEqual(self.frames('with'), self.frames('without'))
+        self.assertEqual(len(re.findall('^frame ', self.commands('a'), re.M)), 5)
+
+    def test_with_a_contact_sheet_they_are_of_all_frames(self):
+        two_colours().write(self.folder)
+        self.done('--contact-sheet', 's.png', '--commands', 'a', *self.PLAIN)
+        self.assertEqual(len(re.findall('^frame ', self.commands('a'), re.M)), 21)
+
+    def test_each_tile_has_its_own(self):
+        two_colours().write(self.folder)
+        self.done('--at', '0.5', '--tile', '16', '--commands', 'a', *self.PLAIN)
+        lines = self.commands('a').splitlines()
+        tiles = [i for i, line in enumerate(lines) if line.startswith('tile')]
+        self.assertEqual([lines[i] for i in tiles], ['tile 16 x 16 at 0, 0', 'tile 16 x 16 at 16, 0', 'tile 16 x 8 at 0, 16',
+                                                     'tile 16 x 8 at 16, 16'])
+        self.assertEqual([lines[i + 3] for i in tiles], ['viewport 16 x 16'] * 2 + ['viewport 16 x 8'] * 2)
+        self.assertEqual(len([line for line in lines if line.startswith('draw ')]), 4)
+
+    def test_what_is_there_is_asked_about_and_what_cannot_be_written_ends_the_run(self):
+        two_colours().write(self.folder)
+        with open(self.path('a'), 'w', encoding='ascii') as file:
+            file.write('mine')
+        options = ('--at', '0.5', *self.PLAIN)
+        self.fails(1, 'Error: a exists; -y replaces what exists.', *options, '--commands', 'a')
+        self.assertEqual(self.commands('a'), 'mine')
+        self.done(*options, '-y', '--commands', 'a')
+        self.assertTrue(self.commands('a').startswith('frame 5'))
+        self.fails(1, 'Error: cannot write ".": Is a directory.', *options, '--commands', '.')
+        self.fails(1, 'Error: cannot write "/dev/full": No space left on device.', *options, '--commands', '/dev/full')
+        with open('/dev/full', 'wb') as full:
+            run = subprocess.run([RENDER, *options, '--commands', '-'], cwd=self.folder, env=self.environment(),
+                                 stdin=subprocess.DEVNULL, stdout=full, stderr=subprocess.PIPE, timeout=60, check=False)
+        self.assertEqual((run.returncode, run.stderr.decode().splitlines()[-1]),
+                         (1, 'Error: cannot write to standard output: No space left on device.'))
+        self.assertEqual(self.names('.'), ['a', 'demo.dpk'])
 
 
 class ShaderLogTest(RenderTest):

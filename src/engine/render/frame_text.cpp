@@ -1,7 +1,6 @@
 #include "render/frame_text.h"
 
-#include "render/layer_plan.h"
-
+#include <cassert>
 #include <cstdio>
 #include <span>
 
@@ -66,6 +65,8 @@ static std::string material_text(uint32_t index, const material_state& material)
         + count(material.wireframe) + ", color " + numbers(material.color) + "\n";
     for (uint32_t i = 0; i < material.lights; ++i)
         text += light_text(i, material.light[i]);
+    if (material.lights > 0)
+        text += "    lights given under " + numbers(material.light_view) + "\n";
     if (material.fog_type != fog_none)
         text += fog_text(material);
     for (uint32_t i = 0; i < texture_unit_count; ++i)
@@ -156,18 +157,25 @@ namespace {
 
 // What has been written already.
 struct written {
-    uint32_t views;
-    uint32_t materials;
+    uint32_t views = 0; // up to the last one; those that nothing is seen through are left out
+    uint32_t materials = 0;
 };
 
 } // namespace
 
+static std::string view_text(uint32_t index, const view_state& view)
+{
+    return "  view " + count(index) + ": projection " + numbers(view.projection) + ", camera " + numbers(view.camera)
+        + "\n";
+}
+
 static std::string states_before(const frame& f, const draw_command& draw, written& w)
 {
     std::string text;
-    for (; w.views <= draw.view; ++w.views)
-        text += "  view " + count(w.views) + ": projection " + numbers(f.views[w.views].projection) + ", camera "
-            + numbers(f.views[w.views].camera) + "\n";
+    if (w.views <= draw.view) {
+        text = view_text(draw.view, f.views[draw.view]);
+        w.views = draw.view + 1;
+    }
     for (; w.materials <= draw.material; ++w.materials) {
         text += material_text(w.materials, f.materials[w.materials]);
         if (w.materials < f.programs.size())
@@ -176,14 +184,45 @@ static std::string states_before(const frame& f, const draw_command& draw, writt
     return text;
 }
 
+// The commands from one up to another.
+static std::string commands_text(const frame& f, size_t begin, size_t end, written& w)
+{
+    assert(begin <= end && end <= f.commands.size());
+    std::string text;
+    for (size_t i = begin; i < end; ++i) {
+        if (f.commands[i].kind == command_draw)
+            text += states_before(f, f.draws[f.commands[i].index], w);
+        text += command_text(f, f.commands[i]);
+    }
+    return text;
+}
+
+static std::string layer_text(const layer_plan& layer, uint32_t mesh_count)
+{
+    std::string text = "\ntrack " + count(layer.track + 1) + ", layer " + count(layer.layer + 1) + ": time "
+        + count(layer.time) + (layer.model_id == 0 ? ", no scene" : ", scene " + count(layer.model_id));
+    if (layer.target != 0)
+        text += ", for image " + count(layer.target);
+    return text + ", " + count(mesh_count) + (mesh_count == 1 ? " mesh\n" : " meshes\n");
+}
+
 std::string frame_as_text(const frame& f)
 {
+    written w;
+    return commands_text(f, 0, f.commands.size(), w);
+}
+
+std::string frame_as_text(const frame& f, const frame_layers& layers)
+{
     std::string text;
-    written w = {0, 0};
-    for (const frame_command& command : f.commands) {
-        if (command.kind == command_draw)
-            text += states_before(f, f.draws[command.index], w);
-        text += command_text(f, command);
+    written w;
+    uint32_t meshes = 0;
+    uint32_t commands = 0;
+    for (uint32_t i = 0; i < layers.layer_count; ++i) {
+        text += layer_text(layers.layers[i], f.mesh_end[i] - meshes);
+        text += commands_text(f, commands, f.command_end[i], w);
+        meshes = f.mesh_end[i];
+        commands = f.command_end[i];
     }
     return text;
 }

@@ -1,7 +1,10 @@
 #include "frame_source_gl.h"
 
 #include "frame_clock.h"
+#include "frame_commands.h"
 #include "tiles.h"
+
+#include "render/frame_text.h"
 
 #include <GL/glew.h>
 
@@ -208,6 +211,8 @@ static void draw_whole(frame_source& source, drawn_frame& slot)
     frame_layers layers = layers_of(source, slot.number);
     slot.cpu_ms = advance(source, layers, costs);
     slot.cpu_ms += draw(source, layers, source.tiles[0], costs);
+    if (source.tells_commands)
+        source.commands += frame_as_text(source.drawing.f, layers);
     auto begin = stopwatch::now();
     const bool begun = begin_reading(*source.session, slot, *source.settings);
     source.gl_seconds += seconds_since(begin);
@@ -234,6 +239,8 @@ static void draw_in_tiles(frame_source& source, drawn_frame& slot)
     for (const frame_tile& tile : source.tiles) {
         source.drawing.standing = before;
         slot.cpu_ms += draw(source, layers, tile, costs);
+        if (source.tells_commands)
+            source.commands += tile_heading(tile) + frame_as_text(source.drawing.f, layers);
         read_tile(source, tile, slot.image, rows);
         if (source.measures)
             add_gpu_times(source, slot);
@@ -245,6 +252,7 @@ void source_draw(frame_source& source, uint64_t frame)
 {
     drawn_frame& slot = source.waiting[(source.first_waiting + source.waiting_count) % pictures_in_flight];
     begin_slot(slot, frame);
+    source.commands = source.tells_commands ? frame_heading(frame, source.rate) : "";
     if (source.tiles.size() == 1)
         draw_whole(source, slot);
     else

@@ -33,6 +33,8 @@ struct frame_source {
     renderer drawing; // what it remembers from frame to frame
     frame_rate rate;
     bool measures = false; // the times of layers are wanted
+    bool tells_commands = false;
+    std::string commands; // as text, of the frame that was drawn last, where they are told
     std::vector<frame_tile> tiles;
     drawn_frame waiting[pictures_in_flight] = {};
     uint32_t first_waiting = 0;

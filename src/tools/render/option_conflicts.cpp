@@ -45,6 +45,11 @@ static given_option times(const render_options& o)
     return {"--times", !o.times.empty()};
 }
 
+static given_option commands(const render_options& o)
+{
+    return {"--commands", !o.commands.empty()};
+}
+
 static given_option flashes(const render_options& o)
 {
     return {"--flashes", o.flashes};
@@ -57,8 +62,8 @@ static given_option at(const render_options& o)
 
 static std::string of_comparing(const render_options& o)
 {
-    const char* other = first_given({{"-o", o.kind != output_none}, sheet(o), shots(o), times(o), flashes(o), at(o),
-        {"--loading", !o.loading.empty()}, from(o), to(o), {"--size", o.size_given}});
+    const char* other = first_given({{"-o", o.kind != output_none}, sheet(o), shots(o), times(o), commands(o),
+        flashes(o), at(o), {"--loading", !o.loading.empty()}, from(o), to(o), {"--size", o.size_given}});
     if (o.compare.empty() || other == nullptr)
         return "";
     return std::string("--compare goes without ") + other
@@ -69,7 +74,7 @@ static std::string of_loading(const render_options& o)
 {
     if (o.loading.empty())
         return "";
-    if (const char* other = first_given({at(o), from(o), to(o), flashes(o), times(o), sheet(o), shots(o)}))
+    if (const char* other = first_given({at(o), from(o), to(o), flashes(o), times(o), commands(o), sheet(o), shots(o)}))
         return std::string("--loading goes without ") + other + ": it shows the loading screen, not the production";
     if (o.kind == output_none)
         return "--loading needs -o, like --loading 70 -o loading.png";
@@ -143,20 +148,25 @@ static bool same_name(const std::string& a, const std::string& b)
 
 static std::string of_equal_names(const render_options& o)
 {
-    const bool equal
-        = same_name(o.output, o.contact_sheet) || same_name(o.output, o.times) || same_name(o.contact_sheet, o.times);
-    return equal ? "two outputs have the same name: give -o, --contact-sheet and --times names of their own" : "";
+    const std::string names[] = {o.output, o.contact_sheet, o.times, o.commands};
+    for (const std::string& name : names)
+        for (const std::string* other = names; other < &name; ++other)
+            if (same_name(name, *other))
+                return "two outputs have the same name: give -o, --contact-sheet, --times and --commands names of "
+                       "their own";
+    return "";
 }
 
 static std::string of_nothing_to_do(const render_options& o)
 {
-    if (o.kind != output_none || !o.compare.empty() || first_given({sheet(o), shots(o), times(o), flashes(o)}))
+    if (o.kind != output_none || !o.compare.empty()
+        || first_given({sheet(o), shots(o), times(o), commands(o), flashes(o)}))
         return "";
     const std::string kind = std::filesystem::path(o.pack).extension().string();
     for (const char* output : {".png", ".mp4", ".mkv", ".webm"})
         if (kind == output)
             return "\"" + o.pack + "\" stands where the pack does: write -o " + o.pack;
-    return "nothing to do: give -o, --contact-sheet, --shots, --flashes, --times or --compare";
+    return "nothing to do: give -o, --contact-sheet, --shots, --flashes, --times, --commands or --compare";
 }
 
 std::string find_conflict(const render_options& options)

@@ -185,6 +185,17 @@ constexpr option_row option_rows[option_count] = {
         .help = "a report (JSON) of CPU and GPU time by frame and track",
         .page
         = "Writes CPU and GPU time by frame and track (counted from 1) as JSON, and prints the ten slowest moments."},
+    {.id = option_commands,
+        .group = group_output,
+        .name = "--commands",
+        .value = "FILE",
+        .wants = "takes the name of a file, or -",
+        .offers = offer_file,
+        .help = "what is drawn, command by command, as text",
+        .page
+        = "Writes as text what is drawn in each frame, in order: targets, clears, and each mesh with its material,\n"
+          "where it stands and from where it is seen; below the number and the time of the frame and the track.\n"
+          "\"-\" is standard output."},
     {.id = option_compare,
         .group = group_output,
         .name = "--compare",

@@ -29,6 +29,7 @@ enum option_id : int32_t {
     option_shots,
     option_flashes,
     option_times,
+    option_commands,
     option_compare,
     option_yes,
     option_no,

@@ -251,6 +251,8 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return options.flashes = true;
     case option_times:
         return read_text(value, options.times);
+    case option_commands:
+        return read_text(value, options.commands);
     case option_compare:
         return read_text(value, options.compare);
     case option_yes:

@@ -69,6 +69,7 @@ struct render_options {
     std::string contact_sheet;       // paths; empty: not wanted
     std::string shots;
     std::string times;
+    std::string commands; // "-": standard output
     std::string compare;
     bool flashes = false;
     existing_choice existing = existing_asked;

@@ -16,6 +16,11 @@ bool begin_file(new_file& file, const std::string& path, std::string& error)
     return is_done(new_file_open(file, path, output_rules), path, error);
 }
 
+bool append_to_file(new_file& file, const std::string& path, const std::string& text, std::string& error)
+{
+    return is_done(new_file_write(file, text.data(), text.size()), path, error);
+}
+
 bool keep_file(new_file& file, const std::string& path, std::string& error)
 {
     return is_done(new_file_keep(file), path, error);

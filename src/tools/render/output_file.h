@@ -14,6 +14,9 @@
 // Begins a file that others write, under the name that new_file_path tells.
 [[nodiscard]] bool begin_file(new_file& file, const std::string& path, std::string& error);
 
+// Writes text behind what is there.
+[[nodiscard]] bool append_to_file(new_file& file, const std::string& path, const std::string& text, std::string& error);
+
 // Puts it into its place. When it cannot take that it is gone.
 [[nodiscard]] bool keep_file(new_file& file, const std::string& path, std::string& error);
 

@@ -11,6 +11,8 @@
 std::vector<std::string> fixed_output_names(const render_options& options)
 {
     std::vector<std::string> names = {options.contact_sheet, options.times};
+    if (!options.commands.empty() && options.commands != "-")
+        names.push_back(options.commands);
     if (options.kind == output_video)
         names.push_back(options.output);
     if (options.kind == output_still)

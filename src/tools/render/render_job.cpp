@@ -2,6 +2,7 @@
 
 #include "comparison.h"
 #include "contact_sheet.h"
+#include "frame_commands.h"
 #include "frame_needs.h"
 #include "frame_source_gl.h"
 #include "output_file.h"
@@ -64,6 +65,7 @@ struct render_job {
     std::vector<sheet_still> stills;
     std::vector<std::string> shots; // names of those that are written
     time_report times;
+    commands_output commands;
 };
 
 // ---- words ------------------------------------------------------------------------------
@@ -81,10 +83,11 @@ static void tell(const render_job& job, const std::string& line)
         say(line);
 }
 
-// Lines of a report; beside pictures on standard output they go to standard error.
+// Lines of a report; beside pictures or commands on standard output they go to standard error.
 static void report(render_job& job, const std::string& lines)
 {
-    const int to = job.options.kind == output_stream ? STDERR_FILENO : job.output;
+    const bool taken = job.options.kind == output_stream || job.options.commands == "-";
+    const int to = taken ? STDERR_FILENO : job.output;
     if (!write_all(to, {reinterpret_cast<const uint8_t*>(lines.data()), lines.size()}))
         job.report_problem = std::string("cannot write to standard output: ") + std::strerror(errno);
 }
@@ -156,8 +159,9 @@ static bool make_folder_of(const std::string& path, std::string& problem)
 
 static bool make_folders(const render_options& options, std::string& problem)
 {
-    const std::string folders[] = {options.kind == output_stream ? "" : options.output, options.contact_sheet,
-        options.times, options.shots.empty() ? "" : options.shots + "/"};
+    const std::string folders[]
+        = {options.kind == output_stream ? "" : options.output, options.contact_sheet, options.times,
+            options.commands == "-" ? "" : options.commands, options.shots.empty() ? "" : options.shots + "/"};
     return std::all_of(std::begin(folders), std::end(folders),
         [&problem](const std::string& path) { return make_folder_of(path, problem); });
 }
@@ -212,7 +216,8 @@ static exit_status choose_range(render_job& job)
                 + seconds_text(last, options.rate) + ")");
     if (!options.contact_sheet.empty())
         choose_sheet_frames(job, first, last);
-    const bool sheet_only = options.kind == output_none && !options.flashes && options.times.empty();
+    const bool sheet_only
+        = options.kind == output_none && !options.flashes && options.times.empty() && options.commands.empty();
     if (sheet_only) {
         job.wanted = job.sheet_frames;
         return exit_done;
@@ -356,8 +361,12 @@ static bool open_pictures(render_job& job, std::string& problem)
 static exit_status open_outputs(render_job& job)
 {
     std::string problem;
-    if (!make_folders(job.options, problem) || !open_pictures(job, problem))
+    if (!make_folders(job.options, problem) || !commands_begin(job.commands, job.options.commands, job.output, problem)
+        || !open_pictures(job, problem)) {
+        commands_drop(job.commands);
         return complain(exit_broken, problem);
+    }
+    job.source.tells_commands = job.commands.wanted;
     job.writes_pictures = job.options.kind != output_none;
     if (job.writes_pictures)
         worker_begin(job.pictures);
@@ -450,7 +459,8 @@ static void run_frames(render_job& job, frame_loop& loop, progress& shown)
             source_pass(job.source, frame, pixels[frame]);
         } else {
             source_draw(job.source, frame);
-            loop.failed = job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem);
+            loop.failed = !commands_write(job.commands, job.source.commands, loop.problem)
+                || (job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem));
             if (loop.failed)
                 return;
             ++loop.done;
@@ -517,6 +527,15 @@ static void close_pictures(render_job& job, uint64_t done, std::string& problem)
         new_file_drop(job.video_file);
     else if (!keep_file(job.video_file, job.options.output, later))
         problem = later;
+}
+
+static void close_commands(render_job& job, const frame_loop& loop, std::string& problem)
+{
+    std::string later;
+    if (loop.failed || loop.done == 0)
+        commands_drop(job.commands);
+    else if (!commands_keep(job.commands, later))
+        note_problem(problem, later);
 }
 
 static void write_sheet(render_job& job, std::string& problem)
@@ -599,6 +618,8 @@ static void tell_outputs(const render_job& job, uint64_t done)
         written.push_back(counted(job.shots.size(), "picture") + " in " + job.options.shots);
     if (!job.options.times.empty())
         written.push_back(job.options.times);
+    if (job.commands.wanted && done > 0)
+        written.push_back(job.options.commands == "-" ? "commands to standard output" : job.options.commands);
     if (written.empty())
         tell(job, "Looked at " + counted(done, "frame") + " of " + job.files.pack + ", and wrote no file.");
     else
@@ -620,6 +641,7 @@ static exit_status finish(render_job& job, frame_loop& loop)
     std::string problem = loop.problem;
     close_pictures(job, loop.done, problem);
     worker_end(job.flashes);
+    close_commands(job, loop, problem);
     if (!loop.failed)
         print_reports(job, problem);
     for (const std::string& warning : job.warnings)

@@ -13,6 +13,6 @@ enum exit_status : int {
 };
 
 // Renders. `output` is the descriptor of the standard output that was: pictures go there as
-// YUV4MPEG2 where they are asked for, else reports. Everything else that is said goes to
-// standard error, reports beside such pictures, too.
+// YUV4MPEG2 or commands as text where they are asked for, else reports. Everything else that
+// is said goes to standard error, reports beside such outputs, too.
 exit_status run_render(const render_options& options, int output);
