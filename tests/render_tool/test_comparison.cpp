@@ -1,6 +1,7 @@
 #include "comparison.h"
 
 #include "output_file.h"
+#include "picture_file.h"
 #include "png_file.h"
 
 #include <doctest/doctest.h>

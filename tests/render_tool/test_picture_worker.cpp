@@ -1,5 +1,7 @@
 #include "picture_worker.h"
 
+#include "picture_file.h"
+
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <filesystem>

@@ -1,5 +1,7 @@
 #include "release_shots.h"
 
+#include "picture_file.h"
+
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <unistd.h>

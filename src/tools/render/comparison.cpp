@@ -1,5 +1,6 @@
 #include "comparison.h"
 
+#include "picture_file.h"
 #include "png_file.h"
 
 #include <algorithm>

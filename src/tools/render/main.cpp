@@ -1,6 +1,7 @@
 // brimlow-render: renders a production frame by frame.
 
 #include "option_pages.h"
+#include "options.h"
 #include "render_job.h"
 #include "words.h"
 

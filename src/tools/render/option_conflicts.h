@@ -1,7 +1,7 @@
 // What options do not go together.
 #pragma once
 
-#include "options.h"
+#include "render_options.h"
 
 #include <string>
 

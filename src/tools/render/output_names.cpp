@@ -1,6 +1,7 @@
 #include "output_names.h"
 
 #include "content/printable.h"
+#include "options.h"
 #include "words.h"
 
 #include <csignal>

@@ -1,7 +1,7 @@
 // The names of a run's outputs, and whether they are free.
 #pragma once
 
-#include "options.h"
+#include "render_options.h"
 
 #include <string>
 #include <vector>

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 constexpr uint32_t most_slots = 1u << 16; // of a file that may be no pack at all
 constexpr size_t block_size = 1u << 16;   // bytes

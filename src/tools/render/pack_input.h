@@ -5,9 +5,15 @@
 // first bytes, so a pack with others is taken as long as it holds a document.
 #pragma once
 
-#include "production.h"
-
 #include <cstdio>
+#include <string>
+
+struct production_files {
+    std::string pack;   // path, or "standard input"
+    std::string folder; // of the pack, with its last "/"; empty: the working directory
+    std::string music;  // path of the music; empty: none
+    std::string name;   // what the production is called: the pack's name, or for demo.dpk its folder's
+};
 
 // Opens what `name` names into `files`: empty: the first pack of the working directory, as
 // the player takes it; a folder: its first pack; "-": what comes from standard input, kept

@@ -1,13 +1,10 @@
-// Pictures in memory: files, sizes, differences.
+// Pictures in memory: sizes, colours, differences.
 //
 // A picture owns its bytes: three a pixel (red, green, blue, sRGB), rows from the top,
-// without gaps; a size of 0 x 0 is "none". Functions that can fail return false (or an
-// empty result) and put one sentence without a full stop into `error`.
+// without gaps; a size of 0 x 0 is "none". Files: picture_file.h.
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <string>
 #include <vector>
 
 struct picture {
@@ -22,25 +19,11 @@ picture make_picture(uint32_t width, uint32_t height, uint8_t red, uint8_t green
 // True when there are pixels and exactly as many bytes as the size tells.
 bool is_whole(const picture& p);
 
-// ---- files ------------------------------------------------------------------------
-
 // Of pixels and a byte a row: encoders count in int, and so do those who open the file.
 constexpr uint64_t max_encoded_bytes = 1u << 30;
 
 // Whether the picture is whole, and not above that.
 bool can_be_encoded(const picture& p);
-
-// The picture as a baseline JPEG file in memory (`quality` 1..100); empty for a picture that
-// cannot be encoded, or when there is no memory. The same pixels give the same bytes.
-// (PNG: png_file.h.)
-std::vector<uint8_t> encode_jpeg(const picture& p, int quality);
-
-// Writes a whole PNG file (output_file.h).
-[[nodiscard]] bool save_png(const std::string& path, const picture& p, std::string& error);
-
-// Reads a PNG (any picture that the engine's decoder knows); grey becomes colour, and
-// transparency is left out. `p` changes only on success.
-[[nodiscard]] bool load_png(const std::string& path, picture& p, std::string& error);
 
 // ---- sizes ------------------------------------------------------------------------
 

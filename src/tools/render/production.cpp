@@ -5,7 +5,6 @@
 #include "content/xml.h"
 #include "frame_clock.h"
 #include "model/render_modes.h"
-#include "pack_input.h"
 #include "render/layer_plan.h"
 #include "shell/loading.h"
 

@@ -5,16 +5,10 @@
 #pragma once
 
 #include "frame_rate.h"
+#include "pack_input.h"
 #include "shell/settings.h"
 
 #include <string>
-
-struct production_files {
-    std::string pack;   // path, or "standard input"
-    std::string folder; // of the pack, with its last "/"; empty: the working directory
-    std::string music;  // path of the music; empty: none
-    std::string name;   // what the production is called: the pack's name, or for demo.dpk its folder's
-};
 
 // Opens the pack as settings.show.pack (pack_input.h). False with one sentence in `problem`.
 [[nodiscard]] bool open_pack(

@@ -1,6 +1,7 @@
 #include "release_shots.h"
 
 #include "output_file.h"
+#include "picture_file.h"
 #include "png_file.h"
 
 #include <filesystem>

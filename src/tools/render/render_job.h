@@ -1,7 +1,7 @@
 // One run: from the options to the files.
 #pragma once
 
-#include "options.h"
+#include "render_options.h"
 
 enum exit_status : int {
     exit_done = 0,

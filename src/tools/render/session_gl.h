@@ -5,7 +5,7 @@
 // session_close gives back.
 #pragma once
 
-#include "options.h"
+#include "render_options.h"
 #include "shell/player_choices.h"
 #include "shell/player_display.h"
 #include "shell/window.h"
