@@ -188,18 +188,20 @@ TEST_CASE("numbers that are none: in manipulators, effects and moving pictures")
                 add(manipulator(0, {2, 2, 2, n, n, n, n, n, n, n, n, n}));
                 add(manipulator(2, {n, 0.1, 0.1}) + manipulator(2, {0, n, 0}) + manipulator(2, {0, 0.1, n}));
                 add(manipulator(3, {n, n, n, n, n, n, n, n, n}, mesh));
-                for (int kind = 0; kind < 5; ++kind) {
+                for (int kind = 0; kind < manipulator_kind_count; ++kind)
+                    add(manipulator(kind, std::vector<number>(max_manipulator_params, n), mesh));
+                for (int kind = 0; kind < static_cast<int>(mesh_effect_kind_count); ++kind)
                     objects.push_back({.type = object_genmesh,
                         .object = s.effect(kind, {function, function}),
                         .material = material,
                         .place = {0.5, 0.5, 0, 0, 0, 0, 0.01, 0.01, 0.01}});
+                for (int kind = 0; kind < static_cast<int>(effect_2d_kind_count); ++kind)
                     objects.push_back({.object = mesh,
                         .material = s.material(setting("blend_function", 2) + color(1, 1, 1)
                             + unit(1,
                                 {.texture = s.reference(
                                      texture_dynamic, s.dynamic_texture(kind, 24, {function, function}))})),
                         .place = {0.5, 0.5, 0, 0, 0, 0, 1, 1, 1}});
-                }
                 s.show(0, {.scene = s.scene(objects)});
                 show_sign_of_life(s, 1);
                 small_show show(s, {.glsl = glsl, .vbo = vbo, .pbo = vbo});

@@ -298,19 +298,20 @@ TEST_CASE("seven manipulators are read, eight are too many")
 
 TEST_CASE("a manipulator may be of every kind in the catalogue")
 {
+    static_assert(manipulator_kind_count <= max_manipulators); // more need a second object
     std::string manipulators;
-    for (const char* type : {"0", "1", "2", "3"})
-        manipulators += std::string("<m type=\"") + type + "\"/>";
+    for (int32_t type = 0; type < manipulator_kind_count; ++type)
+        manipulators += "<m type=\"" + std::to_string(type) + "\"/>";
     const reading r = scene_of(scene_object_text(0, 1, 1, 1, "", manipulators));
-    for (int32_t type = 0; type < 4; ++type)
+    REQUIRE(object_of(r).manipulator_count == manipulator_kind_count);
+    for (int32_t type = 0; type < manipulator_kind_count; ++type)
         CHECK(object_of(r).manipulators[type].type == type);
 }
 
 TEST_CASE("a manipulator's kind outside the catalogue is an error")
 {
-    for (const char* type : {"-1", "4"})
-        CHECK(fatal_line(
-                  scene_of(scene_object_text(0, 1, 1, 1, "", std::string("<m type=\"0\"/><m type=\"") + type + "\"/>")))
+    for (const std::string& type : {std::string("-1"), std::to_string(manipulator_kind_count)})
+        CHECK(fatal_line(scene_of(scene_object_text(0, 1, 1, 1, "", "<m type=\"0\"/><m type=\"" + type + "\"/>")))
             == object_error + ", manipulator 2: type " + type + " is no manipulator.\n");
     CHECK(fatal_line(scene_of(scene_object_text(0, 1, 1, 1, "", "<m/>")))
         == object_error + ", manipulator 1: attribute \"type\" is missing.\n");

@@ -24,7 +24,7 @@ struct placement_list {
 
 constexpr uint32_t max_placements = 131072;
 
-// Animated parameters of a kind: 12, 10, 3, 9; 0 beyond the catalogue.
+// Animated parameters of a kind, as many as the catalogue names; 0 beyond it.
 uint32_t manipulator_param_count(int32_t kind);
 
 // The "Rippler"'s vertices: one cache for the whole program, filled once from the

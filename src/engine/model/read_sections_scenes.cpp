@@ -105,20 +105,10 @@ static bool read_manipulators(const place& at, const xml_node& container, scene_
     return true;
 }
 
-// How many copies a manipulator makes of each place, as far as constants tell: of a number
-// that moves, and of a model without known vertices, 1. 0: none, which has been warned about.
-static double constant_copies(const place& at, const manipulator_record& manipulator)
+// The product of the first `numbers` parameters, as far as constants tell: 1 of one that moves.
+static double constant_product(const place& at, const manipulator_record& manipulator, uint32_t numbers)
 {
-    assert(manipulator.type >= 0 && manipulator.type < manipulator_kind_count);
-    if (manipulator.type == manipulator_model_placer) {
-        const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
-        return mesh != nullptr && manipulator.model_type == placer_mesh ? mesh->arrays.vertex_count : 1;
-    }
-    uint32_t numbers = 0; // of copies, the first parameters
-    if (manipulator.type == manipulator_xyz_multiplier)
-        numbers = 3;
-    if (manipulator.type == manipulator_x_multiplier)
-        numbers = 1;
+    assert(numbers <= max_manipulator_params);
     double copies = 1;
     for (uint32_t index = 0; index < numbers; ++index) {
         const animated_value& param = manipulator.params[index];
@@ -131,6 +121,33 @@ static double constant_copies(const place& at, const manipulator_record& manipul
         copies *= std::max(number, 0);
     }
     return copies;
+}
+
+// One at every vertex; 1 of a model without known vertices.
+static double constant_vertices(const place& at, const manipulator_record& manipulator)
+{
+    const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
+    return mesh != nullptr && manipulator.model_type == placer_mesh ? mesh->arrays.vertex_count : 1;
+}
+
+// How many copies a manipulator makes of each place, as far as that is known. 0: none, which has
+// been warned about.
+static double constant_copies(const place& at, const manipulator_record& manipulator)
+{
+    switch (static_cast<manipulator_kind>(manipulator.type)) {
+    case manipulator_xyz_multiplier:
+        return constant_product(at, manipulator, 3);
+    case manipulator_x_multiplier:
+        return constant_product(at, manipulator, 1);
+    case manipulator_rippler:
+        return 1;
+    case manipulator_model_placer:
+        return constant_vertices(at, manipulator);
+    case manipulator_kind_count:
+        break;
+    }
+    assert(false); // a kind beyond the catalogue ends the reading
+    return 1;
 }
 
 // What is told here need not be told again when the object is drawn.
