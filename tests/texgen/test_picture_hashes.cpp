@@ -17,15 +17,28 @@ static uint64_t hash_of(const picture& p)
 
 TEST_CASE("generated pictures are the same in every build")
 {
-    CHECK(hash_of(generated(0, {0.3f, 0.6f, 0.9f})) == 0xeac57a56b7da2325u);
-    CHECK(hash_of(generated(1, {1.0f, 0.7f, 0.3f, 1.0f, 1.0f})) == 0x5866b165102e8e1cu); // full of cancelling sines
-    CHECK(hash_of(generated(1, {0.9f, 0.7f, 0.3f, 2.7f, 13.1f})) == 0x83c3f9a1dc45729du);
-    CHECK(hash_of(generated(2, {0.9f, 0.2f, 0.1f, 0.0f, 0.3f, 0.8f, 1.3f, 12.0f})) == 0xe87d0c8921495ca8u);
-    CHECK(hash_of(generated(3, {0.9f, 0.8f, 0.7f, 3.0f, 17.0f, 0.55f})) == 0xc453f9a9f2aa7fdau);
-    CHECK(hash_of(generated(3, {0.9f, 0.8f, 0.7f, 6.0f, 17.0f, 0.4f})) == 0xc9e0134504dcdc65u);
-    CHECK(hash_of(generated(4, {0.8f, 0.3f, 0.2f, 0.6f, 0.6f, 0.6f, 12.0f, 7.0f, 1.0f, 2.0f, 18.0f}))
-        == 0xc79522eb813cbbf9u);
-    CHECK(hash_of(generated(5, {0.9f, 0.8f, 0.7f, 4242.0f})) == 0x5795edefe0c591ccu);
+    const struct {
+        int32_t kind;
+        std::initializer_list<float> values;
+        uint64_t hash;
+    } pictures[] = {
+        {generator_color, {0.3f, 0.6f, 0.9f}, 0xeac57a56b7da2325u},
+        {generator_sinus_plasma, {1.0f, 0.7f, 0.3f, 1.0f, 1.0f}, 0x5866b165102e8e1cu}, // full of cancelling sines
+        {generator_sinus_plasma, {0.9f, 0.7f, 0.3f, 2.7f, 13.1f}, 0x83c3f9a1dc45729du},
+        {generator_radial_colors, {0.9f, 0.2f, 0.1f, 0.0f, 0.3f, 0.8f, 1.3f, 12.0f}, 0xe87d0c8921495ca8u},
+        {generator_maze, {0.9f, 0.8f, 0.7f, 3.0f, 17.0f, 0.55f}, 0xc453f9a9f2aa7fdau},
+        {generator_maze, {0.9f, 0.8f, 0.7f, 6.0f, 17.0f, 0.4f}, 0xc9e0134504dcdc65u},
+        {generator_bricks, {0.8f, 0.3f, 0.2f, 0.6f, 0.6f, 0.6f, 12.0f, 7.0f, 1.0f, 2.0f, 18.0f}, 0xc79522eb813cbbf9u},
+        {generator_noise, {0.9f, 0.8f, 0.7f, 4242.0f}, 0x5795edefe0c591ccu},
+    };
+    bool seen[generator_kind_count] = {};
+    for (const auto& p : pictures) {
+        CAPTURE(p.kind);
+        CHECK(hash_of(generated(p.kind, p.values)) == p.hash);
+        seen[p.kind] = true;
+    }
+    for (int32_t kind = 0; kind < generator_kind_count; ++kind)
+        CHECK_MESSAGE(seen[kind], "no picture of generator ", kind);
 }
 
 TEST_CASE("results of operations are the same in every build")

@@ -1,5 +1,5 @@
-// Dynamic textures: the five kinds of pictures that are computed anew as time passes, which the
-// documents call 2-D effects.
+// Dynamic textures: pictures that are computed anew as time passes, which the documents call
+// 2-D effects.
 //
 // Pure computation. A picture has width x height x bpp/8 bytes: R, G, B for 24 bits,
 // one luminance byte for 8. Values are truncated and keep their low eight bits.

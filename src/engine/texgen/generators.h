@@ -1,4 +1,4 @@
-// The six generators: pictures made from nothing but parameters.
+// The generators: pictures made from nothing but parameters.
 //
 // Pictures are square, 8-bit R, G, B, row after row without gaps. Parameters are
 // single precision, everything between is computed in double; values become bytes
