@@ -6,14 +6,16 @@
 
 TEST_CASE("choices: a viewer who only starts has the desktop's size, the whole screen and everything on")
 {
-    const player_choices choices;
-    CHECK(choices.resolution_index == 0);
-    CHECK(choices.aspect_index == aspect_automatic);
-    CHECK(choices.fullscreen == 1);
-    CHECK(choices.antialiasing == 1);
-    CHECK(choices.music_enabled == 1);
-    CHECK(choices.use_vbo == 1);
-    CHECK(choices.use_glsl == 1);
+    // Every choice by its place: a new one has to be named here, too.
+    const auto& [resolution, aspect, fullscreen, antialiasing, music, vbo, glsl, force_pbo] = player_choices();
+    CHECK(resolution == 0);
+    CHECK(aspect == aspect_automatic);
+    CHECK(fullscreen == 1);
+    CHECK(antialiasing == 1);
+    CHECK(music == 1);
+    CHECK(vbo == 1);
+    CHECK(glsl == 1);
+    CHECK_FALSE(force_pbo);
 }
 
 // With the program's name before them, and the null behind them that every process is given.

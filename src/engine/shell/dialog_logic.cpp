@@ -67,6 +67,18 @@ constexpr check_box check_boxes[] = {
     {{283, 106, 295, 120}, 103, &player_choices::use_vbo},
 };
 
+// A press turns an option's sign about, which does nothing to 0.
+static constexpr bool boxes_begin_on_or_off()
+{
+    constexpr player_choices fresh;
+    for (const check_box& box : check_boxes)
+        if (fresh.*box.option != 1 && fresh.*box.option != -1)
+            return false;
+    return true;
+}
+static_assert(boxes_begin_on_or_off(), "an option begins neither on nor off, so that its box cannot be ticked");
+static_assert(max_dialog_blits == 5 + std::size(check_boxes), "a dialog with all boxes ticked has another size");
+
 static bool inside(const region& r, int32_t x, int32_t y)
 {
     return x >= r.left && x <= r.right && y >= r.top && y <= r.bottom;
