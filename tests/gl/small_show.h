@@ -1,5 +1,5 @@
 // Small shows for tests: a document written as text, loaded as the player loads one, and
-// drawn by the compositor into the window of gl_bench.h.
+// drawn by the compositor into the window of drawing_window.h.
 //
 // A show_text collects the records of each section; adding one returns its handle. A
 // small_show is such a text, loaded for one of the two paths. Loading checks that it warns
@@ -8,7 +8,7 @@
 #pragma once
 
 #include "document_text.h"
-#include "gl_bench.h"
+#include "drawing_window.h"
 #include "render/layer_plan.h"
 
 #include <array>

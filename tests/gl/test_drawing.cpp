@@ -1,8 +1,8 @@
 // Small scenes on both paths: pixels worked out by hand, and the two paths compared.
-#include "gl_bench.h"
+#include "drawing_window.h"
 
-#include "effects/manipulator.h"
 #include "content/matrix.h"
+#include "effects/manipulator.h"
 #include "render/mesh_buffers_gl.h"
 
 #include <GL/glew.h>
@@ -23,7 +23,7 @@ struct four {
 };
 
 // A quad with one material over the whole window.
-uint32_t add_full_scene(gl_bench& b, uint32_t material, uint32_t sets = 1)
+uint32_t add_full_scene(drawing_window& b, uint32_t material, uint32_t sets = 1)
 {
     return b.add_scene({b.object(object_model, b.add_quad(sets), material)});
 }
@@ -34,7 +34,7 @@ rgb to_rgb(const double color[3])
     return {byte(color[0]), byte(color[1]), byte(color[2])};
 }
 
-void check_center(gl_bench& b, uint32_t scene, const rgb& expected, int tolerance = 2)
+void check_center(drawing_window& b, uint32_t scene, const rgb& expected, int tolerance = 2)
 {
     for (const bool glsl : {false, true}) {
         const rgb found = center_of(b.draw(scene, glsl));
@@ -45,7 +45,7 @@ void check_center(gl_bench& b, uint32_t scene, const rgb& expected, int toleranc
     }
 }
 
-void check_paths_agree(gl_bench& b, uint32_t scene, const char* what, int allowed = 8)
+void check_paths_agree(drawing_window& b, uint32_t scene, const char* what, int allowed = 8)
 {
     const picture fixed = b.draw(scene, false);
     const picture shader = b.draw(scene, true);
@@ -71,7 +71,7 @@ TEST_CASE("each blend function mixes as it says, on both paths; the ones beyond 
     const double s[4] = {0.6, 0.4, 0.2, 0.5}; // source, its alpha last
     const double under[3] = {100 / 255.0, 150 / 255.0, 200 / 255.0};
     for (const uint8_t mode : {uint8_t{0}, uint8_t{1}, uint8_t{2}, uint8_t{3}, uint8_t{4}, uint8_t{5}}) {
-        gl_bench b;
+        drawing_window b;
         b.background = {100, 150, 200};
         uint32_t handle = 0;
         material_record& material = b.add_material(&handle);
@@ -118,7 +118,7 @@ TEST_CASE("each combine mode of unit 1 gives its colour on both paths")
 {
     const double p[3] = {0.5, 0.7, 0.9};
     for (uint8_t mode = 0; mode < 4; ++mode) {
-        gl_bench b;
+        drawing_window b;
         uint32_t handle = 0;
         material_record& material = b.add_material(&handle);
         for (uint32_t i = 0; i < 3; ++i)
@@ -138,7 +138,7 @@ TEST_CASE("each combine mode of unit 1 gives its colour on both paths")
 
 TEST_CASE("\"Ignore alpha, multiply color\" blends with the texture's own alpha")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     material.color[3] = 0.5f;
@@ -158,7 +158,7 @@ TEST_CASE("each combine mode of unit 2 gives its colour on both paths")
 {
     const double p[4] = {0.5, 0.7, 0.9, 0.25};
     for (uint8_t mode = 0; mode < 6; ++mode) {
-        gl_bench b;
+        drawing_window b;
         uint32_t handle = 0;
         material_record& material = b.add_material(&handle);
         for (uint32_t i = 0; i < 4; ++i)
@@ -188,7 +188,7 @@ TEST_CASE("unit 3 multiplies by the colour and adds, by whichever combiner the d
 {
     const double p[3] = {0.5, 0.7, 0.9};
     for (const bool with_extension : {true, false}) {
-        gl_bench b;
+        drawing_window b;
         if (b.caps.texture_units < 3)
             return;
         uint32_t handle = 0;
@@ -219,7 +219,7 @@ TEST_CASE("unit 3 multiplies by the colour and adds, by whichever combiner the d
 
 TEST_CASE("both three-argument combiners of unit 3 give the same picture where the driver has both")
 {
-    gl_bench b;
+    drawing_window b;
     if (b.caps.texture_units < 3 || !GLEW_NV_texture_env_combine4 || !GLEW_ATI_texture_env_combine3)
         return;
     uint32_t handle = 0;
@@ -239,7 +239,7 @@ TEST_CASE("both three-argument combiners of unit 3 give the same picture where t
 
 TEST_CASE("the alpha combine of \"Add previous without alpha\" does not stay for the next material")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t first = 0;
     uint32_t second = 0;
     for (uint32_t* handle : {&first, &second}) {
@@ -258,7 +258,7 @@ TEST_CASE("the alpha combine of \"Add previous without alpha\" does not stay for
 
 TEST_CASE("a material with texture 1 empty and texture 2 set draws untextured")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     material.color[0] = 0.5f;
@@ -270,7 +270,7 @@ TEST_CASE("a material with texture 1 empty and texture 2 set draws untextured")
 
 TEST_CASE("units after the first empty one keep what an earlier material left")
 {
-    gl_bench b;
+    drawing_window b;
     if (b.caps.texture_units < 3)
         return;
     uint32_t three = 0;
@@ -289,7 +289,7 @@ TEST_CASE("units after the first empty one keep what an earlier material left")
 
 TEST_CASE("a material with fewer units by one switches the next unit off, whichever it is")
 {
-    gl_bench b;
+    drawing_window b;
     if (b.caps.texture_units < 3)
         return;
     const float half[4] = {0.5f, 0.5f, 0.5f, 1.0f};
@@ -317,7 +317,7 @@ TEST_CASE("a mesh with two coordinate sets gives unit 2 the second and unit 3 th
     const int expected_set[3][3] = {{0, 0, 0}, {0, 1, 0}, {0, 1, 2}};
     for (uint32_t count = 1; count <= 3; ++count) {
         for (uint32_t unit = 0; unit < 3; ++unit) {
-            gl_bench b;
+            drawing_window b;
             if (unit >= b.caps.texture_units)
                 continue;
             // a picture of four colours, shown through this unit alone, tells the set
@@ -368,7 +368,7 @@ TEST_CASE("lit, textured and reflecting spheres look the same on both paths")
         {"cube map", 0, 1, coordinates_cube, 0, true, 1.0f},
     };
     for (const look& l : looks) {
-        gl_bench b;
+        drawing_window b;
         b.perspective = true;
         b.camera[0] = 12.0f;
         b.camera[1] = 25.0f;
@@ -400,7 +400,7 @@ TEST_CASE("lit, textured and reflecting spheres look the same on both paths")
 
 TEST_CASE("reflections in a cube map stay fixed in the world while the camera turns")
 {
-    gl_bench b;
+    drawing_window b;
     b.perspective = true;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
@@ -430,7 +430,7 @@ TEST_CASE("reflections in a cube map stay fixed in the world while the camera tu
 TEST_CASE("meshes in buffers and in client memory draw the same picture, on both paths")
 {
     for (const bool glsl : {false, true}) {
-        gl_bench b;
+        drawing_window b;
         b.perspective = true;
         uint32_t handle = 0;
         material_record& material = b.add_material(&handle);
@@ -461,7 +461,7 @@ TEST_CASE("meshes in buffers and in client memory draw the same picture, on both
 TEST_CASE("wireframes draw lines on both paths, with and without buffers")
 {
     for (const bool glsl : {false, true}) {
-        gl_bench b;
+        drawing_window b;
         uint32_t wire = 0;
         uint32_t filled = 0;
         b.add_material(&wire).wireframe = 1;
@@ -497,7 +497,7 @@ TEST_CASE("wireframes draw lines on both paths, with and without buffers")
 TEST_CASE("three placements draw three times and leave the camera as it was")
 {
     for (const bool glsl : {false, true}) {
-        gl_bench b;
+        drawing_window b;
         uint32_t handle = 0;
         b.add_material(&handle);
         REQUIRE(b.build_programs());
@@ -520,7 +520,7 @@ TEST_CASE("three placements draw three times and leave the camera as it was")
 TEST_CASE("models need a material, generated meshes do not, hidden objects and unknown kinds draw nothing")
 {
     for (const bool glsl : {false, true}) {
-        gl_bench b;
+        drawing_window b;
         uint32_t handle = 0;
         b.add_material(&handle);
         REQUIRE(b.build_programs());
@@ -549,7 +549,7 @@ TEST_CASE("models need a material, generated meshes do not, hidden objects and u
 
 TEST_CASE("a material whose program does not build draws nothing and raises no error")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t good = 0;
     uint32_t bad = 0;
     b.add_material(&good);
@@ -570,7 +570,7 @@ TEST_CASE("a material whose program does not build draws nothing and raises no e
 
 TEST_CASE("a program of the material's own gets its user uniforms")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     char vertex[] = "attribute vec4 Position; uniform mat4 Projection; uniform mat4 Modelview;"
@@ -591,7 +591,7 @@ TEST_CASE("a program of the material's own gets its user uniforms")
 
 TEST_CASE("dynamic colours follow their functions on both paths, and are 1.0 without one")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     for (uint32_t i = 0; i < 3; ++i)
@@ -606,7 +606,7 @@ TEST_CASE("dynamic colours follow their functions on both paths, and are 1.0 wit
 
 TEST_CASE("a stale unit's coordinates follow the mesh at hand, which may be shorter or have none")
 {
-    gl_bench b;
+    drawing_window b;
     if (b.caps.texture_units < 3)
         return;
     uint32_t three = 0;
@@ -628,7 +628,7 @@ TEST_CASE("rippled meshes draw the cache's vertices, in buffers and without, and
 {
     for (const bool glsl : {false, true}) {
         for (const bool buffered : {false, true}) {
-            gl_bench b;
+            drawing_window b;
             reset_rippler_cache(test_renderer().tools.rippler);
             b.caps.vbo = buffered;
             uint32_t handle = 0;

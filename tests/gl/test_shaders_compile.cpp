@@ -1,5 +1,5 @@
 // Every generated text, on the driver at hand: no stage and no link leaves a log line.
-#include "gl_bench.h"
+#include "drawing_window.h"
 
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
@@ -25,7 +25,7 @@ constexpr unit_choice choices[]
 constexpr uint32_t choice_count = 6;
 
 // Compiles and links one material; all logs must be empty.
-void check_silent(gl_bench& b, material_record& material, const shader_unit units[texture_unit_count])
+void check_silent(drawing_window& b, material_record& material, const shader_unit units[texture_unit_count])
 {
     generate_shader(material, b.d.transform_table, units);
     build_shader(material, units);
@@ -42,7 +42,7 @@ void check_silent(gl_bench& b, material_record& material, const shader_unit unit
 }
 
 // Lights, fog and dynamic values by the bits of `variant`.
-void set_variant(gl_bench& b, material_record& material, uint32_t variant, uint32_t constant, uint32_t dynamic)
+void set_variant(drawing_window& b, material_record& material, uint32_t variant, uint32_t constant, uint32_t dynamic)
 {
     const bool moving = (variant & 1) != 0;
     for (uint32_t i = 0; i < 4; ++i) {
@@ -63,7 +63,7 @@ void set_variant(gl_bench& b, material_record& material, uint32_t variant, uint3
 
 TEST_CASE("every combination of units, coordinates and combine modes compiles and links without a log line")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     const float position[3] = {1, 2, 3};
@@ -92,7 +92,7 @@ TEST_CASE("every combination of units, coordinates and combine modes compiles an
 
 TEST_CASE("every variant of lights, fog and dynamic values compiles with every unit count")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     const float position[3] = {1, 2, 3};
@@ -113,7 +113,7 @@ TEST_CASE("every variant of lights, fog and dynamic values compiles with every u
 
 TEST_CASE("a text that does not compile keeps its log, at most 250 characters a stage, and makes no program")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     char vertex[] = "this is no shader, and it goes on; and on; and on; a; b; c; d; e; f; g; h; i; j; k; l; m; n; o;";
@@ -144,7 +144,7 @@ TEST_CASE("a text that does not compile keeps its log, at most 250 characters a 
 
 TEST_CASE("a program that does not build is explained stage by stage, and one that builds is not")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     char good_vertex[] = "attribute vec4 Position; void main(void) { gl_Position = Position; }";
@@ -190,7 +190,7 @@ TEST_CASE("a program that does not build is explained stage by stage, and one th
 
 TEST_CASE("explaining a program that does not link leaves no program behind")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     char vertex[]
@@ -225,7 +225,7 @@ TEST_CASE("explaining a program that does not link leaves no program behind")
 
 TEST_CASE("a material that is built again keeps its shaders and its program")
 {
-    gl_bench b;
+    drawing_window b;
     uint32_t handle = 0;
     material_record& material = b.add_material(&handle);
     REQUIRE(b.build_programs());

@@ -1,12 +1,12 @@
 // What a material leaves behind for meshes that bring none.
-#include "gl_bench.h"
+#include "drawing_window.h"
 
 #include <doctest/doctest.h>
 
 TEST_CASE("a mesh without triangles draws nothing, but its material is the state that stands")
 {
     for (const bool glsl : {false, true}) {
-        gl_bench b;
+        drawing_window b;
         uint32_t white = 0;
         uint32_t green = 0;
         b.add_material(&white);

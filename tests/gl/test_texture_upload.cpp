@@ -1,4 +1,4 @@
-#include "gl_bench.h"
+#include "drawing_window.h"
 
 #include "texgen/mipmaps.h"
 #include "texgen/texture_upload_gl.h"
@@ -72,7 +72,7 @@ static GLint unpack_alignment()
 
 TEST_CASE("pictures of any width arrive whole, and their pixels are freed")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     for (const uint32_t components : {3u, 4u})
         for (uint32_t width = 1; width <= 9; ++width) {
             image_texture image = decoded_image(width, 5, components, 0);
@@ -89,7 +89,7 @@ TEST_CASE("pictures of any width arrive whole, and their pixels are freed")
 
 TEST_CASE("filter 2 and above bring the player's own levels, of any size")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     for (const auto& [width, height] : {std::pair{16u, 16u}, {16u, 4u}, {1u, 8u}, {13u, 7u}, {3u, 3u}}) {
         image_texture image = decoded_image(width, height, 3, static_cast<uint8_t>(width == 13 ? 9 : 2));
         const std::vector<uint8_t> base(image.pixels, image.pixels + size_t{width} * height * 3);
@@ -110,7 +110,7 @@ TEST_CASE("filter 2 and above bring the player's own levels, of any size")
 
 TEST_CASE("ready-made levels are uploaded and freed, and the next level comes from them")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     image_texture image = decoded_image(8, 8, 3, 2);
     image.level1 = static_cast<uint8_t*>(std::malloc(48));
     std::memset(image.level1, 200, 48);
@@ -122,7 +122,7 @@ TEST_CASE("ready-made levels are uploaded and freed, and the next level comes fr
 
 TEST_CASE("a picture beyond the driver's greatest size does no harm")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     GLint greatest = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &greatest);
     image_texture image = decoded_image(static_cast<uint32_t>(greatest) + 1, 1, 3, 1);
@@ -134,7 +134,7 @@ TEST_CASE("a picture beyond the driver's greatest size does no harm")
 
 TEST_CASE("a cube map has six faces in their order, mipmapped face by face")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     for (const uint8_t filter : {uint8_t{0}, uint8_t{1}, uint8_t{2}, uint8_t{5}}) {
         cube_map cube = {};
         cube.size = 5;
@@ -178,7 +178,7 @@ static texture_node& add_output_node(const table<texture_node>& nodes, uint8_t f
 
 TEST_CASE("output nodes are uploaded as computed, and black where they never were")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     table<texture_node> nodes = table_new<texture_node>();
     texture_node& computed = add_output_node(nodes, 0, 99);
     texture_node& never = add_output_node(nodes, 1, -1);
@@ -196,7 +196,7 @@ TEST_CASE("output nodes are uploaded as computed, and black where they never wer
 
 TEST_CASE("only filter 2 builds the levels of an output node, though more have the filter of levels")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     table<texture_node> nodes = table_new<texture_node>();
     for (const uint8_t filter : {uint8_t{1}, uint8_t{2}, uint8_t{3}}) {
         texture_node& node = add_output_node(nodes, filter, 10);
@@ -215,7 +215,7 @@ TEST_CASE("only filter 2 builds the levels of an output node, though more have t
 
 TEST_CASE("a render target is made anew: RGB, of the new size, black and linear")
 {
-    const gl_bench bench;
+    const drawing_window bench;
     image_texture image = decoded_image(8, 8, 4, 2);
     upload_image_texture_gl(image, plain_formats());
     uint32_t texture = 0;

@@ -1,6 +1,6 @@
 #include "vectors.h"
 
-#include "gl_bench.h"
+#include "drawing_window.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "gl_bench.h"
+#include "drawing_window.h"
 
 #include "content/matrix.h"
 #include "render/shader_program_gl.h"
@@ -102,7 +102,7 @@ texture_format_table driver_formats()
         GL_COMPRESSED_LUMINANCE, GL_COMPRESSED_LUMINANCE_ALPHA, GL_RGB}};
 }
 
-gl_bench::gl_bench()
+drawing_window::drawing_window()
     : caps{}
 {
     open_test_window();
@@ -164,7 +164,7 @@ static uint32_t upload(GLenum target, const std::vector<uint8_t>& pixels, int si
     return name;
 }
 
-static uint32_t add_image_reference(gl_bench& b, uint32_t texture)
+static uint32_t add_image_reference(drawing_window& b, uint32_t texture)
 {
     image_texture image = {};
     image.texture = texture;
@@ -172,7 +172,7 @@ static uint32_t add_image_reference(gl_bench& b, uint32_t texture)
     return table_add(b.d.object_table, object_reference{texture_image, handle, 1});
 }
 
-uint32_t gl_bench::add_texture(const float color[4])
+uint32_t drawing_window::add_texture(const float color[4])
 {
     std::vector<uint8_t> pixels(16);
     for (size_t i = 0; i < pixels.size(); ++i)
@@ -180,13 +180,13 @@ uint32_t gl_bench::add_texture(const float color[4])
     return add_image_reference(*this, upload(GL_TEXTURE_2D, pixels, 2));
 }
 
-uint32_t gl_bench::add_checkered_texture()
+uint32_t drawing_window::add_checkered_texture()
 {
     const std::vector<uint8_t> pixels = {255, 0, 0, 255, 0, 255, 0, 128, 0, 0, 255, 64, 200, 180, 40, 255};
     return add_image_reference(*this, upload(GL_TEXTURE_2D, pixels, 2));
 }
 
-uint32_t gl_bench::add_cube_map()
+uint32_t drawing_window::add_cube_map()
 {
     const std::vector<uint8_t> pixels
         = {255, 0, 0, 255, 0, 255, 255, 255, 0, 255, 0, 255, 255, 0, 255, 255, 0, 0, 255, 255, 255, 255, 0, 255};
@@ -197,7 +197,7 @@ uint32_t gl_bench::add_cube_map()
 }
 
 // The arrays of a mesh, put where the record's one block owns them.
-static uint32_t add_mesh(gl_bench& b, const std::vector<float>& positions, const std::vector<float>& normals,
+static uint32_t add_mesh(drawing_window& b, const std::vector<float>& positions, const std::vector<float>& normals,
     const std::vector<std::vector<float>>& sets, const std::vector<uint16_t>& indices)
 {
     size_t floats = positions.size() + normals.size();
@@ -223,7 +223,7 @@ static uint32_t add_mesh(gl_bench& b, const std::vector<float>& positions, const
     return table_add(b.d.mesh_table, mesh);
 }
 
-uint32_t gl_bench::add_quad(uint32_t texcoord_sets)
+uint32_t drawing_window::add_quad(uint32_t texcoord_sets)
 {
     const std::vector<float> corners = {0, 0, 1, 0, 1, 1, 0, 1};
     std::vector<float> positions;
@@ -239,7 +239,7 @@ uint32_t gl_bench::add_quad(uint32_t texcoord_sets)
     return add_mesh(*this, positions, normals, sets, {0, 1, 2, 0, 2, 3});
 }
 
-uint32_t gl_bench::add_sphere()
+uint32_t drawing_window::add_sphere()
 {
     constexpr int rings = 24;
     constexpr int sides = 32;
@@ -268,7 +268,7 @@ uint32_t gl_bench::add_sphere()
     return add_mesh(*this, positions, positions, {texcoords}, indices);
 }
 
-uint32_t gl_bench::add_light(float ambient, float diffuse, const float position[3])
+uint32_t drawing_window::add_light(float ambient, float diffuse, const float position[3])
 {
     value_record record = {};
     for (uint32_t i = 0; i < 3; ++i) {
@@ -280,7 +280,7 @@ uint32_t gl_bench::add_light(float ambient, float diffuse, const float position[
     return table_add(d.transform_table, record);
 }
 
-material_record& gl_bench::add_material(uint32_t* handle)
+material_record& drawing_window::add_material(uint32_t* handle)
 {
     material_record material = {};
     material.blend_function = 2;
@@ -290,19 +290,19 @@ material_record& gl_bench::add_material(uint32_t* handle)
     return *table_get(d.material_table, *handle);
 }
 
-scene_object gl_bench::object(object_kind kind, uint32_t object, uint32_t material)
+scene_object drawing_window::object(object_kind kind, uint32_t object, uint32_t material)
 {
     return object_at_origin(kind, object, material);
 }
 
-uint32_t gl_bench::add_scene(const std::vector<scene_object>& objects)
+uint32_t drawing_window::add_scene(const std::vector<scene_object>& objects)
 {
     return ::add_scene(content, objects);
 }
 
 // ---- drawing --------------------------------------------------------------------
 
-bool gl_bench::build_programs()
+bool drawing_window::build_programs()
 {
     bool silent = true;
     for (auto [handle, material] : d.material_table) {
@@ -329,7 +329,7 @@ static void place_camera(const float camera[3], layer_plan& layer)
     transform_point(turn, place, layer.position);
 }
 
-void gl_bench::draw_over(uint32_t scene, bool glsl)
+void drawing_window::draw_over(uint32_t scene, bool glsl)
 {
     if (last_path != -1 && last_path != (glsl ? 1 : 0))
         forget_state(); // tests change paths where a run of the player has one
@@ -352,12 +352,12 @@ void gl_bench::draw_over(uint32_t scene, bool glsl)
     draw_layers(d, layers, view, caps, glsl, test_renderer());
 }
 
-picture gl_bench::read()
+picture drawing_window::read()
 {
     return read_window();
 }
 
-picture gl_bench::draw(uint32_t scene, bool glsl)
+picture drawing_window::draw(uint32_t scene, bool glsl)
 {
     glViewport(0, 0, window_width, window_height);
     glClearColor(static_cast<float>(background.red) / 255.0f, static_cast<float>(background.green) / 255.0f,

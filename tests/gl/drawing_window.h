@@ -1,7 +1,7 @@
 // A window with an OpenGL context, and small scenes drawn into it: what the tests of
 // the drawing side share.
 //
-// The window is opened once per program. A gl_bench owns its document; OpenGL objects
+// The window is opened once per program. A drawing_window owns its document; OpenGL objects
 // stay until the program ends. Reading a picture checks that OpenGL reports no error.
 #pragma once
 
@@ -46,7 +46,7 @@ texture_format_table driver_formats();
 
 // ---- records ----------------------------------------------------------------------
 
-struct gl_bench {
+struct drawing_window {
     test_document content;
     document& d = content.d;
     gl_caps caps;
@@ -56,9 +56,9 @@ struct gl_bench {
     rgb background = {0, 0, 0};
     int last_path = -1; // of the last draw: 0 fixed, 1 shaders
 
-    gl_bench(); // opens the window
-    gl_bench(const gl_bench&) = delete;
-    gl_bench& operator=(const gl_bench&) = delete;
+    drawing_window(); // opens the window
+    drawing_window(const drawing_window&) = delete;
+    drawing_window& operator=(const drawing_window&) = delete;
 
     // References (object_table) to pictures of one colour, or of four.
     uint32_t add_texture(const float color[4]);
