@@ -19,6 +19,8 @@
 
 constexpr uint32_t evaluations = 100000; // a repeat; a new time each, so that the cache never answers
 
+namespace {
+
 enum bench_case : uint32_t {
     bench_constant,
     bench_linear,
@@ -30,6 +32,8 @@ enum bench_case : uint32_t {
     bench_cached,
     bench_case_count
 };
+
+} // namespace
 
 static const char* case_name(bench_case c)
 {

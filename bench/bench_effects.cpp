@@ -23,6 +23,8 @@
 constexpr uint32_t side = 256;
 constexpr uint32_t runs = 20; // a repeat
 
+namespace {
+
 enum case_family : uint32_t { family_clear, family_picture, family_mesh, family_rippler };
 
 struct bench_case {
@@ -30,6 +32,8 @@ struct bench_case {
     case_family family;
     uint32_t kind;
 };
+
+} // namespace
 
 constexpr bench_case cases[] = {
     {"clear", family_clear, 0},
@@ -46,6 +50,8 @@ constexpr bench_case cases[] = {
     {"rippler_3600", family_rippler, 0},
 };
 
+namespace {
+
 // What the cases work on; one of each kind at a time.
 struct bench_state {
     std::vector<uint8_t> pixels;
@@ -55,6 +61,8 @@ struct bench_state {
     placement_list list;
     float time;
 };
+
+} // namespace
 
 static void begin_case(const bench_case& c, bench_state& state)
 {

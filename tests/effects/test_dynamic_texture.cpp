@@ -10,13 +10,18 @@
 #include <memory>
 #include <vector>
 
+namespace {
+
 struct free_state {
     void operator()(effect_2d_state* state) const
     {
         free_dynamic_texture(state);
     }
 };
+
 using owned_state = std::unique_ptr<effect_2d_state, free_state>;
+
+} // namespace
 
 // One picture with the first two parameters; the bytes start as 77.
 static std::vector<uint8_t> rendered(
@@ -221,6 +226,8 @@ TEST_CASE("a kind beyond the catalogue leaves the picture as it is")
 
 // ---- "Amoba" -----------------------------------------------------------------------------
 
+namespace {
+
 // The same colony, written down from the rules with real arithmetic. Goes on drawing from
 // the C library's generator, so a replay must start where the colony's own start was.
 struct reference_colony {
@@ -228,6 +235,8 @@ struct reference_colony {
     uint32_t channels;
     std::vector<uint8_t> bytes;
 };
+
+} // namespace
 
 static double random_real()
 {
@@ -402,10 +411,14 @@ TEST_CASE("the normal map in 8 bits leaves the picture as it is")
 
 // ---- plasmas -----------------------------------------------------------------------------
 
+namespace {
+
 // One plasma pixel straight from the formulas, with every channel's coefficients by number.
 struct plasma_numbers {
     double t, cb, cc;
 };
+
+} // namespace
 
 static uint8_t reference_channel(const plasma_numbers& n, double P, double Q, const double (&q)[6])
 {

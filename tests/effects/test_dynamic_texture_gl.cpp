@@ -15,6 +15,8 @@
 
 // ---- the recorder ------------------------------------------------------------------------
 
+namespace {
+
 struct gl_recorder {
     std::string log;               // one line a call
     std::vector<uint8_t> storage;  // of the pixel buffer
@@ -25,6 +27,8 @@ struct gl_recorder {
     GLuint bound_buffer;
     GLuint next_name;
 };
+
+} // namespace
 
 static gl_recorder recorder;
 
@@ -135,6 +139,8 @@ PFNGLUNMAPBUFFERPROC __glewUnmapBuffer = record_unmap_buffer;
 
 constexpr texture_format_table formats = {{100, 101, 102, 103, 104, 105, 106, 107, 108}};
 
+namespace {
+
 // A dynamic texture in a document whose parameters follow the time.
 struct recorded_texture {
     test_document t;
@@ -175,6 +181,8 @@ struct recorded_texture {
             upload_dynamic_texture_gl(record(), pixels.data(), use_pbo);
     }
 };
+
+} // namespace
 
 // The picture that a plain plasma of side 64 shows at a time.
 static std::vector<uint8_t> plasma_at(uint32_t time, uint32_t bpp)

@@ -12,7 +12,11 @@
 #include <utility>
 #include <vector>
 
+namespace {
+
 using params_12 = std::array<float, 12>;
+
+} // namespace
 
 static placement make_placement(std::initializer_list<float> values)
 {
@@ -69,6 +73,8 @@ static placement_list applied(int32_t kind, const params_12& params, std::initia
     return applied(tools, kind, params, input, mesh, place_model);
 }
 
+namespace {
+
 // A mesh of the given vertices and triangles.
 struct test_mesh {
     std::vector<float> positions;
@@ -88,6 +94,8 @@ struct test_mesh {
     test_mesh(const test_mesh&) = delete;
     test_mesh& operator=(const test_mesh&) = delete;
 };
+
+} // namespace
 
 TEST_CASE("manipulators have 12, 10, 3 and 9 parameters")
 {

@@ -273,6 +273,8 @@ TEST_CASE("every sixth step of the second lake drops a height of 6 into field 1"
 
 // ---- both lakes over a long time ---------------------------------------------------------
 
+namespace {
+
 // The same waters with floor and truncation written as real functions, and fields that
 // change their names instead of their contents.
 struct reference_water {
@@ -280,6 +282,8 @@ struct reference_water {
     std::vector<double> before, one, two;
     int steps;
 };
+
+} // namespace
 
 static void reference_step(reference_water& w, bool springs)
 {

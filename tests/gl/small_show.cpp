@@ -362,6 +362,8 @@ std::string show_text::document() const
 
 // ---- shows ----------------------------------------------------------------------
 
+namespace {
+
 // What reaches standard output and standard error while it lives.
 struct output_capture {
     int saved[2];
@@ -392,6 +394,8 @@ struct output_capture {
         return all.substr(0, got > 0 ? static_cast<size_t>(got) : 0);
     }
 };
+
+} // namespace
 
 // True for lines that all tell of references to nothing.
 static bool only_warnings(const std::string& lines)

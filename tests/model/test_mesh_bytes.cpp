@@ -7,11 +7,15 @@
 #include <cstring>
 #include <doctest/doctest.h>
 
+namespace {
+
 // The bytes in a block of exactly their size, so that the sanitizer sees every step beyond.
 struct exact_bytes {
     owned_block<uint8_t> block;
     uint32_t size;
 };
+
+} // namespace
 
 static exact_bytes exactly(const std::string& bytes, size_t size)
 {

@@ -109,6 +109,8 @@ static std::string place_of(uint32_t section, const xml_node* node, uint32_t dep
 
 // ---- taking one thing out -----------------------------------------------------------------------
 
+namespace {
+
 // A walk over the records that takes out the `wanted`-th of all attributes and texts, which it counts in `seen`.
 struct remover {
     uint32_t wanted;
@@ -117,6 +119,8 @@ struct remover {
     bool optional;
     std::string line; // of the refusal
 };
+
+} // namespace
 
 static void refuse(remover& r, uint32_t section, const xml_node* node, uint32_t depth, const std::string& what)
 {

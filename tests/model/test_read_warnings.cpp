@@ -5,12 +5,16 @@
 
 #include <doctest/doctest.h>
 
+namespace {
+
 struct odd_spot {
     uint32_t section;
     const char* from; // in the section's records; empty: in front of them
     const char* to;
     const char* lines; // what stands behind "Warning: demo.xmlz: section N (NAME)", each ends in ";"
 };
+
+} // namespace
 
 static std::string warnings(const odd_spot& odd)
 {

@@ -4,13 +4,18 @@
 
 #include <memory>
 
+namespace {
+
 struct free_timeline {
     void operator()(timeline* t) const
     {
         timeline_free(t);
     }
 };
+
 using owned_timeline = std::unique_ptr<timeline, free_timeline>;
+
+} // namespace
 
 TEST_CASE("A timeline is 893312 bytes")
 {

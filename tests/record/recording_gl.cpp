@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstring>
 
+namespace {
+
 struct recorded_buffer {
     std::vector<uint8_t> bytes;
 };
@@ -24,14 +26,20 @@ struct recording_driver {
     std::map<uint32_t, recorded_buffer> buffers;
 };
 
+} // namespace
+
 static recording_driver driver;
 
 // ---- values as text -------------------------------------------------------------
+
+namespace {
 
 struct named_constant {
     GLenum value;
     const char* name;
 };
+
+} // namespace
 
 static constexpr named_constant named(GLenum value, const char* text)
 {

@@ -3,7 +3,11 @@
 
 #include <doctest/doctest.h>
 
+namespace {
+
 enum card : uint8_t { plain_card, ati_card, nv_card };
+
+} // namespace
 
 // The combiner of one unit of a fixed-function material; the units before it are plain.
 static std::string combiner(uint32_t unit, uint8_t mode, card c = plain_card)

@@ -12,11 +12,15 @@
 
 // ---- names ----------------------------------------------------------------------
 
+namespace {
+
 // Names of objects, as text: the driver of these tests gives no name to two kinds of them.
 struct object_names {
     std::vector<std::string> made;
     std::vector<std::string> deleted;
 };
+
+} // namespace
 
 // What stands behind the last `before` of a line, without closing brackets; all calls name one object.
 static std::string name_behind(const std::string& line, const std::string& before)
@@ -72,12 +76,16 @@ static document_text drawn_document()
     return text;
 }
 
+namespace {
+
 struct releasing_case {
     bool glsl;
     bool buffers;
     bool first_images = true;
     bool links = true;
 };
+
+} // namespace
 
 static void load(document& d, const releasing_case& c, const gl_caps& caps)
 {

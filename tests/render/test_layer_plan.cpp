@@ -22,6 +22,8 @@ static frame_layers plan_at(const test_document& t, uint32_t time, bool any_size
     return plan_layers(t.d, time, screen, caps_with(any_size));
 }
 
+namespace {
+
 // A document with one scene (handle 1), whose tracks are filled by add_layer.
 struct scene_document : test_document {
     scene_document()
@@ -29,6 +31,8 @@ struct scene_document : test_document {
         add_scene(*this);
     }
 };
+
+} // namespace
 
 // A layer of 1000 ticks in a mode, with a target.
 static layer_record mode_layer(uint32_t type, uint32_t rtex = 0)

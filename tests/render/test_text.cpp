@@ -26,10 +26,14 @@ static font_record solid_font(float offset, float width)
     return font;
 }
 
+namespace {
+
 struct line_of_glyphs {
     std::vector<int> glyphs;
     std::vector<float> pens;
 };
+
+} // namespace
 
 static line_of_glyphs layout(std::string_view text, const font_record& font)
 {

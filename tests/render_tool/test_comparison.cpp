@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <unistd.h>
 
+namespace {
+
 // A directory of references, which goes at the end of a test.
 struct reference_directory {
     std::string path;
@@ -38,6 +40,8 @@ struct reference_directory {
         return std::filesystem::exists(path + "/" + name);
     }
 };
+
+} // namespace
 
 // Grey, with `count` of its 100 pixels brighter by `step`.
 static picture grey(uint32_t count = 0, uint8_t step = 0)

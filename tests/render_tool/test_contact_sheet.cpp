@@ -6,7 +6,11 @@
 #include <doctest/doctest.h>
 #include <limits>
 
+namespace {
+
 using rgb = std::vector<uint8_t>;
+
+} // namespace
 
 static rgb pixel(const picture& p, uint32_t x, uint32_t y)
 {

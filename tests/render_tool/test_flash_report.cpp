@@ -5,11 +5,15 @@
 
 constexpr double frames_per_second = 50;
 
+namespace {
+
 struct byte_color {
     uint8_t red;
     uint8_t green;
     uint8_t blue;
 };
+
+} // namespace
 
 constexpr byte_color black = {0, 0, 0};
 constexpr byte_color white = {255, 255, 255};

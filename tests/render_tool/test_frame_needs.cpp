@@ -9,6 +9,8 @@ constexpr frame_rate ten = {10, 1};
 constexpr frame_view view = {64, 48, 4.0f / 3.0f};
 constexpr uint32_t target = 1; // the one image texture
 
+namespace {
+
 // A document whose scene 1 shows nothing drawn, and whose scene 2 shows the target.
 struct show {
     document d = {};
@@ -62,6 +64,8 @@ struct show {
         return text;
     }
 };
+
+} // namespace
 
 TEST_CASE("Where every frame clears and nothing is drawn into textures, only wanted frames need pixels")
 {

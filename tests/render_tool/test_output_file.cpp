@@ -11,6 +11,8 @@
 
 namespace fs = std::filesystem;
 
+namespace {
+
 struct scratch_folder {
     std::string path;
 
@@ -38,6 +40,8 @@ struct scratch_folder {
         return static_cast<size_t>(std::distance(fs::directory_iterator(path), fs::directory_iterator()));
     }
 };
+
+} // namespace
 
 static std::span<const uint8_t> bytes_of(const std::string& text)
 {

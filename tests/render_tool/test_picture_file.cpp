@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace {
+
 // A directory that goes with its files at the end of a test.
 struct scratch {
     std::string path;
@@ -30,6 +32,8 @@ struct scratch {
     scratch(const scratch&) = delete;
     scratch& operator=(const scratch&) = delete;
 };
+
+} // namespace
 
 static picture gradient(uint32_t width, uint32_t height)
 {

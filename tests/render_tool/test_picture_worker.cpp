@@ -8,6 +8,8 @@
 #include <fstream>
 #include <unistd.h>
 
+namespace {
+
 struct scratch_directory {
     std::string path;
 
@@ -25,6 +27,8 @@ struct scratch_directory {
     scratch_directory(const scratch_directory&) = delete;
     scratch_directory& operator=(const scratch_directory&) = delete;
 };
+
+} // namespace
 
 static shared_picture shade(uint8_t value)
 {

@@ -3,7 +3,11 @@
 #include <doctest/doctest.h>
 #include <utility>
 
+namespace {
+
 using samples = std::vector<int16_t>;
+
+} // namespace
 
 TEST_CASE("Sound is cut at its beginning and its end")
 {

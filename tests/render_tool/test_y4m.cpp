@@ -18,7 +18,11 @@ static std::vector<uint8_t> yuv_of(uint8_t red, uint8_t green, uint8_t blue, yuv
     return frame_of(make_picture(1, 1, red, green, blue), matrix);
 }
 
+namespace {
+
 using bytes_of = std::vector<uint8_t>;
+
+} // namespace
 
 TEST_CASE("Primaries have their well-known values in BT.601")
 {

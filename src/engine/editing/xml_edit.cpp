@@ -125,12 +125,16 @@ void xml_set_text_f32_precise(xml_node* node, float value)
 
 // ---- writing ---------------------------------------------------------------------
 
+namespace {
+
 struct xml_writer {
     char* text;
     uint32_t capacity;
     uint32_t used;
     bool failed;
 };
+
+} // namespace
 
 static void put(xml_writer& writer, const char* piece)
 {

@@ -35,6 +35,8 @@ static double table_cosine(double steps)
 
 // ---- colours -----------------------------------------------------------------------------
 
+namespace {
+
 struct wave {
     double density; // table steps per unit of the field
     double drift;   // table steps
@@ -45,6 +47,8 @@ struct colour_channel {
     wave q;
 };
 
+} // namespace
+
 static colour_channel make_channel(uint32_t channel, double cb, double cc, double t)
 {
     assert(channel < 3);
@@ -54,9 +58,13 @@ static colour_channel make_channel(uint32_t channel, double cb, double cc, doubl
         .q = {.density = (k[1] * (cc - 1.0) + 1.0) * k[13] * steps_per_radian, .drift = k[7] * t * steps_per_radian}};
 }
 
+namespace {
+
 struct colour_waves {
     colour_channel channels[3]; // R, G, B
 };
+
+} // namespace
 
 static colour_waves make_colours(double cb, double cc, double t)
 {

@@ -8,9 +8,13 @@
 constexpr double shortest_normal = 0.001;      // what is shorter is left at its length
 constexpr size_t max_indexed_vertices = 65536; // what indices of 16 bits can name
 
+namespace {
+
 struct vector3 {
     double x, y, z;
 };
+
+} // namespace
 
 static vector3 vertex_at(std::span<const float> positions, size_t vertex)
 {

@@ -6,6 +6,8 @@
 #include <cassert>
 #include <vector>
 
+namespace {
+
 // What becomes of each node, by its handle ([0] unused). Handles are positions while a
 // document is read.
 struct node_order {
@@ -13,6 +15,8 @@ struct node_order {
     const table<texture_node>& nodes;
     std::vector<uint8_t> states; // node_state
 };
+
+} // namespace
 
 static const texture_node* node_at(const node_order& order, uint32_t handle)
 {

@@ -4,11 +4,15 @@
 #include <cassert>
 #include <cstring>
 
+namespace {
+
 // A picture; beyond its end its bytes count as zero, as the decoder takes them.
 struct picture_bytes {
     const uint8_t* data;
     uint32_t size;
 };
+
+} // namespace
 
 static uint32_t byte_at(const picture_bytes& picture, uint32_t at)
 {
@@ -32,6 +36,8 @@ static bool begins_with(const picture_bytes& picture, const char* text, uint32_t
 
 // ---- JPEG -------------------------------------------------------------------------
 
+namespace {
+
 enum jpeg_marker : uint8_t {
     marker_stuffed = 0x00, // a byte 0xFF of the coded picture
     marker_tables = 0xC4,
@@ -40,6 +46,8 @@ enum jpeg_marker : uint8_t {
     marker_end = 0xD9,
     marker_prefix = 0xFF
 };
+
+} // namespace
 
 constexpr uint32_t max_codes = 256;
 constexpr uint32_t code_lengths = 16;

@@ -121,6 +121,8 @@ std::string line_of(const char* format, ...)
 
 // ---- numbers ------------------------------------------------------------------------
 
+namespace {
+
 // A text with a number at its start.
 template <typename number> struct parsed {
     number value;
@@ -128,6 +130,8 @@ template <typename number> struct parsed {
     bool has_digits;
     bool fits; // into 32 bits, into a finite single
 };
+
+} // namespace
 
 static parsed<int32_t> parse_int(const char* text)
 {

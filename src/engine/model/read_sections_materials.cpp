@@ -70,6 +70,8 @@ static void mark_material_textures(document& d)
 
 // ---- materials ------------------------------------------------------------------------
 
+namespace {
+
 enum setting_kind : uint32_t {
     setting_backface_culling,
     setting_depth_test,
@@ -96,6 +98,8 @@ enum setting_kind : uint32_t {
     setting_fragment_shader,
     setting_kind_count
 };
+
+} // namespace
 
 constexpr const char* setting_names[]
     = {"backface_culling", "depth_test", "normalization", "wireframe", "blend_function", "red", "green", "blue",

@@ -11,10 +11,14 @@
 #include <cstdlib>
 #include <utility>
 
+namespace {
+
 struct entry_bytes {
     owned_block<uint8_t> bytes;
     uint32_t size;
 };
+
+} // namespace
 
 // The empty name takes the first slot unseen: what the pack begins with.
 static const char* read_entry_name(const place& at, const xml_node& node, const char* attribute)

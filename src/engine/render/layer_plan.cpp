@@ -7,11 +7,15 @@
 
 // ---- the layer of a moment ------------------------------------------------------
 
+namespace {
+
 struct active_layer {
     bool found;
     uint32_t layer;
     uint32_t local_time; // ticks from the end of the layer's pause
 };
+
+} // namespace
 
 // The search starts at the second's layer and walks on while layers have ended; a
 // layer shows from the end of its pause to its own end, both included. Quirk: a
@@ -47,6 +51,8 @@ static bool is_over(const timeline& t, uint32_t time)
 
 // ---- render targets -------------------------------------------------------------
 
+namespace {
+
 struct target_size {
     uint32_t texture; // image_texture handle
     uint32_t width;   // pixels
@@ -64,6 +70,8 @@ struct planning {
     target_size recreated[track_count]; // targets with a new size in this frame
     uint32_t recreated_count;
 };
+
+} // namespace
 
 static target_size size_of_target(const planning& p, uint32_t handle, const image_texture& texture)
 {

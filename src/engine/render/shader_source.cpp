@@ -23,6 +23,8 @@ static_assert(4 + 6 + 6 + 3 + 2 <= user_uniform_count);
 
 // ---- what the texts are made of -------------------------------------------------
 
+namespace {
+
 struct source_text {
     char* text; // owned until the program record takes it
     uint32_t capacity;
@@ -62,6 +64,8 @@ struct source_plan {
     bool any_turned_sphere; // a sphere map that the texture matrix turns
     bool any_texture_matrix;
 };
+
+} // namespace
 
 // ---- deciding -------------------------------------------------------------------
 

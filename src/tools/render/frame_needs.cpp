@@ -6,7 +6,11 @@
 #include <iterator>
 #include <unordered_map>
 
+namespace {
+
 using texture_set = std::vector<uint32_t>; // handles, ascending
+
+} // namespace
 
 // ---- what scenes show ----------------------------------------------------------------------
 
@@ -64,6 +68,8 @@ std::vector<uint32_t> targets_of_scene(const document& d, uint32_t scene, const 
 
 // ---- what frames need ------------------------------------------------------------------------
 
+namespace {
+
 // Goes through the frames from the last to the first.
 struct needs {
     const document& d;
@@ -72,6 +78,8 @@ struct needs {
     texture_set awaited;                              // textures that a later frame shows as they are now
     bool shows_through;                               // into a later frame that needs its pixels
 };
+
+} // namespace
 
 static const texture_set& shown_by(needs& n, uint32_t scene)
 {

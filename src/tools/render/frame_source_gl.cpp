@@ -12,7 +12,11 @@
 #include <chrono>
 #include <cstring>
 
+namespace {
+
 using stopwatch = std::chrono::steady_clock;
+
+} // namespace
 
 static double seconds_since(stopwatch::time_point begin)
 {

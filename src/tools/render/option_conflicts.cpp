@@ -7,10 +7,14 @@
 #include <filesystem>
 #include <initializer_list>
 
+namespace {
+
 struct given_option {
     const char* name;
     bool given;
 };
+
+} // namespace
 
 // The name of the first that is given; null when none is.
 static const char* first_given(std::initializer_list<given_option> options)

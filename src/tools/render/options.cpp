@@ -109,10 +109,14 @@ static bool read_per_cents(std::string_view text, std::vector<uint32_t>& values)
 
 // ---- names of pictures -----------------------------------------------------------------
 
+namespace {
+
 struct name_pattern {
     bool valid;
     uint32_t numbers; // places for the number
 };
+
+} // namespace
 
 // Reads "%d", "%5d" (as "%05d") and "%05d" at `at`, which points at "%"; the length of
 // the place, 0 when it is none.

@@ -33,11 +33,15 @@ bool can_be_encoded(const picture& p)
 
 constexpr uint32_t guess_count = 4096;
 
+namespace {
+
 struct light_tables {
     float light[256];           // of each byte
     float threshold[257];       // [b]: the least light that becomes byte b; [256]: none does
     uint8_t guess[guess_count]; // the byte of the lower end of each part of 0..1
 };
+
+} // namespace
 
 static double light_of(double value)
 {
@@ -87,6 +91,8 @@ uint8_t srgb_byte(float light)
 
 // ---- sizes ------------------------------------------------------------------------
 
+namespace {
+
 // The source pixels that one new pixel covers along one axis.
 struct cover {
     uint32_t first;
@@ -95,6 +101,8 @@ struct cover {
     float weight;
     float last_weight;
 };
+
+} // namespace
 
 static cover cover_of(uint32_t i, uint32_t size, uint32_t source_size)
 {

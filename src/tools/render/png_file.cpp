@@ -14,9 +14,9 @@ struct free_context {
     }
 };
 
-} // namespace
-
 using owned_context = std::unique_ptr<spng_ctx, free_context>;
+
+} // namespace
 
 std::string as_png_text(std::string_view text)
 {

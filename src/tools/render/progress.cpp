@@ -3,7 +3,11 @@
 #include <cstdio>
 #include <unistd.h>
 
+namespace {
+
 using seconds_count = std::chrono::duration<double>;
+
+} // namespace
 
 constexpr double terminal_interval = 0.2; // s
 constexpr double line_interval = 10.0;

@@ -37,6 +37,8 @@
 constexpr uint32_t stills_of_a_sheet = 16;
 constexpr uint32_t slowest_count = 10;
 
+namespace {
+
 using stopwatch = std::chrono::steady_clock;
 
 struct render_job {
@@ -69,6 +71,8 @@ struct render_job {
     time_report times;
     commands_output commands;
 };
+
+} // namespace
 
 // ---- words ------------------------------------------------------------------------------
 
@@ -441,12 +445,16 @@ static bool take_picture(render_job& job, std::string& problem)
 
 // ---- the frames ----------------------------------------------------------------------------------
 
+namespace {
+
 struct frame_loop {
     uint64_t done = 0;  // wanted frames that were drawn
     double seconds = 0; // that it took
     bool failed = false;
     std::string problem; // may stay empty where a worker knows
 };
+
+} // namespace
 
 static void run_frames(render_job& job, frame_loop& loop, progress& shown)
 {

@@ -73,7 +73,11 @@ std::vector<std::string> slowest_moment_lines(const time_report& report, uint32_
 
 // ---- JSON -------------------------------------------------------------------------
 
+namespace {
+
 using json = nlohmann::ordered_json;
+
+} // namespace
 
 constexpr double ms_digits = 1e4; // kept behind the point: four of milliseconds ...
 constexpr double s_digits = 1e6;  // ... and six of seconds

@@ -7,11 +7,15 @@
 // four pixels times a weight stay within 32 bits.
 constexpr int32_t weight_bits = 20;
 
+namespace {
+
 struct yuv_weights {
     int32_t y[3];
     int32_t cb[3];
     int32_t cr[3];
 };
+
+} // namespace
 
 static int32_t fixed(double value)
 {
