@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the walls of the house: who may include whom, that every header stands alone, and that no program of ours
-is taken for a pack.
+"""Holds the walls of the house: who may include whom, that every header stands alone, that no type has two
+definitions in one program, and that no program of ours is taken for a pack.
 
     test_walls.py ROOT COMPILER [FLAG ...]
 """
@@ -17,6 +17,13 @@ DEVICES = {'_gl.cpp': re.compile(r'(?:GL/|GLES|EGL/|glew)', re.I),  # by the end
 FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp'}  # another library: one new file in the place of each
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.M)
 PROGRAM = re.compile(r'^\s*add_executable\((\S+)', re.M)
+
+# A source's comments, literals and directives, which say nothing about its types.
+NO_CODE = re.compile(r'//[^\n]*|/\*.*?\*/|R"([^(\s"]*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"'
+                     r'|(?<![0-9a-fA-F])\'(?:\\.|[^\'\\\n])+\'|^[ \t]*#(?:[^\n\\]|\\.|\\\n)*', re.S | re.M)
+TYPE = re.compile(r'(?:template\s*<[^{;]*?>\s*)?'
+                  r'(?:(?:struct|class|union|enum)\b[^;{}()=]*\{|using\s+\w+\s*=|typedef\b)')
+NAMED_AHEAD = re.compile(r'^\s*(?:struct|class|union|enum)\s+(\w+)(?:\s*:\s*\w+)?\s*;', re.M)
 
 
 def sources(engine):
@@ -88,6 +95,40 @@ def check_programs(root):
                 if name.endswith('dpk')]
 
 
+def types_at_file_scope(text):
+    """The first line of each type that a source defines outside every namespace."""
+    code = NO_CODE.sub(lambda match: re.sub(r'[^\n]', ' ', match.group(0)), text)
+    depth = 0
+    begun = 0
+    for line in re.finditer(r'^.*$', code, re.M):
+        found = TYPE.match(code, line.start()) if depth == 0 and line.start() >= begun else None
+        if found:
+            begun = found.end()
+            yield text[line.start():line.end()].strip()
+        depth += sum({'{': 1, '(': 1, '}': -1, ')': -1}.get(c, 0) for c in line.group(0))
+
+
+def check_local_types(root):
+    """A type of one source file stands in an unnamed namespace: another file may have one of the same name, and two
+    different definitions in one program are undefined. Not so a type that an included header names ahead."""
+    texts = {}
+    for top in ('src', 'tests', 'bench'):
+        for folder, _, names in os.walk(os.path.join(root, top)):
+            for name in names:
+                if name.endswith(('.h', '.cpp')):
+                    path = os.path.join(folder, name)
+                    with open(path, encoding='utf-8') as f:
+                        texts[os.path.relpath(path, root)] = f.read()
+    ahead = {path: NAMED_AHEAD.findall(text) for path, text in texts.items() if path.endswith('.h')}
+    wrong = []
+    for path in sorted(p for p in texts if p.endswith('.cpp')):
+        included = tuple('/' + name for name in INCLUDE.findall(texts[path]))
+        known = {name for header, names in ahead.items() if header.endswith(included) for name in names}
+        wrong += ['%s: "%s" stands outside an unnamed namespace' % (path, line)
+                  for line in types_at_file_scope(texts[path]) if not known.intersection(re.findall(r'\w+', line)[:3])]
+    return wrong
+
+
 def check_the_checker():
     """The rules must catch what they are for."""
     assert not device_errors('a_sdl.cpp', '#include <SDL/SDL.h>')
@@ -95,6 +136,12 @@ def check_the_checker():
     assert device_errors('a_gl.cpp', '#include <SDL/SDL.h>') and device_errors('a_sdl.cpp', '#include <EGL/egl.h>')
     assert device_errors('a_gl.h', '#include <GL/glew.h>') and device_errors('a.cpp', '#include "SDL.h"')
     assert not device_errors('a.cpp', '#include "content/matrix.h"\n#include "shell/display_gl.h"')
+    types = ['struct a {\n};', 'enum b : uint32_t { c };', 'using d = e<decltype([] { f(); })>;',
+             'template <typename g>\nstruct h {\n};', 'typedef int i;', "struct j : k { char l = '{'; };"]
+    others = ['namespace {\nstruct a {\n};\n}', 'struct b;', 'struct c d = {};',
+              'enum e f(int g)\n{\nstruct h {\n};\n}', '// struct i {', 'using std::j;',
+              'static const k l[] = {\n{1}};', '#define M struct n { };']
+    assert list(types_at_file_scope('\n'.join(others + types + others))) == [t.split('\n')[0] for t in types]
     assert PROGRAM.findall('add_executable(dpk ${sources})\n  add_executable(a-b c.cpp)') == ['dpk', 'a-b']
     assert INCLUDE.findall('#include <GL/glew.h>\n  #  include "shell/log.h"') == ['GL/glew.h', 'shell/log.h']
 
@@ -104,6 +151,8 @@ def main():
     engine = os.path.join(root, 'src', 'engine')
     check_the_checker()
     wrong = check_includes(engine) + check_devices(root) + check_headers(engine, compiler, flags) + check_programs(root)
+    wrong = (check_includes(engine) + check_headers(engine, compiler, flags) + check_local_types(root)
+             + check_programs(root))
     for line in wrong:
         print(line)
     print('%d files checked, %d broken walls' % (len(list(sources(engine))), len(wrong)))
