@@ -596,11 +596,16 @@ TEST_CASE("a copy into the picture that the first unit shows leaves its wrapping
     add_layer(b.content, 0, layer);
     add_layer(b.content, 1, wide_layer(b, render_simple));
     b.compose();
-    CHECK(take_gl_calls({"glBindTexture", "glTexParameteri", "glCopyTexSubImage2D", "glDrawElements"}) == R"(
+    CHECK(
+        take_gl_calls({"glActiveTexture", "glBindTexture", "glTexParameteri", "glCopyTexSubImage2D", "glDrawElements"})
+        == R"(
+glActiveTexture(GL_TEXTURE0)
 glBindTexture(GL_TEXTURE_2D, 7)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)
+glActiveTexture(GL_TEXTURE1)
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+glActiveTexture(GL_TEXTURE0)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR)
 glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR)
 glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 256, 128)

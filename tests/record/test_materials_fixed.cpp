@@ -702,6 +702,48 @@ TEST_CASE("a mesh without coordinates has (0, 0) in each unit that reads them, t
     CHECK(take_gl_calls({"glMultiTexCoord4f"}) == origin);
 }
 
+TEST_CASE("what changes in one unit is told while that unit is the active one")
+{
+    record_bench b;
+    b.camera[1] = 90.0f;
+    material_record& m = b.add_material();
+    m.texture[0] = b.add_image(7);
+    m.texture[1] = b.add_image(8);
+    b.apply_fixed(m);
+    take_gl_calls();
+    m.cgenmode[0] = coordinates_sphere;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glActiveTexture(GL_TEXTURE0)
+glTexGeni(GL_S, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP)
+glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP)
+glEnable(GL_TEXTURE_GEN_S)
+glEnable(GL_TEXTURE_GEN_T)
+glDisable(GL_TEXTURE_GEN_R)
+glClientActiveTexture(GL_TEXTURE0)
+glDisableClientState(GL_TEXTURE_COORD_ARRAY)
+)" + drawing);
+    m.rotation[1] = 1;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glActiveTexture(GL_TEXTURE1)
+glMatrixMode(GL_TEXTURE)
+glLoadMatrixf([0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])
+glMatrixMode(GL_MODELVIEW)
+)" + drawing);
+    m.wrapmode[0] = wrap_edge_clamp;
+    b.apply_fixed(m);
+    CHECK(take_gl_calls() == R"(
+glActiveTexture(GL_TEXTURE0)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)
+)" + drawing);
+    m.combine_mode[1] = 1;
+    b.apply_fixed(m);
+    CHECK(without_combiner(take_gl_calls())
+        == "\nglActiveTexture(GL_TEXTURE1)\nglTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_COMBINE)\n" + drawing);
+}
+
 // ---- moving pictures ------------------------------------------------------------
 
 TEST_CASE("a moving picture is brought up to date first, on the first unit, once per function time")
@@ -732,6 +774,20 @@ glDisable(GL_NORMALIZE)
     b.time = 8;
     b.apply_fixed(m);
     CHECK(take_gl_calls({"glTexSubImage2D"}) != "\n");
+}
+
+TEST_CASE("a moving picture that the first unit shows already is replaced there, while another unit is active")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    m.texture[0] = b.add_moving(9, b.add_time());
+    b.apply_fixed(m);
+    take_gl_calls();
+    b.time = 1;
+    b.apply_fixed(m);
+    const std::string calls = take_gl_calls();
+    CHECK(calls.starts_with("\nglActiveTexture(GL_TEXTURE0)\nglTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 64, 64, "));
+    CHECK(without(calls, "glTexSubImage2D") == "\nglActiveTexture(GL_TEXTURE0)\n" + drawing);
 }
 
 TEST_CASE("an upload leaves its picture in the first unit, beneath a cube map")

@@ -332,6 +332,27 @@ TEST_CASE("a program that begins to turn its picture is told the matrix, though 
     CHECK(take_gl_calls() == "\n" + drawing);
 }
 
+TEST_CASE("a material's own program gets the texture matrix as it lies, a generated one by rows")
+{
+    record_bench b;
+    material_record& m = b.add_material();
+    b.give_program(m);
+    forget_mesh_matrices(*m.program);
+    m.texture[0] = b.add_image(7);
+    m.rotation[0] = 1;
+    m.enable_glsl = 1;
+    m.custom_vertex_shader = ::strdup("a");
+    m.custom_fragment_shader = ::strdup("b");
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"})
+        == "\nglUniformMatrix4fv(14, 1, GL_FALSE, [1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1])\n");
+    m.enable_glsl = 0;
+    b.camera[1] = 90.0f;
+    b.apply_glsl(m);
+    CHECK(take_gl_calls({"glUniformMatrix4fv"})
+        == "\nglUniformMatrix4fv(14, 1, GL_TRUE, [0 -1 0 0 1 0 0 0 0 0 1 0 0 1 0 1])\n");
+}
+
 TEST_CASE("a turned picture's matrix is not the reflection's, even with reflected coordinates")
 {
     record_bench b;

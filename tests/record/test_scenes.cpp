@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 // The part of a list from the first `from` on, up to the first `to` behind it.
@@ -627,7 +628,7 @@ glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, 0)
 }
 
 // Each ripple moves the whole cache on: what the first mesh needs is kept for it.
-TEST_CASE("two rippled meshes of a frame are each drawn as the cache stood behind their own ripple")
+TEST_CASE("rippled meshes of one frame are each drawn as the cache stood behind their own ripple")
 {
     record_bench b;
     b.caps.vbo = 1;
@@ -642,15 +643,60 @@ TEST_CASE("two rippled meshes of a frame are each drawn as the cache stood behin
     b.draw(scene, false);
     const std::string still = take_gl_calls({"glBufferData"});
     CHECK(still.starts_with("\nglBufferData(GL_ARRAY_BUFFER, 36, [1 2 3 4 2 3 1 5 3], GL_STREAM_DRAW)\n"));
-    scene_object second = first;
-    second.manipulators[0] = rippler(1.0f);
-    b.draw(b.add_scene({first, second}), false);
-    const std::string both = take_gl_calls({"glBufferData"});
-    CHECK(both.starts_with(still));
-    CHECK(both.size() > still.size());
-    CHECK(both.find("[1 2 3 4 2 3 1 5 3]", still.size()) == std::string::npos);
-    b.draw(scene, false); // it stays moved
-    CHECK(both.ends_with(take_gl_calls({"glBufferData"}).substr(1)));
+    scene_object moving = first;
+    moving.manipulators[0] = rippler(1.0f);
+    b.draw(b.add_scene({first, moving, moving}), false);
+    const std::string all = take_gl_calls({"glBufferData"});
+    CHECK(all.starts_with(still));
+    CHECK(all.find("[1 2 3 4 2 3 1 5 3]", still.size()) == std::string::npos);
+    b.draw(scene, false); // it stays as the last one left it
+    const std::string last = take_gl_calls({"glBufferData"}).substr(1);
+    CHECK(all.ends_with(last));
+    CHECK(all.find(last) == all.size() - last.size()); // and the second was drawn before the third had moved it
+}
+
+// The vertices that a draw of the last frame takes from memory.
+static std::vector<float> drawn_vertices(const record_bench& b, size_t draw, uint32_t vertex_count)
+{
+    const auto* from = static_cast<const float*>(b.r.f.draws[draw].positions.data);
+    return std::vector<float>(from, from + size_t{vertex_count} * 3);
+}
+
+TEST_CASE("objects that share a mesh effect step it once each, and each is drawn as it left it")
+{
+    record_bench b;
+    uint32_t material = 0;
+    b.add_material(&material);
+    mesh_effect water = {};
+    water.type = mesh_effect_lake;
+    water.functions[0] = b.add_time();
+    init_mesh_effect(water);
+    const uint32_t count = water.mesh.vertex_count;
+    const uint32_t effect = table_add(b.d.effect_table, water);
+    std::vector<scene_object> lakes(3, b.object(object_genmesh, effect, material));
+    for (uint32_t i = 0; i < 3; ++i)
+        lakes[i].time_offset = static_cast<float>(i + 1);
+    std::srand(1); // drops fall where chance has them
+    b.draw(b.add_scene(lakes), false);
+    REQUIRE(b.r.f.draws.size() == 3);
+    const std::vector<float> first = drawn_vertices(b, 0, count);
+    const std::vector<float> second = drawn_vertices(b, 1, count);
+    const std::vector<float> third = drawn_vertices(b, 2, count);
+    CHECK(first != second);
+    CHECK(second != third);
+    CHECK(std::equal(third.begin(), third.end(), water.mesh.positions));
+    mesh_effect again = {}; // the same water, stepped by hand
+    again.type = mesh_effect_lake;
+    init_mesh_effect(again);
+    float params[2] = {0.0f, 0.0f};
+    std::srand(1);
+    for (const std::vector<float>& drawn : {first, second, third}) {
+        params[0] += 1.0f;
+        step_mesh_effect(again, params);
+        CHECK(std::equal(drawn.begin(), drawn.end(), again.mesh.positions));
+    }
+    free_mesh_effect(again);
+    free_mesh_effect(*table_get(b.d.effect_table, effect));
 }
 
 // ---- objects --------------------------------------------------------------------
@@ -679,6 +725,30 @@ glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
 glLoadMatrixf([1 0 0 0 0 1 0 0 0 0 1 0 1 0 0 1])
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
 )");
+}
+
+TEST_CASE("a mesh without triangles or without copies is not drawn, but its material is what stands behind it")
+{
+    for (const bool glsl : {false, true}) {
+        record_bench b;
+        uint32_t red = 0;
+        material_record& m = b.add_material(&red);
+        b.give_program(m);
+        m.blend_function = 1;
+        const uint32_t empty = b.add_triangle(1);
+        b.arrays(empty).index_count = 0;
+        scene_object none = b.object(object_model, b.add_triangle(1), red);
+        none.manipulator_count = 1;
+        none.manipulators[0] = multiplier(0.0f);
+        for (const scene_object& undrawn : {b.object(object_model, empty, red), none}) {
+            b.r = renderer();
+            b.draw(b.add_scene({undrawn}), glsl);
+            CHECK(take_gl_calls() == "\n");
+            b.draw(b.add_scene({b.bare_object(b.add_triangle(1))}), glsl);
+            CHECK(take_gl_calls({"glBlendFunc", "glDrawElements"})
+                == "\nglBlendFunc(GL_ONE, GL_ONE)\nglDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])\n");
+        }
+    }
 }
 
 // Handles of the object table, of meshes and of effects are told apart by what they lead to: mesh
