@@ -4,6 +4,7 @@
 #include <cmath>
 #include <doctest/doctest.h>
 #include <limits>
+#include <string>
 
 static picture gradient(uint32_t width, uint32_t height)
 {
