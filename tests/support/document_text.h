@@ -5,7 +5,7 @@
 #pragma once
 
 #include "content/xml.h"
-#include "model/document.h"
+#include "model/document_reader.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,11 +1,6 @@
-// A document: its record tables and timeline, and the reading of both from the
-// element tree, one record at a time.
+// A document: its record tables and timeline, and the text that both are read from.
 //
-// Reading fills records from elements and checks them; it makes no OpenGL
-// object. Whoever drives it (the loading sequence, a tool) takes one record after
-// the other from a document_reader, makes what the record needs, and goes on.
-// Problems are collected as whole lines of text: a fatal one ends the reading, a
-// warning does not. Handles refer to tables of the same document.
+// Records are read by document_reader. Handles refer to tables of the same document.
 #pragma once
 
 #include "model/record_table.h"
@@ -17,7 +12,6 @@
 #include <cstdio>
 #include <string>
 #include <tuple>
-#include <vector>
 
 struct xml_node;
 
@@ -98,51 +92,6 @@ void document_free_generated_images(document& d);
 // released elsewhere, before this; whoever frees a record's buffer elsewhere clears
 // its field.
 void document_free(document& d);
-
-struct document_problem {
-    bool fatal;
-    std::string text; // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
-};
-
-// What the meshes and pictures of one document may unfold to: an entry can be named by
-// many records, and a small one can unfold to much.
-constexpr uint64_t max_unfolded_bytes = uint64_t{2} << 30;
-
-// Where the reading stands. Starts with document_reader_begin.
-struct document_reader {
-    document* target;
-    const xml_node* section_node; // the section under way, null at the end
-    const xml_node* record_node;  // the record to read next
-    FILE* pack;                   // where entries come from; not owned, may be null
-    uint32_t section;             // number of the section under way, from 1
-    uint32_t record;              // number of the record read last, from 1
-    uint32_t handle;              // its handle (for section 14: its track number + 1), 0: none was made
-    bool section_finished;        // the step ended a section instead of reading a record
-    uint32_t layer_start;         // running position of the track under way, ticks
-    uint64_t unfolded_bytes;      // decoded meshes and pictures so far
-    uint32_t warning_count;       // all warnings; `problems` keeps the first 4096 of them
-    std::vector<document_problem> problems;
-};
-
-enum read_step : uint32_t {
-    read_record,      // `record` of `section` was read into `handle`
-    read_section_end, // all records of `section` were read
-    read_done,        // nothing is left
-    read_failed       // the last problem is fatal
-};
-
-// Prepares to read the document below `root` (the unnamed root of the tree) into
-// `target`, which document_create has prepared.
-void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack);
-
-// Reads the next record, or ends the section under way. Where it fails, the last problem
-// names what is wrong with the text's tags, too, if the pack holds the document. One with
-// fewer than fourteen sections fails at its first step; sections beyond the fifteenth are
-// passed over; section 15 has no records of its own here, but its children are
-// still counted as items and stepped over one by one (handle 0).
-// References to records of sections yet to come are checked at the section's end
-// where they can be resolved; dangling ones become warnings.
-read_step document_read_step(document_reader& reader);
 
 // Items of a document: the children of all children of the document element.
 uint32_t document_item_count(const xml_node* root);

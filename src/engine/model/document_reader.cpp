@@ -1,4 +1,4 @@
-#include "model/document.h"
+#include "model/document_reader.h"
 
 #include "content/xml.h"
 #include "model/read_element.h"

@@ -1,5 +1,6 @@
 #include "model/node_graph.h"
 
+#include "model/document.h"
 #include "model/read_element.h"
 
 #include <algorithm>

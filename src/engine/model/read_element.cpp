@@ -3,6 +3,7 @@
 #include "content/numbers.h"
 #include "content/printable.h"
 #include "model/capabilities.h"
+#include "model/document.h"
 
 #include <algorithm>
 #include <cassert>

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "content/xml.h"
-#include "model/document.h"
+#include "model/reading.h"
 #include "model/record_table.h"
 #include "model/records.h"
 

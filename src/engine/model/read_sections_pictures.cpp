@@ -4,6 +4,7 @@
 #include "content/owners.h"
 #include "content/pack.h"
 #include "content/xmlz.h"
+#include "model/document.h"
 #include "model/image_decode.h"
 #include "model/mesh_bytes.h"
 

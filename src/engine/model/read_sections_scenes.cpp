@@ -3,6 +3,7 @@
 
 #include "content/numbers.h"
 #include "model/catalogues.h"
+#include "model/document.h"
 #include "model/glyphs.h"
 
 #include <algorithm>

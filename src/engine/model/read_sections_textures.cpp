@@ -2,6 +2,7 @@
 #include "model/read_sections.h"
 
 #include "model/catalogues.h"
+#include "model/document.h"
 #include "model/node_graph.h"
 
 #include <cassert>

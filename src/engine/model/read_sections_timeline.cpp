@@ -1,4 +1,5 @@
 // Tracks and their layers, which the documents call layers and clips, and the music.
+#include "model/document.h"
 #include "model/read_sections.h"
 #include "model/render_modes.h"
 

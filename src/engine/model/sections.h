@@ -6,6 +6,7 @@
 
 #include "model/document.h"
 
+struct document_reader;
 struct place;
 
 struct section_row {

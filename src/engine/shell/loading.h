@@ -9,7 +9,7 @@
 
 #include "content/xml.h"
 #include "model/capabilities.h"
-#include "model/document.h"
+#include "model/document_reader.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,0 +1,38 @@
+// A document that is being read: where the reading stands, and what was found wrong.
+//
+// The reading moves on in document_reader; those who read elements look here, and add
+// problems. Problems are whole lines of text: a fatal one ends the reading, a warning does not.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+struct document;
+struct xml_node;
+
+struct document_problem {
+    bool fatal;
+    std::string text; // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
+};
+
+// What the meshes and pictures of one document may unfold to: an entry can be named by
+// many records, and a small one can unfold to much.
+constexpr uint64_t max_unfolded_bytes = uint64_t{2} << 30;
+
+// Where the reading stands. Starts with document_reader_begin.
+struct document_reader {
+    document* target;
+    const xml_node* section_node; // the section under way, null at the end
+    const xml_node* record_node;  // the record to read next
+    FILE* pack;                   // where entries come from; not owned, may be null
+    uint32_t section;             // number of the section under way, from 1
+    uint32_t record;              // number of the record read last, from 1
+    uint32_t handle;              // its handle (for section 14: its track number + 1), 0: none was made
+    bool section_finished;        // the step ended a section instead of reading a record
+    uint32_t layer_start;         // running position of the track under way, ticks
+    uint64_t unfolded_bytes;      // decoded meshes and pictures so far
+    uint32_t warning_count;       // all warnings; `problems` keeps the first 4096 of them
+    std::vector<document_problem> problems;
+};
