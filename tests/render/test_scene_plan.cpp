@@ -184,17 +184,17 @@ TEST_CASE("a model placer takes a mesh, or with model type 1 the mesh of an effe
     const uint32_t effect = table_add(b.d.effect_table);
     *table_get(b.d.effect_table, effect) = {};
     manipulator_record m = {};
-    CHECK(manipulator_model(m, b.d) == nullptr);
+    CHECK(manipulator_mesh(m, b.d) == nullptr);
     m.model = mesh;
-    CHECK(manipulator_model(m, b.d) == &table_get(b.d.mesh_table, mesh)->arrays);
+    CHECK(manipulator_mesh(m, b.d) == &table_get(b.d.mesh_table, mesh)->arrays);
     m.model_type = 1;
-    CHECK(manipulator_model(m, b.d) == &table_get(b.d.effect_table, effect)->mesh);
+    CHECK(manipulator_mesh(m, b.d) == &table_get(b.d.effect_table, effect)->mesh);
     m.model = 9;
-    CHECK(manipulator_model(m, b.d) == nullptr);
+    CHECK(manipulator_mesh(m, b.d) == nullptr);
     m.model = mesh;
     for (const int32_t unknown : {2, -1}) {
         m.model_type = unknown;
-        CHECK(manipulator_model(m, b.d) == nullptr);
+        CHECK(manipulator_mesh(m, b.d) == nullptr);
     }
 }
 

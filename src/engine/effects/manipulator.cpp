@@ -102,7 +102,7 @@ void reset_rippler_cache(rippler_cache& cache)
     cache = {};
 }
 
-// Takes the positions of the first model ever; later models find the cache filled.
+// Takes the positions of the first mesh ever; later ones find the cache filled.
 static bool fill_rippler_cache(rippler_cache& cache, const mesh_arrays& mesh)
 {
     if (cache.positions != nullptr)
@@ -124,7 +124,7 @@ static bool fill_rippler_cache(rippler_cache& cache, const mesh_arrays& mesh)
     return true;
 }
 
-// The displacement adds up from call to call: nothing ever restores the model (on purpose).
+// The displacement adds up from call to call: nothing ever restores the mesh (on purpose).
 static void ripple(const mesh_arrays& mesh, std::span<const float> params, rippler_cache& cache)
 {
     if (!fill_rippler_cache(cache, mesh))
@@ -147,9 +147,9 @@ static void ripple(const mesh_arrays& mesh, std::span<const float> params, rippl
 
 // ---- "Model placer" ----------------------------------------------------------------------
 
-// The model's first vertices under the placer's own transform, three floats each.
+// The mesh's first vertices under the placer's own transform, three floats each.
 static void transform_vertices(
-    const mesh_arrays& model, uint32_t count, std::span<const float> params, std::vector<float>& vertices)
+    const mesh_arrays& mesh, uint32_t count, std::span<const float> params, std::vector<float>& vertices)
 {
     float matrix[16];
     copy_matrix(identity, matrix);
@@ -161,21 +161,21 @@ static void transform_vertices(
 
     vertices.resize(size_t{count} * 3);
     for (size_t v = 0; v < count; ++v)
-        transform_point(matrix, model.positions + 3 * v, vertices.data() + 3 * v);
+        transform_point(matrix, mesh.positions + 3 * v, vertices.data() + 3 * v);
 }
 
 // One copy of every placement at every vertex; only positions move.
-static void place_on_model(const placement_list& list, std::span<const float> params, const mesh_arrays& model,
+static void place_on_mesh(const placement_list& list, std::span<const float> params, const mesh_arrays& mesh,
     std::vector<float>& vertices, placement_list& result)
 {
-    const uint64_t factors[2] = {list.items.size(), model.vertex_count};
+    const uint64_t factors[2] = {list.items.size(), mesh.vertex_count};
     size_as_product(result, factors);
     const uint32_t count = static_cast<uint32_t>(result.items.size());
-    transform_vertices(model, std::min(model.vertex_count, count), params, vertices);
+    transform_vertices(mesh, std::min(mesh.vertex_count, count), params, vertices);
     for (uint32_t i = 0; i < count; ++i) {
-        const float* vertex = vertices.data() + size_t{i % model.vertex_count} * 3;
+        const float* vertex = vertices.data() + size_t{i % mesh.vertex_count} * 3;
         placement& item = result.items[i];
-        item = list.items[i / model.vertex_count];
+        item = list.items[i / mesh.vertex_count];
         for (uint32_t axis = 0; axis < 3; ++axis)
             item.position[axis]
                 = to_single(static_cast<double>(vertex[axis]) + static_cast<double>(item.position[axis]));
@@ -219,7 +219,7 @@ static bool manipulate(const placement_list& list, int32_t kind, std::span<const
     case manipulator_model_placer:
         if (place_model == nullptr || (place_model->positions == nullptr && place_model->vertex_count != 0))
             return false;
-        place_on_model(list, params, *place_model, tools.vertices, tools.spare);
+        place_on_mesh(list, params, *place_model, tools.vertices, tools.spare);
         return true;
     case manipulator_kind_count:
         break;

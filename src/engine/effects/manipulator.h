@@ -1,5 +1,5 @@
 // Manipulators: turn a list of placements into a longer or changed one, or deform
-// the model itself.
+// the mesh itself.
 //
 // Pure computation. Lists keep their storage from frame to frame and end after
 // max_placements (the first are kept).
@@ -28,11 +28,11 @@ constexpr uint32_t max_placements = 131072;
 uint32_t manipulator_param_count(int32_t kind);
 
 // The "Rippler"'s vertices: one cache for the whole program, filled once from the
-// first model ever, changed in place by every call from then on.
+// first mesh ever, changed in place by every call from then on.
 struct rippler_cache {
     float* positions; // 3 a vertex; null before the first use; owned
     float* normals;
-    uint32_t vertex_count; // of the model that filled it
+    uint32_t vertex_count; // of the mesh that filled it
 };
 
 // Frees the cache's memory and makes it empty.
@@ -46,8 +46,8 @@ struct manipulator_tools {
     std::vector<float> vertices; // scratch: of the "Model placer", 3 a vertex
 };
 
-// Applies one manipulator to `list`. `mesh` is the object's own model (rippler; may be null),
-// `place_model` the model placer's (may be null). `params` has at least
+// Applies one manipulator to `list`. `mesh` is the object's own (rippler; may be null),
+// `place_model` the mesh of the "Model placer" (may be null). `params` has at least
 // manipulator_param_count entries. A kind beyond the catalogue changes nothing. The rippler
 // sets nothing in `mesh`: drawing takes positions and normals from the cache afterwards.
 // Numbers of copies are truncated; below 1 (and what is no whole number of 32 bits) the

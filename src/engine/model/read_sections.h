@@ -35,7 +35,7 @@ void check_texture_nodes(document_reader& reader);
 void check_timeline(document_reader& reader);
 
 // After section 11: checks the materials of the glyphs, and marks what the materials name as
-// textures, so that no scene object takes it for a model.
+// textures, so that no scene object takes it for a mesh.
 void finish_materials(document_reader& reader);
 
 // After section 15: an element that says something else than a file.

@@ -31,7 +31,7 @@ bool read_effect(const place& at, const xml_node& node)
 
 // ---- manipulators -------------------------------------------------------------------
 
-static void check_manipulator_model(const place& at, const manipulator_record& manipulator)
+static void check_manipulator_mesh(const place& at, const manipulator_record& manipulator)
 {
     const document& d = *at.reader.target;
     if (manipulator.model_type == placer_mesh)
@@ -39,20 +39,20 @@ static void check_manipulator_model(const place& at, const manipulator_record& m
     else if (manipulator.model_type == placer_effect)
         check_handle(at, d.effect_table, "model", manipulator.model);
     else
-        warn_outside(at, "the model's type", manipulator.model_type, placer_model_kind_count - 1, "there is no model");
+        warn_outside(at, "the model's type", manipulator.model_type, placer_mesh_kind_count - 1, "there is no model");
 }
 
-// The model that a placer puts copies on: reals, truncated.
-static bool read_manipulator_model(const place& at, const xml_node& node, manipulator_record& manipulator)
+// The mesh that a placer puts copies on: reals, truncated.
+static bool read_manipulator_mesh(const place& at, const xml_node& node, manipulator_record& manipulator)
 {
     assert(at.outer != nullptr);
     float type = 0.0f;
-    float model = 0.0f;
-    if (!read_real(at, node, "type", type) || !read_real(at, node, "model", model))
+    float mesh = 0.0f;
+    if (!read_real(at, node, "type", type) || !read_real(at, node, "model", mesh))
         return false;
     manipulator.model_type = truncate_to_int(type);
-    manipulator.model = static_cast<uint32_t>(truncate_to_int(model));
-    check_manipulator_model(*at.outer, manipulator);
+    manipulator.model = static_cast<uint32_t>(truncate_to_int(mesh));
+    check_manipulator_mesh(*at.outer, manipulator);
     return true;
 }
 
@@ -77,7 +77,7 @@ static bool read_manipulator(const place& at, const xml_node& node, manipulator_
         return fail(at, line_of("type %d is no manipulator.", manipulator.type));
     const xml_node* child = node.first_child;
     if (child != nullptr && is_named(*child, "manipulator")) {
-        if (!read_manipulator_model(place_of_part(at, "manipulator"), *child, manipulator))
+        if (!read_manipulator_mesh(place_of_part(at, "manipulator"), *child, manipulator))
             return false;
         child = child->next_sibling;
     }

@@ -1,4 +1,4 @@
-// Record tables: the one collection of the production model.
+// Record tables: what all records of a production are kept in.
 //
 // table<material_record> is what everybody uses; record_table is the memory underneath,
 // which knows only how large its records are.

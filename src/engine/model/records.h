@@ -220,7 +220,7 @@ struct font_record {
 };
 
 // A pair of kind and handle. Read by materials as a texture (texture_kind) and by
-// scene objects as a model (object_kind).
+// scene objects as a mesh (object_kind).
 struct object_reference {
     int32_t type;
     uint32_t id;
@@ -349,16 +349,16 @@ constexpr uint32_t placement_value_count = 9;
 constexpr uint32_t scene_text_size = 32;
 
 // Where the mesh comes from whose vertices a placer puts copies on.
-enum placer_model_kind : int32_t {
+enum placer_mesh_kind : int32_t {
     placer_mesh = 0,   // a record of mesh_table
     placer_effect = 1, // the generated mesh of a record of effect_table
-    placer_model_kind_count
+    placer_mesh_kind_count
 };
 
 struct manipulator_record {
     int32_t type;       // manipulator_kind
-    int32_t model_type; // placer_model_kind; others: no model
-    uint32_t model;     // a handle of the table that model_type says; 0 none
+    int32_t model_type; // placer_mesh_kind; others: no mesh
+    uint32_t model;     // the mesh, in the document's word: a handle of the table that model_type says; 0 none
     animated_value params[max_manipulator_params];
 };
 

@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-// Draws the frame of `time` (ticks of 1/100 s) and returns how many layers with a model
+// Draws the frame of `time` (ticks of 1/100 s) and returns how many layers with a scene
 // it drew; 0 means that nothing is left to draw. Never asks what time it is. `costs` may be
 // null: then nothing is measured.
 uint32_t compose_frame(document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r,

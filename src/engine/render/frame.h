@@ -39,7 +39,7 @@ struct fresh_picture {
     size_t pixels; // where they begin in frame.pixels
 };
 
-// One mesh in drawing order: a model, an effect's mesh, or a letter.
+// One mesh in drawing order: a mesh of the pack, of an effect, or a letter.
 struct mesh_to_draw {
     mesh_arrays* mesh;
     const material_record* material; // null: the state as it stands

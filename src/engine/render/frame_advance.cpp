@@ -101,7 +101,7 @@ static void manipulate_copies(
         keep_moved(a.f, &a.tools.rippler);
         rippled = true;
     }
-    apply_manipulator(a.list, manipulator.type, params, mesh, manipulator_model(manipulator, d), a.tools);
+    apply_manipulator(a.list, manipulator.type, params, mesh, manipulator_mesh(manipulator, d), a.tools);
 }
 
 // The object's placements after its manipulators, in order. `mesh` is what the object

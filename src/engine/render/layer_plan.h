@@ -46,7 +46,7 @@ struct layer_plan {
 struct frame_layers {
     uint32_t layer_count; // active layers, in track order
     layer_plan layers[track_count];
-    uint32_t drawn; // layers with a model: what compose_frame returns
+    uint32_t drawn; // layers with a scene: what compose_frame returns
 };
 
 // A part of a picture that is too large to be drawn at once: a rectangle of the whole

@@ -37,9 +37,9 @@ placement object_placement(const scene_object& object, const table<animation_fun
     return own;
 }
 
-const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d)
+const mesh_arrays* manipulator_mesh(const manipulator_record& manipulator, const document& d)
 {
-    switch (static_cast<placer_model_kind>(manipulator.model_type)) {
+    switch (static_cast<placer_mesh_kind>(manipulator.model_type)) {
     case placer_mesh: {
         const mesh_record* mesh = table_get(d.mesh_table, manipulator.model);
         return mesh == nullptr ? nullptr : &mesh->arrays;
@@ -48,7 +48,7 @@ const mesh_arrays* manipulator_model(const manipulator_record& manipulator, cons
         const mesh_effect* effect = table_get(d.effect_table, manipulator.model);
         return effect == nullptr ? nullptr : &effect->mesh;
     }
-    case placer_model_kind_count:
+    case placer_mesh_kind_count:
         break;
     }
     return nullptr;

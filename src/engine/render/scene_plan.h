@@ -31,7 +31,7 @@ placement object_placement(const scene_object& object, const table<animation_fun
 std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t object_number);
 
 // The mesh a manipulator names: of mesh_table, or of an effect with model_type 1. Null: none.
-const mesh_arrays* manipulator_model(const manipulator_record& manipulator, const document& d);
+const mesh_arrays* manipulator_mesh(const manipulator_record& manipulator, const document& d);
 
 // The lines of a mesh's triangles: a, b, b, c, c, a each, 2 x index_count indices in
 // mesh.line_indices (made anew, owned by the mesh). Prints "GenerateLineIndexArray" on

@@ -9,7 +9,7 @@
 struct font_record;
 
 struct placed_glyph {
-    uint8_t glyph; // 0..86, one with a model
+    uint8_t glyph; // 0..86, one with a mesh
     float pen;     // added to the x of every placement
 };
 
