@@ -100,7 +100,7 @@ struct rgba {
 struct show_text {
     document_text text;
     std::vector<pack_content> entries;
-    int counts[section_music + 1] = {};
+    int counts[no_more_sections] = {};
     std::string tracks[track_count];
 
     int add(document_section section, const std::string& record);

@@ -30,6 +30,19 @@ TEST_CASE("a complete document is read into one record of every kind, without a 
     CHECK(r.d.timeline->layer_count[0] == 2);
 }
 
+TEST_CASE("a complete document has something of every section but the music, and of every table")
+{
+    const document_text text = complete_document();
+    for (uint32_t section = 1; section < no_more_sections; ++section)
+        CHECK_MESSAGE(text.records[section].empty() == (section == section_music), section_label(section));
+    reading r(text);
+    uint32_t number = 0;
+    for_each_table(r.d, [&number](const auto& records) {
+        ++number;
+        CHECK_MESSAGE(table_count(records) > 0, "table ", number);
+    });
+}
+
 TEST_CASE("records come one a step, sections end in order, and reading stays done")
 {
     const std::string text = "<d><a><x type=\"5\"/><x type=\"0\"/></a><b/><c/><d/><e/><f/><g/><h/><i/><j/><k/><l/><m/>"

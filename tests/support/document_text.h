@@ -17,12 +17,12 @@
 struct document_text {
     // The children of each section, by its number; [0] unused. Of a timeline of "" and scenes of ""
     // one clip of one empty scene is written, which nobody warns of; one of " " is empty.
-    std::string records[section_music + 1];
+    std::string records[no_more_sections];
     std::string music_attributes; // ` file="music.ogg"`
 };
 
 // The document's text with its first `sections` sections.
-std::string to_text(const document_text& text, uint32_t sections = section_music);
+std::string to_text(const document_text& text, uint32_t sections = no_more_sections - 1);
 
 // One valid record in each section, each named by another one, so that reading it warns
 // of nothing. Its entries are those of complete_pack.

@@ -34,7 +34,7 @@ enum document_section : uint32_t {
     no_more_sections
 };
 
-// What a section is called in messages ("image textures"); 1..15, else "unknown".
+// What a section is called in messages ("image textures"); "unknown" for what is none.
 const char* section_name(uint32_t section);
 
 // A section as messages name it: "section 11 (materials)".

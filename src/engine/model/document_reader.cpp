@@ -56,7 +56,7 @@ static bool enough_sections(document_reader& reader)
 
 static void enter_section(document_reader& reader, uint32_t section, const xml_node* node)
 {
-    assert(section >= 1 && section <= section_music + 1);
+    assert(section >= 1 && section <= no_more_sections);
     reader.section = section;
     reader.section_node = find_section(section) != nullptr ? node : nullptr; // what follows is no section
     reader.record_node = reader.section_node != nullptr ? reader.section_node->first_child : nullptr;

@@ -1,17 +1,16 @@
 // The records of a document: one plain record per thing that it describes.
 //
-// Records live in record tables as raw memory: every one is an aggregate, zero
-// is a usable empty state, and references between them are handles (1..4096, 0
-// is none), never pointers. Names of OpenGL objects are plain numbers, made and
-// released by the files that call OpenGL. Buffers that a record points to belong
-// to it; document_free releases them.
+// Records live in record tables as raw memory (table_new asks that they can): every
+// one is an aggregate, zero is a usable empty state, and references between them
+// are handles (1..4096, 0 is none), never pointers. Names of OpenGL objects are
+// plain numbers, made and released by the files that call OpenGL. Buffers that a
+// record points to belong to it; document_free releases them.
 #pragma once
 
 #include "anim/animation_function.h"
 
 #include <cassert>
 #include <cstdint>
-#include <type_traits>
 
 // ---- values -------------------------------------------------------------------
 
@@ -384,7 +383,3 @@ struct scene_record {
     uint8_t camera_facing[max_scene_objects / 8]; // object n: bit 128 >> (n % 8) of byte n / 8
     scene_object* objects;                        // object_count of them; owned, null when there are none
 };
-
-static_assert(
-    std::is_trivially_copyable_v<
-        texture_node> && std::is_trivially_copyable_v<mesh_record> && std::is_trivially_copyable_v<animation_function> && std::is_trivially_copyable_v<value_record> && std::is_trivially_copyable_v<dynamic_texture> && std::is_trivially_copyable_v<image_texture> && std::is_trivially_copyable_v<cube_map> && std::is_trivially_copyable_v<font_record> && std::is_trivially_copyable_v<object_reference> && std::is_trivially_copyable_v<material_record> && std::is_trivially_copyable_v<mesh_effect> && std::is_trivially_copyable_v<scene_record>);

@@ -5,21 +5,21 @@
 #include <iterator>
 
 static constexpr section_row rows[] = {
-    {section_generated_images, "generated images", read_generated_image, nullptr},
-    {section_texture_nodes, "texture nodes", read_texture_node, check_texture_nodes},
-    {section_meshes, "meshes", read_mesh, nullptr},
-    {section_functions, "functions", read_function, nullptr},
-    {section_values, "values", read_value_record, nullptr},
-    {section_dynamic_textures, "dynamic textures", read_dynamic_texture, nullptr},
-    {section_image_textures, "image textures", read_image_texture, nullptr},
-    {section_cube_maps, "cube maps", read_cube_map, nullptr},
-    {section_fonts, "fonts", read_font, nullptr},
-    {section_objects, "objects", read_object_reference, nullptr},
-    {section_materials, "materials", read_material, finish_materials},
-    {section_mesh_effects, "mesh effects", read_effect, nullptr},
-    {section_scenes, "scenes", read_scene, nullptr},
-    {section_timeline, "timeline", read_track, check_timeline},
-    {section_music, "music", pass_over_music_item, check_music},
+    {section_generated_images, "generated images", true, read_generated_image, nullptr},
+    {section_texture_nodes, "texture nodes", true, read_texture_node, check_texture_nodes},
+    {section_meshes, "meshes", true, read_mesh, nullptr},
+    {section_functions, "functions", true, read_function, nullptr},
+    {section_values, "values", true, read_value_record, nullptr},
+    {section_dynamic_textures, "dynamic textures", true, read_dynamic_texture, nullptr},
+    {section_image_textures, "image textures", true, read_image_texture, nullptr},
+    {section_cube_maps, "cube maps", true, read_cube_map, nullptr},
+    {section_fonts, "fonts", true, read_font, nullptr},
+    {section_objects, "objects", true, read_object_reference, nullptr},
+    {section_materials, "materials", true, read_material, finish_materials},
+    {section_mesh_effects, "mesh effects", true, read_effect, nullptr},
+    {section_scenes, "scenes", true, read_scene, nullptr},
+    {section_timeline, "timeline", true, read_track, check_timeline},
+    {section_music, "music", false, pass_over_music_item, check_music},
 };
 
 // Whether row n is section n, from the first to the last.

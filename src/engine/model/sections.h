@@ -12,6 +12,7 @@ struct place;
 struct section_row {
     document_section number;
     const char* name;                                        // in messages
+    bool is_progress;                                        // reading a record moves the loading screen on
     bool (*read_one)(const place& at, const xml_node& node); // false after a fatal problem
     void (*finish)(document_reader& reader);                 // after the last record; null: nothing is left to do
 };

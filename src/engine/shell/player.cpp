@@ -1,6 +1,7 @@
 #include "shell/player.h"
 
 #include "content/xml.h"
+#include "model/sections.h"
 #include "music/device.h"
 #include "music/music.h"
 #include "render/compositor_gl.h"
@@ -76,7 +77,7 @@ static bool load_production(player_show& show, player_display& display, player_c
     for (;;) {
         switch (document_loader_step(loader)) {
         case read_record:
-            clock.progress_done += loader.reader.section <= section_timeline ? 1 : 0;
+            clock.progress_done += find_section(loader.reader.section)->is_progress ? 1 : 0;
             if (window_ticks() - clock.progress_ticks > loading_frame_interval_ms)
                 show_loading_frame(show.loading, display, clock, drawing);
             break;
