@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Holds the pages for demo makers: the catalogues are those of the engine, links lead somewhere, and the
-listings of the tutorial build up to the example that it promises; sections have one name each.
+listings of the tutorial build up to the example that it promises; sections have one name each, and render modes do
+what their table says.
 
     test_docs.py ROOT
 """
@@ -71,6 +72,36 @@ def check_explanations(page, source):
     known = catalogues(source)
     return ['%s: what "%s" does is not explained' % (name, entry[0]) for name in EXPLAINED for entry in known[name]
             if '\n- **%s**: ' % entry[0] not in page]
+
+
+# ---- render modes --------------------------------------------------------------------------------
+
+MODE = re.compile(r'^ +\{render_\w+, (mode_\w+), (\w+), (\w+), (\w+), (\w+), (\w+)\},$', re.M)
+TARGETS = {('mode_draws_to_screen', False): 'the screen', ('mode_draws_on', False): 'that of the layer before',
+           ('mode_draws_to_texture', False): '`rtex`, in its own size',
+           ('mode_draws_to_texture', True): '`rtex`, half the screen wide and high'}
+CLEARS = {(False, False): 'only after a copy', (False, True): 'depth; after a copy all',   # draws on, clears depth
+          (True, False): 'nothing', (True, True): 'depth'}
+
+
+def modes(source):
+    """(target, clears, aspect, whether it holds the clear back) of each mode, as the page says it."""
+    aspects = dict(re.findall(r'constexpr float (\w+) = ([\d.]+)f;', source))
+    for target, quarter, aspect, depth, holds, keeps in MODE.findall(source):
+        yield (TARGETS[target, quarter == 'true'], CLEARS[target == 'mode_draws_on', depth == 'true'],
+               '(keeps the projection)' if keeps == 'true' else aspects.get(aspect, "the viewer's"), holds == 'true')
+
+
+def check_render_modes(page, source):
+    tables = dict((name, table) for name, _, table in TABLE.findall(page))
+    written = [(row['target'], row['clears, on tracks above 1'], row['aspect']) for row in rows(tables['render_modes'])]
+    known = list(modes(source))
+    wrong = ['render mode %d: the page says %s of what does %s' % (number, said, does[:3])
+             for number, (said, does) in enumerate(zip(written, known)) if said != does[:3]]
+    if len(written) != len(known):
+        wrong.append('%d rows for %d render modes' % (len(written), len(known)))
+    holding = ' and '.join(str(number) for number, does in enumerate(known) if does[3])
+    return wrong + ([] if 'Only mode %s,' % holding in page else ['the page lacks "Only mode %s," holds back' % holding])
 
 
 # ---- sections --------------------------------------------------------------------------------------
@@ -154,6 +185,12 @@ def check_the_checker():
     assert check_sections('## 1 Meshes\n## 2 Fonts\n', names) == []
     assert check_sections('## 1 Meshes\n## 2 Letters\n', names) != []
     assert check_sections('## 1 Meshes\n## 2 Fonts\n', '') != []
+    row = '    {render_a, mode_draws_on, false, 0, true, true, false},\n'
+    page = ('<!-- catalogue: render_modes -->\n| target | clears, on tracks above 1 | aspect |\n|---|---|---|\n'
+            '| that of the layer before | %s | the viewer\'s |\n\nOnly mode 0, so.')
+    assert check_render_modes(page % 'depth', row) == []
+    assert len(check_render_modes(page % 'nothing', row)) == 1
+    assert len(check_render_modes(page % 'depth', row + row)) == 2
     assert bare(with_sections('<p>\n  <a/>\n  <b/>\n</p>', '<b>\n  <c/>  <!-- 1 -->\n</b>\n')) == '<p><a/><b><c/></b></p>'
 
 
@@ -167,6 +204,7 @@ def main():
     check_the_checker()
     pages = {name: read('docs', name) for name in PAGES}
     wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
+    wrong += check_render_modes(pages['documents.md'], read('src', 'engine', 'model', 'render_modes.h'))
     wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'sections.cpp'))
     wrong += check_links(root, pages)
     wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
