@@ -81,9 +81,6 @@ static bool add_output(const place& at, const xml_node& child, texture_node& nod
     return true;
 }
 
-// Everything behind the first child: "input", every "output" that follows it, and
-// parameters, of which the first nine are kept. An "output" behind a parameter is a
-// parameter too.
 // The entry of a node's operation; null for codes that compute nothing.
 static const texture_operation_entry* operation_of(uint8_t code)
 {
@@ -105,6 +102,9 @@ static void check_operation(const place& at, const texture_node& node, uint32_t 
         warn(at, line_of("too many parameters: %u of %u; the others are dropped.", params, max_node_values));
 }
 
+// Everything behind the first child: "input", every "output" that follows it, and
+// parameters, of which the first nine are kept. An "output" behind a parameter is a
+// parameter too.
 static bool read_node_connections(const place& at, const xml_node* child, texture_node& node)
 {
     if (child != nullptr && is_named(*child, "input")) {
