@@ -150,10 +150,10 @@ bool document_loader_run(document_loader& loader)
     }
 }
 
-bool load_document(FILE* pack, const char* name, timeline* tracks, const loading_options& options, document& target,
+bool load_document(FILE* pack, const char* name, timeline* t, const loading_options& options, document& target,
     owned_tree& tree, std::string& problem)
 {
-    document_create(target, name, tracks);
+    document_create(target, name, t);
     tree.reset(load_document_tree(pack, name, problem));
     if (tree == nullptr)
         return problem.empty();

@@ -41,10 +41,10 @@ read_step document_loader_step(document_loader& loader);
 // Loads the rest of a document. False: loader.error holds the line.
 bool document_loader_run(document_loader& loader);
 
-// Creates `target` with `tracks` and loads the pack's entry `name` into it, whole. A document
-// that the pack lacks stays empty and leaves `tree` null; else `tree` holds its elements. False: `problem`
-// holds the fatal line.
-bool load_document(FILE* pack, const char* name, timeline* tracks, const loading_options& options, document& target,
+// Creates `target` with the timeline `t`, which becomes the document's, and loads the pack's
+// entry `name` into it, whole. A document that the pack lacks stays empty and leaves `tree`
+// null; else `tree` holds its elements. False: `problem` holds the fatal line.
+bool load_document(FILE* pack, const char* name, timeline* t, const loading_options& options, document& target,
     owned_tree& tree, std::string& problem);
 
 // Deletes all OpenGL objects of a document (textures, buffers, programs and their shaders) and

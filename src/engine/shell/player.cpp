@@ -55,9 +55,9 @@ static bool load_loading_screen(player_show& show, const player_display& display
 {
     assert(show.pack != nullptr);
     owned_tree tree;
-    timeline* tracks = std::exchange(show.loading_timeline, nullptr);
-    return load_document(show.pack, "loading.xmlz", tracks, options_for(display, display.loading_caps, false),
-        show.loading, tree, problem);
+    timeline* t = std::exchange(show.loading_timeline, nullptr);
+    return load_document(
+        show.pack, "loading.xmlz", t, options_for(display, display.loading_caps, false), show.loading, tree, problem);
 }
 
 // Makes the production section by section, with a loading frame at most every 50 ms. `tree` holds its elements

@@ -96,11 +96,11 @@ static bool draws_into_texture(const layer_record& layer)
     return render_mode_of(layer.type).target == mode_draws_to_texture && layer.rtex != 0;
 }
 
-bool renders_to_textures(const timeline& tracks)
+bool renders_to_textures(const timeline& t)
 {
     for (uint32_t track = 0; track < track_count; ++track)
-        for (uint32_t layer = 0; layer < tracks.layer_count[track] && layer < layers_per_track; ++layer)
-            if (draws_into_texture(tracks.layers[track][layer]))
+        for (uint32_t layer = 0; layer < t.layer_count[track] && layer < layers_per_track; ++layer)
+            if (draws_into_texture(t.layers[track][layer]))
                 return true;
     return false;
 }

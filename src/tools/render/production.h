@@ -27,4 +27,4 @@
 uint64_t count_frames(const player_settings& settings, frame_rate rate);
 
 // Whether some layer draws into a texture: its picture can depend on all frames before.
-bool renders_to_textures(const timeline& tracks);
+bool renders_to_textures(const timeline& t);
