@@ -1,6 +1,7 @@
-#include "model/document.h"
+#include "model/combine_mode.h"
 
 #include <doctest/doctest.h>
+#include <initializer_list>
 
 static void check_modes(uint32_t unit, std::initializer_list<int> expected)
 {
@@ -29,6 +30,18 @@ TEST_CASE("unit 3 has its own mode and unit 2's list shifted by one")
 {
     //             -1  0  1  2  3  4  5  6  7  8  9 10 11
     check_modes(2, {0, 0, 1, 2, 3, 4, 5, 6, 0, 0, 0, 0, 0});
+}
+
+TEST_CASE("what is in neither list is no mode, though it acts as 0")
+{
+    const char* known[] = {"1111   1111 ", "1111111     ", "1111111     ", "            "}; // of 0 to 11
+    for (uint32_t unit = 0; unit < 4; ++unit)
+        for (int32_t number = 0; number < 12; ++number) {
+            CAPTURE(unit);
+            CAPTURE(number);
+            CHECK(is_combine_mode(unit, number) == (known[unit][number] == '1'));
+        }
+    CHECK_FALSE(is_combine_mode(0, -1));
 }
 
 TEST_CASE("numbers far outside and units that do not exist act as 0")

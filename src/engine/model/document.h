@@ -114,8 +114,3 @@ xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
 // with the line, "<scene> of line 31 is not closed"; "" when its tags match, and when
 // there is no such entry.
 std::string find_text_fault(FILE* pack, const char* name);
-
-// A unit's combine mode (0 = unit 1): the number as the document writes it, brought
-// into the unit's own list. Numbers that the list lacks are read in the one long
-// list of eleven names; what is in neither acts as 0.
-uint8_t combine_mode_of_unit(uint32_t unit, int32_t number);

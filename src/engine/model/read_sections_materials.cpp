@@ -2,6 +2,7 @@
 #include "model/read_sections.h"
 
 #include "model/catalogues.h"
+#include "model/combine_mode.h"
 #include "model/document.h"
 
 #include <algorithm>
@@ -207,14 +208,10 @@ static uint8_t known_mode(const place& at, const char* what, uint8_t mode, uint8
     return check_choice(at, what, mode, last, "it acts as 0") ? mode : 0;
 }
 
-// Modes of the unit's own list, and those of the long one that mean one of them.
 static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
 {
     assert(unit < texture_unit_count);
-    static constexpr uint8_t own_modes[texture_unit_count] = {4, 6, 7};
-    const bool of_long_list
-        = function < std::size(combine_functions) && (unit == 0 ? function >= 7 : unit == 1 && function == 6);
-    if (function >= own_modes[unit] && !of_long_list)
+    if (!is_combine_mode(unit, function))
         warn(at, line_of("function %u is no combine mode of unit %u: it acts as 0.", function, unit + 1));
 }
 

@@ -257,6 +257,30 @@ enum wrap_kind : uint8_t { wrap_repeat = 0, wrap_edge_clamp = 1, wrap_kind_count
 
 enum coordinate_generation : uint8_t { coordinates_off = 0, coordinates_sphere = 1, coordinates_cube = 2 };
 
+// How a texture unit combines its picture with what is there: each unit has a list of its own
+// (combine_mode.h), and other numbers act as its 0. Unit 1:
+enum first_unit_combine : uint8_t {
+    first_multiply_color = 0,
+    first_ignore_alpha = 1, // multiply the colour, take the texture's alpha
+    first_replace = 2,
+    first_add_color = 3,
+    first_unit_combine_count
+};
+
+// Unit 2. Unit 3 has a mode of its own as number 0 and unit 2's list, shifted by one, after it.
+enum second_unit_combine : uint8_t {
+    second_add_previous = 0,
+    second_multiply_previous = 1,
+    second_dot3_previous = 2,
+    second_interpolate_color = 3,
+    second_interpolate_alpha = 4,
+    second_add_without_alpha = 5,
+    second_unit_combine_count
+};
+
+constexpr uint8_t third_multiply_and_add = 0; // texture x primary + previous
+constexpr uint8_t third_unit_shift = 1;       // of unit 2's list
+
 // The program of one material: its texts and, once built, its OpenGL names.
 struct shader_program {
     char* vertex_source; // owned, zero-terminated; null: none

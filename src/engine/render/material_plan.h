@@ -11,27 +11,6 @@
 
 #include <cstdint>
 
-// Combine modes of unit 1. Other numbers act as 0.
-enum first_unit_combine : uint8_t {
-    first_multiply_color = 0,
-    first_ignore_alpha = 1, // multiply the colour, take the texture's alpha
-    first_replace = 2,
-    first_add_color = 3
-};
-
-// Combine modes of unit 2. Unit 3 has a mode of its own as number 0 and unit 2's list,
-// shifted by one, after it. Other numbers act as 0.
-enum second_unit_combine : uint8_t {
-    second_add_previous = 0,
-    second_multiply_previous = 1,
-    second_dot3_previous = 2,
-    second_interpolate_color = 3,
-    second_interpolate_alpha = 4,
-    second_add_without_alpha = 5
-};
-
-constexpr uint8_t third_multiply_and_add = 0; // texture x primary + previous
-
 // True for sphere and cube maps; what is neither reads the mesh's own coordinates.
 bool generates_coordinates(uint8_t cgenmode);
 

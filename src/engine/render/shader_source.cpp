@@ -372,6 +372,8 @@ static const char* first_unit_prefix(uint8_t mode)
         return "";
     case first_add_color:
         return "Color + ";
+    case first_unit_combine_count:
+        break;
     }
     return "Color * ";
 }
@@ -409,6 +411,8 @@ static void write_second_unit(source_text& out, const source_plan& plan, uint8_t
     case second_add_without_alpha:
         return write_around_lookup(out, plan,
             "  vec4 texunit2 = ", ";\n  texunit2 = texunit1 + vec4(texunit2.x, texunit2.y, texunit2.z, 0.0)");
+    case second_unit_combine_count:
+        break;
     }
     write_around_lookup(out, plan, "  vec4 texunit2 = texunit1 + ", "");
 }

@@ -1,7 +1,7 @@
 #include "render/texture_unit_gl.h"
 
+#include "model/records.h"
 #include "render/bindings_gl.h"
-#include "render/material_plan.h"
 
 #include <GL/glew.h>
 
@@ -136,6 +136,8 @@ static void set_first_combine(uint8_t mode)
     case first_add_color:
         combine_colors(GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
         return combine_alphas(GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
+    case first_unit_combine_count:
+        break;
     }
     combine_colors(GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
     combine_alphas(GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
@@ -156,6 +158,8 @@ static GLint second_color_function(uint8_t mode)
         return GL_INTERPOLATE;
     case second_add_without_alpha:
         return GL_ADD;
+    case second_unit_combine_count:
+        break;
     }
     return GL_ADD;
 }
@@ -216,10 +220,10 @@ static void set_combine(uint32_t number, uint8_t mode, const gl_caps& caps)
         set_first_combine(mode);
     else if (number == 1)
         set_second_combine(mode);
-    else if (mode == third_multiply_and_add || mode > second_add_without_alpha + 1)
+    else if (mode == third_multiply_and_add || mode >= third_unit_shift + second_unit_combine_count)
         set_multiply_and_add(caps);
     else
-        set_second_combine(static_cast<uint8_t>(mode - 1));
+        set_second_combine(static_cast<uint8_t>(mode - third_unit_shift));
 }
 
 // ---- the unit -------------------------------------------------------------------
