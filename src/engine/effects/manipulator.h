@@ -22,8 +22,6 @@ struct placement_list {
     bool cut; // it ends too early: it, or a list that it was made from, had more than max_placements
 };
 
-constexpr uint32_t max_placements = 131072;
-
 // Animated parameters of a kind, as many as the catalogue names; 0 beyond it.
 uint32_t manipulator_param_count(int32_t kind);
 

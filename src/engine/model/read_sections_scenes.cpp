@@ -11,8 +11,6 @@
 #include <cstdlib>
 #include <iterator>
 
-constexpr uint32_t most_copies = 131072; // that manipulators make of one object, effects/manipulator.h
-
 // ---- mesh effects -----------------------------------------------------------------
 
 bool read_effect(const place& at, const xml_node& node)
@@ -158,9 +156,9 @@ static void check_copies(const place& at, scene_object& object)
     double copies = 1;
     for (uint32_t index = 0; index < object.manipulator_count; ++index)
         copies *= constant_copies(place_of_part(at, "manipulator", index + 1), object.manipulators[index]);
-    if (copies <= most_copies)
+    if (copies <= max_placements)
         return;
-    warn(at, line_of("its manipulators make %.0f copies; the first %u are drawn.", copies, most_copies));
+    warn(at, line_of("its manipulators make %.0f copies; the first %u are drawn.", copies, max_placements));
     object.copies_cut = copies_cut_told;
 }
 

@@ -367,6 +367,7 @@ enum manipulator_kind : int32_t {
 
 constexpr uint32_t max_manipulator_params = 12;
 constexpr uint32_t max_manipulators = 7;
+constexpr uint32_t max_placements = 131072; // copies of one object: the first are drawn
 constexpr uint32_t max_scene_objects = 128;
 constexpr uint32_t placement_value_count = 9;
 constexpr uint32_t scene_text_size = 32;
