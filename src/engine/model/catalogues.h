@@ -62,14 +62,14 @@ extern const effect_type_entry effect_types[mesh_effect_kind_count];
 extern const effect_2d_entry effects_2d[effect_2d_kind_count];
 extern const manipulator_entry manipulators[manipulator_kind_count];
 extern const render_mode_entry render_modes[render_mode_count];
-extern const name_entry object_kinds[3];
+extern const name_entry object_kinds[object_kind_count];
 extern const texture_operation_entry image_operations[4]; // codes 101..104
 extern const texture_operation_entry node_operations[10]; // codes 201..210
 extern const texture_generator_entry texture_generators[generator_kind_count];
 extern const function_type_entry function_types[segment_kind_count];
 extern const name_entry loop_modes[loop_kind_count];
 extern const name_entry quality_hints[fog_kind_count];
-extern const name_entry coordinate_generations[3];
+extern const name_entry coordinate_generations[coordinate_generation_count];
 extern const name_entry wrap_modes[wrap_kind_count];
 extern const name_entry combine_functions[11];
 extern const name_entry blend_functions[blend_kind_count];

@@ -197,6 +197,8 @@ static bool check_texture(const place& material, const char* setting, uint32_t h
         return check_picture(at, d.dynamic_texture_table, "dynamic texture", reference->id);
     case texture_cube:
         return check_picture(at, d.cube_map_table, "cube map", reference->id);
+    case texture_kind_count:
+        break;
     }
     warn(at, line_of("kind %d is no texture.", reference->type));
     return false;
@@ -238,7 +240,7 @@ static bool read_texture_unit(const place& at, const xml_node& node, material_re
         || !read_byte(at, node, "function", function))
         return false;
     material.wrapmode[unit] = known_mode(at, "wrapmode", wrapmode, wrap_kind_count - 1);
-    material.cgenmode[unit] = known_mode(at, "cgenmode", cgenmode, coordinates_cube);
+    material.cgenmode[unit] = known_mode(at, "cgenmode", cgenmode, coordinate_generation_count - 1);
     material.rotation[unit] = rotation != 0 ? 1 : 0;
     material.combine_mode[unit] = combine_mode_of_unit(unit, function);
     check_combine_mode(at, unit, function);

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
-#include <iterator>
 
 // ---- mesh effects -----------------------------------------------------------------
 
@@ -221,7 +220,7 @@ static bool read_object_attributes(const place& at, const xml_node& node, scene_
 // What must be there for anything to be drawn, where the object asks for it.
 static void check_drawable(const place& at, const scene_object& object)
 {
-    if (!check_choice(at, "type", object.type, std::size(object_kinds) - 1, "nothing is drawn"))
+    if (!check_choice(at, "type", object.type, object_kind_count - 1, "nothing is drawn"))
         return;
     if (object.type == object_model && object.object != 0 && object.material == 0)
         warn(at, "a model without a material is not drawn.");

@@ -230,7 +230,8 @@ enum texture_kind : int32_t {
     texture_generated = 0, // texture_table, an output node
     texture_image = 1,     // image_texture_table
     texture_dynamic = 2,   // dynamic_texture_table
-    texture_cube = 3       // cube_map_table
+    texture_cube = 3,      // cube_map_table
+    texture_kind_count
 };
 
 // ---- materials ----------------------------------------------------------------
@@ -255,7 +256,12 @@ enum fog_kind : uint8_t { fog_none = 0, fog_fastest = 1, fog_nicest = 2, fog_kin
 // What lies beyond a picture's edges.
 enum wrap_kind : uint8_t { wrap_repeat = 0, wrap_edge_clamp = 1, wrap_kind_count };
 
-enum coordinate_generation : uint8_t { coordinates_off = 0, coordinates_sphere = 1, coordinates_cube = 2 };
+enum coordinate_generation : uint8_t {
+    coordinates_off = 0,
+    coordinates_sphere = 1,
+    coordinates_cube = 2,
+    coordinate_generation_count
+};
 
 // How a texture unit combines its picture with what is there: each unit has a list of its own
 // (combine_mode.h), and other numbers act as its 0. Unit 1:
@@ -355,7 +361,7 @@ struct mesh_effect {
     mesh_arrays mesh;                           // the generated mesh; owns its arrays
 };
 
-enum object_kind : int32_t { object_model = 0, object_genmesh = 1, object_text = 2 };
+enum object_kind : int32_t { object_model = 0, object_genmesh = 1, object_text = 2, object_kind_count };
 
 enum manipulator_kind : int32_t {
     manipulator_xyz_multiplier = 0,

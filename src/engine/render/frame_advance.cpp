@@ -236,6 +236,8 @@ static void advance_object(const advancing& a, const scene_record& scene, uint32
         return advance_genmesh_object(a, scene, number, time);
     case object_text:
         return advance_text_object(a, scene, number, time);
+    case object_kind_count:
+        break;
     }
     // beyond the catalogue: nothing is drawn
 }

@@ -48,6 +48,8 @@ static bool find_texture_name(const texture_tables& tables, int32_t kind, uint32
             return true;
         }
         return false;
+    case texture_kind_count:
+        break;
     }
     return false;
 }

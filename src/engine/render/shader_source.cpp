@@ -311,6 +311,8 @@ static const char* coordinate_text(uint8_t cgenmode, bool turned)
                "  TexCoordOut#.y = TextureMatrix[1][0] * r.x + TextureMatrix[1][1] * r.y + TextureMatrix[1][2] * r.z;\n"
                "  TexCoordOut#.z = TextureMatrix[2][0] * r.x + TextureMatrix[2][1] * r.y + TextureMatrix[2][2] * r.z;"
                "\n";
+    case coordinate_generation_count:
+        break;
     }
     return "  TexCoordOut# = TexCoordIn#;\n";
 }

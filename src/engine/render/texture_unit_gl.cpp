@@ -76,6 +76,8 @@ static void set_coordinate_generation(uint8_t coordinates)
         glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_REFLECTION_MAP);
         glTexGeni(GL_R, GL_TEXTURE_GEN_MODE, GL_REFLECTION_MAP);
         return set_generation(true, true);
+    case coordinate_generation_count:
+        break;
     }
     set_generation(false, false);
 }
