@@ -59,7 +59,7 @@ void add_problem(document_reader& reader, bool fatal, const std::string& what)
 
 static std::string line_at(const place& at, const std::string& what)
 {
-    assert(at.section >= section_generated_images && at.section <= section_music);
+    assert(at.section >= section_generated_images && at.section < no_more_sections);
     return section_label(at.section) + path_of(at) + ": " + what;
 }
 
