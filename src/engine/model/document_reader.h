@@ -24,7 +24,7 @@ void document_reader_begin(document_reader& reader, document& target, const xml_
 
 // Reads the next record, or ends the section under way. Where it fails, the last problem
 // names what is wrong with the text's tags, too, if the pack holds the document. One with
-// fewer than fourteen sections fails at its first step; sections beyond the fifteenth are
+// fewer than fourteen sections fails at its first step; sections beyond the last are
 // passed over; section 15 has no records of its own here, but its children are
 // still counted as items and stepped over one by one (handle 0).
 // References to records of sections yet to come are checked at the section's end
