@@ -2,10 +2,12 @@
 
 #include <GL/glew.h>
 
+#include <cassert>
 #include <cstring>
 
 void switch_gl(uint32_t capability, bool on, uint8_t& known)
 {
+    assert(known <= switch_unknown);
     const uint8_t wanted = on ? switched_on : switched_off;
     if (known == wanted)
         return;
@@ -18,6 +20,7 @@ void switch_gl(uint32_t capability, bool on, uint8_t& known)
 
 void select_unit_gl(uint32_t unit, gl_state& gl)
 {
+    assert(unit < texture_unit_count);
     if (gl.active_unit == unit)
         return;
     gl.active_unit = unit;
@@ -26,6 +29,7 @@ void select_unit_gl(uint32_t unit, gl_state& gl)
 
 void bind_texture_gl(uint32_t unit, bool cube_map, uint32_t texture, gl_state& gl)
 {
+    assert(unit < texture_unit_count && texture != unknown_name);
     uint32_t& bound = cube_map ? gl.units[unit].cube_texture : gl.units[unit].flat_texture;
     if (bound == texture)
         return;
@@ -36,6 +40,7 @@ void bind_texture_gl(uint32_t unit, bool cube_map, uint32_t texture, gl_state& g
 
 void bind_array_buffer_gl(uint32_t buffer, gl_state& gl)
 {
+    assert(buffer != unknown_name);
     if (gl.array_buffer == buffer || glBindBuffer == nullptr)
         return;
     gl.array_buffer = buffer;
@@ -44,6 +49,7 @@ void bind_array_buffer_gl(uint32_t buffer, gl_state& gl)
 
 void bind_element_buffer_gl(uint32_t buffer, gl_state& gl)
 {
+    assert(buffer != unknown_name);
     if (gl.element_buffer == buffer || glBindBuffer == nullptr)
         return;
     gl.element_buffer = buffer;
@@ -52,6 +58,7 @@ void bind_element_buffer_gl(uint32_t buffer, gl_state& gl)
 
 bool remember_numbers(const float* wanted, float* known, uint32_t count, bool& has)
 {
+    assert(wanted != nullptr && known != nullptr);
     const size_t bytes = size_t{count} * sizeof(float);
     if (has && std::memcmp(wanted, known, bytes) == 0)
         return false;

@@ -10,6 +10,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cassert>
 
 // ---- commands -------------------------------------------------------------------------
 
@@ -26,6 +27,7 @@ static void copy_into_texture(const copy_command& copy, gl_state& gl)
 
 static void recreate(const recreate_command& command, gl_state& gl)
 {
+    assert(command.texture != 0 && command.width > 0 && command.height > 0);
     select_unit_gl(0, gl);
     recreate_target_gl(command.old_texture, command.texture, command.width, command.height);
     forget_textures(gl); // the old name is free for another texture
@@ -42,6 +44,7 @@ static void set_viewport(const viewport_command& viewport, gl_state& gl)
 
 static void clear(const clear_command& command, gl_state& gl)
 {
+    assert(command.bits != clear_nothing && command.bits <= (clear_color | clear_depth));
     GLbitfield buffers = 0;
     if ((command.bits & clear_color) != 0)
         buffers |= GL_COLOR_BUFFER_BIT;
@@ -54,6 +57,7 @@ static void clear(const clear_command& command, gl_state& gl)
 
 static void upload_picture(const frame& f, const upload_command& upload, const gl_caps& caps, gl_state& gl)
 {
+    assert(upload.texture != nullptr && upload.pixels <= f.pixels.size());
     bind_texture_gl(0, false, upload.texture->texture, gl);
     select_unit_gl(0, gl);
     upload_dynamic_texture_gl(*upload.texture, f.pixels.data() + upload.pixels, caps.pbo == 1);
@@ -61,6 +65,7 @@ static void upload_picture(const frame& f, const upload_command& upload, const g
 
 static void upload_lines(const lines_command& lines, gl_state& gl)
 {
+    assert(lines.mesh != nullptr && lines.mesh->line_indices != nullptr);
     create_line_buffer_gl(*lines.mesh);
     gl.element_buffer = unknown_name;
 }
@@ -69,22 +74,23 @@ static void carry_out(const frame& f, const frame_command& command, const draw_c
 {
     switch (static_cast<command_kind>(command.kind)) {
     case command_copy:
-        return copy_into_texture(f.texture_copies[command.index], gl);
+        return copy_into_texture(listed(f.texture_copies, command.index), gl);
     case command_recreate:
-        return recreate(f.recreations[command.index], gl);
+        return recreate(listed(f.recreations, command.index), gl);
     case command_viewport:
-        return set_viewport(f.viewports[command.index], gl);
+        return set_viewport(listed(f.viewports, command.index), gl);
     case command_clear:
-        return clear(f.clears[command.index], gl);
+        return clear(listed(f.clears, command.index), gl);
     case command_upload:
-        return upload_picture(f, f.uploads[command.index], context.caps, gl);
+        return upload_picture(f, listed(f.uploads, command.index), context.caps, gl);
     case command_vertices:
-        return upload_vertices_gl(f.vertex_uploads[command.index], gl);
+        return upload_vertices_gl(listed(f.vertex_uploads, command.index), gl);
     case command_lines:
-        return upload_lines(f.line_uploads[command.index], gl);
+        return upload_lines(listed(f.line_uploads, command.index), gl);
     case command_draw:
-        return draw_mesh_gl(f, f.draws[command.index], context.caps, context.glsl, gl);
+        return draw_mesh_gl(f, listed(f.draws, command.index), context.caps, context.glsl, gl);
     }
+    assert(false); // no such command
 }
 
 static bool outlasts_the_frame(uint8_t kind)
@@ -94,6 +100,7 @@ static bool outlasts_the_frame(uint8_t kind)
 
 void draw_lasting_gl(const draw_context& context, renderer& r)
 {
+    assert(context.d != nullptr);
     for (const frame_command& command : r.f.commands)
         if (outlasts_the_frame(command.kind))
             carry_out(r.f, command, context, r.gl);
@@ -103,8 +110,10 @@ void draw_lasting_gl(const draw_context& context, renderer& r)
 
 void draw_frame(const frame_layers& layers, const draw_context& context, renderer& r, frame_cost_record* costs)
 {
+    assert(context.d != nullptr && layers.layer_count <= track_count);
     uint32_t next = 0;
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
+        assert(next <= r.f.command_end[i] && r.f.command_end[i] <= r.f.commands.size());
         const auto begin = start_cost(costs);
         const uint32_t query = costs != nullptr ? costs->queries[i] : 0;
         if (query != 0)
@@ -115,6 +124,7 @@ void draw_frame(const frame_layers& layers, const draw_context& context, rendere
             glEndQuery(GL_TIME_ELAPSED);
         add_cost(costs, i, begin);
     }
+    assert(next == r.f.commands.size()); // the last layer ends where its frame does
 }
 
 void reserve_targets_gl(frame_layers& layers)

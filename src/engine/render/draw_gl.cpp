@@ -18,6 +18,7 @@ static bool has_array(const array_source& array)
 // Where a streamed array is: in the buffer for it.
 static array_source resolved(const array_source& array, uint32_t stream_buffer)
 {
+    assert(!array.streamed || stream_buffer != 0); // a command_vertices comes first
     return array.streamed ? array_source{nullptr, stream_buffer, false} : array;
 }
 
@@ -61,6 +62,7 @@ static void point_vertices(const draw_command& draw, gl_state& gl)
 
 static void select_client_unit(uint32_t unit, gl_state& gl)
 {
+    assert(unit < texture_unit_count);
     if (gl.client_unit == unit)
         return;
     gl.client_unit = unit;
@@ -111,6 +113,7 @@ static void feed_attribute(int32_t location, int32_t components, const array_sou
 {
     if (location < 0 || location >= static_cast<int32_t>(max_known_attributes))
         return;
+    assert(has_array(array));
     const GLuint index = static_cast<GLuint>(location);
     known_array& known = gl.attributes[index];
     fed |= 1u << index;
@@ -192,6 +195,7 @@ static void draw_copies_glsl(
 
 void upload_vertices_gl(const vertices_command& vertices, gl_state& gl)
 {
+    assert(vertices.positions != nullptr && vertices.vertex_count > 0);
     const GLsizeiptr bytes = static_cast<GLsizeiptr>(size_t{vertices.vertex_count} * 3 * sizeof(float));
     if (gl.moved_positions == 0)
         glGenBuffers(1, &gl.moved_positions);
@@ -207,8 +211,11 @@ void upload_vertices_gl(const vertices_command& vertices, gl_state& gl)
 
 void draw_mesh_gl(const frame& f, const draw_command& draw, const gl_caps& caps, bool glsl, gl_state& gl)
 {
-    const material_state& material = f.materials[draw.material];
-    const view_state& view = f.views[draw.view];
+    assert(size_t{draw.first_copy} + draw.copy_count <= f.copies.size());
+    assert(glsl || draw.program == no_index);
+    assert(has_array(draw.indices) || draw.index_count == 0);
+    const material_state& material = listed(f.materials, draw.material);
+    const view_state& view = listed(f.views, draw.view);
     load_projection_gl(view.projection, gl);
     point_vertices(draw, gl);
     bind_element_buffer_gl(draw.indices.buffer, gl);
@@ -221,7 +228,8 @@ void draw_mesh_gl(const frame& f, const draw_command& draw, const gl_caps& caps,
     if (draw.program == no_index)
         return draw_copies_fixed(f, draw, gl);
     load_modelview_gl(view.camera, gl);
-    known_program& known = set_program_gl(f.programs[draw.program], gl);
-    feed_program(draw, f.programs[draw.program], gl);
-    draw_copies_glsl(f, draw, f.programs[draw.program], known);
+    const program_state& program = listed(f.programs, draw.program);
+    known_program& known = set_program_gl(program, gl);
+    feed_program(draw, program, gl);
+    draw_copies_glsl(f, draw, program, known);
 }

@@ -12,6 +12,7 @@
 #include "model/records.h"
 #include "model/timeline.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -249,6 +250,13 @@ struct frame {
     std::vector<program_state> programs;
     std::vector<copy_transform> copies;
 };
+
+// What a command or a draw names by its place in one of the lists.
+template <typename record_type> const record_type& listed(const std::vector<record_type>& list, uint32_t index)
+{
+    assert(index < list.size());
+    return list[index];
+}
 
 // Empties what advancing fills, or what planning fills; the storage stays.
 void clear_advanced(frame& f);

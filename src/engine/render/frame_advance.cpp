@@ -37,6 +37,7 @@ struct placed_object {
 
 static size_t keep_vertices(frame& f, const float* from, uint32_t vertex_count)
 {
+    assert(from != nullptr);
     const size_t begin = f.vertices.size();
     f.vertices.insert(f.vertices.end(), from, from + size_t{vertex_count} * 3);
     return begin;
@@ -46,6 +47,7 @@ static size_t keep_vertices(frame& f, const float* from, uint32_t vertex_count)
 // Most frames show an effect once, so that nothing is ever copied.
 static void keep_moved(frame& f, const void* owner)
 {
+    assert(owner != nullptr); // as of what is kept from the start
     for (moved_vertices& m : f.moved) {
         if (m.owner != owner)
             continue;
@@ -58,6 +60,7 @@ static void keep_moved(frame& f, const void* owner)
 
 static uint32_t add_moved(frame& f, const moved_vertices& m)
 {
+    assert(m.owner != nullptr ? m.positions != nullptr : m.kept_positions != not_kept);
     f.moved.push_back(m);
     return static_cast<uint32_t>(f.moved.size() - 1);
 }
@@ -65,6 +68,7 @@ static uint32_t add_moved(frame& f, const moved_vertices& m)
 // `taken` vertices of the cache, then the mesh's own.
 static size_t merge_vertices(frame& f, const float* cached, const float* own, uint32_t taken, uint32_t count)
 {
+    assert(own != nullptr && taken <= count);
     const size_t begin = keep_vertices(f, cached, taken);
     f.vertices.insert(f.vertices.end(), own + size_t{taken} * 3, own + size_t{count} * 3);
     return begin;
@@ -118,6 +122,7 @@ static placed_object place_object(
         manipulate_copies(a, object.manipulators[i], time, mesh, placed.rippled);
     if (a.list.cut && object.copies_cut == copies_all)
         object.copies_cut = copies_cut_now;
+    assert(a.list.items.size() <= max_placements);
     placed.placement_count = static_cast<uint32_t>(a.list.items.size());
     a.f.placements.insert(a.f.placements.end(), a.list.items.begin(), a.list.items.end());
     return placed;
@@ -147,6 +152,8 @@ static void refresh_pictures(const advancing& a, const material_record& material
 static void add_mesh(const advancing& a, mesh_arrays& mesh, const material_record* material,
     const placed_object& placed, uint32_t moved, float pen)
 {
+    assert(size_t{placed.first_placement} + placed.placement_count <= a.f.placements.size());
+    assert(moved == no_index || moved < a.f.moved.size());
     const uint32_t fresh = static_cast<uint32_t>(a.f.pictures.size());
     if (material != nullptr)
         refresh_pictures(a, *material);
@@ -225,6 +232,7 @@ static void advance_text_object(const advancing& a, const scene_record& scene, u
 
 static void advance_object(const advancing& a, const scene_record& scene, uint32_t number)
 {
+    assert(scene.objects != nullptr && number < scene.object_count);
     const scene_object& object = scene.objects[number];
     const uint32_t time = object_time(a.layer.time, object.time_offset);
     if (!object_is_visible(object, a.context.d->function_table, time))
@@ -266,6 +274,7 @@ void advance_layer(const layer_plan& layer, const draw_context& context, manipul
 
 void advance_frame(const frame_layers& layers, const draw_context& context, renderer& r, frame_cost_record* costs)
 {
+    assert(layers.layer_count <= track_count);
     clear_advanced(r.f);
     if (costs != nullptr)
         costs->layer_count = layers.layer_count;

@@ -4,6 +4,7 @@
 
 #include "model/timeline.h"
 
+#include <cassert>
 #include <chrono>
 #include <cstdint>
 
@@ -32,6 +33,7 @@ inline void add_cost(frame_cost_record* costs, uint32_t layer, cost_clock::time_
 {
     if (costs == nullptr)
         return;
+    assert(layer < costs->layer_count);
     const std::chrono::duration<double, std::milli> took = cost_clock::now() - begin;
     costs->layers[layer].cpu_ms += took.count();
 }

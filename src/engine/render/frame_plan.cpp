@@ -27,6 +27,7 @@ struct planning {
 
 static void add_command(frame& f, command_kind kind, size_t list_size)
 {
+    assert(list_size > 0 && kind <= command_draw);
     f.commands.push_back({kind, static_cast<uint32_t>(list_size - 1)});
 }
 
@@ -46,6 +47,7 @@ static void plan_copy(const layer_plan& layer, const document& d, standing_state
 // The record of a target says what its texture will be once the command has been carried out.
 static void make_target(image_texture& target, const recreate_command& command)
 {
+    assert(command.texture != 0 && command.width > 0 && command.height > 0);
     std::free(target.pixels);
     target.pixels = nullptr;
     target.format = recreated_target_format;
@@ -105,6 +107,7 @@ clear_command plan_clear_screen(const standing_state& standing)
 // x' = (W / w) x + ((W - 2 left) / w - 1) w_clip, and y alike.
 static void cut_projection(const frame_view& view, float projection[16])
 {
+    assert(view.tile.width > 0 && view.tile.height > 0);
     const double widths[2] = {static_cast<double>(view.width), static_cast<double>(view.height)};
     const double parts[2] = {static_cast<double>(view.tile.width), static_cast<double>(view.tile.height)};
     const double begins[2] = {static_cast<double>(view.tile.x), static_cast<double>(view.tile.y)};
@@ -121,6 +124,7 @@ static void cut_projection(const frame_view& view, float projection[16])
 
 static void plan_projection_matrix(const layer_plan& layer, float projection[16])
 {
+    assert(layer.projection <= projection_orthographic);
     switch (static_cast<projection_kind>(layer.projection)) {
     case projection_kept:
         return;
@@ -151,8 +155,10 @@ static uint32_t add_view(const layer_plan& layer, const frame_view& view, standi
 
 static void upload_pictures(planning& p, const mesh_to_draw& mesh)
 {
+    assert(size_t{mesh.fresh} + mesh.fresh_count <= p.f.pictures.size());
     for (uint32_t i = 0; i < mesh.fresh_count; ++i) {
         const fresh_picture& fresh = p.f.pictures[mesh.fresh + i];
+        assert(fresh.texture != nullptr && fresh.pixels <= p.f.pixels.size());
         bind_flat_texture(p.standing, fresh.texture->texture);
         p.f.uploads.push_back({fresh.texture, fresh.pixels});
         add_command(p.f, command_upload, p.f.uploads.size());
@@ -165,6 +171,7 @@ static void apply_material(planning& p, const material_record* material)
 {
     if (material == nullptr || material == p.applied)
         return;
+    assert(p.view < p.f.views.size());
     const material_context context = {
         .d = p.context.d,
         .caps = &p.context.caps,
@@ -189,6 +196,7 @@ static void write_state(planning& p)
     p.material = static_cast<uint32_t>(p.f.materials.size() - 1);
     if (p.context.glsl)
         p.f.programs.push_back(p.standing.program);
+    assert(p.f.programs.size() == (p.context.glsl ? p.f.materials.size() : 0)); // they have the same numbers
 }
 
 // ---- vertex arrays ------------------------------------------------------------------------
@@ -205,6 +213,7 @@ static array_source own_array(const void* data, uint32_t buffer, bool use_buffer
 
 static const float* address_of(const frame& f, const float* live, size_t kept)
 {
+    assert(kept == not_kept || kept < f.vertices.size());
     return kept == not_kept ? live : f.vertices.data() + kept;
 }
 
@@ -213,6 +222,7 @@ static void choose_moved_vertices(planning& p, const moved_vertices& moved, draw
 {
     const float* positions = address_of(p.f, moved.positions, moved.kept_positions);
     const float* normals = address_of(p.f, moved.normals, moved.kept_normals);
+    assert(positions != nullptr && moved.vertex_count > 0);
     if (!buffers_used(p) || !moved.streamed) {
         draw.positions = {positions, 0, false};
         draw.normals = {normals, 0, false};
@@ -227,7 +237,7 @@ static void choose_moved_vertices(planning& p, const moved_vertices& moved, draw
 static void choose_vertices(planning& p, const mesh_to_draw& mesh, draw_command& draw)
 {
     if (mesh.moved != no_index)
-        return choose_moved_vertices(p, p.f.moved[mesh.moved], draw);
+        return choose_moved_vertices(p, listed(p.f.moved, mesh.moved), draw);
     draw.positions = own_array(mesh.mesh->positions, mesh.mesh->position_buffer, buffers_used(p));
     draw.normals = own_array(mesh.mesh->normals, mesh.mesh->normal_buffer, buffers_used(p));
 }
@@ -288,6 +298,7 @@ static void transform_copy(const planning& p, const mesh_to_draw& mesh, const pl
 
 static void transform_copies(planning& p, const mesh_to_draw& mesh, draw_command& draw)
 {
+    assert(size_t{mesh.first_placement} + mesh.placement_count <= p.f.placements.size());
     draw.first_copy = static_cast<uint32_t>(p.f.copies.size());
     draw.copy_count = mesh.placement_count;
     const bool turns_normals = draw.program != no_index && p.standing.program.normal_matrix >= 0;
@@ -315,6 +326,7 @@ static void plan_draw(planning& p, const mesh_to_draw& mesh)
     if (status == program_failed || mesh.placement_count == 0)
         return;
     write_state(p);
+    assert(p.material < p.f.materials.size());
     draw_command draw = {};
     draw.view = p.view;
     draw.material = p.material;
@@ -332,6 +344,7 @@ static void plan_draw(planning& p, const mesh_to_draw& mesh)
 // a later mesh without a material is drawn with the state as it stands.
 static void plan_mesh(planning& p, const mesh_to_draw& mesh)
 {
+    assert(mesh.mesh != nullptr);
     upload_pictures(p, mesh);
     apply_material(p, mesh.material);
     if (has_triangles(*mesh.mesh))
@@ -356,6 +369,7 @@ void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t 
 void plan_frame(const frame_layers& layers, const draw_context& context, const frame_view& view, renderer& r,
     frame_cost_record* costs)
 {
+    assert(layers.layer_count <= track_count);
     clear_planned(r.f);
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
         const auto begin = start_cost(costs);

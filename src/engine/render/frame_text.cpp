@@ -2,6 +2,7 @@
 
 #include <cassert>
 #include <cstdio>
+#include <iterator>
 #include <span>
 
 static std::string number(float value)
@@ -33,6 +34,7 @@ static std::string size(uint32_t width, uint32_t height)
 
 static std::string unit_text(uint32_t index, const unit_state& unit)
 {
+    assert(index < texture_unit_count);
     std::string text = "    unit " + count(index + 1) + (unit.cube_map ? " cube map " : " picture ")
         + count(unit.cube_map ? unit.cube_texture : unit.flat_texture) + ", wrap "
         + (unit.wrap == wrap_as_it_is ? "as it is" : count(unit.wrap));
@@ -63,6 +65,7 @@ static std::string material_text(uint32_t index, const material_state& material)
         + (material.blending == blend_none ? "none" : count(material.blending)) + ", line width "
         + number(material.line_width) + ", normalize " + count(material.normalize) + ", wireframe "
         + count(material.wireframe) + ", color " + numbers(material.color) + "\n";
+    assert(material.lights <= std::size(material.light));
     for (uint32_t i = 0; i < material.lights; ++i)
         text += light_text(i, material.light[i]);
     if (material.lights > 0)
@@ -104,6 +107,7 @@ static std::string array_text(const char* name, const array_source& array)
 
 static std::string draw_text(const frame& f, const draw_command& draw)
 {
+    assert(size_t{draw.first_copy} + draw.copy_count <= f.copies.size());
     std::string text = "draw " + count(draw.copy_count) + " x " + count(draw.index_count)
         + (draw.lines ? " line indices" : " indices") + " with state " + count(draw.material)
         + array_text("positions", draw.positions) + array_text("normals", draw.normals);
@@ -127,27 +131,30 @@ static std::string command_text(const frame& f, const frame_command& command)
 {
     switch (static_cast<command_kind>(command.kind)) {
     case command_copy: {
-        const copy_command& copy = f.texture_copies[command.index];
+        const copy_command& copy = listed(f.texture_copies, command.index);
         return "copy " + size(copy.width, copy.height) + " into texture " + count(copy.texture) + "\n";
     }
     case command_recreate: {
-        const recreate_command& c = f.recreations[command.index];
+        const recreate_command& c = listed(f.recreations, command.index);
         return "recreate texture " + count(c.old_texture) + " as " + count(c.texture) + ", " + size(c.width, c.height)
             + "\n";
     }
-    case command_viewport:
-        return "viewport " + size(f.viewports[command.index].width, f.viewports[command.index].height) + "\n";
-    case command_clear:
-        return clear_text(f.clears[command.index]);
-    case command_upload:
-        return "upload texture " + count(f.uploads[command.index].texture->texture) + "\n";
-    case command_vertices:
-        return "upload " + count(f.vertex_uploads[command.index].vertex_count) + " moved vertices\n";
-    case command_lines:
-        return "upload lines of " + count(f.line_uploads[command.index].mesh->index_count) + " indices\n";
-    case command_draw:
-        return draw_text(f, f.draws[command.index]);
+    case command_viewport: {
+        const viewport_command& viewport = listed(f.viewports, command.index);
+        return "viewport " + size(viewport.width, viewport.height) + "\n";
     }
+    case command_clear:
+        return clear_text(listed(f.clears, command.index));
+    case command_upload:
+        return "upload texture " + count(listed(f.uploads, command.index).texture->texture) + "\n";
+    case command_vertices:
+        return "upload " + count(listed(f.vertex_uploads, command.index).vertex_count) + " moved vertices\n";
+    case command_lines:
+        return "upload lines of " + count(listed(f.line_uploads, command.index).mesh->index_count) + " indices\n";
+    case command_draw:
+        return draw_text(f, listed(f.draws, command.index));
+    }
+    assert(false); // no such command
     return "";
 }
 
@@ -173,11 +180,11 @@ static std::string states_before(const frame& f, const draw_command& draw, writt
 {
     std::string text;
     if (w.views <= draw.view) {
-        text = view_text(draw.view, f.views[draw.view]);
+        text = view_text(draw.view, listed(f.views, draw.view));
         w.views = draw.view + 1;
     }
     for (; w.materials <= draw.material; ++w.materials) {
-        text += material_text(w.materials, f.materials[w.materials]);
+        text += material_text(w.materials, listed(f.materials, w.materials));
         if (w.materials < f.programs.size())
             text += program_text(f.programs[w.materials]);
     }
@@ -191,7 +198,7 @@ static std::string commands_text(const frame& f, size_t begin, size_t end, writt
     std::string text;
     for (size_t i = begin; i < end; ++i) {
         if (f.commands[i].kind == command_draw)
-            text += states_before(f, f.draws[f.commands[i].index], w);
+            text += states_before(f, listed(f.draws, f.commands[i].index), w);
         text += command_text(f, f.commands[i]);
     }
     return text;
@@ -214,11 +221,13 @@ std::string frame_as_text(const frame& f)
 
 std::string frame_as_text(const frame& f, const frame_layers& layers)
 {
+    assert(layers.layer_count <= track_count);
     std::string text;
     written w;
     uint32_t meshes = 0;
     uint32_t commands = 0;
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
+        assert(meshes <= f.mesh_end[i]);
         text += layer_text(layers.layers[i], f.mesh_end[i] - meshes);
         text += commands_text(f, commands, f.command_end[i], w);
         meshes = f.mesh_end[i];

@@ -4,6 +4,8 @@
 #include "model/values.h"
 
 #include <algorithm>
+#include <cassert>
+#include <iterator>
 
 // ---- the layer of a moment ------------------------------------------------------
 
@@ -23,6 +25,7 @@ struct active_layer {
 // after it ("the layer after a lost one counts from 0").
 static active_layer find_layer(const timeline& t, uint32_t track, uint32_t time)
 {
+    assert(track < track_count);
     constexpr active_layer nothing = {false, 0, 0};
     const uint32_t slot = time / 100;
     if (slot >= slots_per_track)
@@ -88,6 +91,7 @@ static void remember_size(planning& p, const target_size& size)
             p.recreated[i] = size;
             return;
         }
+    assert(p.recreated_count < std::size(p.recreated));
     p.recreated[p.recreated_count++] = size; // at most one new target a track
 }
 
@@ -147,6 +151,7 @@ static void plan_texture_target(planning& p, const layer_record& layer, layer_pl
         size = {layer.rtex, fitting_side(p.view.width, p.caps), fitting_side(p.view.height, p.caps)};
     }
     if (recreate) {
+        assert(size.width > 0 && size.height > 0);
         plan.recreate_width = size.width;
         plan.recreate_height = size.height;
         remember_size(p, size);
@@ -236,6 +241,7 @@ static void plan_projection(const planning& p, const layer_record& layer, layer_
 
 static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& active)
 {
+    assert(p.d.timeline != nullptr && active.found && active.layer < layers_per_track);
     const layer_record& layer = p.d.timeline->layers[track][active.layer];
     layer_plan plan = {};
     plan.track = track;

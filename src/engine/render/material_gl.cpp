@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <iterator>
 
 // ---- what both paths share ------------------------------------------------------
 
@@ -97,6 +98,7 @@ static void set_light(GLenum light, const light_state& wanted, const float view[
 
 static void set_lights(const material_state& material, gl_state& gl)
 {
+    assert(material.lights <= std::size(gl.lights));
     switch_gl(GL_LIGHTING, material.lights > 0, gl.lighting);
     if (material.lights > 0)
         set_light(GL_LIGHT0, material.light[0], material.light_view, gl.lights[0], gl);
@@ -165,6 +167,7 @@ void set_material_glsl_gl(const material_state& material, gl_state& gl)
 // meshes change the program.
 static known_program& find_known_program(uint32_t program, gl_state& gl)
 {
+    assert(gl.program_names.size() == gl.programs.size());
     const auto found = std::find(gl.program_names.begin(), gl.program_names.end(), program);
     const size_t index = static_cast<size_t>(found - gl.program_names.begin());
     if (found == gl.program_names.end()) {
@@ -213,7 +216,7 @@ static void set_light_positions(const program_state& program, const known_progra
 
 known_program& set_program_gl(const program_state& program, gl_state& gl)
 {
-    assert(program.status == program_ready);
+    assert(program.status == program_ready && program.program != 0);
     if (gl.program != program.program) {
         gl.program = program.program;
         glUseProgram(program.program);

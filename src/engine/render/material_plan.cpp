@@ -4,8 +4,10 @@
 #include "model/values.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <cmath>
+#include <iterator>
 
 bool generates_coordinates(uint8_t cgenmode)
 {
@@ -101,6 +103,7 @@ float plan_line_width(const material_record& material, const document& d, uint32
 
 static void evaluate_triple(const value_record& record, uint32_t first, const document& d, uint32_t time, float out[3])
 {
+    assert(first + 3 <= std::size(record.values));
     for (uint32_t i = 0; i < 3; ++i)
         out[i] = value_at(d.function_table, record.values[first + i], value_is_dynamic(record, first + i), time);
 }
@@ -131,6 +134,7 @@ void widen_fog(float& start, float& end)
         return;
     start = std::clamp(start, -FLT_MAX, std::nextafter(FLT_MAX, 0.0f)); // so that something lies behind it
     end = std::max(start + least_fog_width, std::nextafter(start, FLT_MAX));
+    assert(start < end);
 }
 
 fog_state plan_fog(const material_record& material, const document& d, uint32_t time)
@@ -148,6 +152,7 @@ fog_state plan_fog(const material_record& material, const document& d, uint32_t 
 
 void build_texture_matrix(bool rotation, bool camera_rotation, const float camera_angles[2], float out[16])
 {
+    assert(camera_angles != nullptr && out != nullptr);
     copy_matrix(identity, out);
     if (rotation) {
         translate(out, 0.5f, 0.5f, 0.0f);

@@ -5,6 +5,7 @@
 #include "render/shader_source.h"
 
 #include <algorithm>
+#include <cassert>
 
 uint32_t unit_limit(const gl_caps& caps, bool glsl)
 {
@@ -20,6 +21,7 @@ static void set_common_state(const material_record& material, const material_con
     state.depth_test = material.depth_test != 0;
     if (material.blend_function < blend_kind_count) // beyond the catalogue: the previous material's stays
         state.blending = material.blend_function;
+    assert(state.blending < blend_kind_count || state.blending == blend_none);
     if (material.wireframe == 0)
         return;
     const float width = plan_line_width(material, *context.d, context.time);
@@ -35,6 +37,7 @@ static uint32_t texture_of(const unit_state& unit)
 // How coordinates wrap belongs to the picture: it holds for every unit that shows it.
 static void set_wrap(material_state& state, uint32_t number)
 {
+    assert(state.units[number].used);
     const unit_state& set = state.units[number];
     for (unit_state& unit : state.units)
         if (unit.used && unit.cube_map == set.cube_map && texture_of(unit) == texture_of(set))
@@ -43,6 +46,7 @@ static void set_wrap(material_state& state, uint32_t number)
 
 static void set_unit_texture(material_state& state, uint32_t number, const unit_plan& plan)
 {
+    assert(number < texture_unit_count);
     unit_state& unit = state.units[number];
     unit.used = true;
     unit.cube_map = plan.cube_map;
@@ -76,6 +80,7 @@ void forget_texture(standing_state& standing, uint32_t texture)
 // light alone lights nothing here.
 static void set_fixed_lights(const material_record& material, const material_context& context, material_state& state)
 {
+    assert(context.modelview != nullptr);
     state.lights = 0;
     if (!plan_light(material.light1, *context.d, context.time, state.light[0]))
         return;
@@ -114,6 +119,7 @@ static void set_fixed_units(const material_record& material, const material_cont
 
 void apply_material_fixed(const material_record& material, const material_context& context, standing_state& standing)
 {
+    assert(context.d != nullptr && context.caps != nullptr);
     material_state& state = standing.material;
     set_common_state(material, context, state);
     state.normalize = material.normalization != 0;
@@ -187,6 +193,7 @@ static void set_light_positions(
 
 void apply_material_glsl(const material_record& material, const material_context& context, standing_state& standing)
 {
+    assert(context.d != nullptr && context.modelview != nullptr);
     set_common_state(material, context, standing.material);
     use_program(material.program, standing.program);
     if (standing.program.status != program_ready)

@@ -4,6 +4,7 @@
 #include "model/values.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 
@@ -65,6 +66,7 @@ std::string cut_copies_line(const document& d, uint32_t scene_handle, uint32_t o
 
 void generate_line_index_array(mesh_arrays& mesh)
 {
+    assert(mesh.indices != nullptr || mesh.index_count == 0);
     std::puts("GenerateLineIndexArray");
     std::free(mesh.line_indices);
     const uint32_t triangles = mesh.index_count / 3;
@@ -80,4 +82,5 @@ void generate_line_index_array(mesh_arrays& mesh)
             *line++ = corner[(edge + 1) % 3];
         }
     }
+    assert(line == mesh.line_indices + size_t{triangles} * 6);
 }

@@ -3,6 +3,7 @@
 #include "content/printable.h"
 
 #include <algorithm>
+#include <cassert>
 
 constexpr size_t shown_text_size = 160; // bytes of a text's line
 
@@ -16,6 +17,7 @@ static bool is_digit(char c)
 // Passes the digits at `at`; their number, held at 99,999,999.
 static uint32_t take_number(std::string_view line, size_t& at)
 {
+    assert(at < line.size() && is_digit(line[at]));
     uint32_t number = 0;
     for (; at < line.size() && is_digit(line[at]); ++at)
         number = std::min(number * 10u + static_cast<uint32_t>(line[at] - '0'), 99999999u);
@@ -42,6 +44,7 @@ uint32_t line_in_log(std::string_view log_line)
 // The first line of `rest`, without its end; `rest` goes on behind it.
 static std::string_view take_line(std::string_view& rest)
 {
+    assert(!rest.empty());
     const size_t end = std::min(rest.find('\n'), rest.size());
     std::string_view line = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
@@ -90,6 +93,7 @@ std::string explain_log(std::string_view log, std::string_view text)
 
 std::string explain_units(const material_record& material, const shader_unit units[texture_unit_count])
 {
+    assert(units != nullptr);
     std::string lines;
     for (uint32_t i = 0; i < texture_unit_count && units[i].used; ++i) {
         const bool reflects = material.cgenmode[i] == coordinates_cube;

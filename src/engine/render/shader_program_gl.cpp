@@ -6,6 +6,7 @@
 #include <GL/glew.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstring>
 
@@ -17,11 +18,13 @@ static_assert(3 + 1 + 3 + 2 * kept_log_size <= info_log_size);
 static void append_log(shader_program& program, const char* text)
 {
     const size_t used = std::strlen(program.info_log);
+    assert(used < info_log_size);
     std::snprintf(program.info_log + used, info_log_size - used, "%s", text);
 }
 
 static void compile_stage(shader_program& program, GLenum stage, uint32_t& shader, const char* source, int32_t length)
 {
+    assert(length >= 0 && (source != nullptr || length == 0));
     if (shader == 0)
         shader = glCreateShader(stage);
     const GLchar* text = source != nullptr ? source : "";
@@ -93,6 +96,7 @@ static void find_user_uniforms(shader_program& program)
 static void find_locations(
     shader_program& program, const material_record& material, const shader_unit units[texture_unit_count])
 {
+    assert(program.program != 0); // it links
     const GLuint name = program.program;
     program.projection_location = glGetUniformLocation(name, "Projection");
     program.modelview_location = glGetUniformLocation(name, "Modelview");
@@ -110,6 +114,7 @@ static void find_locations(
 
 void build_shader(material_record& material, const shader_unit units[texture_unit_count])
 {
+    assert(units != nullptr);
     if (material.program == nullptr || glCreateShader == nullptr)
         return;
     shader_program& program = *material.program;

@@ -5,11 +5,13 @@
 #include "render/material_plan.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 constexpr uint32_t first_source_capacity = 256; // bytes; texts grow from there
 
@@ -73,6 +75,7 @@ static source_value plan_value(float value, bool dynamic, source_plan& plan, sha
 {
     if (!dynamic)
         return {value, 0};
+    assert(plan.uniforms < user_uniform_count);
     const uint32_t handle = handle_of_value(value);
     program.uniform_functions[plan.uniforms] = handle == 0 ? missing_function : handle;
     ++plan.uniforms;
@@ -82,6 +85,7 @@ static source_value plan_value(float value, bool dynamic, source_plan& plan, sha
 static source_value plan_record_value(
     const value_record& record, uint32_t index, source_plan& plan, shader_program& program)
 {
+    assert(index < std::size(record.values));
     return plan_value(record.values[index], value_is_dynamic(record, index), plan, program);
 }
 
@@ -176,6 +180,7 @@ static source_plan plan_source(const material_record& material, const table<valu
     plan.lights[1] = plan_source_light(material.light2, value_records, plan, program);
     plan.vertex_uniforms = plan.uniforms;
     plan.fog = plan_source_fog(material, value_records, plan, program);
+    assert(plan.unit_count <= texture_unit_count && plan.vertex_uniforms <= plan.uniforms);
     return plan;
 }
 
@@ -183,11 +188,13 @@ static source_plan plan_source(const material_record& material, const table<valu
 
 static void write(source_text& out, const char* text)
 {
+    assert(text != nullptr);
     buffer_printf(&out.text, &out.capacity, &out.used, "%s", text);
 }
 
 static void write_value(source_text& out, const source_value& value)
 {
+    assert(value.uniform <= user_uniform_count);
     if (value.uniform == 0) {
         buffer_printf(&out.text, &out.capacity, &out.used, "%f", static_cast<double>(literal(value.constant)));
         return;
@@ -209,6 +216,7 @@ static void write_values(source_text& out, const source_value* values, uint32_t 
 // Uniforms first..last of the "u"s.
 static void write_uniforms(source_text& out, uint32_t first, uint32_t last)
 {
+    assert(first >= 1 && last <= user_uniform_count);
     for (uint32_t n = first; n <= last; ++n) {
         write(out, "uniform float ");
         write_value(out, {0.0f, n});
@@ -219,10 +227,12 @@ static void write_uniforms(source_text& out, uint32_t first, uint32_t last)
 // A text with the same digit (1..3) in every "#".
 static void write_numbered(source_text& out, const char* pattern, uint32_t number)
 {
+    assert(number <= texture_unit_count);
     char line[512];
     uint32_t length = 0;
     for (; pattern[length] != '\0' && length + 1 < sizeof line; ++length)
         line[length] = pattern[length] == '#' ? static_cast<char>('0' + number) : pattern[length];
+    assert(pattern[length] == '\0'); // nothing is cut
     line[length] = '\0';
     write(out, line);
 }
@@ -265,6 +275,7 @@ static void write_light(source_text& out, const source_light& light, uint32_t nu
 
 static void write_lit_color(source_text& out, const source_plan& plan)
 {
+    assert(plan.lights[0].used || plan.lights[1].used);
     if (plan.lights[0].used && plan.lights[1].used) {
         for (uint32_t number = 1; number <= 2; ++number)
             write_numbered(out,
@@ -359,6 +370,7 @@ static void write_fragment_declarations(source_text& out, const source_plan& pla
 // The look-up of unit 1..3; its sampler counts from 0.
 static void write_lookup(source_text& out, const source_plan& plan, uint32_t unit)
 {
+    assert(unit >= 1 && unit <= plan.unit_count);
     buffer_printf(&out.text, &out.capacity, &out.used, "%s(Texture%u, TexCoordOut%u)",
         plan.cube_map[unit - 1] ? "textureCube" : "texture2D", unit - 1, unit);
 }
@@ -426,6 +438,7 @@ static const char* result_name(uint32_t unit_count)
 
 static void write_fog_values(source_text& out, const source_fog& fog)
 {
+    assert(fog.used);
     if (fog.colored) {
         write(out, "  vec4 fogcolor = vec4(");
         write_values(out, fog.color, 3);
@@ -573,6 +586,7 @@ void generate_shader(
 static void widen_fog_uniforms(const material_record& material, uint32_t uniform_count, float* values)
 {
     const bool end_moves = material.fogend_dynamic != 0;
+    assert(uniform_count >= (end_moves ? 1u : 0u) + (material.fogstart_dynamic != 0 ? 1u : 0u));
     float* const end = end_moves ? values + --uniform_count : nullptr;
     float* const start = material.fogstart_dynamic != 0 ? values + --uniform_count : nullptr;
     float first = start != nullptr ? *start : as_written(material.fogstart);
@@ -580,6 +594,7 @@ static void widen_fog_uniforms(const material_record& material, uint32_t uniform
     if (first != last)
         return;
     if (end == nullptr) { // the end stands in the text: the start gives way
+        assert(start != nullptr);
         *start = std::min(last - least_fog_width, std::nextafter(last, -FLT_MAX));
         return;
     }
@@ -592,6 +607,7 @@ static void widen_fog_uniforms(const material_record& material, uint32_t uniform
 void evaluate_uniforms(const material_record& material, const table<animation_function>& functions, uint32_t time,
     float values[user_uniform_count])
 {
+    assert(material.program != nullptr);
     uint32_t count = 0;
     for (uint32_t i = 0; i < user_uniform_count; ++i) {
         const uint32_t function = material.program->uniform_functions[i];

@@ -2,6 +2,9 @@
 
 #include "model/records.h"
 
+#include <cassert>
+#include <iterator>
+
 uint32_t layout_text(const char text[32], const font_record& font, std::span<placed_glyph, max_placed_glyphs> out)
 {
     uint32_t length = 0;
@@ -19,6 +22,7 @@ uint32_t layout_text(const char text[32], const font_record& font, std::span<pla
         if (glyph == glyph_none)
             continue;
 
+        assert(glyph < std::size(font.glyphs) && placed < out.size());
         const glyph_record& record = font.glyphs[glyph];
         pen = static_cast<float>(static_cast<double>(pen) - record.offset);
         if (record.model == 0) {

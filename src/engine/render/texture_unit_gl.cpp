@@ -5,6 +5,8 @@
 
 #include <GL/glew.h>
 
+#include <cassert>
+
 // ---- the picture ----------------------------------------------------------------
 
 static GLint wrap_constant(uint8_t wrap)
@@ -23,6 +25,7 @@ static GLint wrap_constant(uint8_t wrap)
 // The texture is bound to the unit. How it wraps stays with it wherever it is bound.
 static void set_wrap(uint32_t number, bool cube_map, uint32_t texture, uint8_t wrap, gl_state& gl)
 {
+    assert(texture != 0 && texture != unknown_name);
     if (texture >= gl.wraps.size())
         gl.wraps.resize(size_t{texture} + 1, unknown_kind);
     if (gl.wraps[texture] == wrap || wrap == wrap_as_it_is)
@@ -36,6 +39,7 @@ static void set_wrap(uint32_t number, bool cube_map, uint32_t texture, uint8_t w
 
 void bind_unit_gl(uint32_t number, const unit_state& unit, gl_state& gl)
 {
+    assert(number < texture_unit_count && unit.used);
     const uint32_t texture = unit.cube_map ? unit.cube_texture : unit.flat_texture;
     const uint32_t other = unit.cube_map ? unit.flat_texture : unit.cube_texture;
     if (other != 0) // a program may look at it
@@ -99,12 +103,14 @@ static void set_environment(GLenum name, GLint value)
 // Argument 0..2 of the colour combiner.
 static void set_color_argument(uint32_t number, GLint source, GLint operand)
 {
+    assert(number < 3);
     set_environment(GL_SOURCE0_RGB + number, source);
     set_environment(GL_OPERAND0_RGB + number, operand);
 }
 
 static void set_alpha_argument(uint32_t number, GLint source)
 {
+    assert(number < 3);
     set_environment(GL_SOURCE0_ALPHA + number, source);
     set_environment(GL_OPERAND0_ALPHA + number, GL_SRC_ALPHA);
 }
@@ -252,6 +258,7 @@ static void switch_unit_on(uint32_t number, bool cube_map, gl_state& gl)
 
 void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& caps, gl_state& gl)
 {
+    assert(number < texture_unit_count && unit.used);
     if (!unit.on)
         return switch_unit_off(number, gl);
     known_unit& known = gl.units[number];
