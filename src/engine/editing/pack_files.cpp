@@ -41,17 +41,20 @@ void* pack_find_entry_ktx(FILE* pack, const char* name, uint32_t* out_size)
 // One line on standard error: "Error: BEFORE NAME BEHIND", with the name as it may be shown.
 static bool refuse(const char* before, const std::string& name, const std::string& behind)
 {
+    assert(before != nullptr);
     std::fprintf(stderr, "Error: %s%s%s.\n", before, printable(name).c_str(), behind.c_str());
     return false;
 }
 
 static bool refuse_entry(const std::string& name, const char* problem)
 {
+    assert(problem != nullptr);
     return refuse("the entry \"", name, std::string("\" ") + problem);
 }
 
 static bool refuse_writing(const std::string& path, const char* problem)
 {
+    assert(problem != nullptr);
     return refuse("cannot write ", path, std::string(": ") + problem);
 }
 
@@ -168,6 +171,7 @@ struct pack_source {
 
 static bool prepare_file(pack_source& source, const file_identity& output)
 {
+    assert(!source.path.empty());
     file_identity which = {};
     if (!open_source(source.path, source.size, which))
         return false;
@@ -176,6 +180,7 @@ static bool prepare_file(pack_source& source, const file_identity& output)
 
 static bool prepare_old_entry(pack_source& source, FILE* old_pack)
 {
+    assert(source.name != nullptr && source.path.empty());
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
     const char* problem = "";
@@ -201,6 +206,7 @@ static bool prepare_old_entry(pack_source& source, FILE* old_pack)
 static bool prepare_sources(
     const pack_file_list* list, const char* out_path, FILE* old_pack, bool tell, std::vector<pack_source>& sources)
 {
+    assert(sources.empty());
     int old_count = 0;
     for (const pack_file_list* node = list; node && node->name; node = node->next) {
         if (!name_is_accepted(node->name))
@@ -249,6 +255,7 @@ static std::vector<uint8_t> make_head(const std::vector<pack_source>& sources)
     uint32_t start = static_cast<uint32_t>(head.size());
     uint8_t* slot = head.data() + pack_index_offset;
     for (const pack_source& source : sources) {
+        assert(start + source.size <= offset_count); // prepare_sources refuses more
         const auto size = static_cast<uint32_t>(source.size);
         assert(std::strlen(source.name) < pack_name_size); // prepare_sources refuses others
         std::memcpy(slot, source.name, std::strlen(source.name));
@@ -275,6 +282,7 @@ static bool write_file_source(const pack_source& source, new_file& out, const ch
 
 static bool write_bytes(const uint8_t* bytes, uint64_t size, new_file& out, const std::string& out_path)
 {
+    assert(bytes != nullptr || size == 0);
     const char* problem = new_file_write(out, bytes, static_cast<size_t>(size));
     return !problem || refuse_writing(out_path, problem);
 }

@@ -2,6 +2,7 @@
 
 #include "content/pack.h"
 
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,6 +13,7 @@ pack_file_list* pack_file_list_new()
 
 static void free_strings(pack_file_list* node)
 {
+    assert(node != nullptr);
     std::free(node->name);
     std::free(node->source_dir);
     node->name = nullptr;
@@ -29,6 +31,7 @@ pack_file_list* pack_file_list_append(pack_file_list* list, char* name, char* so
         std::free(source_dir);
         return last;
     }
+    assert(last->name == nullptr && last->next == nullptr); // the list's empty end
     last->name = name;
     last->source_dir = source_dir;
     last->next = new_last;

@@ -1,6 +1,7 @@
 #include "editing/table_edit.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 
@@ -13,6 +14,7 @@ static bool is_live(const record_table* table, uint32_t handle)
 
 static void put_at(record_table& table, uint32_t position, uint32_t handle)
 {
+    assert(position >= 1 && position <= table.count && handle >= 1 && handle <= record_table_capacity);
     table.order[position] = handle;
     table.position[handle] = position;
 }
@@ -35,6 +37,7 @@ void record_table_remove_at(record_table* table, uint32_t position)
     if (!is_live(table, handle))
         return;
 
+    assert(position >= 1 && position <= table->count); // only there is a live one
     std::free(table->records[handle]);
     table->records[handle] = nullptr;
     table->handle_echo[handle] = 0;

@@ -7,6 +7,7 @@
 #include "content/xmlz.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -138,6 +139,7 @@ struct xml_writer {
 
 static void put(xml_writer& writer, const char* piece)
 {
+    assert(piece != nullptr);
     writer.failed = writer.failed || !buffer_printf(&writer.text, &writer.capacity, &writer.used, "%s", piece);
 }
 
@@ -155,6 +157,7 @@ static void put_indentation(xml_writer& writer, size_t depth)
 // The start tag up to its last attribute.
 static void put_start(xml_writer& writer, const xml_node* node, size_t depth)
 {
+    assert(node->attribute_count == 0 || node->attributes != nullptr);
     put_indentation(writer, depth);
     put(writer, "<");
     if (node->name)
@@ -182,6 +185,7 @@ static void put_end(xml_writer& writer, const xml_node* node, size_t depth)
 // Writes what does not depend on the children; true when they are still to come.
 static bool put_node(xml_writer& writer, const xml_node* node, size_t depth)
 {
+    assert(node != nullptr);
     put_start(writer, node, depth);
     if (node->text) { // text and closing tag are one piece, and are cut as one
         writer.failed = writer.failed
