@@ -13,7 +13,7 @@ void sound_start()
 
 bool sound_open(const sound_spec& wanted, sound_callback callback, void* userdata, sound_spec& obtained)
 {
-    assert(callback != nullptr);
+    assert(callback != nullptr && wanted.rate > 0 && wanted.channels > 0 && wanted.samples > 0);
     SDL_AudioSpec requested = {};
     requested.freq = wanted.rate;
     requested.format = AUDIO_S16LSB;

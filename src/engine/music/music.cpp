@@ -20,6 +20,7 @@ constexpr uint32_t start_patience_ms = 10000;
 
 static void audio_callback(void* userdata, uint8_t* stream, int len)
 {
+    assert(userdata != nullptr);
     sound_feed& feed = *static_cast<sound_feed*>(userdata);
     const uint32_t bytes = len > 0 ? static_cast<uint32_t>(len) : 0;
     const uint32_t total = feed.bytes_total.load(std::memory_order_relaxed);
@@ -42,6 +43,7 @@ static void audio_callback(void* userdata, uint8_t* stream, int len)
 // A folder of that name beside the pack is no music: the file may lie under "music/".
 static FILE* open_music_file(const char* file)
 {
+    assert(file != nullptr);
     FILE* opened = open_plain_file(file);
     if (opened == nullptr)
         opened = open_plain_file((std::string("music/") + file).c_str());
@@ -50,6 +52,7 @@ static FILE* open_music_file(const char* file)
 
 static void open_decoder(music_state& music)
 {
+    assert(music.music_file != nullptr && music.feed.decoder == nullptr);
     if (vorbis_comments_fit(music.music_file))
         music.feed.decoder = stb_vorbis_open_file(music.music_file, 1, &music.decoder_error, nullptr);
 }
@@ -91,6 +94,7 @@ uint32_t music_start_clock(const music_state& music, int32_t music_enabled, bool
     const uint32_t start = last_fill > 0.001 ? sound_ticks() - last_fill : 0;
     if (music_enabled != 1)
         return start;
+    assert(music.music_file != nullptr); // music_open has begun it
     const uint32_t waiting_since = sound_ticks();
     while (music.feed.audio_started.load(std::memory_order_relaxed) != 1) {
         if (sound_ticks() - waiting_since > start_patience_ms) {

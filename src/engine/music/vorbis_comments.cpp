@@ -1,5 +1,6 @@
 #include "music/vorbis_comments.h"
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -32,6 +33,7 @@ static bool skip_first_page(FILE* file)
 // The packet that begins on the page at hand, which may go on over any number of pages.
 static bool read_packet(FILE* file, std::vector<uint8_t>& packet)
 {
+    assert(packet.empty());
     std::vector<uint8_t> segment_sizes;
     while (read_page_head(file, segment_sizes)) {
         for (const uint8_t segment : segment_sizes) {
@@ -51,6 +53,7 @@ static bool read_packet(FILE* file, std::vector<uint8_t>& packet)
 // Takes a little-endian number off the front; false when there is none.
 static bool take_number(const std::vector<uint8_t>& packet, size_t& at, uint32_t& number)
 {
+    assert(at <= packet.size());
     if (packet.size() - at < 4)
         return false;
     number = packet[at] | static_cast<uint32_t>(packet[at + 1]) << 8 | static_cast<uint32_t>(packet[at + 2]) << 16
@@ -65,6 +68,7 @@ static bool skip_text(const std::vector<uint8_t>& packet, size_t& at)
     if (!take_number(packet, at, length) || length > packet.size() - at)
         return false;
     at += length;
+    assert(at <= packet.size());
     return true;
 }
 
@@ -84,6 +88,7 @@ static bool texts_fit(const std::vector<uint8_t>& packet)
 
 bool vorbis_comments_fit(FILE* file)
 {
+    assert(file != nullptr);
     std::vector<uint8_t> packet;
     std::rewind(file);
     const bool fit = skip_first_page(file) && read_packet(file, packet) && texts_fit(packet);
