@@ -3,6 +3,7 @@
 #include "shell/player_choices.h"
 
 #include <algorithm>
+#include <cassert>
 
 // OpenGL's numbers for the formats, by their names there.
 constexpr uint32_t gl_rgb = 0x1907;
@@ -20,6 +21,7 @@ constexpr size_t rule_length = 74;
 
 static void add_line(capability_report& report, const char* text)
 {
+    assert(text != nullptr);
     report.text += text;
     report.text += '\n';
 }
@@ -65,6 +67,7 @@ static void report_textures(capability_report& report, const driver_offer& offer
 // that would name it shrinks to a dot where there is none.
 static void report_rendering_path(capability_report& report, const driver_offer& offer, const player_choices& choices)
 {
+    assert(choices.use_glsl == 0 || choices.use_glsl == 1);
     report.glsl_path = static_cast<int8_t>(choices.use_glsl);
     if (choices.use_glsl == 1 && !offer.shader_objects) {
         report.glsl_path = 0;
@@ -72,6 +75,7 @@ static void report_rendering_path(capability_report& report, const driver_offer&
     }
     report.caps.nv_combine4 = offer.nv_combine4 ? 1 : 0;
     report.caps.ati_combine3 = offer.ati_combine3 && !offer.nv_combine4 ? 1 : 0;
+    assert(report.caps.nv_combine4 + report.caps.ati_combine3 <= 1);
 
     if (report.glsl_path == 1) {
         add_line(report, "Using GLSL shaders.");
@@ -98,6 +102,7 @@ static uint32_t bump_map_format(const driver_offer& offer)
 // A compressed format is the plain one where the driver does not compress.
 static uint32_t internal_format(texture_format_kind kind, const driver_offer& offer)
 {
+    assert(kind < texture_format_count);
     const bool compresses = offer.texture_compression;
     switch (kind) {
     case texture_format_rgb:

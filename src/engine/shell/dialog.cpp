@@ -58,6 +58,7 @@ static void draw(app_window& window, const dialog_pictures& pictures, const dial
     window_rect background = {};
     for (uint32_t i = 0; i < drawing.count; ++i) {
         const dialog_blit& blit = drawing.blits[i];
+        assert(blit.image < dialog_image_count);
         const window_rect place = window_draw(window, pictures.of[blit.image], blit.x, blit.y);
         if (blit.image == dialog_image_background)
             background = place; // with the size that was drawn
@@ -67,6 +68,7 @@ static void draw(app_window& window, const dialog_pictures& pictures, const dial
 
 static dialog_result dialog_loop(app_window& window, const dialog_pictures& pictures, player_choices& choices)
 {
+    assert(window.surface != nullptr);
     dialog_state state;
     dialog_begin(state, choices);
     for (;;) {
@@ -89,6 +91,7 @@ static dialog_result dialog_loop(app_window& window, const dialog_pictures& pict
 dialog_result run_dialog(player_choices& choices, player_display& display)
 {
     app_window& window = display.window;
+    assert(window.surface == nullptr); // the first of the run
     if (!window_start())
         return fail_without_display(window);
     read_desktop_size(display);

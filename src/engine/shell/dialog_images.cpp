@@ -1,5 +1,6 @@
 #include "shell/dialog_images.h"
 
+#include <cassert>
 #include <cstddef>
 
 // The assembler lays the files between two labels, so no generated copy of them is
@@ -29,6 +30,7 @@ EMBED_FILE(dialog_bmp_path, "path.bmp")
 
 static std::span<const uint8_t> between(const uint8_t* begin, const uint8_t* end)
 {
+    assert(begin < end);
     return {begin, static_cast<size_t>(end - begin)};
 }
 

@@ -167,6 +167,7 @@ void dialog_begin(dialog_state& state, const player_choices& choices)
 
 dialog_pass_result dialog_pass(dialog_state& state, player_choices& choices, int32_t x, int32_t y, bool left_down)
 {
+    assert(state.start_armed <= 1 && (state.toggle_latch == 0 || state.toggle_latch == 1));
     const bool on_armed_start = inside(start_button, x, y) && state.start_armed != 0;
     if (!left_down) {
         // A pressed button that the pointer left while held stays on screen until the next
@@ -192,7 +193,7 @@ template <uint32_t count> static int16_t highlight_y(const list_row (&rows)[coun
 
 static void add_blit(dialog_drawing& drawing, dialog_image image, int16_t x, int16_t y)
 {
-    assert(drawing.count < max_dialog_blits);
+    assert(image < dialog_image_count && drawing.count < max_dialog_blits);
     drawing.blits[drawing.count++] = {image, x, y};
 }
 

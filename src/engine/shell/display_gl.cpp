@@ -36,12 +36,14 @@ static bool attempt(display_step step, player_display& display, bool fullscreen)
     case display_step_other_resolution:
         break;
     }
+    assert(false); // no attempt
     return false;
 }
 
 // The window is gone before the line appears.
 static display_result fail(app_window& window, const char* line)
 {
+    assert(line != nullptr);
     window_shut_down(window);
     log_message(0, line);
     return display_failed;
@@ -64,6 +66,7 @@ static display_result open_window(player_display& display, const player_choices&
 // The first visible frame is black.
 static void begin_drawing(app_window& window, bool fullscreen)
 {
+    assert(window.surface != nullptr);
     clear_screen_gl();
     window_swap(window);
     set_unchanging_state_gl();
@@ -82,7 +85,8 @@ void prepare_display(player_display& display, const player_choices& choices)
 
 display_result open_display(player_display& display, const player_choices& choices)
 {
-    assert(display.screen_width > 0 && display.screen_height > 0);
+    assert(display.screen_width > 0 && display.screen_height > 0); // prepare_display was called
+    assert(display.glsl_path == choices.use_glsl);
     window_start_timer();
     if (open_window(display, choices) != display_open)
         return display_failed;

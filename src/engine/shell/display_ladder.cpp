@@ -1,7 +1,10 @@
 #include "shell/display_ladder.h"
 
+#include <cassert>
+
 display_step next_display_step(display_step step, bool opened, bool antialiasing)
 {
+    assert(step <= display_step_other_resolution);
     switch (step) {
     case display_step_chosen:
         if (opened)

@@ -4,6 +4,8 @@
 
 #include <GL/glew.h>
 
+#include <cassert>
+
 // Buffer objects came as an extension before they came with OpenGL 1.5, with the same
 // functions under other names: the renderer knows the later names only.
 static void adopt_buffer_functions()
@@ -58,6 +60,7 @@ driver_offer ask_driver_gl()
 
 void apply_report_gl(player_display& display, const capability_report& report)
 {
+    assert(report.texture_units <= max_texture_units && (report.glsl_path == 0 || report.glsl_path == 1));
     display.caps = report.caps;
     display.loading_caps = report.loading_caps;
     display.texture_formats = report.formats;

@@ -1,5 +1,6 @@
 #include "shell/interrupt.h"
 
+#include <cassert>
 #include <csignal>
 
 constexpr int ending_signals[] = {SIGINT, SIGTERM};
@@ -11,6 +12,7 @@ static void note_interrupt(int);
 // Gives the signals that are handled by `from` to `to`. Callable in a handler.
 static void hand_over(void (*from)(int), void (*to)(int))
 {
+    assert(from != to);
     for (const int signal : ending_signals) {
         struct sigaction action = {};
         if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != from)

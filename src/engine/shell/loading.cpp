@@ -9,11 +9,13 @@
 #include "texgen/texture_graph.h"
 #include "texgen/texture_upload_gl.h"
 
+#include <cassert>
 #include <cstdlib>
 
 void document_loader_begin(
     document_loader& loader, document& target, const xml_node* root, FILE* pack, const loading_options& options)
 {
+    assert(target.name != nullptr); // document_create was called
     loader = {};
     loader.options = options;
     document_reader_begin(loader.reader, target, root, pack);
@@ -23,7 +25,9 @@ static void make_generated_image(document& d)
 {
     if (d.generated_image_count == 0)
         return;
+    assert(d.generated_images != nullptr);
     generated_image& image = d.generated_images[d.generated_image_count - 1];
+    assert(image.pixels == nullptr); // the one that was read last
     image.pixels = static_cast<uint8_t*>(std::calloc(generated_size * generated_size, 3));
     if (image.pixels != nullptr)
         generate_image(image, generated_size);
@@ -52,6 +56,7 @@ static void make_program(document& d, uint32_t handle, material_record& material
 
 static void make_record(document& d, uint32_t section, uint32_t handle, const loading_options& options)
 {
+    assert(section >= 1 && section < no_more_sections);
     switch (static_cast<document_section>(section)) {
     case section_generated_images:
         make_generated_image(d);
@@ -104,6 +109,7 @@ constexpr size_t printed_warnings = 20;
 static void print_new_warnings(document_loader& loader)
 {
     const auto& problems = loader.reader.problems;
+    assert(loader.problems_seen <= problems.size());
     for (; loader.problems_seen < problems.size(); ++loader.problems_seen) {
         const document_problem& problem = problems[loader.problems_seen];
         if (problem.fatal)
@@ -126,6 +132,7 @@ read_step document_loader_step(document_loader& loader)
     document_reader& reader = loader.reader;
     const read_step step = document_read_step(reader);
     print_new_warnings(loader);
+    assert(step != read_failed || !loader.error.empty());
     if (step == read_done || step == read_failed)
         print_count_of_the_rest(reader);
     if (step == read_record)
@@ -153,6 +160,7 @@ bool document_loader_run(document_loader& loader)
 bool load_document(FILE* pack, const char* name, timeline* t, const loading_options& options, document& target,
     owned_tree& tree, std::string& problem)
 {
+    assert(name != nullptr && tree == nullptr);
     document_create(target, name, t);
     tree.reset(load_document_tree(pack, name, problem));
     if (tree == nullptr)

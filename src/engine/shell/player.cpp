@@ -78,6 +78,7 @@ static bool load_production(player_show& show, player_display& display, player_c
         switch (document_loader_step(loader)) {
         case read_record:
             clock.progress_done += find_section(loader.reader.section)->is_progress ? 1 : 0;
+            assert(clock.progress_done <= clock.progress_total);
             if (window_ticks() - clock.progress_ticks > loading_frame_interval_ms)
                 show_loading_frame(show.loading, display, clock, drawing);
             break;
@@ -105,6 +106,7 @@ static bool start_music(music_state& music, player_choices& choices, const xml_n
 
 static void start_clock(player_clock& clock, player_choices& choices, music_state& music)
 {
+    assert(clock.frame_count == 0);
     music_clear_counters(music);
     bool given_up = false;
     if (choices.music_enabled == 1)
@@ -135,6 +137,7 @@ static void close_pack(player_show& show)
 // One pass a frame, as fast as drawing and swapping allow: the clock decides what is shown.
 static void play(player_settings& settings, renderer& drawing)
 {
+    assert(settings.show.pack != nullptr && settings.display.window.surface != nullptr);
     const player_display& display = settings.display;
     player_clock& clock = settings.clock;
     forget_objects(drawing.gl); // the production has been made
@@ -164,6 +167,7 @@ static void play(player_settings& settings, renderer& drawing)
 // Says what is wrong with a document, behind the window's end. Returns the exit status.
 static int report_broken(app_window& window, const std::string& line)
 {
+    assert(!line.empty());
     window_shut_down(window);
     log_message(0, line.c_str());
     return 1;
@@ -172,6 +176,7 @@ static int report_broken(app_window& window, const std::string& line)
 // Without the production's tables: the viewer closed the dialog before there were any.
 static void leave_dialog(player_show& show, app_window& window)
 {
+    assert(show.pack == nullptr);
     std::puts("Bye!");
     timeline_free(std::exchange(show.production_timeline, nullptr));
     window_shut_down(window);
@@ -179,6 +184,7 @@ static void leave_dialog(player_show& show, app_window& window)
 
 static void leave_show(player_show& show, renderer& drawing, app_window& window)
 {
+    assert(show.pack == nullptr); // playing has closed it
     std::puts("Bye!");
     unload_document(show.production);
     release_renderer_gl(drawing);
@@ -189,6 +195,7 @@ static void leave_show(player_show& show, renderer& drawing, app_window& window)
 // What the viewer wants, and the pack. False: the process ends with `status`.
 static bool ask_viewer(player_settings& settings, int& status)
 {
+    assert(settings.show.loading_timeline == nullptr && settings.show.production_timeline == nullptr);
     settings.show.loading_timeline = timeline_new();
     settings.show.production_timeline = timeline_new();
     status = 1;

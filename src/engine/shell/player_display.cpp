@@ -64,5 +64,6 @@ void choose_screen_size(player_display& display, const player_choices& choices)
 
 frame_view screen_view(const player_display& display)
 {
+    assert(display.screen_width > 0 && display.screen_height > 0);
     return {display.screen_width, display.screen_height, display.aspect};
 }

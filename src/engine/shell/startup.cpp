@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -47,12 +48,14 @@ void fix_video_environment()
 
 static bool names_a_pack(const char* name)
 {
+    assert(name != nullptr);
     const size_t length = std::strlen(name);
     return length >= pack_suffix_length && std::strcmp(name + length - pack_suffix_length, pack_suffix) == 0;
 }
 
 std::string first_pack_name(const char* folder)
 {
+    assert(folder != nullptr);
     std::string name;
     DIR* directory = opendir(folder);
     if (directory == nullptr)

@@ -50,6 +50,7 @@ window_size window_desktop_size()
 
 static bool open_mode(app_window& window, window_size size, Uint32 flags)
 {
+    assert(size.width > 0 && size.height > 0);
     window.surface = SDL_SetVideoMode(static_cast<int>(size.width), static_cast<int>(size.height), window_depth, flags);
     return window.surface != nullptr;
 }
@@ -73,6 +74,7 @@ bool window_open_opengl(app_window& window, window_size size, bool fullscreen)
 
 void window_name(const char* title, const char* icon)
 {
+    assert(title != nullptr);
     SDL_WM_SetCaption(title, icon);
 }
 
@@ -90,6 +92,7 @@ void window_hide_pointer()
 
 window_picture window_load_picture(std::span<const uint8_t> file)
 {
+    assert(!file.empty());
     return {SDL_LoadBMP_RW(SDL_RWFromConstMem(file.data(), static_cast<int>(file.size())), 0)};
 }
 
