@@ -287,7 +287,8 @@ TEST_CASE("a layer's clear colour is the next clear's, also the next frame's fir
     b.time = 50;
     for (const std::string before : {"", "glClearColor(0, 0.5, 0, 1)\n"}) { // a new context clears to nothing
         b.compose();
-        CHECK(take_gl_calls({"glClear", "glClearColor"}) == "\n" + before + R"(glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)
+        CHECK(take_gl_calls({"glClear", "glClearColor"})
+            == "\n" + before + R"(glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)
 glClearColor(1, 0, 0, 1)
 glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)
 )");
@@ -709,6 +710,51 @@ glLoadMatrixf([8 0 0 0 0 -4 0 0 0 0 -1 0 -5 2 0 1])
 )") != std::string::npos);
     b.compose();
     CHECK(take_gl_calls({"glViewport"}) == "\nglViewport(0, 0, 256, 128)\nglViewport(0, 0, 200, 300)\n");
+}
+
+// A layer of one second behind those of the first track.
+static void add_second(record_bench& b, uint32_t type, uint32_t rtex = 0)
+{
+    layer_record layer = wide_layer(b, type);
+    layer.length = 100;
+    layer.rtex = rtex;
+    add_layer(b.content, 0, layer);
+}
+
+TEST_CASE("a first layer that keeps the viewport has that of the frame before, also in tiles")
+{
+    record_bench b;
+    add_second(b, render_simple);
+    add_second(b, render_to_texture, add_target(b, 7, 256, 128));
+    add_second(b, render_link);
+    const auto viewports = [&b](uint32_t time) {
+        b.time = time;
+        b.compose();
+        return take_gl_calls({"glViewport"});
+    };
+    CHECK(viewports(50) == "\nglViewport(0, 0, 800, 600)\n");
+    b.view.tile = {400, 150, 200, 300};
+    CHECK(viewports(250) == "\nglViewport(0, 0, 200, 300)\n");
+    b.view.tile = {600, 150, 100, 300};
+    CHECK(viewports(251) == "\nglViewport(0, 0, 100, 300)\n");
+    CHECK(viewports(150) == "\nglViewport(0, 0, 256, 128)\n");
+    CHECK(viewports(252) == "\n"); // no tile cuts a target
+}
+
+TEST_CASE("a first layer that keeps the viewport has that of a frame that nobody saw")
+{
+    record_bench b;
+    add_second(b, render_simple);
+    add_second(b, render_link);
+    const draw_context context = context_for(b.d, b.caps, false);
+    const frame_layers layers = plan_layers(b.d, 50, b.view, b.caps);
+    advance_frame(layers, context, b.r);
+    plan_frame(layers, context, b.view, b.r);
+    draw_lasting_gl(context, b.r);
+    CHECK(take_gl_calls({"glViewport"}) == "\n");
+    b.time = 150;
+    b.compose();
+    CHECK(take_gl_calls({"glViewport"}) == "\nglViewport(0, 0, 800, 600)\n");
 }
 
 TEST_CASE("a tile of a perspective picture moves with the distance")

@@ -42,6 +42,7 @@ static frame_layers two_layers()
     layers.layer_count = 2;
     layers.layers[0].clear = clear_color | clear_depth;
     layers.layers[0].projection = projection_perspective;
+    layers.layers[0].viewport_width = 640;
     layers.layers[1].track = 5;
     return layers;
 }
@@ -70,6 +71,21 @@ TEST_CASE("A frame whose first layer keeps the view of the frame before is tiled
     frame_layers layers = two_layers();
     layers.layers[0].projection = projection_kept;
     CHECK(tiling_problem({}, layers).empty());
+}
+
+TEST_CASE("A frame whose first layer may keep the view of a texture is not tiled")
+{
+    document d = {};
+    document_create(d, "test", timeline_new());
+    frame_layers layers = two_layers();
+    layers.layers[0].viewport_width = 0;
+    CHECK(tiling_problem(d, layers).empty());
+    d.timeline->layer_count[2] = 1;
+    d.timeline->layers[2][0].rtex = 7;
+    CHECK(tiling_problem(d, layers) == "its first layer keeps the view of the frame before");
+    layers.layers[0].viewport_width = 640;
+    CHECK(tiling_problem(d, layers).empty());
+    document_free(d);
 }
 
 TEST_CASE("Frames that show what others drew into a texture are not tiled")

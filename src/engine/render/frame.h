@@ -266,6 +266,9 @@ void clear_planned(frame& f);
 struct standing_state {
     float projection[16];
     float clear_color[4];
+    uint32_t viewport_width; // of the last layer that chose one; 0: none has
+    uint32_t viewport_height;
+    bool viewport_on_screen; // so that tiles cut it
     material_state material;
     program_state program;
 };

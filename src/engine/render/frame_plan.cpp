@@ -69,13 +69,30 @@ static void plan_recreation(const layer_plan& layer, const document& d, standing
     make_target(*target, f.recreations.back());
 }
 
-static void plan_viewport(const layer_plan& layer, const frame_tile& tile, frame& f)
+static void add_viewport(const standing_state& standing, const frame_tile& tile, frame& f)
+{
+    const bool cut = tile.width != 0 && standing.viewport_on_screen;
+    f.viewports.push_back({cut ? tile.width : standing.viewport_width, cut ? tile.height : standing.viewport_height});
+    add_command(f, command_viewport, f.viewports.size());
+}
+
+static void plan_viewport(const layer_plan& layer, const frame_tile& tile, standing_state& standing, frame& f)
 {
     if (layer.viewport_width == 0)
         return;
-    const bool cut = tile.width != 0 && layer.target == 0; // the screen, in tiles
-    f.viewports.push_back({cut ? tile.width : layer.viewport_width, cut ? tile.height : layer.viewport_height});
-    add_command(f, command_viewport, f.viewports.size());
+    standing.viewport_width = layer.viewport_width;
+    standing.viewport_height = layer.viewport_height;
+    standing.viewport_on_screen = layer.target == 0;
+    add_viewport(standing, tile, f);
+}
+
+// A first layer that keeps the viewport has that of the frame before, which may have been passed
+// unseen, or drawn in tiles.
+static void plan_kept_viewport(
+    const layer_plan& first_layer, const frame_tile& tile, const standing_state& standing, frame& f)
+{
+    if (first_layer.viewport_width == 0 && standing.viewport_width != 0)
+        add_viewport(standing, tile, f);
 }
 
 static clear_command clear_with(uint8_t bits, const standing_state& standing)
@@ -358,7 +375,7 @@ void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t 
     if (layer.flush_texture != 0)
         plan_copy(layer, *context.d, standing, f);
     plan_recreation(layer, *context.d, standing, f);
-    plan_viewport(layer, view.tile, f);
+    plan_viewport(layer, view.tile, standing, f);
     plan_clearing(layer, standing, f);
     standing.material.depth_test = layer.depth_test != 0;
     planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr};
@@ -371,6 +388,8 @@ void plan_frame(const frame_layers& layers, const draw_context& context, const f
 {
     assert(layers.layer_count <= track_count);
     clear_planned(r.f);
+    if (layers.layer_count != 0)
+        plan_kept_viewport(layers.layers[0], view.tile, r.standing, r.f);
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
         const auto begin = start_cost(costs);
         const uint32_t first = i == 0 ? 0 : r.f.mesh_end[i - 1];

@@ -20,6 +20,8 @@ std::string tiling_problem(const document& d, const frame_layers& layers)
     if (layers.layer_count == 0 || layers.layers[0].clear != (clear_color | clear_depth))
         return "it is drawn over the frame before";
     const std::vector<uint32_t> targets = render_targets(d);
+    if (layers.layers[0].viewport_width == 0 && !targets.empty()) // it may be a texture's
+        return "its first layer keeps the view of the frame before";
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
         const layer_plan& layer = layers.layers[i];
         if (layer.target != 0 || layer.flush_texture != 0)
