@@ -584,6 +584,37 @@ glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
     CHECK(take_gl_calls({"glBindTexture"}) == "\nglBindTexture(GL_TEXTURE_2D, 5)\nglBindTexture(GL_TEXTURE_2D, 7)\n");
 }
 
+TEST_CASE("a picture that was copied into wraps as a material said that drew nothing, or in a frame that nobody saw")
+{
+    record_bench b;
+    uint32_t swarm_material = 0;
+    material_record& clamped = b.add_material(&swarm_material);
+    clamped.texture[0] = b.add_image(7);
+    clamped.wrapmode[0] = wrap_edge_clamp;
+    uint32_t material = 0;
+    b.add_material(&material).texture[0] = b.add_image(5);
+    const uint32_t swarm = b.add_triangle();
+    b.arrays(swarm).index_count = 0;
+    layer_record layer = wide_layer(b, render_to_texture);
+    layer.model_id = b.add_scene(
+        {b.object(object_model, swarm, swarm_material), b.object(object_model, b.add_triangle(), material)});
+    layer.rtex = add_target(b, 7, 256, 128);
+    add_layer(b.content, 0, layer);
+    add_layer(b.content, 1, wide_layer(b, render_simple));
+    b.compose();
+    const std::string copied_and_drawn = R"(glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 256, 128)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE)
+glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 1 2])
+)";
+    CHECK(take_gl_calls({"glTexParameteri", "glCopyTexSubImage2D", "glDrawElements"}).ends_with(copied_and_drawn));
+
+    table_get(b.d.scene_table, layer.model_id)->objects[0].object = 0; // it was said once, and nobody saw it
+    b.r.gl = gl_state();
+    b.compose();
+    CHECK(take_gl_calls({"glTexParameteri", "glCopyTexSubImage2D", "glDrawElements"}).ends_with(copied_and_drawn));
+}
+
 TEST_CASE("a copy into the picture that the first unit shows leaves its wrapping alone")
 {
     record_bench b;

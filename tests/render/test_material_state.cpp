@@ -656,6 +656,37 @@ TEST_CASE("a picture bound for an upload is what the first unit sees, and wraps 
     CHECK(b.unit(0).wrap == wrap_edge_clamp);
 }
 
+TEST_CASE("a picture bound for a copy wraps as the last material that named it said, whatever came between")
+{
+    for (const bool glsl : {false, true}) {
+        state_bench b;
+        material_record clamped = {};
+        clamped.texture[0] = add_image(b, 7);
+        clamped.wrapmode[0] = wrap_edge_clamp;
+        give_program(clamped, 50);
+        material_record repeated = {};
+        repeated.texture[0] = add_image(b, 8);
+        give_program(repeated, 51);
+        b.apply(clamped, glsl);
+        b.apply(repeated, glsl);
+        bind_flat_texture(b.standing, 7);
+        CHECK(b.unit(0).wrap == wrap_edge_clamp);
+        bind_flat_texture(b.standing, 8);
+        CHECK(b.unit(0).wrap == wrap_repeat);
+        clamped.wrapmode[0] = wrap_repeat;
+        b.apply(clamped, glsl);
+        b.apply(repeated, glsl);
+        bind_flat_texture(b.standing, 7);
+        CHECK(b.unit(0).wrap == wrap_repeat);
+        forget_texture(b.standing, 7); // the name may come to stand for another picture
+        bind_flat_texture(b.standing, 8);
+        bind_flat_texture(b.standing, 7);
+        CHECK(b.unit(0).wrap == wrap_as_it_is);
+        std::free(clamped.program);
+        std::free(repeated.program);
+    }
+}
+
 TEST_CASE("beside a cube map a picture bound for an upload changes neither it nor how it wraps")
 {
     state_bench b;

@@ -55,7 +55,7 @@ struct mesh_to_draw {
 
 // ---- what stands when a mesh is drawn -------------------------------------------
 
-constexpr uint8_t wrap_as_it_is = 0xFF; // no material has shown the picture in this unit
+constexpr uint8_t wrap_as_it_is = 0xFF; // no material has shown the picture
 
 // One unit as materials and copies into textures have left it. On the shader path only
 // the textures and how they wrap count.
@@ -271,6 +271,8 @@ struct standing_state {
     bool viewport_on_screen; // so that tiles cut it
     material_state material;
     program_state program;
+    std::vector<uint8_t>
+        wraps; // wrap_kind that a material last gave a flat picture, by its OpenGL name, or wrap_as_it_is
 };
 
 // As the display's set-up leaves it.

@@ -44,15 +44,30 @@ static void set_wrap(material_state& state, uint32_t number)
             unit.wrap = set.wrap;
 }
 
-static void set_unit_texture(material_state& state, uint32_t number, const unit_plan& plan)
+// The picture keeps its wrapping out of sight, too: until it is bound to a unit again.
+static void remember_wrap(standing_state& standing, uint32_t texture, uint8_t wrap)
+{
+    if (texture >= standing.wraps.size())
+        standing.wraps.resize(size_t{texture} + 1, wrap_as_it_is);
+    standing.wraps[texture] = wrap;
+}
+
+static uint8_t remembered_wrap(const standing_state& standing, uint32_t texture)
+{
+    return texture < standing.wraps.size() ? standing.wraps[texture] : wrap_as_it_is;
+}
+
+static void set_unit_texture(standing_state& standing, uint32_t number, const unit_plan& plan)
 {
     assert(number < texture_unit_count);
-    unit_state& unit = state.units[number];
+    unit_state& unit = standing.material.units[number];
     unit.used = true;
     unit.cube_map = plan.cube_map;
     unit.wrap = plan.wrapmode < wrap_kind_count ? plan.wrapmode : uint8_t{wrap_repeat}; // beyond the catalogue
     (plan.cube_map ? unit.cube_texture : unit.flat_texture) = plan.texture;
-    set_wrap(state, number);
+    set_wrap(standing.material, number);
+    if (!plan.cube_map)
+        remember_wrap(standing, plan.texture, unit.wrap);
 }
 
 // The wrap of a cube map above it stays; a picture that was there already keeps its own.
@@ -60,7 +75,7 @@ void bind_flat_texture(standing_state& standing, uint32_t texture)
 {
     unit_state& unit = standing.material.units[0];
     if (!unit.cube_map && unit.flat_texture != texture)
-        unit.wrap = wrap_as_it_is;
+        unit.wrap = remembered_wrap(standing, texture);
     unit.flat_texture = texture;
 }
 
@@ -72,6 +87,8 @@ void forget_texture(standing_state& standing, uint32_t texture)
         if (unit.cube_texture == texture)
             unit.cube_texture = 0;
     }
+    if (texture < standing.wraps.size())
+        standing.wraps[texture] = wrap_as_it_is;
 }
 
 // ---- the fixed-function path --------------------------------------------------------
@@ -89,10 +106,10 @@ static void set_fixed_lights(const material_record& material, const material_con
 }
 
 static void set_fixed_unit(
-    uint32_t number, const unit_plan& plan, const material_context& context, material_state& state)
+    uint32_t number, const unit_plan& plan, const material_context& context, standing_state& standing)
 {
-    unit_state& unit = state.units[number];
-    set_unit_texture(state, number, plan);
+    unit_state& unit = standing.material.units[number];
+    set_unit_texture(standing, number, plan);
     unit.on = true;
     unit.coordinates = plan.cgenmode;
     unit.mesh_coordinates = !generates_coordinates(plan.cgenmode);
@@ -103,17 +120,18 @@ static void set_fixed_unit(
 // Quirk: units after the first empty one are not touched and keep the picture and the
 // combiner of an earlier material (tests/gl: "units after the first empty one keep what
 // an earlier material left").
-static void set_fixed_units(const material_record& material, const material_context& context, material_state& state)
+static void set_fixed_units(const material_record& material, const material_context& context, standing_state& standing)
 {
     const uint32_t limit = unit_limit(*context.caps, false);
     unit_plan units[texture_unit_count];
     const uint32_t count = plan_units(material, texture_tables_of(*context.d), limit, units);
     for (uint32_t i = 0; i < count; ++i)
-        set_fixed_unit(i, units[i], context, state);
+        set_fixed_unit(i, units[i], context, standing);
     if (count < limit) {
-        state.units[count].used = true;
-        state.units[count].on = false;
-        state.units[count].mesh_coordinates = false;
+        unit_state& first_empty = standing.material.units[count];
+        first_empty.used = true;
+        first_empty.on = false;
+        first_empty.mesh_coordinates = false;
     }
 }
 
@@ -129,7 +147,7 @@ void apply_material_fixed(const material_record& material, const material_contex
     state.fog_type = material.fogtype;
     if (material.fogtype != fog_none)
         state.fog = plan_fog(material, *context.d, context.time);
-    set_fixed_units(material, context, state);
+    set_fixed_units(material, context, standing);
 }
 
 // ---- the shader path ------------------------------------------------------------------
@@ -170,7 +188,7 @@ static void set_program_units(
     unit_plan units[texture_unit_count];
     const uint32_t count = plan_units(material, texture_tables_of(*context.d), texture_unit_count, units);
     for (uint32_t i = 0; i < count; ++i) {
-        set_unit_texture(standing.material, i, units[i]);
+        set_unit_texture(standing, i, units[i]);
         const bool reflects = units[i].cgenmode == coordinates_cube;
         if (units[i].rotation == 0 && !reflects)
             continue;

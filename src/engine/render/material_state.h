@@ -30,7 +30,7 @@ void apply_material_fixed(const material_record& material, const material_contex
 void apply_material_glsl(const material_record& material, const material_context& context, standing_state& standing);
 
 // A picture is bound to the first unit, for an upload or a copy into it: what that unit sees
-// from then on, wrapping as it did wherever it was shown.
+// from then on, wrapping as the last material that named it said, drawn or not.
 void bind_flat_texture(standing_state& standing, uint32_t texture);
 
 // A texture is deleted: no unit has it any more.
