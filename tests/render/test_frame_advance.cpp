@@ -5,6 +5,7 @@
 #include "effects/mesh_normals.h"
 #include "frame_bench.h"
 #include "model/glyphs.h"
+#include "model/values.h"
 #include "render/scene_plan.h"
 
 #include <doctest/doctest.h>
@@ -161,6 +162,68 @@ TEST_CASE("an object may name its mesh through a reference")
     advance(b, layers_of(b, {object_at_origin(object_model, reference, material)}));
     REQUIRE(b.f.meshes.size() == 1);
     CHECK(b.f.meshes[0].mesh == &arrays_of(b, second));
+}
+
+// ---- numbers of materials -------------------------------------------------------------------
+
+// 0.25 up to tick 50, then a formula that does not exist: 1 at the first look at a time, and at
+// the next the value before.
+static uint32_t add_forgetful(frame_bench& b)
+{
+    animation_function function = empty_function();
+    add_segment(function, segment_constant, 50, {0.25f});
+    add_segment(function, segment_kind_count, 1000, {});
+    const uint32_t handle = add_function(b.content, function);
+    CHECK(function_value(b.d.function_table, handle, 10) == 0.25f);
+    return handle;
+}
+
+// A uniform on the shader path, else red.
+static float first_number(const frame_bench& b, uint32_t mesh)
+{
+    const material_numbers& numbers = b.f.numbers[b.f.meshes[mesh].numbers];
+    return b.context.glsl ? numbers.uniforms[0] : numbers.color[0];
+}
+
+// What its draw holds of it.
+static float drawn_number(const frame_bench& b, uint32_t mesh)
+{
+    const draw_command& draw = b.f.draws[mesh];
+    return b.context.glsl ? b.f.programs[draw.program].uniforms[0] : b.f.materials[draw.material].color[0];
+}
+
+TEST_CASE("functions of materials are asked mesh by mesh, in the order of drawing")
+{
+    for (const bool glsl : {false, true}) {
+        frame_bench b;
+        b.context.glsl = glsl;
+        const uint32_t forgetful = add_forgetful(b);
+        uint32_t material = 0;
+        material_record& record = add_material(b, &material);
+        record.color[0] = static_cast<float>(forgetful);
+        record.color_dynamic[0] = 1;
+        give_program(record, 50).uniform_functions[0] = forgetful;
+        const scene_object plain = object_at_origin(object_model, add_mesh(b), material);
+        scene_object moving = plain;
+        moving.values[0] = {static_cast<float>(forgetful), 1};
+        const uint32_t twice = add_scene(b.content, {plain, plain});
+        const uint32_t moved_first = add_scene(b.content, {moving});
+        const frame_layers layers
+            = layers_of({layer_of(twice, 100), layer_of(moved_first, 200), layer_of(moved_first, 300)});
+        advance(b, layers);
+        REQUIRE(b.f.meshes.size() == 4);
+        CHECK(first_number(b, 0) == 1.0f);
+        CHECK(first_number(b, 1) == 0.25f); // the second look at tick 100
+        CHECK(first_number(b, 2) == 0.25f); // its place was the first one
+        CHECK(first_number(b, 3) == 0.25f);
+        CHECK(b.f.numbers.size() == 2); // equal ones in a row are kept once
+        CHECK(b.f.placements[2].position[0] == 1.0f);
+        CHECK(b.f.placements[3].position[0] == 1.0f);
+        plan(b, layers);
+        REQUIRE(b.f.draws.size() == 4);
+        for (uint32_t mesh = 0; mesh < 4; ++mesh)
+            CHECK(drawn_number(b, mesh) == first_number(b, mesh));
+    }
 }
 
 TEST_CASE("a frame begins empty again, and its lists keep their storage")

@@ -30,13 +30,13 @@ struct state_bench : frame_bench {
     {
         const material_context with = {.d = &d,
             .caps = &context.caps,
-            .time = time,
             .camera_angles = {camera_angles[0], camera_angles[1]},
             .modelview = modelview};
+        const material_numbers numbers = evaluate_material(material, d, time, glsl);
         if (glsl)
-            apply_material_glsl(material, with, standing);
+            apply_material_glsl(material, numbers, with, standing);
         else
-            apply_material_fixed(material, with, standing);
+            apply_material_fixed(material, numbers, with, standing);
     }
     const material_state& state() const
     {

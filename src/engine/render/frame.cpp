@@ -9,6 +9,7 @@ void clear_advanced(frame& f)
     f.pixels.clear();
     f.moved.clear();
     f.pictures.clear();
+    f.numbers.clear();
     f.meshes.clear();
 }
 

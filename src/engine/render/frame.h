@@ -44,6 +44,7 @@ struct fresh_picture {
 struct mesh_to_draw {
     mesh_arrays* mesh;
     const material_record* material; // null: the state as it stands
+    uint32_t numbers;                // the material's, in frame.numbers
     uint32_t first_placement;        // in frame.placements
     uint32_t placement_count;
     float pen;          // added to the x of every placement; 0 but for letters
@@ -56,6 +57,29 @@ struct mesh_to_draw {
 // ---- what stands when a mesh is drawn -------------------------------------------
 
 constexpr uint8_t wrap_as_it_is = 0xFF; // no material has shown the picture
+
+struct light_state {
+    float position[3]; // in the world
+    float ambient[3];
+    float diffuse[3];
+};
+
+struct fog_state {
+    float color[3];
+    float start; // distances from the eye
+    float end;
+};
+
+// What the functions of a material say when a mesh is drawn with it. What the path or the
+// material does not ask for is 0. Numbers of four bytes only, so that two compare as bytes.
+struct material_numbers {
+    float line_width;
+    float color[4];        // (fixed path)
+    uint32_t has_light[2]; // (fixed path: the second one only beside the first)
+    light_state light[2];  // (shader path: the position alone)
+    fog_state fog;         // (fixed path)
+    float uniforms[user_uniform_count];
+};
 
 // One unit as materials and copies into textures have left it. On the shader path only
 // the textures and how they wrap count.
@@ -70,18 +94,6 @@ struct unit_state {
     uint32_t flat_texture; // OpenGL names; 0: none
     uint32_t cube_texture;
     float matrix[16];
-};
-
-struct light_state {
-    float position[3]; // in the world
-    float ambient[3];
-    float diffuse[3];
-};
-
-struct fog_state {
-    float color[3];
-    float start; // distances from the eye
-    float end;
 };
 
 // Everything that stands. A mesh without a material is drawn with what the meshes before it
@@ -231,6 +243,7 @@ struct frame {
     std::vector<uint8_t> pixels; // of fresh pictures
     std::vector<moved_vertices> moved;
     std::vector<fresh_picture> pictures;
+    std::vector<material_numbers> numbers;
     std::vector<mesh_to_draw> meshes;
     uint32_t mesh_end[track_count]; // where each layer's meshes end
 

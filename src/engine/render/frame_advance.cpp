@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -149,17 +150,30 @@ static void refresh_pictures(const advancing& a, const material_record& material
 
 // ---- meshes -----------------------------------------------------------------------
 
+// Asks the material's functions in drawing order. Meshes in a row that are told the same share it.
+static uint32_t add_numbers(const advancing& a, const material_record& material)
+{
+    const material_numbers numbers = evaluate_material(material, *a.context.d, a.layer.time, a.context.glsl);
+    if (a.f.numbers.empty() || std::memcmp(&a.f.numbers.back(), &numbers, sizeof numbers) != 0)
+        a.f.numbers.push_back(numbers);
+    return static_cast<uint32_t>(a.f.numbers.size() - 1);
+}
+
 static void add_mesh(const advancing& a, mesh_arrays& mesh, const material_record* material,
     const placed_object& placed, uint32_t moved, float pen)
 {
     assert(size_t{placed.first_placement} + placed.placement_count <= a.f.placements.size());
     assert(moved == no_index || moved < a.f.moved.size());
     const uint32_t fresh = static_cast<uint32_t>(a.f.pictures.size());
-    if (material != nullptr)
+    uint32_t numbers = no_index;
+    if (material != nullptr) {
         refresh_pictures(a, *material);
+        numbers = add_numbers(a, *material);
+    }
     a.f.meshes.push_back({
         .mesh = &mesh,
         .material = material,
+        .numbers = numbers,
         .first_placement = placed.first_placement,
         .placement_count = placed.placement_count,
         .pen = pen,

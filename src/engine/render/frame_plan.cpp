@@ -21,6 +21,7 @@ struct planning {
     uint32_t view;                  // index of the layer's view
     uint32_t material;              // index of what stands in frame.materials; no_index: to be written down
     const material_record* applied; // the last one, while nothing else has changed what stands
+    uint32_t numbers;               // that it was applied with
 };
 
 } // namespace
@@ -184,23 +185,26 @@ static void upload_pictures(planning& p, const mesh_to_draw& mesh)
 }
 
 // A null material changes nothing.
-static void apply_material(planning& p, const material_record* material)
+static void apply_material(planning& p, const mesh_to_draw& mesh)
 {
-    if (material == nullptr || material == p.applied)
+    const material_record* material = mesh.material;
+    if (material == nullptr || (material == p.applied && mesh.numbers == p.numbers))
         return;
     assert(p.view < p.f.views.size());
+    assert(mesh.numbers < p.f.numbers.size());
+    const material_numbers& numbers = p.f.numbers[mesh.numbers];
     const material_context context = {
         .d = p.context.d,
         .caps = &p.context.caps,
-        .time = p.layer.time,
         .camera_angles = {p.layer.rotation[1], p.layer.rotation[0]},
         .modelview = p.f.views[p.view].camera,
     };
     if (p.context.glsl)
-        apply_material_glsl(*material, context, p.standing);
+        apply_material_glsl(*material, numbers, context, p.standing);
     else
-        apply_material_fixed(*material, context, p.standing);
+        apply_material_fixed(*material, numbers, context, p.standing);
     p.applied = material;
+    p.numbers = mesh.numbers;
     p.material = no_index;
 }
 
@@ -363,7 +367,7 @@ static void plan_mesh(planning& p, const mesh_to_draw& mesh)
 {
     assert(mesh.mesh != nullptr);
     upload_pictures(p, mesh);
-    apply_material(p, mesh.material);
+    apply_material(p, mesh);
     if (has_triangles(*mesh.mesh))
         plan_draw(p, mesh);
 }
@@ -378,7 +382,7 @@ void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t 
     plan_viewport(layer, view.tile, standing, f);
     plan_clearing(layer, standing, f);
     standing.material.depth_test = layer.depth_test != 0;
-    planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr};
+    planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr, no_index};
     for (uint32_t i = first_mesh; i < end_mesh; ++i)
         plan_mesh(p, f.meshes[i]);
 }

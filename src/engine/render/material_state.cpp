@@ -12,9 +12,47 @@ uint32_t unit_limit(const gl_caps& caps, bool glsl)
     return glsl ? texture_unit_count : std::min<uint32_t>(caps.texture_units, texture_unit_count);
 }
 
+// ---- numbers ------------------------------------------------------------------------
+
+static void evaluate_fixed(const material_record& material, const document& d, uint32_t time, material_numbers& numbers)
+{
+    plan_color(material, d, time, numbers.color);
+    numbers.has_light[0] = plan_light(material.light1, d, time, numbers.light[0]);
+    if (numbers.has_light[0] != 0) // a second light alone lights nothing here
+        numbers.has_light[1] = plan_light(material.light2, d, time, numbers.light[1]);
+    if (material.fogtype != fog_none)
+        numbers.fog = plan_fog(material, d, time);
+}
+
+static bool has_program(const material_record& material)
+{
+    return material.program != nullptr && material.program->program != 0;
+}
+
+static void evaluate_glsl(const material_record& material, const document& d, uint32_t time, material_numbers& numbers)
+{
+    if (!has_program(material))
+        return;
+    evaluate_uniforms(material, d.function_table, time, numbers.uniforms);
+    numbers.has_light[0] = plan_light_position(material.light1, d, time, numbers.light[0].position);
+    numbers.has_light[1] = plan_light_position(material.light2, d, time, numbers.light[1].position);
+}
+
+material_numbers evaluate_material(const material_record& material, const document& d, uint32_t time, bool glsl)
+{
+    material_numbers numbers = {};
+    if (material.wireframe != 0)
+        numbers.line_width = plan_line_width(material, d, time);
+    if (glsl)
+        evaluate_glsl(material, d, time, numbers);
+    else
+        evaluate_fixed(material, d, time, numbers);
+    return numbers;
+}
+
 // ---- what both paths share --------------------------------------------------------
 
-static void set_common_state(const material_record& material, const material_context& context, material_state& state)
+static void set_common_state(const material_record& material, float line_width, material_state& state)
 {
     state.applied = true;
     state.cull_back = material.backface_culling != 0;
@@ -22,11 +60,8 @@ static void set_common_state(const material_record& material, const material_con
     if (material.blend_function < blend_kind_count) // beyond the catalogue: the previous material's stays
         state.blending = material.blend_function;
     assert(state.blending < blend_kind_count || state.blending == blend_none);
-    if (material.wireframe == 0)
-        return;
-    const float width = plan_line_width(material, *context.d, context.time);
-    if (width > 0.0f) // others mean nothing and change nothing
-        state.line_width = width;
+    if (line_width > 0.0f) // others mean nothing and change nothing
+        state.line_width = line_width;
 }
 
 static uint32_t texture_of(const unit_state& unit)
@@ -93,16 +128,15 @@ void forget_texture(standing_state& standing, uint32_t texture)
 
 // ---- the fixed-function path --------------------------------------------------------
 
-// The modelview matrix of the moment is the camera's, so positions are the world's. A second
-// light alone lights nothing here.
-static void set_fixed_lights(const material_record& material, const material_context& context, material_state& state)
+// The modelview matrix of the moment is the camera's, so positions are the world's.
+static void set_fixed_lights(const material_numbers& numbers, const material_context& context, material_state& state)
 {
     assert(context.modelview != nullptr);
     state.lights = 0;
-    if (!plan_light(material.light1, *context.d, context.time, state.light[0]))
-        return;
-    copy_matrix(context.modelview, state.light_view);
-    state.lights = plan_light(material.light2, *context.d, context.time, state.light[1]) ? 2 : 1;
+    for (; state.lights < 2 && numbers.has_light[state.lights] != 0; ++state.lights)
+        state.light[state.lights] = numbers.light[state.lights];
+    if (state.lights > 0)
+        copy_matrix(context.modelview, state.light_view);
 }
 
 static void set_fixed_unit(
@@ -135,18 +169,19 @@ static void set_fixed_units(const material_record& material, const material_cont
     }
 }
 
-void apply_material_fixed(const material_record& material, const material_context& context, standing_state& standing)
+void apply_material_fixed(const material_record& material, const material_numbers& numbers,
+    const material_context& context, standing_state& standing)
 {
     assert(context.d != nullptr && context.caps != nullptr);
     material_state& state = standing.material;
-    set_common_state(material, context, state);
+    set_common_state(material, numbers.line_width, state);
     state.normalize = material.normalization != 0;
     state.wireframe = material.wireframe != 0;
-    plan_color(material, *context.d, context.time, state.color);
-    set_fixed_lights(material, context, state);
+    std::copy_n(numbers.color, 4, state.color);
+    set_fixed_lights(numbers, context, state);
     state.fog_type = material.fogtype;
     if (material.fogtype != fog_none)
-        state.fog = plan_fog(material, *context.d, context.time);
+        state.fog = numbers.fog;
     set_fixed_units(material, context, standing);
 }
 
@@ -154,13 +189,14 @@ void apply_material_fixed(const material_record& material, const material_contex
 
 // What to draw with. A program that did not build leaves none, and marks that nothing is
 // to be drawn.
-static void use_program(const shader_program* program, program_state& state)
+static void use_program(const material_record& material, program_state& state)
 {
-    if (program == nullptr || program->program == 0) {
+    if (!has_program(material)) {
         state = {};
         state.status = program_failed;
         return;
     }
+    const shader_program* program = material.program;
     state.status = program_ready;
     state.program = program->program;
     state.projection = program->projection_location;
@@ -198,25 +234,24 @@ static void set_program_units(
 }
 
 static void set_light_positions(
-    const material_record& material, const material_context& context, program_state& program)
+    const material_numbers& numbers, const material_context& context, program_state& program)
 {
-    const uint32_t lights[2] = {material.light1, material.light2};
     for (uint32_t i = 0; i < 2; ++i) {
-        float world[3];
-        program.has_light[i] = plan_light_position(lights[i], *context.d, context.time, world);
+        program.has_light[i] = numbers.has_light[i] != 0;
         if (program.has_light[i])
-            transform_point(context.modelview, world, program.light_position[i]);
+            transform_point(context.modelview, numbers.light[i].position, program.light_position[i]);
     }
 }
 
-void apply_material_glsl(const material_record& material, const material_context& context, standing_state& standing)
+void apply_material_glsl(const material_record& material, const material_numbers& numbers,
+    const material_context& context, standing_state& standing)
 {
     assert(context.d != nullptr && context.modelview != nullptr);
-    set_common_state(material, context, standing.material);
-    use_program(material.program, standing.program);
+    set_common_state(material, numbers.line_width, standing.material);
+    use_program(material, standing.program);
     if (standing.program.status != program_ready)
         return;
     set_program_units(material, context, standing);
-    evaluate_uniforms(material, context.d->function_table, context.time, standing.program.uniforms);
-    set_light_positions(material, context, standing.program);
+    std::copy_n(numbers.uniforms, user_uniform_count, standing.program.uniforms);
+    set_light_positions(numbers, context, standing.program);
 }

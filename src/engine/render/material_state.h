@@ -17,7 +17,6 @@
 struct material_context {
     const document* d;
     const gl_caps* caps;
-    uint32_t time;          // function time of the layer
     float camera_angles[2]; // degrees: the layer's rotation about y, then about x
     const float* modelview; // the camera's, 16 numbers: where the lights are
 };
@@ -25,9 +24,15 @@ struct material_context {
 // Units that materials can use: three, on the fixed path at most the driver's.
 uint32_t unit_limit(const gl_caps& caps, bool glsl);
 
-// Applies a material to what stands.
-void apply_material_fixed(const material_record& material, const material_context& context, standing_state& standing);
-void apply_material_glsl(const material_record& material, const material_context& context, standing_state& standing);
+// Asks a material's functions at a layer's function time. A function may answer differently
+// when it is asked again, so this is done in drawing order, once for each mesh.
+material_numbers evaluate_material(const material_record& material, const document& d, uint32_t time, bool glsl);
+
+// Applies a material to what stands; the numbers are of the same path.
+void apply_material_fixed(const material_record& material, const material_numbers& numbers,
+    const material_context& context, standing_state& standing);
+void apply_material_glsl(const material_record& material, const material_numbers& numbers,
+    const material_context& context, standing_state& standing);
 
 // A picture is bound to the first unit, for an upload or a copy into it: what that unit sees
 // from then on, wrapping as the last material that named it said, drawn or not.
