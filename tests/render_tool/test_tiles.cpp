@@ -73,19 +73,33 @@ TEST_CASE("A frame whose first layer keeps the view of the frame before is tiled
     CHECK(tiling_problem({}, layers).empty());
 }
 
-TEST_CASE("A frame whose first layer may keep the view of a texture is not tiled")
+TEST_CASE("A frame begins on the screen where the last layer that chose a view chose the screen's")
 {
-    document d = {};
-    document_create(d, "test", timeline_new());
-    frame_layers layers = two_layers();
-    layers.layers[0].viewport_width = 0;
-    CHECK(tiling_problem(d, layers).empty());
-    d.timeline->layer_count[2] = 1;
-    d.timeline->layers[2][0].rtex = 7;
-    CHECK(tiling_problem(d, layers) == "its first layer keeps the view of the frame before");
-    layers.layers[0].viewport_width = 640;
-    CHECK(tiling_problem(d, layers).empty());
-    document_free(d);
+    static constexpr frame_view view = {64, 48, 4.0f / 3.0f};
+    static constexpr frame_rate one = {1, 1};
+    const auto begins = [](std::initializer_list<uint32_t> modes, uint64_t frame, uint32_t second_track = render_link) {
+        test_document t;
+        const uint32_t scene = add_scene(t);
+        const uint32_t image = add_image_texture(t, 16, 16);
+        for (const uint32_t mode : modes) { // a second each
+            layer_record layer = make_layer(mode, 100, scene);
+            layer.rtex = mode == render_to_texture ? image : 0;
+            add_layer(t, 0, layer);
+        }
+        layer_record above = make_layer(second_track, 1000, scene);
+        above.rtex = second_track == render_to_texture ? image : 0;
+        add_layer(t, 1, above);
+        return begins_on_screen(t.d, view, initial_caps, one, frame);
+    };
+    CHECK(begins({render_simple}, 0));
+    CHECK(!begins({render_link, render_simple}, 0)); // nobody has chosen one yet
+    CHECK(begins({render_link, render_simple}, 1));
+    CHECK(begins({render_simple, render_link, render_link}, 2));
+    CHECK(begins({render_to_texture, render_simple, render_link}, 2));
+    CHECK(!begins({render_to_texture}, 0));
+    CHECK(!begins({render_simple, render_to_texture, render_link, render_link}, 3));
+    CHECK(!begins({render_simple, render_link}, 1, render_to_texture)); // the later track's counts
+    CHECK(begins({render_simple, render_simple}, 1, render_to_texture));
 }
 
 TEST_CASE("Frames that show what others drew into a texture are not tiled")

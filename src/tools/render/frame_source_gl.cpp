@@ -316,6 +316,11 @@ std::string source_tiling_problem(const frame_source& source, uint64_t frame)
 {
     if (source.tiles.size() == 1)
         return "";
-    const std::string reason = tiling_problem(source.settings->show.production, layers_of(source, frame));
+    const player_settings& settings = *source.settings;
+    const document& d = settings.show.production;
+    std::string reason = tiling_problem(d, layers_of(source, frame));
+    if (reason.empty()
+        && !begins_on_screen(d, screen_view(settings.display), settings.display.caps, source.rate, frame))
+        reason = "its first layer keeps a view that is not the screen's";
     return reason.empty() ? "" : tiling_sentence(source, frame, reason);
 }

@@ -1,5 +1,6 @@
 #include "tiles.h"
 
+#include "frame_clock.h"
 #include "frame_needs.h"
 
 #include <algorithm>
@@ -15,13 +16,23 @@ std::vector<frame_tile> plan_tiles(uint32_t width, uint32_t height, uint32_t sid
 
 // ---- what cannot be tiled --------------------------------------------------------------------
 
+bool begins_on_screen(const document& d, const frame_view& view, const gl_caps& caps, frame_rate rate, uint64_t frame)
+{
+    uint32_t last = 1; // of this frame only the first layer counts
+    for (uint64_t f = frame + 1; f-- > 0; last = track_count) {
+        const frame_layers layers = plan_layers(d, tick_of_frame(f, rate), view, caps);
+        for (uint32_t i = std::min(last, layers.layer_count); i-- > 0;)
+            if (layers.layers[i].viewport_width != 0)
+                return layers.layers[i].target == 0;
+    }
+    return false;
+}
+
 std::string tiling_problem(const document& d, const frame_layers& layers)
 {
     if (layers.layer_count == 0 || layers.layers[0].clear != (clear_color | clear_depth))
         return "it is drawn over the frame before";
     const std::vector<uint32_t> targets = render_targets(d);
-    if (layers.layers[0].viewport_width == 0 && !targets.empty()) // it may be a texture's
-        return "its first layer keeps the view of the frame before";
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
         const layer_plan& layer = layers.layers[i];
         if (layer.target != 0 || layer.flush_texture != 0)
