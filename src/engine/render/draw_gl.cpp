@@ -103,7 +103,7 @@ static void point_unit_coordinates(const draw_command& draw, uint32_t number, co
 static void point_coordinates(const draw_command& draw, const material_state& material, gl_state& gl)
 {
     for (uint32_t i = 0; i < texture_unit_count; ++i)
-        if (material.units[i].used)
+        if (material.units[i].used || gl.units[i].coordinate_array.on == switched_on)
             point_unit_coordinates(draw, i, material.units[i], gl);
 }
 
@@ -225,8 +225,11 @@ void draw_mesh_gl(const frame& f, const draw_command& draw, const gl_caps& caps,
         return draw_copies_fixed(f, draw, gl);
     }
     set_material_glsl_gl(material, gl);
-    if (draw.program == no_index)
+    if (draw.program == no_index) {
+        use_no_program_gl(gl);
+        switch_others_off(0, gl);
         return draw_copies_fixed(f, draw, gl);
+    }
     load_modelview_gl(view.camera, gl);
     const program_state& program = listed(f.programs, draw.program);
     known_program& known = set_program_gl(program, gl);

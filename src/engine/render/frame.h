@@ -99,7 +99,7 @@ struct unit_state {
 // Everything that stands. A mesh without a material is drawn with what the meshes before it
 // left, so it passes from mesh to mesh and from frame to frame.
 struct material_state {
-    bool applied;     // some material has been; until then only `depth_test` means anything
+    bool applied;     // some material has been; until then all but `depth_test` is a new context's
     bool depth_test;  // of the layer, then of the material
     bool cull_back;   // back faces are left out
     bool normalize;   // normals are brought to length 1 (fixed path)

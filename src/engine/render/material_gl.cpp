@@ -42,13 +42,20 @@ static blend_constants constants_of(uint8_t blending)
     return {GL_FUNC_ADD, GL_ONE, GL_ZERO};
 }
 
+// What stood before any material said it is what a new context has. Nothing need be told of it
+// but where the context is further on: when a tile is drawn again from there.
+
+constexpr float white[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+
 // Blending itself is on from the start of the program and never switched off.
 static void set_blending(uint8_t blending, gl_state& gl)
 {
-    if (blending == blend_none || gl.blending == blending)
+    const bool is_new = gl.blending == unknown_kind;
+    const uint8_t wanted = blending == blend_none ? uint8_t{blend_replace} : blending;
+    if (gl.blending == wanted || (blending == blend_none && is_new))
         return;
-    gl.blending = blending;
-    const blend_constants constants = constants_of(blending);
+    gl.blending = wanted;
+    const blend_constants constants = constants_of(wanted);
     if (glBlendEquation != nullptr)
         glBlendEquation(constants.equation);
     glBlendFunc(constants.source, constants.destination);
@@ -56,10 +63,12 @@ static void set_blending(uint8_t blending, gl_state& gl)
 
 static void set_line_width(float width, gl_state& gl)
 {
-    if (width <= 0.0f || gl.line_width == width)
+    const bool is_new = gl.line_width == 0.0f;
+    const float wanted = width > 0.0f ? width : 1.0f;
+    if (gl.line_width == wanted || (width <= 0.0f && is_new))
         return;
-    gl.line_width = width;
-    glLineWidth(width);
+    gl.line_width = wanted;
+    glLineWidth(wanted);
 }
 
 // ---- the fixed-function path ----------------------------------------------------
@@ -135,16 +144,17 @@ static void set_fog(const material_state& material, gl_state& gl)
 
 void set_material_fixed_gl(const material_state& material, const gl_caps& caps, gl_state& gl)
 {
-    if (!material.applied)
+    if (!material.applied && !gl.has_color)
         return switch_gl(GL_DEPTH_TEST, material.depth_test, gl.depth_test);
     set_polygons(material, gl);
-    if (remember_numbers(material.color, gl.color, 4, gl.has_color))
-        glColor4fv(material.color);
+    const float* color = material.applied ? material.color : white;
+    if (remember_numbers(color, gl.color, 4, gl.has_color))
+        glColor4fv(color);
     set_blending(material.blending, gl);
     set_lights(material, gl);
     set_fog(material, gl);
     for (uint32_t i = 0; i < texture_unit_count; ++i)
-        if (material.units[i].used)
+        if (material.units[i].used || gl.units[i].flat == switched_on)
             set_fixed_unit_gl(i, material.units[i], caps, gl);
 }
 
@@ -153,7 +163,7 @@ void set_material_fixed_gl(const material_state& material, const gl_caps& caps, 
 void set_material_glsl_gl(const material_state& material, gl_state& gl)
 {
     switch_gl(GL_DEPTH_TEST, material.depth_test, gl.depth_test);
-    if (!material.applied)
+    if (!material.applied && gl.program == unknown_name)
         return;
     set_blending(material.blending, gl);
     switch_gl(GL_CULL_FACE, material.cull_back, gl.cull_face);
@@ -212,6 +222,14 @@ static void set_light_positions(const program_state& program, const known_progra
         if (!is_known || !same_numbers(program.light_position[i], known.values.light_position[i], 3))
             glUniform3fv(program.light_location[i], 1, program.light_position[i]);
     }
+}
+
+void use_no_program_gl(gl_state& gl)
+{
+    if (gl.program == unknown_name || gl.program == 0)
+        return;
+    gl.program = 0;
+    glUseProgram(0);
 }
 
 known_program& set_program_gl(const program_state& program, gl_state& gl)

@@ -10,6 +10,9 @@ void set_material_fixed_gl(const material_state& material, const gl_caps& caps, 
 // What the shader path needs besides the program.
 void set_material_glsl_gl(const material_state& material, gl_state& gl);
 
+// For the fixed pipeline on the shader path: before any material.
+void use_no_program_gl(gl_state& gl);
+
 // Makes a program that did build current, with its uniforms. What is known of it, good until the
 // next call.
 known_program& set_program_gl(const program_state& program, gl_state& gl);

@@ -39,7 +39,7 @@ static void set_wrap(uint32_t number, bool cube_map, uint32_t texture, uint8_t w
 
 void bind_unit_gl(uint32_t number, const unit_state& unit, gl_state& gl)
 {
-    assert(number < texture_unit_count && unit.used);
+    assert(number < texture_unit_count);
     const uint32_t texture = unit.cube_map ? unit.cube_texture : unit.flat_texture;
     const uint32_t other = unit.cube_map ? unit.flat_texture : unit.cube_texture;
     if (other != 0) // a program may look at it
@@ -258,7 +258,7 @@ static void switch_unit_on(uint32_t number, bool cube_map, gl_state& gl)
 
 void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& caps, gl_state& gl)
 {
-    assert(number < texture_unit_count && unit.used);
+    assert(number < texture_unit_count);
     if (!unit.on)
         return switch_unit_off(number, gl);
     known_unit& known = gl.units[number];
