@@ -155,6 +155,30 @@ TEST_CASE("new pictures go behind what is there, one for each time that is not t
 
 // ---- "Test 2d effect" --------------------------------------------------------------------
 
+TEST_CASE("a picture that is forgotten is made again, and an amoba is the same colony again")
+{
+    test_document t;
+    const uint32_t function = add_function(t, linear_function());
+    dynamic_texture ramp = test_effect_of_64();
+    ramp.functions[0] = ramp.functions[1] = function;
+    dynamic_texture colony = test_effect_of_64();
+    const owned_state state(init_dynamic_texture(effect_2d_amoba, 64, 64, colony.bpp));
+    colony.type = effect_2d_amoba;
+    colony.state = state.get();
+    colony.functions[0] = function;
+    for (const dynamic_texture& texture : {ramp, colony}) {
+        const uint32_t handle = table_add(t.d.dynamic_texture_table, texture);
+        dynamic_texture& record = *table_get(t.d.dynamic_texture_table, handle);
+        std::vector<uint8_t> first, again;
+        CHECK(update_dynamic_texture(record, t.d.function_table, 7, first));
+        CHECK(!update_dynamic_texture(record, t.d.function_table, 7, again));
+        forget_pictures(t.d.dynamic_texture_table);
+        CHECK(update_dynamic_texture(record, t.d.function_table, 7, again));
+        CHECK(again == first);
+        record.state = nullptr; // it was borrowed
+    }
+}
+
 TEST_CASE("the test effect is three ramps of rows, columns and both, skipping a value at every 255")
 {
     const owned_state state(init_dynamic_texture(effect_2d_test, 64, 64, 24));

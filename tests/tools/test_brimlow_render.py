@@ -23,7 +23,7 @@ for neighbour in ('player', 'support'):
     sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', neighbour))
 from driver import Display, Player  # noqa: E402
 from packs import in_envelope, pack_bytes, plate, png, quad  # noqa: E402
-from production import ALPHA, GENMESH, Element, Production, dynamic, manipulator, placed  # noqa: E402
+from production import ALPHA, DYNAMIC, GENMESH, Element, Production, dynamic, manipulator, placed  # noqa: E402
 
 RENDER = PLAYER = MAN_PAGE = ''
 TONE = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'player', 'tone.ogg')
@@ -1005,6 +1005,32 @@ class TileTest(RenderTest):
             whole, tiled = (Picture(self.path(folder, name)) for folder in ('whole', 'tiled'))
             count, _ = whole.differences(tiled)
             self.assertLess(count, len(whole.rgb) // 50, name)
+
+    def test_tiles_begin_with_what_stood_before_the_frame(self):
+        # A mesh before any material; a picture at two times, the first of which it shows already; a
+        # first layer that keeps the view of the frame before.
+        show = Production()
+        wave = show.effect(1, show.function((0, 1000, 1)))
+        bare = placed(wave, 0, GENMESH, at=(0, 0, 0), turned=(90, 0, 0), scaled=(.035, .035, -.035))
+        surface = show.reference(DYNAMIC, show.dynamic_texture(0, *[show.function((1, 1000, 1, 0))] * 2))
+        picture = show.material(textures=[(surface, 2)])
+        left = placed(show.mesh(quad(0, 0, .5, .5)), picture)
+        right = placed(show.mesh(quad(.5, .5, 1, 1)), picture)
+        show.layer(show.scene(bare), 100)
+        show.layer(show.scene(left), 100, mode=2)
+        show.layer(show.scene(left), 100, track=2)
+        show.layer(show.scene(right), 100, track=2, offset=50)
+        show.layer(show.scene(right), 200, track=3, offset=90)
+        show.write(self.folder)
+        for path in ('glsl', 'fixed'):
+            for at in ('0', '1.5'):
+                options = ('--size', '96x64', '--path', path, '--at', at, '-yo')
+                self.done(*options, 'whole.png')
+                self.done(*options, 'tiled.png', '--tile', '32')
+                whole, tiled = Picture(self.path('whole.png')), Picture(self.path('tiled.png'))
+                count, _ = whole.differences(tiled)
+                self.assertLess(count, len(whole.rgb) // 100, (path, at))
+                self.assertGreater(len(set(whole.rgb)), 10)
 
     def test_sizes_above_the_drivers_limit_come_in_tiles(self):
         two_colours(10).write(self.folder)

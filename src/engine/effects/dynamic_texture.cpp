@@ -212,6 +212,12 @@ static void append_picture(
     texture.refreshed = 1;
 }
 
+void forget_pictures(const table<dynamic_texture>& textures)
+{
+    for (auto [handle, texture] : textures)
+        texture.refreshed = 0;
+}
+
 bool update_dynamic_texture(
     dynamic_texture& texture, const table<animation_function>& functions, uint32_t time, std::vector<uint8_t>& pixels)
 {

@@ -31,6 +31,10 @@ void render_dynamic_texture(uint32_t type, uint32_t width, uint32_t height, uint
 void dynamic_texture_params(const dynamic_texture& texture, const table<animation_function>& functions, uint32_t time,
     std::span<float, 3> params);
 
+// Makes every texture of a table be computed anew at its next use, whatever time it shows. What
+// it remembers stays, so that the same time gives the same picture.
+void forget_pictures(const table<dynamic_texture>& textures);
+
 // Appends the picture of `time` to `pixels` and returns true, unless it was made for that time
 // already, or the texture was never created.
 bool update_dynamic_texture(

@@ -4,6 +4,7 @@
 #include "frame_commands.h"
 #include "tiles.h"
 
+#include "effects/dynamic_texture.h"
 #include "render/frame_text.h"
 
 #include <GL/glew.h>
@@ -230,13 +231,15 @@ static void draw_whole(frame_source& source, drawn_frame& slot)
     source.gl_seconds += seconds_since(begin);
 }
 
-// What moves is advanced once; every tile is planned from what stood before the frame.
+// What moves is advanced once; every tile is planned from what stood before the frame. A picture
+// that the frame shows at two times must be uploaded for the first one, too, in every tile.
 static void draw_in_tiles(frame_source& source, drawn_frame& slot)
 {
     player_settings& settings = *source.settings;
     frame_cost_record* costs = source.measures ? &slot.costs : nullptr;
     frame_layers layers = layers_of(source, slot.number);
     slot.image = empty_picture(settings);
+    forget_pictures(settings.show.production.dynamic_texture_table);
     slot.cpu_ms = advance(source, layers, costs);
     const standing_state before = source.drawing.standing;
     std::vector<uint8_t> rows;
@@ -295,6 +298,8 @@ void source_draw_loading(frame_source& source, uint32_t per_cent, picture* image
     forget_objects(source.drawing.gl); // the production's have been made since the last frame
     frame_layers layers
         = plan_layers(settings.show.loading, per_cent, view_of(source, source.tiles[0]), settings.display.loading_caps);
+    if (source.tiles.size() > 1)
+        forget_pictures(settings.show.loading.dynamic_texture_table);
     advance_frame(layers, context, source.drawing);
     reserve_targets_gl(layers);
     const standing_state before = source.drawing.standing;
