@@ -1,8 +1,8 @@
 // What the one OpenGL context is in, as far as the frame's drawing has told it.
 //
-// Calls that would change nothing are left out by comparing with it. A new record knows
-// nothing: then everything is told. OpenGL names are plain numbers; only the render thread
-// touches it.
+// Calls that would change nothing are left out by comparing with it. A new record is for a new
+// context, which has no buffers and clears to 0; of all else it knows nothing and tells it.
+// OpenGL names are plain numbers; only the render thread touches it.
 #pragma once
 
 #include "render/frame.h"
