@@ -19,24 +19,24 @@ constexpr size_t kept_warnings = 4096;   // what a document of nothing but mista
 
 // ---- places and messages ----------------------------------------------------------
 
-place place_of_section(document_reader& reader, uint32_t section)
+document_place place_of_section(document_reader& reader, uint32_t section)
 {
     return {reader, section, nullptr, nullptr, 0};
 }
 
-place place_of_record(document_reader& reader, uint32_t section, uint32_t record)
+document_place place_of_record(document_reader& reader, uint32_t section, uint32_t record)
 {
     assert(record > 0);
     return {reader, section, nullptr, "record", record};
 }
 
-place place_of_part(const place& outer, const char* name, uint32_t number)
+document_place place_of_part(const document_place& outer, const char* name, uint32_t number)
 {
     assert(name != nullptr);
     return {outer.reader, outer.section, &outer, name, number};
 }
 
-static std::string path_of(const place& at)
+static std::string path_of(const document_place& at)
 {
     if (at.name == nullptr)
         return "";
@@ -57,31 +57,31 @@ void add_problem(document_reader& reader, bool fatal, const std::string& what)
         {fatal, std::string(fatal ? "Error: " : "Warning: ") + reader.target->name + ": " + what});
 }
 
-static std::string line_at(const place& at, const std::string& what)
+static std::string line_at(const document_place& at, const std::string& what)
 {
     assert(at.section >= section_generated_images && at.section < no_more_sections);
     return section_label(at.section) + path_of(at) + ": " + what;
 }
 
-bool fail(const place& at, const std::string& what)
+bool fail(const document_place& at, const std::string& what)
 {
     add_problem(at.reader, true, line_at(at, what));
     return false;
 }
 
-void warn(const place& at, const std::string& what)
+void warn(const document_place& at, const std::string& what)
 {
     add_problem(at.reader, false, line_at(at, what));
 }
 
-void warn_outside(const place& at, const char* what, int64_t number, int64_t last, const char* instead)
+void warn_outside(const document_place& at, const char* what, int64_t number, int64_t last, const char* instead)
 {
     warn(at,
         line_of("%s %lld is outside 0..%lld: %s.", what, static_cast<long long>(number), static_cast<long long>(last),
             instead));
 }
 
-bool check_choice(const place& at, const char* what, int64_t number, int64_t last, const char* instead)
+bool check_choice(const document_place& at, const char* what, int64_t number, int64_t last, const char* instead)
 {
     assert(last >= 0);
     if (number >= 0 && number <= last)
@@ -164,7 +164,7 @@ static bool is_nothing(const char* rest, bool whole)
 
 // `what` names the attribute; null: the element's text.
 template <typename number>
-static void check_number(const place& at, const char* what, const char* text, const parsed<number>& result)
+static void check_number(const document_place& at, const char* what, const char* text, const parsed<number>& result)
 {
     constexpr bool whole = std::numeric_limits<number>::is_integer;
     if (result.has_digits && result.fits && is_nothing(result.rest, whole))
@@ -196,7 +196,7 @@ static std::string look_alike(const xml_node& node, const char* attribute)
     return "";
 }
 
-static void check_attribute_is_single(const place& at, const xml_node& node, const char* attribute)
+static void check_attribute_is_single(const document_place& at, const xml_node& node, const char* attribute)
 {
     uint32_t count = 0;
     for (int32_t index = 0; index < node.attribute_count; ++index) {
@@ -207,7 +207,7 @@ static void check_attribute_is_single(const place& at, const xml_node& node, con
         warn(at, "attribute " + quoted(attribute) + " stands there again, and the first one counts.");
 }
 
-const char* read_attribute(const place& at, const xml_node& node, const char* attribute)
+const char* read_attribute(const document_place& at, const xml_node& node, const char* attribute)
 {
     assert(attribute != nullptr);
     const char* text = xml_get_attribute(&node, attribute);
@@ -218,7 +218,7 @@ const char* read_attribute(const place& at, const xml_node& node, const char* at
     return text;
 }
 
-bool read_int(const place& at, const xml_node& node, const char* attribute, int32_t& value)
+bool read_int(const document_place& at, const xml_node& node, const char* attribute, int32_t& value)
 {
     const char* text = read_attribute(at, node, attribute);
     if (text == nullptr)
@@ -229,7 +229,7 @@ bool read_int(const place& at, const xml_node& node, const char* attribute, int3
     return true;
 }
 
-bool read_real(const place& at, const xml_node& node, const char* attribute, float& value)
+bool read_real(const document_place& at, const xml_node& node, const char* attribute, float& value)
 {
     const char* text = read_attribute(at, node, attribute);
     if (text == nullptr)
@@ -240,7 +240,7 @@ bool read_real(const place& at, const xml_node& node, const char* attribute, flo
     return true;
 }
 
-bool read_handle(const place& at, const xml_node& node, const char* attribute, uint32_t& handle)
+bool read_handle(const document_place& at, const xml_node& node, const char* attribute, uint32_t& handle)
 {
     int32_t value = 0;
     if (!read_int(at, node, attribute, value))
@@ -249,12 +249,12 @@ bool read_handle(const place& at, const xml_node& node, const char* attribute, u
     return true;
 }
 
-static bool has_number_text(const place& at, const xml_node& node)
+static bool has_number_text(const document_place& at, const xml_node& node)
 {
     return node.text != nullptr || fail(at, "the number is missing.");
 }
 
-bool read_text_int(const place& at, const xml_node& node, int32_t& value)
+bool read_text_int(const document_place& at, const xml_node& node, int32_t& value)
 {
     if (!has_number_text(at, node))
         return false;
@@ -264,7 +264,7 @@ bool read_text_int(const place& at, const xml_node& node, int32_t& value)
     return true;
 }
 
-bool read_text_real(const place& at, const xml_node& node, float& value)
+bool read_text_real(const document_place& at, const xml_node& node, float& value)
 {
     if (!has_number_text(at, node))
         return false;
@@ -274,7 +274,7 @@ bool read_text_real(const place& at, const xml_node& node, float& value)
     return true;
 }
 
-bool read_animated(const place& at, const xml_node& node, animated_rule rule, animated_value& value)
+bool read_animated(const document_place& at, const xml_node& node, animated_rule rule, animated_value& value)
 {
     const char* type = read_attribute(at, node, "type");
     if (type == nullptr)
@@ -292,7 +292,7 @@ bool read_animated(const place& at, const xml_node& node, animated_rule rule, an
     return read_function_value(at, node, value.value);
 }
 
-bool read_function_value(const place& at, const xml_node& node, float& value)
+bool read_function_value(const document_place& at, const xml_node& node, float& value)
 {
     int32_t function = 0;
     if (!read_int(at, node, "value", function))
@@ -303,7 +303,7 @@ bool read_function_value(const place& at, const xml_node& node, float& value)
     return true;
 }
 
-bool read_byte(const place& at, const xml_node& node, const char* attribute, uint8_t& value)
+bool read_byte(const document_place& at, const xml_node& node, const char* attribute, uint8_t& value)
 {
     int32_t number = 0;
     if (!read_int(at, node, attribute, number))
@@ -314,7 +314,8 @@ bool read_byte(const place& at, const xml_node& node, const char* attribute, uin
     return true;
 }
 
-bool read_format_and_filter(const place& at, const xml_node& node, const char* above, uint8_t& format, uint8_t& filter)
+bool read_format_and_filter(
+    const document_place& at, const xml_node& node, const char* above, uint8_t& format, uint8_t& filter)
 {
     int32_t format_number = 0;
     if (!read_int(at, node, "texture_format", format_number) || !read_byte(at, node, "texture_filter", filter))
@@ -337,25 +338,25 @@ uint32_t count_children(const xml_node& node)
     return count;
 }
 
-bool need_children(const place& at, const xml_node& node, uint32_t needed)
+bool need_children(const document_place& at, const xml_node& node, uint32_t needed)
 {
     const uint32_t count = count_children(node);
     return count >= needed || fail(at, line_of("too few children: %u of %u.", count, needed));
 }
 
-void check_child_count(const place& at, const xml_node& node, uint32_t read)
+void check_child_count(const document_place& at, const xml_node& node, uint32_t read)
 {
     if (const uint32_t count = count_children(node); count > read)
         warn(at, line_of("too many children: %u of %u; the others are not read.", count, read));
 }
 
-void check_parameter_count(const place& at, const char* kind, uint32_t given, uint32_t takes)
+void check_parameter_count(const document_place& at, const char* kind, uint32_t given, uint32_t takes)
 {
     if (given < takes)
         warn(at, line_of("too few parameters of \"%s\": %u of %u; the others are 0.", kind, given, takes));
 }
 
-void copy_name(const place& at, char* field, uint32_t size, const char* text)
+void copy_name(const document_place& at, char* field, uint32_t size, const char* text)
 {
     assert(field != nullptr && size > 0);
     std::memset(field, 0, size);
@@ -368,7 +369,7 @@ void copy_name(const place& at, char* field, uint32_t size, const char* text)
 }
 
 // Warns of children behind the `read` parameters: too many, or not called like one.
-static void check_behind_parameters(const place& at, const xml_node& node, uint32_t read)
+static void check_behind_parameters(const document_place& at, const xml_node& node, uint32_t read)
 {
     for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling) {
         if (!is_named(*child, "p"))
@@ -377,13 +378,14 @@ static void check_behind_parameters(const place& at, const xml_node& node, uint3
     check_child_count(at, node, read);
 }
 
-bool read_function_handles(const place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles)
+bool read_function_handles(
+    const document_place& at, const xml_node& node, const parameter_list& parameters, uint32_t* handles)
 {
     assert(parameters.takes <= parameters.capacity);
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr && is_named(*child, "p");
          child = child->next_sibling, ++index) {
-        const place here = place_of_part(at, "p", index + 1);
+        const document_place here = place_of_part(at, "p", index + 1);
         int32_t value = 0;
         if (!read_text_int(here, *child, value))
             return false;
@@ -399,14 +401,14 @@ bool read_function_handles(const place& at, const xml_node& node, const paramete
 
 // ---- references -----------------------------------------------------------------------
 
-void warn_of_missing(const place& at, const char* what, uint32_t handle)
+void warn_of_missing(const document_place& at, const char* what, uint32_t handle)
 {
     warn(at, line_of("%s %d does not exist.", what, static_cast<int32_t>(handle)));
 }
 
 // ---- records --------------------------------------------------------------------------
 
-void fail_full_table(const place& at)
+void fail_full_table(const document_place& at)
 {
     fail(at, line_of("more than %u records.", record_table_capacity));
 }

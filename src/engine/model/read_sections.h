@@ -7,26 +7,26 @@
 
 #include "model/read_element.h"
 
-bool read_generated_image(const place& at, const xml_node& node);
-bool read_texture_node(const place& at, const xml_node& node);
-bool read_mesh(const place& at, const xml_node& node);
-bool read_function(const place& at, const xml_node& node);
-bool read_value_record(const place& at, const xml_node& node);
-bool read_dynamic_texture(const place& at, const xml_node& node);
-bool read_image_texture(const place& at, const xml_node& node);
-bool read_cube_map(const place& at, const xml_node& node);
-bool read_font(const place& at, const xml_node& node);
-bool read_object_reference(const place& at, const xml_node& node);
-bool read_material(const place& at, const xml_node& node);
-bool read_effect(const place& at, const xml_node& node);
-bool read_scene(const place& at, const xml_node& node);
+bool read_generated_image(const document_place& at, const xml_node& node);
+bool read_texture_node(const document_place& at, const xml_node& node);
+bool read_mesh(const document_place& at, const xml_node& node);
+bool read_function(const document_place& at, const xml_node& node);
+bool read_value_record(const document_place& at, const xml_node& node);
+bool read_dynamic_texture(const document_place& at, const xml_node& node);
+bool read_image_texture(const document_place& at, const xml_node& node);
+bool read_cube_map(const document_place& at, const xml_node& node);
+bool read_font(const document_place& at, const xml_node& node);
+bool read_object_reference(const document_place& at, const xml_node& node);
+bool read_material(const document_place& at, const xml_node& node);
+bool read_effect(const document_place& at, const xml_node& node);
+bool read_scene(const document_place& at, const xml_node& node);
 
 // The tracks beyond the last are passed over, as is every track of a document without a
 // timeline.
-bool read_track(const place& at, const xml_node& node);
+bool read_track(const document_place& at, const xml_node& node);
 
 // The music's file is the player's to find; children of its element are items without a meaning.
-bool pass_over_music_item(const place& at, const xml_node& node);
+bool pass_over_music_item(const document_place& at, const xml_node& node);
 
 // After section 2: what nodes and generated images the nodes name.
 void check_texture_nodes(document_reader& reader);

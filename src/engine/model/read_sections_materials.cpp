@@ -12,14 +12,14 @@
 
 // ---- fonts ------------------------------------------------------------------------
 
-static bool read_glyph(const place& at, const xml_node& node, glyph_record& glyph)
+static bool read_glyph(const document_place& at, const xml_node& node, glyph_record& glyph)
 {
     return read_handle(at, node, "model", glyph.model) && read_handle(at, node, "material", glyph.material)
         && read_handle(at, node, "bitmap", glyph.bitmap) && read_real(at, node, "offset", glyph.offset)
         && read_real(at, node, "width", glyph.width);
 }
 
-bool read_font(const place& at, const xml_node& node)
+bool read_font(const document_place& at, const xml_node& node)
 {
     const document& d = *at.reader.target;
     font_record* font = add_record(at, d.font_table);
@@ -27,7 +27,7 @@ bool read_font(const place& at, const xml_node& node)
         return false;
     const xml_node* child = node.first_child;
     for (uint32_t index = 0; index < glyph_count; ++index, child = child->next_sibling) {
-        const place here = place_of_part(at, "glyph", index + 1);
+        const document_place here = place_of_part(at, "glyph", index + 1);
         if (!read_glyph(here, *child, font->glyphs[index]))
             return false;
         uint32_t& model = font->glyphs[index].model;
@@ -43,7 +43,7 @@ static void check_glyph_materials(document_reader& reader)
 {
     const document& d = *reader.target;
     for (auto [record, font] : d.font_table) { // handles are positions while a document is read
-        const place at = place_of_record(reader, section_fonts, record);
+        const document_place at = place_of_record(reader, section_fonts, record);
         for (uint32_t index = 0; index < glyph_count; ++index)
             check_handle(
                 place_of_part(at, "glyph", index + 1), d.material_table, "material", font.glyphs[index].material);
@@ -53,7 +53,7 @@ static void check_glyph_materials(document_reader& reader)
 // ---- object references --------------------------------------------------------------
 
 // What the pair means is its user's to say, so it is checked where it is used.
-bool read_object_reference(const place& at, const xml_node& node)
+bool read_object_reference(const document_place& at, const xml_node& node)
 {
     object_reference* reference = add_record(at, at.reader.target->object_table);
     return reference != nullptr && read_int(at, node, "type", reference->type)
@@ -118,7 +118,7 @@ static setting_kind kind_of_setting(const xml_node& node)
 }
 
 // A byte too: 256 is off.
-static bool read_flag(const place& at, const xml_node& node, uint8_t& flag)
+static bool read_flag(const document_place& at, const xml_node& node, uint8_t& flag)
 {
     if (!read_byte(at, node, "value", flag))
         return false;
@@ -126,7 +126,7 @@ static bool read_flag(const place& at, const xml_node& node, uint8_t& flag)
     return true;
 }
 
-static bool read_blend_function(const place& at, const xml_node& node, uint8_t& blend_function)
+static bool read_blend_function(const document_place& at, const xml_node& node, uint8_t& blend_function)
 {
     if (!read_byte(at, node, "value", blend_function))
         return false;
@@ -135,7 +135,7 @@ static bool read_blend_function(const place& at, const xml_node& node, uint8_t& 
     return true;
 }
 
-static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype)
+static bool read_fogtype(const document_place& at, const xml_node& node, uint8_t& fogtype)
 {
     if (!read_byte(at, node, "value", fogtype))
         return false;
@@ -145,7 +145,7 @@ static bool read_fogtype(const place& at, const xml_node& node, uint8_t& fogtype
     return true;
 }
 
-static bool read_material_value(const place& at, const xml_node& node, float& value, uint8_t& dynamic)
+static bool read_material_value(const document_place& at, const xml_node& node, float& value, uint8_t& dynamic)
 {
     animated_value animated{};
     if (!read_animated(at, node, dynamic_unless_static, animated))
@@ -156,7 +156,7 @@ static bool read_material_value(const place& at, const xml_node& node, float& va
 }
 
 // A light or the fog colour: `at` is the setting, the message names the material.
-static bool read_value_handle(const place& at, const xml_node& node, uint32_t& handle)
+static bool read_value_handle(const document_place& at, const xml_node& node, uint32_t& handle)
 {
     assert(at.outer != nullptr);
     if (!read_handle(at, node, "value", handle))
@@ -166,7 +166,8 @@ static bool read_value_handle(const place& at, const xml_node& node, uint32_t& h
 }
 
 template <typename picture_record>
-static bool check_picture(const place& at, const table<picture_record>& pictures, const char* what, uint32_t handle)
+static bool check_picture(
+    const document_place& at, const table<picture_record>& pictures, const char* what, uint32_t handle)
 {
     check_handle(at, pictures, what, handle);
     return table_get(pictures, handle) != nullptr;
@@ -175,7 +176,7 @@ static bool check_picture(const place& at, const table<picture_record>& pictures
 // Warns when a unit's reference leads to no texture: nothing, an unknown kind, a record
 // that does not exist, or a texture node that is no output. False for these and for 0: the
 // unit is empty.
-static bool check_texture(const place& material, const char* setting, uint32_t handle)
+static bool check_texture(const document_place& material, const char* setting, uint32_t handle)
 {
     assert(setting != nullptr);
     const document& d = *material.reader.target;
@@ -183,7 +184,7 @@ static bool check_texture(const place& material, const char* setting, uint32_t h
     const auto* reference = table_get(d.object_table, handle);
     if (reference == nullptr)
         return false;
-    const place at = place_of_part(material, setting, handle);
+    const document_place at = place_of_part(material, setting, handle);
     switch (static_cast<texture_kind>(reference->type)) {
     case texture_generated: {
         const auto* node = table_get(d.texture_table, reference->id);
@@ -205,12 +206,12 @@ static bool check_texture(const place& material, const char* setting, uint32_t h
 }
 
 // A mode of a unit: what its catalogue lacks acts as 0.
-static uint8_t known_mode(const place& at, const char* what, uint8_t mode, uint8_t last)
+static uint8_t known_mode(const document_place& at, const char* what, uint8_t mode, uint8_t last)
 {
     return check_choice(at, what, mode, last, "it acts as 0") ? mode : 0;
 }
 
-static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
+static void check_combine_mode(const document_place& at, uint32_t unit, uint8_t function)
 {
     assert(unit < texture_unit_count);
     if (!is_combine_mode(unit, function))
@@ -218,7 +219,7 @@ static void check_combine_mode(const place& at, uint32_t unit, uint8_t function)
 }
 
 // Reflections that are fixed in the world and cube maps need each other. `handle` leads to a texture.
-static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode)
+static void check_coordinates(const document_place& at, uint32_t handle, uint8_t cgenmode)
 {
     const auto* reference = table_get(at.reader.target->object_table, handle);
     if (reference == nullptr || (reference->type == texture_cube) == (cgenmode == coordinates_cube))
@@ -228,7 +229,7 @@ static void check_coordinates(const place& at, uint32_t handle, uint8_t cgenmode
             cgenmode == coordinates_cube ? "without" : "with"));
 }
 
-static bool read_texture_unit(const place& at, const xml_node& node, material_record& material, uint32_t unit)
+static bool read_texture_unit(const document_place& at, const xml_node& node, material_record& material, uint32_t unit)
 {
     assert(unit < texture_unit_count && at.outer != nullptr);
     uint8_t wrapmode = 0;
@@ -249,7 +250,7 @@ static bool read_texture_unit(const place& at, const xml_node& node, material_re
     return true;
 }
 
-static bool read_uniforms(const place& at, const xml_node& node, material_record& material)
+static bool read_uniforms(const document_place& at, const xml_node& node, material_record& material)
 {
     for (uint32_t index = 0; index < user_uniform_count; ++index) {
         const std::string name = "u" + std::to_string(index + 1);
@@ -262,7 +263,7 @@ static bool read_uniforms(const place& at, const xml_node& node, material_record
 }
 
 // The record's own copy of a shader text; the last element of a name counts.
-static bool read_shader_text(const place& at, const xml_node& node, char*& text)
+static bool read_shader_text(const document_place& at, const xml_node& node, char*& text)
 {
     std::free(text);
     text = nullptr;
@@ -272,7 +273,7 @@ static bool read_shader_text(const place& at, const xml_node& node, char*& text)
     return text != nullptr || fail(at, "not enough memory.");
 }
 
-static bool read_setting(const place& at, setting_kind kind, const xml_node& node, material_record& m)
+static bool read_setting(const document_place& at, setting_kind kind, const xml_node& node, material_record& m)
 {
     switch (kind) {
     case setting_backface_culling:
@@ -323,7 +324,7 @@ static bool read_setting(const place& at, setting_kind kind, const xml_node& nod
 }
 
 // What the settings together ask for and do not get.
-static void check_material(const place& at, const material_record& m)
+static void check_material(const document_place& at, const material_record& m)
 {
     for (uint32_t unit = 1; unit < texture_unit_count; ++unit)
         if (m.texture[unit] != 0 && m.texture[unit - 1] == 0)
@@ -333,7 +334,7 @@ static void check_material(const place& at, const material_record& m)
 }
 
 // A program of the material's own that is not used. One that is switched off is meant to be.
-static void check_own_program(const place& at, const material_record& m, const bool seen[setting_kind_count])
+static void check_own_program(const document_place& at, const material_record& m, const bool seen[setting_kind_count])
 {
     const bool has_vertex = m.custom_vertex_shader != nullptr;
     const bool has_fragment = m.custom_fragment_shader != nullptr;
@@ -346,7 +347,7 @@ static void check_own_program(const place& at, const material_record& m, const b
         warn(at, "vertex_shader and fragment_shader are not used: there is no enable_glsl.");
 }
 
-bool read_material(const place& at, const xml_node& node)
+bool read_material(const document_place& at, const xml_node& node)
 {
     material_record* material = add_record(at, at.reader.target->material_table);
     if (material == nullptr)
@@ -358,7 +359,7 @@ bool read_material(const place& at, const xml_node& node)
             warn(at, "setting " + quoted(child->name) + " is unknown.");
             continue;
         }
-        const place here = place_of_part(at, setting_names[kind]);
+        const document_place here = place_of_part(at, setting_names[kind]);
         if (seen[kind])
             warn(here, "the setting stands here again, and the last one counts.");
         seen[kind] = true;

@@ -22,7 +22,7 @@ struct entry_bytes {
 } // namespace
 
 // The empty name takes the first slot unseen: what the pack begins with.
-static const char* read_entry_name(const place& at, const xml_node& node, const char* attribute)
+static const char* read_entry_name(const document_place& at, const xml_node& node, const char* attribute)
 {
     const char* name = read_attribute(at, node, attribute);
     if (name != nullptr && name[0] == 0)
@@ -30,7 +30,7 @@ static const char* read_entry_name(const place& at, const xml_node& node, const 
     return name;
 }
 
-static bool read_entry(const place& at, const char* name, entry_bytes& entry)
+static bool read_entry(const document_place& at, const char* name, entry_bytes& entry)
 {
     assert(name != nullptr && entry.bytes == nullptr);
     uint8_t* bytes = nullptr;
@@ -53,7 +53,7 @@ static bool read_entry(const place& at, const char* name, entry_bytes& entry)
 }
 
 // Entries may be named again and again, so the sum of what they unfold to is bounded.
-static bool count_unfolded(const place& at, uint64_t bytes)
+static bool count_unfolded(const document_place& at, uint64_t bytes)
 {
     at.reader.unfolded_bytes += bytes;
     return at.reader.unfolded_bytes <= max_unfolded_bytes
@@ -64,7 +64,7 @@ static bool count_unfolded(const place& at, uint64_t bytes)
 // ---- meshes -----------------------------------------------------------------------
 
 // Bytes behind the last whole triangle.
-static void check_mesh_end(const place& at, const char* name, uint32_t size, const mesh_arrays& arrays)
+static void check_mesh_end(const document_place& at, const char* name, uint32_t size, const mesh_arrays& arrays)
 {
     const auto* end = reinterpret_cast<const uint8_t*>(arrays.indices + arrays.index_count);
     const auto used = static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
@@ -73,7 +73,7 @@ static void check_mesh_end(const place& at, const char* name, uint32_t size, con
         warn(at, quoted(name) + line_of(": the last bytes, %u, make no triangle and are dropped.", size - used));
 }
 
-bool read_mesh(const place& at, const xml_node& node)
+bool read_mesh(const document_place& at, const xml_node& node)
 {
     mesh_record* mesh = add_record(at, at.reader.target->mesh_table);
     const char* name = mesh != nullptr ? read_entry_name(at, node, "filename") : nullptr;
@@ -91,7 +91,7 @@ bool read_mesh(const place& at, const xml_node& node)
 
 // ---- image textures ----------------------------------------------------------------
 
-static bool decode_entry(const place& at, const char* name, decoded_image& image)
+static bool decode_entry(const document_place& at, const char* name, decoded_image& image)
 {
     entry_bytes entry{};
     if (!read_entry(at, name, entry))
@@ -109,7 +109,7 @@ static bool decode_entry(const place& at, const char* name, decoded_image& image
 
 // A ready-made mipmap level: a picture of exactly the size that the level has. What is
 // missing, broken or of another size is no level, and the level is computed.
-static uint8_t* read_level(const place& at, const char* image_name, uint32_t level, const image_texture& image)
+static uint8_t* read_level(const document_place& at, const char* image_name, uint32_t level, const image_texture& image)
 {
     const level_name name = name_of_level(image_name, level);
     uint8_t* bytes = nullptr;
@@ -131,7 +131,7 @@ static uint8_t* read_level(const place& at, const char* image_name, uint32_t lev
     return nullptr;
 }
 
-bool read_image_texture(const place& at, const xml_node& node)
+bool read_image_texture(const document_place& at, const xml_node& node)
 {
     image_texture* texture = add_record(at, at.reader.target->image_texture_table);
     const char* name = texture != nullptr ? read_entry_name(at, node, "filename") : nullptr;
@@ -151,7 +151,7 @@ bool read_image_texture(const place& at, const xml_node& node)
 
 // ---- cube maps ----------------------------------------------------------------------
 
-static bool read_face(const place& at, const char* name, cube_map& cube, uint32_t face)
+static bool read_face(const document_place& at, const char* name, cube_map& cube, uint32_t face)
 {
     assert(face < cube_face_count && cube.faces[face] == nullptr);
     decoded_image image{};
@@ -168,7 +168,7 @@ static bool read_face(const place& at, const char* name, cube_map& cube, uint32_
     return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
 }
 
-bool read_cube_map(const place& at, const xml_node& node)
+bool read_cube_map(const document_place& at, const xml_node& node)
 {
     static constexpr const char* face_names[cube_face_count] = {"xp", "xn", "yp", "yn", "zp", "zn"};
     cube_map* cube = add_record(at, at.reader.target->cube_map_table);

@@ -12,7 +12,7 @@
 
 // ---- mesh effects -----------------------------------------------------------------
 
-bool read_effect(const place& at, const xml_node& node)
+bool read_effect(const document_place& at, const xml_node& node)
 {
     mesh_effect* effect = add_record(at, at.reader.target->effect_table);
     int32_t type = 0;
@@ -28,7 +28,7 @@ bool read_effect(const place& at, const xml_node& node)
 
 // ---- manipulators -------------------------------------------------------------------
 
-static void check_manipulator_mesh(const place& at, const manipulator_record& manipulator)
+static void check_manipulator_mesh(const document_place& at, const manipulator_record& manipulator)
 {
     const document& d = *at.reader.target;
     if (manipulator.model_type == placer_mesh)
@@ -40,7 +40,7 @@ static void check_manipulator_mesh(const place& at, const manipulator_record& ma
 }
 
 // The mesh that a placer puts copies on: reals, truncated.
-static bool read_manipulator_mesh(const place& at, const xml_node& node, manipulator_record& manipulator)
+static bool read_manipulator_mesh(const document_place& at, const xml_node& node, manipulator_record& manipulator)
 {
     assert(at.outer != nullptr);
     float type = 0.0f;
@@ -53,7 +53,7 @@ static bool read_manipulator_mesh(const place& at, const xml_node& node, manipul
     return true;
 }
 
-static void check_manipulator(const place& at, const manipulator_record& manipulator, uint32_t params)
+static void check_manipulator(const document_place& at, const manipulator_record& manipulator, uint32_t params)
 {
     assert(manipulator.type >= 0 && manipulator.type < manipulator_kind_count);
     const manipulator_entry& entry = manipulators[manipulator.type];
@@ -66,7 +66,7 @@ static void check_manipulator(const place& at, const manipulator_record& manipul
         warn(at, line_of("\"%s\" without a model changes nothing.", entry.name));
 }
 
-static bool read_manipulator(const place& at, const xml_node& node, manipulator_record& manipulator)
+static bool read_manipulator(const document_place& at, const xml_node& node, manipulator_record& manipulator)
 {
     if (!read_int(at, node, "type", manipulator.type))
         return false;
@@ -90,10 +90,10 @@ static bool read_manipulator(const place& at, const xml_node& node, manipulator_
     return true;
 }
 
-static bool read_manipulators(const place& at, const xml_node& container, scene_object& object)
+static bool read_manipulators(const document_place& at, const xml_node& container, scene_object& object)
 {
     for (const xml_node* child = container.first_child; child != nullptr; child = child->next_sibling) {
-        const place here = place_of_part(at, "manipulator", object.manipulator_count + 1);
+        const document_place here = place_of_part(at, "manipulator", object.manipulator_count + 1);
         if (object.manipulator_count == max_manipulators)
             return fail(here, line_of("more than %u manipulators.", max_manipulators));
         if (!read_manipulator(here, *child, object.manipulators[object.manipulator_count]))
@@ -104,7 +104,7 @@ static bool read_manipulators(const place& at, const xml_node& container, scene_
 }
 
 // The product of the first `numbers` parameters, as far as constants tell: 1 of one that moves.
-static double constant_product(const place& at, const manipulator_record& manipulator, uint32_t numbers)
+static double constant_product(const document_place& at, const manipulator_record& manipulator, uint32_t numbers)
 {
     assert(numbers <= max_manipulator_params);
     double copies = 1;
@@ -122,7 +122,7 @@ static double constant_product(const place& at, const manipulator_record& manipu
 }
 
 // One at every vertex; 1 of a model without known vertices.
-static double constant_vertices(const place& at, const manipulator_record& manipulator)
+static double constant_vertices(const document_place& at, const manipulator_record& manipulator)
 {
     const auto* mesh = table_get(at.reader.target->mesh_table, manipulator.model);
     return mesh != nullptr && manipulator.model_type == placer_mesh ? mesh->arrays.vertex_count : 1;
@@ -130,7 +130,7 @@ static double constant_vertices(const place& at, const manipulator_record& manip
 
 // How many copies a manipulator makes of each place, as far as that is known. 0: none, which has
 // been warned about.
-static double constant_copies(const place& at, const manipulator_record& manipulator)
+static double constant_copies(const document_place& at, const manipulator_record& manipulator)
 {
     switch (static_cast<manipulator_kind>(manipulator.type)) {
     case manipulator_xyz_multiplier:
@@ -149,7 +149,7 @@ static double constant_copies(const place& at, const manipulator_record& manipul
 }
 
 // What is told here need not be told again when the object is drawn.
-static void check_copies(const place& at, scene_object& object)
+static void check_copies(const document_place& at, scene_object& object)
 {
     assert(object.manipulator_count <= max_manipulators);
     double copies = 1;
@@ -186,7 +186,7 @@ static bool has_glyph(const char* letter, uint32_t length)
 
 // `text` is the document's, of which the object keeps the first bytes. A letter that the cut
 // goes through is no letter without a glyph.
-static void check_text(const place& at, const char* text, const scene_object& object)
+static void check_text(const document_place& at, const char* text, const scene_object& object)
 {
     const auto kept = static_cast<uint32_t>(strnlen(object.text, scene_text_size));
     assert(strnlen(text, scene_text_size) == kept);
@@ -203,7 +203,7 @@ static void check_text(const place& at, const char* text, const scene_object& ob
     }
 }
 
-static bool read_object_attributes(const place& at, const xml_node& node, scene_object& object)
+static bool read_object_attributes(const document_place& at, const xml_node& node, scene_object& object)
 {
     if (!read_int(at, node, "type", object.type) || !read_handle(at, node, "object", object.object)
         || !read_handle(at, node, "material", object.material) || !read_handle(at, node, "font", object.font))
@@ -218,7 +218,7 @@ static bool read_object_attributes(const place& at, const xml_node& node, scene_
 }
 
 // What must be there for anything to be drawn, where the object asks for it.
-static void check_drawable(const place& at, const scene_object& object)
+static void check_drawable(const document_place& at, const scene_object& object)
 {
     if (!check_choice(at, "type", object.type, object_kind_count - 1, "nothing is drawn"))
         return;
@@ -229,7 +229,7 @@ static void check_drawable(const place& at, const scene_object& object)
 }
 
 // Letters are drawn as they are: what deforms a mesh has nothing to deform.
-static void check_ripplers(const place& at, const scene_object& object)
+static void check_ripplers(const document_place& at, const scene_object& object)
 {
     for (uint32_t index = 0; index < object.manipulator_count; ++index) {
         if (object.type == object_text && object.manipulators[index].type == manipulator_rippler)
@@ -238,7 +238,7 @@ static void check_ripplers(const place& at, const scene_object& object)
 }
 
 // The object's reference in the sense that drawing gives it.
-static void check_scene_object(const place& at, const scene_object& object)
+static void check_scene_object(const document_place& at, const scene_object& object)
 {
     const document& d = *at.reader.target;
     check_drawable(at, object);
@@ -255,7 +255,7 @@ static void check_scene_object(const place& at, const scene_object& object)
 
 // Thirteen children in a fixed order: nine placement values, visibility, time offset,
 // camera-facing mark, manipulators. The time offset is a real between whole numbers.
-static bool read_scene_object(const place& at, const xml_node& node, scene_object& object, bool& camera_facing)
+static bool read_scene_object(const document_place& at, const xml_node& node, scene_object& object, bool& camera_facing)
 {
     constexpr uint32_t child_count = placement_value_count + 4;
     if (!read_object_attributes(at, node, object) || !need_children(at, node, child_count))
@@ -288,7 +288,7 @@ static bool read_scene_object(const place& at, const xml_node& node, scene_objec
 
 // ---- scenes -----------------------------------------------------------------------------
 
-static bool allocate_objects(const place& at, const xml_node& node, scene_record& scene)
+static bool allocate_objects(const document_place& at, const xml_node& node, scene_record& scene)
 {
     assert(scene.objects == nullptr);
     const uint32_t count = count_children(node);
@@ -304,7 +304,7 @@ static bool allocate_objects(const place& at, const xml_node& node, scene_record
     return true;
 }
 
-bool read_scene(const place& at, const xml_node& node)
+bool read_scene(const document_place& at, const xml_node& node)
 {
     scene_record* scene = add_record(at, at.reader.target->scene_table);
     if (scene == nullptr || !allocate_objects(at, node, *scene))

@@ -11,7 +11,7 @@
 
 // ---- generated images -------------------------------------------------------------
 
-static generated_image* add_generated_image(const place& at)
+static generated_image* add_generated_image(const document_place& at)
 {
     assert(at.reader.target->generated_image_count <= record_table_capacity);
     document& d = *at.reader.target;
@@ -33,7 +33,7 @@ static generated_image* add_generated_image(const place& at)
 }
 
 // A colour is three parameters, a number one.
-static void check_generator(const place& at, int32_t kind, uint32_t params)
+static void check_generator(const document_place& at, int32_t kind, uint32_t params)
 {
     assert(params <= max_generator_values);
     if (!check_choice(at, "type", kind, generator_kind_count - 1, "the image is black"))
@@ -42,7 +42,7 @@ static void check_generator(const place& at, int32_t kind, uint32_t params)
     check_parameter_count(at, entry.name, params, 3 * entry.colour_count + entry.number_count);
 }
 
-bool read_generated_image(const place& at, const xml_node& node)
+bool read_generated_image(const document_place& at, const xml_node& node)
 {
     generated_image* image = add_generated_image(at);
     if (image == nullptr || !read_int(at, node, "type", image->params.kind))
@@ -60,7 +60,7 @@ bool read_generated_image(const place& at, const xml_node& node)
 
 // ---- texture nodes ----------------------------------------------------------------
 
-static bool read_input(const place& at, const char* name, const xml_node& node, uint32_t& handle)
+static bool read_input(const document_place& at, const char* name, const xml_node& node, uint32_t& handle)
 {
     int32_t value = 0;
     if (!read_text_int(place_of_part(at, name), node, value))
@@ -69,7 +69,7 @@ static bool read_input(const place& at, const char* name, const xml_node& node, 
     return true;
 }
 
-static bool add_output(const place& at, const xml_node& child, texture_node& node)
+static bool add_output(const document_place& at, const xml_node& child, texture_node& node)
 {
     assert(node.output_count <= max_node_outputs);
     if (node.output_count == max_node_outputs)
@@ -91,7 +91,7 @@ static const texture_operation_entry* operation_of(uint8_t code)
     return nullptr;
 }
 
-static void check_operation(const place& at, const texture_node& node, uint32_t params)
+static void check_operation(const document_place& at, const texture_node& node, uint32_t params)
 {
     const texture_operation_entry* operation = operation_of(node.type);
     if (operation == nullptr)
@@ -105,7 +105,7 @@ static void check_operation(const place& at, const texture_node& node, uint32_t 
 // Everything behind the first child: "input", every "output" that follows it, and
 // parameters, of which the first nine are kept. An "output" behind a parameter is a
 // parameter too.
-static bool read_node_connections(const place& at, const xml_node* child, texture_node& node)
+static bool read_node_connections(const document_place& at, const xml_node* child, texture_node& node)
 {
     if (child != nullptr && is_named(*child, "input")) {
         if (!read_input(at, "input2", *child, node.input2))
@@ -118,7 +118,7 @@ static bool read_node_connections(const place& at, const xml_node* child, textur
     }
     uint32_t index = 0;
     for (; child != nullptr; child = child->next_sibling, ++index) {
-        const place here = place_of_part(at, "parameter", index + 1);
+        const document_place here = place_of_part(at, "parameter", index + 1);
         float value = 0.0f;
         if (!read_text_real(here, *child, value))
             return false;
@@ -131,7 +131,7 @@ static bool read_node_connections(const place& at, const xml_node* child, textur
     return true;
 }
 
-bool read_texture_node(const place& at, const xml_node& element)
+bool read_texture_node(const document_place& at, const xml_node& element)
 {
     texture_node* node = add_record(at, at.reader.target->texture_table);
     if (node == nullptr)
@@ -154,7 +154,7 @@ bool read_texture_node(const place& at, const xml_node& element)
     return read_node_connections(at, element.first_child->next_sibling, *node);
 }
 
-static void check_texture_node(const place& at, const document& d, const texture_node& node)
+static void check_texture_node(const document_place& at, const document& d, const texture_node& node)
 {
     check_handle(at, d.texture_table, "input1", node.input1);
     check_handle(at, d.texture_table, "input2", node.input2);
@@ -176,7 +176,7 @@ void check_texture_nodes(document_reader& reader)
 // ---- dynamic textures ---------------------------------------------------------------
 
 // Every other text means 512, too.
-static uint32_t side_of_resolution(const place& at, const char* text)
+static uint32_t side_of_resolution(const document_place& at, const char* text)
 {
     if (std::strcmp(text, "64x64") == 0)
         return 64;
@@ -189,7 +189,7 @@ static uint32_t side_of_resolution(const place& at, const char* text)
     return 512;
 }
 
-static uint32_t read_bpp(const place& at, const char* text)
+static uint32_t read_bpp(const document_place& at, const char* text)
 {
     if (std::strcmp(text, "8") == 0)
         return 8;
@@ -198,7 +198,7 @@ static uint32_t read_bpp(const place& at, const char* text)
     return 24;
 }
 
-bool read_dynamic_texture(const place& at, const xml_node& node)
+bool read_dynamic_texture(const document_place& at, const xml_node& node)
 {
     dynamic_texture* texture = add_record(at, at.reader.target->dynamic_texture_table);
     if (texture == nullptr)

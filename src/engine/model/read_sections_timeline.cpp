@@ -7,7 +7,7 @@
 
 constexpr uint32_t needed_camera_children = camera_value_count; // a ninth is read and not used
 
-static bool read_layer_attributes(const place& at, const xml_node& node, layer_record& layer)
+static bool read_layer_attributes(const document_place& at, const xml_node& node, layer_record& layer)
 {
     int32_t space_before = 0;
     int32_t length = 0;
@@ -31,7 +31,7 @@ static bool read_layer_attributes(const place& at, const xml_node& node, layer_r
     return true;
 }
 
-static void check_layer(const place& at, const layer_record& layer)
+static void check_layer(const document_place& at, const layer_record& layer)
 {
     assert(uint64_t{layer.space_before} + layer.length <= max_track_end);
     const document& d = *at.reader.target;
@@ -45,7 +45,7 @@ static void check_layer(const place& at, const layer_record& layer)
 }
 
 // "ortographic" is the documents' own spelling.
-static bool read_field_of_view(const place& at, const xml_node& node, uint8_t& mode, float& value)
+static bool read_field_of_view(const document_place& at, const xml_node& node, uint8_t& mode, float& value)
 {
     const char* type = read_attribute(at, node, "type");
     if (type == nullptr)
@@ -62,7 +62,7 @@ static bool read_field_of_view(const place& at, const xml_node& node, uint8_t& m
     return mode == fov_dynamic ? read_function_value(at, node, value) : read_real(at, node, "value", value);
 }
 
-static bool read_camera_value(const place& at, const xml_node& node, layer_record& layer, uint32_t index)
+static bool read_camera_value(const document_place& at, const xml_node& node, layer_record& layer, uint32_t index)
 {
     assert(index <= camera_value_count);
     if (index == camera_fov)
@@ -77,7 +77,7 @@ static bool read_camera_value(const place& at, const xml_node& node, layer_recor
     return true;
 }
 
-static bool read_camera(const place& at, const xml_node& node, layer_record& layer)
+static bool read_camera(const document_place& at, const xml_node& node, layer_record& layer)
 {
     if (!need_children(at, node, needed_camera_children))
         return false;
@@ -91,7 +91,8 @@ static bool read_camera(const place& at, const xml_node& node, layer_record& lay
 }
 
 // Lays the layer behind the one before it, its pause included in its span.
-static bool enter_layer(const place& at, const layer_record& layer, uint32_t index, uint32_t track, timeline& t)
+static bool enter_layer(
+    const document_place& at, const layer_record& layer, uint32_t index, uint32_t track, timeline& t)
 {
     const uint32_t start = at.reader.layer_start;
     assert(track < track_count && index < layers_per_track && start <= max_track_end);
@@ -121,7 +122,7 @@ static bool draws_at_once(const timeline& t)
 void check_timeline(document_reader& reader)
 {
     const timeline* t = reader.target->timeline;
-    const place at = place_of_section(reader, section_timeline);
+    const document_place at = place_of_section(reader, section_timeline);
     const bool is_show = std::strcmp(reader.target->name, "loading.xmlz") != 0;
     if (t != nullptr && t->slot_layer[0][0] == no_layer)
         warn(at,
@@ -133,7 +134,7 @@ void check_timeline(document_reader& reader)
         warn(at, line_of("%u tracks: the first %u are read.", reader.record, track_count));
 }
 
-bool read_track(const place& at, const xml_node& node)
+bool read_track(const document_place& at, const xml_node& node)
 {
     const uint32_t track = at.number - 1;
     timeline* t = at.reader.target->timeline;
@@ -143,7 +144,7 @@ bool read_track(const place& at, const xml_node& node)
     at.reader.layer_start = 0;
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++index) {
-        const place here = place_of_part(at, "clip", index + 1);
+        const document_place here = place_of_part(at, "clip", index + 1);
         if (index == layers_per_track)
             return fail(here, line_of("more than %u clips.", layers_per_track));
         layer_record& layer = t->layers[track][index];
@@ -158,7 +159,7 @@ bool read_track(const place& at, const xml_node& node)
 
 // ---- the music --------------------------------------------------------------------------
 
-bool pass_over_music_item(const place&, const xml_node&)
+bool pass_over_music_item(const document_place&, const xml_node&)
 {
     return true;
 }

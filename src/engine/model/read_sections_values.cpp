@@ -12,7 +12,7 @@
 // ---- animation functions ----------------------------------------------------------
 
 // A spline takes up to twelve points, the others the parameters of their formula.
-static void check_segment(const place& at, int32_t type, int32_t length, uint32_t params)
+static void check_segment(const document_place& at, int32_t type, int32_t length, uint32_t params)
 {
     if (length < 0)
         warn(at, line_of("length %d is negative: the segment has no end.", length));
@@ -26,7 +26,7 @@ static void check_segment(const place& at, int32_t type, int32_t length, uint32_
         warn(at, line_of("the last of %u numbers is the x of a point without y, which is 0.", params));
 }
 
-static bool read_segment(const place& at, const xml_node& node, animation_function& function, uint32_t index)
+static bool read_segment(const document_place& at, const xml_node& node, animation_function& function, uint32_t index)
 {
     assert(index < max_segments);
     int32_t length = 0;
@@ -45,7 +45,7 @@ static bool read_segment(const place& at, const xml_node& node, animation_functi
 }
 
 // The ends of a loop are whole ticks, and a number that no tick has is one far below 0.
-static void check_loop(const place& at, const animation_function& function)
+static void check_loop(const document_place& at, const animation_function& function)
 {
     const int32_t begin = truncate_to_int(static_cast<double>(function.loop_begin));
     const int32_t end = truncate_to_int(static_cast<double>(function.loop_end));
@@ -57,7 +57,7 @@ static void check_loop(const place& at, const animation_function& function)
         warn(at, line_of("loop_end, tick %d, does not lie behind loop_begin, tick %d.", end, begin));
 }
 
-static void check_function(const place& at, const animation_function& function)
+static void check_function(const document_place& at, const animation_function& function)
 {
     check_choice(at, "type", function.value_type, std::size(parameter_kinds) - 1, "the player does not use it");
     if (check_choice(at, "loop_type", function.loop_type, loop_kind_count - 1, "the function does not loop")
@@ -67,7 +67,7 @@ static void check_function(const place& at, const animation_function& function)
         warn(at, "no segments: the function is 1.");
 }
 
-bool read_function(const place& at, const xml_node& node)
+bool read_function(const document_place& at, const xml_node& node)
 {
     animation_function* function = add_record(at, at.reader.target->function_table);
     if (function == nullptr)
@@ -79,7 +79,7 @@ bool read_function(const place& at, const xml_node& node)
         return false;
     uint32_t index = 0;
     for (const xml_node* child = node.first_child; child != nullptr; child = child->next_sibling, ++index) {
-        const place here = place_of_part(at, "segment", index + 1);
+        const document_place here = place_of_part(at, "segment", index + 1);
         if (index == max_segments)
             return fail(here, line_of("more than %u segments.", max_segments));
         if (!read_segment(here, *child, *function, index))
@@ -100,7 +100,7 @@ static void mark_dynamic(value_record& record, uint32_t index)
     flags = static_cast<uint8_t>(flags | bit);
 }
 
-bool read_value_record(const place& at, const xml_node& node)
+bool read_value_record(const document_place& at, const xml_node& node)
 {
     constexpr uint32_t value_count = 9;
     value_record* record = add_record(at, at.reader.target->transform_table);

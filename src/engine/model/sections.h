@@ -7,14 +7,14 @@
 #include "model/document.h"
 
 struct document_reader;
-struct place;
+struct document_place;
 
 struct section_row {
     document_section number;
-    const char* name;                                        // in messages
-    bool is_progress;                                        // reading a record moves the loading screen on
-    bool (*read_one)(const place& at, const xml_node& node); // false after a fatal problem
-    void (*finish)(document_reader& reader);                 // after the last record; null: nothing is left to do
+    const char* name;                                                 // in messages
+    bool is_progress;                                                 // reading a record moves the loading screen on
+    bool (*read_one)(const document_place& at, const xml_node& node); // false after a fatal problem
+    void (*finish)(document_reader& reader); // after the last record; null: nothing is left to do
 };
 
 // The row of a section; null for numbers that are none.
