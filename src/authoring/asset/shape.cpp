@@ -1,0 +1,1 @@
+#include "authoring/asset/shape.h"

@@ -1,0 +1,1 @@
+// Numbers that move: see curve.h.
