@@ -1,0 +1,1 @@
+#include "authoring/lua/sandbox.h"
