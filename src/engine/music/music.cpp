@@ -2,8 +2,8 @@
 
 #include "content/file_bytes.h"
 #include "content/printable.h"
+#include "content/vorbis_comments.h"
 #include "music/latest_request.h"
-#include "music/vorbis_comments.h"
 
 #define STB_VORBIS_HEADER_ONLY
 #include <stb/stb_vorbis.h>

@@ -2,7 +2,7 @@
 
 #include "content/file_bytes.h"
 #include "content/owners.h"
-#include "music/vorbis_comments.h"
+#include "content/vorbis_comments.h"
 
 #define STB_VORBIS_HEADER_ONLY
 #include <stb/stb_vorbis.h>

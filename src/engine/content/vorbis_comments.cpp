@@ -1,4 +1,4 @@
-#include "music/vorbis_comments.h"
+#include "content/vorbis_comments.h"
 
 #include <cassert>
 #include <cstdint>
