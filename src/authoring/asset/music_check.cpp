@@ -1,0 +1,230 @@
+#include "authoring/asset/music_check.h"
+
+#include "content/file_bytes.h"
+#include "content/owners.h"
+#include "content/vorbis_comments.h"
+#include "model/timeline.h"
+
+#define STB_VORBIS_HEADER_ONLY
+#include <stb/stb_vorbis.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string_view>
+
+using namespace std::string_view_literals;
+
+constexpr uint32_t player_rate = 44100; // of its sound device
+constexpr uint32_t ticks_per_second = 100;
+constexpr uint32_t samples_per_tick = player_rate / ticks_per_second;
+constexpr int decoder_room = 64 << 20; // bytes
+
+namespace {
+
+struct close_decoder {
+    void operator()(stb_vorbis* decoder) const
+    {
+        stb_vorbis_close(decoder);
+    }
+};
+
+// A decoder with all the memory that it takes, since it loses some of its own where a file breaks off in its
+// tables. Tunes need less than one MiB, the rest is never touched.
+struct music_decoder {
+    owned_block<char> room;
+    std::unique_ptr<stb_vorbis, close_decoder> decoder;
+};
+
+struct sound_kind {
+    const char* name; // with its article
+    size_t at;        // bytes before its mark
+    std::string_view mark;
+};
+
+} // namespace
+
+// ---- numbers as texts --------------------------------------------------------------------
+
+std::string time_text(double seconds)
+{
+    const auto hundredths = static_cast<uint64_t>(std::llround(std::min(std::fabs(seconds), 1e9) * ticks_per_second));
+    const std::string below = std::to_string(100 + hundredths % 100).substr(1);
+    const std::string whole = std::to_string(100 + hundredths / 100 % 60).substr(1);
+    return (seconds < 0 && hundredths > 0 ? "-" : "") + std::to_string(hundredths / 6000) + ":" + whole + "." + below;
+}
+
+// 25600 as "25,600".
+static std::string grouped(uint64_t number)
+{
+    std::string text = std::to_string(number);
+    for (size_t at = text.size(); at > 3; at -= 3)
+        text.insert(at - 3, ",");
+    return text;
+}
+
+// ---- what kind of file --------------------------------------------------------------------
+
+constexpr sound_kind sound_kinds[] = {
+    {"an MP3 file", 0, "ID3"sv},
+    {"an MP3 file", 0, "\xFF\xFB"sv},
+    {"an MP3 file", 0, "\xFF\xF3"sv},
+    {"an MP3 file", 0, "\xFF\xFA"sv},
+    {"an AAC file", 0, "\xFF\xF1"sv},
+    {"an AAC file", 0, "\xFF\xF9"sv},
+    {"a WAV file", 8, "WAVE"sv},
+    {"a FLAC file", 0, "fLaC"sv},
+    {"an AIFF file", 8, "AIF"sv},
+    {"an MPEG-4 file", 4, "ftyp"sv},
+    {"a Matroska file", 0, "\x1A\x45\xDF\xA3"sv},
+    {"a tracker module", 0, "Extended Module"sv},
+    {"a tracker module", 0, "IMPM"sv},
+    {"a tracker module", 44, "SCRM"sv},
+    {"a tracker module", 1080, "M.K."sv},
+    {"a MIDI file", 0, "MThd"sv},
+    {"an Opus file", 28, "OpusHead"sv},
+    {"a FLAC file in Ogg", 28,
+        "\x7F"
+        "FLAC"sv},
+    {"a Speex file", 28, "Speex   "sv},
+    {"a Theora film", 28, "\x80theora"sv},
+};
+
+static std::string kind_problem(std::string_view beginning)
+{
+    std::string problem = "is no Ogg Vorbis file";
+    if (beginning.empty())
+        return "is empty: music is an Ogg Vorbis file.";
+    if (beginning.starts_with("OggS"))
+        problem = "begins as Ogg and cannot be decoded as Vorbis: it is damaged, or holds something else.";
+    for (const sound_kind& kind : sound_kinds)
+        if (beginning.size() > kind.at && beginning.substr(kind.at).starts_with(kind.mark))
+            problem = "is " + std::string(kind.name);
+    if (problem.back() != '.')
+        problem += ": the player plays Ogg Vorbis. \"ffmpeg -i FILE -vn -ar 44100 -c:a libvorbis TUNE.ogg\" makes one.";
+    return problem;
+}
+
+// Without a decoder, and with the reason, for what the player would play as silence.
+static music_decoder open_decoder(const std::string& path, std::string& problem)
+{
+    const char* reason = nullptr;
+    owned_file file(open_plain_file(path.c_str(), &reason));
+    if (!file) {
+        problem = std::string("cannot be opened: ") + reason + ".";
+        return {};
+    }
+    char beginning[1100];
+    const size_t size = std::fread(beginning, 1, sizeof beginning, file.get());
+    std::rewind(file.get());
+    music_decoder music = {owned_block<char>(static_cast<char*>(std::malloc(decoder_room))), nullptr};
+    const stb_vorbis_alloc room = {music.room.get(), decoder_room};
+    int error = 0;
+    if (music.room && vorbis_comments_fit(file.get()))
+        music.decoder.reset(stb_vorbis_open_file(file.release(), 1, &error, &room)); // closes it when it fails, too
+    if (!music.room)
+        problem = "needs more memory than there is.";
+    else if (!music.decoder)
+        problem = kind_problem({beginning, size});
+    return music;
+}
+
+// ---- facts ---------------------------------------------------------------------------------
+
+double music_seconds(const music_file_facts& facts)
+{
+    return static_cast<double>(facts.samples) / player_rate;
+}
+
+static void add_notes(music_file_facts& facts)
+{
+    const double seconds = music_seconds(facts);
+    if (facts.samples_per_second != player_rate)
+        facts.notes.push_back("has " + grouped(facts.samples_per_second)
+            + " samples a second and the player plays 44,100: it sounds "
+            + (facts.samples_per_second > player_rate ? "slower and deeper" : "faster and higher") + ", and lasts "
+            + time_text(seconds) + " instead of "
+            + time_text(static_cast<double>(facts.samples) / std::max(facts.samples_per_second, 1u))
+            + ". Write it with 44,100.");
+    if (facts.channels > 2)
+        facts.notes.push_back("has " + std::to_string(facts.channels) + " channels, which the player puts into two.");
+    if (facts.samples == 0)
+        facts.notes.push_back("is silent: it has no samples.");
+    if (seconds > max_track_end / ticks_per_second)
+        facts.notes.push_back("lasts " + time_text(seconds) + ", and a show ends at "
+            + time_text(max_track_end / ticks_per_second) + " at the latest.");
+}
+
+// Two channels of 16 bits; `pairs` has room for a tick. How many there were.
+static uint32_t next_tick(stb_vorbis* decoder, int16_t (&pairs)[samples_per_tick * 2])
+{
+    uint32_t count = 0;
+    while (count < samples_per_tick) {
+        const int decoded = stb_vorbis_get_samples_short_interleaved(
+            decoder, 2, pairs + count * 2, static_cast<int>((samples_per_tick - count) * 2));
+        if (decoded <= 0)
+            break;
+        count += static_cast<uint32_t>(decoded);
+    }
+    return count;
+}
+
+// A file that does not tell its length is played through.
+static uint64_t count_samples(stb_vorbis* decoder)
+{
+    uint64_t samples = stb_vorbis_stream_length_in_samples(decoder);
+    if (samples != 0)
+        return samples;
+    stb_vorbis_seek_start(decoder);
+    int16_t pairs[samples_per_tick * 2];
+    while (const uint32_t count = next_tick(decoder, pairs))
+        samples += count;
+    return samples;
+}
+
+bool check_music(const std::string& path, music_file_facts& facts, std::string& problem)
+{
+    const music_decoder music = open_decoder(path, problem);
+    if (!music.decoder)
+        return false;
+    problem.clear();
+    const stb_vorbis_info info = stb_vorbis_get_info(music.decoder.get());
+    facts = {info.sample_rate, static_cast<uint32_t>(info.channels), count_samples(music.decoder.get()), {}};
+    add_notes(facts);
+    return true;
+}
+
+// ---- the waveform -----------------------------------------------------------------------------
+
+static waveform_column column_of(const int16_t* samples, uint32_t count)
+{
+    constexpr float full_scale = 32768.0f;
+    int lowest = 0;
+    int highest = 0;
+    double squares = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        lowest = std::min<int>(lowest, samples[i]);
+        highest = std::max<int>(highest, samples[i]);
+        squares += static_cast<double>(samples[i]) * samples[i];
+    }
+    const double mean = count > 0 ? squares / count : 0;
+    return {static_cast<float>(lowest) / full_scale, static_cast<float>(highest) / full_scale,
+        static_cast<float>(std::sqrt(mean)) / full_scale};
+}
+
+bool read_waveform(const std::string& path, std::vector<waveform_column>& columns, std::string& problem)
+{
+    const music_decoder music = open_decoder(path, problem);
+    if (!music.decoder)
+        return false;
+    problem.clear();
+    columns.clear();
+    int16_t pairs[samples_per_tick * 2];
+    while (columns.size() < max_track_end) {
+        const uint32_t count = next_tick(music.decoder.get(), pairs);
+        if (count == 0)
+            break;
+        columns.push_back(column_of(pairs, count * 2));
+    }
+    return true;
+}

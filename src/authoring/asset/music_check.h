@@ -1,0 +1,36 @@
+// Music of the author: whether the player plays it, how long it is, and where its beats are.
+//
+// The player plays Ogg Vorbis, 44,100 samples a second whatever the file says; all lengths here are what it plays.
+// Problems and notes are texts to be put behind the file's name: "\"tune.mp3\" " + "is an MP3 file, ...". Files
+// are read, nothing is kept.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct music_file_facts {
+    uint32_t samples_per_second; // the file's own
+    uint32_t channels;
+    uint64_t samples;               // of each channel
+    std::vector<std::string> notes; // allowed, and perhaps not meant
+};
+
+// Looks at the file at `path`. False, with the reason in `problem`, for what the player would play as silence.
+[[nodiscard]] bool check_music(const std::string& path, music_file_facts& facts, std::string& problem);
+
+// How long the player plays it, in seconds.
+double music_seconds(const music_file_facts& facts);
+
+// "1:04.25"; below 0 with a minus in front.
+std::string time_text(double seconds);
+
+// What sounds during one tick, 1/100 s: of both channels, full scale is 1.
+struct waveform_column {
+    float lowest;
+    float highest;
+    float loudness; // the root of the mean square
+};
+
+// Decodes the file, tick by tick, up to the 25,600 that a show can last. False as check_music.
+[[nodiscard]] bool read_waveform(const std::string& path, std::vector<waveform_column>& columns, std::string& problem);
