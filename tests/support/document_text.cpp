@@ -253,9 +253,10 @@ reading::reading(const std::string& text, const std::vector<pack_content>& entri
             break;
         }
     }
-    for (const document_problem& problem : reader.problems) {
+    problems = reader.problems;
+    for (const document_problem& problem : problems) {
         lines.push_back(problem.text);
-        REQUIRE(problem.fatal == (failed && lines.size() == reader.problems.size())); // what is fatal comes last
+        REQUIRE(problem.fatal == (failed && lines.size() == problems.size())); // what is fatal comes last
     }
 }
 

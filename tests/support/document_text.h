@@ -84,6 +84,7 @@ struct reading {
     xml_node* root;
     FILE* pack;
     std::vector<std::string> lines; // all problems
+    std::vector<document_problem> problems;
     bool failed;
     uint32_t records_read;
     std::vector<uint32_t> sections_ended;

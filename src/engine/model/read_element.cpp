@@ -13,6 +13,7 @@
 #include <limits>
 #include <string_view>
 #include <strings.h>
+#include <utility>
 
 constexpr size_t quoted_text_limit = 64; // bytes of a document's text that a message shows
 constexpr size_t kept_warnings = 4096;   // what a document of nothing but mistakes may take of the memory
@@ -36,42 +37,62 @@ document_place place_of_part(const document_place& outer, const char* name, uint
     return {outer.reader, outer.section, &outer, name, number};
 }
 
-static std::string path_of(const document_place& at)
+// Adds a problem at `place`, which its line begins with and whose section, record and parts the caller has set.
+static void keep_problem(
+    document_reader& reader, document_problem& problem, const std::string& place, const std::string& what)
 {
-    if (at.name == nullptr)
-        return "";
-    std::string path = at.outer != nullptr ? path_of(*at.outer) : "";
-    path += std::string(", ") + at.name;
-    if (at.number != 0)
-        path += " " + std::to_string(at.number);
-    return path;
+    assert(reader.target != nullptr && !what.empty());
+    reader.warning_count += problem.fatal ? 0 : 1;
+    if (!problem.fatal && reader.warning_count > kept_warnings)
+        return;
+    problem.text = std::string(problem.fatal ? "Error: " : "Warning: ") + reader.target->name + ": " + place;
+    problem.place_length = problem.text.size();
+    problem.text += what;
+    reader.problems.push_back(std::move(problem));
 }
 
 void add_problem(document_reader& reader, bool fatal, const std::string& what)
 {
-    assert(reader.target != nullptr && !what.empty());
-    reader.warning_count += fatal ? 0 : 1;
-    if (!fatal && reader.warning_count > kept_warnings)
-        return;
-    reader.problems.push_back(
-        {fatal, std::string(fatal ? "Error: " : "Warning: ") + reader.target->name + ": " + what});
+    document_problem problem{};
+    problem.fatal = fatal;
+    keep_problem(reader, problem, "", what);
 }
 
-static std::string line_at(const document_place& at, const std::string& what)
+// Fills in where the problem is, and says it: ", record 2, object 5".
+static std::string locate(const document_place& at, document_problem& problem)
+{
+    problem.section = at.section;
+    if (at.name == nullptr)
+        return "";
+    std::string path;
+    if (at.outer != nullptr) {
+        path = locate(*at.outer, problem);
+        problem.parts.push_back({at.name, at.number});
+    } else {
+        problem.record = at.number;
+    }
+    path += std::string(", ") + at.name;
+    return at.number != 0 ? path + " " + std::to_string(at.number) : path;
+}
+
+static void add_problem_at(const document_place& at, bool fatal, const std::string& what)
 {
     assert(at.section >= section_generated_images && at.section < no_more_sections);
-    return section_label(at.section) + path_of(at) + ": " + what;
+    document_problem problem{};
+    problem.fatal = fatal;
+    const std::string path = locate(at, problem);
+    keep_problem(at.reader, problem, section_label(at.section) + path + ": ", what);
 }
 
 bool fail(const document_place& at, const std::string& what)
 {
-    add_problem(at.reader, true, line_at(at, what));
+    add_problem_at(at, true, what);
     return false;
 }
 
 void warn(const document_place& at, const std::string& what)
 {
-    add_problem(at.reader, false, line_at(at, what));
+    add_problem_at(at, false, what);
 }
 
 void warn_outside(const document_place& at, const char* what, int64_t number, int64_t last, const char* instead)

@@ -4,6 +4,7 @@
 // problems. Problems are whole lines of text: a fatal one ends the reading, a warning does not.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -12,9 +13,22 @@
 struct document;
 struct xml_node;
 
+// A part of a record, or of another part: object 5, manipulator 2, visibility.
+struct document_part {
+    std::string name;
+    uint32_t number; // from 1; 0: the name stands alone
+
+    bool operator==(const document_part&) const = default;
+};
+
+// The line says all; where it is about stands beside it for those who tell it otherwise.
 struct document_problem {
     bool fatal;
-    std::string text; // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
+    std::string text;                 // a whole line: "Error: demo.xmlz: section 13 (scenes), record 2, ..."
+    size_t place_length;              // of `text`: bytes in front of what is wrong
+    uint32_t section;                 // 0: the document as a whole
+    uint32_t record;                  // from 1; 0: the section as a whole
+    std::vector<document_part> parts; // of the record, from the outermost in
 };
 
 // What the meshes and pictures of one document may unfold to: an entry can be named by
