@@ -44,3 +44,35 @@ void register_layer(uint32_t start, uint32_t end, uint32_t layer, uint32_t track
     t.layer_end[track][layer] = end;
     t.track_end[track] = std::max(t.track_end[track], end);
 }
+
+// The search starts at the second's layer and walks on while layers have ended; a
+// layer shows from the end of its pause to its own end, both included. Quirk: a
+// layer that was never entered has the end 0, which shifts the time of the one
+// after it ("the layer after a lost one counts from 0").
+active_layer find_layer(const timeline& t, uint32_t track, uint32_t time)
+{
+    assert(track < track_count);
+    constexpr active_layer nothing = {false, 0, 0};
+    const uint32_t slot = time / ticks_per_slot;
+    if (slot >= slots_per_track)
+        return nothing;
+
+    const uint32_t count = std::min(t.layer_count[track], layers_per_track);
+    uint32_t layer = t.slot_layer[track][slot];
+    while (layer < count && time > t.layer_end[track][layer])
+        ++layer;
+    if (layer >= count) // also where nothing is entered
+        return nothing;
+
+    const uint32_t previous_end = layer == 0 ? 0 : t.layer_end[track][layer - 1];
+    const uint32_t begin = previous_end + t.layers[track][layer].space_before;
+    if (time < begin)
+        return nothing;
+    return {true, layer, time - begin};
+}
+
+bool timeline_is_over(const timeline& t, uint32_t time)
+{
+    const uint32_t slot = time / ticks_per_slot;
+    return t.layer_count[0] == 0 || slot >= slots_per_track || t.slot_layer[0][slot] == no_layer;
+}

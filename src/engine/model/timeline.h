@@ -80,3 +80,16 @@ void timeline_free(timeline* t);
 // 0. `track` below 32, `layer` below 256, end at most 25,600 (a slot of its own
 // beyond the table is left out).
 void register_layer(uint32_t start, uint32_t end, uint32_t layer, uint32_t track, timeline& t);
+
+// What a track shows at a moment.
+struct active_layer {
+    bool found;          // else nothing
+    uint32_t layer;      // its number
+    uint32_t local_time; // ticks from the end of its pause
+};
+
+// The layer of `track` (below 32) at `time` ticks.
+active_layer find_layer(const timeline& t, uint32_t track, uint32_t time);
+
+// Whether a show ends at `time`: the first track alone decides whether anything is left.
+bool timeline_is_over(const timeline& t, uint32_t time);

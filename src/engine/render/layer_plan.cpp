@@ -7,51 +7,6 @@
 #include <cassert>
 #include <iterator>
 
-// ---- the layer of a moment ------------------------------------------------------
-
-namespace {
-
-struct active_layer {
-    bool found;
-    uint32_t layer;
-    uint32_t local_time; // ticks from the end of the layer's pause
-};
-
-} // namespace
-
-// The search starts at the second's layer and walks on while layers have ended; a
-// layer shows from the end of its pause to its own end, both included. Quirk: a
-// layer that was never entered has the end 0, which shifts the time of the one
-// after it ("the layer after a lost one counts from 0").
-static active_layer find_layer(const timeline& t, uint32_t track, uint32_t time)
-{
-    assert(track < track_count);
-    constexpr active_layer nothing = {false, 0, 0};
-    const uint32_t slot = time / 100;
-    if (slot >= slots_per_track)
-        return nothing;
-
-    const uint32_t count = std::min(t.layer_count[track], layers_per_track);
-    uint32_t layer = t.slot_layer[track][slot];
-    while (layer < count && time > t.layer_end[track][layer])
-        ++layer;
-    if (layer >= count) // also where nothing is entered
-        return nothing;
-
-    const uint32_t previous_end = layer == 0 ? 0 : t.layer_end[track][layer - 1];
-    const uint32_t begin = previous_end + t.layers[track][layer].space_before;
-    if (time < begin)
-        return nothing;
-    return {true, layer, time - begin};
-}
-
-// Track 0 decides whether anything is left to show.
-static bool is_over(const timeline& t, uint32_t time)
-{
-    const uint32_t slot = time / 100;
-    return t.layer_count[0] == 0 || slot >= slots_per_track || t.slot_layer[0][slot] == no_layer;
-}
-
 // ---- render targets -------------------------------------------------------------
 
 namespace {
@@ -260,7 +215,7 @@ static layer_plan plan_layer(planning& p, uint32_t track, const active_layer& ac
 frame_layers plan_layers(const document& d, uint32_t time, const frame_view& view, const gl_caps& caps)
 {
     frame_layers frame = {};
-    if (d.timeline == nullptr || is_over(*d.timeline, time))
+    if (d.timeline == nullptr || timeline_is_over(*d.timeline, time))
         return frame;
 
     planning p = {.d = d,
