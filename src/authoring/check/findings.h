@@ -1,0 +1,54 @@
+// What is wrong with a show's documents, or may be: all of it in one run.
+//
+// Findings come from two sources. The first is the player's own reading: what it refuses is an error, what it
+// warns of a warning. The second looks for what it reads without a word: what it quietly does otherwise is a
+// warning, what only costs the author an evening a note. The second keeps to what is right nearly always.
+#pragma once
+
+#include "authoring/problem.h"
+#include "content/xml.h"
+#include "model/document.h"
+#include "model/reading.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+struct document_finding {
+    problem_severity severity;
+    std::string document;             // "demo.xmlz"; empty: the pack itself
+    uint32_t section;                 // document_section; 0: the document as a whole
+    uint32_t record;                  // from 1; 0: the section as a whole
+    std::vector<document_part> parts; // of the record, from the outermost in: object 5, manipulator 2
+    std::string text;                 // what is wrong, without its place; ends with a full stop
+};
+
+using finding_list = std::vector<document_finding>;
+
+// What is known of the file that a show's music element names: whoever can listen to it fills this in.
+struct music_facts {
+    bool looked_for; // false: nothing is said of the music
+    bool found;      // beside the pack, or in its folder "music"
+    bool is_vorbis;  // the player plays it
+    double seconds;  // its length
+};
+
+// Both documents of a pack, and the pack: entries that nobody names, names that stand twice. In the order
+// loading.xmlz, demo.xmlz, the pack; a document's findings are ordered by section and record.
+finding_list check_documents(FILE* pack, const music_facts& music = {});
+
+// One document as a tree, called "demo.xmlz" or "loading.xmlz"; its entries come from `pack`, which may be null.
+finding_list check_tree(const char* name, const xml_node* root, FILE* pack, const music_facts& music = {});
+
+// The file that the show's music element names; empty: none, or no such document.
+std::string music_file_of(FILE* pack);
+
+// Where a finding's record, or the part of it, stands in a source: sets both and says true, or leaves them.
+using find_source_line
+    = bool (*)(const void* context, const document_finding& finding, std::string& file, uint32_t& line);
+
+// Findings as everyone tells them. Where `find_line` knows the source's line, that is the place; else it is the
+// document's: file "demo.xmlz", where "section 13 (scenes), record 2, object 5".
+problem_list findings_as_problems(
+    const finding_list& findings, find_source_line find_line = nullptr, const void* context = nullptr);
