@@ -1,6 +1,6 @@
 # Completes the options of brimlow-render in bash, once it has read this file with "source".
 #
-# Written by brimlow-render-pages from the program's table of options; not edited by hand.
+# Written by brimlow-pages from the program's table of options; not edited by hand.
 
 _brimlow_render()
 {

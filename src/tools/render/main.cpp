@@ -3,7 +3,8 @@
 #include "option_pages.h"
 #include "options.h"
 #include "render_job.h"
-#include "words.h"
+
+#include "tools/common/words.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,6 @@
 // What is written from the table of options: --help, the manual page, the completion of bash.
 //
-// Pure texts; tools/render_pages puts the last two into their files.
+// Pure texts; tools/pages puts the last two into their files.
 #pragma once
 
 #include <string>

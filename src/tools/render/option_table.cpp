@@ -150,6 +150,7 @@ constexpr option_row option_rows[option_count] = {
         .name = "--ffmpeg",
         .value = "WORDS",
         .wants = "takes words for ffmpeg in one argument, like --ffmpeg \"-preset slow\"",
+        .any_value = true,
         .help = "more options for ffmpeg, like \"-preset slow\"",
         .page = "More options for `ffmpeg`, in one argument, as a shell would read them (\"-preset slow\").\n"
                 "They stand behind those of this program and win over them."},

@@ -2,14 +2,12 @@
 
 #include "option_conflicts.h"
 #include "option_table.h"
-#include "words.h"
-
 #include "shell/settings.h"
+#include "tools/common/words.h"
+#include "tools/common/written_options.h"
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
-#include <getopt.h>
 #include <string_view>
 
 constexpr uint32_t max_picture_side = 65535;
@@ -279,147 +277,7 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
     return true;
 }
 
-// ---- names of options --------------------------------------------------------------------
-
-// A row by its long name ("--size") or its letter ("-o"); null when there is none.
-static const option_row* find_row(std::string_view name)
-{
-    const auto* row = std::find_if(std::begin(option_rows), std::end(option_rows), [name](const option_row& candidate) {
-        return candidate.name == name || (name.size() == 2 && name[0] == '-' && candidate.letter == name[1]);
-    });
-    return row == std::end(option_rows) ? nullptr : row;
-}
-
-// How many letters must be changed, left out or put in to make `a` of `b`.
-static size_t letters_apart(std::string_view a, std::string_view b)
-{
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j < row.size(); ++j)
-        row[j] = j;
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t corner = row[0]; // of the row before
-        row[0] = i + 1;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t above = row[j + 1];
-            row[j + 1] = std::min({above + 1, row[j] + 1, corner + (a[i] == b[j] ? 0 : 1)});
-            corner = above;
-        }
-    }
-    return row.back();
-}
-
-// The known option that a misspelt one comes closest to; null when none is close.
-static const option_row* closest_row(std::string_view name)
-{
-    constexpr size_t shortest_word = 4; // with its dashes: "--fl" is enough for --flashes
-    const option_row* closest = nullptr;
-    size_t least = name.size() < shortest_word ? 1 : 3; // more letters apart are another word
-    for (const option_row& row : option_rows) {
-        const bool begins = name.size() >= shortest_word && std::string_view(row.name).starts_with(name);
-        const size_t apart = begins ? 1 : letters_apart(name, row.name);
-        if (apart < least)
-            closest = &row;
-        least = std::min(apart, least);
-    }
-    return closest;
-}
-
-static std::string unknown_option(std::string_view name)
-{
-    const bool one_dash = name.substr(0, 2) != "--";
-    const option_row* meant = closest_row((one_dash ? "-" : "") + std::string(name));
-    return "unknown option " + std::string(name)
-        + (meant == nullptr ? "" : " (did you mean " + std::string(meant->name) + "?)");
-}
-
 // ---- the command line --------------------------------------------------------------------
-
-constexpr int first_long_option = 256; // behind all letters
-
-namespace {
-
-// What getopt_long wants to know. "-" leaves the arguments in their order and hands over
-// names of packs as an option 1; ":" leaves messages to us.
-struct getopt_words {
-    std::string letters = "-:";
-    std::vector<option> names;
-};
-
-} // namespace
-
-static getopt_words make_getopt_words()
-{
-    getopt_words words;
-    for (const option_row& row : option_rows) {
-        const bool with_value = row.value != nullptr;
-        const int kind = with_value ? required_argument : no_argument;
-        words.names.push_back({row.name + std::strlen("--"), kind, nullptr, first_long_option + row.id});
-        if (row.letter != 0)
-            words.letters += std::string(1, row.letter) + (with_value ? ":" : "");
-    }
-    words.names.push_back({});
-    return words;
-}
-
-namespace {
-
-// An option as it was written. Of one that is unknown, or whose name is cut, there is no row.
-struct written_option {
-    std::string name;
-    const option_row* row;
-    const char* value;   // null: there is none
-    bool value_is_apart; // in an argument of its own
-};
-
-} // namespace
-
-// `code` is what getopt_long says of the argument.
-static written_option take_option(const std::string& argument, int code, const char* next)
-{
-    written_option written = {argument.substr(0, argument.find('=')), nullptr, optarg, optarg == next};
-    if (!argument.starts_with("--"))
-        written.name = std::string("-") + static_cast<char>(code == '?' || code == ':' ? optopt : code);
-    written.row = find_row(written.name);
-    return written;
-}
-
-// Whether an argument can only be an option, and so not the value of the one before it.
-static bool is_option(std::string_view argument)
-{
-    return argument.size() > 1 && find_row(argument.substr(0, argument.find('='))) != nullptr;
-}
-
-// What is wrong with a value, or with there being none.
-static std::string value_problem(const written_option& written, render_options& options)
-{
-    const std::string wanted = written.name + " " + written.row->wants;
-    const bool any_words = written.row->id == option_ffmpeg; // those of ffmpeg look like ours
-    if (written.value == nullptr)
-        return wanted;
-    if (written.value_is_apart && !any_words && is_option(written.value))
-        return wanted + ", and " + written.value + " is an option";
-    return read_value(written.row->id, written.value, options)
-        ? ""
-        : wanted + ", not \"" + std::string(written.value) + "\"";
-}
-
-static std::string option_problem(const std::string& argument, const written_option& written, bool misused,
-    std::vector<bool>& seen, render_options& options)
-{
-    const bool is_long = argument.starts_with("--");
-    if (written.row == nullptr)
-        return unknown_option(is_long ? written.name : argument);
-    if (!is_long && written.value != nullptr && !written.value_is_apart && written.value[0] == '=')
-        return "write " + written.name + " " + (written.value + 1) + ", without the equals sign";
-    const size_t id = static_cast<size_t>(written.row->id);
-    if (seen[id])
-        return written.name + " is given twice";
-    seen[id] = true;
-    if (written.row->value != nullptr)
-        return value_problem(written, options);
-    read_value(written.row->id, "", options);
-    return misused ? written.name + " takes no value" : "";
-}
 
 static std::string take_pack(const std::string& name, render_options& options)
 {
@@ -431,31 +289,29 @@ static std::string take_pack(const std::string& name, render_options& options)
     return "";
 }
 
+// Takes over an argument; what is wrong with it otherwise.
+static std::string take_argument(const written_argument& written, std::vector<bool>& seen, render_options& options)
+{
+    if (written.row == nullptr)
+        return written.problem.empty() ? take_pack(written.value, options) : written.problem;
+    const size_t id = static_cast<size_t>(written.row->id);
+    if (seen[id])
+        return written.name + " is given twice";
+    seen[id] = true;
+    if (!written.problem.empty())
+        return written.problem;
+    const char* value = written.row->value == nullptr ? "" : written.value;
+    return read_value(static_cast<option_id>(id), value, options) ? "" : wrong_value(written);
+}
+
 // The arguments in their order, up to the first problem.
 static std::string read_arguments(
     std::span<const char* const> arguments, std::vector<bool>& seen, render_options& options)
 {
-    const getopt_words words = make_getopt_words();
-    std::vector<char*> list = {const_cast<char*>("brimlow-render")};
-    for (const char* argument : arguments)
-        list.push_back(const_cast<char*>(argument)); // they stay as they are
-    const int count = static_cast<int>(list.size());
-    list.push_back(nullptr);
-    std::string problem;
-    optind = 0; // begins anew
-    for (int code = 0; problem.empty();) {
-        const size_t at = static_cast<size_t>(std::max(optind, 1));
-        code = getopt_long(count, list.data(), words.letters.c_str(), words.names.data(), nullptr);
-        if (code == -1)
-            break;
-        const std::string argument = list[at];
-        problem = code == 1
-            ? take_pack(argument, options)
-            : option_problem(argument, take_option(argument, code, list[at + 1]), code == '?', seen, options);
-    }
-    for (int at = optind; problem.empty() && at < count; ++at) // behind "--"
-        problem = take_pack(list[static_cast<size_t>(at)], options);
-    return problem;
+    for (const written_argument& written : part_arguments(option_rows, arguments))
+        if (std::string problem = take_argument(written, seen, options); !problem.empty())
+            return problem;
+    return "";
 }
 
 bool read_options(std::span<const char* const> arguments, render_options& options, std::string& problem)

@@ -2,7 +2,7 @@
 
 #include "content/printable.h"
 #include "options.h"
-#include "words.h"
+#include "tools/common/words.h"
 
 #include <csignal>
 #include <cstdio>

@@ -18,12 +18,12 @@
 #include "sound_cut.h"
 #include "tiles.h"
 #include "video_pipe.h"
-#include "words.h"
 #include "y4m.h"
 
 #include "content/file_bytes.h"
 #include "content/printable.h"
 #include "shell/loading.h"
+#include "tools/common/words.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,12 +1,12 @@
-// brimlow-render-pages: writes what is made from brimlow-render's table of options into the
+// brimlow-pages: writes what is made from brimlow-render's table of options into the
 // files of the repository.
 //
-//     brimlow-render-pages [--check] ROOT
+//     brimlow-pages [--check] ROOT
 //
 // With --check nothing is written: status 1 tells that a file is out of date.
 
-#include "option_pages.h"
-#include "words.h"
+#include "tools/common/words.h"
+#include "tools/render/option_pages.h"
 
 #include <cstdio>
 #include <cstring>
@@ -14,7 +14,7 @@
 #include <iterator>
 #include <string>
 
-constexpr const char options_begin[] = ".\\\" ---- from here on written by brimlow-render-pages ----\n";
+constexpr const char options_begin[] = ".\\\" ---- from here on written by brimlow-pages ----\n";
 constexpr const char options_end[] = ".\\\" ---- up to here ----\n";
 
 static std::string read_text(const std::string& path)
@@ -41,7 +41,7 @@ static bool bring_up_to_date(const std::string& path, const std::string& text, b
     if (!writes || text.empty()) {
         say(path
             + (text.empty() ? " has lost the two lines that the options stand between."
-                            : " is not what the table of options says: run brimlow-render-pages."));
+                            : " is not what the table of options says: run brimlow-pages."));
         return false;
     }
     std::ofstream file(path, std::ios::binary);
@@ -54,7 +54,7 @@ int main(int argc, char** argv)
 {
     const bool checks = argc == 3 && std::strcmp(argv[1], "--check") == 0;
     if (argc != 2 && !checks) {
-        say("usage: brimlow-render-pages [--check] ROOT");
+        say("usage: brimlow-pages [--check] ROOT");
         return 2;
     }
     const std::string docs = std::string(argv[argc - 1]) + "/docs/";

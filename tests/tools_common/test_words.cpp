@@ -1,4 +1,4 @@
-#include "words.h"
+#include "tools/common/words.h"
 
 #include <doctest/doctest.h>
 
