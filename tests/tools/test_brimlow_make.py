@@ -4,6 +4,7 @@
 Packs are made by tests/support/packs.py and read here with struct alone, so that the
 program is compared with the format and not with itself."""
 
+import json
 import os
 import re
 import resource
@@ -24,6 +25,7 @@ from packs import in_envelope, pack_bytes  # noqa: E402
 
 PROGRAM = ""
 MAN_PAGE = ""
+COMPLETION = ""
 COMMANDS = ("list", "extract", "add", "create", "remove", "wrap", "unwrap")
 NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
 A_PIPE = "it is a pipe or a device and no file"
@@ -70,6 +72,7 @@ class CommandLineTest(MakeTest):
             self.assertEqual((status, errors), (0, ""))
             for command in COMMANDS:
                 self.assertIn("\n  %s " % command, output)
+            self.assertEqual(len(re.findall(r"^  [a-z]+ [A-Z[]", output, re.M)), len(COMMANDS))
         for command in COMMANDS:
             status, output, errors = self.make(command, "--help")
             self.assertEqual((status, errors), (0, ""))
@@ -95,7 +98,7 @@ class CommandLineTest(MakeTest):
             part = sections["OPTIONS" if not command else command]
             headed = "\n".join(line for line in part.splitlines() if line.startswith(".B"))
             self.assertEqual(set(re.findall(r"(?<![\w-])--?[A-Za-z][a-z-]*", headed)), in_help, command)
-        plain_lines = [re.sub(r"\\f[BP]", "", line) for line in page.splitlines()]
+        plain_lines = [re.sub(r"\\f[BIR]", "", line) for line in page.splitlines()]
         for command in COMMANDS:
             line = self.make(command, "--help")[1].splitlines()[0]
             self.assertIn(line.replace("brimlow-make ", "", 1), plain_lines)
@@ -107,6 +110,9 @@ class CommandLineTest(MakeTest):
         misuse([], "a command is missing")
         misuse(["frob"], "unknown command frob")
         misuse(["fr\x1bob"], "unknown command fr\\x1Bob")
+        misuse(["exrtact", "x.dpk"], "unknown command exrtact (did you mean extract?)")
+        misuse(["list", "--jsn", "a"], "unknown option --jsn (did you mean --json?)", "list ")
+        misuse(["extract", "-fx", "a"], "unknown option -fx", "extract ")
         misuse(["--frob"], "unknown option --frob")
         misuse(["--force", "list", "a"], "--force stands behind a command")
         misuse(["list"], "list takes one pack", "list ")
@@ -132,6 +138,41 @@ class CommandLineTest(MakeTest):
         misuse(["wrap", "a", ""], "a name of a file is empty", "wrap ")
         misuse(["unwrap", "a"], "unwrap takes an entry and a file", "unwrap ")
         self.assertEqual(self.names(), [])
+
+
+class CompletionTest(MakeTest):
+    """What bash offers for a line that ends at the cursor."""
+
+    def offered(self, line):
+        run = subprocess.run(["bash", "-uc", "source \"$0\"; PATH=$2:$PATH COMP_LINE=$1 COMP_POINT=${#1}; _brimlow_make; "
+                              "printf \"%s\\n\" \"${COMPREPLY[@]}\"", COMPLETION, line, os.path.dirname(PROGRAM)],
+                             cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True, timeout=60)
+        self.assertEqual(run.stderr, b"")
+        return sorted(name for name in run.stdout.decode().split("\n") if name)
+
+    def test_commands_and_options(self):
+        self.assertEqual(self.offered("brimlow-make "), sorted(COMMANDS + ("help",)))
+        self.assertEqual(self.offered("brimlow-make ex"), ["extract"])
+        self.assertEqual(self.offered("brimlow-make help wr"), ["wrap"])
+        self.assertEqual(self.offered("brimlow-make --"), ["--help", "--version"])
+        self.assertEqual(self.offered("brimlow-make extract --"), ["--force", "--help", "--prefix"])
+        self.assertEqual(self.offered("brimlow-make list a.dpk --j"), ["--json"])
+        self.assertEqual(self.offered("brimlow-make frob "), [])
+
+    def test_arguments_are_offered_what_suits_their_place(self):
+        os.makedirs(self.path("out"))
+        self.put("a.dpk", pack_bytes([("one", b"1"), ("two words", b"22"), ("other", b"")]))
+        self.put("sky.png", b"")
+        packs, files = ["a.dpk", "out"], ["a.dpk", "out", "sky.png"]
+        for line, found in (("list ", packs), ("list --json ", packs), ("list a.dpk ", []), ("extract ", packs),
+                            ("extract a.dpk ", ["out"]), ("extract -f a.dpk out o", ["one", "other"]),
+                            ("extract a.dpk --prefix x ", ["out"]), ("extract a.dpk --prefix ", []),
+                            ("remove a.dpk ", ["one", "other", "two words"]), ("remove a.dpk one t", ["two words"]),
+                            ("remove none.dpk ", []), ("add a.dpk ", files), ("add a.dpk x y s", ["sky.png"]),
+                            ("add a.dpk -C ", ["out"]), ("add -C out a", ["a.dpk"]), ("add --directory=o", ["out"]),
+                            ("wrap ", files)):
+            with self.subTest(line=line):
+                self.assertEqual(self.offered("brimlow-make " + line), found)
 
 
 class OutputTest(MakeTest):
@@ -180,6 +221,16 @@ class ListTest(MakeTest):
     def test_list_shows_sizes_and_names(self):
         self.put("x.dpk", pack_bytes([("demo.xmlz", b"12345"), ("empty", b""), ("rock.png", b"x" * 1234)]))
         self.check(["list", "x.dpk"], 0, "         5  demo.xmlz\n         0  empty\n      1234  rock.png\n")
+
+    def test_list_as_json(self):
+        self.put("x.dpk", pack_bytes([("a \"b\"", b"123"), (b"\x9b", b""), ("c", b"45")])[:-1])
+        status, output, errors = self.make("list", "--json", "x.dpk")
+        self.assertEqual((status, errors), (1, "Error: x.dpk is damaged: 1 of its 3 entries do not lie inside it.\n"))
+        self.assertEqual(json.loads(output), {"entries": [{"name": "a \"b\"", "damaged": False, "size": 3},
+                                                          {"name": "\ufffd", "damaged": False, "size": 0},
+                                                          {"name": "c", "damaged": True}]})
+        self.put("x.dpk", pack_bytes([]))
+        self.check(["list", "--json", "x.dpk"], 0, '{"entries":[]}\n')
 
     def test_list_of_an_empty_pack_is_empty(self):
         self.put("x.dpk", pack_bytes([]))
@@ -642,5 +693,6 @@ class EnvelopeTest(MakeTest):
 
 if __name__ == "__main__":
     MAN_PAGE = os.path.abspath(sys.argv.pop(2))
+    COMPLETION = os.path.join(os.path.dirname(MAN_PAGE), "..", "completion", "brimlow-make.bash")
     PROGRAM = os.path.abspath(sys.argv.pop(1))
     unittest.main()

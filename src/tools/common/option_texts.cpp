@@ -72,7 +72,8 @@ std::string manual_value(std::string_view value)
     std::string_view font;
     for (const char letter : value) {
         const bool is_name = letter >= 'A' && letter <= 'Z';
-        const std::string_view wanted = is_name ? "\\fI" : letter == '[' || letter == ']' ? "\\fR" : "\\fB";
+        const bool is_sign = letter == '[' || letter == ']' || letter == '|';
+        const std::string_view wanted = letter == ' ' ? font : is_name ? "\\fI" : is_sign ? "\\fR" : "\\fB";
         if (wanted != font)
             text += wanted;
         font = wanted;

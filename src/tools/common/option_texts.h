@@ -18,7 +18,8 @@ std::string help_rows(std::span<const option_row> rows, int32_t group, size_t co
 // Text with `bold` and _italic_ parts in the language of man(7).
 std::string manual_text(std::string_view marked);
 
-// What the user puts in, like "N[/D]": capitals are italic, what stands as it is bold.
+// What the user puts in, like "N[/D]": capitals are italic, what stands as it is bold, signs of this language
+// ("[", "]", "|") neither.
 std::string manual_value(std::string_view value);
 
 // Lines of manual_text; an empty line becomes `request` and parts paragraphs.

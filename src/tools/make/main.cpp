@@ -1,6 +1,7 @@
 // brimlow-make: looks into packs, takes them apart, and puts them together.
 
 #include "commands.h"
+#include "option_pages.h"
 
 #include "content/printable.h"
 
@@ -56,7 +57,7 @@ static exit_status run_command(const make_options& options)
 
 static exit_status usage_error(const std::string& problem, make_command command)
 {
-    const std::string name = command_name(command);
+    const std::string name = command == command_count ? "" : command_rows[command].name;
     std::fprintf(stderr, "Error: %s. \"brimlow-make %s%s--help\" tells more.\n", printable(problem).c_str(),
         name.c_str(), name.empty() ? "" : " ");
     return exit_usage;
@@ -86,7 +87,7 @@ int main(int argc, char** argv)
     if (!read_options({argv + (argc > 0 ? 1 : 0), count}, options, problem))
         return usage_error(problem, options.command);
     if (options.help || options.version) {
-        std::fputs(options.help ? help_text(options.command) : "brimlow-make 1.0\n", stdout);
+        std::fputs(options.help ? make_help_text(options.command).c_str() : "brimlow-make 1.0\n", stdout);
         return finish_output(exit_done);
     }
     return finish_output(run_command(options));

@@ -3,21 +3,12 @@
 // Pure: nothing is opened here. Every misuse is one sentence.
 #pragma once
 
+#include "command_table.h"
+
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
-
-enum make_command : int32_t {
-    command_list,
-    command_extract,
-    command_add,
-    command_create,
-    command_remove,
-    command_wrap,
-    command_unwrap,
-    command_count // none: the program as a whole
-};
 
 // A file that goes into a pack.
 struct make_source {
@@ -30,6 +21,7 @@ struct make_options {
     bool help = false; // of the command, or of the program
     bool version = false;
     bool force = false;               // files that exist are replaced
+    bool json = false;                // told as JSON
     std::string input;                // the pack; the file that wrap and unwrap read
     std::string output;               // the file that wrap and unwrap write
     std::string prefix;               // extract: what stands in front of every name: the folder, and --prefix
@@ -40,9 +32,3 @@ struct make_options {
 // Reads the arguments behind the program's name. False: `problem` holds one sentence
 // without its full stop; of `options` only the command is then to be used, for the hint.
 bool read_options(std::span<const char* const> arguments, make_options& options, std::string& problem);
-
-// The text of --help of a command, or of the whole program (command_count).
-const char* help_text(make_command command);
-
-// "list", "extract", ...; "" for command_count.
-const char* command_name(make_command command);

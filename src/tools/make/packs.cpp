@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "problem_lines.h"
 
 #include "content/file_bytes.h"
 #include "content/owners.h"
@@ -104,15 +105,30 @@ static file_list list_of(const std::vector<std::string>& names)
 
 // ---- list ----------------------------------------------------------------------------------
 
+static nlohmann::ordered_json entries_as_json(const pack_index& pack)
+{
+    nlohmann::ordered_json entries = nlohmann::ordered_json::array();
+    for (const pack_slot& slot : pack.slots) {
+        nlohmann::ordered_json entry = {{"name", slot.name}, {"damaged", slot.damaged}};
+        if (!slot.damaged)
+            entry["size"] = slot.size;
+        entries.push_back(entry);
+    }
+    return {{"entries", entries}};
+}
+
 exit_status run_list(const make_options& options)
 {
     pack_index pack;
     if (!open_pack(options.input, false, pack))
         return exit_failed;
-    for (const pack_slot& slot : pack.slots) {
-        const std::string size = slot.damaged ? "damaged" : std::to_string(slot.size);
-        std::printf("%10s  %s\n", size.c_str(), printable(slot.name).c_str());
-    }
+    if (options.json)
+        std::fputs(json_line(entries_as_json(pack)).c_str(), stdout);
+    else
+        for (const pack_slot& slot : pack.slots) {
+            const std::string size = slot.damaged ? "damaged" : std::to_string(slot.size);
+            std::printf("%10s  %s\n", size.c_str(), printable(slot.name).c_str());
+        }
     return report_damage(options.input, pack);
 }
 

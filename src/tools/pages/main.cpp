@@ -1,11 +1,12 @@
-// brimlow-pages: writes what is made from brimlow-render's table of options into the
-// files of the repository.
+// brimlow-pages: writes what is made from the tables of brimlow-make and brimlow-render into the files of the
+// repository.
 //
 //     brimlow-pages [--check] ROOT
 //
 // With --check nothing is written: status 1 tells that a file is out of date.
 
 #include "tools/common/words.h"
+#include "tools/make/option_pages.h"
 #include "tools/render/option_pages.h"
 
 #include <cstdio>
@@ -24,13 +25,13 @@ static std::string read_text(const std::string& path)
 }
 
 // The manual page with its options anew; empty when it has no place for them.
-static std::string manual_page(const std::string& page)
+static std::string manual_page(const std::string& page, const std::string& options)
 {
     const size_t begin = page.find(options_begin);
     const size_t end = page.find(options_end);
     if (begin == std::string::npos || end == std::string::npos || end < begin)
         return "";
-    return page.substr(0, begin) + options_begin + manual_options() + page.substr(end);
+    return page.substr(0, begin) + options_begin + options + page.substr(end);
 }
 
 // False: the file is out of date and stays so.
@@ -41,13 +42,22 @@ static bool bring_up_to_date(const std::string& path, const std::string& text, b
     if (!writes || text.empty()) {
         say(path
             + (text.empty() ? " has lost the two lines that the options stand between."
-                            : " is not what the table of options says: run brimlow-pages."));
+                            : " is not what the program's table says: run brimlow-pages."));
         return false;
     }
     std::ofstream file(path, std::ios::binary);
     file << text << std::flush;
     say((file ? "Wrote " : "Cannot write ") + path + ".");
     return file.good();
+}
+
+// The manual page and the completion of a program.
+static bool bring_program_up_to_date(const std::string& docs, const char* program, const std::string& options,
+    const std::string& completion, bool writes)
+{
+    const std::string manual = docs + "man/" + program + ".1";
+    const bool page = bring_up_to_date(manual, manual_page(read_text(manual), options), writes);
+    return bring_up_to_date(docs + "completion/" + program + ".bash", completion, writes) && page;
 }
 
 int main(int argc, char** argv)
@@ -58,8 +68,8 @@ int main(int argc, char** argv)
         return 2;
     }
     const std::string docs = std::string(argv[argc - 1]) + "/docs/";
-    const std::string manual = docs + "man/brimlow-render.1";
-    const bool pages = bring_up_to_date(manual, manual_page(read_text(manual)), !checks);
-    const bool completion = bring_up_to_date(docs + "completion/brimlow-render.bash", bash_completion(), !checks);
-    return pages && completion ? 0 : 1;
+    const bool make
+        = bring_program_up_to_date(docs, "brimlow-make", make_manual_commands(), make_bash_completion(), !checks);
+    const bool render = bring_program_up_to_date(docs, "brimlow-render", manual_options(), bash_completion(), !checks);
+    return make && render ? 0 : 1;
 }

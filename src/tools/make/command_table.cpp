@@ -1,0 +1,224 @@
+#include "command_table.h"
+
+constexpr command_row command_rows[command_count] = {
+    {.id = command_list,
+        .group = group_packs,
+        .name = "list",
+        .arguments = "PACK",
+        .least = 1,
+        .most = 1,
+        .wants = "list takes one pack",
+        .other_name = "ls",
+        .offers = {offer_pack, offer_nothing, offer_nothing},
+        .summary = "every entry's size in bytes and name",
+        .help = "Prints every entry's size in bytes and name, in the order of the pack. An entry\n"
+                "that does not lie inside the pack is listed as \"damaged\". Control characters and\n"
+                "broken letters in names are shown as \\xNN, here and in all other lines.",
+        .help_below = "",
+        .page = "Prints every entry's size in bytes and name, in the order of the pack.\n"
+                "An entry that does not lie inside the pack is listed as \"damaged\"."},
+    {.id = command_extract,
+        .group = group_packs,
+        .name = "extract",
+        .arguments = "PACK [DIR [NAME...]]",
+        .least = 1,
+        .most = any_number,
+        .wants = "extract takes a pack",
+        .other_name = "unpack",
+        .offers = {offer_pack, offer_folder, offer_entry},
+        .summary = "writes all entries, or those named, into DIR",
+        .help = "Writes all entries, or those named, to files of their names in the folder DIR\n"
+                "(here, without DIR). DIR and the folders in the names of entries are made.",
+        .help_below = "Entries with names that lead out of DIR, and ones that would go through a\n"
+                      "symbolic link, are left out with a line.",
+        .page = "Writes all entries, or those named, to files of their names in the folder _DIR_\n"
+                "(without it, in the working directory).\n"
+                "_DIR_ and the folders in the names of entries are made.\n"
+                "New files can be read by their owner alone.\n"
+                "Entries whose names lead out of _DIR_, and ones that would go through a symbolic link, are left\n"
+                "out with a line, and so are damaged ones."},
+    {.id = command_add,
+        .group = group_packs,
+        .name = "add",
+        .arguments = "PACK FILE...",
+        .least = 2,
+        .most = any_number,
+        .wants = "add takes a pack and files",
+        .other_name = nullptr,
+        .offers = {offer_pack, offer_file, offer_file},
+        .summary = "puts files into a pack",
+        .help = "Puts files into PACK. An entry of the same name is replaced where it stands, the\n"
+                "others follow behind the last one, in the order given. PACK is made when there\n"
+                "is none.",
+        .help_below = "An entry is called like its file, without the folders; \"-C assets sky/up.png\"\n"
+                      "puts the file assets/sky/up.png in as \"sky/up.png\". Names have at most 31 bytes,\n"
+                      "do not begin with \"/\" and have no \"..\" in them.",
+        .page = "Puts files into _PACK_.\n"
+                "An entry of the same name is replaced where it stands, the others follow behind the last\n"
+                "one, in the order given.\n"
+                "_PACK_ is made when there is none.\n"
+                "The entries that are kept are named, then the sizes are told as they are written, \"of the\n"
+                "file\" for what is new."},
+    {.id = command_create,
+        .group = group_packs,
+        .name = "create",
+        .arguments = "PACK FILE...",
+        .least = 2,
+        .most = any_number,
+        .wants = "create takes a pack and files",
+        .other_name = "pack",
+        .offers = {offer_pack, offer_file, offer_file},
+        .summary = "makes a new pack of files",
+        .help = "Makes a new pack of these files, in the order given.",
+        .help_below = "An entry is called like its file, without the folders; \"-C assets sky/up.png\"\n"
+                      "puts the file assets/sky/up.png in as \"sky/up.png\". Names have at most 31 bytes,\n"
+                      "do not begin with \"/\" and have no \"..\" in them.",
+        .page = "Makes a new pack of these files, in the order given."},
+    {.id = command_remove,
+        .group = group_packs,
+        .name = "remove",
+        .arguments = "PACK NAME...",
+        .least = 2,
+        .most = any_number,
+        .wants = "remove takes a pack and the names of entries",
+        .other_name = "rm",
+        .offers = {offer_pack, offer_entry, offer_entry},
+        .summary = "takes entries out of a pack",
+        .help = "Takes entries out of PACK. When one of them is not there, nothing is changed.",
+        .help_below = "",
+        .page = "Takes entries out of _PACK_.\n"
+                "When one of them is not there, nothing is changed.\n"
+                "A damaged entry can be removed."},
+    {.id = command_wrap,
+        .group = group_packs,
+        .name = "wrap",
+        .arguments = "FILE ENTRY",
+        .least = 2,
+        .most = 2,
+        .wants = "wrap takes a file and an entry",
+        .other_name = nullptr,
+        .offers = {offer_file, offer_file, offer_nothing},
+        .summary = "puts a document or mesh into its envelope",
+        .help = "Puts the document or mesh FILE into its envelope, as the file ENTRY that can be\n"
+                "added to a pack. It is not compressed.",
+        .help_below = "",
+        .page = "Puts the document or mesh _FILE_ into its envelope, as the file _ENTRY_ that can be added to\n"
+                "a pack.\n"
+                "It is not compressed."},
+    {.id = command_unwrap,
+        .group = group_packs,
+        .name = "unwrap",
+        .arguments = "ENTRY FILE",
+        .least = 2,
+        .most = 2,
+        .wants = "unwrap takes an entry and a file",
+        .other_name = nullptr,
+        .offers = {offer_file, offer_file, offer_nothing},
+        .summary = "takes it out of the envelope",
+        .help = "Takes a document or mesh out of its envelope.",
+        .help_below = "",
+        .page = "Takes a document or mesh out of its envelope."},
+};
+
+static constexpr bool rows_are_in_order()
+{
+    for (int32_t i = 0; i < command_count; ++i)
+        if (command_rows[i].id != i || command_rows[i].least > command_rows[i].most)
+            return false;
+    return true;
+}
+static_assert(rows_are_in_order());
+
+// ---- options ---------------------------------------------------------------------------
+
+// Rows that commands share.
+static constexpr option_row force_row(make_command command, const char* help, const char* page)
+{
+    return {.id = make_force, .group = command, .letter = 'f', .name = "--force", .help = help, .page = page};
+}
+
+static constexpr option_row directory_row(make_command command, const char* page)
+{
+    return {.id = make_directory,
+        .group = command,
+        .letter = 'C',
+        .name = "--directory",
+        .value = "DIR",
+        .wants = "takes a folder",
+        .any_value = true,
+        .offers = offer_folder,
+        .help = "files behind it are looked for below DIR, and\nare called as they are given",
+        .page = page};
+}
+
+static constexpr option_row json_row(make_command command, const char* page)
+{
+    return {.id = make_json,
+        .group = command,
+        .name = "--json",
+        .help = "tells it as JSON, for other programs",
+        .page = page};
+}
+
+static constexpr option_row help_row(make_command command)
+{
+    return {.id = make_help,
+        .group = command,
+        .letter = 'h',
+        .name = "--help",
+        .help = "this text; behind a command, its own",
+        .page = "Prints a summary; behind a command, that of the command."};
+}
+
+// In the order of the commands.
+static constexpr option_row option_rows_of_make[] = {
+    json_row(command_list,
+        "One object: \"entries\" is a list of objects with \"name\", \"size\" in bytes, and \"damaged\", which is\n"
+        "true or false; what is damaged has no size.\n"
+        "Bytes of names that are no UTF-8 are shown as U+FFFD."),
+    force_row(command_extract, "replaces files that exist; without it nothing\nis written when one of them does",
+        "Replaces files that exist.\n"
+        "Without it nothing is written when one of them does.\n"
+        "The pack itself, links, folders and devices are never replaced."),
+    {.id = make_prefix,
+        .group = command_extract,
+        .name = "--prefix",
+        .value = "TEXT",
+        .wants = "takes a text",
+        .any_value = true,
+        .help = "puts TEXT in front of every name",
+        .page = "Puts _TEXT_ in front of every name."},
+    directory_row(command_add,
+        "Files behind it are looked for below _DIR_, and are called as they are given: \"-C assets sky/up.png\"\n"
+        "puts the file assets/sky/up.png in as \"sky/up.png\".\n"
+        "A leading \"./\" is dropped."),
+    directory_row(command_create, "As with `add`."),
+    force_row(command_create, "replaces a pack that exists",
+        "Replaces a pack that exists.\n"
+        "What exists and is no pack is never replaced."),
+    force_row(command_wrap, "replaces ENTRY when it exists", "Replaces _ENTRY_ when it exists."),
+    force_row(command_unwrap, "replaces FILE when it exists", "Replaces _FILE_ when it exists."),
+    help_row(command_count),
+    {.id = make_version,
+        .group = command_count,
+        .letter = 'V',
+        .name = "--version",
+        .help = "the version",
+        .page = "Prints the version."},
+};
+
+std::span<const option_row> make_option_rows()
+{
+    return option_rows_of_make;
+}
+
+std::vector<option_row> options_of(make_command command)
+{
+    std::vector<option_row> rows;
+    for (const option_row& row : option_rows_of_make)
+        if (row.group == command)
+            rows.push_back(row);
+    if (command != command_count)
+        rows.push_back(help_row(command));
+    return rows;
+}
