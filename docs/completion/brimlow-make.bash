@@ -10,7 +10,8 @@ _brimlow_make()
     read -ra given <<<"${line%"$value"}"
     command=${given[1]-}
     case $command in
-    '' | help) arguments=(word) words='list extract add create remove wrap unwrap help' names='--help --version' ;;
+    '' | help) arguments=(word) words='new list extract add create remove wrap unwrap help' names='--help --version' ;;
+    new) names='--help' values='' arguments=(/ nothing nothing) ;;
     list) names='--json --help' values='' arguments=(dpk nothing nothing) ;;
     extract) names='--force --prefix --help' values='--prefix' arguments=(dpk / entry) ;;
     add) names='--directory --help' values='-C --directory' arguments=(dpk '' '') ;;

@@ -77,6 +77,7 @@ TEST_CASE("Commands that are misspelt, or are called otherwise elsewhere, are un
     CHECK(refused({"exract", "a.dpk"}) == "unknown command exract (did you mean extract?)");
     CHECK(refused({"lists", "a.dpk"}) == "unknown command lists (did you mean list?)");
     CHECK(refused({"rm", "a.dpk"}) == "unknown command rm (did you mean remove?)");
+    CHECK(refused({"init"}) == "unknown command init (did you mean new?)");
     CHECK(refused({"a.dpk"}) == "unknown command a.dpk (did you mean list a.dpk?)");
     CHECK(refused({"frob"}) == "unknown command frob");
 }

@@ -26,7 +26,7 @@ from packs import in_envelope, pack_bytes  # noqa: E402
 PROGRAM = ""
 MAN_PAGE = ""
 COMPLETION = ""
-COMMANDS = ("list", "extract", "add", "create", "remove", "wrap", "unwrap")
+COMMANDS = ("new", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
 NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
 A_PIPE = "it is a pipe or a device and no file"
 
@@ -111,6 +111,9 @@ class CommandLineTest(MakeTest):
         misuse(["frob"], "unknown command frob")
         misuse(["fr\x1bob"], "unknown command fr\\x1Bob")
         misuse(["exrtact", "x.dpk"], "unknown command exrtact (did you mean extract?)")
+        misuse(["new"], "new takes the folder of the show that is to be made", "new ")
+        misuse(["new", ""], "a name of a file is empty", "new ")
+        misuse(["new", "--forec", "a"], "unknown option --forec", "new ")
         misuse(["list", "--jsn", "a"], "unknown option --jsn (did you mean --json?)", "list ")
         misuse(["extract", "-fx", "a"], "unknown option -fx", "extract ")
         misuse(["--frob"], "unknown option --frob")
@@ -170,9 +173,35 @@ class CompletionTest(MakeTest):
                             ("remove a.dpk ", ["one", "other", "two words"]), ("remove a.dpk one t", ["two words"]),
                             ("remove none.dpk ", []), ("add a.dpk ", files), ("add a.dpk x y s", ["sky.png"]),
                             ("add a.dpk -C ", ["out"]), ("add -C out a", ["a.dpk"]), ("add --directory=o", ["out"]),
-                            ("wrap ", files)):
+                            ("new ", ["out"]), ("wrap ", files)):
             with self.subTest(line=line):
                 self.assertEqual(self.offered("brimlow-make " + line), found)
+
+
+class NewTest(MakeTest):
+    def test_a_new_show_has_a_source_its_files_and_what_editors_read(self):
+        told = "%s holds a show now. To play it:\n\n    cd %s\n    brimlow-make build\n    brimlow\n"
+        self.check(["new", "first"], 0, told % ("first", "first"))
+        self.check(["new", "deep/my show"], 0, told % ("deep/my show", "'deep/my show'"))
+        for name in ("show.lua", "README.md", ".luarc.json", "gem.obj", "gem.png", "DejaVuSans.ttf"):
+            with self.subTest(name=name):
+                self.assertGreater(len(self.get("deep/my show/" + name)), 100)
+        self.assertEqual(self.get("deep/my show/gem.png")[:4], b"\x89PNG")
+        self.assertEqual(json.loads(self.get("deep/my show/.luarc.json"))["workspace.library"], [".brimlow"])
+
+    def test_an_empty_folder_becomes_a_show_and_others_are_left_alone(self):
+        os.mkdir(self.path("empty"))
+        self.assertEqual(self.make("new", "empty")[0], 0)
+        before = self.names("empty")
+        self.put("mine/.hidden", b"precious")
+        for folder in ("empty", "mine"):
+            self.check(["new", folder], 1, errors="Error: %s holds something: it is left as it is. "
+                                                  "Name a folder that is new or empty.\n" % folder)
+        self.assertEqual((self.names("empty"), self.names("mine")), (before, [".hidden"]))
+        self.put("file", b"precious")
+        for folder in ("file", "file/below"):
+            self.check(["new", folder], 1, errors="Error: cannot make the folder %s: Not a directory.\n" % folder)
+        self.assertEqual(self.get("file"), b"precious")
 
 
 class OutputTest(MakeTest):

@@ -1,6 +1,23 @@
 #include "command_table.h"
 
 constexpr command_row command_rows[command_count] = {
+    {.id = command_new,
+        .group = group_shows,
+        .name = "new",
+        .arguments = "DIR",
+        .least = 1,
+        .most = 1,
+        .wants = "new takes the folder of the show that is to be made",
+        .other_name = "init",
+        .offers = {offer_folder, offer_nothing, offer_nothing},
+        .summary = "makes a folder with a small show that plays",
+        .help = "Makes the folder DIR with a small show that plays: its source, a model, a\n"
+                "picture, a font, and what editors want to know of the language.",
+        .help_below = "A folder that holds anything is left as it is.",
+        .page
+        = "Makes the folder _DIR_ with a small show that plays: its source _show.lua_, a model, a\n"
+          "picture, a free font, and, for editors, what the words of the language are (_.luarc.json_, _.brimlow_).\n"
+          "A folder that holds anything is left as it is."},
     {.id = command_list,
         .group = group_packs,
         .name = "list",

@@ -14,6 +14,7 @@
 
 // Row n is command n: the order is that of --help and of the manual page.
 enum make_command : int32_t {
+    command_new,
     command_list,
     command_extract,
     command_add,
@@ -24,7 +25,7 @@ enum make_command : int32_t {
     command_count // none: the program as a whole
 };
 
-enum command_group : int32_t { group_packs, command_group_count };
+enum command_group : int32_t { group_shows, group_packs, command_group_count };
 
 // Texts may have several lines.
 struct command_row {

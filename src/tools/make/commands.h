@@ -8,6 +8,9 @@
 
 enum exit_status : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
 
+// Shows: new_show.cpp
+exit_status run_new(const make_options& options);
+
 // Packs: packs.cpp
 exit_status run_list(const make_options& options);
 exit_status run_extract(const make_options& options);

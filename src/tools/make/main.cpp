@@ -1,4 +1,4 @@
-// brimlow-make: looks into packs, takes them apart, and puts them together.
+// brimlow-make: makes shows, looks into packs, takes them apart, and puts them together.
 
 #include "commands.h"
 #include "option_pages.h"
@@ -36,6 +36,8 @@ static void fill_standard_streams()
 static exit_status run_command(const make_options& options)
 {
     switch (options.command) {
+    case command_new:
+        return run_new(options);
     case command_list:
         return run_list(options);
     case command_extract:

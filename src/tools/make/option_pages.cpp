@@ -17,7 +17,7 @@ static std::string arguments_of(const command_row& row)
 
 // ---- --help ------------------------------------------------------------------------------
 
-constexpr const char help_begin[] = R"(brimlow-make: looks into packs and changes them.
+constexpr const char help_begin[] = R"(brimlow-make: makes shows, and looks into packs and changes them.
 
   brimlow-make COMMAND ...
 )";
@@ -29,7 +29,7 @@ ends the options. Packs and files are replaced as a whole or not at all.
 Exit status: 0 done; 1 something could not be done; 2 the command line is wrong.
 )";
 
-constexpr const char* group_names[command_group_count] = {"Packs"};
+constexpr const char* group_names[command_group_count] = {"Shows", "Packs"};
 
 static std::string help_of_program()
 {

@@ -101,6 +101,7 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
     case command_unwrap:
         options.output = plain[1].text;
         break;
+    case command_new:
     case command_list:
     case command_count:
         break;

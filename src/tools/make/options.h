@@ -22,7 +22,7 @@ struct make_options {
     bool version = false;
     bool force = false;               // files that exist are replaced
     bool json = false;                // told as JSON
-    std::string input;                // the pack; the file that wrap and unwrap read
+    std::string input;                // the pack; the file that wrap and unwrap read; the folder of a new show
     std::string output;               // the file that wrap and unwrap write
     std::string prefix;               // extract: what stands in front of every name: the folder, and --prefix
     std::vector<std::string> names;   // extract, remove: entries; none: all
