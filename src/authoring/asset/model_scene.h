@@ -1,0 +1,54 @@
+// A model file as the importing library reads it: its nodes and meshes in one space, nothing else changed.
+//
+// The library knows some fifty formats and is handed files of strangers, so it reads in a process of its own
+// (contained_work.h), and what comes back is checked like any other bytes. It may open the model and what that names
+// in its own folder and below, for reading. Bones, animation, lights and cameras are left out: a model is in the
+// pose in which it rests.
+#pragma once
+
+#include "authoring/asset/shape.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+constexpr uint32_t max_model_bytes = 1u << 28;    // of all files that a model is read from together: 256 MiB
+constexpr uint32_t max_model_triangles = 2000000; // placed ones: a mesh at two nodes counts twice
+constexpr uint32_t max_model_pieces = 100000;
+
+struct model_node {
+    std::string name;
+    uint32_t parent; // in the list of nodes, before it; the first one is its own
+};
+
+struct model_material {
+    std::string name;
+    std::vector<std::string>
+        textures;                 // names as the file has them, "*0" for one that lies in it, in the library's order
+    std::array<float, 4> diffuse; // red, green, blue, alpha; 1 where the file says nothing
+};
+
+// A mesh where a node places it.
+struct model_piece {
+    std::string mesh;  // its name
+    uint32_t node;     // in the list of nodes
+    uint32_t material; // in the list of materials; none at its end or behind
+    shape_data shape;  // vertices of triangles alone, v up; normals as in the file, of any length, or none
+};
+
+struct model_scene {
+    std::vector<model_node> nodes;
+    std::vector<model_material> materials;
+    std::vector<model_piece> pieces;        // in the order of the nodes
+    uint32_t other_faces;                   // points and lines, which are left out
+    std::vector<std::string> files_taken;   // what was opened, below the model's folder, sorted; the model is one
+    std::vector<std::string> files_refused; // what it names outside of that, "../b", sorted
+};
+
+// Reads the model `name` of the working folder, in the process that calls: see contained_work.h. Empty, or what is
+// wrong, to be put behind the file's name: "cannot be read as a model: no importer knows it".
+std::string read_model_scene(const std::string& name, model_scene& scene);
+
+// A scene as bytes, and back: false when they are none, with no more memory taken than there are bytes.
+void write_model_scene(const model_scene& scene, std::vector<uint8_t>& bytes);
+bool parse_model_scene(const std::vector<uint8_t>& bytes, model_scene& scene);
