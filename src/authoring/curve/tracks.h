@@ -10,9 +10,12 @@
 #pragma once
 
 #include "authoring/problem.h"
+#include "model/timeline.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -67,11 +70,24 @@ track_plan plan_tracks(const std::vector<timed_clip>& clips, track_rules rules);
 // within a second and does not reach the next one.
 bool is_lost_span(uint32_t start, uint32_t end);
 
-// Which clip each track shows at a tick: places in plan.clips, by track; tracks that show nothing are left out. By
-// the player's own tables, which are made once for a plan.
-struct shown_clips;
-shown_clips* shown_clips_new(const track_plan& plan);
-void shown_clips_free(shown_clips* shown);
+// ---- what is shown ----------------------------------------------------------------------
+
+struct free_timeline {
+    void operator()(timeline* t) const
+    {
+        timeline_free(t);
+    }
+};
+
+// The player's own tables for a plan.
+struct shown_clips {
+    std::unique_ptr<timeline, free_timeline> tables;
+    std::array<size_t, track_count> first; // place in plan.clips of each track's first clip
+};
+
+shown_clips show_plan(const track_plan& plan);
+
+// What the tracks show at a tick, in drawing order: places in plan.clips. Nothing where track 1 is over.
 void clips_at(const shown_clips& shown, uint32_t tick, std::vector<size_t>& places);
 
 // A time as messages say it: "4s", "3.51s".
