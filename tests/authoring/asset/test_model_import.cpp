@@ -161,6 +161,7 @@ TEST_CASE("nodes place meshes, and a mirrored one keeps its front")
     CHECK(all.shapes.size() == 1);
     CHECK(shape_vertex_count(all.shapes[0]) == 4); // two of them lie at one place
     CHECK(imported(path, {0, false, {}, "up", normals_kept}).shapes[0].positions == all.shapes[0].positions);
+    CHECK(imported(path, {0, false, {}, "leaf", normals_kept}).shapes[0].positions == all.shapes[0].positions);
 }
 
 TEST_CASE("a file's own normals stay, those that are no directions are made")
@@ -257,6 +258,11 @@ TEST_CASE("a part that is not there is told with the names that are")
            "\"tyre\".");
     CHECK(problem_of(path, {0, false, {}, "roof", normals_kept})
         == "\"two.obj\" has no part \"roof\": it has \"body\", \"wheel\", \"skin\", \"tyre\".");
+    folder.add("up.mtl", "newmtl up\n");
+    const std::string up = folder.add("up.obj", "mtllib up.mtl\nusemtl up\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    for (const char* near : {"UP", "pu", "u"}) // by case, by two letters swapped, by one left out
+        CHECK(problem_of(up, {0, false, {}, near, normals_kept}).find("did you mean \"up\"?") != std::string::npos);
+    CHECK(problem_of(up, {0, false, {}, "in", normals_kept}).find("did you mean") == std::string::npos);
     const std::string long_name(1000, 'x');
     CHECK(problem_of(path, {0, false, {}, long_name, normals_kept}).size() < 200);
 }
