@@ -49,20 +49,24 @@ static std::string two_materials()
 }
 
 // A triangle in the plane z = 0 seen from the front, placed by nodes: "up" moves by (0, 5, 0), "left" below it
-// mirrors x. Its numbers lie in `buffer`, which is triangle_numbers().
+// mirrors x, "right" lies below "mid", which lies below "up". Its numbers lie in `buffer`, which is triangle_numbers().
 static std::string mirrored_gltf(const std::string& buffer)
 {
     return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[)"
            R"({"name":"up","translation":[0,5,0],"children":[1,2]},{"name":"left","scale":[-1,1,1],"mesh":0},)"
-           R"({"name":"right","mesh":0}],"meshes":[{"name":"leaf","primitives":[{"attributes":{"POSITION":0}}]}],)"
-           R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[2,1,0]}],)"
-           R"("bufferViews":[{"buffer":0,"byteLength":36}],"buffers":[{"byteLength":36,"uri":")"
+           R"({"name":"mid","children":[3]},{"name":"right","mesh":0}],"meshes":[{"name":"leaf","primitives":[)"
+           R"({"attributes":{"POSITION":0,"NORMAL":1}}]}],"accessors":[)"
+           R"({"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[2,1,0]},)"
+           R"({"bufferView":1,"componentType":5126,"count":3,"type":"VEC3"}],"bufferViews":[)"
+           R"({"buffer":0,"byteLength":36},{"buffer":0,"byteOffset":36,"byteLength":36}],)"
+           R"("buffers":[{"byteLength":72,"uri":")"
         + buffer + "\"}]}";
 }
 
+// Positions, and normals that lean to the right.
 static std::string triangle_numbers()
 {
-    const float numbers[] = {0, 0, 0, 2, 0, 0, 0, 1, 0};
+    const float numbers[] = {0, 0, 0, 2, 0, 0, 0, 1, 0, 0.6f, 0, 0.8f, 0.6f, 0, 0.8f, 0.6f, 0, 0.8f};
     return std::string(reinterpret_cast<const char*>(numbers), sizeof numbers);
 }
 
@@ -151,7 +155,7 @@ TEST_CASE("nodes place meshes, and a mirrored one keeps its front")
     const imported_model left = imported(path, {0, false, {}, "left", normals_kept});
     CHECK(left.shapes[0].positions == std::vector<float>{0, 5, 0, -2, 5, 0, 0, 6, 0});
     CHECK(left.shapes[0].triangles == std::vector<uint32_t>{0, 2, 1});
-    CHECK(left.shapes[0].normals == std::vector<float>{0, 0, 1, 0, 0, 1, 0, 0, 1});
+    CHECK(left.shapes[0].normals == std::vector<float>{-0.6f, 0, 0.8f, -0.6f, 0, 0.8f, -0.6f, 0, 0.8f});
     CHECK(left.files_taken == std::vector<std::string>{"data/leaf.bin", "leaf.gltf"});
     REQUIRE(left.parts.size() == 2); // of the whole file
     CHECK(left.parts[0].node == "left");
@@ -159,7 +163,9 @@ TEST_CASE("nodes place meshes, and a mirrored one keeps its front")
     CHECK(left.parts[1].triangles == 1);
     const imported_model all = imported(path);
     CHECK(all.shapes.size() == 1);
-    CHECK(shape_vertex_count(all.shapes[0]) == 4); // two of them lie at one place
+    CHECK(shape_vertex_count(all.shapes[0]) == 6);
+    CHECK(imported(path, {0, false, {}, "mid", normals_kept}).shapes[0].positions
+        == std::vector<float>{0, 5, 0, 2, 5, 0, 0, 6, 0});
     CHECK(imported(path, {0, false, {}, "up", normals_kept}).shapes[0].positions == all.shapes[0].positions);
     CHECK(imported(path, {0, false, {}, "leaf", normals_kept}).shapes[0].positions == all.shapes[0].positions);
 }
@@ -316,9 +322,9 @@ TEST_CASE("files that are no models are told in one line each")
 TEST_CASE("a model together with what it names may not be too large")
 {
     const models_folder folder;
-    std::filesystem::resize_file(folder.add("leaf.bin", triangle_numbers()), max_model_bytes - 100);
-    CHECK(problem_of(folder.add("leaf.gltf", mirrored_gltf("leaf.bin")))
-        == "\"leaf.gltf\" and what it names are larger than 256 MiB.");
+    const std::string text = mirrored_gltf("leaf.bin");
+    std::filesystem::resize_file(folder.add("leaf.bin", triangle_numbers()), max_model_bytes - text.size() + 1);
+    CHECK(problem_of(folder.add("leaf.gltf", text)) == "\"leaf.gltf\" and what it names are larger than 256 MiB.");
 }
 
 TEST_CASE("a model may not read what lies outside its folder")
@@ -328,6 +334,8 @@ TEST_CASE("a model may not read what lies outside its folder")
     const std::string line = " names \"../leaf.bin\", which is outside its own folder: put that beside it.";
     for (const char* name : {"../leaf.bin", "data/../../leaf.bin", "..\\\\leaf.bin"})
         CHECK(problem_of(folder.add("leaf.gltf", mirrored_gltf(name))) == "\"leaf.gltf\"" + line);
+    CHECK(problem_of(folder.add("leaf.gltf", mirrored_gltf("../nobody.bin"))) // nor learn whether it is there
+        == "\"leaf.gltf\" names \"../nobody.bin\", which is outside its own folder: put that beside it.");
     const std::string absolute = folder.outside.path + "leaf.bin";
     CHECK(problem_of(folder.add("leaf.gltf", mirrored_gltf(absolute))).find("could not open") != std::string::npos);
     std::filesystem::create_symlink(absolute, folder.path + "link.bin");
@@ -349,16 +357,27 @@ TEST_CASE("a model that can do without what lies outside names it")
     CHECK(model.files_taken == std::vector<std::string>{"two.obj"});
 }
 
-TEST_CASE("a model is found from any folder, by a link too")
+TEST_CASE("a model is found from any folder, by a link out of it too")
 {
     const models_folder folder;
     const std::string path = folder.add("square.obj", square_obj());
-    std::filesystem::create_symlink(path, folder.outside.path + "link.obj");
-    CHECK(imported(folder.outside.path + "link.obj").shapes[0].triangles.size() == 6);
+    write_bytes(folder.outside.path + "far.obj", square_obj());
+    std::filesystem::create_symlink(folder.outside.path + "far.obj", folder.path + "link.obj");
+    CHECK(imported(folder.path + "link.obj").shapes[0].triangles.size() == 6);
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(folder.path);
     CHECK(imported("square.obj").shapes[0].triangles.size() == 6);
     std::filesystem::current_path(before);
+}
+
+TEST_CASE("names with the other slash are found")
+{
+    const models_folder folder;
+    folder.add("data/two.mtl", two_materials());
+    std::string text = two_objects();
+    const imported_model model
+        = imported(folder.add("two.obj", text.replace(text.find("two.mtl"), 7, "data\\two.mtl")));
+    CHECK(model.files_taken == std::vector<std::string>{"data/two.mtl", "two.obj"});
 }
 
 // ---- broken files ----------------------------------------------------------------
