@@ -422,27 +422,15 @@ shown_clips show_plan(const track_plan& plan)
     return shown;
 }
 
-// As the player looks for the layer of a moment.
-static uint32_t layer_at(const timeline& t, uint32_t track, uint32_t tick)
-{
-    uint32_t layer = t.slot_layer[track][tick / ticks_per_second];
-    while (layer < t.layer_count[track] && tick > t.layer_end[track][layer])
-        ++layer;
-    if (layer >= t.layer_count[track])
-        return no_layer;
-    const uint32_t end_before = layer == 0 ? 0 : t.layer_end[track][layer - 1];
-    return tick < end_before + t.layers[track][layer].space_before ? no_layer : layer;
-}
-
 void clips_at(const shown_clips& shown, uint32_t tick, std::vector<size_t>& places)
 {
     places.clear();
     const timeline& t = *shown.tables;
-    if (tick / ticks_per_second >= slots_per_track || t.slot_layer[0][tick / ticks_per_second] == no_layer)
+    if (timeline_is_over(t, tick))
         return;
     for (uint32_t track = 0; track < track_count; ++track) {
-        const uint32_t layer = layer_at(t, track, tick);
-        if (layer != no_layer)
-            places.push_back(shown.first[track] + layer);
+        const active_layer active = find_layer(t, track, tick);
+        if (active.found)
+            places.push_back(shown.first[track] + active.layer);
     }
 }
