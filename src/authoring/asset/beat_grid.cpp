@@ -1,5 +1,7 @@
 #include "authoring/asset/beat_grid.h"
 
+#include "authoring/asset/drawing_text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -78,23 +80,6 @@ static std::string number_text(double value)
     drawing d;
     add_number(d, value);
     return d.text;
-}
-
-// For a text of XML; what XML has no letter for is left out.
-static std::string escaped(std::string_view text)
-{
-    std::string out;
-    for (const char letter : text) {
-        if (letter == '&')
-            out += "&amp;";
-        else if (letter == '<')
-            out += "&lt;";
-        else if (letter == '>')
-            out += "&gt;";
-        else if (static_cast<unsigned char>(letter) >= ' ')
-            out += letter;
-    }
-    return out;
 }
 
 static void add_text(drawing& d, double x, double y, const char* kind, const std::string& text)
@@ -279,7 +264,7 @@ std::string beat_grid_svg(const std::vector<waveform_column>& columns, const bea
     d.text = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" + height
         + "\" viewBox=\"0 0 " + width + " " + height + "\">\n" + style + "<rect width=\"" + width + "\" height=\""
         + height + "\" fill=\"#ffffff\"/>\n";
-    add_text(d, margin, 38, "title", escaped(grid.title));
+    add_text(d, margin, 38, "title", escaped_text(grid.title));
     add_text(d, margin, 62, "facts", facts_line(seconds, grid));
     for (uint32_t row = 0; row < plan.rows; ++row)
         add_row(d, plan, row, columns, head_height + row * row_height + above_wave);

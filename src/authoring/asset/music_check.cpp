@@ -1,5 +1,6 @@
 #include "authoring/asset/music_check.h"
 
+#include "authoring/asset/drawing_text.h"
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "content/vorbis_comments.h"
@@ -44,16 +45,6 @@ struct sound_kind {
 
 } // namespace
 
-// ---- numbers as texts --------------------------------------------------------------------
-
-std::string time_text(double seconds)
-{
-    const auto hundredths = static_cast<uint64_t>(std::llround(std::min(std::fabs(seconds), 1e9) * ticks_per_second));
-    const std::string below = std::to_string(100 + hundredths % 100).substr(1);
-    const std::string whole = std::to_string(100 + hundredths / 100 % 60).substr(1);
-    return (seconds < 0 && hundredths > 0 ? "-" : "") + std::to_string(hundredths / 6000) + ":" + whole + "." + below;
-}
-
 // 25600 as "25,600".
 static std::string grouped(uint64_t number)
 {
@@ -90,6 +81,14 @@ constexpr sound_kind sound_kinds[] = {
     {"a Theora film", 28, "\x80theora"sv},
 };
 
+const char* music_file_kind(std::string_view file)
+{
+    for (const sound_kind& kind : sound_kinds)
+        if (file.size() > kind.at && file.substr(kind.at).starts_with(kind.mark))
+            return kind.name;
+    return "";
+}
+
 static std::string kind_problem(std::string_view beginning)
 {
     std::string problem = "is no Ogg Vorbis file";
@@ -97,9 +96,8 @@ static std::string kind_problem(std::string_view beginning)
         return "is empty: music is an Ogg Vorbis file.";
     if (beginning.starts_with("OggS"))
         problem = "begins as Ogg and cannot be decoded as Vorbis: it is damaged, or holds something else.";
-    for (const sound_kind& kind : sound_kinds)
-        if (beginning.size() > kind.at && beginning.substr(kind.at).starts_with(kind.mark))
-            problem = "is " + std::string(kind.name);
+    if (const char* kind = music_file_kind(beginning); kind[0] != '\0')
+        problem = std::string("is ") + kind;
     if (problem.back() != '.')
         problem += ": the player plays Ogg Vorbis. \"ffmpeg -i FILE -vn -ar 44100 -c:a libvorbis TUNE.ogg\" makes one.";
     return problem;

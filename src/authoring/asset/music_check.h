@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct music_file_facts {
@@ -19,11 +20,12 @@ struct music_file_facts {
 // Looks at the file at `path`. False, with the reason in `problem`, for what the player would play as silence.
 [[nodiscard]] bool check_music(const std::string& path, music_file_facts& facts, std::string& problem);
 
+// The kind of a file of sound that is no Ogg Vorbis, by its first bytes, with its article: "an MP3 file". Empty for
+// one that nobody knows, and for Ogg Vorbis.
+const char* music_file_kind(std::string_view file);
+
 // How long the player plays it, in seconds.
 double music_seconds(const music_file_facts& facts);
-
-// "1:04.25"; below 0 with a minus in front.
-std::string time_text(double seconds);
 
 // What sounds during one tick, 1/100 s: of both channels, full scale is 1.
 struct waveform_column {

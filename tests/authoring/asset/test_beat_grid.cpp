@@ -90,7 +90,7 @@ TEST_CASE("Without a number of beats there are lines for seconds")
 TEST_CASE("A title is a text and nothing else")
 {
     const std::string svg = beat_grid_svg({}, {"<b>\x01 & \"c\"", 120, 4, 0});
-    CHECK(has(svg, "class=\"title\">&lt;b&gt; &amp; \"c\"</text>"));
+    CHECK(has(svg, "class=\"title\">&lt;b&gt;\\x01 &amp; \"c\"</text>"));
 }
 
 TEST_CASE("Numbers outside of their range draw nothing, those at its ends a page")

@@ -165,13 +165,3 @@ TEST_CASE("The waveform has a column a tick, with the peaks and the loudness of 
         CHECK(columns[i].loudness == doctest::Approx(loudness_of_tick(i)).epsilon(0.006));
     }
 }
-
-TEST_CASE("Times are minutes, seconds and hundredths")
-{
-    CHECK(time_text(0) == "0:00.00");
-    CHECK(time_text(64.25) == "1:04.25");
-    CHECK(time_text(59.999) == "1:00.00");
-    CHECK(time_text(-0.175) == "-0:00.18");
-    CHECK(time_text(-0.001) == "0:00.00");
-    CHECK(time_text(3600) == "60:00.00");
-}
