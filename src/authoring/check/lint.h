@@ -70,7 +70,19 @@ void lint_colorless(const lint_target& t);
 void lint_transparent(const lint_target& t);
 void lint_one_path_programs(const lint_target& t);
 void lint_fog_width(const lint_target& t);
+void lint_path_differences(const lint_target& t);
 void lint_leftover_units(const lint_target& t);
+
+// ---- lint_values.cpp ------------------------------------------------------------
+
+void lint_color_places(const lint_target& t);
+void lint_dark_lights(const lint_target& t);
+
+// ---- lint_moving.cpp ------------------------------------------------------------
+
+void lint_ripplers(const lint_target& t);
+void lint_still_points(const lint_target& t);
+void lint_fast_lakes(const lint_target& t);
 
 // ---- lint_scenes.cpp ------------------------------------------------------------
 

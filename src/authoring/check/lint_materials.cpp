@@ -80,6 +80,43 @@ void lint_one_path_programs(const lint_target& t)
     }
 }
 
+static uint32_t units_of(const material_record& m)
+{
+    uint32_t units = 0;
+    while (units < texture_unit_count && m.texture[units] != 0)
+        ++units;
+    return units;
+}
+
+// Rules, of a material without a program of its own: unit 3 has another mode than its first one; a picture with its
+// mesh's coordinates turns; one unit turns and another one reflects, which takes two texture matrices.
+void lint_path_differences(const lint_target& t)
+{
+    for (auto [handle, m] : t.d.material_table) {
+        if (brings_program(m))
+            continue;
+        const uint32_t units = units_of(m);
+        bool turns = false;
+        bool reflects = false;
+        for (uint32_t unit = 0; unit < units; ++unit) {
+            const bool generated = m.cgenmode[unit] != coordinates_off;
+            turns = turns || (m.rotation[unit] != 0 && generated);
+            reflects = reflects || (m.rotation[unit] == 0 && m.cgenmode[unit] == coordinates_cube);
+            if (m.rotation[unit] != 0 && !generated)
+                add_finding(t, problem_note, section_materials, handle,
+                    "with shaders it does not turn: rotation without cgenmode is the fixed path's alone.",
+                    {{"texture" + std::to_string(unit + 1), 0}});
+        }
+        if (units == texture_unit_count && m.combine_mode[2] != third_multiply_and_add)
+            add_finding(t, problem_note, section_materials, handle,
+                "with shaders its function is 0: the third texture is multiplied by the colour and added.",
+                {{"texture3", 0}});
+        if (turns && reflects)
+            add_finding(t, problem_note, section_materials, handle,
+                "one of its textures turns, and another one reflects: with shaders both do what the last one does.");
+    }
+}
+
 // ---- fog -------------------------------------------------------------------------------
 
 // Rule: fog between two equal constants. It is a wall, and mostly a setting that was left out.
@@ -114,14 +151,6 @@ struct unit_simulation {
 };
 
 } // namespace
-
-static uint32_t units_of(const material_record& m)
-{
-    uint32_t units = 0;
-    while (units < texture_unit_count && m.texture[units] != 0)
-        ++units;
-    return units;
-}
 
 static void add_glyph_materials(const document& d, const scene_object& object, uint32_t index, scene_materials& list)
 {
@@ -200,7 +229,8 @@ static std::vector<uint32_t> clip_ends(const document& d)
 }
 
 // Rule: a material is drawn behind one with at least two units more, somewhere in the show: the fixed path switches
-// off only the first unit that a material does not use. Frames follow each other, so each is drawn twice.
+// off only the first unit that a material does not use. Frames follow each other, so what one leaves on is on when the
+// next begins: each moment is drawn twice. Objects count as visible.
 void lint_leftover_units(const lint_target& t)
 {
     if (t.d.timeline == nullptr)
@@ -210,7 +240,6 @@ void lint_leftover_units(const lint_target& t)
     const std::vector<uint32_t> ticks = clip_ends(t.d);
     for (size_t index = 0; index + 1 < ticks.size(); ++index) {
         const uint32_t middle = ticks[index] + (ticks[index + 1] - ticks[index]) / 2;
-        std::fill(std::begin(s.on), std::end(s.on), false);
         for (int frame = 0; frame < 2; ++frame)
             for (uint32_t track = 0; track < track_count; ++track) {
                 const active_layer active = find_layer(*t.d.timeline, track, middle);

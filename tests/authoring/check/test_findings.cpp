@@ -74,9 +74,42 @@ TEST_CASE("the reading of nothing but mistakes ends after 256 of them")
 TEST_CASE("half a record is not looked at a second time")
 {
     document_text text = quiet_show();
-    text.records[13]
-        = "<scene>" + with(scene_object_text(0, 1, 1, 0, ""), "<visibility value=\"0\"/>", "<v/>") + "</scene>";
-    CHECK(findings_in(text) == "error 13/1/object 1/visibility 0: attribute \"value\" is missing.\n");
+    text.records[4] = "<f type=\"0\" loop_type=\"2\" loop_begin=\"50\" loop_end=\"150\"><segment type=\"1\"/></f>";
+    CHECK(findings_in(text) == "error 4/1/segment 1: attribute \"length\" is missing.\n");
+}
+
+TEST_CASE("what the player says of a record and what is found in it stand together")
+{
+    document_text text = quiet_show();
+    text.records[4] = with(function_text(), "loop_type=\"0\" loop_begin=\"0\" loop_end=\"0\"",
+        "loop_type=\"2\" loop_begin=\"50\" loop_end=\"150\"");
+    text.records[11] = with(text.records[11], "<light1", "<lihgt1/><light1");
+    CHECK(findings_in(text)
+        == "warning 4/1: the ping-pong begins at tick 50, but the begin is not added back: from the first turn on it "
+           "swings between tick 0 and tick 100.\n"
+           "warning 11/1: setting \"lihgt1\" is unknown.\n");
+}
+
+TEST_CASE("errors stay where they are among the warnings of a record")
+{
+    document_text text = quiet_show();
+    text.records[14] = "<track>" + with(clip_text(1, 0, 300), "offset=\"0\"", "offset=\"-1\"") // a warning
+        + "<clip id=\"1,5\"/></track>" + "<track><clip id=\"2,5\"/></track>"; // one, and an error, twice
+    const std::string lines = findings_in(text);
+    CHECK(lines
+        == "warning 14/1/clip 1: offset -1 is negative: the time of its functions begins near its end.\n"
+           "warning 14/1/clip 2: id \"1,5\" is read as 1.\n"
+           "error 14/1/clip 2: attribute \"space_before\" is missing.\n"
+           "warning 14/2/clip 1: id \"2,5\" is read as 2.\n"
+           "error 14/2/clip 1: attribute \"space_before\" is missing.\n");
+}
+
+TEST_CASE("of more warnings than are kept their number is told")
+{
+    document_text text = quiet_show();
+    text.records[11] += "<material>" + repeated("<nonsense/>", 5000) + "</material>";
+    const std::string lines = findings_in(text);
+    CHECK(lines.find("warning 0/0: 904 more warnings of the player.\n") != std::string::npos);
 }
 
 TEST_CASE("both documents of a pack are read, the loading screen first, and then the pack")

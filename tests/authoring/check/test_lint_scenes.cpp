@@ -45,7 +45,10 @@ TEST_CASE("an object of scale 0 is never seen, unless a multiplier adds to it or
     document_text text = quiet_show();
     text.records[13] = with(text.records[13], ones, zeros);
     CHECK(findings_in(text) == "note 13/1/object 1: its scale is 0: it is never seen, 1 is as large as it was made.\n");
-    text.records[13] = with(text.records[13], zeros + "<visibility", zeros + "<visibility");
+    document_text line = quiet_show();
+    line.records[13]
+        = with(line.records[13], ones, animated("static", "0") + animated("static", "1") + animated("static", "0"));
+    CHECK(findings_in(line) == "");
     document_text flat = quiet_show();
     flat.records[13]
         = with(flat.records[13], ones, animated("static", "1") + animated("static", "0") + animated("static", "1"));
@@ -87,6 +90,8 @@ TEST_CASE("a scale changes the light of a mesh whose normals are not brought bac
         == "note 13/1/object 1: its scale makes its light too bright: its material does not set normalization.\n");
     CHECK(scaled("3", "0", 1)
         == "note 13/1/object 1: its scale makes its light too dark: its material does not set normalization.\n");
+    CHECK(scaled("-0.25", "0", 1)
+        == "note 13/1/object 1: its scale makes its light too bright: its material does not set normalization.\n");
     CHECK(scaled("0.25", "1", 1) == "");
     CHECK(scaled("0.6", "0", 1) == "");
     CHECK(scaled("-1", "0", 1) == "");

@@ -29,6 +29,8 @@ TEST_CASE("a clip behind a lost one is told when its time begins")
             + "warning 14/1/clip 3: the clip before it is never shown, so its pause and the time of its functions "
               "begin at tick 0 and not at tick 150.\n");
     CHECK(findings_of_tracks(track(clip_text(1, 0, 130) + clip_text(1, 0, 70) + clip_text(1, 0, 200))) == "");
+    // Pauses are no loss.
+    CHECK(findings_of_tracks(track(clip_text(1, 0, 400)) + track(clip_text(1, 50, 80) + clip_text(1, 0, 270))) == "");
 }
 
 TEST_CASE("a show that is over before its last clip says where, and why")
@@ -41,6 +43,11 @@ TEST_CASE("a show that is over before its last clip says where, and why")
            "600, is never shown.\n");
     CHECK(findings_of_tracks(track(clip_text(1, 0, 300)) + track(clip_text(1, 100, 200))) == "");
     CHECK(findings_of_tracks(track(clip_text(1, 0, 300) + clip_text(1, 50, 250)) + track(clip_text(1, 0, 600))) == "");
+}
+
+TEST_CASE("the longest show there is lasts to its end")
+{
+    CHECK(findings_of_tracks(track(clip_text(1, 0, 25600))) == "");
 }
 
 TEST_CASE("a loading screen is not over when it draws nothing")
@@ -71,6 +78,12 @@ TEST_CASE("a target that nobody copies, and a mode that has none, are told of")
     CHECK(findings_of_tracks(track(clip_of_mode(5, 1, 300)) + track(clip_text(1, 0, 250)))
         == "warning 14/1/clip 1: from tick 251 on its picture does not reach its texture: no clip on a later track "
            "draws to the screen or into another texture.\n");
+    // What other tracks do meanwhile does not matter, and a few ticks do not either.
+    CHECK(findings_of_tracks(track(clip_of_mode(5, 1, 300)) + track(clip_text(1, 0, 200) + clip_text(1, 15, 85))
+              + track(with(clip_text(1, 207, 93), "type=\"0\"", "type=\"2\"")))
+        == "warning 14/1/clip 1: from tick 200 on its picture does not reach its texture: no clip on a later track "
+           "draws to the screen or into another texture.\n");
+    CHECK(findings_of_tracks(track(clip_of_mode(5, 1, 300)) + track(clip_text(1, 0, 200) + clip_text(1, 5, 95))) == "");
     CHECK(findings_of_tracks(track(clip_of_mode(1, 0, 300)) + track(clip_text(1, 0, 300)))
         == "warning 14/1/clip 1: its mode draws into a texture, and rtex is 0: what it draws is left wherever the clip "
            "before drew.\n");
@@ -102,6 +115,7 @@ TEST_CASE("a loading screen's clips lie within its hundred ticks")
         return findings_in(text, complete_pack(), "loading.xmlz");
     };
     CHECK(of_loading(track(clip_text(1, 0, 100))) == "");
+    CHECK(of_loading(track(clip_text(1, 0, 100) + clip_text(1, 0, 400))) == "");
     CHECK(of_loading(track(clip_text(1, 0, 100) + clip_text(1, 1, 400)))
         == "warning 14/1/clip 2: it begins at tick 101 and is never shown: the loading screen's time is how much is "
            "loaded, from 0 to 100.\n");

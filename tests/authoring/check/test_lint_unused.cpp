@@ -45,8 +45,8 @@ TEST_CASE("nodes and images that an output depends on are in use, and those that
         return std::string("<t name=\"n\" texture_format=\"0\" texture_filter=\"0\" type=\"") + type + "\" layer_id=\""
             + layer + "\">" + rest + "</t>";
     };
-    text.records[2] = node("101", "0", "<i>0</i><output>2</output><p>1</p><p>1</p>") // image 1, input of 2 and 4
-        + node("255", "0", "<i>1</i>") + node("102", "1", "<i>0</i><p>1</p>");
+    text.records[2] = node("101", "0", "<i>0</i><output>4</output><p>1</p><p>1</p>") + node("255", "0", "<i>4</i>")
+        + node("102", "1", "<i>0</i><p>1</p>") + node("205", "0", "<i>1</i><output>2</output>");
     text.records[10] = "<o type=\"0\" id=\"2\"/>";
     text.records[7] = "";
     CHECK(findings_in(text)
