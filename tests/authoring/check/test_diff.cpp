@@ -130,6 +130,36 @@ TEST_CASE("a texture node in the middle of a graph is one change, with the two t
            "demo.xmlz: section 2 (texture nodes), record 3 (2 before) \"n\", input1: 1 -> 2\n");
 }
 
+TEST_CASE("texture nodes are told apart by what they are computed from")
+{
+    const auto chain = [](int first, const char* layer) {
+        const std::string head = "<t name=\"n\" texture_format=\"0\" texture_filter=\"0\" ";
+        const auto number = [first](int node) { return std::to_string(first + node); };
+        return head + "type=\"101\" layer_id=\"" + layer + "\"><i>0</i><output>" + number(1)
+            + "</output><p>1</p><p>1</p></t>" + head + "type=\"205\"><i>" + number(0) + "</i><output>" + number(2)
+            + "</output></t>" + head + "type=\"255\"><i>" + number(1) + "</i></t>";
+    };
+    document_text before = complete_document();
+    before.records[1] += "<layer type=\"5\"><r>1</r><g>1</g><b>1</b><s>1</s></layer>";
+    before.records[2] = chain(1, "0") + chain(4, "1");
+    before.records[10] = with(before.records[10], "type=\"0\" id=\"2\"", "type=\"0\" id=\"3\"");
+    document_text after = before;
+    after.records[2] = chain(1, "1") + chain(4, "0");
+    after.records[10] = with(after.records[10], "type=\"0\" id=\"3\"", "type=\"0\" id=\"6\"");
+    const std::string moved = differences(before, after);
+    CHECK(moved.find(" -> ") == std::string::npos); // nothing leads elsewhere
+    CHECK(moved.find("section 2 (texture nodes), record 5 (2 before) \"n\": moved\n") != std::string::npos);
+}
+
+TEST_CASE("a reference to another kind leads elsewhere, though its number stays")
+{
+    document_text other = complete_document();
+    other.records[10] = with(other.records[10], "type=\"3\"", "type=\"2\"");
+    CHECK(differences(complete_document(), other)
+        == "demo.xmlz: section 10 (objects), record 3, type: 3 -> 2\n"
+           "demo.xmlz: section 10 (objects), record 3, id: 1 -> 1\n");
+}
+
 TEST_CASE("the music's file is told of")
 {
     document_text other = quiet_show();

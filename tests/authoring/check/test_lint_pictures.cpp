@@ -57,6 +57,9 @@ TEST_CASE("mipmaps of a picture that clips draw into are never made anew")
            "texture_filter 1 has none.\n");
     text.records[14] = clip_into_picture(7);
     CHECK(findings_in(text) == "");
+    text = quiet_show();
+    text.records[14] = clip_into_picture(4);
+    CHECK(findings_in(text) == "");
 }
 
 TEST_CASE("transparent pixels that the texture does not keep are told of where a material blends by them")
