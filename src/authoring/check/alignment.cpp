@@ -15,7 +15,7 @@ struct aligner {
     const std::vector<uint32_t>& a_keys;
     const std::vector<uint32_t>& b_keys;
     item_likeness likeness;
-    const void* context;
+    void* context;
     std::vector<uint32_t> b_of_a; // no_item: none
     std::vector<uint32_t> a_of_b;
 };
@@ -167,8 +167,8 @@ static void pair_gaps(aligner& all, const std::vector<uint32_t>& moved)
     }
 }
 
-std::vector<aligned_items> align_items(const std::vector<uint32_t>& a_keys, const std::vector<uint32_t>& b_keys,
-    item_likeness likeness, const void* context)
+std::vector<aligned_items> align_items(
+    const std::vector<uint32_t>& a_keys, const std::vector<uint32_t>& b_keys, item_likeness likeness, void* context)
 {
     assert(likeness != nullptr);
     aligner all = {a_keys, b_keys, likeness, context, std::vector<uint32_t>(a_keys.size(), no_item),

@@ -16,10 +16,10 @@ struct aligned_items {
 };
 
 // How alike item a and item b are, from 0 to 1000.
-using item_likeness = uint32_t (*)(const void* context, uint32_t a, uint32_t b);
+using item_likeness = uint32_t (*)(void* context, uint32_t a, uint32_t b);
 
 // Every item of both lists once, pairs in the order of b with those of a that have no pair between them. Items with
 // equal keys in the longest order that both lists share are pairs; between them those that are alike by half, or the
 // only ones; then equal keys anywhere, which have moved. Lists of up to 4096 items.
-std::vector<aligned_items> align_items(const std::vector<uint32_t>& a_keys, const std::vector<uint32_t>& b_keys,
-    item_likeness likeness, const void* context);
+std::vector<aligned_items> align_items(
+    const std::vector<uint32_t>& a_keys, const std::vector<uint32_t>& b_keys, item_likeness likeness, void* context);

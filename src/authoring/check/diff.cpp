@@ -14,36 +14,23 @@
 
 namespace {
 
-// The records of one document, all as fields.
-struct field_document {
-    const read_document& read;
-    std::vector<record_fields> records[no_more_sections]; // by number - 1
-};
-
 // What of the two documents are the same records: by section and number, 0 for none.
 struct record_pairs {
     std::vector<uint32_t> after[no_more_sections]; // of the record before
     std::vector<uint32_t> before[no_more_sections];
 };
 
+// Records are made fields of when they are asked for: all of them at once would be many times a document.
 struct comparison {
-    field_document a;
-    field_document b;
+    const read_document& a;
+    const read_document& b;
     record_pairs pairs;
 };
 
-using key_numbers = std::unordered_map<std::string, uint32_t>;
+// What items say, by the hash of it: each other one has the next number.
+using key_numbers = std::unordered_map<uint64_t, uint32_t>;
 
 } // namespace
-
-static field_document all_fields(const read_document& read)
-{
-    field_document all = {read, {}};
-    for (uint32_t section = 1; section < no_more_sections; ++section)
-        for (uint32_t record = 1; record <= record_count(read, section); ++record)
-            all.records[section].push_back(fields_of_record(read, section, record));
-    return all;
-}
 
 // ---- the same field -----------------------------------------------------------------
 
@@ -112,7 +99,7 @@ static std::string key_of_fields(const field_list& fields, const record_pairs& p
 
 static uint32_t number_of(key_numbers& numbers, const std::string& key)
 {
-    return numbers.emplace(key, static_cast<uint32_t>(numbers.size())).first->second;
+    return numbers.emplace(hash_of_bytes(key.data(), key.size()), static_cast<uint32_t>(numbers.size())).first->second;
 }
 
 static std::vector<uint32_t> keys_of_parts(
@@ -125,10 +112,11 @@ static std::vector<uint32_t> keys_of_parts(
 }
 
 static std::vector<uint32_t> keys_of_records(
-    const field_document& all, uint32_t section, const record_pairs& pairs, bool is_before, key_numbers& numbers)
+    const read_document& read, uint32_t section, const record_pairs& pairs, bool is_before, key_numbers& numbers)
 {
     std::vector<uint32_t> keys;
-    for (const record_fields& record : all.records[section]) {
+    for (uint32_t number = 1; number <= record_count(read, section); ++number) {
+        const record_fields record = fields_of_record(read, section, number);
         std::string key = key_of_fields(record.fields, pairs, is_before);
         for (const field_list& part : record.parts)
             key += "|" + key_of_fields(part, pairs, is_before);
@@ -139,7 +127,7 @@ static std::vector<uint32_t> keys_of_records(
 
 // Texture nodes refer to each other, so that their pairs cannot be known before: what a node says is its own numbers
 // and, in turn, what its inputs say. Those that use it do not count, and a circle says nothing.
-static uint32_t key_of_node(const field_document& all, uint32_t node, const record_pairs& pairs, bool is_before,
+static uint32_t key_of_node(const read_document& read, uint32_t node, const record_pairs& pairs, bool is_before,
     key_numbers& numbers, std::vector<uint32_t>& keys)
 {
     constexpr uint32_t in_progress = no_item - 1;
@@ -148,24 +136,25 @@ static uint32_t key_of_node(const field_document& all, uint32_t node, const reco
         return known;
     known = in_progress;
     std::string key;
-    for (const record_field& field : all.records[section_texture_nodes][node - 1].fields) {
+    const field_list fields = fields_of_record(read, section_texture_nodes, node).fields;
+    for (const record_field& field : fields) {
         if (field.section != section_texture_nodes)
             add_to_key(key, field, pairs, is_before);
         else if (field.name.rfind("input", 0) == 0)
-            key += std::to_string(key_of_node(all, field.record, pairs, is_before, numbers, keys)) + '\n';
+            key += std::to_string(key_of_node(read, field.record, pairs, is_before, numbers, keys)) + '\n';
     }
     keys[node - 1] = number_of(numbers, key);
     return keys[node - 1];
 }
 
 static std::vector<uint32_t> keys_of_section(
-    const field_document& all, uint32_t section, const record_pairs& pairs, bool is_before, key_numbers& numbers)
+    const read_document& read, uint32_t section, const record_pairs& pairs, bool is_before, key_numbers& numbers)
 {
     if (section != section_texture_nodes)
-        return keys_of_records(all, section, pairs, is_before, numbers);
-    std::vector<uint32_t> keys(all.records[section].size(), no_item);
+        return keys_of_records(read, section, pairs, is_before, numbers);
+    std::vector<uint32_t> keys(record_count(read, section), no_item);
     for (uint32_t node = 1; node <= keys.size(); ++node)
-        key_of_node(all, node, pairs, is_before, numbers, keys);
+        key_of_node(read, node, pairs, is_before, numbers, keys);
     return keys;
 }
 
@@ -176,6 +165,8 @@ namespace {
 struct section_context {
     const comparison& c;
     uint32_t section;
+    uint32_t known; // whose fields are kept, from 0: one record before is compared with many behind each other
+    record_fields fields;
 };
 
 } // namespace
@@ -185,10 +176,13 @@ static std::vector<aligned_items> align_section(comparison& c, uint32_t section)
     key_numbers numbers;
     const std::vector<uint32_t> a_keys = keys_of_section(c.a, section, c.pairs, true, numbers);
     const std::vector<uint32_t> b_keys = keys_of_section(c.b, section, c.pairs, false, numbers);
-    const section_context context = {c, section};
-    const auto likeness = [](const void* at, uint32_t a, uint32_t b) {
-        const auto& here = *static_cast<const section_context*>(at);
-        return likeness_of_records(here.c, here.c.a.records[here.section][a], here.c.b.records[here.section][b]);
+    section_context context = {c, section, no_item, {}};
+    const auto likeness = [](void* at, uint32_t a, uint32_t b) {
+        auto& here = *static_cast<section_context*>(at);
+        if (here.known != a)
+            here.fields = fields_of_record(here.c.a, here.section, a + 1);
+        here.known = a;
+        return likeness_of_records(here.c, here.fields, fields_of_record(here.c.b, here.section, b + 1));
     };
     std::vector<aligned_items> items = align_items(a_keys, b_keys, likeness, &context);
     for (const aligned_items& item : items)
@@ -241,8 +235,8 @@ static std::vector<part_change> changed_parts(const comparison& c, const record_
     key_numbers numbers;
     const std::vector<uint32_t> a_keys = keys_of_parts(a, c.pairs, true, numbers);
     const std::vector<uint32_t> b_keys = keys_of_parts(b, c.pairs, false, numbers);
-    const parts_context context = {c, a, b};
-    const auto likeness = [](const void* at, uint32_t part_a, uint32_t part_b) {
+    parts_context context = {c, a, b};
+    const auto likeness = [](void* at, uint32_t part_a, uint32_t part_b) {
         const auto& here = *static_cast<const parts_context*>(at);
         return likeness_of_fields(here.c, here.a.parts[part_a], here.b.parts[part_b]);
     };
@@ -278,14 +272,14 @@ static void add_record_change(
     const uint32_t before = item.a == no_item ? 0 : item.a + 1;
     const uint32_t after = item.b == no_item ? 0 : item.b + 1;
     record_change change = {change_changed, section, before, after, "", {}, {}};
-    change.label = after != 0 ? label_of(c.b.read, section, after) : label_of(c.a.read, section, before);
+    change.label = after != 0 ? label_of(c.b, section, after) : label_of(c.a, section, before);
     if (after == 0 || before == 0) {
         change.kind = after == 0 ? change_removed : change_added;
         changes.push_back(std::move(change));
         return;
     }
-    const record_fields& a = c.a.records[section][item.a];
-    const record_fields& b = c.b.records[section][item.b];
+    const record_fields a = fields_of_record(c.a, section, before);
+    const record_fields b = fields_of_record(c.b, section, after);
     change.kind = item.moved ? change_moved : change_changed;
     change.fields = changed_fields(c, a.fields, b.fields);
     change.parts = changed_parts(c, a, b);
@@ -302,10 +296,10 @@ static_assert(std::size(comparing_order) + 1 == no_more_sections, "a section is 
 
 std::vector<record_change> diff_documents(const read_document& before, const read_document& after)
 {
-    comparison c = {all_fields(before), all_fields(after), {}};
+    comparison c = {before, after, {}};
     for (uint32_t section = 1; section < no_more_sections; ++section) {
-        c.pairs.after[section].assign(c.a.records[section].size(), 0);
-        c.pairs.before[section].assign(c.b.records[section].size(), 0);
+        c.pairs.after[section].assign(record_count(before, section), 0);
+        c.pairs.before[section].assign(record_count(after, section), 0);
     }
     std::vector<record_change> changes;
     for (const document_section section : comparing_order)

@@ -25,17 +25,22 @@ static std::string text_of(float value)
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
-// FNV-1a, 64 bits: two blocks of bytes that differ have other numbers but once in ten million million million.
-static std::string text_of_bytes(const void* data, size_t size)
+uint64_t hash_of_bytes(const void* data, size_t size)
 {
-    if (data == nullptr)
-        return "none";
     const auto* bytes = static_cast<const uint8_t*>(data);
     uint64_t hash = 14695981039346656037u;
     for (size_t index = 0; index < size; ++index)
         hash = (hash ^ bytes[index]) * 1099511628211u;
+    return hash;
+}
+
+static std::string text_of_bytes(const void* data, size_t size)
+{
+    if (data == nullptr)
+        return "none";
     char text[64];
-    std::snprintf(text, sizeof text, "%zu bytes, %016llx", size, static_cast<unsigned long long>(hash));
+    std::snprintf(
+        text, sizeof text, "%zu bytes, %016llx", size, static_cast<unsigned long long>(hash_of_bytes(data, size)));
     return text;
 }
 

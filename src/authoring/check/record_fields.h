@@ -6,6 +6,7 @@
 
 #include "authoring/check/read_documents.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct record_fields {
     const char* part_name; // "segment", "glyph", "object", "clip"; null: the records of this section have no parts
     std::vector<field_list> parts; // in their order
 };
+
+// FNV-1a, 64 bits: two blocks that differ have other numbers but once in ten million million million.
+uint64_t hash_of_bytes(const void* data, size_t size);
 
 // How many records a section has; of the timeline its tracks, as many as are read. The music is one record.
 uint32_t record_count(const read_document& read, uint32_t section);

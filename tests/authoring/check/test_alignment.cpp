@@ -12,8 +12,8 @@ static std::string aligned(const std::string& before, const std::string& after)
 {
     const std::vector<uint32_t> a(before.begin(), before.end());
     const std::vector<uint32_t> b(after.begin(), after.end());
-    const std::string both[2] = {before, after};
-    const auto likeness = [](const void* context, uint32_t of_a, uint32_t of_b) -> uint32_t {
+    std::string both[2] = {before, after};
+    const auto likeness = [](void* context, uint32_t of_a, uint32_t of_b) -> uint32_t {
         const auto* texts = static_cast<const std::string*>(context);
         return (texts[0][of_a] ^ texts[1][of_b]) == 0x20 ? 900 : 100;
     };
