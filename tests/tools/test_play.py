@@ -33,9 +33,8 @@ class PlayTest(unittest.TestCase):
         self.folder = os.path.realpath(directory.name)
         self.home = os.path.join(self.folder, "home of play")
         self.put("home of play/build/x86/brimlow", PLAYER, 0o755)
-        self.put("home of play/build/x86/productions/first-light/demo.dpk", "bundled")
-        with open(os.path.join(ROOT, "scripts", "setup.sh"), encoding="utf-8") as file:
-            self.put("home of play/scripts/setup.sh", file.read() + STEPS)
+        self.put("home of play/build/native/productions/first-light/demo.dpk", "bundled")
+        self.put_steps("")
         self.put("home of play/scripts/play-virtual.sh", VIRTUAL, 0o755)
         shutil.copy(os.path.join(ROOT, "play"), self.home)
 
@@ -46,6 +45,10 @@ class PlayTest(unittest.TestCase):
             file.write(text)
         os.chmod(path, mode)
 
+    def put_steps(self, more):
+        with open(os.path.join(ROOT, "scripts", "setup.sh"), encoding="utf-8") as file:
+            self.put("home of play/scripts/setup.sh", file.read() + STEPS + more + "\n")
+
     def put_show(self, folder, *packs):
         for pack in packs:
             self.put("%s/%s" % (folder, pack), "I am " + pack)
@@ -54,8 +57,10 @@ class PlayTest(unittest.TestCase):
         self.put(folder + "/sub/tune.ogg", "elsewhere")
         self.put(folder + "/.hidden", "yes")
 
-    def play(self, *arguments, below=".", display=":0", program=None, user=None):
+    def play(self, *arguments, below=".", display=":0", program=None, user=None, steps=None):
         """Status, lines of standard output, standard error."""
+        if steps:
+            self.put_steps(steps)
         environment = dict(os.environ, SDL_AUDIODRIVER="dummy", DISPLAY=display, CDPATH=self.folder)
         result = subprocess.run([program or os.path.join(self.home, "play"), *arguments], env=environment,
                                 cwd=os.path.join(self.folder, below), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
@@ -77,8 +82,21 @@ class PlayTest(unittest.TestCase):
             return file.read()
 
     def test_without_argument_the_bundled_show_is_built_and_played(self):
-        self.plays("home of play/build/x86/productions/first-light", "first-light", ["demo.dpk: bundled"])
-        self.assertEqual(self.built(), "x86 OFF brimlow first_light\n")
+        self.plays("home of play/build/native/productions/first-light", "first-light", ["demo.dpk: bundled"])
+        self.assertEqual(self.built(), "native OFF first_light\nx86 OFF brimlow\n")
+
+    def test_where_there_is_no_32_bit_player_all_is_one_build(self):
+        self.put("home of play/build/native/brimlow", PLAYER, 0o755)
+        status, lines, errors = self.play(steps='need() { case $* in *i386*) return 1 ;; esac; }')
+        self.assertEqual((status, errors), (7, ""))
+        self.assertEqual(lines[0], "== 32-bit libraries cannot be had here: playing with the 64-bit build.")
+        self.assertEqual(self.built(), "native OFF first_light\nnative OFF brimlow\n")
+
+    def test_a_build_that_fails_is_a_line(self):
+        for failing, line in (("native", "First Light cannot be built (build/native.log)."),
+                              ("x86", "the build failed (build/x86.log).")):
+            status, _, errors = self.play(steps='build_preset() { [ "$1" != %s ]; }' % failing)
+            self.assertEqual((status, errors), (1, "Sorry: %s\n" % line))
 
     def test_a_folder_is_played_where_it_is(self):
         self.put_show("my show", "a.dpk")
@@ -123,7 +141,7 @@ class PlayTest(unittest.TestCase):
     def test_without_a_display_the_show_plays_on_a_virtual_one(self):
         self.put_show("my show", "a.dpk")
         for arguments, title, folder in (
-                ([], "first-light", self.home + "/build/x86/productions/first-light"),
+                ([], "first-light", self.home + "/build/native/productions/first-light"),
                 (["my show"], "my show", self.folder + "/my show")):
             status, lines, errors = self.play(*arguments, display="")
             self.assertEqual((status, errors), (7, ""))
