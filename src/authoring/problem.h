@@ -9,6 +9,12 @@
 #include <string>
 #include <vector>
 
+// Where something stands in a source.
+struct source_place {
+    std::string file = {}; // below the show's folder; empty: none is known
+    uint32_t line = 0;     // from 1; 0: none is known
+};
+
 enum problem_severity : uint8_t {
     problem_error,   // the player refuses it, or nothing can be built
     problem_warning, // the player does something else than was written

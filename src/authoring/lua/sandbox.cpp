@@ -1,6 +1,6 @@
 #include "authoring/lua/sandbox.h"
 
-#include "authoring/lua/near_name.h"
+#include "authoring/near_name.h"
 #include "authoring/lua/sandbox_state.h"
 #include "authoring/lua/wording.h"
 

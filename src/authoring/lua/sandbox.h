@@ -25,11 +25,6 @@
 struct lua_State;
 struct sandbox; // one Lua state with its limits, problems and files
 
-struct source_place {
-    std::string file; // of the source, below its folder; empty: none is known
-    uint32_t line;    // from 1; 0: none is known
-};
-
 struct sandbox_options {
     std::string folder;   // of the show
     void* user = nullptr; // what words work on: sandbox_user gives it back

@@ -1,6 +1,6 @@
 #include "authoring/lua/wording.h"
 
-#include "authoring/lua/near_name.h"
+#include "authoring/near_name.h"
 
 #include <algorithm>
 #include <charconv>
