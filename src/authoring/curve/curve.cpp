@@ -1,1 +1,342 @@
-// Numbers that move: see curve.h.
+#include "authoring/curve/curve.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cmath>
+
+// A turn as the player's own tables know it: shows are written in these numbers.
+constexpr double turn = 6.2831853;
+
+static uint32_t whole_ticks(double length)
+{
+    return static_cast<uint32_t>(std::clamp(std::round(length), 1.0, 4e9));
+}
+
+static curve single(int32_t kind, double length, std::vector<double> params)
+{
+    curve made;
+    made.segments.push_back({kind, whole_ticks(length), std::move(params)});
+    return made;
+}
+
+uint32_t curve_length(const curve& c)
+{
+    uint32_t length = 0;
+    for (const curve_segment& segment : c.segments)
+        length += segment.length;
+    return length;
+}
+
+double curve_at(const curve& c, double tick)
+{
+    animation_function function = {};
+    function.cached_time = no_cached_time;
+    function.segment_count = static_cast<uint8_t>(std::min<size_t>(c.segments.size(), max_segments));
+    for (uint32_t index = 0; index < function.segment_count; ++index) {
+        const curve_segment& segment = c.segments[index];
+        function.segment_type[index] = segment.kind;
+        function.segment_length[index] = segment.length;
+        for (size_t param = 0; param < std::min<size_t>(segment.params.size(), max_segment_params); ++param)
+            function.segment_params[index][param] = static_cast<float>(segment.params[param]);
+    }
+    function.loop_type = static_cast<uint8_t>(c.loop);
+    function.loop_begin = static_cast<float>(c.loop_from);
+    function.loop_end = static_cast<float>(c.loop_to);
+    return static_cast<double>(evaluate_function(function, static_cast<uint32_t>(std::clamp(tick, 0.0, 4e9))));
+}
+
+// ---- makers -----------------------------------------------------------------------------
+
+curve constant_curve(double value, double length)
+{
+    return single(segment_constant, length, {value});
+}
+
+curve linear_curve(double from, double to, double length)
+{
+    return single(segment_linear, length, {(to - from) / whole_ticks(length), from});
+}
+
+curve wave_curve(double middle, double swing, double period, double phase, double length)
+{
+    return single(segment_sine, length, {swing, turn / period, phase * turn, middle});
+}
+
+curve swelling_wave_curve(
+    double middle, double from_swing, double to_swing, double period, double phase, double length)
+{
+    const double slope = (to_swing - from_swing) / whole_ticks(length);
+    return single(segment_sine_linear, length, {slope, turn / period, phase * turn, middle, from_swing});
+}
+
+// ---- splines ------------------------------------------------------------------------------
+
+static std::string point_fault(const std::vector<curve_point>& points)
+{
+    if (points.size() < 2)
+        return "has " + std::to_string(points.size()) + " points, and a curve goes through two at least";
+    for (size_t index = 1; index < points.size(); ++index)
+        if (points[index].time - points[index - 1].time < 1)
+            return "has point " + std::to_string(index + 1) + " less than a tick behind the one before it";
+    return {};
+}
+
+constexpr size_t points_of_segment = 12;
+
+static curve_segment spline_segment(const std::vector<curve_point>& points, size_t first, size_t count, double begin,
+    uint32_t length)
+{
+    assert(count <= points_of_segment && first + count <= points.size());
+    curve_segment segment = {segment_spline, length, {}};
+    for (size_t index = first; index < first + count; ++index) {
+        segment.params.push_back(points[index].time - begin);
+        segment.params.push_back(points[index].value);
+    }
+    return segment;
+}
+
+// A segment's formula asks for the points to either side of where it is: a piece brings two more on each side than
+// it shows, which lie in front of its beginning and behind its end, so that the pieces are one curve.
+std::string spline_curve(const std::vector<curve_point>& points, double length, curve& made)
+{
+    const std::string fault = point_fault(points);
+    if (!fault.empty())
+        return fault;
+    made = {};
+    const uint32_t whole = whole_ticks(length > 0 ? length : points.back().time);
+    if (points.size() <= points_of_segment) {
+        made.segments.push_back(spline_segment(points, 0, points.size(), 0, whole));
+        return {};
+    }
+    size_t shown = 0; // the first point of the piece
+    uint32_t begin = 0;
+    while (begin < whole) {
+        const size_t first = shown >= 2 ? shown - 2 : 0;
+        const size_t count = std::min(points_of_segment, points.size() - first);
+        const bool is_last = first + count == points.size();
+        const size_t last = is_last ? points.size() - 1 : first + count - 3;
+        const uint32_t end = is_last ? whole : std::min(whole, static_cast<uint32_t>(std::floor(points[last].time)));
+        made.segments.push_back(spline_segment(points, first, count, begin, end - begin));
+        begin = end;
+        shown = last;
+    }
+    if (made.segments.size() > max_segments)
+        return "has " + std::to_string(points.size()) + " points, and a curve has room for about 120: make two";
+    return {};
+}
+
+// ---- eases ----------------------------------------------------------------------------------
+
+struct ease_row {
+    const char* name;
+    double (*out)(double t); // from 0 to 1, slowing down; the others are made of it
+};
+
+static double out_cubic(double t)
+{
+    return 1 - std::pow(1 - t, 3);
+}
+
+static double out_back(double t)
+{
+    constexpr double over = 1.70158;
+    return 1 + (over + 1) * std::pow(t - 1, 3) + over * std::pow(t - 1, 2);
+}
+
+static double out_elastic(double t)
+{
+    return t <= 0 ? 0 : std::pow(2, -10 * t) * std::sin((t * 10 - 0.75) * turn / 3) + 1;
+}
+
+static double out_bounce(double t)
+{
+    constexpr double height = 7.5625;
+    for (const auto& [until, middle, floor] :
+        {std::array{1 / 2.75, 0.0, 0.0}, {2 / 2.75, 1.5 / 2.75, 0.75}, {2.5 / 2.75, 2.25 / 2.75, 0.9375}})
+        if (t < until)
+            return height * (t - middle) * (t - middle) + floor;
+    return height * (t - 2.625 / 2.75) * (t - 2.625 / 2.75) + 0.984375;
+}
+
+static constexpr ease_row eases[] = {{"quad", nullptr}, {"sine", nullptr}, {"cubic", out_cubic}, {"back", out_back},
+    {"elastic", out_elastic}, {"bounce", out_bounce}};
+
+enum ease_side { ease_in, ease_out, ease_in_out };
+
+static double eased(const ease_row& row, ease_side side, double t)
+{
+    switch (side) {
+    case ease_in:
+        return 1 - row.out(1 - t);
+    case ease_out:
+        return row.out(t);
+    case ease_in_out:
+        return t < 0.5 ? (1 - row.out(1 - 2 * t)) / 2 : (1 + row.out(2 * t - 1)) / 2;
+    }
+    return t;
+}
+
+static curve_segment quad_out(double from, double to, uint32_t length)
+{
+    const double ticks = length;
+    return {segment_quadratic, length, {(from - to) / (ticks * ticks), ticks, to}};
+}
+
+static curve_segment quad_in(double from, double to, uint32_t length)
+{
+    const double ticks = length;
+    return {segment_quadratic, length, {(to - from) / (ticks * ticks), 0, from}};
+}
+
+static curve quad(ease_side side, double from, double to, uint32_t length)
+{
+    curve made;
+    const uint32_t half = length / 2;
+    if (side == ease_in || half == 0)
+        made.segments = {quad_in(from, to, length)};
+    else if (side == ease_out)
+        made.segments = {quad_out(from, to, length)};
+    else
+        made.segments = {quad_in(from, (from + to) / 2, half), quad_out((from + to) / 2, to, length - half)};
+    return made;
+}
+
+// A quarter of a swing, or half of one: sin(x b - c) a + d.
+static curve sine(ease_side side, double from, double to, uint32_t length)
+{
+    const double quarter = turn / 4 / length;
+    if (side == ease_out)
+        return single(segment_sine, length, {to - from, quarter, 0, from});
+    if (side == ease_in)
+        return single(segment_sine, length, {to - from, quarter, turn / 4, to});
+    return single(segment_sine, length, {(to - from) / 2, 2 * quarter, turn / 4, (from + to) / 2});
+}
+
+static curve sampled(const ease_row& row, ease_side side, double from, double to, uint32_t length)
+{
+    const uint32_t most = row.out == out_bounce ? 96 : row.out == out_elastic ? 64 : 32;
+    const uint32_t steps = std::clamp(length, 1u, most);
+    std::vector<curve_point> points;
+    for (uint32_t step = 0; step <= steps; ++step) {
+        const double t = static_cast<double>(step) / steps;
+        points.push_back({t * length, from + (to - from) * eased(row, side, t)});
+    }
+    curve made;
+    const std::string fault = spline_curve(points, length, made);
+    assert(fault.empty());
+    return made;
+}
+
+static bool read_ease(const std::string& name, ease_side& side, const ease_row*& row)
+{
+    std::string plain;
+    for (const char letter : name)
+        if (letter != ' ' && letter != '_' && letter != '-')
+            plain += static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+    for (const auto& [word, which] : {std::pair{"inout", ease_in_out}, {"in", ease_in}, {"out", ease_out}}) {
+        if (!plain.starts_with(word))
+            continue;
+        for (const ease_row& candidate : eases) {
+            if (plain != std::string(word) + candidate.name)
+                continue;
+            side = which;
+            row = &candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string ease_curve(const std::string& name, double from, double to, double length, curve& made)
+{
+    if (name == "linear") {
+        made = linear_curve(from, to, length);
+        return {};
+    }
+    ease_side side = ease_in;
+    const ease_row* row = nullptr;
+    if (!read_ease(name, side, row))
+        return "is no ease";
+    const uint32_t ticks = whole_ticks(length);
+    if (row == &eases[0])
+        made = quad(side, from, to, ticks);
+    else if (row == &eases[1])
+        made = sine(side, from, to, ticks);
+    else
+        made = sampled(*row, side, from, to, ticks);
+    return {};
+}
+
+std::vector<std::string> ease_names()
+{
+    std::vector<std::string> names = {"linear"};
+    for (const char* side : {"in ", "out ", "in out "})
+        for (const ease_row& row : eases)
+            names.push_back(std::string(side) + row.name);
+    return names;
+}
+
+// ---- algebra ----------------------------------------------------------------------------------
+
+static void scale_segment(curve_segment& segment, double factor, double offset)
+{
+    std::vector<double>& p = segment.params;
+    const auto change = [&](size_t index, bool moves) {
+        if (moves)
+            p.resize(std::max(p.size(), index + 1));
+        if (index < p.size())
+            p[index] = p[index] * factor + (moves ? offset : 0);
+    };
+    switch (static_cast<segment_kind>(segment.kind)) {
+    case segment_constant:
+        return change(0, true);
+    case segment_linear:
+        change(0, false);
+        return change(1, true);
+    case segment_quadratic:
+        change(0, false);
+        return change(2, true);
+    case segment_sine:
+        change(0, false);
+        return change(3, true);
+    case segment_spline:
+        for (size_t index = 1; index < p.size(); index += 2)
+            change(index, true);
+        return;
+    case segment_sine_linear:
+        change(0, false);
+        change(4, false);
+        return change(3, true);
+    case segment_kind_count:
+        return;
+    }
+}
+
+curve scaled_curve(const curve& c, double factor, double offset)
+{
+    curve made = c;
+    for (curve_segment& segment : made.segments)
+        scale_segment(segment, factor, offset);
+    return made;
+}
+
+curve joined_curve(const curve& c, const curve& next)
+{
+    curve made;
+    made.segments = c.segments;
+    made.segments.insert(made.segments.end(), next.segments.begin(), next.segments.end());
+    made.integer = c.integer;
+    return made;
+}
+
+std::string curve_fault(const curve& c)
+{
+    if (c.segments.empty())
+        return "has nothing in it";
+    if (c.segments.size() > max_segments)
+        return "has " + std::to_string(c.segments.size()) + " pieces, and a curve has room for 16";
+    if (c.loop != loop_off && std::floor(c.loop_to) <= std::floor(c.loop_from))
+        return "cannot loop: its end does not lie behind its beginning";
+    return {};
+}

@@ -1,0 +1,121 @@
+#include "authoring/curve/camera.h"
+
+#include <algorithm>
+#include <cmath>
+
+constexpr double degrees = 180 / 3.14159265358979323846;
+
+std::array<double, 2> angles_towards(const std::array<double, 3>& direction, double heading)
+{
+    const double flat = std::hypot(direction[0], direction[2]);
+    const double down = -std::atan2(direction[1], flat) * degrees;
+    if (flat < 1e-9 * std::fabs(direction[1]))
+        return {down, heading};
+    const double right = std::atan2(direction[0], -direction[2]) * degrees;
+    return {down, right + 360 * std::round((heading - right) / 360)};
+}
+
+static double at_tick(const camera_number& number, double tick)
+{
+    return number.moving != nullptr ? curve_at(*number.moving, tick) : number.constant;
+}
+
+namespace {
+
+struct sampled_look {
+    std::vector<std::array<double, 2>> angles; // at each tick
+    bool is_lost = false;                      // the eye is where it looks
+};
+
+} // namespace
+
+static sampled_look sample(
+    const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, uint32_t length)
+{
+    sampled_look look;
+    double heading = 0;
+    for (uint32_t tick = 0; tick <= length; ++tick) {
+        std::array<double, 3> direction = {};
+        for (size_t axis = 0; axis < 3; ++axis)
+            direction[axis] = at_tick(target[axis], tick) - at_tick(eye[axis], tick);
+        if (direction == std::array<double, 3>{}) {
+            look.is_lost = true;
+            look.angles.push_back(look.angles.empty() ? std::array<double, 2>{} : look.angles.back());
+            continue;
+        }
+        look.angles.push_back(angles_towards(direction, heading));
+        heading = look.angles.back()[1];
+    }
+    return look;
+}
+
+// The error of one angle's curve in the direction, degrees: a heading counts less the steeper the look.
+static double error_at(const sampled_look& look, size_t angle, uint32_t tick, double value)
+{
+    const double off = std::fabs(value - look.angles[tick][angle]);
+    return angle == 0 ? off : off * std::cos(look.angles[tick][0] / degrees);
+}
+
+static curve through(const sampled_look& look, size_t angle, const std::vector<uint32_t>& ticks, uint32_t length)
+{
+    std::vector<curve_point> points;
+    for (const uint32_t tick : ticks)
+        points.push_back({static_cast<double>(tick), look.angles[tick][angle]});
+    curve made;
+    spline_curve(points, length, made);
+    return made;
+}
+
+// The tick between each two points where the curve is furthest off, if that is too far.
+static std::vector<uint32_t> worst_ticks(const sampled_look& look, size_t angle, const curve& made,
+    const std::vector<uint32_t>& ticks)
+{
+    std::vector<uint32_t> worst;
+    for (size_t index = 1; index < ticks.size(); ++index) {
+        double most = look_at_tolerance / 2; // the two angles' errors add up
+        uint32_t where = 0;
+        for (uint32_t tick = ticks[index - 1] + 1; tick < ticks[index]; ++tick) {
+            const double off = error_at(look, angle, tick, curve_at(made, tick));
+            if (off > most) {
+                most = off;
+                where = tick;
+            }
+        }
+        if (where != 0)
+            worst.push_back(where);
+    }
+    return worst;
+}
+
+static turned_number fitted(const sampled_look& look, size_t angle, uint32_t length)
+{
+    turned_number made;
+    made.constant = look.angles.front()[angle];
+    const auto differs = [&](const auto& other) { return std::fabs(other[angle] - made.constant) > 1e-9; };
+    if (length == 0 || std::none_of(look.angles.begin(), look.angles.end(), differs))
+        return made;
+    std::vector<uint32_t> ticks = {0, length};
+    constexpr size_t most_points = 120; // of 16 segments
+    for (;;) {
+        made.moving = through(look, angle, ticks, length);
+        std::vector<uint32_t> more = worst_ticks(look, angle, *made.moving, ticks);
+        if (more.empty() || ticks.size() + more.size() > most_points)
+            return made;
+        ticks.insert(ticks.end(), more.begin(), more.end());
+        std::sort(ticks.begin(), ticks.end());
+    }
+}
+
+std::string look_at(
+    const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, turned_number angles[2])
+{
+    uint32_t length = 0;
+    for (const auto* place : {&eye, &target})
+        for (const camera_number& number : *place)
+            if (number.moving != nullptr)
+                length = std::max(length, std::min(curve_length(*number.moving), 25600u));
+    const sampled_look look = sample(eye, target, length);
+    for (size_t angle = 0; angle < 2; ++angle)
+        angles[angle] = fitted(look, angle, length);
+    return look.is_lost ? "has the eye where it looks, and no direction comes of that" : "";
+}
