@@ -1,0 +1,52 @@
+// A document under construction: its records before and after they get their numbers.
+#pragma once
+
+#include "authoring/problem.h"
+#include "authoring/show/element.h"
+#include "model/document.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+// One record. Others name it by its address, which stays.
+struct authored_record {
+    document_section section;
+    element content;
+    source_place place;  // where the source made it
+    std::string name;    // what the source calls it; may be empty
+    uint32_t id = 0;     // from 1, in the order in which records were made
+    uint32_t number = 0; // in its section, from 1; 0: it has none yet
+};
+
+struct authored_document {
+    std::string entry; // "demo.xmlz"
+    std::string title;
+    std::string music; // name of the file; empty: none
+    std::vector<std::unique_ptr<authored_record>> records;
+    std::map<std::string, authored_record*> shared; // by section and element_key: records that equal ones become
+    std::array<std::vector<authored_record*>, no_more_sections> sections; // in order, once they have numbers
+};
+
+// A new record of a section.
+authored_record* add_authored(
+    authored_document& document, document_section section, element content, const source_place& place);
+
+// The record of equal content, or a new one.
+authored_record* add_shared(
+    authored_document& document, document_section section, element content, const source_place& place);
+
+// Gives numbers. `keep_order`: every record, in the order in which they were made. Otherwise those that tracks
+// lead to, by first use; the others stay out and keep the number 0.
+void number_records(authored_document& document, bool keep_order);
+
+// The whole text, after number_records.
+std::string document_text(const authored_document& document);
+
+// The source's place of a part of a document as findings name it: `part` and `inner` count from 1 (object 5 of a
+// scene, clip 7 of a track); 0: the record itself.
+source_place place_in_document(
+    const authored_document& document, document_section section, uint32_t record, uint32_t part);

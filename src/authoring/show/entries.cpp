@@ -1,0 +1,249 @@
+#include "authoring/show/entries.h"
+
+#include "authoring/asset/picture_import.h"
+#include "authoring/near_name.h"
+#include "content/pack.h"
+#include "model/image_decode.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <zlib.h>
+
+// ---- files ------------------------------------------------------------------------------
+
+std::string stem_of(const std::string& file)
+{
+    return std::filesystem::path(file).stem().string();
+}
+
+static std::string base_of(const std::string& file)
+{
+    return std::filesystem::path(file).filename().string();
+}
+
+void note_file(lowering& l, const std::string& file)
+{
+    std::vector<std::string>& taken = l.built.files_taken;
+    if (std::find(taken.begin(), taken.end(), file) == taken.end())
+        taken.push_back(file);
+}
+
+std::string near_file(const std::string& path)
+{
+    namespace fs = std::filesystem;
+    std::error_code fault;
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(fs::path(path).parent_path(), fault))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    const std::string near = near_name(base_of(path), names);
+    return near.empty() ? "" : ": did you mean \"" + near + "\"?";
+}
+
+std::string find_file(lowering& l, const std::string& file, const source_place& place)
+{
+    namespace fs = std::filesystem;
+    std::error_code fault;
+    const fs::path wish = fs::path(file).lexically_normal();
+    if (file.empty() || wish.is_absolute() || wish.begin()->string() == "..") {
+        add_problem(l.built.problems, problem_error, place,
+            "\"" + file + "\" leads out of the show's folder: copy the file into it.");
+        return {};
+    }
+    const fs::path path = fs::path(l.show.folder) / wish;
+    if (!fs::is_regular_file(path, fault)) {
+        add_problem(l.built.problems, problem_error, place, "there is no file \"" + file + "\"" + (near_file(path).empty() ? "." : near_file(path)));
+        return {};
+    }
+    note_file(l, wish.string());
+    return path.string();
+}
+
+bool read_file(lowering& l, const std::string& path, const source_place& place, std::vector<uint8_t>& bytes)
+{
+    constexpr uintmax_t most = 1u << 30;
+    std::error_code fault;
+    const uintmax_t size = std::filesystem::file_size(path, fault);
+    FILE* file = fault || size > most ? nullptr : std::fopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        add_problem(l.built.problems, problem_error, place,
+            "cannot read \"" + base_of(path) + "\": " + (size > most && !fault ? "it is larger than 1 GiB" : std::strerror(errno)) + ".");
+        return false;
+    }
+    bytes.resize(size);
+    const size_t got = size == 0 ? 0 : std::fread(bytes.data(), 1, size, file);
+    std::fclose(file);
+    bytes.resize(got);
+    return true;
+}
+
+// ---- names --------------------------------------------------------------------------------
+
+// Cuts a name so that it fits with what is put in, and keeps its ending.
+static std::string fitted(const std::string& wish, const std::string& mark)
+{
+    const size_t dot = wish.rfind('.');
+    const std::string ending = dot == std::string::npos ? "" : wish.substr(dot);
+    std::string stem = wish.substr(0, wish.size() - ending.size());
+    const size_t room = pack_name_size - 1 - std::min<size_t>(ending.size() + mark.size(), pack_name_size - 2);
+    while (stem.size() > room || (!stem.empty() && stem.size() == room && (stem.back() & 0x80) != 0))
+        stem.pop_back();
+    return stem + mark + ending;
+}
+
+static std::string free_name(lowering& l, const std::string& wish)
+{
+    std::string name = fitted(wish, "");
+    for (uint32_t number = 2; !l.names.taken.insert(name).second; ++number)
+        name = fitted(wish, "-" + std::to_string(number));
+    return name;
+}
+
+static void add_entry(lowering& l, const std::string& name, std::vector<uint8_t> bytes, const std::string& file)
+{
+    l.built.entries.push_back({name, std::move(bytes), file});
+}
+
+std::vector<uint8_t> enveloped(const std::vector<uint8_t>& bytes)
+{
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::vector<uint8_t> out(4 + size);
+    for (uint32_t byte = 0; byte < 4; ++byte)
+        out[byte] = static_cast<uint8_t>(bytes.size() >> (8 * byte));
+    const int status = compress2(out.data() + 4, &size, bytes.data(), static_cast<uLong>(bytes.size()), 9);
+    assert(status == Z_OK);
+    static_cast<void>(status);
+    out.resize(4 + size);
+    return out;
+}
+
+// Sources that keep the order keep names: of a file the name that it has, or was given.
+static std::string kept_name(lowering& l, const std::string& source, const std::string& name, bool& known)
+{
+    std::string& entry = l.names.by_source["kept|" + source];
+    known = !entry.empty();
+    if (!known)
+        entry = free_name(l, name);
+    return entry;
+}
+
+std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const std::string& wish)
+{
+    if (l.show.keep_order) {
+        bool known = false;
+        const std::string name = kept_name(l, wish, wish, known);
+        if (!known)
+            add_entry(l, name, enveloped(content), "");
+        return name;
+    }
+    const std::string key = "mesh|" + std::string(content.begin(), content.end());
+    if (const auto known = l.names.by_source.find(key); known != l.names.by_source.end())
+        return known->second;
+    const std::string name = free_name(l, wish + ".mesh");
+    l.names.by_source[key] = name;
+    add_entry(l, name, enveloped(content), "");
+    return name;
+}
+
+// ---- pictures -----------------------------------------------------------------------------
+
+static void add_notes(lowering& l, const thing& made, const std::string& file, const std::vector<std::string>& notes)
+{
+    for (const std::string& note : notes)
+        add_problem(l.built.problems, problem_note, made.place, "\"" + file + "\" " + note + ".");
+}
+
+// Ready-made levels are entries of their own, whose names follow from the picture's.
+static void take_levels(lowering& l, const thing& made, const image_thing& image, const std::string& entry,
+    const imported_picture& base)
+{
+    for (uint32_t level = 1; level <= image.levels.size(); ++level) {
+        const std::string& file = image.levels[level - 1];
+        if (file.empty())
+            continue;
+        const std::string path = find_file(l, file, made.place);
+        std::vector<uint8_t> bytes;
+        imported_picture picture = {};
+        std::string problem;
+        if (path.empty() || !read_file(l, path, made.place, bytes))
+            continue;
+        if (!import_level(bytes, base, level, false, picture, problem)) {
+            add_problem(l.built.problems, problem_error, made.place, "\"" + file + "\" " + problem + ".");
+            continue;
+        }
+        const std::string name = name_of_level(entry.c_str(), level).text;
+        if (name.empty())
+            add_problem(l.built.problems, problem_error, made.place,
+                "the name \"" + entry + "\" is too long for levels: give the image a shorter name = \"...\".");
+        else if (l.names.taken.insert(name).second)
+            add_entry(l, name, std::move(picture.bytes), file);
+    }
+}
+
+static std::string picture_key(const image_thing& image)
+{
+    return "picture|" + image.file + "|" + std::to_string(image.size[0]) + "x" + std::to_string(image.size[1]) + "|"
+        + image.name;
+}
+
+taken_picture take_picture(lowering& l, const thing& made, const image_thing& image)
+{
+    const std::string key = picture_key(image);
+    taken_picture taken;
+    if (const auto known = l.pictures.find(key); known != l.pictures.end())
+        return {l.names.by_source[key], known->second};
+    const std::string path = find_file(l, image.file, made.place);
+    std::vector<uint8_t> bytes;
+    imported_picture picture = {};
+    std::string problem;
+    if (path.empty() || !read_file(l, path, made.place, bytes))
+        return taken;
+    if (!import_picture(bytes, {image.size[0], image.size[1]}, picture, problem)) {
+        add_problem(l.built.problems, problem_error, made.place, "\"" + image.file + "\" " + problem + ".");
+        return taken;
+    }
+    add_notes(l, made, image.file, picture.notes);
+    const bool keeps = l.show.keep_order && image.name.empty();
+    taken.entry = free_name(l, !image.name.empty() ? image.name : keeps ? image.file : base_of(image.file));
+    taken.components = picture.components;
+    l.names.by_source[key] = taken.entry;
+    l.pictures[key] = picture.components;
+    take_levels(l, made, image, taken.entry, picture);
+    add_entry(l, taken.entry, std::move(picture.bytes), image.file);
+    return taken;
+}
+
+// ---- files as they are --------------------------------------------------------------------
+
+void take_entries(lowering& l)
+{
+    for (const auto& made : l.show.things) {
+        const entry_thing* entry = as<entry_thing>(made.get());
+        std::vector<uint8_t> bytes;
+        if (entry == nullptr)
+            continue;
+        const std::string path = find_file(l, entry->file, made->place);
+        if (path.empty() || !read_file(l, path, made->place, bytes))
+            continue;
+        const std::string name = !entry->name.empty() ? entry->name : base_of(entry->file);
+        const bool replaces = entry->is_document && (name == "demo.xmlz" || name == "loading.xmlz");
+        if (!replaces && !l.names.taken.insert(name).second)
+            add_problem(l.built.problems, problem_error, made->place, "the pack has an entry \"" + name + "\" already.");
+        else
+            add_entry(l, name, entry->is_document ? enveloped(bytes) : std::move(bytes), entry->file);
+    }
+}
+
+taken_picture take_target(lowering& l, std::array<uint32_t, 2> size)
+{
+    const std::string wish = "target-" + std::to_string(size[0]) + "x" + std::to_string(size[1]) + ".png";
+    std::string& name = l.names.by_source["target|" + wish];
+    if (name.empty()) {
+        name = free_name(l, wish);
+        add_entry(l, name, target_picture(size[0], size[1]), "");
+    }
+    return {name, 3};
+}

@@ -1,0 +1,183 @@
+// Meshes of files and of numbers, effects, fonts.
+#include "authoring/show/entries.h"
+#include "authoring/show/lowering.h"
+
+#include "authoring/asset/font_import.h"
+#include "authoring/asset/model_import.h"
+#include "model/glyphs.h"
+
+#include <cassert>
+
+// ---- meshes -----------------------------------------------------------------------------
+
+static authored_record* mesh_record_of(
+    lowering& l, const std::vector<uint8_t>& content, const std::string& wish, const thing& made)
+{
+    element node = {"mesh"};
+    add_attribute(node, "filename", value_of(take_mesh(l, content, wish)));
+    return new_record(l, section_meshes, std::move(node), made.place, made.name);
+}
+
+static void note_files(lowering& l, const std::string& file, const imported_model& model)
+{
+    const std::string folder = file.substr(0, file.find_last_of('/') + 1);
+    for (const std::string& taken : model.files_taken)
+        note_file(l, folder + taken);
+}
+
+static const imported_model& model_of(lowering& l, const thing& made)
+{
+    if (const auto known = l.models.find(&made); known != l.models.end())
+        return known->second;
+    const mesh_thing& mesh = *as<mesh_thing>(&made);
+    imported_model& model = l.models[&made];
+    model = {};
+    if (mesh.file.empty()) {
+        model.shapes.push_back(mesh.shape);
+        return model;
+    }
+    const std::string path = find_file(l, mesh.file, made.place);
+    std::string problem;
+    if (!path.empty() && !import_model(path, mesh.options, model, problem))
+        add_problem(l.built.problems, problem_error, made.place, problem);
+    note_files(l, mesh.file, model);
+    for (const std::string& refused : model.files_refused)
+        add_problem(l.built.problems, problem_note, made.place,
+            "\"" + mesh.file + "\" names \"" + refused + "\", which lies outside of its folder: it is not looked at.");
+    if (model.shapes.empty())
+        model.shapes.emplace_back(); // what is missing has been said
+    return model;
+}
+
+// Turning a set that the mesh lacks turns the one that units read instead: the first.
+static shape_data turned(const shape_data& shape, uint32_t sets)
+{
+    shape_data made = shape;
+    uint32_t really = 0;
+    for (uint32_t set = 0; set < made.coordinates.size(); ++set)
+        if ((sets & 1u << set) != 0)
+            really |= made.coordinates[set].empty() ? 1u : 1u << set;
+    turn_coordinates(made, really);
+    return made;
+}
+
+const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& made, uint32_t turned_sets)
+{
+    const use_of_thing use = {&made, nullptr, turned_sets};
+    if (const auto known = l.made.find(use); known != l.made.end())
+        return known->second;
+    const mesh_thing& mesh = *as<mesh_thing>(&made);
+    const imported_model& model = model_of(l, made);
+    std::string wish = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file)) + (turned_sets != 0 ? "-turned" : "");
+    if (l.show.keep_order)
+        wish = mesh.name.empty() ? mesh.file : mesh.name;
+    std::vector<authored_record*> list;
+    for (const shape_data& shape : model.shapes) {
+        const bool as_it_is = turned_sets == 0 && !model.mesh_bytes.empty();
+        const auto content = as_it_is ? model.mesh_bytes : shape_bytes(turned_sets != 0 ? turned(shape, turned_sets) : shape);
+        list.push_back(mesh_record_of(l, content, wish, made));
+    }
+    return l.made[use] = list;
+}
+
+// ---- effects ----------------------------------------------------------------------------
+
+authored_record* lower_effect(lowering& l, const thing& made)
+{
+    const use_of_thing use = {&made, nullptr, 0};
+    if (const auto known = l.made.find(use); known != l.made.end())
+        return known->second.front();
+    const effect_thing& effect = *as<effect_thing>(&made);
+    element node = {"effect"};
+    add_attribute(node, "name", value_of(effect.name));
+    add_attribute(node, "type", value_of_int(effect.type));
+    for (const moving_number& param : effect.params)
+        add_text(node, "p", value_of(function_of(l, param, made.place)));
+    authored_record* record = add_authored(document_of(l), section_mesh_effects, std::move(node), made.place);
+    record->name = made.name;
+    l.made[use] = {record};
+    return record;
+}
+
+// ---- fonts ------------------------------------------------------------------------------
+
+static element glyph_element(const authored_record* mesh, const authored_record* material, uint32_t bitmap,
+    double offset, double width)
+{
+    element glyph = {"glyph"};
+    add_attribute(glyph, "model", value_of(mesh));
+    add_attribute(glyph, "material", value_of(material));
+    add_attribute(glyph, "bitmap", value_of_int(bitmap));
+    add_attribute(glyph, "offset", value_of(offset));
+    add_attribute(glyph, "width", value_of(width));
+    return glyph;
+}
+
+static void add_own_glyphs(lowering& l, element& node, const font_thing& font, const thing* material, bool flat)
+{
+    for (const glyph_thing& glyph : font.glyphs) {
+        const thing* with = material != nullptr ? material : glyph.material;
+        node.children.push_back(glyph_element(
+            glyph.mesh != nullptr ? lower_mesh(l, *glyph.mesh, 0).front() : nullptr,
+            with != nullptr ? lower_material(l, *with, flat) : nullptr, glyph.bitmap, glyph.offset, glyph.width));
+    }
+}
+
+// The letters of a file, made once for all materials.
+static const imported_font& letters_of(lowering& l, const thing& made)
+{
+    if (const auto known = l.fonts.find(&made); known != l.fonts.end())
+        return known->second;
+    const font_thing& font = *as<font_thing>(&made);
+    imported_font& letters = l.fonts[&made];
+    letters = {};
+    std::vector<bool> wanted(glyph_count, font.all_letters);
+    for (const uint32_t glyph : l.letters[&made])
+        wanted[glyph] = true;
+    wanted[glyph_count - 1] = true; // the space
+    const std::string path = find_file(l, font.file, made.place);
+    std::string problem;
+    if (!path.empty() && !import_font(path, font.options, wanted, letters, problem))
+        add_problem(l.built.problems, problem_error, made.place, problem);
+    std::string lacking;
+    for (const std::string& letter : letters.lacking)
+        lacking += (lacking.empty() ? "\"" : ", \"") + letter + "\"";
+    if (!lacking.empty())
+        add_problem(l.built.problems, problem_warning, made.place,
+            "\"" + font.file + "\" has no " + lacking + ": blanks stand there.");
+    return letters;
+}
+
+static void add_letters(lowering& l, element& node, const thing& made, const thing* material, bool flat)
+{
+    const imported_font& letters = letters_of(l, made);
+    const authored_record* with = material != nullptr ? lower_material(l, *material, flat) : nullptr;
+    const double wide = flat ? flat_width : 1;
+    for (uint32_t index = 0; index < glyph_count; ++index) {
+        const imported_glyph& glyph = letters.glyphs[index];
+        const authored_record* mesh = nullptr;
+        if (shape_vertex_count(glyph.shape) != 0)
+            mesh = mesh_record_of(l, shape_bytes(glyph.shape),
+                stem_of(as<font_thing>(&made)->file).substr(0, 16) + "-" + std::to_string(index + 1), made);
+        node.children.push_back(
+            glyph_element(mesh, mesh != nullptr ? with : nullptr, 0, glyph.offset * wide, glyph.width * wide));
+    }
+}
+
+authored_record* lower_font(lowering& l, const thing& made, const thing* material, bool flat)
+{
+    const use_of_thing use = {&made, material, flat ? 1u : 0u};
+    if (const auto known = l.made.find(use); known != l.made.end())
+        return known->second.front();
+    const font_thing& font = *as<font_thing>(&made);
+    if (material == nullptr)
+        material = font.material;
+    element node = {"font"};
+    if (font.file.empty())
+        add_own_glyphs(l, node, font, material, flat);
+    else
+        add_letters(l, node, made, material, flat);
+    authored_record* record = new_record(l, section_fonts, std::move(node), made.place, made.name);
+    l.made[use] = {record};
+    return record;
+}

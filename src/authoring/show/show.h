@@ -1,0 +1,58 @@
+// A show while its source runs, and what comes of it.
+#pragma once
+
+#include "authoring/problem.h"
+#include "authoring/show/authored.h"
+#include "authoring/show/things.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+constexpr uint32_t authored_document_count = 2; // the show, the loading screen
+
+// What a source has said so far.
+struct show_description {
+    std::string folder; // of the source, ends in "/"; empty: the working directory
+    std::string title;
+    std::string music;  // a file of the folder; empty: none
+    source_place music_place;
+    double bpm = 0; // 0: not said
+    double beats_per_bar = 4;
+    bool keep_order = false;
+    std::vector<std::unique_ptr<thing>> things;                     // in the order in which they were made
+    std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
+};
+
+// An entry of the pack that is to come.
+struct pack_entry {
+    std::string name;
+    std::vector<uint8_t> bytes; // as they stand in the pack
+    std::string file;           // that it comes from; empty: none
+};
+
+// What a build took and made.
+struct built_show {
+    std::unique_ptr<authored_document> documents[authored_document_count]; // null: there is none
+    std::vector<pack_entry> entries;                                       // documents first
+    std::vector<std::string> files_taken; // below the folder: sources, assets, the music
+    std::string music;                    // path of the music's file; empty: none
+    double music_seconds = 0;             // 0: none, or none that plays
+    problem_list problems;
+};
+
+// Adds a thing to the show.
+thing* add_thing(show_description& show, thing_value value, const source_place& place, uint32_t document);
+
+void add_problem(problem_list& problems, problem_severity severity, const source_place& place, const std::string& text);
+bool has_errors(const problem_list& problems);
+
+// Makes documents and entries of a description. Problems that it finds are added; with errors among them the
+// entries are not to be used.
+void lower_show(show_description& show, built_show& built);
+
+// The bytes of a pack of these entries.
+std::vector<uint8_t> pack_bytes(const std::vector<pack_entry>& entries);
