@@ -1,0 +1,95 @@
+#include "authoring/lua/source.h"
+
+#include "authoring/check/findings.h"
+#include "authoring/lua/sandbox.h"
+#include "authoring/lua/words.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+bool find_source(const std::string& path, std::string& folder, std::string& file)
+{
+    namespace fs = std::filesystem;
+    std::error_code fault;
+    const bool is_folder = fs::is_directory(path, fault);
+    const fs::path source = is_folder ? fs::path(path) / "show.lua" : fs::path(path);
+    if (!fs::is_regular_file(source, fault))
+        return false;
+    file = source.filename().string();
+    folder = source.parent_path().string();
+    if (folder.empty())
+        folder = ".";
+    return true;
+}
+
+static void order_problems(problem_list& problems, const std::vector<std::string>& files)
+{
+    const auto rank = [&files](const show_problem& problem) {
+        return std::find(files.begin(), files.end(), problem.file) - files.begin();
+    };
+    std::stable_sort(problems.begin(), problems.end(), [&rank](const show_problem& a, const show_problem& b) {
+        return rank(a) != rank(b) ? rank(a) < rank(b) : a.line < b.line;
+    });
+    const auto equal = [](const show_problem& a, const show_problem& b) {
+        return a.file == b.file && a.line == b.line && a.where == b.where && a.text == b.text;
+    };
+    problems.erase(std::unique(problems.begin(), problems.end(), equal), problems.end());
+}
+
+// ---- the documents looked over ----------------------------------------------------------------
+
+static bool source_line(const void* context, const document_finding& finding, std::string& file, uint32_t& line)
+{
+    const auto& built = *static_cast<const built_show*>(context);
+    for (const auto& document : built.documents) {
+        if (document == nullptr || document->entry != finding.document)
+            continue;
+        const bool has_part = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
+        const source_place place = place_in_document(*document, static_cast<document_section>(finding.section),
+            finding.record, has_part ? finding.parts[0].number : 0);
+        file = place.file;
+        line = place.line;
+        return line != 0;
+    }
+    return false;
+}
+
+static void check_built(built_show& built)
+{
+    std::vector<uint8_t> bytes = pack_bytes(built.entries);
+    FILE* pack = fmemopen(bytes.data(), bytes.size(), "rb");
+    if (pack == nullptr)
+        return;
+    const bool has_music = !built.music.empty();
+    const finding_list findings
+        = check_documents(pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds});
+    std::fclose(pack);
+    const problem_list problems = findings_as_problems(findings, source_line, &built);
+    built.problems.insert(built.problems.end(), problems.begin(), problems.end());
+}
+
+void build_source(const build_request& request, built_show& built)
+{
+    show_description show;
+    show.folder = request.folder;
+    word_state state = {&show};
+    sandbox_options options;
+    options.folder = request.folder;
+    options.user = &state;
+    const owned_sandbox box = sandbox_open(options);
+    if (box == nullptr) {
+        built.problems.push_back({problem_error, request.file, 0, "", "there is not enough memory."});
+        return;
+    }
+    const bool ran = sandbox_run_function(*box, add_words) && sandbox_run_library(*box, "words")
+        && sandbox_run_file(*box, request.file);
+    built.problems = sandbox_problems(*box);
+    built.files_taken = sandbox_files(*box);
+    const std::vector<std::string> sources = built.files_taken;
+    if (ran && !has_errors(built.problems))
+        lower_show(show, built);
+    if (!built.entries.empty() && !has_errors(built.problems))
+        check_built(built);
+    order_problems(built.problems, sources);
+}

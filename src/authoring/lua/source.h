@@ -1,0 +1,20 @@
+// A show's source becomes a pack: the whole way, in memory.
+#pragma once
+
+#include "authoring/show/show.h"
+
+#include <string>
+
+struct build_request {
+    std::string folder;                       // of the show
+    std::string file;                         // of it: "show.lua"
+    void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
+    void* user = nullptr;
+};
+
+// Runs the source and makes the documents and entries of what it describes. What is wrong is in `built.problems`,
+// in the order of the source's files and lines; with an error among them there is nothing to be played.
+void build_source(const build_request& request, built_show& built);
+
+// The source that a path means: a folder's show.lua, or the file itself. False: neither is there.
+bool find_source(const std::string& path, std::string& folder, std::string& file);

@@ -1,0 +1,511 @@
+// Words for scenes and the timeline: placing things, multiplying them, clips and tracks, the loading screen.
+#include "authoring/lua/word_list.h"
+
+#include "authoring/lua/sandbox.h"
+#include "authoring/show/raw.h"
+#include "content/pack.h"
+
+#include <lua.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+// ---- manipulators -----------------------------------------------------------------------
+
+static const thing* model_at(lua_State* L, int index, const std::string& what)
+{
+    const thing* made = thing_at(L, index);
+    if (as<mesh_thing>(made) != nullptr || as<effect_thing>(made) != nullptr)
+        return made;
+    report_error(L, what + " is " + what_is(L, index) + ", and wants a mesh or an effect.");
+    return nullptr;
+}
+
+// xyz_multiplier { x_number = 3, ... } and the others of the catalogue.
+static int word_manipulator(lua_State* L)
+{
+    manipulator_thing made;
+    made.type = static_cast<uint32_t>(lua_tointeger(L, lua_upvalueindex(1)));
+    const std::string word = parameter_field(manipulator_choices.name(made.type));
+    auto rows = manipulator_fields(made.type);
+    const size_t count = rows.size();
+    const bool places = manipulators[made.type].places_model != 0;
+    if (places)
+        rows.push_back({"model", false});
+    field_reader r = read_fields(L, 1, word.c_str(), kind_steps, rows);
+    for (size_t index = 0; index < count; ++index) {
+        const bool is_scale = rows[index].name.starts_with("scale") && !rows[index].name.ends_with("step");
+        made.params.push_back(moving_field(r, rows[index].name.c_str(), is_scale ? 1 : 0));
+    }
+    if (places && take(r, "model")) {
+        made.model = model_at(L, lua_gettop(L), label(r, "model"));
+        done(r);
+    }
+    push_thing(L, std::move(made));
+    return 1;
+}
+
+static void add_steps(field_reader& r, manipulator_thing& made)
+{
+    for (const moving_point& point : {point_field(r, "step", 0), point_field(r, "turn", 0), scale_field(r, "grow", 0)})
+        made.params.insert(made.params.end(), point.begin(), point.end());
+}
+
+static int word_row(lua_State* L)
+{
+    manipulator_thing made;
+    made.type = manipulator_x_multiplier;
+    made.params = {moving_at(L, 1, "row: how many", 1)};
+    field_reader r = read_fields(L, 2, "row", kind_steps);
+    add_steps(r, made);
+    push_thing(L, std::move(made));
+    return 1;
+}
+
+static int word_grid(lua_State* L)
+{
+    manipulator_thing made;
+    made.type = manipulator_xyz_multiplier;
+    const moving_point numbers = point_at(L, 1, "grid: how many", 1);
+    made.params = {numbers.begin(), numbers.end()};
+    field_reader r = read_fields(L, 2, "grid", kind_steps);
+    add_steps(r, made);
+    push_thing(L, std::move(made));
+    return 1;
+}
+
+static int word_on_vertices(lua_State* L)
+{
+    manipulator_thing made;
+    made.type = manipulator_model_placer;
+    made.model = model_at(L, 1, "on_vertices");
+    field_reader r = read_fields(L, 2, "on_vertices", kind_on_vertices);
+    for (const moving_point& point : {point_field(r, "at", 0), point_field(r, "rotation", 0), scale_field(r, "scale", 1)})
+        made.params.insert(made.params.end(), point.begin(), point.end());
+    push_thing(L, std::move(made));
+    return 1;
+}
+
+// ---- placing ----------------------------------------------------------------------------
+
+static const thing* visible_field(field_reader& r)
+{
+    if (!take(r, "visible"))
+        return nullptr;
+    const int at = lua_gettop(r.L);
+    const thing* made = thing_at(r.L, at);
+    if (as<curve_thing>(made) == nullptr && lua_type(r.L, at) == LUA_TBOOLEAN)
+        made = lua_toboolean(r.L, at) != 0 ? nullptr : push_thing(r.L, curve_thing{constant_curve(0, 1)});
+    else if (as<curve_thing>(made) == nullptr) {
+        report_error(r.L, label(r, "visible") + " is " + what_is(r.L, at) + ", and wants a curve: it is drawn while that is not 0.");
+        made = nullptr;
+    }
+    lua_settop(r.L, at);
+    done(r);
+    return made;
+}
+
+static void read_placed(lua_State* L, int table, placed_thing& placed)
+{
+    field_reader r = read_fields(L, table, "object", kind_placed);
+    if (take(r, "material")) {
+        placed.material = material_at(L, lua_gettop(L), label(r, "material"));
+        done(r);
+    }
+    if (has_field(r, "at"))
+        placed.at = point_field(r, "at", 0);
+    if (has_field(r, "rotation"))
+        placed.rotation = point_field(r, "rotation", 0);
+    if (has_field(r, "scale"))
+        placed.scale = scale_field(r, "scale", 1);
+    if (has_field(r, "visible"))
+        placed.visible = visible_field(r);
+    placed.time_offset = time_field(r, "time_offset", placed.time_offset);
+    placed.facing = flag_field(r, "facing", placed.facing);
+    if (!take(r, "manipulators"))
+        return;
+    placed.manipulators.clear();
+    const auto add = [&](int at) {
+        const thing* made = thing_at(L, at);
+        if (as<manipulator_thing>(made) == nullptr)
+            report_error(L, label(r, "manipulators") + " has " + what_is(L, at) + " in it, and wants row, grid, on_vertices, rippler ...");
+        else
+            placed.manipulators.push_back(made);
+    };
+    if (lua_type(L, -1) == LUA_TTABLE)
+        each_entry(L, lua_gettop(L), add);
+    else
+        add(lua_gettop(L));
+    if (placed.manipulators.size() > max_manipulators)
+        report_error(L, "object: " + std::to_string(placed.manipulators.size()) + " manipulators, and an object takes 7.");
+    done(r);
+}
+
+static void check_text(lua_State* L, const std::string& text)
+{
+    const std::string fault = attribute_fault(text);
+    if (!fault.empty())
+        report_error(L, "the text \"" + text + "\" " + fault + ".");
+    if (text.size() > scene_text_size)
+        report_error(L, "the text \"" + text + "\" has " + std::to_string(text.size())
+                + " bytes, and 32 are drawn: make two of it.");
+}
+
+void place(lua_State* L, const thing& made)
+{
+    placed_thing placed;
+    placed.what = &made;
+    if (as<font_thing>(&made) != nullptr) {
+        placed.kind = object_text;
+        placed.text = text_at(L, 2, "a text");
+        check_text(L, placed.text);
+    } else {
+        const reference_thing* reference = as<reference_thing>(&made);
+        const bool moves = as<effect_thing>(&made) != nullptr || (reference != nullptr && reference->type == 1);
+        placed.kind = moves ? object_genmesh : object_model;
+        read_placed(L, 2, placed);
+    }
+    push_thing(L, std::move(placed));
+}
+
+void configure_placed(lua_State* L, const thing& made)
+{
+    made.used = true;
+    placed_thing placed = *as<placed_thing>(&made);
+    read_placed(L, 2, placed);
+    push_thing(L, std::move(placed));
+}
+
+// ---- scenes -----------------------------------------------------------------------------
+
+static void add_to_scene(lua_State* L, scene_thing& scene, int index)
+{
+    const thing* made = thing_at(L, index);
+    if (as<placed_thing>(made) != nullptr) {
+        scene.placed.push_back(made);
+        made->used = true;
+        return;
+    }
+    const bool can_be_placed = as<mesh_thing>(made) != nullptr || as<effect_thing>(made) != nullptr;
+    report_error(L, "a scene is given " + what_is(L, index) + ", and wants placed objects"
+            + (can_be_placed ? ": write { material = ... } behind it." : ", like ball { material = red }."));
+}
+
+static int word_scene(lua_State* L)
+{
+    const std::string name = lua_isnoneornil(L, 1) ? "" : text_at(L, 1, "scene: its name");
+    if (lua_isnoneornil(L, 1))
+        report_error(L, "scene lacks a name: write scene \"walk\" { ... }.");
+    const std::string fault = attribute_fault(name);
+    if (!fault.empty())
+        report_error(L, "scene \"" + name + "\" " + fault + ".");
+    thing* made = push_thing(L, scene_thing{});
+    made->name = name;
+    if (lua_type(L, 2) == LUA_TTABLE)
+        each_entry(L, 2, [&](int at) { add_to_scene(L, std::get<scene_thing>(made->value), at); });
+    return 1;
+}
+
+static int method_add(lua_State* L)
+{
+    thing* made = thing_at(L, 1);
+    if (as<scene_thing>(made) == nullptr)
+        raise_error(L, "add belongs to a scene: write walk:add(object).");
+    const int count = lua_gettop(L);
+    for (int index = 2; index <= count; ++index) {
+        if (lua_type(L, index) == LUA_TTABLE)
+            each_entry(L, index, [&](int at) { add_to_scene(L, std::get<scene_thing>(made->value), at); });
+        else
+            add_to_scene(L, std::get<scene_thing>(made->value), index);
+    }
+    lua_settop(L, 1);
+    return 1;
+}
+
+bool push_scene_method(lua_State* L, const thing& made, const std::string& name)
+{
+    if (as<scene_thing>(&made) == nullptr || name != "add")
+        return false;
+    lua_pushcfunction(L, guarded<method_add>);
+    return true;
+}
+
+std::vector<std::string> scene_methods()
+{
+    return {"add"};
+}
+
+// ---- clips ------------------------------------------------------------------------------
+
+static const thing* target_field(field_reader& r)
+{
+    if (!take(r, "into"))
+        return nullptr;
+    const thing* made = thing_at(r.L, lua_gettop(r.L));
+    const image_thing* image = as<image_thing>(made);
+    if (image == nullptr) {
+        report_error(r.L, label(r, "into") + " is " + what_is(r.L, lua_gettop(r.L)) + ", and wants a target { }.");
+        made = nullptr;
+    }
+    done(r);
+    return made;
+}
+
+static std::optional<double> whole_time(field_reader& r, const char* name)
+{
+    if (!has_field(r, name))
+        return {};
+    const double ticks = time_field(r, name, 0);
+    if (ticks < 0)
+        report_error(r.L, label(r, name) + " lies " + number_text(-ticks) + " ticks before the show begins.");
+    return std::round(std::max(0.0, ticks));
+}
+
+// What a clip and a track have in common.
+static void read_common(field_reader& r, clip_thing& clip)
+{
+    clip.from = whole_time(r, "from");
+    clip.to = whole_time(r, "to");
+    if (has_field(r, "flat"))
+        clip.flat = flag_field(r, "flat", false);
+    if (take(r, "camera")) {
+        clip.camera = camera_at(r.L, lua_gettop(r.L), label(r, "camera"));
+        done(r);
+    }
+}
+
+static const thing* value_field(field_reader& r, const char* name)
+{
+    if (!take(r, name))
+        return nullptr;
+    const thing* made = value_at(r.L, lua_gettop(r.L), label(r, name));
+    done(r);
+    return made;
+}
+
+static clip_thing read_clip(lua_State* L, int table, const thing* scene)
+{
+    field_reader r = read_fields(L, table, "clip", kind_clip);
+    clip_thing clip;
+    clip.scene = scene;
+    read_common(r, clip);
+    clip.into = target_field(r);
+    
+    clip.mode = choice_field(r, "mode", mode_choices, clip.into != nullptr ? render_to_texture : render_simple);
+    const bool has_target = clip.mode < render_mode_count && render_modes[clip.mode].uses_target != 0;
+    if (clip.into != nullptr && !has_target)
+        report_error(L, "clip: into is a target, and the mode \"" + std::string(mode_choices.name(clip.mode))
+                + "\" draws elsewhere: leave one of them out.");
+    if (clip.into == nullptr && has_target && !state_of(L).show->keep_order)
+        report_error(L, "clip: the mode \"" + std::string(mode_choices.name(clip.mode))
+                + "\" draws into a target: write into = target { }.");
+    clip.clear = value_field(r, "clear");
+    clip.next_clear = value_field(r, "next_clear");
+    clip.time_offset = time_field(r, "time_offset", 0);
+    return clip;
+}
+
+// A clip has names, a filling has none.
+static bool has_names(lua_State* L, int table)
+{
+    lua_pushnil(L);
+    while (lua_next(L, table) != 0) {
+        lua_pop(L, 1);
+        if (lua_type(L, -1) == LUA_TSTRING) {
+            lua_pop(L, 1);
+            return true;
+        }
+    }
+    return false;
+}
+
+void call_scene(lua_State* L, thing& made)
+{
+    if (lua_type(L, 2) != LUA_TTABLE)
+        raise_error(L, "a scene is given " + what_is(L, 2) + ", and wants { objects } or { from =, to = }.");
+    if (has_names(L, 2)) {
+        if (lua_rawlen(L, 2) > 0)
+            report_error(L, "scene \"" + made.name + "\": objects and fields in one table: objects are filled in first, a clip is made afterwards.");
+        push_thing(L, read_clip(L, 2, &made));
+        return;
+    }
+    each_entry(L, 2, [&](int at) { add_to_scene(L, std::get<scene_thing>(made.value), at); });
+    lua_pushvalue(L, 1);
+}
+
+static int word_pause(lua_State* L)
+{
+    push_thing(L, read_clip(L, 1, nullptr));
+    return 1;
+}
+
+static void check_clip_times(lua_State* L, const thing& made, const clip_thing& clip)
+{
+    const std::string name = clip.scene != nullptr ? "the clip of \"" + clip.scene->name + "\"" : "the pause";
+    const auto say = [&](const std::string& text) { report(L, problem_error, made.place, name + " " + text + "."); };
+    if (!clip.from || !clip.to)
+        say(std::string("lacks \"") + (clip.from ? "to" : "from") + "\": write " + (clip.from ? "to = \"4s\"" : "from = \"0s\"")
+            + " in it, or in its track");
+    else if (*clip.to <= *clip.from && !state_of(L).show->keep_order)
+        say("ends at tick " + number_text(*clip.to) + ", and begins at " + number_text(*clip.from));
+}
+
+// The clip as it is on a track: what it does not say comes from there.
+static const thing* clip_on_track(lua_State* L, const thing& made, const clip_thing& common)
+{
+    clip_thing clip = *as<clip_thing>(&made);
+    clip.from = clip.from ? clip.from : common.from;
+    clip.to = clip.to ? clip.to : common.to;
+    clip.camera = clip.camera ? clip.camera : common.camera;
+    clip.flat = clip.flat ? clip.flat : common.flat;
+    check_clip_times(L, made, clip);
+    made.used = true;
+    thing* placed = add_thing(*state_of(L).show, std::move(clip), made.place, state_of(L).document);
+    placed->used = true;
+    return placed;
+}
+
+static int word_track(lua_State* L)
+{
+    if (lua_type(L, 1) != LUA_TTABLE)
+        raise_error(L, "track is given " + what_is(L, 1) + ", and wants clips: track { walk { from = \"0s\", to = \"4s\" } }.");
+    word_state& s = state_of(L);
+    field_reader r = read_fields(L, 1, "track", kind_track, {}, true);
+    clip_thing common;
+    read_common(r, common);
+    std::vector<const thing*> clips;
+    each_entry(L, 1, [&](int at) {
+        const thing* made = thing_at(L, at);
+        if (as<clip_thing>(made) != nullptr) {
+            clips.push_back(clip_on_track(L, *made, common));
+        } else if (as<scene_thing>(made) != nullptr) {
+            clip_thing bare;
+            bare.scene = made;
+            clips.push_back(clip_on_track(L, *add_thing(*s.show, bare, current_place(L), s.document), common));
+        } else {
+            report_error(L, "a track is given " + what_is(L, at) + ", and wants clips: write walk { from = \"0s\", to = \"4s\" }.");
+        }
+    });
+    s.show->tracks[s.document].push_back(std::move(clips));
+    return 0;
+}
+
+// ---- documents --------------------------------------------------------------------------
+
+static int word_loading(lua_State* L)
+{
+    if (lua_type(L, 1) != LUA_TFUNCTION)
+        raise_error(L, "loading is given " + what_is(L, 1) + ", and wants a function: loading(function() ... end).");
+    word_state& s = state_of(L);
+    if (s.document != 0)
+        raise_error(L, "loading stands inside loading.");
+    s.document = 1;
+    lua_settop(L, 1);
+    lua_call(L, 0, 0);
+    s.document = 0;
+    return 0;
+}
+
+static int word_show(lua_State* L)
+{
+    field_reader r = read_fields(L, 1, "show", kind_show);
+    show_description& show = *state_of(L).show;
+    if (!show.things.empty())
+        report_error(L, "show comes first, in front of everything that is made: the length of a beat counts from there on.");
+    if (has_field(r, "title"))
+        show.title = text_field(r, "title");
+    const std::string fault = attribute_fault(show.title);
+    if (!fault.empty())
+        report_error(L, label(r, "title") + " " + fault + ".");
+    if (has_field(r, "music")) {
+        show.music = text_field(r, "music");
+        show.music_place = current_place(L);
+    }
+    show.bpm = number_field(r, "bpm", show.bpm);
+    if (show.bpm < 0)
+        report_error(L, "show: bpm is below 0.");
+    show.beats_per_bar = number_field(r, "beats_per_bar", show.beats_per_bar);
+    if (has_field(r, "seed"))
+        set_random_seed(L, static_cast<uint64_t>(std::max(0.0, number_field(r, "seed", 1))));
+    show.keep_order = flag_field(r, "keep_order", show.keep_order);
+    return 0;
+}
+
+// ---- what the document says, word for word ------------------------------------------------
+
+static int word_reference(lua_State* L)
+{
+    reference_thing reference;
+    if (lua_type(L, 1) == LUA_TNUMBER) {
+        reference.type = static_cast<int32_t>(number_at(L, 1, "reference: its kind", 0));
+        reference.id = static_cast<int64_t>(number_at(L, 2, "reference: its number", 0));
+        push_thing(L, std::move(reference));
+        return 1;
+    }
+    reference.what = thing_at(L, 1);
+    if (as<mesh_thing>(reference.what) != nullptr || as<effect_thing>(reference.what) != nullptr)
+        reference.type = as<mesh_thing>(reference.what) != nullptr ? object_model : object_genmesh;
+    else
+        reference.what = texture_at(L, 1, "reference"), reference.type = -1;
+    push_thing(L, std::move(reference));
+    return 1;
+}
+
+static int make_entry(lua_State* L, const char* word, bool is_document)
+{
+    entry_thing entry;
+    entry.file = text_at(L, 1, word);
+    field_reader r = read_fields(L, 2, word, kind_entry);
+    entry.name = text_field(r, "name");
+    entry.is_document = is_document;
+    if (entry.name.size() >= pack_name_size)
+        report_error(L, std::string(word) + ": the name \"" + entry.name + "\" is longer than 31 bytes.");
+    push_thing(L, std::move(entry))->used = true;
+    return 1;
+}
+
+// entry "file": a file of the pack that no other word brings.
+static int word_entry(lua_State* L)
+{
+    return make_entry(L, "entry", false);
+}
+
+// document "demo.xml": the text of a whole document, as it stands; no word adds to it.
+static int word_document(lua_State* L)
+{
+    return make_entry(L, "document", true);
+}
+
+static int word_raw(lua_State* L)
+{
+    const std::string name = text_at(L, 1, "raw: the section's name");
+    const std::string text = text_at(L, 2, "raw: the element");
+    raw_thing raw;
+    std::string fault = raw_element(name, text, raw.section, raw.content);
+    if (!fault.empty())
+        report_error(L, "raw: " + fault);
+    else
+        push_thing(L, std::move(raw));
+    return fault.empty() ? 1 : 0;
+}
+
+void define_scene_words(lua_State* L)
+{
+    for (uint32_t type = 0; type < manipulator_choices.count; ++type) {
+        lua_pushinteger(L, type);
+        lua_pushcclosure(L, guarded<word_manipulator>, 1);
+        define_value(L, parameter_field(manipulator_choices.name(type)).c_str());
+    }
+    define_word(L, "row", guarded<word_row>);
+    define_word(L, "grid", guarded<word_grid>);
+    define_word(L, "on_vertices", guarded<word_on_vertices>);
+    define_word(L, "scene", guarded<word_scene>);
+    define_word(L, "pause", guarded<word_pause>);
+    define_word(L, "track", guarded<word_track>);
+    define_word(L, "loading", guarded<word_loading>);
+    define_word(L, "show", guarded<word_show>);
+    define_word(L, "reference", guarded<word_reference>);
+    define_word(L, "raw", guarded<word_raw>);
+    define_word(L, "entry", guarded<word_entry>);
+    define_word(L, "document", guarded<word_document>);
+}
