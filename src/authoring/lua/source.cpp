@@ -69,6 +69,13 @@ static void check_built(built_show& built)
     built.problems.insert(built.problems.end(), problems.begin(), problems.end());
 }
 
+static void pass_line(void* user, const char* line)
+{
+    const word_state& state = *static_cast<const word_state*>(user);
+    if (state.print != nullptr)
+        state.print(state.print_user, line);
+}
+
 void build_source(const build_request& request, built_show& built)
 {
     show_description show;
@@ -77,6 +84,9 @@ void build_source(const build_request& request, built_show& built)
     sandbox_options options;
     options.folder = request.folder;
     options.user = &state;
+    options.print = pass_line;
+    state.print = request.print;
+    state.print_user = request.user;
     const owned_sandbox box = sandbox_open(options);
     if (box == nullptr) {
         built.problems.push_back({problem_error, request.file, 0, "", "there is not enough memory."});
