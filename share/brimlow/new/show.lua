@@ -24,8 +24,9 @@ for i = 1, 12 do
     })
 end
 
+-- A flat scene is one wide and one high, whatever the shape of the screen: letters of 16:9 are drawn narrower.
 local hello = scene "hello" {
-    letters "Hello!" { material = ink, at = {0.3, 0.45, 0} },
+    letters "Hello!" { material = ink, at = {0.38, 0.45, 0}, scale = {9 / 16, 1, 1} },
 }
 
 -- The eye goes around them while it looks at the middle.
