@@ -10,8 +10,10 @@ _brimlow_make()
     read -ra given <<<"${line%"$value"}"
     command=${given[1]-}
     case $command in
-    '' | help) arguments=(word) words='new list extract add create remove wrap unwrap help' names='--help --version' ;;
+    '' | help) arguments=(word) words='new build check list extract add create remove wrap unwrap help' names='--help --version' ;;
     new) names='--help' values='' arguments=(/ nothing nothing) ;;
+    build) names='--output --json --help' values='-o --output' arguments=(.lua nothing nothing) ;;
+    check) names='--json --help' values='' arguments=('[dl][pu][ka]' nothing nothing) ;;
     list) names='--json --help' values='' arguments=(dpk nothing nothing) ;;
     extract) names='--force --prefix --help' values='--prefix' arguments=(dpk / entry) ;;
     add) names='--directory --help' values='-C --directory' arguments=(dpk '' '') ;;
@@ -37,6 +39,7 @@ _brimlow_make()
     offer=${arguments[0]-nothing}
     if [ -n "$option" ]; then
         case "$command $option" in
+        'build -o' | 'build --output') offer=dpk ;;
         'extract --prefix') offer=nothing ;;
         'add -C' | 'add --directory') offer=/ ;;
         'create -C' | 'create --directory') offer=/ ;;

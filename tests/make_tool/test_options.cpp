@@ -103,6 +103,20 @@ TEST_CASE("Each -C holds for the files behind it")
     CHECK(options.sources[2].name == "c/d");
 }
 
+TEST_CASE("Who builds or checks without saying what means the working directory")
+{
+    CHECK(accepted({"build"}).input == ".");
+    CHECK(accepted({"check"}).input == ".");
+    CHECK(accepted({"build", "my show"}).input == "my show");
+    CHECK(accepted({"build", "-o", "out/x.dpk"}).output == "out/x.dpk");
+    CHECK(accepted({"build"}).output.empty());
+    CHECK(refused({"build", "--output="}) == "--output takes the name of a pack, not \"\"");
+    CHECK(refused({"build", "-o", "--json"}) == "-o takes the name of a pack, and --json is an option");
+    CHECK(refused({"build", ""}) == "a name of a file is empty");
+    CHECK(refused({"show.lua"}) == "unknown command show.lua (did you mean build show.lua?)");
+    CHECK(refused({"biuld"}) == "unknown command biuld (did you mean build?)");
+}
+
 TEST_CASE("Options may stand between arguments, and two dashes end them")
 {
     const make_options options = accepted({"extract", "a.dpk", "-f", "out", "--prefix", "-f", "--", "--force"});

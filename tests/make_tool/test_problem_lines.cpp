@@ -36,14 +36,14 @@ TEST_CASE("On a terminal the place is bold and the severity has a color")
         == "\x1b[1ma.lua:1:\x1b[0m \x1b[1;35mwarning:\x1b[0m x.");
 }
 
-TEST_CASE("Problems go by file and line, those of one line as they were found, and are counted at the end")
+TEST_CASE("Problems go by file and line, those of one line as they were found, and are counted")
 {
     const problem_list problems = {problem(problem_error, "show.lua", 9, "one."),
         problem(problem_warning, "night.lua", 20, "two."), problem(problem_note, "show.lua", 9, "a third."),
         problem(problem_error, "show.lua", 2, "four."), problem(problem_warning, "night.lua", 3, "five.")};
     CHECK(problem_lines(problems, "", false)
-        == "night.lua:3: warning: five.\nnight.lua:20: warning: two.\nshow.lua:2: error: four.\n"
-           "show.lua:9: error: one.\nshow.lua:9: note: a third.\n2 errors, 2 warnings, 1 note\n");
+        == "show.lua:2: error: four.\nshow.lua:9: error: one.\nshow.lua:9: note: a third.\n"
+           "night.lua:3: warning: five.\nnight.lua:20: warning: two.\n2 errors, 2 warnings, 1 note\n");
     CHECK(problem_lines({}, "", false) == "");
     CHECK(problem_counts({}) == "no problems");
     CHECK(problem_counts({problems[0]}) == "1 error");
@@ -55,9 +55,9 @@ TEST_CASE("As JSON a problem has what is known of it")
     const problem_list problems = {problem(problem_warning, "show.lua", 9, "a \"name\"."),
         {problem_error, "demo.xmlz", 0, "section 2 (textures)", "b\xff."}};
     const std::string expected
-        = "{\"problems\":[{\"severity\":\"error\",\"file\":\"d/demo.xmlz\",\"where\":\"section 2 (textures)\","
-          "\"text\":\"b\xef\xbf\xbd.\"},{\"severity\":\"warning\",\"file\":\"d/show.lua\",\"line\":9,"
-          "\"text\":\"a \\\"name\\\".\"}],\"errors\":1,\"warnings\":1,\"notes\":0}\n";
+        = "{\"problems\":[{\"severity\":\"warning\",\"file\":\"d/show.lua\",\"line\":9,\"text\":\"a \\\"name\\\".\"},"
+          "{\"severity\":\"error\",\"file\":\"d/demo.xmlz\",\"where\":\"section 2 (textures)\","
+          "\"text\":\"b\xef\xbf\xbd.\"}],\"errors\":1,\"warnings\":1,\"notes\":0}\n";
     CHECK(json_line(problems_as_json(problems, "d/")) == expected);
 }
 

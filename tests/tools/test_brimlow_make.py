@@ -26,7 +26,7 @@ from packs import in_envelope, pack_bytes  # noqa: E402
 PROGRAM = ""
 MAN_PAGE = ""
 COMPLETION = ""
-COMMANDS = ("new", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
+COMMANDS = ("new", "build", "check", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
 NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
 A_PIPE = "it is a pipe or a device and no file"
 
@@ -111,6 +111,10 @@ class CommandLineTest(MakeTest):
         misuse(["frob"], "unknown command frob")
         misuse(["fr\x1bob"], "unknown command fr\\x1Bob")
         misuse(["exrtact", "x.dpk"], "unknown command exrtact (did you mean extract?)")
+        misuse(["biuld"], "unknown command biuld (did you mean build?)")
+        misuse(["build", "a", "b"], "build takes one show: its folder, or its source", "build ")
+        misuse(["build", "-o"], "-o takes the name of a pack", "build ")
+        misuse(["check", "-o", "a"], "check has no option -o", "check ")
         misuse(["new"], "new takes the folder of the show that is to be made", "new ")
         misuse(["new", ""], "a name of a file is empty", "new ")
         misuse(["new", "--forec", "a"], "unknown option --forec", "new ")
@@ -166,14 +170,16 @@ class CompletionTest(MakeTest):
         os.makedirs(self.path("out"))
         self.put("a.dpk", pack_bytes([("one", b"1"), ("two words", b"22"), ("other", b"")]))
         self.put("sky.png", b"")
-        packs, files = ["a.dpk", "out"], ["a.dpk", "out", "sky.png"]
+        self.put("show.lua", b"")
+        packs, files = ["a.dpk", "out"], ["a.dpk", "out", "show.lua", "sky.png"]
         for line, found in (("list ", packs), ("list --json ", packs), ("list a.dpk ", []), ("extract ", packs),
                             ("extract a.dpk ", ["out"]), ("extract -f a.dpk out o", ["one", "other"]),
                             ("extract a.dpk --prefix x ", ["out"]), ("extract a.dpk --prefix ", []),
                             ("remove a.dpk ", ["one", "other", "two words"]), ("remove a.dpk one t", ["two words"]),
-                            ("remove none.dpk ", []), ("add a.dpk ", files), ("add a.dpk x y s", ["sky.png"]),
+                            ("remove none.dpk ", []), ("add a.dpk ", files), ("add a.dpk x y sk", ["sky.png"]),
                             ("add a.dpk -C ", ["out"]), ("add -C out a", ["a.dpk"]), ("add --directory=o", ["out"]),
-                            ("new ", ["out"]), ("wrap ", files)):
+                            ("new ", ["out"]), ("wrap ", files), ("build ", ["out", "show.lua"]),
+                            ("build -o ", packs), ("check ", ["a.dpk", "out", "show.lua"])):
             with self.subTest(line=line):
                 self.assertEqual(self.offered("brimlow-make " + line), found)
 
@@ -202,6 +208,162 @@ class NewTest(MakeTest):
         for folder in ("file", "file/below"):
             self.check(["new", folder], 1, errors="Error: cannot make the folder %s: Not a directory.\n" % folder)
         self.assertEqual(self.get("file"), b"precious")
+
+
+SHOW = """show { title = "Small", bpm = 120 }
+local stone = material { color = "#4080ff" }
+local block = shape { positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, triangles = {{1, 2, 3}} }
+local all = scene "all" { block { material = stone } }
+track { all { from = "0s", to = "4s", camera = camera { at = {0, 0, 5}, look_at = {0, 0, 0} } } }
+"""
+TUNE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "player", "tone.ogg")
+
+
+class ShowTest(MakeTest):
+    def setUp(self):
+        super().setUp()
+        self.put("a/show.lua", SHOW.encode())
+
+    def put_line(self, name, line, text):
+        """The source with another line in place of one of its own."""
+        lines = SHOW.splitlines()
+        lines[line - 1] = text
+        self.put(name, "\n".join(lines).encode())
+
+    def entries(self, pack):
+        status, output, errors = self.make("list", "--json", pack)
+        self.assertEqual((status, errors), (0, ""))
+        return [entry["name"] for entry in json.loads(output)["entries"]]
+
+
+class BuildTest(ShowTest):
+    def test_the_pack_lies_beside_the_source(self):
+        size = "Wrote %s: 2 entries, [0-9]+ bytes.\n"
+        for arguments, below, pack in ((["a"], ".", "a/demo.dpk"), (["a/show.lua"], ".", "a/demo.dpk"),
+                                       ([], "a", "demo.dpk"), (["show.lua"], "a", "demo.dpk"),
+                                       ([self.path("a")], ".", self.path("a/demo.dpk"))):
+            with self.subTest(arguments=arguments):
+                run = subprocess.run([PROGRAM, "build", *arguments], cwd=self.path(below), stdout=subprocess.PIPE,
+                                     stderr=subprocess.PIPE, timeout=60)
+                self.assertEqual((run.returncode, run.stderr), (0, b""))
+                self.assertRegex(run.stdout.decode(), "^" + size % re.escape(pack) + "$")
+                self.assertEqual(self.entries("a/demo.dpk")[0], "demo.xmlz")
+                self.assertEqual(self.names("a"), ["demo.dpk", "show.lua"])
+                os.remove(self.path("a/demo.dpk"))
+
+    def test_a_new_show_builds_and_nothing_is_wrong_with_it(self):
+        self.assertEqual(self.make("new", "b")[0], 0)
+        status, output, errors = self.make("build", "b")
+        self.assertEqual((status, errors), (0, ""))
+        self.assertTrue(output.startswith("Wrote b/demo.dpk: "), output)
+        self.check(["check", "b"], 0, "no problems\n")
+        self.check(["check", "b/demo.dpk"], 0, "no problems\n")
+
+    def test_elsewhere_the_music_comes_along(self):
+        for name in ("tune.ogg", "music/tune.ogg"):
+            self.put_line("a/show.lua", 1, 'show { title = "Small", music = "%s" }' % name)
+            shutil.rmtree(self.path("out"), ignore_errors=True)
+            os.makedirs(os.path.dirname(self.path("a/" + name)), exist_ok=True)
+            shutil.copy(TUNE, self.path("a/" + name))
+            os.mkdir(self.path("out"))
+            status, output, errors = self.make("build", "a", "-o", "out/x.dpk")
+            self.assertEqual((status, errors), (0, ""))
+            self.assertRegex(output, "^Wrote out/x.dpk: 2 entries, [0-9]+ bytes, and the music beside it, out/%s.\n$" % name)
+            self.assertEqual(self.get("out/" + name), self.get("a/" + name))
+            # beside the source it is there already
+            self.assertNotIn("music", self.make("build", "a")[1])
+
+    def test_the_same_source_makes_the_same_bytes(self):
+        self.put("b/show.lua", SHOW.encode())
+        self.assertEqual(self.make("build", "a")[0], 0)
+        german = dict(os.environ, LC_ALL="de_DE.UTF-8", TZ="Asia/Tokyo")
+        self.assertEqual(self.make("build", "b", env=german)[0], 0)
+        self.assertEqual(self.get("a/demo.dpk"), self.get("b/demo.dpk"))
+
+    def test_with_an_error_nothing_is_written(self):
+        self.put("a/demo.dpk", pack_bytes([("old", b"1")]))
+        self.put_line("a/show.lua", 4, 'local all = scen "all" { block { material = stone } }')
+        for arguments, place in ((["a"], "a/show.lua"), (["a/show.lua"], "a/show.lua")):
+            status, output, errors = self.make("build", *arguments)
+            self.assertEqual((status, output), (1, ""))
+            self.assertRegex(errors, r'^%s:4: error: .*"scene".*\n1 error\n$' % place)
+        self.assertEqual(self.entries("a/demo.dpk"), ["old"])
+        status, output, errors = self.make("build", "--json", "a")
+        told = json.loads(output)
+        self.assertEqual((status, errors, told["errors"], "pack" in told), (1, "", 1, False))
+        self.assertEqual((told["problems"][0]["file"], told["problems"][0]["line"]), ("a/show.lua", 4))
+
+    def test_json_tells_what_was_written(self):
+        self.put_line("a/show.lua", 1, 'show { title = "Small" } print("built \\7 with care")')
+        status, output, errors = self.make("build", "--json", "a")
+        self.assertEqual((status, errors), (0, "built \\x07 with care\n"))
+        told = json.loads(output)
+        self.assertEqual(told, {"problems": [], "errors": 0, "warnings": 0, "notes": 0, "pack": "a/demo.dpk",
+                                "entries": 2, "bytes": len(self.get("a/demo.dpk"))})
+        self.assertTrue(self.make("build", "a")[1].startswith("built \\x07 with care\nWrote "))
+
+    def test_what_is_no_pack_is_never_replaced(self):
+        self.check(["build", "a", "-o", "a/show.lua"], 1,
+                   errors="Error: a/show.lua exists and is no pack: it is left as it is.\n")
+        self.assertEqual(self.get("a/show.lua"), SHOW.encode())
+        self.check(["build", "a", "-o", "none/x.dpk"], 1,
+                   errors="Error: cannot write none/x.dpk: No such file or directory.\n")
+        self.assertEqual(self.make("build", "a", "-o", "x.pack")[2],
+                         'Warning: the player finds packs whose names end in "dpk", and x.pack does not.\n')
+
+    def test_what_is_no_source_is_told(self):
+        os.mkdir(self.path("empty"))
+        missing = 'Error: there is no show.lua in the folder %s: "brimlow-make new" makes a show to begin with.\n'
+        for command in ("build", "check"):
+            self.check([command, "empty"], 1, errors=missing % "empty")
+            self.check([command], 1, errors=missing % ".")
+            self.check([command, "none.lua"], 1, errors="Error: cannot open none.lua: No such file or directory.\n")
+        self.check(["build", "none"], 1, errors="Error: cannot open none: No such file or directory.\n")
+
+
+class CheckTest(ShowTest):
+    def test_a_source_is_checked_and_nothing_is_written(self):
+        self.check(["check", "a"], 0, "no problems\n")
+        self.check(["check", "a/show.lua"], 0, "no problems\n")
+        self.check(["check", "--json", "a"], 0, '{"problems":[],"errors":0,"warnings":0,"notes":0}\n')
+        self.put_line("a/show.lua", 4, "frob()")
+        status, output, errors = self.make("check", "a")
+        self.assertEqual((status, errors), (1, ""))
+        self.assertRegex(output, r"^a/show.lua:4: error: .*\n(.*\n)*[1-9] errors?.*\n$")
+        self.assertEqual(self.names("a"), ["show.lua"])
+
+    def test_what_the_documents_tell_has_lines_of_the_source(self):
+        self.put_line("a/show.lua", 1, 'show { title = "Small", music = "none.ogg" }')
+        status, output, errors = self.make("check", "--json", "a")
+        self.assertEqual(errors, "")
+        self.assertGreater(len(json.loads(output)["problems"]), 0)
+
+    def test_of_a_pack_the_place_is_a_record(self):
+        self.put("x.dpk", pack_bytes([("demo.xmlz", in_envelope(b"<production><a/></production>")), ("odd", b"1")]))
+        status, output, errors = self.make("check", "x.dpk")
+        self.assertEqual((status, errors), (1, ""))
+        self.assertRegex(output, r"^demo\.xmlz: (.*: )?error: ")
+        self.assertRegex(output.splitlines()[-1], r"^[1-9][0-9]* errors?(, .*)?$")
+        self.put("note.txt", b"no pack at all")
+        self.check(["check", "note.txt"], 1, errors='Error: note.txt is neither a pack nor a source (a folder, or a file '
+                                                    'that ends in ".lua").\n')
+
+    def test_colors_are_for_terminals_that_want_them(self):
+        self.put_line("a/show.lua", 4, "frob()")
+
+        def told(**environment):
+            controller, terminal = os.openpty()
+            env = {name: value for name, value in os.environ.items() if name != "NO_COLOR"}
+            run = subprocess.run([PROGRAM, "check", "a"], cwd=self.folder, stdout=terminal, timeout=60,
+                                 env={**env, "TERM": "xterm", **environment})
+            os.close(terminal)
+            with os.fdopen(controller, "rb") as screen:
+                self.assertEqual(run.returncode, 1)
+                return screen.read1()
+        self.assertIn(b"\x1b[1ma/show.lua:4:\x1b[0m \x1b[1;31merror:\x1b[0m ", told())
+        self.assertIn(b"a/show.lua:4: error: ", told(NO_COLOR="1"))
+        self.assertIn(b"\x1b[1m", told(NO_COLOR=""))
+        self.assertIn(b"a/show.lua:4: error: ", told(TERM="dumb"))
 
 
 class OutputTest(MakeTest):

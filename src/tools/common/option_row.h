@@ -12,6 +12,8 @@ enum value_offer : int32_t {
     offer_file,
     offer_png_file,
     offer_pack,
+    offer_source, // a .lua file
+    offer_show,   // that, or a pack
     offer_folder,
     offer_entry // of the pack that stands before it
 };

@@ -126,6 +126,10 @@ std::string bash_offer(value_offer offers)
         return ".png";
     case offer_pack:
         return "dpk";
+    case offer_source:
+        return ".lua";
+    case offer_show:
+        return "'[dl][pu][ka]'"; // one of the two, near enough
     case offer_folder:
         return "/"; // no file's name ends so
     case offer_entry:

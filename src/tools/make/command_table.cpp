@@ -18,6 +18,55 @@ constexpr command_row command_rows[command_count] = {
         = "Makes the folder _DIR_ with a small show that plays: its source _show.lua_, a model, a\n"
           "picture, a free font, and, for editors, what the words of the language are (_.luarc.json_, _.brimlow_).\n"
           "A folder that holds anything is left as it is."},
+    {.id = command_build,
+        .group = group_shows,
+        .name = "build",
+        .arguments = "[DIR|FILE]",
+        .least = 0,
+        .most = 1,
+        .wants = "build takes one show: its folder, or its source",
+        .other_name = "compile",
+        .offers = {offer_source, offer_nothing, offer_nothing},
+        .summary = "makes the pack of a show",
+        .help = "Makes the pack of the show whose source is FILE, or show.lua in the folder DIR\n"
+                "(here, without either): demo.dpk beside the source, so that the player finds it\n"
+                "and the music there.",
+        .help_below = "What is wrong with the source is told as \"show.lua:12: error: ...\", and with an\n"
+                      "error nothing is written.",
+        .page = "Makes the pack of the show whose source is _FILE_, or _show.lua_ in the folder _DIR_ (in the\n"
+                "working directory without either): _demo.dpk_ beside the source, where the player finds it, and the\n"
+                "music.\n"
+                "The same source and files make the same bytes, on every machine.\n"
+                "What is wrong is told on standard error as \"show.lua:12: error: ...\", and counted; with an error\n"
+                "nothing is written.\n"
+                "Errors, warnings and notes have colors on a terminal, unless the environment has NO_COLOR.\n"
+                "What the source prints goes to standard output.\n"
+                "A pack that exists is replaced, what exists and is no pack is not."},
+    {.id = command_check,
+        .group = group_shows,
+        .name = "check",
+        .arguments = "[SOURCE|PACK]",
+        .least = 0,
+        .most = 1,
+        .wants = "check takes one show: its folder, its source or its pack",
+        .other_name = "lint",
+        .offers = {offer_show, offer_nothing, offer_nothing},
+        .summary = "finds what is wrong with a show, or may be",
+        .help = "Tells all that is wrong with a show, or may be, in one run: what the player\n"
+                "refuses (errors), what it does otherwise than was written (warnings), and what\n"
+                "is allowed and was probably not meant (notes). SOURCE is a folder with a\n"
+                "show.lua (here, without it) or a file that ends in \".lua\"; nothing is written.",
+        .help_below = "Exit status: 0 no errors; 1 errors, or nothing could be checked.",
+        .page
+        = "Tells all that is wrong with a show, or may be, in one run, on standard output: errors, which the\n"
+          "player refuses; warnings, where it does something else than was written; notes, which are allowed and\n"
+          "probably not meant.\n"
+          "_SOURCE_ is a folder with a _show.lua_ (the working directory without it) or a file that ends in\n"
+          "\".lua\"; nothing is written.\n"
+          "Of a source the place is a line, \"show.lua:12: error: ...\", of a pack the record of a document,\n"
+          "\"demo.xmlz: section 11 (materials), record 4: warning: ...\".\n"
+          "The last line counts.\n"
+          "The exit status is 1 where there are errors."},
     {.id = command_list,
         .group = group_packs,
         .name = "list",
@@ -189,6 +238,24 @@ static constexpr option_row help_row(make_command command)
 
 // In the order of the commands.
 static constexpr option_row option_rows_of_make[] = {
+    {.id = make_output,
+        .group = command_build,
+        .letter = 'o',
+        .name = "--output",
+        .value = "PACK",
+        .wants = "takes the name of a pack",
+        .offers = offer_pack,
+        .help = "the pack; the music is copied beside it",
+        .page = "Writes the pack there, and copies the music beside it."},
+    json_row(command_build,
+        "One object: \"problems\" as with `check`, and where a pack was written \"pack\", \"entries\", \"bytes\" and,\n"
+        "where it was copied, \"music\".\n"
+        "What the source prints goes to standard error."),
+    json_row(command_check,
+        "One object: \"problems\" is a list of objects with \"severity\" (\"error\", \"warning\" or \"note\"), "
+        "\"file\",\n"
+        "\"line\" of a source or \"where\" of a document, and \"text\"; \"errors\", \"warnings\" and \"notes\" count "
+        "them."),
     json_row(command_list,
         "One object: \"entries\" is a list of objects with \"name\", \"size\" in bytes, and \"damaged\", which is\n"
         "true or false; what is damaged has no size.\n"

@@ -8,8 +8,12 @@
 
 enum exit_status : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
 
-// Shows: new_show.cpp
+// A new show: new_show.cpp
 exit_status run_new(const make_options& options);
+
+// Shows: shows.cpp
+exit_status run_build(const make_options& options);
+exit_status run_check(const make_options& options);
 
 // Packs: packs.cpp
 exit_status run_list(const make_options& options);
@@ -20,6 +24,13 @@ exit_status run_remove(const make_options& options);
 
 // Envelopes: envelopes.cpp
 exit_status run_envelope(const make_options& options);
+
+// False, with a line, when a new pack at `path` would replace what it should not: what is no pack ever, and a pack
+// without `force`.
+bool may_become_pack(const std::string& path, bool force);
+
+// A line where the player would not find a pack of this name.
+void warn_of_unfound_name(const std::string& path);
 
 // One line, "Error: BEFORE NAME BEHIND", with the name as it may be shown; exit_failed.
 exit_status fail(const char* before, const std::string& name, const std::string& behind);

@@ -38,6 +38,10 @@ static exit_status run_command(const make_options& options)
     switch (options.command) {
     case command_new:
         return run_new(options);
+    case command_build:
+        return run_build(options);
+    case command_check:
+        return run_check(options);
     case command_list:
         return run_list(options);
     case command_extract:

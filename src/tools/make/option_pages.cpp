@@ -26,7 +26,8 @@ constexpr const char help_end[] = R"(
 What it tells goes to standard output, what went wrong to standard error. "--"
 ends the options. Packs and files are replaced as a whole or not at all.
 
-Exit status: 0 done; 1 something could not be done; 2 the command line is wrong.
+Exit status: 0 done; 1 something could not be done, or a show has errors; 2 the
+command line is wrong.
 )";
 
 constexpr const char* group_names[command_group_count] = {"Shows", "Packs"};

@@ -18,6 +18,8 @@ static std::string meant_command(std::string_view name)
     }
     if (name.ends_with("dpk"))
         return "list " + std::string(name);
+    if (name.ends_with(".lua"))
+        return "build " + std::string(name);
     return near_word(name, names);
 }
 
@@ -79,6 +81,10 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
         return false;
     }
     const bool writes = options.command == command_wrap || options.command == command_unwrap;
+    if (plain.empty()) { // those that do without take the working directory
+        options.input = ".";
+        return true;
+    }
     if (plain[0].text.empty() || (writes && plain[1].text.empty())) {
         problem = "a name of a file is empty";
         return false;
@@ -102,6 +108,8 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
         options.output = plain[1].text;
         break;
     case command_new:
+    case command_build:
+    case command_check:
     case command_list:
     case command_count:
         break;
@@ -122,6 +130,9 @@ static void take_option(const written_argument& written, make_options& options, 
         break;
     case make_directory:
         below = written.value;
+        break;
+    case make_output:
+        options.output = written.value;
         break;
     case make_json:
         options.json = true;
@@ -189,6 +200,11 @@ static bool read_rest(std::span<const char* const> arguments, make_options& opti
         problem = argument_problem(written, options.command);
         if (!problem.empty())
             return false;
+        const bool is_empty = written.value != nullptr && written.value[0] == 0;
+        if (written.row != nullptr && written.row->id == make_output && is_empty) {
+            problem = wrong_value(written);
+            return false;
+        }
         if (written.row == nullptr)
             plain.push_back({written.value, below});
         else

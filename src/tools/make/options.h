@@ -20,12 +20,12 @@ struct make_options {
     make_command command = command_count;
     bool help = false; // of the command, or of the program
     bool version = false;
-    bool force = false;               // files that exist are replaced
-    bool json = false;                // told as JSON
-    std::string input;                // the pack; the file that wrap and unwrap read; the folder of a new show
-    std::string output;               // the file that wrap and unwrap write
-    std::string prefix;               // extract: what stands in front of every name: the folder, and --prefix
-    std::vector<std::string> names;   // extract, remove: entries; none: all
+    bool force = false;             // files that exist are replaced
+    bool json = false;              // told as JSON
+    std::string input;              // the pack; the file that wrap and unwrap read; the folder of a new show; a source
+    std::string output;             // what is written: the pack; the file of wrap and unwrap; empty: a default
+    std::string prefix;             // extract: what stands in front of every name: the folder, and --prefix
+    std::vector<std::string> names; // extract, remove: entries; none: all
     std::vector<make_source> sources; // add, create
 };
 

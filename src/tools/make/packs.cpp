@@ -213,7 +213,7 @@ static bool names_are_accepted(const make_options& options)
 }
 
 // The player finds a pack by the end of its name alone.
-static void warn_of_unfound_name(const std::string& path)
+void warn_of_unfound_name(const std::string& path)
 {
     constexpr std::string_view end = "dpk";
     if (path.size() < end.size() || path.compare(path.size() - end.size(), end.size(), end) != 0)
@@ -260,8 +260,7 @@ exit_status run_add(const make_options& options)
     return pack_write_in_place(list.get(), options.input.c_str(), pack.file.get()) ? exit_done : exit_failed;
 }
 
-// False, with a line, when a new pack at `path` would replace what it should not.
-static bool may_become_pack(const std::string& path, bool force)
+bool may_become_pack(const std::string& path, bool force)
 {
     if (!exists(path))
         return true;

@@ -7,8 +7,9 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <tuple>
+#include <map>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -25,10 +26,14 @@ constexpr severity_words severities[severity_count]
 constexpr const char bold[] = "\x1b[1m";
 constexpr const char plain[] = "\x1b[0m";
 
+// By file, the first that is named first, and by line.
 static problem_list in_order(problem_list problems)
 {
-    std::stable_sort(problems.begin(), problems.end(), [](const show_problem& a, const show_problem& b) {
-        return std::tie(a.file, a.line) < std::tie(b.file, b.line);
+    std::map<std::string, size_t> ranks;
+    for (const show_problem& problem : problems)
+        ranks.try_emplace(problem.file, ranks.size());
+    std::stable_sort(problems.begin(), problems.end(), [&ranks](const show_problem& a, const show_problem& b) {
+        return std::pair(ranks[a.file], a.line) < std::pair(ranks[b.file], b.line);
     });
     return problems;
 }

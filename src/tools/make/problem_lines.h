@@ -12,7 +12,8 @@
 // With colors the place is bold and the severity colored, as terminals have it. Control characters are spelled out.
 std::string problem_line(const show_problem& problem, const std::string& folder, bool colored);
 
-// All of them, a line each, by file and line, and a last line that counts them; without problems nothing.
+// All of them, a line each, by file (in the order in which they are named first) and line, and a last line that counts
+// them; without problems nothing.
 std::string problem_lines(const problem_list& problems, const std::string& folder, bool colored);
 
 // "2 errors, 1 warning"; "no problems".

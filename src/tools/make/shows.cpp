@@ -1,0 +1,235 @@
+#include "commands.h"
+#include "problem_lines.h"
+
+#include "authoring/asset/music_check.h"
+#include "authoring/check/findings.h"
+#include "authoring/check/pack_check.h"
+#include "authoring/lua/source.h"
+#include "content/file_bytes.h"
+#include "content/new_file.h"
+#include "content/owners.h"
+#include "content/printable.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
+
+// ---- sources ---------------------------------------------------------------------------
+
+namespace {
+
+struct show_source {
+    std::string folder; // ends in "/"; empty: the working directory
+    std::string file;   // of it
+};
+
+} // namespace
+
+// The source that a path means; false with a line.
+static bool take_source(const std::string& path, show_source& source)
+{
+    std::string folder;
+    std::error_code error;
+    if (find_source(path, folder, source.file)) {
+        source.folder = folder == "." ? "" : folder + "/";
+        return true;
+    }
+    if (std::filesystem::is_directory(path, error))
+        return fail("there is no show.lua in the folder ", path, ": \"brimlow-make new\" makes a show to begin with")
+            == exit_done;
+    const char* problem = nullptr;
+    const owned_file file(open_plain_file(path.c_str(), &problem));
+    return fail("cannot open ", path, std::string(": ") + (problem ? problem : "it is no source")) == exit_done;
+}
+
+// Lines that a source prints. Where JSON goes to standard output they go to the other stream.
+static void print_line(void* user, const char* line)
+{
+    std::fprintf(static_cast<FILE*>(user), "%s\n", printable(line).c_str());
+}
+
+static void build(const show_source& source, bool json, built_show& built)
+{
+    const std::string folder = source.folder.empty() ? "." : source.folder;
+    build_source({folder, source.file, print_line, json ? stderr : stdout}, built);
+}
+
+static void print(FILE* stream, const std::string& text)
+{
+    std::fputs(text.c_str(), stream);
+}
+
+// ---- build -----------------------------------------------------------------------------
+
+// What a player may read: everybody whom the process's mask lets.
+constexpr new_file_rules everyday_file
+    = {.permissions = 0666, .may_replace = true, .signals_wait = true, .safe_on_disk = true};
+
+static bool same_place(const std::string& a, const std::string& b)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(a, b, error) && !error;
+}
+
+// Puts the music beside the pack, where the player looks for it. False with a line. `copied` is its place when it
+// was not there already.
+static bool put_music(const show_source& source, const std::string& music, const std::string& pack, std::string& copied)
+{
+    const std::string from = source.folder + music;
+    const std::string to = pack.substr(0, pack.rfind('/') + 1) + music;
+    if (music.empty() || same_place(from, to))
+        return true;
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    const char* problem = nullptr;
+    if (!read_whole_file(from.c_str(), UINT32_MAX - 1, &bytes, &size, &problem))
+        return fail("cannot open ", from, std::string(": ") + problem) == exit_done;
+    const owned_block<uint8_t> content(bytes);
+    std::error_code error;
+    const std::string folder = to.substr(0, to.rfind('/') + 1);
+    if (!folder.empty())
+        std::filesystem::create_directories(folder, error);
+    problem = new_file_put(to, everyday_file, content.get(), size);
+    copied = to;
+    return problem == nullptr || fail("cannot write ", to, std::string(": ") + problem) == exit_done;
+}
+
+static exit_status write_show(const make_options& options, const show_source& source, const built_show& built,
+    const std::string& pack, nlohmann::ordered_json& told)
+{
+    const std::vector<uint8_t> bytes = pack_bytes(built.entries);
+    const char* problem = new_file_put(pack, everyday_file, bytes.data(), bytes.size());
+    if (problem != nullptr)
+        return fail("cannot write ", pack, std::string(": ") + problem);
+    std::string music;
+    if (!put_music(source, built.music, pack, music))
+        return exit_failed;
+    told["pack"] = pack;
+    told["entries"] = built.entries.size();
+    told["bytes"] = bytes.size();
+    if (!music.empty())
+        told["music"] = music;
+    if (options.json)
+        return exit_done;
+    std::printf("Wrote %s: %zu entries, %zu bytes%s%s.\n", printable(pack).c_str(), built.entries.size(), bytes.size(),
+        music.empty() ? "" : ", and the music beside it, ", printable(music).c_str());
+    return exit_done;
+}
+
+exit_status run_build(const make_options& options)
+{
+    show_source source;
+    if (!take_source(options.input, source))
+        return exit_failed;
+    const std::string pack = options.output.empty() ? source.folder + "demo.dpk" : options.output;
+    if (!may_become_pack(pack, true))
+        return exit_failed;
+    warn_of_unfound_name(pack);
+    built_show built;
+    build(source, options.json, built);
+    nlohmann::ordered_json told = problems_as_json(built.problems, source.folder);
+    if (!options.json)
+        print(stderr, problem_lines(built.problems, source.folder, wants_color(STDERR_FILENO)));
+    const exit_status status
+        = has_errors(built.problems) ? exit_failed : write_show(options, source, built, pack, told);
+    if (options.json)
+        print(stdout, json_line(told));
+    return status;
+}
+
+// ---- check -----------------------------------------------------------------------------
+
+// What is known of the music called `name` beside `folder`, which ends in "/" or is empty.
+static music_facts facts_of_music(const std::string& folder, const std::string& name)
+{
+    music_facts facts = {.looked_for = true, .found = false, .is_vorbis = false, .seconds = 0};
+    for (const std::string& path : {folder + name, folder + "music/" + name}) {
+        std::error_code error;
+        if (name.empty() || facts.found || !std::filesystem::is_regular_file(path, error))
+            continue;
+        facts.found = true;
+        music_file_facts heard;
+        std::string problem;
+        facts.is_vorbis = check_music(path, heard, problem);
+        facts.seconds = facts.is_vorbis ? music_seconds(heard) : 0;
+    }
+    return facts;
+}
+
+// A document's record in the source that it was made of.
+static bool find_in_source(const void* context, const document_finding& finding, std::string& file, uint32_t& line)
+{
+    for (const auto& document : static_cast<const built_show*>(context)->documents) {
+        if (document == nullptr || document->entry != finding.document)
+            continue;
+        const uint32_t part = finding.parts.empty() ? 0 : finding.parts.front().number;
+        const source_place place
+            = place_in_document(*document, static_cast<document_section>(finding.section), finding.record, part);
+        file = place.file.empty() ? file : place.file;
+        line = place.file.empty() ? line : place.line;
+        return !place.file.empty();
+    }
+    return false;
+}
+
+static problem_list check_built(const show_source& source, const built_show& built)
+{
+    const std::vector<uint8_t> bytes = pack_bytes(built.entries);
+    const owned_file pack(std::tmpfile());
+    if (!pack || std::fwrite(bytes.data(), 1, bytes.size(), pack.get()) != bytes.size() || std::fflush(pack.get()) != 0)
+        return {{problem_error, "", 0, "",
+            std::string("the show cannot be looked over: no temporary file, ") + std::strerror(errno) + "."}};
+    const finding_list findings = check_documents(pack.get(), facts_of_music(source.folder, built.music));
+    return findings_as_problems(findings, find_in_source, &built);
+}
+
+static bool is_source(const std::string& path)
+{
+    std::error_code error;
+    return path.ends_with(".lua") || std::filesystem::is_directory(path, error);
+}
+
+// False with a line: there is nothing to check.
+static bool find_problems(const make_options& options, problem_list& problems, std::string& folder)
+{
+    if (is_source(options.input)) {
+        show_source source;
+        if (!take_source(options.input, source))
+            return false;
+        built_show built;
+        build(source, options.json, built);
+        problems = built.problems;
+        folder = source.folder;
+        if (has_errors(problems))
+            return true;
+        const problem_list more = check_built(source, built);
+        problems.insert(problems.end(), more.begin(), more.end());
+        return true;
+    }
+    const char* reason = nullptr;
+    const owned_file pack(open_plain_file(options.input.c_str(), &reason));
+    if (!pack)
+        return fail("cannot open ", options.input, std::string(": ") + reason) == exit_done;
+    if (!looks_like_a_pack(pack.get()))
+        return fail("", options.input, " is neither a pack nor a source (a folder, or a file that ends in \".lua\")")
+            == exit_done;
+    const std::string beside = options.input.substr(0, options.input.rfind('/') + 1);
+    problems = findings_as_problems(check_documents(pack.get(), facts_of_music(beside, music_file_of(pack.get()))));
+    return true;
+}
+
+exit_status run_check(const make_options& options)
+{
+    problem_list problems;
+    std::string folder;
+    if (!find_problems(options, problems, folder))
+        return exit_failed;
+    if (options.json)
+        print(stdout, json_line(problems_as_json(problems, folder)));
+    else if (problems.empty())
+        print(stdout, problem_counts(problems) + "\n");
+    else
+        print(stdout, problem_lines(problems, folder, wants_color(STDOUT_FILENO)));
+    return has_errors(problems) ? exit_failed : exit_done;
+}
