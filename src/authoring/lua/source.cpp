@@ -99,6 +99,8 @@ void build_source(const build_request& request, built_show& built)
     const std::vector<std::string> sources = built.files_taken;
     if (ran && !has_errors(built.problems))
         lower_show(show, built);
+    else
+        look_at_files(show, built);
     if (!built.entries.empty() && !has_errors(built.problems))
         check_built(built);
     order_problems(built.problems, sources);

@@ -8,6 +8,7 @@
 #include "model/glyphs.h"
 
 #include <algorithm>
+#include <filesystem>
 
 thing* add_thing(show_description& show, thing_value value, const source_place& place, uint32_t document)
 {
@@ -132,12 +133,17 @@ static void take_music(lowering& l)
 {
     if (l.show.music.empty())
         return;
+    std::error_code fault;
+    if (!std::filesystem::exists(std::filesystem::path(l.show.folder) / l.show.music, fault))
+        return add_problem(l.built.problems, problem_warning, l.show.music_place,
+            "there is no music \"" + l.show.music + "\" beside the source" + near_file(l.show.folder + "/" + l.show.music)
+                + (near_file(l.show.folder + "/" + l.show.music).empty() ? ": the show plays without." : ""));
     const std::string path = find_file(l, l.show.music, l.show.music_place);
-    l.built.music = path;
     music_file_facts facts = {};
     std::string problem;
     if (path.empty())
         return;
+    l.built.music = l.show.music;
     if (!check_music(path, facts, problem)) {
         add_problem(l.built.problems, problem_error, l.show.music_place, "\"" + l.show.music + "\" " + problem + ".");
         return;
@@ -181,6 +187,26 @@ void lower_show(show_description& show, built_show& built)
     take_music(l);
     take_entries(l);
     built.entries.insert(built.entries.begin(), documents.begin(), documents.end());
+}
+
+void look_at_files(show_description& show, built_show& built)
+{
+    lowering l = {show, built};
+    built.documents[0] = std::make_unique<authored_document>();
+    const size_t count = show.things.size();
+    for (size_t index = 0; index < count; ++index) {
+        const thing& made = *show.things[index];
+        const font_thing* font = as<font_thing>(&made);
+        if (as<image_thing>(&made) != nullptr || as<cube_map_thing>(&made) != nullptr)
+            lower_texture(l, made);
+        else if (as<mesh_thing>(&made) != nullptr && !as<mesh_thing>(&made)->file.empty())
+            lower_mesh(l, made, 0);
+        else if (font != nullptr && !font->file.empty())
+            lower_font(l, made, nullptr, false);
+    }
+    take_music(l);
+    built.documents[0].reset();
+    built.entries.clear();
 }
 
 // ---- packs ------------------------------------------------------------------------------

@@ -39,7 +39,7 @@ struct built_show {
     std::unique_ptr<authored_document> documents[authored_document_count]; // null: there is none
     std::vector<pack_entry> entries;                                       // documents first
     std::vector<std::string> files_taken; // below the folder: sources, assets, the music
-    std::string music;                    // path of the music's file; empty: none
+    std::string music;                    // the music's file, below the folder; empty: none
     double music_seconds = 0;             // 0: none, or none that plays
     problem_list problems;
 };
@@ -53,6 +53,9 @@ bool has_errors(const problem_list& problems);
 // Makes documents and entries of a description. Problems that it finds are added; with errors among them the
 // entries are not to be used.
 void lower_show(show_description& show, built_show& built);
+
+// Looks only at the files that a description names: for sources that have errors of their own.
+void look_at_files(show_description& show, built_show& built);
 
 // The bytes of a pack of these entries.
 std::vector<uint8_t> pack_bytes(const std::vector<pack_entry>& entries);
