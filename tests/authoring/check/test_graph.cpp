@@ -258,6 +258,8 @@ TEST_CASE("The text alone has grey places for pictures")
 
 // ---- the program -------------------------------------------------------------------------------
 
+namespace {
+
 // Another list of folders for programs, until the end of the test.
 struct changed_path {
     std::string before = std::getenv("PATH");
@@ -272,6 +274,8 @@ struct changed_path {
     changed_path(const changed_path&) = delete;
     changed_path& operator=(const changed_path&) = delete;
 };
+
+} // namespace
 
 TEST_CASE("A graph is drawn with all its pictures")
 {
