@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 std::string time_text(double seconds)
 {
@@ -13,6 +12,14 @@ std::string time_text(double seconds)
     const std::string below = std::to_string(100 + hundredths % 100).substr(1);
     const std::string whole = std::to_string(100 + hundredths / 100 % 60).substr(1);
     return (seconds < 0 && hundredths > 0 ? "-" : "") + std::to_string(hundredths / 6000) + ":" + whole + "." + below;
+}
+
+std::string grouped_text(uint64_t number)
+{
+    std::string text = std::to_string(number);
+    for (size_t at = text.size(); at > 3; at -= 3)
+        text.insert(at - 3, ",");
+    return text;
 }
 
 std::string escaped_text(std::string_view text)

@@ -45,15 +45,6 @@ struct sound_kind {
 
 } // namespace
 
-// 25600 as "25,600".
-static std::string grouped(uint64_t number)
-{
-    std::string text = std::to_string(number);
-    for (size_t at = text.size(); at > 3; at -= 3)
-        text.insert(at - 3, ",");
-    return text;
-}
-
 // ---- what kind of file --------------------------------------------------------------------
 
 constexpr sound_kind sound_kinds[] = {
@@ -138,7 +129,7 @@ static void add_notes(music_file_facts& facts)
 {
     const double seconds = music_seconds(facts);
     if (facts.samples_per_second != player_rate)
-        facts.notes.push_back("has " + grouped(facts.samples_per_second)
+        facts.notes.push_back("has " + grouped_text(facts.samples_per_second)
             + " samples a second and the player plays 44,100: it sounds "
             + (facts.samples_per_second > player_rate ? "slower and deeper" : "faster and higher") + ", and lasts "
             + time_text(seconds) + " instead of "

@@ -48,15 +48,6 @@ static const char* alpha_word(alpha_use alpha)
 
 // ---- lines -----------------------------------------------------------------------------------
 
-// 25600 as "25,600".
-static std::string grouped(uint64_t number)
-{
-    std::string text = std::to_string(number);
-    for (size_t at = text.size(); at > 3; at -= 3)
-        text.insert(at - 3, ",");
-    return text;
-}
-
 static std::string number_text(float value)
 {
     char text[32];
@@ -65,7 +56,7 @@ static std::string number_text(float value)
 
 static std::string counted(uint64_t count, const char* one, const char* many)
 {
-    return grouped(count) + " " + (count == 1 ? one : many);
+    return grouped_text(count) + " " + (count == 1 ? one : many);
 }
 
 static std::string point_text(const std::array<float, 3>& point)
@@ -78,13 +69,13 @@ static std::string document_lines(const inspected_document_facts& facts)
     std::string text;
     if (!facts.title.empty())
         text += "  title: " + printable(facts.title) + "\n";
-    text += "  length: " + time_text(static_cast<double>(facts.ticks) / 100) + " (" + grouped(facts.ticks) + " ticks), "
-        + counted(facts.tracks, "track", "tracks") + ", " + counted(facts.clips, "clip", "clips") + "\n";
+    text += "  length: " + time_text(static_cast<double>(facts.ticks) / 100) + " (" + grouped_text(facts.ticks)
+        + " ticks), " + counted(facts.tracks, "track", "tracks") + ", " + counted(facts.clips, "clip", "clips") + "\n";
     if (!facts.music.empty())
         text += "  music: " + printable(facts.music) + "\n";
     for (size_t i = 0; i < facts.sections.size(); ++i) {
         const std::string number = std::to_string(i + 1);
-        const std::string count = grouped(facts.sections[i].records);
+        const std::string count = grouped_text(facts.sections[i].records);
         const std::string name = facts.sections[i].name;
         text += "  " + std::string(2 - std::min<size_t>(number.size(), 2), ' ') + number + "  " + name
             + std::string(20 - std::min<size_t>(name.size(), 20), ' ')
@@ -124,9 +115,9 @@ static std::string music_lines(const inspected_music_facts& facts)
     if (facts.channels == 0)
         return "";
     const auto ticks = static_cast<uint64_t>(facts.seconds * 100);
-    return "  length: " + time_text(facts.seconds) + " (" + grouped(ticks) + " ticks)\n  "
-        + grouped(facts.samples_per_second) + " samples a second, " + counted(facts.channels, "channel", "channels")
-        + "\n";
+    return "  length: " + time_text(facts.seconds) + " (" + grouped_text(ticks) + " ticks)\n  "
+        + grouped_text(facts.samples_per_second) + " samples a second, "
+        + counted(facts.channels, "channel", "channels") + "\n";
 }
 
 // Rows of sixteen bytes, as numbers and as letters.
@@ -174,7 +165,7 @@ std::string inspection_text(const inspection& found)
         text += std::string(found.kind == inspected_music ? "" : "a ") + kind_word(found.kind) + ", ";
     text += counted(found.size, "byte", "bytes");
     if (found.in_envelope)
-        text += ", " + grouped(found.unfolded) + " out of its envelope";
+        text += ", " + grouped_text(found.unfolded) + " out of its envelope";
     text += "\n" + kind_lines(found);
     for (const std::string& problem : found.problems)
         text += "  error: " + printable(problem) + "\n";
