@@ -20,7 +20,7 @@ namespace {
 struct opening {
     const xml_node* sections[no_more_sections] = {};
     std::vector<std::string> names[no_more_sections]; // of the records, by number - 1: "meshes.cube"
-    const raw_records& raw;
+    raw_records raw;
     std::string indent;
     std::string out;
     bool is_sayable = true; // of the record under way
@@ -553,7 +553,8 @@ static std::string open_material(opening& o, const xml_node& node)
     for (const auto& [name, word] : {std::pair{"light1", "light"}, {"light2", "light2"}})
         if (setting_int(m, name) != 0)
             fields.push_back(std::string(word) + " = " + linked(o, section_values, setting_int(m, name)));
-    if (setting_int(m, "fogtype") != 0) {
+    if (setting_int(m, "fogtype") != 0 || setting_int(m, "fogcolor") != 0 || setting_number(o, m, "fogstart") != "0"
+        || setting_number(o, m, "fogend") != "0") {
         std::vector<std::string> fog = {"from = " + setting_number(o, m, "fogstart"), "to = " + setting_number(o, m, "fogend"),
             "quality = " + choice(o, fog_choices, setting_int(m, "fogtype"))};
         if (setting_int(m, "fogcolor") != 0)
@@ -887,6 +888,8 @@ std::string open_document(const xml_node& root, const raw_records& raw, const st
             const xml_node& node = *records[number - 1];
             o.is_sayable = raw.count({section, number}) == 0;
             const std::string words = o.is_sayable ? open_record(o, section, node, number) : "";
+            if (!o.is_sayable)
+                o.raw.insert({section, number});
             const std::string name = section != section_timeline ? o.names[section][number - 1] + " = " : "";
             o.out += indent + name + (o.is_sayable ? words : raw_words(section, node)) + "\n";
         }

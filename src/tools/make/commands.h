@@ -15,6 +15,9 @@ exit_status run_new(const make_options& options);
 exit_status run_build(const make_options& options);
 exit_status run_check(const make_options& options);
 
+// A pack back into source: open.cpp
+exit_status run_open(const make_options& options);
+
 // Packs: packs.cpp
 exit_status run_list(const make_options& options);
 exit_status run_extract(const make_options& options);
