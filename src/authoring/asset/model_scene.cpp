@@ -123,12 +123,12 @@ static matrix matrix_of_normals(const matrix& m, double& determinant)
     return result;
 }
 
-static void place_points(std::vector<float>& list, const matrix& m, double w)
+static void place_points(std::vector<float>& list, const matrix& m)
 {
     for (size_t first = 0; first + 2 < list.size(); first += 3) {
         const double x = list[first], y = list[first + 1], z = list[first + 2];
         for (size_t axis = 0; axis < 3; ++axis)
-            list[first + axis] = static_cast<float>(m[axis][0] * x + m[axis][1] * y + m[axis][2] * z + m[axis][3] * w);
+            list[first + axis] = static_cast<float>(m[axis][0] * x + m[axis][1] * y + m[axis][2] * z + m[axis][3]);
     }
 }
 
@@ -139,8 +139,8 @@ static void place_shape(shape_data& shape, const matrix& space)
         return; // as exact as the file
     double determinant;
     const matrix for_normals = matrix_of_normals(space, determinant);
-    place_points(shape.positions, space, 1);
-    place_points(shape.normals, for_normals, 0);
+    place_points(shape.positions, space);
+    place_points(shape.normals, for_normals); // which moves nothing
     for (size_t first = 0; determinant < 0 && first + 2 < shape.triangles.size(); first += 3)
         std::swap(shape.triangles[first + 1], shape.triangles[first + 2]);
 }
