@@ -218,8 +218,8 @@ static size_t badness_of(std::string_view typed, std::string_view name)
     const bool other_letter = typed[0] != name[0];
     const bool swapped = typed.size() == 2 && name.size() == 2 && typed[0] == name[1] && typed[1] == name[0];
     const bool short_and_other = std::min(typed.size(), name.size()) < 3 && (other_letter || distance >= typed.size());
-    if (distance <= allowed_distance(std::max(typed.size(), name.size())) && (swapped || !short_and_other)) {
-        return 2 * distance + (other_letter ? 1 : 0);
+    if (distance <= allowed_distance(std::min(typed.size(), name.size())) && (swapped || !short_and_other)) {
+        return swapped ? 1 : 2 * distance + (other_letter ? 1 : 0);
     }
     const size_t shorter = std::min(typed.size(), name.size());
     return shorter >= 3 && typed.substr(0, shorter) == name.substr(0, shorter) ? 50 : far_away;
@@ -238,7 +238,7 @@ static const std::string* name_folded_to(std::string_view wanted, std::span<cons
 std::string near_name(std::string_view typed, std::span<const std::string> known)
 {
     const std::string wanted = typed.size() <= longest_name ? folded(typed) : std::string();
-    if (wanted.empty()) {
+    if (wanted.empty() || std::find(known.begin(), known.end(), typed) != known.end()) {
         return {};
     }
     if (const std::string* same = name_folded_to(wanted, known)) {

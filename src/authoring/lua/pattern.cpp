@@ -71,6 +71,9 @@ static bool find_class(unsigned char c, unsigned char lower_letter, bool& is_in)
     case 'x':
         is_in = is_hex_digit(c);
         return true;
+    case 'z': // of older programs
+        is_in = c == 0;
+        return true;
     }
     return false;
 }
@@ -242,7 +245,7 @@ static size_t match_again(pattern_match& m, size_t s, char digit)
     }
     const pattern_capture& c = m.captures[i];
     if (c.length == position_capture) {
-        return fail_pattern(m, "it names a capture of a position");
+        return no_match; // no text is like a position
     }
     for (size_t n = 0; n < c.length / 64 + 1; ++n) {
         count_trial(m);

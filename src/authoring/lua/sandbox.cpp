@@ -17,7 +17,11 @@ static constexpr int hook_interval = 1000;   // instructions between two looks a
 static constexpr int stopped_interval = 100; // of what still runs while a stopped run unwinds
 static constexpr uint64_t bytes_a_step = 64; // memory asked for counts as steps
 static constexpr uint64_t refusals_a_run = 16;
-static constexpr int place_depth = 100; // functions that are looked through for one of the show
+static constexpr int most_values = 40'000;   // of one function: calling what is called by "__call" copies them all
+static constexpr int many_values = 2'000;    // from which on that takes long
+static constexpr int slow_interval = 10;     // instructions between two looks then, and where they take long
+static constexpr double slow_seconds = 0.05; // between two looks
+static constexpr int place_depth = 100;      // functions that are looked through for one of the show
 static constexpr size_t callers_told = 3;
 
 // Addresses that are keys of Lua's registry.
@@ -49,16 +53,20 @@ static void check_limits(lua_State* L, lua_Debug*)
         stop_run(L, s.stopped);
     }
     if (s.refusals > refusals_a_run) {
-        stop_run(L, stop_memory);
+        stop_run(L, s.refused);
     }
     if (s.steps > s.options.step_limit) {
         stop_run(L, stop_steps);
     }
-    if (seconds_computed() - s.begun - s.excused > s.options.time_limit) {
+    const double now = seconds_computed();
+    if (now - s.begun - s.excused > s.options.time_limit) {
         stop_run(L, stop_time);
     }
-    if (lua_gethookcount(L) != hook_interval) {
-        lua_sethook(L, check_limits, LUA_MASKCOUNT, hook_interval);
+    const bool slow = s.wary || now - s.last_look > slow_seconds;
+    const int interval = slow ? slow_interval : hook_interval;
+    s.last_look = now;
+    if (lua_gethookcount(L) != interval) {
+        lua_sethook(L, check_limits, LUA_MASKCOUNT, interval);
     }
 }
 
@@ -116,6 +124,12 @@ static void* resize_block(void* user, void* block, size_t old_size, size_t size)
         return nullptr;
     }
     if (size > held && s.running) {
+        const int values = block == nullptr && old_size == 0 ? lua_gettop(s.L) : 0;
+        const bool holds_values = size >= static_cast<size_t>(values) * sizeof(lua_Number) * 2;
+        if (values > most_values && holds_values) {
+            return refuse_memory(s, stop_values);
+        }
+        s.wary = s.wary || values > many_values;
         if (block == nullptr && old_size == LUA_TSTRING && size > s.options.text_limit) {
             return refuse_memory(s, stop_text);
         }
@@ -123,8 +137,8 @@ static void* resize_block(void* user, void* block, size_t old_size, size_t size)
             return refuse_memory(s, stop_memory);
         }
         s.steps += (size - held) / bytes_a_step;
-        if (s.steps > s.options.step_limit || s.refusals > refusals_a_run) {
-            lua_sethook(s.L, check_limits, LUA_MASKCOUNT, 1); // the next instruction is the last
+        if (s.steps > s.options.step_limit || s.refusals > refusals_a_run || (values > many_values && holds_values)) {
+            lua_sethook(s.L, check_limits, LUA_MASKCOUNT, 1); // at the next instruction
         }
     }
     void* moved = std::realloc(block, size);
@@ -175,6 +189,8 @@ static std::string stop_text_of(const sandbox& s)
             + " of memory: does a table or a text grow here without an end?";
     case stop_text:
         return "a text grew beyond " + size_text(s.options.text_limit) + ".";
+    case stop_values:
+        return "more than " + grouped(most_values) + " values are handed over at once: keep them in a table.";
     }
     return {};
 }
@@ -317,12 +333,34 @@ static void take_locals(lua_State* L, int level, std::vector<std::string>& names
 std::vector<std::string> names_in_sight(lua_State* L)
 {
     std::vector<std::string> names;
-    take_locals(L, 1, names);
+    for (int level = 1; level <= 4; ++level) { // of callers too: a function's own list has only what it uses
+        take_locals(L, level, names);
+    }
     push_globals(L);
     take_keys(L, names);
     push_words(L);
     take_keys(L, names);
     return names;
+}
+
+// Of Lua's words those that a show has not, and why.
+static std::string missing_word_text(const std::string& name)
+{
+    for (const char* reaches_out : {"io", "os", "debug", "package"}) {
+        if (name == reaches_out) {
+            return "a show has no \"" + name
+                + "\": its source reaches nothing but files of its own folder, by require.";
+        }
+    }
+    for (const char* compiles : {"load", "loadstring", "loadfile", "dofile"}) {
+        if (name == compiles) {
+            return "a show has no \"" + name + "\": require \"name\" runs the file name.lua of its folder.";
+        }
+    }
+    if (name == "coroutine" || name == "collectgarbage") {
+        return "a show has no \"" + name + "\".";
+    }
+    return {};
 }
 
 // __index of the words: a name that nobody has given.
@@ -332,6 +370,10 @@ static int read_unknown_global(lua_State* L)
         return 0;
     }
     const std::string name = lua_tostring(L, 2);
+    const std::string missing = missing_word_text(name);
+    if (!missing.empty()) {
+        raise_error(L, missing);
+    }
     raise_error(L, "there is no \"" + name + "\"" + did_you_mean(name, names_in_sight(L)) + ".");
 }
 
@@ -490,6 +532,8 @@ static bool run_protected(sandbox& s, int (*f)(lua_State*), void* argument)
     s.refusals = 0;
     s.excused = 0.0;
     s.begun = seconds_computed();
+    s.last_look = s.begun;
+    s.wary = false;
     s.stopped = stop_none;
     s.refused = stop_none;
     s.being_read.clear();

@@ -34,7 +34,7 @@ struct sandbox_options {
     size_t memory_limit = size_t{256} << 20;                 // bytes
     size_t text_limit = size_t{16} << 20;                    // bytes of one text
     uint64_t step_limit = 500'000'000;                       // instructions, and what words charge
-    double time_limit = 60.0;                                // seconds of computing, excused time aside
+    double time_limit = 20.0;                                // seconds of computing, excused time aside
     uint64_t seed = 1;                                       // of random numbers, until set_random_seed
 };
 

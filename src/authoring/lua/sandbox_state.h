@@ -10,7 +10,8 @@ enum stop_reason : uint8_t {
     stop_steps,  // too many instructions and charges
     stop_time,   // too much computing
     stop_memory, // all blocks together
-    stop_text    // one text
+    stop_text,   // one text
+    stop_values  // handed over at once
 };
 
 struct sandbox {
@@ -18,6 +19,8 @@ struct sandbox {
     lua_State* L = nullptr;
     bool running = false;
     size_t memory = 0;               // bytes that Lua holds
+    double last_look = 0.0;          // at the limits: seconds of computing
+    bool wary = false;               // single instructions may take long: look more often
     uint64_t steps = 0;              // of this run
     uint64_t refusals = 0;           // of memory, in this run: each makes Lua collect all its garbage
     double begun = 0.0;              // seconds of computing before this run

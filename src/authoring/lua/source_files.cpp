@@ -106,6 +106,24 @@ static std::string_view skip_what_is_not_lua(std::string_view text)
     return text;
 }
 
+namespace {
+
+struct source_text {
+    std::string_view text;
+    const char* chunk;
+};
+
+} // namespace
+
+static int compile_text(lua_State* L)
+{
+    const source_text& source = *static_cast<const source_text*>(lua_touserdata(L, 1));
+    if (luaL_loadbufferx(L, source.text.data(), source.text.size(), source.chunk, "t") != LUA_OK) {
+        lua_error(L);
+    }
+    return 1;
+}
+
 void load_source(lua_State* L, const std::string& name, std::string_view text, bool is_library)
 {
     sandbox& s = sandbox_of(L);
@@ -117,11 +135,12 @@ void load_source(lua_State* L, const std::string& name, std::string_view text, b
         raise_told(L);
     }
     const std::string chunk = (is_library ? "=library:" : "@") + name;
-    const int status = luaL_loadbufferx(L, text.data(), text.size(), chunk.c_str(), "t");
-    if (status == LUA_ERRMEM) {
-        lua_error(L);
-    }
+    source_text source = {text, chunk.c_str()};
+    lua_pushcfunction(L, compile_text);
+    lua_pushlightuserdata(L, &source);
+    const int status = lua_pcall(L, 1, 1, 0); // of its own, so that no other handler tells its errors
     if (status != LUA_OK) {
+        keep_stopped(L, status);
         size_t length = 0;
         const char* message = lua_tolstring(L, -1, &length);
         const std::string plain

@@ -7,6 +7,7 @@
 #include <cstring>
 
 static constexpr uint64_t trials_a_step = 2;
+static constexpr size_t longest_pattern_told = 60;
 static constexpr const char* pattern_characters = "^$*+?.([%-";
 
 // ---- patterns --------------------------------------------------------------------------------------------------
@@ -35,12 +36,20 @@ static pattern_match begin_match(lua_State* L, std::string_view subject, std::st
     return m;
 }
 
+[[noreturn]] static void raise_wrong_pattern(lua_State* L, const pattern_match& m, const std::string& why)
+{
+    const bool is_long = m.pattern.size() > longest_pattern_told;
+    raise_error(L,
+        "the pattern \"" + std::string(m.pattern.substr(0, longest_pattern_told)) + (is_long ? "...\"" : "\"")
+            + " is wrong: " + why + ".");
+}
+
 // match_pattern; raises for a pattern that is none.
 static size_t match_or_raise(lua_State* L, pattern_match& m, size_t begin)
 {
     const size_t end = match_pattern(m, begin);
     if (m.fault != nullptr) {
-        raise_error(L, "the pattern \"" + std::string(m.pattern) + "\" is wrong: " + m.fault + ".");
+        raise_wrong_pattern(L, m, m.fault);
     }
     return end;
 }
@@ -56,7 +65,7 @@ static void push_capture(lua_State* L, const pattern_match& m, size_t i, size_t 
     }
     const pattern_capture& c = m.captures[i];
     if (c.length == open_capture) {
-        raise_error(L, "the pattern \"" + std::string(m.pattern) + "\" is wrong: a \")\" is missing.");
+        raise_wrong_pattern(L, m, "a \")\" is missing");
     }
     if (c.length == position_capture) {
         lua_pushinteger(L, static_cast<lua_Integer>(c.begin + 1));

@@ -163,7 +163,7 @@ static std::string attempt_wording(std::string_view rest, std::span<const std::s
     if (take(rest, "get length of ") && take_value(rest, value)) {
         return value_is(value) + ", which has no length (\"#\").";
     }
-    if (take(rest, "perform 'n//0'") || take(rest, "perform 'n%%0'")) {
+    if (rest == "divide by zero" || rest.starts_with("perform 'n")) {
         return "a whole number is divided by 0.";
     }
     std::string_view first;
@@ -185,7 +185,11 @@ static std::string argument_wording(std::string_view rest)
         return {};
     }
     rest.remove_suffix(1);
-    std::string text = "value " + std::string(number) + " of " + std::string(function);
+    const std::string whose = function == "?" ? "given here" : "of " + std::string(function);
+    const std::string text = "value " + std::string(number) + " " + whose;
+    if (rest == "no value" || rest == "value expected") {
+        return text + " is missing.";
+    }
     std::string_view wanted;
     if (take_until(rest, " expected, got ", wanted)) {
         return text + " is " + kind_in_words(rest) + " and should be " + kind_in_words(wanted) + ".";
@@ -193,17 +197,28 @@ static std::string argument_wording(std::string_view rest)
     return text + ": " + std::string(rest) + ".";
 }
 
+// "bad 'for' limit (number expected, got string)"
 static std::string for_wording(std::string_view rest)
 {
-    if (rest == "step is zero") {
-        return "the step of this \"for\" is 0.";
-    }
     std::string_view part;
-    if (take_until(rest, " ", part) && (part == "initial" || part == "limit" || part == "step")) {
-        const std::string which = part == "initial" ? "first value" : part == "limit" ? "last value" : "step";
-        return "the " + which + " of this \"for\" is no number.";
+    std::string_view got;
+    if (!take_until(rest, " (number expected, got ", part) || !take_until(rest, ")", got)) {
+        return {};
     }
-    return {};
+    const std::string which = part == "initial value" ? "first value" : part == "limit" ? "last value" : "step";
+    return "the " + which + " of this \"for\" is " + kind_in_words(got) + " and should be a number.";
+}
+
+// "invalid value (table) at index 2 in table for 'concat'"
+static std::string joined_wording(std::string_view rest)
+{
+    std::string_view kind;
+    std::string_view index;
+    if (!take_until(rest, ") at index ", kind) || !take_until(rest, " in table", index)) {
+        return {};
+    }
+    return "element " + std::string(index) + " is " + kind_in_words(kind)
+        + ", and table.concat joins texts and numbers.";
 }
 
 static std::string known_wording(std::string_view rest, std::span<const std::string> names)
@@ -214,8 +229,14 @@ static std::string known_wording(std::string_view rest, std::span<const std::str
     if (take(rest, "bad argument #")) {
         return argument_wording(rest);
     }
-    if (take(rest, "'for' ")) {
+    if (take(rest, "bad 'for' ")) {
         return for_wording(rest);
+    }
+    if (take(rest, "invalid value (")) {
+        return joined_wording(rest);
+    }
+    if (rest == "'for' step is zero") {
+        return "the step of this \"for\" is 0.";
     }
     if (rest.find("stack overflow") != std::string_view::npos) {
         return "functions call each other too deep: does one call itself without an end?";
@@ -230,11 +251,11 @@ static std::string known_wording(std::string_view rest, std::span<const std::str
     if (rest == "assertion failed!") {
         return "assert was given false or nothing (nil).";
     }
-    if (rest.find("chain too long; possibly a loop") != std::string_view::npos) {
+    if (rest.find("chain too long") != std::string_view::npos) {
         return "metatables lead to each other in a circle.";
     }
-    if (rest == "cannot change a protected metatable") {
-        return "this table's metatable cannot be changed.";
+    if (rest == "too many results to unpack") {
+        return "more values are unpacked than can be handed over at once: keep them in a table.";
     }
     return {};
 }
@@ -280,7 +301,18 @@ static std::string expected_wording(std::string_view rest, std::string_view toke
 static std::string syntax_wording(std::string_view what, std::string_view token)
 {
     if (what == "unexpected symbol") {
-        return token_in_words(token) + " cannot stand here.";
+        const bool closes = token == "'}'" || token == "')'" || token == "']'" || token == "'end'";
+        if (token == "<eof>") {
+            return "the file ends in the middle of a statement: a value or a bracket is missing.";
+        }
+        const bool is_unequal = token == "'!'";
+        return token_in_words(token) + " cannot stand here"
+            + (closes            ? "; is it one too many?"
+                    : is_unequal ? ": \"not equal\" is written \"~=\"."
+                                 : ".");
+    }
+    if (what == "<eof> expected" || what == "'<eof>' expected") {
+        return token_in_words(token) + " cannot stand here; is it one too many?";
     }
     if (what == "syntax error") {
         return "before " + token_in_words(token)
@@ -298,6 +330,7 @@ static std::string syntax_wording(std::string_view what, std::string_view token)
         return token_in_words(token) + " is no number.";
     }
     if (what == "invalid escape sequence") {
+        token = token.size() > 3 ? token.substr(2, token.size() - 3) : token; // less "'", quotation mark and "'"
         return token_in_words(token)
             + " holds a \"\\\" with a letter that means nothing: write \"\\\\\" for one \"\\\".";
     }
@@ -311,8 +344,11 @@ static std::string syntax_wording(std::string_view what, std::string_view token)
         return quoted(name) + " is constant and takes no other value.";
     }
     rest = what;
-    if (take(rest, "no visible label '") && take_until(rest, "' for goto at line ", name)) {
-        return "there is no label " + quoted(name) + " for the goto of line " + std::string(rest) + ".";
+    if (take(rest, "no visible label '") && take_until(rest, "' for <goto>", name)) {
+        return "there is no label " + quoted(name) + " for this goto.";
+    }
+    if (what.starts_with("break outside loop")) {
+        return "this \"break\" stands outside every loop.";
     }
     return expected_wording(what, token);
 }
