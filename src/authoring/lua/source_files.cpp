@@ -35,9 +35,9 @@ struct free_text {
     }
 };
 
-} // namespace
-
 using owned_text = std::unique_ptr<char, free_text>;
+
+} // namespace
 
 // The file without links, when it lies below the folder; else empty.
 static std::string path_below(const std::string& folder, const std::string& name)

@@ -280,7 +280,7 @@ static int rep_word(lua_State* L)
 {
     const std::string_view text = text_at(L, 1);
     const lua_Integer count = luaL_checkinteger(L, 2);
-    const std::string_view between = lua_isnoneornil(L, 3) ? std::string_view() : text_at(L, 3);
+    const std::string_view between = lua_isnoneornil(L, 3) ? std::string_view("") : text_at(L, 3);
     const size_t each = text.size() + between.size();
     if (count <= 0 || each == 0) {
         lua_pushliteral(L, "");
