@@ -193,6 +193,17 @@ TEST_CASE("a source reaches nothing outside")
     }
 }
 
+TEST_CASE("a source gets the steps of its limit and hardly more")
+{
+    sandbox_run run;
+    const owned_sandbox s = sandbox_open(small_limits(run));
+    CHECK(!sandbox_run_text(*s, "show.lua", "while true do end"));
+    CHECK(sandbox_steps(*s) > 3'000'000);
+    CHECK(sandbox_steps(*s) <= 3'001'000);
+    CHECK(sandbox_run_text(*s, "show.lua", "for i = 1, 1000000 do end"));
+    CHECK(sandbox_steps(*s) < 2'000'000); // each run's own
+}
+
 TEST_CASE("a run's line is that of the loop, with the lines that led to it")
 {
     CHECK(outcome_of("local function spin()\n  while true do\n  end\nend\nspin()\n").starts_with("show.lua:"));
