@@ -68,7 +68,7 @@ constexpr size_t max_sandbox_problems = 200;
 // The show's own files that were read, below its folder, in the order of reading: what to watch for changes.
 const std::vector<std::string>& sandbox_files(const sandbox& s);
 
-// Instructions so far, charges among them.
+// Instructions of the last run, charges among them. The limits of steps and time hold for each run.
 uint64_t sandbox_steps(const sandbox& s);
 
 // ---- for words: C functions that run in a sandbox ------------------------------------------------------------
