@@ -46,7 +46,7 @@ curve swelling_wave_curve(
     double middle, double from_swing, double to_swing, double period, double phase, double length);
 
 // An ease by its name: "linear", and "in", "out" or "in out" with quad, cubic, sine, back, elastic or bounce.
-// Empty, or what is wrong, to be put behind the name. Linear, quad and sine are exact, the others lie within 0.002
+// Empty, or what is wrong, to be put behind the name. Linear, quad, sine and bounce are exact, the others within 0.002
 // of the way between `from` and `to`.
 std::string ease_curve(const std::string& name, double from, double to, double length, curve& made);
 std::vector<std::string> ease_names();
