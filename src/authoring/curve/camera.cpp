@@ -5,6 +5,12 @@
 
 constexpr double degrees = 180 / 3.14159265358979323846;
 
+// What is nearer than this has no direction: single precision knows none.
+constexpr double nowhere = 1e-6;
+
+// Angles that differ by less are the same, degrees.
+constexpr double no_turn = 1e-4;
+
 std::array<double, 2> angles_towards(const std::array<double, 3>& direction, double heading)
 {
     const double flat = std::hypot(direction[0], direction[2]);
@@ -38,7 +44,7 @@ static sampled_look sample(
         std::array<double, 3> direction = {};
         for (size_t axis = 0; axis < 3; ++axis)
             direction[axis] = at_tick(target[axis], tick) - at_tick(eye[axis], tick);
-        if (direction == std::array<double, 3>{}) {
+        if (std::hypot(direction[0], direction[1], direction[2]) < nowhere) {
             look.is_lost = true;
             look.angles.push_back(look.angles.empty() ? std::array<double, 2>{} : look.angles.back());
             continue;
@@ -67,8 +73,8 @@ static curve through(const sampled_look& look, size_t angle, const std::vector<u
 }
 
 // The tick between each two points where the curve is furthest off, if that is too far.
-static std::vector<uint32_t> worst_ticks(const sampled_look& look, size_t angle, const curve& made,
-    const std::vector<uint32_t>& ticks)
+static std::vector<uint32_t> worst_ticks(
+    const sampled_look& look, size_t angle, const curve& made, const std::vector<uint32_t>& ticks)
 {
     std::vector<uint32_t> worst;
     for (size_t index = 1; index < ticks.size(); ++index) {
@@ -91,7 +97,7 @@ static turned_number fitted(const sampled_look& look, size_t angle, uint32_t len
 {
     turned_number made;
     made.constant = look.angles.front()[angle];
-    const auto differs = [&](const auto& other) { return std::fabs(other[angle] - made.constant) > 1e-9; };
+    const auto differs = [&](const auto& other) { return std::fabs(other[angle] - made.constant) > no_turn; };
     if (length == 0 || std::none_of(look.angles.begin(), look.angles.end(), differs))
         return made;
     std::vector<uint32_t> ticks = {0, length};
@@ -106,16 +112,41 @@ static turned_number fitted(const sampled_look& look, size_t angle, uint32_t len
     }
 }
 
-std::string look_at(
-    const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, turned_number angles[2])
+// Everything that moves, of an eye and its target.
+static std::vector<const curve*> moving_curves(
+    const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target)
 {
-    uint32_t length = 0;
+    std::vector<const curve*> curves;
     for (const auto* place : {&eye, &target})
         for (const camera_number& number : *place)
             if (number.moving != nullptr)
-                length = std::max(length, std::min(curve_length(*number.moving), 25600u));
+                curves.push_back(number.moving);
+    return curves;
+}
+
+static bool do_loop_alike(const curve& a, const curve& b)
+{
+    return a.loop == b.loop && (a.loop == loop_off || (a.loop_from == b.loop_from && a.loop_to == b.loop_to));
+}
+
+std::string look_at(
+    const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, turned_number angles[2])
+{
+    const std::vector<const curve*> curves = moving_curves(eye, target);
+    uint32_t length = 0;
+    for (const curve* moving : curves) {
+        length = std::max(length, std::min(curve_length(*moving), 25600u));
+        if (!do_loop_alike(*moving, *curves[0]))
+            return "follows curves that loop in different ways, and its angles cannot: give all the same loop, or none";
+    }
     const sampled_look look = sample(eye, target, length);
-    for (size_t angle = 0; angle < 2; ++angle)
+    for (size_t angle = 0; angle < 2; ++angle) {
         angles[angle] = fitted(look, angle, length);
+        if (angles[angle].moving && !curves.empty()) {
+            angles[angle].moving->loop = curves[0]->loop;
+            angles[angle].moving->loop_from = curves[0]->loop_from;
+            angles[angle].moving->loop_to = curves[0]->loop_to;
+        }
+    }
     return look.is_lost ? "has the eye where it looks, and no direction comes of that" : "";
 }

@@ -26,7 +26,8 @@ constexpr double look_at_tolerance = 0.05;
 
 // Fills in angles[0] and angles[1]. What moves is sampled until the direction is within look_at_tolerance of the
 // true one at every tick, or all 16 segments are used. The heading goes on without a jump; straight up and down
-// it stays what it was. Empty, or what is wrong, to be put behind "look_at": the eye stands where it looks.
+// it stays what it was. Where eye and target loop, so do the angles. Empty, or what is wrong, to be put behind
+// "look_at": the eye stands where it looks, or curves loop in different ways.
 std::string look_at(
     const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, turned_number angles[2]);
 
