@@ -21,9 +21,32 @@ std::array<double, 2> angles_towards(const std::array<double, 3>& direction, dou
     return {down, right + 360 * std::round((heading - right) / 360)};
 }
 
-static double at_tick(const camera_number& number, double tick)
+namespace {
+
+// A number at one tick after the other.
+struct asked_number {
+    double constant;
+    bool moves;
+    animation_function function;
+};
+
+} // namespace
+
+static std::array<asked_number, 3> asked_numbers(const std::array<camera_number, 3>& place)
 {
-    return number.moving != nullptr ? curve_at(*number.moving, tick) : number.constant;
+    std::array<asked_number, 3> asked = {};
+    for (size_t axis = 0; axis < 3; ++axis) {
+        asked[axis].constant = place[axis].constant;
+        asked[axis].moves = place[axis].moving != nullptr;
+        if (asked[axis].moves)
+            asked[axis].function = player_function(*place[axis].moving);
+    }
+    return asked;
+}
+
+static double at_tick(asked_number& number, uint32_t tick)
+{
+    return number.moves ? static_cast<double>(evaluate_function(number.function, tick)) : number.constant;
 }
 
 namespace {
@@ -39,11 +62,13 @@ static sampled_look sample(
     const std::array<camera_number, 3>& eye, const std::array<camera_number, 3>& target, uint32_t length)
 {
     sampled_look look;
+    std::array<asked_number, 3> asked_eye = asked_numbers(eye);
+    std::array<asked_number, 3> asked_target = asked_numbers(target);
     double heading = 0;
     for (uint32_t tick = 0; tick <= length; ++tick) {
         std::array<double, 3> direction = {};
         for (size_t axis = 0; axis < 3; ++axis)
-            direction[axis] = at_tick(target[axis], tick) - at_tick(eye[axis], tick);
+            direction[axis] = at_tick(asked_target[axis], tick) - at_tick(asked_eye[axis], tick);
         if (std::hypot(direction[0], direction[1], direction[2]) < nowhere) {
             look.is_lost = true;
             look.angles.push_back(look.angles.empty() ? std::array<double, 2>{} : look.angles.back());
@@ -77,11 +102,12 @@ static std::vector<uint32_t> worst_ticks(
     const sampled_look& look, size_t angle, const curve& made, const std::vector<uint32_t>& ticks)
 {
     std::vector<uint32_t> worst;
+    animation_function function = player_function(made);
     for (size_t index = 1; index < ticks.size(); ++index) {
         double most = look_at_tolerance / 2; // the two angles' errors add up
         uint32_t where = 0;
         for (uint32_t tick = ticks[index - 1] + 1; tick < ticks[index]; ++tick) {
-            const double off = error_at(look, angle, tick, curve_at(made, tick));
+            const double off = error_at(look, angle, tick, static_cast<double>(evaluate_function(function, tick)));
             if (off > most) {
                 most = off;
                 where = tick;
@@ -101,11 +127,12 @@ static turned_number fitted(const sampled_look& look, size_t angle, uint32_t len
     if (length == 0 || std::none_of(look.angles.begin(), look.angles.end(), differs))
         return made;
     std::vector<uint32_t> ticks = {0, length};
-    constexpr size_t most_points = 120; // of 16 segments
+    constexpr size_t most_points = 140; // of 16 segments
     for (;;) {
         made.moving = through(look, angle, ticks, length);
         std::vector<uint32_t> more = worst_ticks(look, angle, *made.moving, ticks);
-        if (more.empty() || ticks.size() + more.size() > most_points)
+        more.resize(std::min(more.size(), most_points - ticks.size()));
+        if (more.empty())
             return made;
         ticks.insert(ticks.end(), more.begin(), more.end());
         std::sort(ticks.begin(), ticks.end());

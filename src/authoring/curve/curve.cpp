@@ -28,7 +28,7 @@ uint32_t curve_length(const curve& c)
     return length;
 }
 
-double curve_at(const curve& c, double tick)
+animation_function player_function(const curve& c)
 {
     animation_function function = {};
     function.cached_time = no_cached_time;
@@ -43,6 +43,12 @@ double curve_at(const curve& c, double tick)
     function.loop_type = static_cast<uint8_t>(c.loop);
     function.loop_begin = static_cast<float>(c.loop_from);
     function.loop_end = static_cast<float>(c.loop_to);
+    return function;
+}
+
+double curve_at(const curve& c, double tick)
+{
+    animation_function function = player_function(c);
     return static_cast<double>(evaluate_function(function, static_cast<uint32_t>(std::clamp(tick, 0.0, 4e9))));
 }
 

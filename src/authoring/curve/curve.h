@@ -35,6 +35,9 @@ uint32_t curve_length(const curve& c);
 // What the player shows at a tick.
 double curve_at(const curve& c, double tick);
 
+// The player's record of a curve, for whoever asks for many ticks. Segments behind the sixteenth are left out.
+animation_function player_function(const curve& c);
+
 // ---- makers -------------------------------------------------------------------------
 //
 // `length` is rounded to whole ticks, and at least 1; values are taken as they are.
