@@ -150,6 +150,8 @@ std::string spline_curve(const std::vector<curve_point>& points, double length, 
 
 // ---- eases ----------------------------------------------------------------------------------
 
+namespace {
+
 // A way from 0 to 1 that slows down; ways that speed up are made of it, turned around.
 struct ease_row {
     const char* name;
@@ -157,6 +159,30 @@ struct ease_row {
     uint32_t steps;          // points of a spline that holds it within 0.002
     uint32_t half_steps;     // where it goes half the way
 };
+
+struct bounce_parabola {
+    double until;
+    double middle;
+    double floor;
+};
+
+enum ease_side { ease_in, ease_out, ease_in_out };
+
+struct ease_way {
+    const ease_row& row;
+    double from;
+    double to;
+    uint32_t length; // ticks
+};
+
+// A part of it that only speeds up or only slows down: the same share of the time and of the way.
+struct ease_part {
+    bool is_in;
+    double first; // share, 0..1
+    double last;
+};
+
+} // namespace
 
 static double out_cubic(double u)
 {
@@ -176,11 +202,6 @@ static double out_elastic(double u)
 
 // A bounce is made of parabolas, all of one height.
 constexpr double bounce_height = 7.5625;
-struct bounce_parabola {
-    double until;
-    double middle;
-    double floor;
-};
 static constexpr bounce_parabola bounces[]
     = {{1 / 2.75, 0, 0}, {2 / 2.75, 1.5 / 2.75, 0.75}, {2.5 / 2.75, 2.25 / 2.75, 0.9375}, {1, 2.625 / 2.75, 0.984375}};
 
@@ -194,26 +215,6 @@ static double out_bounce(double u)
 
 static constexpr ease_row eases[] = {{"quad", nullptr, 0, 0}, {"sine", nullptr, 0, 0}, {"cubic", out_cubic, 9, 9},
     {"back", out_back, 9, 9}, {"elastic", out_elastic, 64, 48}, {"bounce", out_bounce, 24, 24}};
-
-enum ease_side { ease_in, ease_out, ease_in_out };
-
-namespace {
-
-struct ease_way {
-    const ease_row& row;
-    double from;
-    double to;
-    uint32_t length; // ticks
-};
-
-// A part of it that only speeds up or only slows down: the same share of the time and of the way.
-struct ease_part {
-    bool is_in;
-    double first; // share, 0..1
-    double last;
-};
-
-} // namespace
 
 static std::vector<ease_part> parts_of(ease_side side)
 {

@@ -6,8 +6,12 @@
 
 #include <cmath>
 
+namespace {
+
 using point = std::array<double, 3>;
 using moving_point = std::array<camera_number, 3>;
+
+} // namespace
 
 static moving_point still(double x, double y, double z)
 {
