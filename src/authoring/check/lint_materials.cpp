@@ -1,13 +1,12 @@
 // Looks at materials.
 #include "authoring/check/lint.h"
 
+#include "model/read_element.h"
 #include "model/timeline.h"
 #include "model/values.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
-#include <cstring>
 
 static bool brings_program(const material_record& m)
 {
@@ -30,7 +29,7 @@ static bool has_setting(const lint_target& t, uint32_t record, const char* name)
     const xml_node* material = element_of(t.read, section_materials, record);
     for (const xml_node* node = material != nullptr ? material->first_child : nullptr; node != nullptr;
          node = node->next_sibling)
-        if (node->name != nullptr && std::strcmp(node->name, name) == 0)
+        if (is_named(*node, name))
             return true;
     return false;
 }

@@ -2,19 +2,11 @@
 #include "authoring/check/lint.h"
 
 #include "model/catalogues.h"
+#include "model/read_element.h"
 #include "model/sections.h"
 
 #include <cassert>
-#include <cctype>
 #include <cstdlib>
-#include <cstring>
-#include <iterator>
-#include <span>
-
-static bool is_named(const xml_node& node, const char* name)
-{
-    return node.name != nullptr && std::strcmp(node.name, name) == 0;
-}
 
 // ---- sections in another's place ---------------------------------------------------
 

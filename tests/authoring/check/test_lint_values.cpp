@@ -21,6 +21,8 @@ TEST_CASE("a colour in the place of the ambient one is told of, unless it is a l
     CHECK(findings_in(text) == "");
     text.records[5] = values_text() + with(nine("0.2", "0", "1"), animated("static", "0"), animated("dynamic", "1"));
     CHECK(findings_in(text) == "");
+    text.records[5] = values_text() + with(nine("0.2", "0", "1"), animated("static", "0"), animated("dynamic", "0"));
+    CHECK(findings_in(text) == "warning 5/2/value 4: function 0 does not exist.\n"); // which is 1
     text.records[5] = nine("0.2", "0", "0");
     text.records[14] = with(text.records[14], "clearcolor=\"2\"", "clearcolor=\"1\"");
     CHECK(findings_in(text) == "");
