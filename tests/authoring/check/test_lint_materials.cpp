@@ -127,6 +127,7 @@ TEST_CASE("one texture that turns and one that reflects share a matrix with shad
         == "note 11/1: one of its textures turns, and another one reflects: with shaders both do what the last one "
            "does.\n");
     CHECK(of_units(turning_unit(1, 2, 0, 2) + turning_unit(2, 2, 0, 2)) == "");
+    CHECK(of_units(turning_unit(1, 0, 1) + turning_unit(2, 2, 0, 2)).find("reflects") == std::string::npos);
     CHECK(of_units(turning_unit(1, 1, 1) + turning_unit(2, 1, 1)) == "");
 }
 
