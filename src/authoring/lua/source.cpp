@@ -48,9 +48,11 @@ static bool source_line(const void* context, const document_finding& finding, st
         const bool has_part = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
         const source_place place = place_in_document(*document, static_cast<document_section>(finding.section),
             finding.record, has_part ? finding.parts[0].number : 0);
+        if (place.line == 0)
+            return false;
         file = place.file;
         line = place.line;
-        return line != 0;
+        return true;
     }
     return false;
 }
