@@ -10,11 +10,14 @@ _brimlow_make()
     read -ra given <<<"${line%"$value"}"
     command=${given[1]-}
     case $command in
-    '' | help) arguments=(word) words='new build check list extract add create remove wrap unwrap help' names='--help --version' ;;
+    '' | help) arguments=(word) words='new build check diff graph list inspect extract add create remove wrap unwrap help' names='--help --version' ;;
     new) names='--help' values='' arguments=(/ nothing nothing) ;;
     build) names='--output --json --help' values='-o --output' arguments=(.lua nothing nothing) ;;
     check) names='--json --help' values='' arguments=('[dl][pu][ka]' nothing nothing) ;;
+    diff) names='--json --help' values='' arguments=('[dl][pu][ka]' '[dl][pu][ka]' nothing) ;;
+    graph) names='--output --textures --help' values='-o --output' arguments=('[dl][pu][ka]' nothing nothing) ;;
     list) names='--json --help' values='' arguments=(dpk nothing nothing) ;;
+    inspect) names='--output --bpm --beats-per-bar --first-beat --json --help' values='-o --output --bpm --beats-per-bar --first-beat' arguments=('' entry nothing) ;;
     extract) names='--force --prefix --help' values='--prefix' arguments=(dpk / entry) ;;
     add) names='--directory --help' values='-C --directory' arguments=(dpk '' '') ;;
     create) names='--directory --force --help' values='-C --directory' arguments=(dpk '' '') ;;
@@ -40,6 +43,11 @@ _brimlow_make()
     if [ -n "$option" ]; then
         case "$command $option" in
         'build -o' | 'build --output') offer=dpk ;;
+        'graph -o' | 'graph --output') offer='' ;;
+        'inspect -o' | 'inspect --output') offer='' ;;
+        'inspect --bpm') offer=nothing ;;
+        'inspect --beats-per-bar') offer=nothing ;;
+        'inspect --first-beat') offer=nothing ;;
         'extract --prefix') offer=nothing ;;
         'add -C' | 'add --directory') offer=/ ;;
         'create -C' | 'create --directory') offer=/ ;;

@@ -56,7 +56,7 @@ TEST_CASE("As JSON a problem has what is known of it")
         {problem_error, "demo.xmlz", 0, "section 2 (textures)", "b\xff."}};
     const std::string expected
         = "{\"problems\":[{\"severity\":\"warning\",\"file\":\"d/show.lua\",\"line\":9,\"text\":\"a \\\"name\\\".\"},"
-          "{\"severity\":\"error\",\"file\":\"d/demo.xmlz\",\"where\":\"section 2 (textures)\","
+          "{\"severity\":\"error\",\"file\":\"demo.xmlz\",\"where\":\"section 2 (textures)\","
           "\"text\":\"b\xef\xbf\xbd.\"}],\"errors\":1,\"warnings\":1,\"notes\":0}\n";
     CHECK(json_line(problems_as_json(problems, "d/")) == expected);
 }

@@ -26,7 +26,7 @@ from packs import in_envelope, pack_bytes  # noqa: E402
 PROGRAM = ""
 MAN_PAGE = ""
 COMPLETION = ""
-COMMANDS = ("new", "build", "check", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
+COMMANDS = ("new", "build", "check", "diff", "graph", "inspect", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
 NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
 A_PIPE = "it is a pipe or a device and no file"
 
@@ -115,6 +115,16 @@ class CommandLineTest(MakeTest):
         misuse(["build", "a", "b"], "build takes one show: its folder, or its source", "build ")
         misuse(["build", "-o"], "-o takes the name of a pack", "build ")
         misuse(["check", "-o", "a"], "check has no option -o", "check ")
+        misuse(["diff", "a"], "diff takes two shows: the one before and the one after", "diff ")
+        misuse(["diff", "a", ""], "a name of a file is empty", "diff ")
+        misuse(["graph", "a"], "graph needs -o, like -o graph.svg", "graph ")
+        misuse(["graph", "a", "-o", "a.png"],
+               '-o takes the name of a drawing that ends in .svg or .dot, not "a.png"', "graph ")
+        misuse(["inspect", "a", "-o", "a.dot"], '-o takes the name of a drawing that ends in .svg, not "a.dot"', "inspect ")
+        for option, value, wants in (("--bpm", "9", "beats a minute from 10 to 1000"), ("--bpm", "fast",
+                                     "beats a minute from 10 to 1000"), ("--beats-per-bar", "1.5", "a number from 1 to 64"),
+                                     ("--first-beat", "-1", "seconds from 0 to 256")):
+            misuse(["inspect", "a", option, value], '%s takes %s, not "%s"' % (option, wants, value), "inspect ")
         misuse(["new"], "new takes the folder of the show that is to be made", "new ")
         misuse(["new", ""], "a name of a file is empty", "new ")
         misuse(["new", "--forec", "a"], "unknown option --forec", "new ")
@@ -267,7 +277,8 @@ class BuildTest(ShowTest):
             shutil.copy(TUNE, self.path("a/" + name))
             os.mkdir(self.path("out"))
             status, output, errors = self.make("build", "a", "-o", "out/x.dpk")
-            self.assertEqual((status, errors), (0, ""))
+            self.assertEqual(status, 0, errors)
+            self.assertRegex(errors, "^(demo.xmlz: section 15 .*: note: .*\n1 note\n)?$") # it is shorter than the show
             self.assertRegex(output, "^Wrote out/x.dpk: 2 entries, [0-9]+ bytes, and the music beside it, out/%s.\n$" % name)
             self.assertEqual(self.get("out/" + name), self.get("a/" + name))
             # beside the source it is there already
@@ -364,6 +375,79 @@ class CheckTest(ShowTest):
         self.assertIn(b"a/show.lua:4: error: ", told(NO_COLOR="1"))
         self.assertIn(b"\x1b[1m", told(NO_COLOR=""))
         self.assertIn(b"a/show.lua:4: error: ", told(TERM="dumb"))
+
+
+class DiffTest(ShowTest):
+    def test_shows_are_sources_or_packs(self):
+        self.assertEqual(self.make("build", "a")[0], 0)
+        for before, after in (("a", "a"), ("a", "a/demo.dpk"), ("a/demo.dpk", "a/show.lua")):
+            self.check(["diff", before, after], 0)
+        self.put_line("b/show.lua", 2, 'local stone = material { color = "#4080fe" }')
+        status, output, errors = self.make("diff", "a/demo.dpk", "b")
+        self.assertEqual((status, errors), (1, ""))
+        self.assertRegex(output, r"^(demo\.xmlz: .*\n)+$")
+        status, output, errors = self.make("diff", "--json", "a/demo.dpk", "b")
+        self.assertEqual((status, errors, json.loads(output)["equal"]), (1, "", False))
+        self.assertTrue(json.loads(self.make("diff", "--json", "a", "a/demo.dpk")[1])["equal"])
+
+    def test_a_show_that_does_not_build_says_why(self):
+        self.put_line("b/show.lua", 4, "frob()")
+        for command in (["diff", "a", "b"], ["diff", "b", "a"], ["graph", "b", "-o", "x.svg"]):
+            status, output, errors = self.make(*command)
+            self.assertEqual((status, output), (1, ""))
+            self.assertRegex(errors, r"^b/show\.lua:4: error: ")
+        self.check(["diff", "a", "none.dpk"], 1, errors="Error: cannot open none.dpk: No such file or directory.\n")
+        self.assertEqual(self.names(), ["a", "b"])
+
+
+class GraphTest(ShowTest):
+    def test_drawings_are_for_dot_or_laid_out(self):
+        self.check(["graph", "a", "-o", "x.dot"], 0, "Wrote x.dot.\n")
+        self.assertIn(b"digraph", self.get("x.dot"))
+        self.assertIn(b"<B>all</B>", self.get("x.dot"))
+        self.check(["graph", "a/show.lua", "-o", "x.svg"], 0, "Wrote x.svg.\n")
+        self.assertIn(b"</svg>", self.get("x.svg"))
+        self.check(["graph", "--textures", "a", "-o", "y.dot"], 0, "Wrote y.dot.\n")
+        self.assertNotIn(b"<B>all</B>", self.get("y.dot"))
+        self.assertEqual(self.make("build", "a")[0], 0)
+        self.check(["graph", "a/demo.dpk", "-o", "x.dot"], 0, "Wrote x.dot.\n")
+        self.check(["graph", "a", "-o", "none/x.dot"], 1,
+                   errors="Error: cannot write none/x.dot: No such file or directory.\n")
+
+    def test_without_a_document_or_dot_a_line_says_so(self):
+        self.put("x.dpk", pack_bytes([("a", b"1")]))
+        self.check(["graph", "x.dpk", "-o", "x.svg"], 1, errors='Error: x.dpk has no document that can be drawn: '
+                                                                '"brimlow-make check" tells more.\n')
+        status, output, errors = self.make("graph", "a", "-o", "x.svg", env=dict(os.environ, PATH="/nowhere"))
+        self.assertEqual((status, output, errors.count("\n")), (1, "", 1))
+        self.assertIn("graphviz", errors)
+        self.assertEqual(self.names(), ["a", "x.dpk"])
+
+
+class InspectTest(ShowTest):
+    def test_files_and_entries(self):
+        self.assertEqual(self.make("new", "b")[0], 0)
+        self.assertEqual(self.make("build", "b")[0], 0)
+        status, output, errors = self.make("inspect", "b/gem.png")
+        self.assertEqual((status, errors), (0, ""))
+        self.assertIn("256 x 256", output)
+        told = json.loads(self.make("inspect", "--json", "b/demo.dpk", "demo.xmlz")[1])
+        self.assertEqual((told["name"], told["kind"]), ("demo.xmlz", "document"))
+        self.check(["inspect", "b/demo.dpk", "none"], 1, errors='Error: the pack has no entry "none".\n')
+        status, output, errors = self.make("inspect", "none")
+        self.assertEqual((status, output, errors.count("\n"), errors[:7]), (1, "", 1, "Error: "))
+
+    def test_music_is_drawn_with_its_beats(self):
+        shutil.copy(TUNE, self.path("tune.ogg"))
+        for more in ([], ["--bpm", "128.5", "--beats-per-bar", "3", "--first-beat", "0.25"]):
+            status, output, errors = self.make("inspect", "tune.ogg", "-o", "x.svg", *more)
+            self.assertEqual((status, errors, output.splitlines()[-1]), (0, "", "Wrote x.svg."))
+            self.assertIn(b"</svg>", self.get("x.svg"))
+            os.remove(self.path("x.svg"))
+        status, output, errors = self.make("inspect", "a/show.lua", "-o", "x.svg")
+        self.assertEqual((status, errors.count("\n")), (1, 1))
+        self.assertTrue(errors.startswith("Error: only music files are drawn, and a/show.lua "), errors)
+        self.assertFalse(os.path.exists(self.path("x.svg")))
 
 
 class OutputTest(MakeTest):

@@ -17,7 +17,10 @@ enum make_command : int32_t {
     command_new,
     command_build,
     command_check,
+    command_diff,
+    command_graph,
     command_list,
+    command_inspect,
     command_extract,
     command_add,
     command_create,
@@ -50,7 +53,19 @@ constexpr size_t any_number = SIZE_MAX;
 
 extern const command_row command_rows[command_count];
 
-enum make_option : int32_t { make_force, make_prefix, make_directory, make_output, make_json, make_help, make_version };
+enum make_option : int32_t {
+    make_force,
+    make_prefix,
+    make_directory,
+    make_output,
+    make_textures,
+    make_bpm,
+    make_beats,
+    make_first_beat,
+    make_json,
+    make_help,
+    make_version
+};
 
 // All options: the group of each is its command, command_count for those of the program. An option means the same
 // in each command that has it; help is known to all of them.

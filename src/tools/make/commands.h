@@ -17,6 +17,10 @@ exit_status run_check(const make_options& options);
 
 // A pack back into source: open.cpp
 exit_status run_open(const make_options& options);
+// Looks at shows, packs and files: looks.cpp
+exit_status run_diff(const make_options& options);
+exit_status run_graph(const make_options& options);
+exit_status run_inspect(const make_options& options);
 
 // Packs: packs.cpp
 exit_status run_list(const make_options& options);
@@ -37,3 +41,6 @@ void warn_of_unfound_name(const std::string& path);
 
 // One line, "Error: BEFORE NAME BEHIND", with the name as it may be shown; exit_failed.
 exit_status fail(const char* before, const std::string& name, const std::string& behind);
+
+// The same for a whole sentence, which may begin with a capital.
+exit_status fail_with(const std::string& sentence);

@@ -18,6 +18,15 @@ exit_status fail(const char* before, const std::string& name, const std::string&
     return exit_failed;
 }
 
+exit_status fail_with(const std::string& sentence)
+{
+    std::string line = printable(sentence);
+    if (!line.empty() && line[0] >= 'A' && line[0] <= 'Z')
+        line[0] = static_cast<char>(line[0] - 'A' + 'a');
+    std::fprintf(stderr, "Error: %s\n", line.c_str());
+    return exit_failed;
+}
+
 // A standard stream that is closed would lend its number to the next file that is opened:
 // to a pack, which then got the lines that are told. What stands in its place fails like it.
 static void fill_standard_streams()
@@ -42,6 +51,12 @@ static exit_status run_command(const make_options& options)
         return run_build(options);
     case command_check:
         return run_check(options);
+    case command_diff:
+        return run_diff(options);
+    case command_graph:
+        return run_graph(options);
+    case command_inspect:
+        return run_inspect(options);
     case command_list:
         return run_list(options);
     case command_extract:

@@ -3,6 +3,7 @@
 #include "tools/common/near_word.h"
 #include "tools/common/written_options.h"
 
+#include <charconv>
 #include <string_view>
 
 // ---- commands --------------------------------------------------------------------------
@@ -80,16 +81,21 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
         problem = row.wants;
         return false;
     }
-    const bool writes = options.command == command_wrap || options.command == command_unwrap;
+    const bool two_files
+        = options.command == command_wrap || options.command == command_unwrap || options.command == command_diff;
     if (plain.empty()) { // those that do without take the working directory
         options.input = ".";
         return true;
     }
-    if (plain[0].text.empty() || (writes && plain[1].text.empty())) {
+    if (plain[0].text.empty() || (two_files && plain[1].text.empty())) {
         problem = "a name of a file is empty";
         return false;
     }
     options.input = plain[0].text;
+    if (options.command == command_graph && options.output.empty()) {
+        problem = "graph needs -o, like -o graph.svg";
+        return false;
+    }
     switch (options.command) {
     case command_extract:
         place_extract(plain, options);
@@ -99,6 +105,10 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
         for (size_t i = 1; i < plain.size(); ++i)
             options.sources.push_back(source_of(plain[i]));
         break;
+    case command_diff:
+        options.other = plain[1].text;
+        break;
+    case command_inspect:
     case command_remove:
         for (size_t i = 1; i < plain.size(); ++i)
             options.names.push_back(plain[i].text);
@@ -110,6 +120,7 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
     case command_new:
     case command_build:
     case command_check:
+    case command_graph:
     case command_list:
     case command_count:
         break;
@@ -119,31 +130,56 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
 
 // ---- options ---------------------------------------------------------------------------
 
-static void take_option(const written_argument& written, make_options& options, const char*& below)
+// A decimal number within limits.
+static bool read_number(std::string_view text, double least, double most, double& number)
 {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
+    return error == std::errc() && end == text.data() + text.size() && number >= least && number <= most;
+}
+
+// Whether a name is one that the command writes to.
+static bool read_output(make_command command, std::string_view name, std::string& output)
+{
+    output = name;
+    const bool is_drawing = command == command_graph || command == command_inspect;
+    const bool ends_well = name.ends_with(".svg") || (command == command_graph && name.ends_with(".dot"));
+    return !name.empty() && (!is_drawing || ends_well);
+}
+
+// Takes over an option; false where the value is not what it wants.
+static bool take_option(const written_argument& written, make_options& options, const char*& below)
+{
+    double number = 0;
     switch (static_cast<make_option>(written.row->id)) {
     case make_force:
-        options.force = true;
-        break;
+        return options.force = true;
     case make_prefix:
         options.prefix = written.value;
-        break;
+        return true;
     case make_directory:
         below = written.value;
-        break;
+        return true;
     case make_output:
-        options.output = written.value;
-        break;
+        return read_output(options.command, written.value, options.output);
+    case make_textures:
+        return options.textures = true;
+    case make_bpm:
+        return read_number(written.value, 10, 1000, options.bpm);
+    case make_beats:
+        if (!read_number(written.value, 1, 64, number) || number != static_cast<uint32_t>(number))
+            return false;
+        options.beats_per_bar = static_cast<uint32_t>(number);
+        return true;
+    case make_first_beat:
+        return read_number(written.value, 0, 256, options.first_beat);
     case make_json:
-        options.json = true;
-        break;
+        return options.json = true;
     case make_help:
-        options.help = true;
-        break;
+        return options.help = true;
     case make_version:
-        options.version = true;
-        break;
+        return options.version = true;
     }
+    return true;
 }
 
 // What is wrong with an argument. An option that stands in the wrong place is not unknown.
@@ -200,15 +236,12 @@ static bool read_rest(std::span<const char* const> arguments, make_options& opti
         problem = argument_problem(written, options.command);
         if (!problem.empty())
             return false;
-        const bool is_empty = written.value != nullptr && written.value[0] == 0;
-        if (written.row != nullptr && written.row->id == make_output && is_empty) {
-            problem = wrong_value(written);
-            return false;
-        }
         if (written.row == nullptr)
             plain.push_back({written.value, below});
-        else
-            take_option(written, options, below);
+        else if (!take_option(written, options, below))
+            problem = wrong_value(written);
+        if (!problem.empty())
+            return false;
     }
     return true;
 }

@@ -22,10 +22,15 @@ struct make_options {
     bool version = false;
     bool force = false;             // files that exist are replaced
     bool json = false;              // told as JSON
+    bool textures = false;          // graph: only what textures are made of
+    double bpm = 0;                 // inspect, of the drawing: beats a minute; 0: not known
+    uint32_t beats_per_bar = 4;     // the same
+    double first_beat = 0;          // the same: seconds
+    std::string other;              // diff: the show to compare with
     std::string input;              // the pack; the file that wrap and unwrap read; the folder of a new show; a source
     std::string output;             // what is written: the pack; the file of wrap and unwrap; empty: a default
     std::string prefix;             // extract: what stands in front of every name: the folder, and --prefix
-    std::vector<std::string> names; // extract, remove: entries; none: all
+    std::vector<std::string> names; // extract, remove, inspect: entries; none: all, or the file itself
     std::vector<make_source> sources; // add, create
 };
 

@@ -40,7 +40,8 @@ static problem_list in_order(problem_list problems)
 
 static std::string file_of(const show_problem& problem, const std::string& folder)
 {
-    return problem.file.empty() || problem.file[0] == '/' ? problem.file : folder + problem.file;
+    const bool is_document = !problem.where.empty();
+    return is_document || problem.file.empty() || problem.file[0] == '/' ? problem.file : folder + problem.file;
 }
 
 static std::string place_of(const show_problem& problem, const std::string& folder)

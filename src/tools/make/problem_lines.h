@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-// "show.lua:12: error: ..." without its end. Files of problems stand below `folder`, which ends in "/" or is empty.
+// "show.lua:12: error: ..." without its end. Files of a source stand below `folder`, which ends in "/" or is empty.
 // With colors the place is bold and the severity colored, as terminals have it. Control characters are spelled out.
 std::string problem_line(const show_problem& problem, const std::string& folder, bool colored);
 

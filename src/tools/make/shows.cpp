@@ -1,59 +1,16 @@
 #include "commands.h"
+#include "opened_show.h"
 #include "problem_lines.h"
 
 #include "authoring/asset/music_check.h"
 #include "authoring/check/findings.h"
-#include "authoring/check/pack_check.h"
-#include "authoring/lua/source.h"
 #include "content/file_bytes.h"
 #include "content/new_file.h"
 #include "content/owners.h"
 #include "content/printable.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <unistd.h>
-
-// ---- sources ---------------------------------------------------------------------------
-
-namespace {
-
-struct show_source {
-    std::string folder; // ends in "/"; empty: the working directory
-    std::string file;   // of it
-};
-
-} // namespace
-
-// The source that a path means; false with a line.
-static bool take_source(const std::string& path, show_source& source)
-{
-    std::string folder;
-    std::error_code error;
-    if (find_source(path, folder, source.file)) {
-        source.folder = folder == "." ? "" : folder + "/";
-        return true;
-    }
-    if (std::filesystem::is_directory(path, error))
-        return fail("there is no show.lua in the folder ", path, ": \"brimlow-make new\" makes a show to begin with")
-            == exit_done;
-    const char* problem = nullptr;
-    const owned_file file(open_plain_file(path.c_str(), &problem));
-    return fail("cannot open ", path, std::string(": ") + (problem ? problem : "it is no source")) == exit_done;
-}
-
-// Lines that a source prints. Where JSON goes to standard output they go to the other stream.
-static void print_line(void* user, const char* line)
-{
-    std::fprintf(static_cast<FILE*>(user), "%s\n", printable(line).c_str());
-}
-
-static void build(const show_source& source, bool json, built_show& built)
-{
-    const std::string folder = source.folder.empty() ? "." : source.folder;
-    build_source({folder, source.file, print_line, json ? stderr : stdout}, built);
-}
 
 static void print(FILE* stream, const std::string& text)
 {
@@ -72,13 +29,15 @@ static bool same_place(const std::string& a, const std::string& b)
     return std::filesystem::equivalent(a, b, error) && !error;
 }
 
-// Puts the music beside the pack, where the player looks for it. False with a line. `copied` is its place when it
-// was not there already.
-static bool put_music(const show_source& source, const std::string& music, const std::string& pack, std::string& copied)
+// Puts the music, a file below the source's folder, beside the pack, where the player looks for it. False with a line.
+// `copied` is its place when it was not there already.
+static bool put_music(const show_source& source, const std::string& from, const std::string& pack, std::string& copied)
 {
-    const std::string from = source.folder + music;
-    const std::string to = pack.substr(0, pack.rfind('/') + 1) + music;
-    if (music.empty() || same_place(from, to))
+    namespace fs = std::filesystem;
+    const fs::path folder_of_source = fs::path(source.folder.empty() ? "." : source.folder).lexically_normal();
+    const std::string name = fs::path(from).lexically_normal().lexically_proximate(folder_of_source).string();
+    const std::string to = pack.substr(0, pack.rfind('/') + 1) + name;
+    if (from.empty() || same_place(from, to))
         return true;
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
@@ -157,65 +116,20 @@ static music_facts facts_of_music(const std::string& folder, const std::string& 
     return facts;
 }
 
-// A document's record in the source that it was made of.
-static bool find_in_source(const void* context, const document_finding& finding, std::string& file, uint32_t& line)
-{
-    for (const auto& document : static_cast<const built_show*>(context)->documents) {
-        if (document == nullptr || document->entry != finding.document)
-            continue;
-        const uint32_t part = finding.parts.empty() ? 0 : finding.parts.front().number;
-        const source_place place
-            = place_in_document(*document, static_cast<document_section>(finding.section), finding.record, part);
-        file = place.file.empty() ? file : place.file;
-        line = place.file.empty() ? line : place.line;
-        return !place.file.empty();
-    }
-    return false;
-}
-
-static problem_list check_built(const show_source& source, const built_show& built)
-{
-    const std::vector<uint8_t> bytes = pack_bytes(built.entries);
-    const owned_file pack(std::tmpfile());
-    if (!pack || std::fwrite(bytes.data(), 1, bytes.size(), pack.get()) != bytes.size() || std::fflush(pack.get()) != 0)
-        return {{problem_error, "", 0, "",
-            std::string("the show cannot be looked over: no temporary file, ") + std::strerror(errno) + "."}};
-    const finding_list findings = check_documents(pack.get(), facts_of_music(source.folder, built.music));
-    return findings_as_problems(findings, find_in_source, &built);
-}
-
-static bool is_source(const std::string& path)
-{
-    std::error_code error;
-    return path.ends_with(".lua") || std::filesystem::is_directory(path, error);
-}
-
 // False with a line: there is nothing to check.
 static bool find_problems(const make_options& options, problem_list& problems, std::string& folder)
 {
-    if (is_source(options.input)) {
-        show_source source;
-        if (!take_source(options.input, source))
-            return false;
-        built_show built;
-        build(source, options.json, built);
-        problems = built.problems;
-        folder = source.folder;
-        if (has_errors(problems))
-            return true;
-        const problem_list more = check_built(source, built);
-        problems.insert(problems.end(), more.begin(), more.end());
+    opened_show show;
+    if (!open_show(options.input, options.json, show))
+        return false;
+    folder = show.source.folder;
+    if (show.is_source) {
+        problems = show.built.problems;
         return true;
     }
-    const char* reason = nullptr;
-    const owned_file pack(open_plain_file(options.input.c_str(), &reason));
-    if (!pack)
-        return fail("cannot open ", options.input, std::string(": ") + reason) == exit_done;
-    if (!looks_like_a_pack(pack.get()))
-        return fail("", options.input, " is neither a pack nor a source (a folder, or a file that ends in \".lua\")")
-            == exit_done;
+    FILE* pack = show.pack.get();
     const std::string beside = options.input.substr(0, options.input.rfind('/') + 1);
-    problems = findings_as_problems(check_documents(pack.get(), facts_of_music(beside, music_file_of(pack.get()))));
+    problems = findings_as_problems(check_documents(pack, facts_of_music(beside, music_file_of(pack))));
     return true;
 }
 
