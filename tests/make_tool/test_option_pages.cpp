@@ -43,6 +43,7 @@ TEST_CASE("The manual page has the commands in the language of its kind")
     CHECK(page.starts_with(".SH COMMANDS\n.SS new\n"));
     CHECK(holds(page, "\n.SS extract\n\\fBextract\\fR [options] \\fIPACK \\fR[\\fIDIR \\fR[\\fINAME"));
     CHECK(holds(page, "\n.TP\n.B \\-C \\fIDIR\\fR,\\fB \\-\\-directory \\fIDIR\nFiles behind it"));
+    CHECK(holds(page, "unless the environment has \\fBNO_COLOR\\fR.\n"));
     CHECK(holds(page, "\n.SH OPTIONS\n.TP\n.B \\-h\\fR,\\fB \\-\\-help\n"));
     std::istringstream lines(page);
     for (std::string line; std::getline(lines, line);) // a text that begins so would be taken for a request

@@ -56,7 +56,8 @@ std::string manual_text(std::string_view marked)
     std::string text;
     char open = 0;
     for (const char letter : marked) {
-        if (letter != '`' && letter != '_') {
+        const bool marks = letter == '`' || (letter == '_' && open != '`');
+        if (!marks) {
             append_letter(text, letter);
             continue;
         }

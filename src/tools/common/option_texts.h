@@ -15,7 +15,7 @@ std::vector<std::string_view> lines_of(std::string_view text);
 // The rows of a group for --help; their texts begin in `column`.
 std::string help_rows(std::span<const option_row> rows, int32_t group, size_t column);
 
-// Text with `bold` and _italic_ parts in the language of man(7).
+// Text with `bold` and _italic_ parts in the language of man(7); a bold part may have "_" in it.
 std::string manual_text(std::string_view marked);
 
 // What the user puts in, like "N[/D]": capitals are italic, what stands as it is bold, signs of this language

@@ -39,7 +39,7 @@ constexpr command_row command_rows[command_count] = {
                 "The same source and files make the same bytes, on every machine.\n"
                 "What is wrong is told on standard error as \"show.lua:12: error: ...\", and counted; with an error\n"
                 "nothing is written.\n"
-                "Errors, warnings and notes have colors on a terminal, unless the environment has NO_COLOR.\n"
+                "Errors, warnings and notes have colors on a terminal, unless the environment has `NO_COLOR`.\n"
                 "What the source prints goes to standard output.\n"
                 "A pack that exists is replaced, what exists and is no pack is not."},
     {.id = command_check,
