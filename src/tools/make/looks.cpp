@@ -1,6 +1,6 @@
 #include "commands.h"
-#include "opened_show.h"
 #include "problem_lines.h"
+#include "show_input.h"
 
 #include "authoring/asset/beat_grid.h"
 #include "authoring/check/diff.h"
@@ -14,8 +14,8 @@
 
 exit_status run_diff(const make_options& options)
 {
-    opened_show before;
-    opened_show after;
+    show_input before;
+    show_input after;
     if (!open_whole_show(options.input, before) || !open_whole_show(options.other, after))
         return exit_failed;
     const pack_difference difference = diff_packs(before.pack.get(), after.pack.get());
@@ -38,7 +38,7 @@ static exit_status write_drawing(const make_options& options, const std::string&
 
 exit_status run_graph(const make_options& options)
 {
-    opened_show show;
+    show_input show;
     if (!open_whole_show(options.input, show))
         return exit_failed;
     const owned_read_document document = read_packed_document(show_document_name, show.pack.get());

@@ -1,6 +1,6 @@
 #include "commands.h"
-#include "opened_show.h"
 #include "problem_lines.h"
+#include "show_input.h"
 
 #include "authoring/asset/music_check.h"
 #include "authoring/check/findings.h"
@@ -119,7 +119,7 @@ static music_facts facts_of_music(const std::string& folder, const std::string& 
 // False with a line: there is nothing to check.
 static bool find_problems(const make_options& options, problem_list& problems, std::string& folder)
 {
-    opened_show show;
+    show_input show;
     if (!open_show(options.input, options.json, show))
         return false;
     folder = show.source.folder;

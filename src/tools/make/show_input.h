@@ -20,7 +20,7 @@ bool take_source(const std::string& path, show_source& source);
 // standard error.
 void build(const show_source& source, bool json, built_show& built);
 
-struct opened_show {
+struct show_input {
     bool is_source = false;
     show_source source;         // of one
     built_show built;           // of one, with its problems; with errors among them there is no pack
@@ -30,7 +30,7 @@ struct opened_show {
 
 // Opens a pack, or builds a source: a folder, or a file that ends in ".lua". False with a line where there is
 // neither; true with errors of a source, which are the caller's to tell.
-bool open_show(const std::string& path, bool json, opened_show& show);
+bool open_show(const std::string& path, bool json, show_input& show);
 
 // The same for those who need the pack: errors of a source are told, and false.
-bool open_whole_show(const std::string& path, opened_show& show);
+bool open_whole_show(const std::string& path, show_input& show);

@@ -1,4 +1,4 @@
-#include "opened_show.h"
+#include "show_input.h"
 
 #include "commands.h"
 #include "problem_lines.h"
@@ -56,7 +56,7 @@ static bool open_pack_of(const std::string& path, owned_file& pack)
         || fail("", path, " is neither a pack nor a source (a folder, or a file that ends in \".lua\")") == exit_done;
 }
 
-bool open_show(const std::string& path, bool json, opened_show& show)
+bool open_show(const std::string& path, bool json, show_input& show)
 {
     show.is_source = is_source(path);
     if (!show.is_source)
@@ -71,7 +71,7 @@ bool open_show(const std::string& path, bool json, opened_show& show)
     return show.pack != nullptr || fail("there is not enough memory for the pack of ", path, "") == exit_done;
 }
 
-bool open_whole_show(const std::string& path, opened_show& show)
+bool open_whole_show(const std::string& path, show_input& show)
 {
     if (!open_show(path, true, show))
         return false;
