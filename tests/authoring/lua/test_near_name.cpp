@@ -1,4 +1,4 @@
-#include "authoring/lua/near_name.h"
+#include "authoring/near_name.h"
 
 #include <doctest/doctest.h>
 
