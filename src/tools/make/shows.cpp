@@ -31,13 +31,11 @@ static bool same_place(const std::string& a, const std::string& b)
 
 // Puts the music, a file below the source's folder, beside the pack, where the player looks for it. False with a line.
 // `copied` is its place when it was not there already.
-static bool put_music(const show_source& source, const std::string& from, const std::string& pack, std::string& copied)
+static bool put_music(const show_source& source, const std::string& music, const std::string& pack, std::string& copied)
 {
-    namespace fs = std::filesystem;
-    const fs::path folder_of_source = fs::path(source.folder.empty() ? "." : source.folder).lexically_normal();
-    const std::string name = fs::path(from).lexically_normal().lexically_proximate(folder_of_source).string();
-    const std::string to = pack.substr(0, pack.rfind('/') + 1) + name;
-    if (from.empty() || same_place(from, to))
+    const std::string from = source.folder + music;
+    const std::string to = pack.substr(0, pack.rfind('/') + 1) + music;
+    if (music.empty() || same_place(from, to))
         return true;
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
