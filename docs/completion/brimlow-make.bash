@@ -10,10 +10,11 @@ _brimlow_make()
     read -ra given <<<"${line%"$value"}"
     command=${given[1]-}
     case $command in
-    '' | help) arguments=(word) words='new build check diff graph list inspect extract add create remove wrap unwrap help' names='--help --version' ;;
+    '' | help) arguments=(word) words='new build check open diff graph list inspect extract add create remove wrap unwrap help' names='--help --version' ;;
     new) names='--help' values='' arguments=(/ nothing nothing) ;;
     build) names='--output --json --help' values='-o --output' arguments=(.lua nothing nothing) ;;
     check) names='--json --help' values='' arguments=('[dl][pu][ka]' nothing nothing) ;;
+    open) names='--output --help' values='-o --output' arguments=(dpk nothing nothing) ;;
     diff) names='--json --help' values='' arguments=('[dl][pu][ka]' '[dl][pu][ka]' nothing) ;;
     graph) names='--output --textures --help' values='-o --output' arguments=('[dl][pu][ka]' nothing nothing) ;;
     list) names='--json --help' values='' arguments=(dpk nothing nothing) ;;
@@ -43,6 +44,7 @@ _brimlow_make()
     if [ -n "$option" ]; then
         case "$command $option" in
         'build -o' | 'build --output') offer=dpk ;;
+        'open -o' | 'open --output') offer=/ ;;
         'graph -o' | 'graph --output') offer='' ;;
         'inspect -o' | 'inspect --output') offer='' ;;
         'inspect --bpm') offer=nothing ;;

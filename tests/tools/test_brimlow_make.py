@@ -26,7 +26,7 @@ from packs import in_envelope, pack_bytes  # noqa: E402
 PROGRAM = ""
 MAN_PAGE = ""
 COMPLETION = ""
-COMMANDS = ("new", "build", "check", "diff", "graph", "inspect", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
+COMMANDS = ("new", "build", "check", "open", "diff", "graph", "inspect", "list", "extract", "add", "create", "remove", "wrap", "unwrap")
 NOT_BEGINNING = ' is no pack: it does not begin with "DP" and the number 1.\n'
 A_PIPE = "it is a pipe or a device and no file"
 
@@ -115,6 +115,8 @@ class CommandLineTest(MakeTest):
         misuse(["build", "a", "b"], "build takes one show: its folder, or its source", "build ")
         misuse(["build", "-o"], "-o takes the name of a pack", "build ")
         misuse(["check", "-o", "a"], "check has no option -o", "check ")
+        misuse(["open", "a.dpk"], "open needs -o, like -o show", "open ")
+        misuse(["open", "a.dpk", "-o"], "-o takes the name of a folder", "open ")
         misuse(["diff", "a"], "diff takes two shows: the one before and the one after", "diff ")
         misuse(["diff", "a", ""], "a name of a file is empty", "diff ")
         misuse(["graph", "a"], "graph needs -o, like -o graph.svg", "graph ")
@@ -375,6 +377,28 @@ class CheckTest(ShowTest):
         self.assertIn(b"a/show.lua:4: error: ", told(NO_COLOR="1"))
         self.assertIn(b"\x1b[1m", told(NO_COLOR=""))
         self.assertIn(b"a/show.lua:4: error: ", told(TERM="dumb"))
+
+
+class OpenTest(ShowTest):
+    def test_what_is_opened_builds_again(self):
+        self.assertEqual(self.make("new", "b")[0], 0)
+        for show in ("a", "b"):
+            self.assertEqual(self.make("build", show)[0], 0)
+            status, output, errors = self.make("open", show + "/demo.dpk", "-o", show + "-again")
+            self.assertEqual((status, errors), (0, ""))
+            self.assertRegex(output, "^Opened %s/demo.dpk into %s-again: [0-9]+ files.\n$" % (show, show))
+            self.check(["diff", show + "/demo.dpk", show + "-again"], 0)
+        self.assertEqual(self.names(), ["a", "a-again", "b", "b-again"])
+
+    def test_folders_that_hold_something_are_left_alone(self):
+        self.assertEqual(self.make("build", "a")[0], 0)
+        self.put("mine/x", b"precious")
+        self.check(["open", "a/demo.dpk", "-o", "mine"], 1,
+                   errors="Error: mine exists and holds something: name a new folder.\n")
+        self.assertEqual(self.names("mine"), ["x"])
+        self.check(["open", "none.dpk", "-o", "c"], 1, errors="Error: cannot open none.dpk: No such file or directory.\n")
+        self.check(["open", "a/show.lua", "-o", "c"], 1, errors="Error: a/show.lua is no pack.\n")
+        self.assertEqual(self.names(), ["a", "mine"])
 
 
 class DiffTest(ShowTest):

@@ -67,6 +67,24 @@ constexpr command_row command_rows[command_count] = {
           "\"demo.xmlz: section 11 (materials), record 4: warning: ...\".\n"
           "The last line counts.\n"
           "The exit status is 1 where there are errors."},
+    {.id = command_open,
+        .group = group_shows,
+        .name = "open",
+        .arguments = "PACK -o DIR",
+        .least = 1,
+        .most = 1,
+        .wants = "open takes one pack",
+        .other_name = "decompile",
+        .offers = {offer_pack, offer_nothing, offer_nothing},
+        .summary = "makes source and files of a pack",
+        .help = "Makes the source and the files that PACK can be built of in the new folder DIR.\n"
+                "The music is copied when it lies beside the pack.",
+        .help_below = "",
+        .page
+        = "Makes a source and files of which _PACK_ can be built, in the new folder _DIR_: \"brimlow-make build\"\n"
+          "there gives equal documents.\n"
+          "Records that no word of the language says are written as they stand.\n"
+          "The music is copied when it lies beside the pack or in the folder _music_ there."},
     {.id = command_diff,
         .group = group_shows,
         .name = "diff",
@@ -305,6 +323,15 @@ static constexpr option_row option_rows_of_make[] = {
         "\"file\",\n"
         "\"line\" of a source or \"where\" of a document, and \"text\"; \"errors\", \"warnings\" and \"notes\" count "
         "them."),
+    {.id = make_output,
+        .group = command_open,
+        .letter = 'o',
+        .name = "--output",
+        .value = "DIR",
+        .wants = "takes the name of a folder",
+        .offers = offer_folder,
+        .help = "the folder, which is new or empty",
+        .page = "The folder; one that holds anything is left as it is."},
     json_row(command_diff, "One object: \"equal\", and lists of \"entries\" and \"documents\" that differ."),
     {.id = make_output,
         .group = command_graph,

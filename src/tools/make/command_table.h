@@ -17,6 +17,7 @@ enum make_command : int32_t {
     command_new,
     command_build,
     command_check,
+    command_open,
     command_diff,
     command_graph,
     command_list,

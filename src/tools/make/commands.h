@@ -15,8 +15,9 @@ exit_status run_new(const make_options& options);
 exit_status run_build(const make_options& options);
 exit_status run_check(const make_options& options);
 
-// A pack back into source: open.cpp
+// Packs back into source: open.cpp
 exit_status run_open(const make_options& options);
+
 // Looks at shows, packs and files: looks.cpp
 exit_status run_diff(const make_options& options);
 exit_status run_graph(const make_options& options);

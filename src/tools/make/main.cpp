@@ -51,6 +51,8 @@ static exit_status run_command(const make_options& options)
         return run_build(options);
     case command_check:
         return run_check(options);
+    case command_open:
+        return run_open(options);
     case command_diff:
         return run_diff(options);
     case command_graph:

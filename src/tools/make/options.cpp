@@ -92,8 +92,9 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
         return false;
     }
     options.input = plain[0].text;
-    if (options.command == command_graph && options.output.empty()) {
-        problem = "graph needs -o, like -o graph.svg";
+    if ((options.command == command_graph || options.command == command_open) && options.output.empty()) {
+        problem
+            = options.command == command_graph ? "graph needs -o, like -o graph.svg" : "open needs -o, like -o show";
         return false;
     }
     switch (options.command) {
@@ -120,6 +121,7 @@ static bool place_arguments(const std::vector<plain_argument>& plain, make_optio
     case command_new:
     case command_build:
     case command_check:
+    case command_open:
     case command_graph:
     case command_list:
     case command_count:
