@@ -4,6 +4,7 @@ A number that moves is a Function, made by Document.function from segments; wher
 expected a Function may stand. Everything is written out as elements whose order counts and whose
 names are for the reader.
 """
+import struct
 
 TICKS_PER_SECOND = 100
 LAST_TICK = 25600
@@ -73,7 +74,15 @@ class Element:
 
 
 def number(value):
-    return "%d" % value if isinstance(value, int) else "%.7g" % value
+    """The shortest text that reads back as the same number; the player keeps numbers in single precision."""
+    if isinstance(value, int):
+        return "%d" % value
+    single = struct.unpack("<f", struct.pack("<f", value))[0]
+    for digits in range(1, 10):
+        text = "%.*g" % (digits, single)
+        if struct.unpack("<f", struct.pack("<f", float(text)))[0] == single:
+            return repr(float(text)).removesuffix(".0")
+    raise ValueError(value)
 
 
 class Record:
