@@ -77,10 +77,20 @@ class Mesh:
     def packed(self):
         assert 0 < len(self.positions) < 65536 and len(self.indices) % 3 == 0 and 1 <= len(self.sets) <= 3
         data = struct.pack("<HH", len(self.positions), len(self.sets))
-        for values in (self.positions, *self.sets, self.normals):
-            flat = [c for value in values for c in value]
+        sets = [[(s, turned_twice(t)) for s, t in values] for values in self.sets]
+        for values in (self.positions, *sets, self.normals):
+            flat = [c + 0.0 for value in values for c in value]     # there is no zero below zero
             data += struct.pack("<%df" % len(flat), *flat)
         return compressed(data + struct.pack("<%dH" % len(self.indices), *self.indices))
+
+
+def single(value):
+    return struct.unpack("<f", struct.pack("<f", value))[0]
+
+
+def turned_twice(t):
+    """A coordinate that can be turned round, as many formats of models do, and back without a change."""
+    return single(1 - single(1 - single(t)))
 
 
 def cross_of(a, b, c):
