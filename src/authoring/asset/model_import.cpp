@@ -153,22 +153,19 @@ static std::string mesh_content(const std::string& path, std::vector<uint8_t>& c
     return "";
 }
 
-// Reads it where it is one of ours; empty, or what is wrong.
-static std::string import_mesh(const std::string& path, const model_options& options, imported_model& model)
+// The shape of one of ours. Empty, or what is wrong.
+static std::string take_mesh_content(const model_file& file, const model_options& options, imported_model& model)
 {
-    std::vector<uint8_t> content;
-    if (const std::string problem = mesh_content(path, content); !problem.empty())
-        return problem;
     shape_data shape;
-    if (const std::string problem = shape_from_bytes(content, shape); !problem.empty())
+    if (const std::string problem = shape_from_bytes(file.mesh_content, shape); !problem.empty())
         return "is no mesh: " + problem;
     if (!options.part.empty())
         return "has no parts with names: leave \"part\" out";
-    model.files_taken = {place_of(path).name};
+    model.files_taken = {file.name};
     const bool as_it_is = options.normals == normals_kept && !options.center && !(options.fit > 0)
         && options.turn == std::array<float, 3>{};
     if (as_it_is) {
-        model.mesh_bytes = std::move(content);
+        model.mesh_bytes = file.mesh_content;
         model.shapes = {std::move(shape)};
         return "";
     }
@@ -216,11 +213,8 @@ static std::string no_triangles(const model_scene& scene, uint32_t dropped)
     return scene.other_faces != 0 ? "holds points and lines and no triangles" : "holds no triangles";
 }
 
-static std::string import_scene(const std::string& path, const model_options& options, imported_model& model)
+static std::string take_scene(const model_scene& scene, const model_options& options, imported_model& model)
 {
-    model_scene scene;
-    if (const std::string problem = read_contained(path, scene); !problem.empty())
-        return problem;
     const std::vector<const model_piece*> pieces = pieces_of_part(scene, options.part);
     if (pieces.empty() && !scene.pieces.empty())
         return unknown_part(scene, options.part);
@@ -229,24 +223,54 @@ static std::string import_scene(const std::string& path, const model_options& op
     shape_data whole = merged(pieces, model.triangles_dropped);
     if (whole.triangles.empty())
         return no_triangles(scene, model.triangles_dropped);
-    model.files_taken = std::move(scene.files_taken);
-    model.files_refused = std::move(scene.files_refused);
+    model.files_taken = scene.files_taken;
+    model.files_refused = scene.files_refused;
     return finish_model(options, whole, model);
+}
+
+// Reads one of ours; empty, or what is wrong.
+static std::string open_mesh(const std::string& path, model_file& file)
+{
+    shape_data shape;
+    std::string problem = mesh_content(path, file.mesh_content);
+    if (!problem.empty())
+        return problem;
+    problem = shape_from_bytes(file.mesh_content, shape);
+    return problem.empty() ? "" : "is no mesh: " + problem;
+}
+
+model_file open_model(const std::string& path)
+{
+    model_file file = {place_of(path).name, file_problem(path), {}, {}};
+    if (!file.problem.empty())
+        return file;
+    if (!is_named_mesh(path)) {
+        file.problem = read_contained(path, file.scene);
+        return file;
+    }
+    file.problem = open_mesh(path, file);
+    if (!file.problem.empty()) { // the ending is not ours alone
+        file.mesh_content.clear();
+        if (read_contained(path, file.scene).empty() && !file.scene.pieces.empty())
+            file.problem.clear();
+    }
+    return file;
+}
+
+bool take_model(const model_file& file, const model_options& options, imported_model& model, std::string& problem)
+{
+    model = {};
+    std::string reason = file.problem;
+    if (reason.empty())
+        reason = file.mesh_content.empty() ? take_scene(file.scene, options, model)
+                                           : take_mesh_content(file, options, model);
+    problem = reason.empty() ? "" : "\"" + printable(file.name) + "\" " + reason + ".";
+    if (!reason.empty())
+        model = {};
+    return reason.empty();
 }
 
 bool import_model(const std::string& path, const model_options& options, imported_model& model, std::string& problem)
 {
-    model = {};
-    std::string reason = file_problem(path);
-    if (reason.empty() && is_named_mesh(path)) {
-        reason = import_mesh(path, options, model);
-        if (!reason.empty() && import_scene(path, options, model).empty()) // the ending is not ours alone
-            reason.clear();
-    } else if (reason.empty()) {
-        reason = import_scene(path, options, model);
-    }
-    problem = reason.empty() ? "" : "\"" + printable(place_of(path).name) + "\" " + reason + ".";
-    if (!reason.empty())
-        model = {};
-    return reason.empty();
+    return take_model(open_model(path), options, model, problem);
 }

@@ -6,6 +6,7 @@
 // Our own format, ".mesh", is read as well, with or without the envelope that it has in packs.
 #pragma once
 
+#include "authoring/asset/model_scene.h"
 #include "authoring/asset/shape.h"
 
 #include <cstdint>
@@ -43,7 +44,21 @@ struct imported_model {
     uint32_t triangles_dropped;             // for want of an area, or of finite positions
 };
 
-// Reads the model at `path`. False, with the reason in `problem`: a line that begins with the file's name in quotes and
-// ends with a full stop; `model` is then empty. Of a ".mesh" that stays as it is the shape may hold numbers that are
-// not finite, as the player takes them.
+// A file that has been read, to be asked for one part after the other. Reading is what takes time.
+struct model_file {
+    std::string name;                  // without its folder
+    std::string problem;               // why it is no model, to be put behind its name; empty: it is one
+    std::vector<uint8_t> mesh_content; // of a ".mesh"; empty: `scene` has it
+    model_scene scene;
+};
+
+// Reads the model at `path`. What is wrong with it is told by every part that is asked for.
+model_file open_model(const std::string& path);
+
+// The model as the options want it. False, with the reason in `problem`: a line that begins with the file's name in
+// quotes and ends with a full stop; `model` is then empty. Of a ".mesh" that stays as it is the shape may hold numbers
+// that are not finite, as the player takes them.
+bool take_model(const model_file& file, const model_options& options, imported_model& model, std::string& problem);
+
+// Both, for a file of which one thing is wanted.
 bool import_model(const std::string& path, const model_options& options, imported_model& model, std::string& problem);

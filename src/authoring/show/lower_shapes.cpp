@@ -25,6 +25,13 @@ static void note_files(lowering& l, const std::string& file, const imported_mode
         note_file(l, folder + taken);
 }
 
+// Read once, however many parts are wanted of it.
+static const model_file& model_file_of(lowering& l, const std::string& path)
+{
+    const auto known = l.model_files.find(path);
+    return known != l.model_files.end() ? known->second : l.model_files[path] = open_model(path);
+}
+
 static const imported_model& model_of(lowering& l, const thing& made)
 {
     if (const auto known = l.models.find(&made); known != l.models.end())
@@ -38,7 +45,7 @@ static const imported_model& model_of(lowering& l, const thing& made)
     }
     const std::string path = find_file(l, mesh.file, made.place);
     std::string problem;
-    if (!path.empty() && !import_model(path, mesh.options, model, problem))
+    if (!path.empty() && !take_model(model_file_of(l, path), mesh.options, model, problem))
         add_problem(l.built.problems, problem_error, made.place, problem);
     note_files(l, mesh.file, model);
     for (const std::string& refused : model.files_refused)

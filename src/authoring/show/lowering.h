@@ -29,7 +29,8 @@ struct lowering {
     std::map<use_of_thing, std::vector<authored_record*>> made = {};
     std::map<const thing*, std::set<uint32_t>> letters = {}; // of each font, glyphs that texts use
     entry_names names = {};
-    std::map<const thing*, imported_model> models = {}; // that have been read
+    std::map<std::string, model_file> model_files = {}; // that have been read, by path
+    std::map<const thing*, imported_model> models = {};
     std::map<const thing*, imported_font> fonts = {};   // likewise
     std::map<std::string, uint32_t> pictures = {}; // components of those taken, by their keys
 };

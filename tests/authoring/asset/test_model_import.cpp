@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <doctest/doctest.h>
+#include <filesystem>
 
 namespace {
 
@@ -271,6 +272,36 @@ TEST_CASE("a part that is not there is told with the names that are")
     CHECK(problem_of(up, {0, false, {}, "in", normals_kept}).find("did you mean") == std::string::npos);
     const std::string long_name(1000, 'x');
     CHECK(problem_of(path, {0, false, {}, long_name, normals_kept}).size() < 200);
+}
+
+TEST_CASE("an opened file gives one part after the other without being read again")
+{
+    const models_folder folder;
+    folder.add("two.mtl", two_materials());
+    const model_file file = open_model(folder.add("two.obj", two_objects()));
+    std::filesystem::remove(folder.path + "two.obj");
+    imported_model model;
+    std::string problem;
+    REQUIRE(take_model(file, {0, false, {}, "wheel", normals_kept}, model, problem));
+    CHECK(model.shapes[0].positions == std::vector<float>{0, 0, -1, 2, 0, -1, 0, 2, -1});
+    CHECK_FALSE(take_model(file, {0, false, {}, "roof", normals_kept}, model, problem));
+    CHECK(model.shapes.empty());
+    REQUIRE(take_model(file, {0, false, {}, "", normals_kept}, model, problem));
+    CHECK(model.shapes[0].positions.size() == 18);
+    CHECK(model.files_taken == std::vector<std::string>{"two.mtl", "two.obj"});
+    CHECK(problem == "");
+}
+
+TEST_CASE("an opened file that is no model says so for every part")
+{
+    const models_folder folder;
+    const model_file file = open_model(folder.path + "none.obj");
+    imported_model model;
+    for (const char* part : {"a", "b"}) {
+        std::string problem;
+        CHECK_FALSE(take_model(file, {0, false, {}, part, normals_kept}, model, problem));
+        CHECK(problem == "\"none.obj\" cannot be opened: No such file or directory.");
+    }
 }
 
 // ---- our own format --------------------------------------------------------------
