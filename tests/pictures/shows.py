@@ -243,7 +243,7 @@ def built_by(*script):
 
 
 SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'layers': layers, 'held': held,
-         'spinning-cube': built_by('examples', 'spinning-cube', 'build.py'),
-         'first-light': built_by('first-light', 'build.py')}
+         'spinning-cube': built_by('examples', 'spinning-cube', 'build.py')}
+SOURCES = {'first-light': os.path.join(ROOT, 'productions', 'first-light')}     # that brimlow-make builds
 STILLS = {'textures': (0, 4), 'effects': (3, 11, 27), 'materials': (0, 5), 'layers': (2, 7), 'held': (0,),
           'spinning-cube': (4, 12), 'first-light': (32, 96, 160, 224, 256)}

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws small shows again and compares them with the stills kept here, on both paths.
 
-    test_pictures.py BRIMLOW_RENDER WORKFOLDER [--update] [NAME ...]
+    test_pictures.py BRIMLOW_RENDER BRIMLOW_MAKE WORKFOLDER [--update] [NAME ...]
 
 The stills stand in stills/NAME-PATH/FRAME.png. They are copied to WORKFOLDER and compared there by
 `brimlow-render --compare`, which leaves a picture of each difference beside them. --update draws them
@@ -13,7 +13,7 @@ import subprocess
 import sys
 
 sys.dont_write_bytecode = True
-from shows import FRAMES_PER_SECOND, HERE, SHOWS, STILLS  # noqa: E402
+from shows import FRAMES_PER_SECOND, HERE, SHOWS, SOURCES, STILLS  # noqa: E402
 
 STORE = os.path.join(HERE, 'stills')
 PATHS = ('glsl', 'fixed')
@@ -25,11 +25,18 @@ def render(program, path, pack, *more):
     return done.returncode, done.stdout
 
 
-def build(name, folder):
+def build(tool, name, folder):
     shutil.rmtree(folder, ignore_errors=True)
     os.makedirs(folder)
-    SHOWS[name](folder)
-    return os.path.join(folder, 'demo.dpk')
+    pack = os.path.join(folder, 'demo.dpk')
+    if name in SHOWS:
+        SHOWS[name](folder)
+        return pack
+    done = subprocess.run([tool, 'build', SOURCES[name], '-o', pack], stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, universal_newlines=True)
+    if done.returncode != 0:
+        sys.exit(done.stdout)
+    return pack
 
 
 def update(program, name, path, pack):
@@ -64,12 +71,12 @@ def compare(program, name, path, pack, work):
 
 def main():
     arguments = [a for a in sys.argv[1:] if a != '--update']
-    if len(arguments) < 2 or any(name not in SHOWS for name in arguments[2:]):
+    if len(arguments) < 3 or any(name not in STILLS for name in arguments[3:]):
         sys.exit(__doc__)
-    program, work = arguments[:2]
+    program, tool, work = arguments[:3]
     good = True
-    for name in arguments[2:] or SHOWS:
-        pack = build(name, os.path.join(work, name))
+    for name in arguments[3:] or STILLS:
+        pack = build(tool, name, os.path.join(work, name))
         for path in PATHS:
             if '--update' in sys.argv[1:]:
                 good = update(program, name, path, pack) and good

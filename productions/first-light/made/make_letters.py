@@ -1,7 +1,8 @@
-"""Outlines of the 87 letters, triangulated, from DejaVu Sans: writes assets/font.json.
+"""Outlines of the 87 letters, triangulated, from DejaVu Sans: writes letters.json and ../letters.lua.
 
-Only needed to redraw the font; building the pack reads the JSON file. Needs fontTools.
-    python3 make_font.py [FONT.ttf]
+    python3 make_letters.py [FONT.ttf]      then make_models.py
+
+Needs fontTools.
 """
 import json
 import os
@@ -11,8 +12,11 @@ from fontTools.pens.recordingPen import DecomposingRecordingPen
 from fontTools.ttLib import TTFont
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, HERE)
-from document import LETTERS  # noqa: E402
+
+# The order of the letters in a font; the space is the last of the 87.
+LETTERS = ("aAáÁbBcCdDeEéÉfFgGhHiIíÍjJkKlLmMnNoOóÓöÖőŐpPqQrRřŘsStTuUúÚüÜűŰvVwWxXyYzZ"
+           "?!0123456789&/ ")
+assert len(LETTERS) == 87
 
 CURVE_STEPS = 5
 
@@ -151,6 +155,15 @@ def outline(contours):
     return {"points": points, "triangles": triangles, "contours": loops}
 
 
+def write_measures(letters):
+    with open(os.path.join(HERE, os.pardir, "letters.lua"), "w") as file:
+        file.write("-- How wide each letter is, and how far from the pen its shape starts; capitals are one unit tall.\n"
+                   "-- Made by made/make_letters.py.\n\nreturn {\n")
+        for letter, record in letters.items():
+            file.write('    ["%s"] = { width = %r, bearing = %r },\n' % (letter, record["width"], record["bearing"]))
+        file.write("}\n")
+
+
 def main():
     path = sys.argv[1] if len(sys.argv) > 1 else "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
     font = TTFont(path)
@@ -172,8 +185,9 @@ def main():
             shape["points"] = [(round(x - record["bearing"], 4), y) for x, y in shape["points"]]
             record.update(shape)
         letters[letter] = record
-    with open(os.path.join(HERE, "assets", "font.json"), "w") as file:
+    with open(os.path.join(HERE, "letters.json"), "w") as file:
         json.dump(letters, file, ensure_ascii=False, separators=(",", ":"))
+    write_measures(letters)
     print("%d letters, %d points" % (len(letters), sum(len(r.get("points", [])) for r in letters.values())))
 
 

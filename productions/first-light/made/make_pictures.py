@@ -1,13 +1,13 @@
-"""Draws the pictures under assets/. Only needed to redraw them: the pack is built from the committed files.
+"""Draws the pictures under ../pictures.
 
-Needs numpy and PIL:  python3 make_assets.py
+Needs numpy and PIL:  python3 make_pictures.py
 """
 import os
 
 import numpy as np
 from PIL import Image
 
-ASSETS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "assets")
+PICTURES = os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "pictures")
 
 
 # ---- noise --------------------------------------------------------------------------
@@ -69,7 +69,7 @@ def ramp(x, stops):
 
 def save(name, picture, **more):
     array = np.clip(picture * 255 + 0.5, 0, 255).astype(np.uint8)
-    Image.fromarray(array).save(os.path.join(ASSETS, name), **more)
+    Image.fromarray(array).save(os.path.join(PICTURES, name), **more)
 
 
 # ---- the sky -------------------------------------------------------------------------
@@ -305,7 +305,7 @@ def shadow(width=64, height=128):
 
 
 def main():
-    os.makedirs(ASSETS, exist_ok=True)
+    os.makedirs(PICTURES, exist_ok=True)
     for name, sky in (("night", night), ("dawn", dawn), ("morning", morning)):
         save("sky_%s.jpg" % name, panorama(1024 if name == "night" else 2048, 512, sky), quality=86)
     for face, picture in cube_faces(128, dawn):
@@ -330,8 +330,6 @@ def main():
     save("crest.png", crest(), optimize=True)
     save("aurora.png", aurora_veil(), optimize=True)
     save("white.png", np.ones((4, 4, 3)), optimize=True)
-    save("target.png", np.zeros((256, 256, 3)), optimize=True)
-    save("target_wide.png", np.zeros((160, 256, 3)), optimize=True)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,6 @@
-"""Plays the music: "First Light", D major, 75 beats a minute, 28 bars; writes first-light.ogg.
+"""Plays the music: "First Light", D major, 75 beats a minute, 28 bars; writes ../first-light.ogg.
 
-Only needed to make the track again. Needs numpy and oggenc:  python3 make_music.py
+Needs numpy and oggenc:  python3 make_music.py
 The bars are those of the show (one bar is 320 ticks), so cuts fall on the beat.
 """
 import os
@@ -276,7 +276,7 @@ def main():
         file.setsampwidth(2)
         file.setframerate(RATE)
         file.writeframes((sound.T * 32767).astype("<i2").tobytes())
-    subprocess.run(["oggenc", "-Q", "-b", "84", "-o", os.path.join(here, "first-light.ogg"), plain], check=True)
+    subprocess.run(["oggenc", "-Q", "-b", "84", "-o", os.path.join(here, os.pardir, "first-light.ogg"), plain], check=True)
     os.remove(plain)
 
 

@@ -1,14 +1,11 @@
-"""Shapes: made from formulas, written as the player's binary meshes.
+"""Shapes, made from formulas.
 
 y is up, x to the right, the first camera looks along -z. Row 0 of a picture is its top, so t grows
-downward on everything that shows a picture; shapes for render targets (`upright=False`) turn t round,
-because a copied frame starts with its bottom row.
+downward on everything that shows a picture.
 """
 import math
 import random
 import struct
-
-from pack import compressed
 
 
 class Mesh:
@@ -74,18 +71,19 @@ class Mesh:
         self.indices += [base + k for k in other.indices]
         return self
 
-    def packed(self):
-        assert 0 < len(self.positions) < 65536 and len(self.indices) % 3 == 0 and 1 <= len(self.sets) <= 3
-        data = struct.pack("<HH", len(self.positions), len(self.sets))
-        sets = [[(s, turned_twice(t)) for s, t in values] for values in self.sets]
-        for values in (self.positions, *sets, self.normals):
-            flat = [c + 0.0 for value in values for c in value]     # there is no zero below zero
-            data += struct.pack("<%df" % len(flat), *flat)
-        return compressed(data + struct.pack("<%dH" % len(self.indices), *self.indices))
+    def stored(self):
+        """The same in single precision, as it is kept in a file."""
+        assert 0 < len(self.positions) < 65536 and len(self.indices) % 3 == 0
+        shape = Mesh()
+        shape.indices = self.indices
+        shape.positions, shape.normals = ([tuple(single(c) for c in p) for p in values]
+                                          for values in (self.positions, self.normals))
+        shape.sets = [[(single(s), turned_twice(t)) for s, t in values] for values in self.sets]
+        return shape
 
 
 def single(value):
-    return struct.unpack("<f", struct.pack("<f", value))[0]
+    return struct.unpack("<f", struct.pack("<f", value))[0] + 0.0     # there is no zero below zero
 
 
 def turned_twice(t):
@@ -134,26 +132,7 @@ def fractal(x, y, octaves=4, seed=0):
     return total / norm
 
 
-# ---- flat things --------------------------------------------------------------------
-
-def panel(width=1.0, height=1.0, upright=True):
-    """A picture that stands in the world, centred, seen from +z."""
-    mesh = Mesh()
-    for x, y in ((-1, -1), (1, -1), (1, 1), (-1, 1)):
-        t = (1 - y) / 2
-        mesh.vertex((x * width / 2, y * height / 2, 0), ((x + 1) / 2, t if upright else 1 - t))
-    mesh.quad(0, 1, 2, 3)
-    return mesh
-
-
-def screen(upright=True):
-    """The whole screen under the flat camera."""
-    mesh = Mesh()
-    for x, y in ((0, 0), (1, 0), (1, 1), (0, 1)):
-        mesh.vertex((x, y, 0), (x, y if upright else 1 - y))
-    mesh.quad(0, 1, 2, 3)
-    return mesh
-
+# ---- land and walls ------------------------------------------------------------------
 
 def ground(size, cells, repeat, height=lambda x, z: 0.0):
     """A square of land; the second coordinates span it once."""
@@ -439,19 +418,6 @@ def paper_boat():
         peak = [(side * 0.06, 0.0, 0.62), (side * 0.06, 0.0, -0.62), (0, 0.95, 0)]
         face(*(peak if side > 0 else peak[::-1]))
     return mesh.flat()
-
-
-def wing():
-    """One wing of a bird, hinged at x = 0, tip towards +x; mirror it for the other."""
-    mesh = Mesh()
-    points = [((0, 0, -0.16), (0, 0)), ((0, 0, 0.20), (0, 1)), ((0.55, 0.05, -0.22), (0.5, 0)),
-              ((0.50, 0.04, 0.10), (0.5, 1)), ((1.15, 0, 0.06), (1, 0.5))]
-    for p, t in points:
-        mesh.vertex(p, t, (0, 1, 0))
-    mesh.triangle(0, 1, 3)
-    mesh.triangle(0, 3, 2)
-    mesh.triangle(2, 3, 4)
-    return mesh
 
 
 def glyph(outline, depth=0.0):
