@@ -28,9 +28,9 @@ void push_thing(lua_State* L, thing* made)
 thing* push_thing(lua_State* L, thing_value value)
 {
     word_state& s = state_of(L);
-    constexpr size_t most = 1'000'000;
+    constexpr size_t most = 200'000;
     if (s.show->things.size() >= most)
-        raise_error(L, "the show is made of more than a million things: is this loop endless?");
+        raise_error(L, "the show is made of more than 200,000 things: is this loop endless?");
     thing* made = add_thing(*s.show, std::move(value), current_place(L), s.document);
     push_thing(L, made);
     return made;

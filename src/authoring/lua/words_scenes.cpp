@@ -122,6 +122,9 @@ static void read_placed(lua_State* L, int table, placed_thing& placed)
         placed.visible = visible_field(r);
     placed.time_offset = time_field(r, "time_offset", placed.time_offset);
     placed.facing = flag_field(r, "facing", placed.facing);
+    placed.align = choice_field(r, "align", align_choices, placed.align);
+    if (placed.align != 0 && placed.kind != object_text)
+        report_error(L, "object: align is for texts: a mesh is moved by at.");
     if (!take(r, "manipulators"))
         return;
     placed.manipulators.clear();

@@ -2,11 +2,14 @@
 #include "authoring/lua/word_list.h"
 
 #include "authoring/lua/sandbox.h"
+#include "authoring/show/entries.h"
 #include "model/glyphs.h"
 
 #include <lua.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 // ---- models ---------------------------------------------------------------------------
@@ -47,6 +50,63 @@ static int word_mesh(lua_State* L)
     if (!lua_isnoneornil(L, 2))
         read_mesh(L, 2, mesh);
     push_thing(L, std::move(mesh));
+    return 1;
+}
+
+// ---- parts of models ------------------------------------------------------------------------
+
+static void push_color(lua_State* L, const std::array<float, 4>& rgba)
+{
+    lua_createtable(L, 4, 0);
+    for (int channel = 0; channel < 4; ++channel) {
+        lua_pushnumber(L, std::strtod(number_text(static_cast<double>(rgba[static_cast<size_t>(channel)])).c_str(), nullptr));
+        lua_rawseti(L, -2, channel + 1);
+    }
+}
+
+static void push_part(lua_State* L, const std::string& file, const model_part& part)
+{
+    lua_newtable(L);
+    lua_pushstring(L, part.material.c_str());
+    lua_setfield(L, -2, "name");
+    if (!part.textures.empty() && part.textures[0][0] != '*') { // others lie in the file itself
+        const size_t slash = part.textures[0].find_last_of("/\\");
+        const std::string folder = file.substr(0, file.find_last_of('/') + 1);
+        lua_pushstring(L, (folder + part.textures[0].substr(slash == std::string::npos ? 0 : slash + 1)).c_str());
+        lua_setfield(L, -2, "texture");
+    }
+    push_color(L, part.diffuse);
+    lua_setfield(L, -2, "color");
+    mesh_thing mesh;
+    mesh.file = file;
+    mesh.options.part = part.material;
+    push_thing(L, std::move(mesh));
+    lua_setfield(L, -2, "mesh");
+}
+
+// parts "spider.obj": a list with an entry for each of the file's materials, { name =, texture =, color =, mesh = }.
+static int word_parts(lua_State* L)
+{
+    const std::string file = text_at(L, 1, "parts");
+    show_description& show = *state_of(L).show;
+    std::string problem;
+    const std::string path = path_in_folder(show.folder, file, problem);
+    imported_model model = {};
+    if (!path.empty()) {
+        const excused_time reading(L);
+        take_model(model_file_of(show, path), {0, false, {}, {}, normals_kept}, model, problem);
+    }
+    if (!problem.empty())
+        report_error(L, problem);
+    lua_newtable(L);
+    std::vector<std::string> seen;
+    for (const model_part& part : model.parts) {
+        if (std::find(seen.begin(), seen.end(), part.material) != seen.end())
+            continue;
+        seen.push_back(part.material);
+        push_part(L, file, part);
+        lua_rawseti(L, -2, static_cast<lua_Integer>(seen.size()));
+    }
     return 1;
 }
 
@@ -184,6 +244,7 @@ static glyph_thing read_glyph(lua_State* L, int table)
 
 static void read_glyphs(field_reader& r, font_thing& font)
 {
+    font.glyphs.resize(glyph_count);
     if (!take(r, "glyphs"))
         return;
     const int table = lua_gettop(r.L);
@@ -297,6 +358,7 @@ void configure_shape(lua_State* L, const thing& made)
 void define_shape_words(lua_State* L)
 {
     define_word(L, "mesh", guarded<word_mesh>);
+    define_word(L, "parts", guarded<word_parts>);
     define_word(L, "shape", guarded<word_shape>);
     define_word(L, "effect", guarded<word_effect>);
     define_word(L, "font", guarded<word_font>);

@@ -43,23 +43,42 @@ std::string near_file(const std::string& path)
     return near.empty() ? "" : ": did you mean \"" + near + "\"?";
 }
 
-std::string find_file(lowering& l, const std::string& file, const source_place& place)
+// A link that leads out of the folder would let a stranger's show take any file of whoever builds it.
+static bool stays_inside(const std::filesystem::path& folder, const std::filesystem::path& path)
 {
     namespace fs = std::filesystem;
     std::error_code fault;
+    const fs::path home = fs::weakly_canonical(folder, fault);
+    const fs::path real = fault ? fs::path() : fs::weakly_canonical(path, fault);
+    return !fault && std::mismatch(home.begin(), home.end(), real.begin(), real.end()).first == home.end();
+}
+
+std::string path_in_folder(const std::string& folder, const std::string& file, std::string& fault)
+{
+    namespace fs = std::filesystem;
+    std::error_code system;
     const fs::path wish = fs::path(file).lexically_normal();
-    if (file.empty() || wish.is_absolute() || wish.begin()->string() == "..") {
-        add_problem(l.built.problems, problem_error, place,
-            "\"" + file + "\" leads out of the show's folder: copy the file into it.");
-        return {};
+    const fs::path path = fs::path(folder) / wish;
+    if (file.empty())
+        fault = "the name of a file is empty: write the name of one in the show's folder.";
+    else if (wish.is_absolute() || wish.begin()->string() == ".." || !stays_inside(folder, path))
+        fault = "\"" + file + "\" leads out of the show's folder: copy the file into it.";
+    else if (!fs::is_regular_file(path, system)) {
+        const std::string near = near_file(path);
+        fault = "there is no file \"" + file + "\"" + (near.empty() ? " in the show's folder." : near);
     }
-    const fs::path path = fs::path(l.show.folder) / wish;
-    if (!fs::is_regular_file(path, fault)) {
-        add_problem(l.built.problems, problem_error, place, "there is no file \"" + file + "\"" + (near_file(path).empty() ? "." : near_file(path)));
-        return {};
-    }
-    note_file(l, wish.string());
-    return path.string();
+    return fault.empty() ? path.string() : "";
+}
+
+std::string find_file(lowering& l, const std::string& file, const source_place& place)
+{
+    std::string fault;
+    const std::string path = path_in_folder(l.show.folder, file, fault);
+    if (!fault.empty())
+        add_problem(l.built.problems, problem_error, place, fault);
+    if (!path.empty())
+        note_file(l, std::filesystem::path(file).lexically_normal().string());
+    return path;
 }
 
 bool read_file(lowering& l, const std::string& path, const source_place& place, std::vector<uint8_t>& bytes)

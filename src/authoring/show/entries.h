@@ -24,5 +24,9 @@ std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const st
 // The file's name without folders and ending: "models/spider.obj" is "spider".
 std::string stem_of(const std::string& file);
 
+// The path of a file that a source names, below `folder`. Empty, with a sentence in `fault`, where it leads out of
+// the folder or is not there.
+std::string path_in_folder(const std::string& folder, const std::string& file, std::string& fault);
+
 // Reads a whole file. False, and a problem, when that fails.
 bool read_file(lowering& l, const std::string& path, const source_place& place, std::vector<uint8_t>& bytes);

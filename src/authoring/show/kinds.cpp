@@ -50,6 +50,12 @@ static const char* format_name(uint32_t index)
     return names[index];
 }
 
+static const char* align_name(uint32_t index)
+{
+    static constexpr const char* names[] = {"left", "center", "right"};
+    return names[index];
+}
+
 static const char* normal_name(uint32_t index)
 {
     static constexpr const char* names[] = {"keep", "smooth", "flat"};
@@ -73,6 +79,7 @@ const choice_list effect_choices = choices_of<effect_types>("mesh effect");
 const choice_list dynamic_choices = choices_of<effects_2d>("dynamic texture");
 const choice_list generator_choices = choices_of<texture_generators>("generated picture");
 const choice_list manipulator_choices = choices_of<manipulators>("manipulator");
+const choice_list align_choices = {"alignment", 3, align_name};
 const choice_list normal_choices = {"kind of normals", 3, normal_name};
 
 // ---- kinds ----------------------------------------------------------------------------
@@ -255,6 +262,7 @@ static constexpr field_row placed_fields[] = {
     {"time_offset", field_time, "0", "Its own time is that much ahead."},
     {"facing", field_flag, "false", "It turns towards the eye."},
     {"manipulators", field_list, nullptr, "What multiplies or bends it, in order."},
+    {"align", field_choice, "left", "Of a text: which of its ends, or its middle, is where `at` says.", &align_choices},
     {"name", field_text, nullptr, "For messages."},
 };
 

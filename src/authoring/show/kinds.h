@@ -59,6 +59,7 @@ extern const choice_list effect_choices;
 extern const choice_list dynamic_choices;
 extern const choice_list generator_choices;
 extern const choice_list manipulator_choices;
+extern const choice_list align_choices; // of texts: left, center, right
 extern const choice_list normal_choices; // how a mesh gets its normals
 
 struct field_row {

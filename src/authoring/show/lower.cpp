@@ -48,17 +48,23 @@ authored_record* new_record(
 
 // ---- letters ----------------------------------------------------------------------------
 
-static void note_letters(lowering& l, const placed_thing& placed)
+std::vector<uint32_t> glyphs_of_text(const std::string& text)
 {
-    std::set<uint32_t>& letters = l.letters[placed.what];
-    const std::string& text = placed.text;
+    std::vector<uint32_t> glyphs;
     for (size_t index = 0; index < text.size(); ++index) {
         uint8_t glyph = glyph_of_byte(static_cast<uint8_t>(text[index]));
         if (glyph == glyph_lead_byte && index + 1 < text.size())
             glyph = glyph_of_second_byte(static_cast<uint8_t>(text[++index]));
         if (glyph < glyph_count)
-            letters.insert(glyph);
+            glyphs.push_back(glyph);
     }
+    return glyphs;
+}
+
+static void note_letters(lowering& l, const placed_thing& placed)
+{
+    for (const uint32_t glyph : glyphs_of_text(placed.text))
+        l.letters[placed.what].insert(glyph);
 }
 
 // ---- documents --------------------------------------------------------------------------

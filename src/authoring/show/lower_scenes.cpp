@@ -18,12 +18,21 @@ static void add_manipulator(lowering& l, element& parent, const manipulator_thin
         add_animated(l, node, "p", param);
 }
 
-static void add_placement(lowering& l, element& node, const placed_thing& made, const moving_point& scale,
-    const source_place& place)
+// Where a text begins whose middle or end is to be at its place. The pen knows no scale.
+static moving_number beginning_of_text(lowering& l, const placed_thing& made, bool flat)
+{
+    if (made.align == 0 || as<font_thing>(made.what) == nullptr)
+        return made.at[0];
+    const double width = text_width(l, *made.what, made.text, flat);
+    return moved_number(l, made.at[0], made.align == 1 ? -width / 2 : -width);
+}
+
+static void add_placement(lowering& l, element& node, const placed_thing& made, const moving_point& at,
+    const moving_point& scale, const source_place& place)
 {
     static constexpr const char* names[]
         = {"x", "y", "z", "rotation_x", "rotation_y", "rotation_z", "scale_x", "scale_y", "scale_z"};
-    const moving_point* points[] = {&made.at, &made.rotation, &scale};
+    const moving_point* points[] = {&at, &made.rotation, &scale};
     for (uint32_t index = 0; index < std::size(names); ++index)
         add_animated(l, node, names[index], (*points[index / 3])[index % 3]);
     add_setting(node, "visible",
@@ -35,14 +44,18 @@ static void add_placement(lowering& l, element& node, const placed_thing& made, 
         add_manipulator(l, manipulators, *as<manipulator_thing>(manipulator));
 }
 
+namespace {
+
 struct placed_numbers {
     const authored_record* object;
     const authored_record* material;
     const authored_record* font;
 };
 
+} // namespace
+
 static void add_object(lowering& l, element& scene, const thing& placed, const placed_numbers& numbers,
-    const moving_point& scale)
+    const moving_point& scale, bool flat = false)
 {
     const placed_thing& made = *as<placed_thing>(&placed);
     element& node = add_child(scene, "placed");
@@ -52,7 +65,8 @@ static void add_object(lowering& l, element& scene, const thing& placed, const p
     add_attribute(node, "material", value_of(numbers.material));
     add_attribute(node, "font", value_of(numbers.font));
     add_attribute(node, "text", value_of(made.text));
-    add_placement(l, node, made, scale, placed.place);
+    const moving_point at = {beginning_of_text(l, made, flat), made.at[1], made.at[2]};
+    add_placement(l, node, made, at, scale, placed.place);
 }
 
 // A screen is 4 wide and 3 high, and y grows downward there: letters made of a font's file come out upright
@@ -77,7 +91,7 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
         return add_object(l, scene, placed, {nullptr, material, nullptr}, made.scale);
     if (as<font_thing>(made.what) != nullptr) {
         const authored_record* font = lower_font(l, *made.what, made.material, flat_look);
-        return add_object(l, scene, placed, {nullptr, material, font}, scale_of_letters(l, made, flat));
+        return add_object(l, scene, placed, {nullptr, material, font}, scale_of_letters(l, made, flat), flat_look);
     }
     if (as<effect_thing>(made.what) != nullptr)
         return add_object(l, scene, placed, {lower_effect(l, *made.what), material, nullptr}, made.scale);

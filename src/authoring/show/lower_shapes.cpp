@@ -25,11 +25,10 @@ static void note_files(lowering& l, const std::string& file, const imported_mode
         note_file(l, folder + taken);
 }
 
-// Read once, however many parts are wanted of it.
-static const model_file& model_file_of(lowering& l, const std::string& path)
+const model_file& model_file_of(show_description& show, const std::string& path)
 {
-    const auto known = l.model_files.find(path);
-    return known != l.model_files.end() ? known->second : l.model_files[path] = open_model(path);
+    const auto known = show.model_files.find(path);
+    return known != show.model_files.end() ? known->second : show.model_files[path] = open_model(path);
 }
 
 static const imported_model& model_of(lowering& l, const thing& made)
@@ -45,7 +44,7 @@ static const imported_model& model_of(lowering& l, const thing& made)
     }
     const std::string path = find_file(l, mesh.file, made.place);
     std::string problem;
-    if (!path.empty() && !take_model(model_file_of(l, path), mesh.options, model, problem))
+    if (!path.empty() && !take_model(model_file_of(l.show, path), mesh.options, model, problem))
         add_problem(l.built.problems, problem_error, made.place, problem);
     note_files(l, mesh.file, model);
     for (const std::string& refused : model.files_refused)
@@ -75,7 +74,8 @@ const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& made, 
         return known->second;
     const mesh_thing& mesh = *as<mesh_thing>(&made);
     const imported_model& model = model_of(l, made);
-    std::string wish = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file)) + (turned_sets != 0 ? "-turned" : "");
+    const std::string part = mesh.options.part.empty() ? "" : "-" + mesh.options.part;
+    std::string wish = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file) + part) + (turned_sets != 0 ? "-turned" : "");
     if (l.show.keep_order)
         wish = mesh.name.empty() ? mesh.file : mesh.name;
     std::vector<authored_record*> list;
@@ -122,7 +122,8 @@ static element glyph_element(const authored_record* mesh, const authored_record*
 
 static void add_own_glyphs(lowering& l, element& node, const font_thing& font, const thing* material, bool flat)
 {
-    for (const glyph_thing& glyph : font.glyphs) {
+    for (uint32_t index = 0; index < glyph_count; ++index) {
+        const glyph_thing glyph = index < font.glyphs.size() ? font.glyphs[index] : glyph_thing{};
         const thing* with = material != nullptr ? material : glyph.material;
         node.children.push_back(glyph_element(
             glyph.mesh != nullptr ? lower_mesh(l, *glyph.mesh, 0).front() : nullptr,
@@ -169,6 +170,21 @@ static void add_letters(lowering& l, element& node, const thing& made, const thi
         node.children.push_back(
             glyph_element(mesh, mesh != nullptr ? with : nullptr, 0, glyph.offset * wide, glyph.width * wide));
     }
+}
+
+double text_width(lowering& l, const thing& made, const std::string& text, bool flat)
+{
+    const font_thing& font = *as<font_thing>(&made);
+    double width = 0;
+    for (const uint32_t index : glyphs_of_text(text)) {
+        if (font.file.empty()) {
+            const glyph_thing glyph = index < font.glyphs.size() ? font.glyphs[index] : glyph_thing{};
+            width += glyph.mesh != nullptr ? glyph.width : glyph.width - glyph.offset;
+        } else {
+            width += letters_of(l, made).glyphs[index].width * (flat ? flat_width : 1);
+        }
+    }
+    return width;
 }
 
 authored_record* lower_font(lowering& l, const thing& made, const thing* material, bool flat)

@@ -70,6 +70,14 @@ authored_record* lower_value(lowering& l, const thing& made)
     return record;
 }
 
+moving_number moved_number(lowering& l, const moving_number& number, double offset)
+{
+    if (number.curve == nullptr)
+        return {number.constant + offset, nullptr};
+    const curve& c = as<curve_thing>(number.curve)->c;
+    return {0, add_thing(l.show, curve_thing{scaled_curve(c, 1, offset)}, number.curve->place, l.document)};
+}
+
 moving_number scaled_number(lowering& l, const moving_number& number, double factor)
 {
     if (number.curve == nullptr)

@@ -29,7 +29,6 @@ struct lowering {
     std::map<use_of_thing, std::vector<authored_record*>> made = {};
     std::map<const thing*, std::set<uint32_t>> letters = {}; // of each font, glyphs that texts use
     entry_names names = {};
-    std::map<std::string, model_file> model_files = {}; // that have been read, by path
     std::map<const thing*, imported_model> models = {};
     std::map<const thing*, imported_font> fonts = {};   // likewise
     std::map<std::string, uint32_t> pictures = {}; // components of those taken, by their keys
@@ -72,6 +71,9 @@ void finish_nodes(lowering& l);
 // A number times a factor, a new curve where it moves.
 moving_number scaled_number(lowering& l, const moving_number& number, double factor);
 
+// A number and an offset, likewise.
+moving_number moved_number(lowering& l, const moving_number& number, double offset);
+
 constexpr double flat_width = 0.75; // of a flat scene's unit to the right, beside the one downward, where screens are 4 : 3
 
 // ---- shapes -------------------------------------------------------------------------
@@ -80,6 +82,12 @@ constexpr double flat_width = 0.75; // of a flat scene's unit to the right, besi
 const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& mesh, uint32_t turned_sets);
 authored_record* lower_effect(lowering& l, const thing& effect);
 authored_record* lower_font(lowering& l, const thing& font, const thing* material, bool flat);
+
+// The glyphs that a text shows, in order: those of letters that no font has are left out.
+std::vector<uint32_t> glyphs_of_text(const std::string& text);
+
+// How far the pen moves over a text.
+double text_width(lowering& l, const thing& font, const std::string& text, bool flat);
 
 // ---- surfaces and scenes --------------------------------------------------------------
 

@@ -24,6 +24,7 @@ struct show_description {
     double beats_per_bar = 4;
     bool keep_order = false;
     std::vector<std::unique_ptr<thing>> things;                     // in the order in which they were made
+    std::map<std::string, model_file> model_files; // that have been read, by path
     std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
 };
 
@@ -43,6 +44,9 @@ struct built_show {
     double music_seconds = 0;             // 0: none, or none that plays
     problem_list problems;
 };
+
+// The model's file at `path`, which is read once, however many parts are wanted of it.
+const model_file& model_file_of(show_description& show, const std::string& path);
 
 // Adds a thing to the show.
 thing* add_thing(show_description& show, thing_value value, const source_place& place, uint32_t document);

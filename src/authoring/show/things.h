@@ -126,7 +126,7 @@ struct font_thing {
     std::string file; // empty: `glyphs` are the whole
     font_options options = {1, 0, 0, 0, default_font_detail, 0};
     bool all_letters = false;
-    std::array<glyph_thing, glyph_count> glyphs;
+    std::vector<glyph_thing> glyphs; // none or glyph_count
     const thing* material = nullptr; // of texts that name none
 };
 
@@ -185,6 +185,7 @@ struct placed_thing {
     double time_offset = 0;
     bool facing = false;
     std::vector<const thing*> manipulators;
+    uint32_t align = 0; // of align_choices
 };
 
 struct scene_thing {
