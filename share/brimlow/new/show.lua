@@ -24,9 +24,9 @@ for i = 1, 12 do
     })
 end
 
--- A flat scene is one wide and one high, whatever the shape of the screen: letters of 16:9 are drawn narrower.
+-- A flat scene is one wide and one high, whatever the shape of the screen.
 local hello = scene "hello" {
-    letters "Hello!" { material = ink, at = {0.38, 0.45, 0}, scale = {9 / 16, 1, 1} },
+    letters "Hello!" { material = ink, at = {0.5, 0.5, 0}, align = "center" },
 }
 
 -- The eye goes around them while it looks at the middle.

@@ -127,7 +127,8 @@ double time_at(lua_State* L, int index, const std::string& what, double fallback
         report_kind(L, index, what, "a time: ticks, or a text like \"4s\" or \"8b\"");
         return fallback;
     }
-    const show_description& show = *state_of(L).show;
+    show_description& show = *state_of(L).show;
+    show.has_units = true;
     double ticks = fallback;
     const std::string text = lua_tostring(L, index);
     const std::string fault = read_time(text, {show.bpm, show.beats_per_bar}, ticks);

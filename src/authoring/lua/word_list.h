@@ -59,6 +59,9 @@ void define_scene_words(lua_State* L);
 void place(lua_State* L, const thing& made);
 void configure_placed(lua_State* L, const thing& made);
 
+// entry "x" { name = ... }: pushes the entry.
+void configure_entry(lua_State* L, thing& made);
+
 // scene "x" { ... }: fills it, or makes a clip of it; pushes the scene or the clip.
 void call_scene(lua_State* L, thing& made);
 bool push_scene_method(lua_State* L, const thing& made, const std::string& name);

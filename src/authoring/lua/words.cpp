@@ -53,6 +53,8 @@ static int thing_call(lua_State* L)
         place(L, made);
     else if (as<placed_thing>(&made) != nullptr)
         configure_placed(L, made);
+    else if (as<entry_thing>(&made) != nullptr)
+        configure_entry(L, made);
     else if (is_picture)
         configure_picture(L, made);
     else

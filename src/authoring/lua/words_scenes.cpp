@@ -2,6 +2,7 @@
 #include "authoring/lua/word_list.h"
 
 #include "authoring/lua/sandbox.h"
+#include "authoring/show/entries.h"
 #include "authoring/show/raw.h"
 #include "content/pack.h"
 
@@ -430,6 +431,11 @@ static int word_show(lua_State* L)
     show.beats_per_bar = number_field(r, "beats_per_bar", show.beats_per_bar);
     if (has_field(r, "seed"))
         set_random_seed(L, static_cast<uint64_t>(std::max(0.0, number_field(r, "seed", 1))));
+    show.aspect = number_field(r, "aspect", show.aspect);
+    if (show.aspect < 0.1 || show.aspect > 10) {
+        report_error(L, "show: aspect is the width of a screen by its height, like 16 / 9.");
+        show.aspect = 4.0 / 3;
+    }
     show.keep_order = flag_field(r, "keep_order", show.keep_order);
     return 0;
 }
@@ -461,10 +467,24 @@ static int make_entry(lua_State* L, const char* word, bool is_document)
     field_reader r = read_fields(L, 2, word, kind_entry);
     entry.name = text_field(r, "name");
     entry.is_document = is_document;
+    if (is_document && entry.name.empty())
+        entry.name = stem_of(entry.file) + ".xmlz";
+    if (is_document && entry.name != "demo.xmlz" && entry.name != "loading.xmlz")
+        report_error(L, "document: a show has the documents \"demo.xmlz\" and \"loading.xmlz\", and \"" + entry.name
+                + "\" is none of them: write { name = \"demo.xmlz\" } behind the file.");
     if (entry.name.size() >= pack_name_size)
         report_error(L, std::string(word) + ": the name \"" + entry.name + "\" is longer than 31 bytes.");
     push_thing(L, std::move(entry))->used = true;
     return 1;
+}
+
+void configure_entry(lua_State* L, thing& made)
+{
+    entry_thing& entry = std::get<entry_thing>(made.value);
+    field_reader r = read_fields(L, 2, entry.is_document ? "document" : "entry", kind_entry);
+    if (has_field(r, "name"))
+        entry.name = text_field(r, "name");
+    lua_pushvalue(L, 1);
 }
 
 // entry "file": a file of the pack that no other word brings.

@@ -89,6 +89,7 @@ static constexpr field_row show_fields[] = {
     {"music", field_file, nullptr, "An Ogg Vorbis file that lies beside the source."},
     {"bpm", field_number, nullptr, "Beats a minute, for times like \"8b\"."},
     {"beats_per_bar", field_number, "4", "Beats of a bar, for times like \"2 bars\"."},
+    {"aspect", field_number, "4 / 3", "The screen on which letters of flat scenes are as wide as they should be."},
     {"seed", field_number, "1", "Where math.random begins: the same seed gives the same show."},
     {"keep_order", field_flag, "false",
         "Every record keeps the place in which the source makes it, used or not: for sources that `open` wrote."},

@@ -76,7 +76,7 @@ static moving_point scale_of_letters(lowering& l, const placed_thing& made, bool
     const font_thing* font = as<font_thing>(made.what);
     if (font == nullptr || font->file.empty() || !flat || l.show.keep_order)
         return made.scale;
-    return {scaled_number(l, made.scale[0], flat_width), scaled_number(l, made.scale[1], -1), made.scale[2]};
+    return {scaled_number(l, made.scale[0], flat_width(l)), scaled_number(l, made.scale[1], -1), made.scale[2]};
 }
 
 static void add_placed(lowering& l, element& scene, const thing& placed, bool flat)

@@ -160,7 +160,7 @@ static void add_letters(lowering& l, element& node, const thing& made, const thi
 {
     const imported_font& letters = letters_of(l, made);
     const authored_record* with = material != nullptr ? lower_material(l, *material, flat) : nullptr;
-    const double wide = flat ? flat_width : 1;
+    const double wide = flat ? flat_width(l) : 1;
     for (uint32_t index = 0; index < glyph_count; ++index) {
         const imported_glyph& glyph = letters.glyphs[index];
         const authored_record* mesh = nullptr;
@@ -181,7 +181,7 @@ double text_width(lowering& l, const thing& made, const std::string& text, bool 
             const glyph_thing glyph = index < font.glyphs.size() ? font.glyphs[index] : glyph_thing{};
             width += glyph.mesh != nullptr ? glyph.width : glyph.width - glyph.offset;
         } else {
-            width += letters_of(l, made).glyphs[index].width * (flat ? flat_width : 1);
+            width += letters_of(l, made).glyphs[index].width * (flat ? flat_width(l) : 1);
         }
     }
     return width;

@@ -70,6 +70,11 @@ authored_record* lower_value(lowering& l, const thing& made)
     return record;
 }
 
+double flat_width(const lowering& l)
+{
+    return 1 / l.show.aspect;
+}
+
 moving_number moved_number(lowering& l, const moving_number& number, double offset)
 {
     if (number.curve == nullptr)

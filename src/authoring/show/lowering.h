@@ -74,7 +74,8 @@ moving_number scaled_number(lowering& l, const moving_number& number, double fac
 // A number and an offset, likewise.
 moving_number moved_number(lowering& l, const moving_number& number, double offset);
 
-constexpr double flat_width = 0.75; // of a flat scene's unit to the right, beside the one downward, where screens are 4 : 3
+// Of a flat scene's unit to the right, beside the one downward: 0.75 on a screen of 4 : 3.
+double flat_width(const lowering& l);
 
 // ---- shapes -------------------------------------------------------------------------
 

@@ -22,6 +22,8 @@ struct show_description {
     source_place music_place;
     double bpm = 0; // 0: not said
     double beats_per_bar = 4;
+    double aspect = 4.0 / 3; // of the screens that it is made for
+    bool has_units = false;  // a time was said with its unit
     bool keep_order = false;
     std::vector<std::unique_ptr<thing>> things;                     // in the order in which they were made
     std::map<std::string, model_file> model_files; // that have been read, by path

@@ -30,7 +30,10 @@ bool take_source(const std::string& path, show_source& source)
 // Lines that a source prints. Where JSON goes to standard output they go to the other stream.
 static void print_line(void* user, const char* line)
 {
-    std::fprintf(static_cast<FILE*>(user), "%s\n", printable(line).c_str());
+    std::string text = line;
+    for (size_t tab = text.find('\t'); tab != std::string::npos; tab = text.find('\t', tab))
+        text.replace(tab, 1, "    "); // print puts them between its values
+    std::fprintf(static_cast<FILE*>(user), "%s\n", printable(text).c_str());
 }
 
 void build(const show_source& source, bool json, built_show& built)
