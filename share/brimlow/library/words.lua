@@ -4,8 +4,8 @@
 -- The whole of a flat scene: (0, 0) is its top left corner, (1, 1) its bottom right one.
 local sheet
 
--- A rectangle over the screen, or a part of it. Shown with a picture, it shows all of it.
-function screen()
+-- A rectangle over the screen, or a part of it: screen { material = m }. Shown with a picture, it shows all of it.
+function screen(placing)
     sheet = sheet or shape {
         name = "screen",
         positions = { { 0, 0, 0 }, { 1, 0, 0 }, { 1, 1, 0 }, { 0, 1, 0 } },
@@ -13,7 +13,7 @@ function screen()
         normals = { { 0, 0, 1 }, { 0, 0, 1 }, { 0, 0, 1 }, { 0, 0, 1 } },
         triangles = { { 1, 3, 2 }, { 1, 4, 3 } },
     }
-    return sheet
+    return placing and sheet(placing) or sheet
 end
 
 -- What `options` has of `names`, and a line about what it has beside them.
@@ -31,6 +31,15 @@ local function take(word, options, names)
     return options
 end
 
+local function length_of(word, options)
+    for _, name in ipairs { "from", "to" } do
+        if options[name] == nil then
+            error(word .. ' lacks "' .. name .. '": write ' .. name .. ' = "4s".', 3)
+        end
+    end
+    return ticks(options.to) - ticks(options.from)
+end
+
 -- A clip that covers the screen with a colour: it comes with `to_color`, and goes with `from_color`.
 --     fade { from = "11.5s", to = "12s", to_color = "black" }
 function fade(options)
@@ -38,10 +47,10 @@ function fade(options)
     if (o.to_color == nil) == (o.from_color == nil) then
         error("fade wants to_color or from_color: the colour in which it ends, or begins.", 2)
     end
-    local length = ticks(o.to) - ticks(o.from)
+    local length = length_of("fade", o)
     local alpha = o.to_color and ease(o.ease or "linear", 0, 1, length) or ease(o.ease or "linear", 1, 0, length)
     local cover = material { color = o.to_color or o.from_color, alpha = alpha, blend = "alpha" }
-    return scene "fade" { screen() { material = cover } } { from = o.from, to = o.to, flat = true }
+    return scene "fade" { screen { material = cover } } { from = o.from, to = o.to, flat = true }
 end
 
 -- A clip in which an edge of colour moves over the screen: to the "right", "left", "down" or "up". It covers what is
@@ -52,7 +61,7 @@ function wipe(options)
     if (o.to_color == nil) == (o.from_color == nil) then
         error("wipe wants to_color or from_color: the colour in which it ends, or begins.", 2)
     end
-    local length = ticks(o.to) - ticks(o.from)
+    local length = length_of("wipe", o)
     local sides = { right = { 1, 0 }, left = { -1, 0 }, down = { 0, 1 }, up = { 0, -1 } }
     local side = sides[o.towards or "right"]
     if not side then error('wipe: towards is "right", "left", "down" or "up".', 2) end
@@ -62,7 +71,7 @@ function wipe(options)
         return ease(o.ease or "in out sine", begin * way, (begin + 1) * way, length)
     end
     local cover = material { color = o.to_color or o.from_color }
-    return scene "wipe" { screen() { material = cover, at = { moved(side[1]), moved(side[2]), 0 } } }
+    return scene "wipe" { screen { material = cover, at = { moved(side[1]), moved(side[2]), 0 } } }
         { from = o.from, to = o.to, flat = true }
 end
 
@@ -82,7 +91,7 @@ function picture_in_picture(options)
     local small = options[1] { from = o.from, to = o.to, into = picture, camera = o.camera, clear = o.clear,
         mode = "render to quarter screen texture" }
     local shown = scene "picture in picture" {
-        screen() { material = show_it, at = { at[1], at[2], 0 }, scale = { size[1], size[2], 1 } },
+        screen { material = show_it, at = { at[1], at[2], 0 }, scale = { size[1], size[2], 1 } },
     } { from = o.from, to = o.to, flat = true }
     return small, shown
 end
@@ -94,5 +103,5 @@ function picture(name, what, options)
     local at, size = o.at or { 0, 0 }, o.size or { 1, 1 }
     local show_it = material { texture = { texture = what, wrap = "edge clamp" }, blend = o.blend or "replace",
         color = o.color or "white", alpha = o.alpha or 1 }
-    return scene(name) { screen() { material = show_it, at = { at[1], at[2], 0 }, scale = { size[1], size[2], 1 } } }
+    return scene(name) { screen { material = show_it, at = { at[1], at[2], 0 }, scale = { size[1], size[2], 1 } } }
 end

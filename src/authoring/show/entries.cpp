@@ -169,10 +169,16 @@ std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const st
 
 // ---- pictures -----------------------------------------------------------------------------
 
+// With one full stop, whether it came with its own or not.
+static std::string sentence_of(const std::string& text)
+{
+    return !text.empty() && text.back() == '.' ? text : text + ".";
+}
+
 static void add_notes(lowering& l, const thing& made, const std::string& file, const std::vector<std::string>& notes)
 {
     for (const std::string& note : notes)
-        add_problem(l.built.problems, problem_note, made.place, "\"" + file + "\" " + note + ".");
+        add_problem(l.built.problems, problem_note, made.place, "\"" + file + "\" " + sentence_of(note));
 }
 
 // Ready-made levels are entries of their own, whose names follow from the picture's.
@@ -190,7 +196,7 @@ static void take_levels(lowering& l, const thing& made, const image_thing& image
         if (path.empty() || !read_file(l, path, made.place, bytes))
             continue;
         if (!import_level(bytes, base, level, false, picture, problem)) {
-            add_problem(l.built.problems, problem_error, made.place, "\"" + file + "\" " + problem + ".");
+            add_problem(l.built.problems, problem_error, made.place, "\"" + file + "\" " + sentence_of(problem));
             continue;
         }
         const std::string name = name_of_level(entry.c_str(), level).text;
@@ -221,7 +227,7 @@ taken_picture take_picture(lowering& l, const thing& made, const image_thing& im
     if (path.empty() || !read_file(l, path, made.place, bytes))
         return taken;
     if (!import_picture(bytes, {image.size[0], image.size[1]}, picture, problem)) {
-        add_problem(l.built.problems, problem_error, made.place, "\"" + image.file + "\" " + problem + ".");
+        add_problem(l.built.problems, problem_error, made.place, "\"" + image.file + "\" " + sentence_of(problem));
         return taken;
     }
     add_notes(l, made, image.file, picture.notes);
