@@ -46,7 +46,7 @@ static bool source_line(const void* context, const document_finding& finding, st
         if (document == nullptr || document->entry != finding.document)
             continue;
         const bool has_part = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
-        const source_place place = place_in_document(*document, static_cast<document_section>(finding.section),
+        const source_place place = finding.section == section_music ? built.music_place : place_in_document(*document, static_cast<document_section>(finding.section),
             finding.record, has_part ? finding.parts[0].number : 0);
         if (place.line == 0)
             return false;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 // ---- manipulators -----------------------------------------------------------------------
 
@@ -255,11 +256,15 @@ static const thing* target_field(field_reader& r)
     return made;
 }
 
-static std::optional<double> whole_time(field_reader& r, const char* name)
+static std::optional<double> whole_time(field_reader& r, const char* name, bool& has_fault)
 {
     if (!has_field(r, name))
         return {};
-    const double ticks = time_field(r, name, 0);
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    const double ticks = time_field(r, name, none);
+    has_fault = has_fault || std::isnan(ticks);
+    if (std::isnan(ticks))
+        return 0;
     if (ticks < 0)
         report_error(r.L, label(r, name) + " lies " + number_text(-ticks) + " ticks before the show begins.");
     return std::round(std::max(0.0, ticks));
@@ -268,8 +273,8 @@ static std::optional<double> whole_time(field_reader& r, const char* name)
 // What a clip and a track have in common.
 static void read_common(field_reader& r, clip_thing& clip)
 {
-    clip.from = whole_time(r, "from");
-    clip.to = whole_time(r, "to");
+    clip.from = whole_time(r, "from", clip.has_fault);
+    clip.to = whole_time(r, "to", clip.has_fault);
     if (has_field(r, "flat"))
         clip.flat = flag_field(r, "flat", false);
     if (take(r, "camera")) {
@@ -362,7 +367,8 @@ static const thing* clip_on_track(lua_State* L, const thing& made, const clip_th
     clip.to = clip.to ? clip.to : common.to;
     clip.camera = clip.camera ? clip.camera : common.camera;
     clip.flat = clip.flat ? clip.flat : common.flat;
-    check_clip_times(L, made, clip);
+    if (!clip.has_fault && !common.has_fault)
+        check_clip_times(L, made, clip);
     made.used = true;
     thing* placed = add_thing(*state_of(L).show, std::move(clip), made.place, state_of(L).document);
     placed->used = true;

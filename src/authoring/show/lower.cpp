@@ -150,6 +150,7 @@ static void take_music(lowering& l)
     if (path.empty())
         return;
     l.built.music = l.show.music;
+    l.built.music_place = l.show.music_place;
     if (!check_music(path, facts, problem)) {
         add_problem(l.built.problems, problem_error, l.show.music_place, "\"" + l.show.music + "\" " + problem + ".");
         return;

@@ -43,6 +43,7 @@ struct built_show {
     std::vector<pack_entry> entries;                                       // documents first
     std::vector<std::string> files_taken; // below the folder: sources, assets, the music
     std::string music;                    // the music's file, below the folder; empty: none
+    source_place music_place;             // where the source says so
     double music_seconds = 0;             // 0: none, or none that plays
     problem_list problems;
 };

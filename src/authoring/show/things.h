@@ -195,6 +195,7 @@ struct scene_thing {
 
 struct clip_thing {
     const thing* scene = nullptr; // null: draws nothing
+    bool has_fault = false;          // a time that was said is none, and has been told
     std::optional<double> from = {}; // ticks; what is not said comes from the track
     std::optional<double> to = {};
     std::optional<camera_thing> camera = {};
