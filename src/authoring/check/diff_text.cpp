@@ -6,7 +6,9 @@
 #include <cassert>
 #include <nlohmann/json.hpp>
 
+namespace {
 using json = nlohmann::ordered_json;
+} // namespace
 
 static const char* name_of(change_kind kind)
 {

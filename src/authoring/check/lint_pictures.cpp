@@ -12,12 +12,14 @@ static bool is_power_of_two(uint32_t side)
     return side != 0 && (side & (side - 1)) == 0;
 }
 
+namespace {
 // What clips do with an image texture.
 enum target_use : uint8_t {
     target_never,
     target_own_size, // drawn into in the image's own size
     target_resized   // in the size of half the screen: the image's own size counts for nothing
 };
+} // namespace
 
 static std::vector<target_use> target_uses(const document& d)
 {

@@ -199,12 +199,14 @@ static const thing* node_of(lua_State* L, int index, const std::string& what)
     return nullptr;
 }
 
+namespace {
 struct node_operation_row {
     const char* word;
     uint8_t with_picture; // codes; 0: there is no such
     uint8_t with_node;
     uint8_t alone;
 };
+} // namespace
 
 static constexpr node_operation_row operations[] = {
     {"add", node_add_image, node_add_2, 0},

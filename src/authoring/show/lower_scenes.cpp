@@ -45,13 +45,11 @@ static void add_placement(lowering& l, element& node, const placed_thing& made, 
 }
 
 namespace {
-
 struct placed_numbers {
     const authored_record* object;
     const authored_record* material;
     const authored_record* font;
 };
-
 } // namespace
 
 static void add_object(lowering& l, element& scene, const thing& placed, const placed_numbers& numbers,

@@ -9,6 +9,7 @@
 #include "authoring/asset/shape.h"
 #include "authoring/curve/curve.h"
 #include "authoring/show/element.h"
+#include "model/document.h"
 #include "model/records.h"
 
 #include <array>

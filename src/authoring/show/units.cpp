@@ -89,10 +89,12 @@ static int digit(char letter)
     return -1;
 }
 
+namespace {
 struct color_name {
     const char* name;
     const char* digits;
 };
+} // namespace
 
 static constexpr color_name color_names[] = {{"black", "000000"}, {"white", "ffffff"}, {"red", "ff0000"},
     {"lime", "00ff00"}, {"blue", "0000ff"}, {"yellow", "ffff00"}, {"cyan", "00ffff"}, {"magenta", "ff00ff"},

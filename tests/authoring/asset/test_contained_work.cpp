@@ -13,7 +13,9 @@
 
 constexpr work_limits small_limits{1, 256, 1u << 20};
 
+namespace {
 using bytes = std::vector<uint8_t>;
+} // namespace
 
 static work_end end_of(void (*task)(void*, bytes&), void* context = nullptr)
 {
