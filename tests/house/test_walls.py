@@ -10,12 +10,37 @@ import re
 import subprocess
 import sys
 
-ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']
-SIDE_ROOMS = {'editing': ['content', 'model']}  # for the tools alone: no room includes it, and what it may include
-DEVICES = {'_gl.cpp': re.compile(r'(?:GL/|GLES|EGL/|glew)', re.I),  # by the end of the names of files that may use them
-           '_sdl.cpp': re.compile(r'SDL', re.I)}
+ROOMS = ['content', 'anim', 'model', 'music', 'texgen', 'effects', 'render', 'shell']  # of the player, from below
+PLACES = {  # every other folder below src, and of which others each knows something
+    'editing': ['content', 'model'],
+    'authoring': [],  # what its rooms share
+    'authoring/asset': ['authoring', 'content', 'model'],
+    'authoring/curve': ['authoring', 'anim', 'model'],
+    'authoring/show': ['authoring', 'authoring/asset', 'authoring/curve', 'content', 'model'],
+    'authoring/check': ['authoring', 'authoring/asset', 'content', 'anim', 'model', 'texgen', 'effects'],
+    'authoring/open': ['authoring', 'authoring/show', 'authoring/curve', 'content', 'anim', 'model', 'editing'],
+    'authoring/lua': ['authoring', 'authoring/asset', 'authoring/curve', 'authoring/show', 'authoring/check', 'content',
+                      'model'],
+    'tools/common': ['content'],
+    'tools/make': ['tools/common', 'authoring', 'authoring/asset', 'authoring/show', 'authoring/check',
+                   'authoring/open', 'authoring/lua', 'content', 'editing'],
+    'tools/render': ['tools/common'] + [room for room in ROOMS if room not in ('anim', 'music')],
+    'tools/pages': ['tools/common', 'tools/make', 'tools/render'],
+}
+LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them
+    (r'SDL', ('_sdl.cpp',)), (r'GL/glu\.h', ('authoring/asset/',)), (r'GL/|GLES|glew', ('_gl.cpp',)),
+    (r'EGL/', ('_gl.cpp',)), (r'zlib\.h', ('content/', 'authoring/show/', 'tools/render/')),
+    (r'spng\.h', ('authoring/asset/', 'tools/render/')), (r'lua\w*\.h', ('authoring/lua/',)),
+    (r'assimp/|ft2build|FT_', ('authoring/asset/',)), (r'stb/stb_image\.h', ('model/', 'authoring/asset/')),
+    (r'stb/stb_image_resize\.h', ('authoring/asset/',)), (r'stb/stb_(image_write|truetype)\.h', ('tools/render/',)),
+    (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/render/')),
+    (r'nlohmann/', ('authoring/check/', 'tools/make/', 'tools/render/')),
+    (r'sys/|(unistd|fcntl|strings|dirent|poll|spawn|getopt|locale|emmintrin)\.h$', ('',)),  # the system's own
+    (r'[a-z_]+$', ('',))]  # the language's
 FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp'}  # another library: one new file in the place of each
-INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.M)
+INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.M)
+OWN = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.M)
+FOREIGN = re.compile(r'^\s*#\s*include\s*("?)<?([^"<>\s]+)', re.M)  # the last also the name of a macro
 PROGRAM = re.compile(r'^\s*add_executable\((\S+)', re.M)
 
 # A source's comments, literals and directives, which say nothing about its types.
@@ -26,64 +51,73 @@ TYPE = re.compile(r'(?:template\s*<[^{;]*?>\s*)?'
 NAMED_AHEAD = re.compile(r'^\s*(?:struct|class|union|enum)\s+(\w+)(?:\s*:\s*\w+)?\s*;', re.M)
 
 
-def sources(engine):
-    for room in sorted(os.listdir(engine)):
-        folder = os.path.join(engine, room)
-        for name in sorted(os.listdir(folder)):
-            if name.endswith(('.h', '.cpp')):
-                with open(os.path.join(folder, name), encoding='utf-8') as f:
-                    yield room, name, f.read()
+def place_of(folder):
+    """'model' of src/engine/model, 'authoring/show' of src/authoring/show."""
+    place = folder.replace(os.sep, '/')
+    return place[len('engine/'):] if place.startswith('engine/') else place
 
 
-def device_errors(name, text):
-    return ['%s: includes %s, which is for files named *%s' % (name, included, ending)
-            for included in INCLUDE.findall(text) for ending, device in DEVICES.items()
-            if device.search(included) and not name.endswith(ending)]
-
-
-def check_devices(root):
-    """OpenGL and SDL stay in files of their names, in the engine and in the tools; SDL behind its two faces."""
-    wrong = []
-    for folder, _, names in os.walk(os.path.join(root, 'src')):
+def sources(root):
+    """(place, name, text) of every file of our own that is compiled into programs."""
+    top = os.path.join(root, 'src')
+    for folder, folders, names in os.walk(top):
+        folders.sort()
         for name in sorted(names):
             if name.endswith(('.h', '.cpp')):
-                path = os.path.join(folder, name)
-                with open(path, encoding='utf-8') as f:
-                    wrong += device_errors(os.path.relpath(path, root), f.read())
-                if name.endswith('_sdl.cpp') and os.path.relpath(path, os.path.join(root, 'src/engine')) not in FACES:
-                    wrong.append('%s: SDL is in %s' % (os.path.relpath(path, root), ' and '.join(sorted(FACES))))
-    return wrong
+                with open(os.path.join(folder, name), encoding='utf-8') as f:
+                    yield place_of(os.path.relpath(folder, top)), name, f.read()
 
 
-def check_includes(engine):
+def foreign_errors(path, text):
+    """Libraries that a file may not know. A library that no row names belongs into one."""
     wrong = []
-    for room, name, text in sources(engine):
-        if room not in ROOMS and room not in SIDE_ROOMS:
-            wrong.append('%s/%s: "%s" is no room of the house' % (room, name, room))
-            continue
-        for included in INCLUDE.findall(text):
-            other = included.split('/')[0]
-            if room in SIDE_ROOMS:
-                if other in ROOMS and other not in SIDE_ROOMS[room]:
-                    wrong.append('%s/%s: includes %s, of which %s knows nothing' % (room, name, included, room))
-                continue
-            if other in SIDE_ROOMS:
-                wrong.append('%s/%s: includes %s, which is for the tools alone' % (room, name, included))
-            if other in ROOMS and ROOMS.index(other) > ROOMS.index(room):
-                wrong.append('%s/%s: includes %s, which lies above it' % (room, name, included))
+    for quote, included in FOREIGN.findall(text):
+        ours = ('',) if quote else ()
+        ends = next((ends for pattern, ends in LIBRARIES if re.match(pattern, included)), ours)
+        if not any(path.startswith(end) if end.endswith('/') or not end else path.endswith(end) for end in ends):
+            wrong.append('%s: includes %s, which is for %s' % (path, included, ', '.join(ends) or 'nobody'))
     return wrong
 
 
-def check_headers(engine, compiler, flags):
+def check_libraries(root):
+    """Each library of the system stays where it is asked: OpenGL and SDL in files of their names, SDL behind its two
+    faces, those that read an author's files in one room."""
+    wrong = []
+    for place, name, text in sources(root):
+        path = place + '/' + name
+        wrong += foreign_errors(path, text)
+        if name.endswith('_sdl.cpp') and path not in FACES:
+            wrong.append('%s: SDL is in %s' % (path, ' and '.join(sorted(FACES))))
+    return wrong
+
+
+def include_errors(place, name, text):
+    if place not in PLACES and place not in ROOMS:
+        return ['%s/%s: "%s" is no room of the house' % (place, name, place)]
+    allowed = PLACES[place] if place in PLACES else ROOMS[:ROOMS.index(place)]
+    wrong = []
+    for included in OWN.findall(text):
+        other = included.rpartition('/')[0] or place
+        if other != place and other not in allowed:
+            wrong.append('%s/%s: includes %s, of which %s knows nothing' % (place, name, included, place))
+    return wrong
+
+
+def check_includes(root):
+    return [wrong for source in sources(root) for wrong in include_errors(*source)]
+
+
+def check_headers(root, compiler, flags):
     """Every header twice in a unit of its own: one that leans on another's includes, or lacks a guard, fails."""
     def check(header):
         unit = '#include "%s"\n#include "%s"\n' % (header, header)
-        p = subprocess.run([compiler, '-std=c++20', '-fsyntax-only', '-Wall', '-Wextra', '-Werror', '-I', engine]
+        p = subprocess.run([compiler, '-std=c++20', '-fsyntax-only', '-Wall', '-Wextra', '-Werror',
+                            '-I', os.path.join(root, 'src', 'engine'), '-I', os.path.join(root, 'src')]
                            + flags + ['-x', 'c++', '-'], input=unit.encode(), stdout=subprocess.PIPE,
                            stderr=subprocess.STDOUT)
         return '%s does not compile alone:\n%s' % (header, p.stdout.decode()) if p.returncode else None
 
-    headers = ['%s/%s' % (room, name) for room, name, _ in sources(engine) if name.endswith('.h')]
+    headers = ['%s/%s' % (place, name) for place, name, _ in sources(root) if name.endswith('.h')]
     with concurrent.futures.ThreadPoolExecutor(max_workers=2) as pool:
         return [wrong for wrong in pool.map(check, headers) if wrong]
 
@@ -131,11 +165,27 @@ def check_local_types(root):
 
 def check_the_checker():
     """The rules must catch what they are for."""
-    assert not device_errors('a_sdl.cpp', '#include <SDL/SDL.h>')
-    assert not device_errors('a_gl.cpp', '#include <GL/glew.h>')
-    assert device_errors('a_gl.cpp', '#include <SDL/SDL.h>') and device_errors('a_sdl.cpp', '#include <EGL/egl.h>')
-    assert device_errors('a_gl.h', '#include <GL/glew.h>') and device_errors('a.cpp', '#include "SDL.h"')
-    assert not device_errors('a.cpp', '#include "content/matrix.h"\n#include "shell/display_gl.h"')
+    def foreign(path, *headers):
+        return foreign_errors(path, ''.join('#include %s\n' % header for header in headers))
+
+    assert not foreign('shell/a_sdl.cpp', '<SDL/SDL.h>') and not foreign('render/a_gl.cpp', '<GL/glew.h>')
+    assert foreign('render/a_gl.cpp', '<SDL/SDL.h>') and foreign('shell/a_sdl.cpp', '<EGL/egl.h>')
+    assert foreign('render/a_gl.h', '<GL/glew.h>') and foreign('shell/a.cpp', '"SDL.h"')
+    assert not foreign('render/a.cpp', '"content/matrix.h"', '"shell/display_gl.h"', '<vector>', '<sys/stat.h>')
+    assert not foreign('authoring/asset/a_gl.cpp', '<GL/glu.h>') and foreign('render/a_gl.cpp', '<GL/glu.h>')
+    assert not foreign('authoring/asset/a.cpp', '<ft2build.h>', 'FT_FREETYPE_H', '<assimp/scene.h>', '<spng.h>')
+    assert len(foreign('authoring/show/a.cpp', '<ft2build.h>', 'FT_FREETYPE_H', '<assimp/scene.h>', '<spng.h>')) == 4
+    assert not foreign('authoring/lua/a.cpp', '<lua.hpp>') and foreign('authoring/check/a.cpp', '<lua.hpp>')
+    assert foreign('content/a.cpp', '<nobody/knows.h>') == ['content/a.cpp: includes nobody/knows.h, which is for nobody']
+
+    def own(place, included):
+        return include_errors(place, 'a.cpp', '#include "%s"\n' % included)
+
+    assert not own('model', 'anim/b.h') and own('model', 'render/b.h') and own('attic', 'content/b.h')
+    assert own('model', 'authoring/problem.h') and own('shell', 'tools/common/b.h') and own('shell', 'editing/b.h')
+    assert own('editing', 'anim/b.h') and not own('tools/make', 'b.h')
+    assert own('authoring/check', 'authoring/show/b.h') and own('authoring/show', 'authoring/lua/b.h')
+    assert not own('authoring/show', 'authoring/asset/b.h') and not own('authoring/show', 'authoring/problem.h')
     types = ['struct a {\n};', 'enum b : uint32_t { c };', 'using d = e<decltype([] { f(); })>;',
              'template <typename g>\nstruct h {\n};', 'typedef int i;', "struct j : k { char l = '{'; };"]
     others = ['namespace {\nstruct a {\n};\n}', 'struct b;', 'struct c d = {};',
@@ -148,14 +198,12 @@ def check_the_checker():
 
 def main():
     root, compiler, flags = sys.argv[1], sys.argv[2], sys.argv[3:]
-    engine = os.path.join(root, 'src', 'engine')
     check_the_checker()
-    wrong = check_includes(engine) + check_devices(root) + check_headers(engine, compiler, flags) + check_programs(root)
-    wrong = (check_includes(engine) + check_headers(engine, compiler, flags) + check_local_types(root)
-             + check_programs(root))
+    wrong = (check_includes(root) + check_libraries(root) + check_headers(root, compiler, flags)
+             + check_local_types(root) + check_programs(root))
     for line in wrong:
         print(line)
-    print('%d files checked, %d broken walls' % (len(list(sources(engine))), len(wrong)))
+    print('%d files checked, %d broken walls' % (len(list(sources(root))), len(wrong)))
     return 1 if wrong else 0
 
 
