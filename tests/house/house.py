@@ -12,10 +12,12 @@ import sys
 import textwrap
 
 sys.dont_write_bytecode = True
-from test_walls import ROOMS  # noqa: E402
+import test_walls  # noqa: E402
+from test_walls import PLACES, ROOMS  # noqa: E402
 
-PROGRAMS = {'tools/render': ('brimlow-render', 'stills, films and reports, without a display'),
-            'tools/make': ('brimlow-make', 'puts packs together and takes them apart')}  # the player: `shell`
+PROGRAMS = {'tools/make': ('brimlow-make', 'builds, checks, opens and compares shows, puts packs together'),
+            'tools/render': ('brimlow-render', 'stills, films and reports, without a display'),
+            'tools/pages': ('brimlow-pages', 'writes manual pages and completions')}  # the player: `shell`
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^">]+)"', re.M)
 DRAWING = ('docs', 'house.svg')
 
@@ -23,18 +25,13 @@ DRAWING = ('docs', 'house.svg')
 # ---- what is there ------------------------------------------------------------------------------
 
 def sources(root):
-    """('render/text.cpp', its text) of every source file of the engine and of the tools."""
-    for where, folders in (('engine', None), ('', PROGRAMS)):
-        top = os.path.join(root, 'src', where)
-        for folder in sorted(folders or os.listdir(top)):
-            for name in sorted(os.listdir(os.path.join(top, folder))):
-                if name.endswith(('.h', '.cpp')):
-                    with open(os.path.join(top, folder, name), encoding='utf-8') as file:
-                        yield folder + '/' + name, file.read()
+    """('render/text.cpp', its text) of every source file of ours."""
+    for place, name, text in test_walls.sources(root):
+        yield place + '/' + name, text
 
 
 def includes(files):
-    """(file, included file), both with their folder; files of a tool name each other without it."""
+    """(file, included file), both with their folder; files of one folder may name each other without it."""
     for name, text in files:
         folder = name.rpartition('/')[0]
         for included in INCLUDE.findall(text):
@@ -42,11 +39,10 @@ def includes(files):
 
 
 def rooms_of(files):
-    """Those that there are, from the ground up, and the programs on top. A folder that the walls do not
-    order stands below the programs."""
+    """Those that there are, from the ground up. A folder that the walls do not order stands on top."""
     there = {name.rpartition('/')[0] for name, _ in files}
-    ordered = [room for room in ROOMS if room in there]
-    return ordered + sorted(there - set(ROOMS) - set(PROGRAMS)) + [p for p in reversed(PROGRAMS) if p in there]
+    ordered = [room for room in ROOMS + list(PLACES) if room in there]
+    return ordered + sorted(there - set(ordered))
 
 
 def arrows(files):
@@ -104,28 +100,33 @@ def as_text(files):
     lines = []
     for room in reversed(order):
         others = sorted(above[room], key=order.index, reverse=True)
-        lines.append('%-14s -> %s' % (called(room), ' '.join(
+        lines.append('%-15s -> %s' % (called(room), ' '.join(
             other + (' (up!)' if order.index(other) > order.index(room) else '') for other in others) or 'nobody'))
     return '\n'.join(lines) + '\n'
 
 
 def what_they_know(page):
     """room -> its line in the table of rooms of docs/architecture.md."""
-    rooms = {room: re.sub(r'[`*]', '', text) for room, text in re.findall(r'^\| `(\w+)` \| (.*?) \|$', page, re.M)}
+    rooms = {room: re.sub(r'[`*]', '', text) for room, text in re.findall(r'^\| `([\w/]+)` \| (.*?) \|$', page, re.M)}
     return {**rooms, **{folder: text for folder, (_, text) in PROGRAMS.items()}}
 
 
-FLOOR, GAP, LEFT, LANES, LANE = 48, 8, 12, 476, 40   # pixels: heights, the margin, where lanes begin, their distance
+FLOOR, GAP, LEFT, LANES, LANE = 48, 8, 12, 496, 26   # pixels: heights, the margin, where lanes begin, their distance
 
 
-def svg_floor(y, width, name, lines):
-    """A band over the whole width with a name and what its room knows."""
+def svg_floor(y, width, name, side, lines):
+    """A band over the whole width with a name and what its room knows; `side`: of the house, " authoring"."""
     first = y + FLOOR // 2 + 11 - 7 * len(lines)
-    knows = ''.join('<text x="%d" y="%d" class="knows">%s</text>\n' % (LEFT + 150, first + 14 * n, html.escape(line))
+    knows = ''.join('<text x="%d" y="%d" class="knows">%s</text>\n' % (LEFT + 160, first + 14 * n, html.escape(line))
                     for n, line in enumerate(lines))
-    return ('<rect x="%d" y="%d" width="%d" height="%d" rx="5" class="floor"/>\n'
+    return ('<rect x="%d" y="%d" width="%d" height="%d" rx="5" class="floor%s"/>\n'
             '<text x="%d" y="%d" class="name">%s</text>\n'
-            % (LEFT, y, width - 2 * LEFT, FLOOR, LEFT + 12, y + FLOOR // 2 + 5, html.escape(name)) + knows)
+            % (LEFT, y, width - 2 * LEFT, FLOOR, side, LEFT + 12, y + FLOOR // 2 + 5, html.escape(name)) + knows)
+
+
+def side_of(room):
+    side = room.partition('/')[0]
+    return ' ' + side if side in ('authoring', 'tools') else ''
 
 
 def svg_lane(x, begin, ends):
@@ -146,6 +147,8 @@ text { font-family: sans-serif; fill: #22303c }
 .name { font-size: 15px; font-weight: bold }
 .knows { font-size: 11px }
 .floor { fill: #eef2f5; stroke: #b9c6d0 }
+.authoring { fill: #f1efe2; stroke: #cfc8a4 }
+.tools { fill: #e9f3ea; stroke: #b3cdb6 }
 .down { stroke: #2f6f9f; stroke-width: 2 }
 .up { stroke: #c62828; stroke-width: 3 }
 .head.down { fill: #2f6f9f }
@@ -165,7 +168,7 @@ def as_svg(files, page):
              '<rect %s fill="#ffffff"/>\n' % size]
     for room in reversed(order):
         lines = textwrap.wrap(knows.get(room, ''), 54, max_lines=3, placeholder=' ...')
-        parts.append(svg_floor(middle[room] - FLOOR // 2, width, called(room), lines))
+        parts.append(svg_floor(middle[room] - FLOOR // 2, width, called(room), side_of(room), lines))
     for n, room in enumerate(reversed(order)):
         ends = sorted(middle[other] for other in above[room])
         parts.append(svg_lane(LANES + LANE // 2 + n * LANE, middle[room], ends))

@@ -44,10 +44,10 @@ HOUSE = [('model/a.h', '#pragma once\n'), ('model/a.cpp', '#include "model/a.h"\
 
 def check_the_checker():
     """The rules must catch what they are for."""
-    assert house.rooms_of(HOUSE) == ['content', 'model', 'render', 'attic', 'tools/make']
+    assert house.rooms_of(HOUSE) == ['content', 'model', 'render', 'tools/make', 'attic']
     assert house.arrows(HOUSE) == {'content': set(), 'model': {'render'}, 'render': {'model'}, 'attic': {'content'},
                                    'tools/make': {'content'}}
-    assert house.as_text(HOUSE).splitlines()[3] == 'model          -> render (up!)', house.as_text(HOUSE)
+    assert house.as_text(HOUSE).splitlines()[3] == 'model           -> render (up!)', house.as_text(HOUSE)
     assert house.circles(HOUSE) == []
     ends = HOUSE + [('model/a.cpp', '#include "render/c.h"\n'), ('tools/make/e.cpp', '#include "d.h"\n')]
     assert house.circles(ends) == [
@@ -60,7 +60,8 @@ def check_the_checker():
     assert len(house.circles(longer)) == 1 and house.circles(longer)[0].count('includes') == 4
     page = '| room | what it knows |\n|---|---|\n| `model` | *records* < all |\n'
     drawing = house.as_svg(HOUSE, page)
-    assert '>records &lt; all<' in drawing and '>brimlow-make<' in drawing
+    assert '>records &lt; all<' in drawing and '>brimlow-make<' in drawing and drawing.count('class="floor tools"') == 1
+    assert '>texts<' in house.as_svg([('authoring/lua/a.h', '')], '| `authoring/lua` | texts |\n')
     assert drawing.count('class="up head"') == 1 and drawing.count('class="down head"') == 3
     assert drawing != house.as_svg(HOUSE + [('content/f.cpp', '#include "attic/g.h"\n')], page)
     assert drawing == house.as_svg(HOUSE + [('model/h.cpp', '#include "render/c.h"\n')], page)
