@@ -83,6 +83,8 @@ static void add_shader(lowering& l, element& node, const shader_description& sha
 
 authored_record* lower_material(lowering& l, const thing& made, bool flat)
 {
+    if (as<raw_thing>(&made) != nullptr)
+        return lower_raw(l, made);
     const material_thing& m = *as<material_thing>(&made);
     const use_of_thing use = {&made, nullptr, !m.depth && flat ? 1u : 0u};
     if (const auto known = l.made.find(use); known != l.made.end())
