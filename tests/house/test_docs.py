@@ -10,7 +10,7 @@ import os
 import re
 import sys
 
-PAGES = ['documents.md', 'packs.md', 'making-a-show.md', 'behaviours.md']
+PAGES = ['documents.md', 'packs.md', 'making-a-show.md', 'language.md', 'behaviours.md']
 TABLE = re.compile(r'<!-- catalogue: (\w+) ?(\d*) -->\n((?:\|.*\n)+)')
 CATALOGUE = re.compile(r'constexpr \w+_entry (\w+)\[\]\s*=\s*(\{.*?\});', re.S)
 LISTING = re.compile(r'^```xml\n(.*?)^```', re.S | re.M)

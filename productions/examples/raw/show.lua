@@ -27,7 +27,7 @@ for n = 1, 6 do
     things:add(solids.ball() { material = glass, scale = 0.9 + 0.17 * n })
 end
 
-entry("about.txt", { name = "readme.txt" }) -- into the pack as it is
+entry "about.txt" { name = "readme.txt" } -- into the pack as it is
 
 track {
     things { from = "0s", to = "4s", camera = { at = { 0, 0, 6 }, fov = 45 }, clear = "#123040" },

@@ -1,9 +1,11 @@
-// brimlow-pages: writes what is made from the tables of brimlow-make and brimlow-render into the files of the
-// repository.
+// brimlow-pages: writes what is made from the tables of brimlow-make, brimlow-render and the language of shows into
+// the files of the repository.
 //
 //     brimlow-pages [--check] ROOT
 //
 // With --check nothing is written: status 1 tells that a file is out of date.
+
+#include "language_page.h"
 
 #include "tools/common/words.h"
 #include "tools/make/option_pages.h"
@@ -60,6 +62,21 @@ static bool bring_program_up_to_date(const std::string& docs, const char* progra
     return bring_up_to_date(docs + "completion/" + program + ".bash", completion, writes) && page;
 }
 
+// The reference of the language and its annotations.
+static bool bring_language_up_to_date(const std::string& root, bool writes)
+{
+    const std::string chapters = root + "/share/brimlow/reference/language.md";
+    std::string fault;
+    const std::string page = language_page(read_text(chapters), fault);
+    if (!fault.empty()) {
+        say(chapters + ": " + fault + ".");
+        return false;
+    }
+    const bool reference = bring_up_to_date(root + "/docs/language.md", page, writes);
+    const std::string annotations = root + "/share/brimlow/library/annotations.lua";
+    return bring_up_to_date(annotations, language_annotations(), writes) && reference;
+}
+
 int main(int argc, char** argv)
 {
     const bool checks = argc == 3 && std::strcmp(argv[1], "--check") == 0;
@@ -67,9 +84,11 @@ int main(int argc, char** argv)
         say("usage: brimlow-pages [--check] ROOT");
         return 2;
     }
-    const std::string docs = std::string(argv[argc - 1]) + "/docs/";
+    const std::string root = argv[argc - 1];
+    const std::string docs = root + "/docs/";
     const bool make
         = bring_program_up_to_date(docs, "brimlow-make", make_manual_commands(), make_bash_completion(), !checks);
     const bool render = bring_program_up_to_date(docs, "brimlow-render", manual_options(), bash_completion(), !checks);
-    return make && render ? 0 : 1;
+    const bool language = bring_language_up_to_date(root, !checks);
+    return make && render && language ? 0 : 1;
 }
