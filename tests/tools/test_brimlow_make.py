@@ -280,7 +280,7 @@ class BuildTest(ShowTest):
             os.mkdir(self.path("out"))
             status, output, errors = self.make("build", "a", "-o", "out/x.dpk")
             self.assertEqual(status, 0, errors)
-            self.assertRegex(errors, "^(demo.xmlz: section 15 .*: note: .*\n1 note\n)?$") # it is shorter than the show
+            self.assertRegex(errors, "^(a/show.lua:1: note: .*\n1 note\n)?$") # it is shorter than the show
             self.assertRegex(output, "^Wrote out/x.dpk: 2 entries, [0-9]+ bytes, and the music beside it, out/%s.\n$" % name)
             self.assertEqual(self.get("out/" + name), self.get("a/" + name))
             # beside the source it is there already
