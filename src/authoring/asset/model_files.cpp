@@ -1,6 +1,5 @@
 #include "authoring/asset/model_files.h"
 
-#include "authoring/asset/model_scene.h"
 #include "content/file_bytes.h"
 #include "content/owners.h"
 
@@ -135,10 +134,10 @@ static void close_model_file(aiFileIO*, aiFile* file)
 
 // ---- what the header declares ----------------------------------------------------
 
-model_files files_of_model(const std::string& model)
+model_files files_of_model(const std::string& model, uint64_t most_bytes)
 {
     const owned_block<char> folder(realpath(".", nullptr));
-    return {folder == nullptr ? "" : folder.get(), model, max_model_bytes, false, {}, {}};
+    return {folder == nullptr ? "" : folder.get(), model, most_bytes, false, {}, {}};
 }
 
 aiFileIO file_system_of(model_files& files)

@@ -18,8 +18,8 @@ struct model_files {
     std::vector<std::string> refused; // in the same way, "../b", each once
 };
 
-// For a model in the working folder.
-model_files files_of_model(const std::string& model);
+// For a model in the working folder, all of whose files together may have `most_bytes`.
+model_files files_of_model(const std::string& model, uint64_t most_bytes);
 
 // How the importing library opens files; `files` outlives it.
 aiFileIO file_system_of(model_files& files);

@@ -274,7 +274,7 @@ std::string read_model_scene(const std::string& name, model_scene& scene)
 {
     scene = {};
     std::setlocale(LC_ALL, "C"); // numbers are read with points
-    model_files files = files_of_model(name);
+    model_files files = files_of_model(name, max_model_bytes);
     aiFileIO system = file_system_of(files);
     const owned_settings settings = make_settings();
     const std::string path = "./" + name;

@@ -3,7 +3,7 @@
 // A look adds findings and changes nothing but what functions remember of the time that they were asked last.
 #pragma once
 
-#include "authoring/check/findings.h"
+#include "authoring/check/finding.h"
 #include "authoring/check/read_documents.h"
 
 #include <cstdint>

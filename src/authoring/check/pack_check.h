@@ -1,7 +1,7 @@
 // The entries of a pack beside its documents: what the player never takes, and what it cannot.
 #pragma once
 
-#include "authoring/check/findings.h"
+#include "authoring/check/finding.h"
 #include "authoring/check/read_documents.h"
 
 // Whether a file begins like a pack, or holds a document at least: the player does not ask how one begins. False for

@@ -1,4 +1,5 @@
 // The words of Lua that every source has: its base functions, mathematics, and random numbers.
+#include "authoring/lua/sandbox.h"
 #include "authoring/lua/sandbox_state.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 // absolute; the stack is left as it was.
 #pragma once
 
-#include "authoring/lua/words.h"
+#include "authoring/lua/word_state.h"
 #include "authoring/show/kinds.h"
 
 #include <array>

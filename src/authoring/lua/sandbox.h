@@ -10,7 +10,7 @@
 // includes lua.hpp.
 #pragma once
 
-#include "authoring/lua/library.h"
+#include "authoring/lua/sandbox_options.h"
 #include "authoring/problem.h"
 
 #include <cstddef>
@@ -24,19 +24,6 @@
 
 struct lua_State;
 struct sandbox; // one Lua state with its limits, problems and files
-
-struct sandbox_options {
-    std::string folder;   // of the show
-    void* user = nullptr; // what words work on: sandbox_user gives it back
-    void (*print)(void* user, const char* line)
-        = nullptr; // takes the lines of print, without their ends; null: dropped
-    std::span<const library_text> library = library_texts(); // what require finds beside the folder
-    size_t memory_limit = size_t{256} << 20;                 // bytes
-    size_t text_limit = size_t{16} << 20;                    // bytes of one text
-    uint64_t step_limit = 500'000'000;                       // instructions, and what words charge
-    double time_limit = 20.0;                                // seconds of computing, excused time aside
-    uint64_t seed = 1;                                       // of random numbers, until set_random_seed
-};
 
 struct close_sandbox {
     void operator()(sandbox* s) const;

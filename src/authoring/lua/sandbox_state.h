@@ -1,9 +1,15 @@
 // What a sandbox consists of: for the files that make it up, not for words.
 #pragma once
 
-#include "authoring/lua/sandbox.h"
+#include "authoring/lua/sandbox_options.h"
+#include "authoring/problem.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <lua.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
 
 enum stop_reason : uint8_t {
     stop_none,

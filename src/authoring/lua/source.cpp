@@ -2,6 +2,7 @@
 
 #include "authoring/check/findings.h"
 #include "authoring/lua/sandbox.h"
+#include "authoring/lua/word_state.h"
 #include "authoring/lua/words.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // Where a source's text comes from: files of the show's folder, and the library.
+#include "authoring/lua/sandbox.h"
 #include "authoring/lua/sandbox_state.h"
 #include "authoring/lua/wording.h"
 

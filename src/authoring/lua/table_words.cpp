@@ -1,5 +1,6 @@
 // The library "table". Those of Lua's own functions that may run without end on a table that lies about its length are
 // written anew, with a charge for each element; sorting is stable, so that equal elements keep their order.
+#include "authoring/lua/sandbox.h"
 #include "authoring/lua/sandbox_state.h"
 
 #include <algorithm>

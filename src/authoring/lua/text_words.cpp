@@ -1,6 +1,7 @@
 // The library "string", also as methods of texts. What may run without end in C (patterns, repetition) is written
 // anew with a charge for the work; what shows addresses or bytes of this machine is left out.
 #include "authoring/lua/pattern.h"
+#include "authoring/lua/sandbox.h"
 #include "authoring/lua/sandbox_state.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 // Pure. A message that nobody knows stays as it is.
 #pragma once
 
-#include "authoring/lua/sandbox.h"
+#include "authoring/problem.h"
 
 #include <span>
 #include <string>

@@ -5,18 +5,7 @@
 // go on with ends the run.
 #pragma once
 
-#include "authoring/show/show.h"
-
 struct lua_State;
-
-// What the words of one run work on: the sandbox's user pointer.
-struct word_state {
-    show_description* show;
-    uint32_t document = 0; // that is being described: 1 inside loading()
-    uint32_t nameless = 0; // shapes without a name so far
-    void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
-    void* print_user = nullptr;
-};
 
 // Makes the words known: to be run by sandbox_run_function, before the library and the source.
 int add_words(lua_State* L);

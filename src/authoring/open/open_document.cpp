@@ -76,24 +76,6 @@ bool can_be_opened(const xml_node& root)
 
 // ---- names ------------------------------------------------------------------------------
 
-std::string lua_text(const std::string& text)
-{
-    std::string out = "\"";
-    for (const char letter : text) {
-        const auto byte = static_cast<unsigned char>(letter);
-        char code[8];
-        if (letter == '"' || letter == '\\') {
-            out += std::string("\\") + letter;
-        } else if (byte < 32 || byte == 127) {
-            std::snprintf(code, sizeof code, "\\x%02X", byte);
-            out += code;
-        } else {
-            out += letter;
-        }
-    }
-    return out + "\"";
-}
-
 static bool is_keyword(const std::string& name)
 {
     static const std::set<std::string> keywords = {"and", "break", "do", "else", "elseif", "end", "false", "for",

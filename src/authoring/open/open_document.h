@@ -22,6 +22,3 @@ std::string open_document(const xml_node& root, const raw_records& raw, const st
 
 // Whether a tree has what a document needs to be opened record by record: a document element with fourteen sections.
 bool can_be_opened(const xml_node& root);
-
-// A text between double quotes as Lua reads it back, whatever bytes it has.
-std::string lua_text(const std::string& text);

@@ -1,5 +1,6 @@
 #include "authoring/open/open_pack.h"
 
+#include "authoring/open/open_words.h"
 #include "content/owners.h"
 #include "content/pack.h"
 #include "content/xmlz.h"

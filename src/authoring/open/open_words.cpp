@@ -1,12 +1,12 @@
 #include "authoring/open/open_words.h"
 
 #include "authoring/curve/curve.h"
-#include "authoring/open/open_document.h"
 #include "authoring/show/element.h"
 #include "model/catalogues.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 // What is left of a number when it is written and read again.
@@ -125,6 +125,24 @@ std::string segment_words(segment_kind kind, uint32_t length, const std::vector<
     if (!friendly.empty())
         return friendly;
     return std::string("segment(\"") + function_types[kind].name + "\", " + std::to_string(length) + ", " + listed(params) + ")";
+}
+
+std::string lua_text(const std::string& text)
+{
+    std::string out = "\"";
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        char code[8];
+        if (letter == '"' || letter == '\\') {
+            out += std::string("\\") + letter;
+        } else if (byte < 32 || byte == 127) {
+            std::snprintf(code, sizeof code, "\\x%02X", byte);
+            out += code;
+        } else {
+            out += letter;
+        }
+    }
+    return out + "\"";
 }
 
 std::string long_text(const std::string& text)

@@ -13,3 +13,6 @@ std::string segment_words(segment_kind kind, uint32_t length, const std::vector<
 
 // A text between long brackets, or between quotes where those would change it.
 std::string long_text(const std::string& text);
+
+// A text between double quotes as Lua reads it back, whatever bytes it has.
+std::string lua_text(const std::string& text);

@@ -12,16 +12,6 @@
 #include <string>
 #include <vector>
 
-// One record. Others name it by its address, which stays.
-struct authored_record {
-    document_section section;
-    element content;
-    source_place place;  // where the source made it
-    std::string name;    // what the source calls it; may be empty
-    uint32_t id = 0;     // from 1, in the order in which records were made
-    uint32_t number = 0; // in its section, from 1; 0: it has none yet
-};
-
 struct authored_document {
     std::string entry; // "demo.xmlz"
     std::string title;

@@ -1,7 +1,5 @@
 #include "authoring/show/element.h"
 
-#include "authoring/show/authored.h"
-
 #include <charconv>
 #include <cmath>
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "authoring/problem.h"
+#include "model/document.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,6 +32,16 @@ struct element {
     std::optional<element_value> text = {}; // then there are no children
     std::vector<element> children = {};
     source_place place = {}; // of a part that stands elsewhere than its record; no file: the record's own
+};
+
+// One record. Others name it by its address, which stays.
+struct authored_record {
+    document_section section;
+    element content;
+    source_place place;  // where the source made it
+    std::string name;    // what the source calls it; may be empty
+    uint32_t id = 0;     // from 1, in the order in which records were made
+    uint32_t number = 0; // in its section, from 1; 0: it has none yet
 };
 
 // The shortest text that reads back as the same number in single precision: "0.1", "1e-07", "-0". Not-a-number

@@ -18,7 +18,7 @@ struct files_bench {
         write_bytes(outside.path + "secret", "secret");
         write_bytes(outside.path + "show/data/near", "near by");
         std::filesystem::current_path(outside.path + "show");
-        files = files_of_model("m.obj");
+        files = files_of_model("m.obj", 1u << 20);
     }
     ~files_bench()
     {
