@@ -25,7 +25,7 @@ PLACES = {  # every other folder below src, and of which others each knows somet
     'tools/make': ['tools/common', 'authoring', 'authoring/asset', 'authoring/show', 'authoring/check',
                    'authoring/open', 'authoring/lua', 'content', 'editing'],
     'tools/render': ['tools/common'] + [room for room in ROOMS if room not in ('anim', 'music')],
-    'tools/pages': ['tools/common', 'tools/make', 'tools/render'],
+    'tools/pages': ['tools/common', 'tools/make', 'tools/render', 'authoring/show', 'authoring/curve'],
 }
 LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them
     (r'SDL', ('_sdl.cpp',)), (r'GL/glu\.h', ('authoring/asset/',)), (r'GL/|GLES|glew', ('_gl.cpp',)),
