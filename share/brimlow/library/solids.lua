@@ -7,14 +7,18 @@ local solids = {}
 
 -- A grid of columns by rows bent through space: `bend(u, v)` tells where a point of it lies, { x, y, z }, for u and v
 -- from 0 to 1; u is where it lies on a picture from left to right, v from top to bottom.
--- Seen from the front, u runs to the right and v downwards.
+-- Seen from the front, u runs to the right and v downwards. Where its edges meet it is smooth.
 --     local hill = solids.surface(20, 20, function(u, v) return { u, math.sin(6 * u), v } end)
 function solids.surface(columns, rows, bend, name)
     local positions, coordinates, triangles = {}, {}, {}
     for row = 0, rows do
         for column = 0, columns do
             local u, v = column / columns, row / rows
-            positions[#positions + 1] = bend(u, v)
+            local point = bend(u, v)
+            for axis = 1, 3 do -- edges that meet are not apart by a rounding
+                point[axis] = math.floor(point[axis] * 1000000 + 0.5) / 1000000
+            end
+            positions[#positions + 1] = point
             coordinates[#coordinates + 1] = { u, v }
         end
     end
