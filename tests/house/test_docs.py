@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Holds the pages for demo makers: the catalogues are those of the engine, links lead somewhere, and the
-listings of the tutorial build up to the example that it promises; sections have one name each, and render modes do
+whole document is that of its example; sections have one name each, and render modes do
 what their table says.
 
     test_docs.py ROOT
@@ -148,25 +148,16 @@ def check_contents(page):
 
 # ---- listings --------------------------------------------------------------------------------------
 
-def with_sections(document, listing):
-    """The document with the sections of a listing in place of its own of the same name."""
-    for match in re.finditer(r'^<(\w+)(?:/>|>.*?^</\1>)\n', listing, re.S | re.M):
-        pattern = r'^ *<%s(?:/>|>.*?</%s>)\n' % (match[1], match[1])
-        document, count = re.subn(pattern, lambda _: match[0], document, count=1, flags=re.S | re.M)
-        assert count == 1, 'no section ' + match[1]
-    return document
-
-
 def bare(document):
     """Without comments and blanks between elements."""
     return re.sub(r'>\s+<', '><', re.sub(r'<!--.*?-->', '', document, flags=re.S)).strip()
 
 
-def check_tutorial(page, example):
-    document = ''
-    for listing in LISTING.findall(page):
-        document = listing if listing.startswith('<production>') else with_sections(document, listing)
-    return [] if bare(document) == bare(example) else ['the listings of the tutorial do not make up the example']
+def check_whole_document(page, example):
+    """The page's whole document is that of the example."""
+    documents = [listing for listing in LISTING.findall(page) if listing.startswith('<production>')]
+    return [] if [bare(document) for document in documents] == [bare(example)] \
+        else ['the whole document is not that of the example']
 
 
 def check_the_checker():
@@ -191,7 +182,10 @@ def check_the_checker():
     assert check_render_modes(page % 'depth', row) == []
     assert len(check_render_modes(page % 'nothing', row)) == 1
     assert len(check_render_modes(page % 'depth', row + row)) == 2
-    assert bare(with_sections('<p>\n  <a/>\n  <b/>\n</p>', '<b>\n  <c/>  <!-- 1 -->\n</b>\n')) == '<p><a/><b><c/></b></p>'
+    whole = '```xml\n<production>\n  <a/>  <!-- 1 -->\n</production>\n```\n'
+    assert check_whole_document(whole, '<production><a/></production>') == []
+    assert check_whole_document(whole, '<production><b/></production>') != []
+    assert check_whole_document('', '<production/>') != []
 
 
 def main():
@@ -209,7 +203,7 @@ def main():
     wrong += check_links(root, pages)
     wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_contents(pages['documents.md'])
-    wrong += check_tutorial(pages['making-a-show.md'], read('productions', 'examples', 'spinning-cube', 'demo.xml'))
+    wrong += check_whole_document(pages['documents.md'], read('productions', 'examples', 'document', 'demo.xml'))
     for line in wrong:
         print(line)
     print('%d pages checked, %d faults' % (len(pages), len(wrong)))

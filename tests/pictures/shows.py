@@ -5,7 +5,6 @@ SHOWS: name -> function that writes demo.dpk into a folder; STILLS: name -> the 
 """
 import math
 import os
-import subprocess
 import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -235,15 +234,8 @@ def held(folder):
     show.write(folder)
 
 
-def built_by(*script):
-    def build(folder):
-        subprocess.run([sys.executable, '-B', os.path.join(ROOT, 'productions', *script), folder], check=True,
-                       stdout=subprocess.DEVNULL)
-    return build
-
-
-SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'layers': layers, 'held': held,
-         'spinning-cube': built_by('examples', 'spinning-cube', 'build.py')}
-SOURCES = {'first-light': os.path.join(ROOT, 'productions', 'first-light')}     # that brimlow-make builds
+SHOWS = {'textures': textures, 'effects': effects, 'materials': materials, 'layers': layers, 'held': held}
+SOURCES = {'spinning-cube': os.path.join(ROOT, 'productions', 'examples', 'spinning-cube'),     # that brimlow-make builds
+           'first-light': os.path.join(ROOT, 'productions', 'first-light')}
 STILLS = {'textures': (0, 4), 'effects': (3, 11, 27), 'materials': (0, 5), 'layers': (2, 7), 'held': (0,),
           'spinning-cube': (4, 12), 'first-light': (32, 96, 160, 224, 256)}

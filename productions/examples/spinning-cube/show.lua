@@ -4,7 +4,7 @@ local solids = require "solids"
 
 show { title = "A cube" }
 
-local blue = "#1a2647"
+local blue = { 0.1, 0.14, 0.28 }
 local lamp = light { at = { 2, 3, 8 }, ambient = { 0.2, 0.2, 0.3 }, diffuse = { 1, 0.95, 0.85 } }
 local wood = material { texture = image "crate.png", light = lamp, cull = true }
 
@@ -31,7 +31,7 @@ local function letter(rows)
             if row:sub(x, x) == "#" then
                 local first = #positions
                 for _, corner in ipairs { { 0, 0 }, { 0, 1 }, { 1, 1 }, { 1, 0 } } do
-                    positions[#positions + 1] = { 0.009 * (x - 1 + corner[1]), 0.016 * (y - 1 + corner[2]), 0 }
+                    positions[#positions + 1] = { 0.012 * (x - 1 + corner[1]), 0.016 * (y - 1 + corner[2]), 0 }
                 end
                 triangles[#triangles + 1] = { first + 1, first + 2, first + 3 }
                 triangles[#triangles + 1] = { first + 1, first + 3, first + 4 }
@@ -41,11 +41,11 @@ local function letter(rows)
     return shape { positions = positions, triangles = triangles }
 end
 
-local glyphs = { [" "] = { width = 0.054 } }
+local glyphs = { [" "] = { width = 0.072 } }
 for name, rows in pairs(dots) do
-    glyphs[name] = { mesh = letter(rows), material = ink, width = 0.054 }
+    glyphs[name] = { mesh = letter(rows), material = ink, width = 0.072 }
 end
-local title = scene "title" { font { glyphs = glyphs } "A CUBE" { at = { 0.35, 0.07, 0 } } }
+local title = scene "title" { font { glyphs = glyphs } "A CUBE" { at = { 0.29, 0.07, 0 } } }
 
 track {
     cube { from = "0s", to = "12s", camera = { at = { 0, 0, 6 }, fov = 45, far = 100 }, clear = blue },
