@@ -20,7 +20,7 @@ from test_brimlow_render import Picture  # noqa: E402
 
 MAKE = RENDER = ROOT = ''
 LISTING = re.compile(r'^<!-- runs -->\n```lua\n(.*?)^```', re.S | re.M)
-PAGES = ('language.md', 'making-a-show.md')
+PAGES = ('language.md',)
 MOMENT = ('--at', '1')
 LEAST_SEEN = 0.01           # of a picture: pixels that have another colour than most
 MOST_BYTES = 1_500_000      # of all pictures together
