@@ -113,9 +113,12 @@ double number_at(lua_State* L, int index, const std::string& what, double fallba
         return fallback;
     }
     const double value = lua_tonumber(L, index);
-    if (std::isfinite(value))
+    if (std::isfinite(static_cast<float>(value))) // documents have single precision
         return value;
-    report_error(L, what + " is no number that can be written down: look for a division by 0.");
+    if (std::isfinite(value))
+        report_error(L, what + " is too large a number: they end at 3.4e38.");
+    else
+        report_error(L, what + " is no number that can be written down: look for a division by 0.");
     return fallback;
 }
 
@@ -134,7 +137,10 @@ double time_at(lua_State* L, int index, const std::string& what, double fallback
     const std::string fault = read_time(text, {show.bpm, show.beats_per_bar}, ticks);
     if (!fault.empty())
         report_error(L, what + " \"" + text + "\" " + fault + ".");
-    return ticks;
+    if (std::isfinite(static_cast<float>(ticks)))
+        return ticks;
+    report_error(L, what + " \"" + text + "\" is longer than a number can say.");
+    return fallback;
 }
 
 bool flag_at(lua_State* L, int index, const std::string& what, bool fallback)
@@ -432,8 +438,11 @@ void need_field(field_reader& r, const char* name, const char* example)
 
 // ---- lists --------------------------------------------------------------------------------
 
-void charge_entry(lua_State* L)
+void charge_entry(lua_State* L, int depth)
 {
+    constexpr int deepest = 100; // each level is one of the machine's own stack, too
+    if (depth > deepest)
+        raise_error(L, "lists stand more than 100 deep in one another: is one of them in itself?");
     charge_steps(L, 1);
     luaL_checkstack(L, 8, "lists inside lists");
 }

@@ -86,23 +86,24 @@ void need_field(field_reader& r, const char* name, const char* example);
 
 // ---- lists --------------------------------------------------------------------------
 
-// Calls `visit(index)` with every entry of the list at `table`, from 1 on, those of lists inside it too.
-template <typename visitor> void each_entry(lua_State* L, int table, visitor&& visit);
+// Calls `visit(index)` with every entry of the list at `table`, from 1 on, those of lists inside it too. A list that
+// stands too deep in others, or in itself, ends the run.
+template <typename visitor> void each_entry(lua_State* L, int table, visitor&& visit, int depth = 0);
 
-void charge_entry(lua_State* L); // a step for each
+void charge_entry(lua_State* L, int depth); // a step for each
 int push_entry(lua_State* L, int table, long long number);
 bool is_list(lua_State* L, int index);
 void drop(lua_State* L, int count);
 
-template <typename visitor> void each_entry(lua_State* L, int table, visitor&& visit)
+template <typename visitor> void each_entry(lua_State* L, int table, visitor&& visit, int depth)
 {
     for (long long number = 1;; ++number) {
-        charge_entry(L);
+        charge_entry(L, depth);
         const int at = push_entry(L, table, number);
         if (at == 0)
             return;
         if (is_list(L, at))
-            each_entry(L, at, visit);
+            each_entry(L, at, visit, depth + 1);
         else
             visit(at);
         drop(L, 1);

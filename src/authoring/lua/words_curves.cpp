@@ -17,6 +17,13 @@ static const curve& curve_of(const moving_number& number)
 
 static void push_curve(lua_State* L, curve c)
 {
+    const auto is_written = [](double param) { return std::isfinite(static_cast<float>(param)); };
+    const auto is_sound
+        = [&](const curve_segment& s) { return std::all_of(s.params.begin(), s.params.end(), is_written); };
+    if (!std::all_of(c.segments.begin(), c.segments.end(), is_sound)) {
+        report_error(L, "a curve reaches numbers that cannot be written down: they end at 3.4e38.");
+        c = constant_curve(0, 1);
+    }
     push_thing(L, curve_thing{std::move(c)});
 }
 
@@ -211,7 +218,7 @@ static int with_number(lua_State* L, const char* sign, double (*factor)(double),
     const curve_thing* moving = as<curve_thing>(thing_at(L, 3 - number));
     if (moving == nullptr || lua_type(L, number) != LUA_TNUMBER)
         raise_error(L, what_is(L, 1) + " " + sign + " " + what_is(L, 2) + ": a curve is computed with numbers only.");
-    const double value = lua_tonumber(L, number);
+    const double value = number_at(L, number, std::string("a curve ") + sign + " a number", 1);
     push_curve(L, scaled_curve(moving->c, factor(value), offset(value)));
     return 1;
 }
@@ -295,8 +302,12 @@ static int word_path(lua_State* L)
             const double time = point_time(L, lua_gettop(L), "path");
             lua_rawgeti(L, -1, 2);
             const moving_point at = point_at(L, lua_gettop(L), "path: a point", 0);
-            for (size_t axis = 0; axis < 3; ++axis)
+            for (size_t axis = 0; axis < 3; ++axis) {
+                if (at[axis].curve != nullptr)
+                    report_error(L, "path: a point stands still, and " + std::string(1, static_cast<char>('x' + axis))
+                            + " of this one is a curve: add points.");
                 points[axis].push_back({time, at[axis].constant});
+            }
             lua_pop(L, 1);
         }
         lua_pop(L, 1);

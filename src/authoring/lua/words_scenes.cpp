@@ -267,7 +267,8 @@ static std::optional<double> whole_time(field_reader& r, const char* name, bool&
         return 0;
     if (ticks < 0)
         report_error(r.L, label(r, name) + " lies " + number_text(-ticks) + " ticks before the show begins.");
-    return std::round(std::max(0.0, ticks));
+    constexpr double latest = 4294967295; // that a document can say: what is too late for the player is found there
+    return std::round(std::clamp(ticks, 0.0, latest));
 }
 
 // What a clip and a track have in common.
@@ -402,6 +403,27 @@ static int word_track(lua_State* L)
 
 // ---- documents --------------------------------------------------------------------------
 
+namespace {
+
+// The loading screen's, until an error or the end: whoever catches the error goes on with the show.
+struct loading_document {
+    word_state& state;
+
+    explicit loading_document(word_state& s)
+        : state(s)
+    {
+        state.document = 1;
+    }
+    ~loading_document()
+    {
+        state.document = 0;
+    }
+    loading_document(const loading_document&) = delete;
+    loading_document& operator=(const loading_document&) = delete;
+};
+
+} // namespace
+
 static int word_loading(lua_State* L)
 {
     if (lua_type(L, 1) != LUA_TFUNCTION)
@@ -409,10 +431,9 @@ static int word_loading(lua_State* L)
     word_state& s = state_of(L);
     if (s.document != 0)
         raise_error(L, "loading stands inside loading.");
-    s.document = 1;
     lua_settop(L, 1);
+    const loading_document inside(s);
     lua_call(L, 0, 0);
-    s.document = 0;
     return 0;
 }
 

@@ -30,8 +30,10 @@ static void read_mesh(lua_State* L, int table, mesh_thing& mesh)
 {
     field_reader r = read_fields(L, table, "mesh", kind_mesh);
     mesh.options.fit = number_field(r, "fit", mesh.options.fit);
-    if (mesh.options.fit < 0)
-        report_error(L, "mesh: fit is below 0: it is the length of the longest side.");
+    if (mesh.options.fit != 0 && static_cast<float>(mesh.options.fit) <= 0) { // 1e-50 is 0 in single precision
+        report_error(L, "mesh: fit is the length of the longest side, and has to be above 0.");
+        mesh.options.fit = 0;
+    }
     mesh.options.center = flag_field(r, "center", mesh.options.center);
     if (has_field(r, "turn"))
         mesh.options.turn = angles_field(r, "turn");

@@ -254,6 +254,11 @@ void take_entries(lowering& l)
         if (path.empty() || !read_file(l, path, made->place, bytes))
             continue;
         const std::string name = !entry->name.empty() ? entry->name : base_of(entry->file);
+        if (name.size() >= pack_name_size) {
+            add_problem(l.built.problems, problem_error, made->place,
+                "\"" + name + "\" is longer than the 31 bytes of an entry's name: give it one, { name = \"...\" } behind the file.");
+            continue;
+        }
         const bool replaces = entry->is_document && (name == "demo.xmlz" || name == "loading.xmlz");
         if (!replaces && !l.names.taken.insert(name).second)
             add_problem(l.built.problems, problem_error, made->place, "the pack has an entry \"" + name + "\" already.");

@@ -60,7 +60,7 @@ std::string read_time(const std::string& text, const beat_clock& clock, double& 
         const char* last = read_number(rest + 1, end, seconds);
         if (last != end || seconds < 0 || seconds >= 60 || first != std::floor(first))
             return "is no time: minutes and seconds are written \"1:04.2\"";
-        ticks = first * 6000 + (first < 0 ? -seconds : seconds) * 100;
+        ticks = first * 6000 + (std::signbit(first) ? -seconds : seconds) * 100; // "-0:05" has a sign, too
         return {};
     }
     const std::string unit(rest, end);
