@@ -6,6 +6,7 @@
 #include "authoring/asset/model_import.h"
 #include "model/glyphs.h"
 
+#include <algorithm>
 #include <cassert>
 
 // ---- meshes -----------------------------------------------------------------------------
@@ -74,7 +75,8 @@ const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& made, 
         return known->second;
     const mesh_thing& mesh = *as<mesh_thing>(&made);
     const imported_model& model = model_of(l, made);
-    const std::string part = mesh.options.part.empty() ? "" : "-" + mesh.options.part;
+    std::string part = mesh.options.part.empty() ? "" : "-" + mesh.options.part;
+    std::replace(part.begin(), part.end(), '/', '_'); // names of entries are names of files, too
     std::string wish = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file) + part) + (turned_sets != 0 ? "-turned" : "");
     if (l.show.keep_order)
         wish = mesh.name.empty() ? mesh.file : mesh.name;
