@@ -12,7 +12,11 @@
 #include <iterator>
 #include <set>
 
+namespace {
+
 using names_of_words = std::set<std::string>;
+
+} // namespace
 
 static int take_words(lua_State* L)
 {
