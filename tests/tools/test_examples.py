@@ -67,6 +67,14 @@ class Examples(unittest.TestCase):
                 self.assertEqual(told_by_build(source, self.pack), (0, []))
                 self.assertGreaterEqual(part_seen(self.pack, *MOMENT), LEAST_SEEN)
 
+    def test_a_solid_that_is_given_a_table_says_what_to_write(self):
+        for solid in ('ball', 'ring', 'tube', 'floor', 'wall', 'box'):
+            source = os.path.join(self.folder, 'show.lua')
+            with open(source, 'w', encoding='utf-8') as file:
+                file.write('local solids = require "solids"\nlocal it = solids.%s { material = 1 }\n' % solid)
+            told = '%s:2: error: solids.%s takes numbers, or nothing: write solids.%s() { material = ... }.'
+            self.assertIn(told % (source, solid, solid), told_by_build(source, self.pack)[1])
+
     def test_the_loading_screen_of_its_example_shows_something(self):
         told_by_build(os.path.join(ROOT, 'productions', 'examples', 'loading'), self.pack)
         self.assertGreaterEqual(part_seen(self.pack, '--loading', '70'), LEAST_SEEN)

@@ -33,9 +33,17 @@ function solids.surface(columns, rows, bend, name)
     return shape { positions = positions, coordinates = coordinates, triangles = triangles, name = name }
 end
 
+-- A number that was given, or what it is otherwise.
+local function number(word, given, otherwise)
+    if given ~= nil and type(given) ~= "number" then
+        error("solids." .. word .. " takes numbers, or nothing: write solids." .. word .. "() { material = ... }.", 3)
+    end
+    return given or otherwise
+end
+
 -- A ball of radius 1.
 function solids.ball(detail)
-    detail = detail or 24
+    detail = number("ball", detail, 24)
     return solids.surface(detail, detail // 2, function(u, v)
         local round, down = 2 * math.pi * u, math.pi * v
         return { math.sin(down) * math.sin(round), math.cos(down), math.sin(down) * math.cos(round) }
@@ -44,7 +52,7 @@ end
 
 -- A ring of radius 1 that lies flat; `thick` is the radius of its rim.
 function solids.ring(thick, detail)
-    thick, detail = thick or 0.35, detail or 32
+    thick, detail = number("ring", thick, 0.35), number("ring", detail, 32)
     return solids.surface(detail, detail // 2, function(u, v)
         local round, rim = 2 * math.pi * u, 2 * math.pi * v
         local radius = 1 + thick * math.sin(rim)
@@ -54,7 +62,7 @@ end
 
 -- A tube of radius 1 and height 2 without lids; `top` and `bottom` are its radii, so a cone is solids.tube(0, 1).
 function solids.tube(top, bottom, detail)
-    top, bottom, detail = top or 1, bottom or 1, detail or 24
+    top, bottom, detail = number("tube", top, 1), number("tube", bottom, 1), number("tube", detail, 24)
     return solids.surface(detail, 4, function(u, v)
         local round, radius = 2 * math.pi * u, top + (bottom - top) * v
         return { radius * math.sin(round), 1 - 2 * v, radius * math.cos(round) }
@@ -63,18 +71,19 @@ end
 
 -- A floor of side 2 that lies flat and looks up; `detail` fields to each side, for ripples.
 function solids.floor(detail)
-    detail = detail or 1
+    detail = number("floor", detail, 1)
     return solids.surface(detail, detail, function(u, v) return { 2 * u - 1, 0, 2 * v - 1 } end)
 end
 
 -- A wall of side 2 that looks at the eye.
 function solids.wall(detail)
-    detail = detail or 1
+    detail = number("wall", detail, 1)
     return solids.surface(detail, detail, function(u, v) return { 2 * u - 1, 1 - 2 * v, 0 } end)
 end
 
 -- A box of side 2, with the whole of a picture on each side.
-function solids.box()
+function solids.box(nothing)
+    number("box", nothing)
     local positions, coordinates, normals, triangles = {}, {}, {}, {}
     local sides = { { { 0, 0, 1 }, { 0, 1, 0 } }, { { 1, 0, 0 }, { 0, 1, 0 } }, { { 0, 0, -1 }, { 0, 1, 0 } },
         { { -1, 0, 0 }, { 0, 1, 0 } }, { { 0, 1, 0 }, { 0, 0, -1 } }, { { 0, -1, 0 }, { 0, 0, 1 } } }
