@@ -12,7 +12,7 @@ import unittest
 
 ROOT = ""
 STEPS = '''
-need() { return 0; }
+need() { echo "$@" >>needed; }
 build_preset() { echo "$@" >>built; }
 '''
 PLAYER = '''#!/bin/sh
@@ -81,16 +81,39 @@ class PlayTest(unittest.TestCase):
         with open(os.path.join(self.home, "built"), encoding="utf-8") as file:
             return file.read()
 
+    def needed(self):
+        """The packages that were asked for, each time."""
+        with open(os.path.join(self.home, "needed"), encoding="utf-8") as file:
+            return file.read().splitlines()
+
     def test_without_argument_the_bundled_show_is_built_and_played(self):
         self.plays("home of play/build/native/productions/first-light", "first-light", ["demo.dpk: bundled"])
         self.assertEqual(self.built(), "native OFF first_light\nx86 OFF brimlow\n")
 
     def test_where_there_is_no_32_bit_player_all_is_one_build(self):
         self.put("home of play/build/native/brimlow", PLAYER, 0o755)
-        status, lines, errors = self.play(steps='need() { case $* in *i386*) return 1 ;; esac; }')
+        status, lines, errors = self.play(steps='need() { echo "$@" >>needed; case $* in *i386*) return 1 ;; esac; }')
         self.assertEqual((status, errors), (7, ""))
         self.assertEqual(lines[0], "== 32-bit libraries cannot be had here: playing with the 64-bit build.")
         self.assertEqual(self.built(), "native OFF first_light\nnative OFF brimlow\n")
+        self.put_show("my show", "a.dpk")
+        self.play("my show")
+        self.assertEqual([["libassimp-dev" in line, "i386" in line] for line in self.needed()],
+                         [[True, True], [True, False], [False, True], [True, False]])  # the 64-bit build has all tools
+
+    def test_who_plays_waits_for_no_packages_of_others(self):
+        self.put_show("my show", "a.dpk")
+        self.play("my show")
+        self.play()
+        for_one, for_bundled = self.needed()
+        for package in ("libsdl1.2-dev", "g++", "zlib1g:i386"):
+            self.assertIn(package, for_one.split())
+            self.assertIn(package, for_bundled.split())
+        for package in ("libassimp-dev", "liblua5.4-dev"):
+            self.assertNotIn(package, for_one.split())
+            self.assertIn(package, for_bundled.split())
+        for package in ("python3", "graphviz", "doctest-dev", "assimp-testmodels", "xvfb"):
+            self.assertNotIn(package, for_bundled.split())
 
     def test_a_build_that_fails_is_a_line(self):
         for failing, line in (("native", "First Light cannot be built (build/native.log)."),
