@@ -390,6 +390,23 @@ class OpenTest(ShowTest):
             self.check(["diff", show + "/demo.dpk", show + "-again"], 0)
         self.assertEqual(self.names(), ["a", "a-again", "b", "b-again"])
 
+    def test_a_show_that_the_player_only_warns_of_builds_again(self):
+        sections = "".join("<s%d/>" % number for number in range(1, 13))
+        clip = '<clip id="1" space_before="0" length="400" offset="0" type="0" clearcolor="0">%s</clip>' % (
+            '<v type="static" value="1"/>' * 8)
+        text = '<p>%s<scenes><scene name=""/></scenes><t>%s</t><music file="tune.ogg"/></p>' % (
+            sections, ("<track>%s</track>" % clip) * 34)
+        self.put("many/demo.dpk", pack_bytes([("demo.xmlz", in_envelope(text.encode())), ("a/.mesh", b"1"), ("b/.mesh", b"2")]))
+        self.put("many/tune.ogg", b"no sound")
+        self.assertEqual(self.make("open", "many/demo.dpk", "-o", "again")[::2], (0, ""))
+        self.assertEqual(self.make("build", "again")[0], 0)
+        self.check(["diff", "many/demo.dpk", "again/demo.dpk"], 0)
+
+    def test_a_damaged_document_is_told(self):
+        self.put("bad.dpk", pack_bytes([("demo.xmlz", in_envelope(b"<p/>")[:-3])]))
+        self.check(["open", "bad.dpk", "-o", "c"], 0, "Opened bad.dpk into c: 1 files.\n",
+                   'Warning: the document "demo.xmlz" is damaged: it is left out.\n')
+
     def test_folders_that_hold_something_are_left_alone(self):
         self.assertEqual(self.make("build", "a")[0], 0)
         self.put("mine/x", b"precious")

@@ -5,6 +5,7 @@
 #include "authoring/check/record_fields.h"
 #include "content/owners.h"
 #include "content/pack.h"
+#include "content/xmlz.h"
 
 #include <algorithm>
 #include <cassert>
@@ -342,6 +343,25 @@ static bool same_bytes(const entry_content& a, const entry_content& b)
         && (a.bytes == nullptr || std::memcmp(a.bytes.get(), b.bytes.get(), a.size) == 0);
 }
 
+static entry_content out_of_envelope(const entry_content& entry)
+{
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    if (entry.bytes == nullptr || xmlz_inflate(entry.bytes.get(), entry.size, &bytes, &size) != xmlz_ok)
+        return {};
+    return {owned_block<uint8_t>(bytes), size};
+}
+
+// Two envelopes may be packed in different ways around the same.
+static bool same_content(const entry_content& a, const entry_content& b)
+{
+    if (same_bytes(a, b))
+        return true;
+    const entry_content inside_a = out_of_envelope(a);
+    const entry_content inside_b = out_of_envelope(b);
+    return inside_a.bytes != nullptr && inside_b.bytes != nullptr && same_bytes(inside_a, inside_b);
+}
+
 static std::string reading_problem(const read_document& before, const read_document& after)
 {
     for (const read_document* read : {&before, &after})
@@ -384,7 +404,7 @@ pack_difference diff_packs(FILE* before, FILE* after)
         const auto other = b.find(name);
         if (other == b.end())
             difference.entries.push_back({change_removed, name, entry.size, 0});
-        else if (!same_bytes(entry, other->second))
+        else if (!same_content(entry, other->second))
             difference.entries.push_back({change_changed, name, entry.size, other->second.size});
     }
     for (const auto& [name, entry] : b)

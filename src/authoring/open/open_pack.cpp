@@ -56,18 +56,22 @@ static void take_entries(FILE* pack, opened_show& show, opened_entries& entries,
     }
 }
 
-// The text of a document; false: there is none.
-static bool document_content(FILE* pack, const char* name, std::vector<uint8_t>& content)
+// The text of a document; false: there is none, or, with a note, none that can be read.
+static bool document_content(FILE* pack, const char* name, std::vector<uint8_t>& content, std::vector<std::string>& notes)
 {
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
-    if (pack_read_entry(pack, name, &bytes, &size) != pack_found)
+    const pack_status found = pack_read_entry(pack, name, &bytes, &size);
+    if (found == pack_missing)
         return false;
-    const owned_block<uint8_t> entry(bytes);
+    const owned_block<uint8_t> entry(found == pack_found ? bytes : nullptr);
     uint8_t* text = nullptr;
     uint32_t length = 0;
-    if (xmlz_inflate(bytes, size, &text, &length) != xmlz_ok)
+    const xmlz_status status = found == pack_found ? xmlz_inflate(bytes, size, &text, &length) : xmlz_damaged;
+    if (status != xmlz_ok) {
+        notes.push_back("the document \"" + std::string(name) + "\" " + xmlz_status_text(status) + ": it is left out.");
         return false;
+    }
     const owned_block<uint8_t> inflated(text);
     content.assign(text, text + length);
     return true;
@@ -75,7 +79,7 @@ static bool document_content(FILE* pack, const char* name, std::vector<uint8_t>&
 
 static std::string quoted_call(const std::string& word, const std::string& file, const std::string& name)
 {
-    if (file == name)
+    if (file == name && name.find('/') == std::string::npos) // else the word takes what stands behind the last one
         return word + " " + lua_text(file) + "\n";
     return word + "(" + lua_text(file) + ", { name = " + lua_text(name) + " })\n";
 }
@@ -135,7 +139,7 @@ void open_pack(FILE* pack, const std::array<opening_rules, opened_document_count
     std::vector<uint8_t> contents[opened_document_count];
     std::string words;
     for (uint32_t index = 0; index < opened_document_count; ++index)
-        if (document_content(pack, opened_documents[index], contents[index]))
+        if (document_content(pack, opened_documents[index], contents[index], notes))
             words += document_words(index, contents[index], rules[index], show) + "\n";
     std::string source = "-- Opened from a pack: every record keeps its number.\n" + show_words(contents[0], rules[0].as_text, show);
     for (const std::string& name : entries.order)

@@ -5,7 +5,7 @@
 
 std::string number_text(double value)
 {
-    const auto single = static_cast<float>(value);
+    const float single = static_cast<float>(value) + 0.0f; // no negative zero
     if (!std::isfinite(single))
         return "0";
     char text[40];

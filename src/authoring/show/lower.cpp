@@ -152,7 +152,9 @@ static void take_music(lowering& l)
     l.built.music = l.show.music;
     l.built.music_place = l.show.music_place;
     if (!check_music(path, facts, problem)) {
-        add_problem(l.built.problems, problem_error, l.show.music_place, "\"" + l.show.music + "\" " + problem + ".");
+        const bool ends = problem.ends_with('.');
+        add_problem(l.built.problems, l.show.keep_order ? problem_warning : problem_error, l.show.music_place,
+            "\"" + l.show.music + "\" " + problem + (ends ? "" : "."));
         return;
     }
     l.built.music_seconds = music_seconds(facts);

@@ -9,6 +9,7 @@
 #include "content/pack.h"
 #include "content/printable.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -63,9 +64,15 @@ static bool open_until_equal(FILE* pack, const std::string& folder, opened_show&
         bool differs = false;
         for (uint32_t index = 0; index < opened_document_count; ++index)
             differs = find_differences(pack, rebuilt.get(), index, rules[index]) || differs;
-        if (!differs)
+        const auto error = std::find_if(built.problems.begin(), built.problems.end(),
+            [](const show_problem& problem) { return problem.severity == problem_error; });
+        const bool is_text = rules[0].as_text && rules[1].as_text;
+        if (!differs && (error == built.problems.end() || is_text)) {
+            if (error != built.problems.end())
+                notes.push_back("the source does not build as it is: " + error->text);
             return true;
-        if (tries == 8)
+        }
+        if (!differs || tries == 8) // texts build where records do not
             for (opening_rules& rule : rules)
                 rule.as_text = true;
     }

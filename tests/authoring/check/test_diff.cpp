@@ -5,6 +5,7 @@
 
 #include <doctest/doctest.h>
 #include <utility>
+#include <zlib.h>
 
 static std::vector<pack_content> pack_of(const document_text& show)
 {
@@ -182,6 +183,23 @@ TEST_CASE("entries are added, removed, and changed, in the order of their names"
     CHECK(differences(before, after)
         == "\"a.txt\": removed, 1 bytes\n\"b.txt\": added, 2 bytes\n\"c.txt\": changed, 3 bytes\n"
            "\"d.txt\": changed, 1 -> 2 bytes\n");
+}
+
+TEST_CASE("an envelope around the same is the same however it is packed")
+{
+    const std::string content(5000, 'x');
+    std::string packed = {static_cast<char>(5000 & 255), static_cast<char>(5000 >> 8), 0, 0};
+    uLongf size = compressBound(5000);
+    packed.resize(4 + size);
+    REQUIRE(compress2(reinterpret_cast<Bytef*>(packed.data() + 4), &size,
+                reinterpret_cast<const Bytef*>(content.data()), 5000, 9)
+        == Z_OK);
+    packed.resize(4 + size);
+    REQUIRE(packed != in_envelope(content));
+    CHECK(differences(std::vector<pack_content>{{"a.mesh", packed}}, {{"a.mesh", in_envelope(content)}}) == "");
+    const std::string other = in_envelope(std::string(4999, 'x') + "y");
+    CHECK(differences(std::vector<pack_content>{{"a.mesh", packed}}, {{"a.mesh", other}})
+        == "\"a.mesh\": changed, " + std::to_string(packed.size()) + " -> " + std::to_string(other.size()) + " bytes\n");
 }
 
 TEST_CASE("a document that one pack lacks is one line, and one that cannot be read says why")

@@ -121,3 +121,10 @@ TEST_CASE("A mesh whose longest side is nothing in single precision is an error"
         CHECK(std::find(told.begin(), told.end(), fault) != told.end());
     }
 }
+
+TEST_CASE("There is no negative zero in a document")
+{
+    const std::string other = std::string("walk:add(thing { at = {0, 0, 0} })\n") + a_clip;
+    CHECK(built_of(std::string("walk:add(thing { at = {-0.0, -1e-50, 0} })\n") + a_clip).document
+        == built_of(other).document);
+}

@@ -1,0 +1,46 @@
+// Packs as strangers make them, opened into files.
+#include "authoring/open/open_pack.h"
+
+#include "content/owners.h"
+#include "document_text.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+
+static opened_show opened(const std::vector<pack_content>& entries, std::vector<std::string>& notes)
+{
+    const owned_file pack(open_pack(entries));
+    opened_show show;
+    open_pack(pack.get(), {}, show, notes);
+    return show;
+}
+
+static std::string source_of(const opened_show& show)
+{
+    return {show.files[0].bytes.begin(), show.files[0].bytes.end()};
+}
+
+TEST_CASE("An entry in a folder of the pack keeps the folder in its name")
+{
+    std::vector<std::string> notes;
+    const std::string source = source_of(opened({{"a/b.bin", "1"}, {"c/b.bin", "2"}, {"d.bin", "3"}}, notes));
+    CHECK(source.find("entry(\"a/b.bin\", { name = \"a/b.bin\" })\n") != std::string::npos);
+    CHECK(source.find("entry(\"c/b.bin\", { name = \"c/b.bin\" })\n") != std::string::npos);
+    CHECK(source.find("entry \"d.bin\"\n") != std::string::npos);
+    CHECK(notes.empty());
+}
+
+TEST_CASE("A document that is damaged is left out with a note, one that is not there without")
+{
+    std::string damaged = in_envelope(to_text(document_text{}));
+    damaged.resize(damaged.size() / 2);
+    std::vector<std::string> notes;
+    opened({{"demo.xmlz", damaged}, {"loading.xmlz", "abc"}}, notes);
+    CHECK(notes
+        == std::vector<std::string>{"the document \"demo.xmlz\" is damaged: it is left out.",
+            "the document \"loading.xmlz\" is damaged: it is left out."});
+    notes.clear();
+    opened({{"a.bin", "1"}}, notes);
+    CHECK(notes.empty());
+}
