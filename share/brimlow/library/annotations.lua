@@ -594,6 +594,10 @@ function texture.bricks(fields) end
 ---@return picture
 function texture.noise(fields) end
 
+---Black everywhere, and no record of the document: what a node reads that has no input.
+---@return picture
+function texture.black() end
+
 ---The sum of two pictures.
 ---@param other picture A generated picture, or what was made of some.
 ---@param scale_1? number How much of this one; 1 unless given.

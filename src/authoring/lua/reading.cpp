@@ -293,7 +293,8 @@ static void check_field_name(lua_State* L, const char* word, const std::vector<s
 field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind,
     const std::vector<parameter_field_row>& more, bool has_list)
 {
-    field_reader r = {L, 0, word, &kind_of(kind)};
+    static constexpr kind_row no_fields = {kind_count, "", "", {}};
+    field_reader r = {L, 0, word, kind < kind_count ? &kind_of(kind) : &no_fields};
     if (lua_type(L, index) != LUA_TTABLE) {
         if (!lua_isnoneornil(L, index))
             report_error(L, std::string(word) + " is given " + what_is(L, index) + ", and wants fields: "

@@ -61,7 +61,8 @@ struct field_reader {
     const kind_row* kind;
 };
 
-// Begins to read: reports fields that the kind does not have, and list entries where it has none.
+// Begins to read: reports fields that the kind does not have, and list entries where it has none. kind_count: there
+// are no fields but `more`.
 field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind,
     const std::vector<parameter_field_row>& more = {}, bool has_list = false);
 

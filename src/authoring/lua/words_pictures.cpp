@@ -154,7 +154,7 @@ static int generate(lua_State* L, uint32_t generator)
 {
     const auto rows = generator_fields(generator);
     const std::string word = "texture." + parameter_field(generator_choices.name(generator));
-    field_reader r = read_fields(L, 1, word.c_str(), kind_fog, rows); // no fields beside its own
+    field_reader r = read_fields(L, 1, word.c_str(), kind_count, rows);
     picture_thing picture;
     picture.generator = generator;
     for (const parameter_field_row& row : rows) {
@@ -253,6 +253,16 @@ static std::string node_name(lua_State* L, int table, const char* word)
     return name;
 }
 
+// Filter and format of a node that is no texture: kept as they are.
+static void read_node_look(lua_State* L, int table, const char* word, node_thing& node)
+{
+    if (lua_type(L, table) != LUA_TTABLE)
+        return;
+    field_reader r = {L, table, word, &kind_of(kind_output)};
+    node.filter = choice_field(r, "filter", filter_choices, node.filter);
+    node.format = choice_field(r, "format", format_choices, node.format);
+}
+
 static int method_operation(lua_State* L)
 {
     const node_operation_row& row = operations[lua_tointeger(L, lua_upvalueindex(1))];
@@ -270,6 +280,7 @@ static int method_operation(lua_State* L)
         node.code = row.alone;
     }
     node.name = node_name(L, has_second ? 3 : 2, row.word);
+    read_node_look(L, has_second ? 3 : 2, row.word, node);
     node.values = operation_values(L, has_second ? 3 : 2, row, node.code);
     node.input1 = node_of(L, 1, row.word);
     if (node.code > node_emboss)
@@ -287,8 +298,18 @@ static int method_node(lua_State* L)
     if (as<picture_thing>(picture) == nullptr)
         raise_error(L, "node belongs to a generated picture.");
     field_reader r = read_fields(L, 2, "node", kind_output, node_fields(node_add_image));
-    push_thing(L, node_thing{node_add_image, text_field(r, "name"), nullptr, nullptr, picture,
-                      {number_field(r, "scale_1", 1), number_field(r, "scale_2", 1)}});
+    node_thing node = {node_add_image, text_field(r, "name"), nullptr, nullptr, picture,
+        {number_field(r, "scale_1", 1), number_field(r, "scale_2", 1)}};
+    read_node_look(L, 2, "node", node);
+    push_thing(L, std::move(node));
+    return 1;
+}
+
+// texture.black { }: what a node without an input reads.
+static int word_black(lua_State* L)
+{
+    read_fields(L, 1, "texture.black", kind_count);
+    push_thing(L, node_thing{});
     return 1;
 }
 
@@ -401,6 +422,8 @@ void define_picture_words(lua_State* L)
         lua_pushcclosure(L, guarded<word_generate>, 1);
         lua_setfield(L, -2, parameter_field(generator_choices.name(generator)).c_str());
     }
+    lua_pushcfunction(L, guarded<word_black>);
+    lua_setfield(L, -2, "black");
     make_strict(L, lua_gettop(L), "texture");
     define_value(L, "texture");
 }

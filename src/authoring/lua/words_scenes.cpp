@@ -34,7 +34,7 @@ static int word_manipulator(lua_State* L)
     const bool places = manipulators[made.type].places_model != 0;
     if (places)
         rows.push_back({"model", false});
-    field_reader r = read_fields(L, 1, word.c_str(), kind_steps, rows);
+    field_reader r = read_fields(L, 1, word.c_str(), kind_count, rows);
     for (size_t index = 0; index < count; ++index) {
         const bool is_scale = rows[index].name.starts_with("scale") && !rows[index].name.ends_with("step");
         made.params.push_back(moving_field(r, rows[index].name.c_str(), is_scale ? 1 : 0));
@@ -534,9 +534,14 @@ static int word_raw(lua_State* L)
     std::string fault = raw_element(name, text, raw.section, raw.content);
     if (!fault.empty())
         report_error(L, "raw: " + fault);
-    else
-        push_thing(L, std::move(raw));
-    return fault.empty() ? 1 : 0;
+    if (!fault.empty())
+        return 0;
+    word_state& s = state_of(L);
+    const bool is_track = raw.section == section_timeline;
+    thing* made = push_thing(L, std::move(raw));
+    if (is_track)
+        s.show->tracks[s.document].push_back({made});
+    return 1;
 }
 
 void define_scene_words(lua_State* L)

@@ -176,6 +176,8 @@ static constexpr word_row words[] = {
         "reflections", "cube_map", cube_parameters, kind_cube_map},
     {"texture", "texture.noise { fields }", "A picture made of numbers while the show is loaded.", "textures",
         "picture", {}, kind_count, {}, generator_catalogue},
+    {"texture.black", "texture.black {}",
+        "Black everywhere, and no record of the document: what a node reads that has no input.", "textures", "picture"},
     {"picture:add", "p:add(other, scale_1, scale_2)", "The sum of two pictures.", "textures", "picture", two_scales},
     {"picture:multiply", "p:multiply(other, scale)", "The product of two pictures, or of one and a number.", "textures",
         "picture", product_parameters},

@@ -60,13 +60,17 @@ struct picture_thing {
     std::vector<double> values;
 };
 
+constexpr uint8_t node_black = 0; // no record: the picture that a node without an input reads
+
 struct node_thing {
-    uint8_t code = 0;
+    uint8_t code = node_black;
     std::string name;
     const thing* input1 = nullptr; // nodes
     const thing* input2 = nullptr;
     const thing* picture = nullptr; // codes below 201
     std::vector<double> values;
+    uint32_t filter = filter_linear; // kept in the document, used of outputs alone
+    uint32_t format = 0;
 };
 
 struct output_thing {
