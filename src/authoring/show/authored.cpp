@@ -37,12 +37,18 @@ static void give_number(authored_document& document, authored_record& record)
 
 static void visit(authored_document& document, const element& node);
 
-// What a record names gets its number after it, so the sections read from the timeline inwards.
+// What a record names gets its number after it, so the sections read from the timeline inwards. A texture node's
+// inputs come before it, as one would write them.
 static void visit(authored_document& document, const element_value& value)
 {
     auto* record = const_cast<authored_record*>(value.link); // ours: the document owns it
     if (record == nullptr || record->number != 0)
         return;
+    for (const element& child : record->content.children)
+        if (record->section == section_texture_nodes && child.name == "input")
+            visit(document, *child.text);
+    if (record->number != 0)
+        return; // its inputs list it among their outputs
     give_number(document, *record);
     visit(document, record->content);
 }

@@ -42,6 +42,7 @@ struct authored_record {
     std::string name;    // what the source calls it; may be empty
     uint32_t id = 0;     // from 1, in the order in which records were made
     uint32_t number = 0; // in its section, from 1; 0: it has none yet
+    bool is_raw = false; // written by the source as it stands
 };
 
 // The shortest text that reads back as the same number in single precision: "0.1", "1e-07", "-0". Not-a-number

@@ -99,8 +99,8 @@ static void lower_in_order(lowering& l)
             lower_font(l, made, nullptr, false);
         else if (as<scene_thing>(&made) != nullptr)
             lower_scene(l, made, false);
-        else if (as<raw_thing>(&made) != nullptr)
-            lower_raw(l, made);
+        else if (const raw_thing* raw = as<raw_thing>(&made); raw != nullptr && raw->section != section_timeline)
+            lower_raw(l, made); // tracks have their places among the tracks
     }
 }
 
@@ -111,6 +111,7 @@ authored_record* lower_raw(lowering& l, const thing& made)
         return known->second.front();
     const raw_thing& raw = *as<raw_thing>(&made);
     authored_record* record = add_authored(document_of(l), raw.section, raw.content, made.place);
+    record->is_raw = true;
     l.made[use] = {record};
     return record;
 }

@@ -83,8 +83,7 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
     const bool flat_look = flat && !l.show.keep_order;
     const authored_record* material = made.material != nullptr && made.kind != object_text
         ? lower_material(l, *made.material, flat_look) : nullptr;
-    const material_thing* surface = as<material_thing>(made.material); // null: a raw one
-    const uint32_t turned = surface != nullptr && !l.show.keep_order ? sets_to_turn(*surface) : 0;
+    const uint32_t turned = l.show.keep_order ? 0 : sets_to_turn(made.material);
     if (made.what == nullptr)
         return add_object(l, scene, placed, {nullptr, material, nullptr}, made.scale);
     if (as<font_thing>(made.what) != nullptr) {

@@ -115,11 +115,14 @@ authored_record* lower_material(lowering& l, const thing& made, bool flat)
 }
 
 // A unit reads its own set, or the first where the mesh has fewer: with one set, turning it turns all.
-uint32_t sets_to_turn(const material_thing& material)
+uint32_t sets_to_turn(const thing* made)
 {
+    const material_thing* material = as<material_thing>(made);
     uint32_t sets = 0;
+    if (material == nullptr)
+        return 0;
     for (uint32_t index = 0; index < texture_unit_count; ++index) {
-        const unit_description& unit = material.units[index];
+        const unit_description& unit = material->units[index];
         const image_thing* image = as<image_thing>(unit.texture);
         if (image != nullptr && image->turned && unit.coordinates == coordinates_off)
             sets |= 1u << index;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdlib>
 #include <iterator>
 
 // ---- generated ------------------------------------------------------------------------
@@ -55,9 +56,11 @@ authored_record* lower_node(lowering& l, const thing& made)
         return record;
     }
     const node_thing& described = *as<node_thing>(&made);
+    if (described.code == node_black)
+        return nullptr;
     authored_record* input1 = described.input1 != nullptr ? lower_node(l, *described.input1) : nullptr;
     authored_record* input2 = described.input2 != nullptr ? lower_node(l, *described.input2) : nullptr;
-    element node = node_element(l, described.name, described.code, 0, filter_linear, described.picture);
+    element node = node_element(l, described.name, described.code, described.format, described.filter, described.picture);
     add_text(node, "input", value_of(input1));
     if (described.input2 != nullptr)
         add_text(node, "input", value_of(input2));
@@ -86,16 +89,30 @@ static void add_output(authored_record& from, const authored_record& to)
     children.insert(at, std::move(output));
 }
 
+// The node that an input names. One that the source wrote as it stands names others by their numbers, which are
+// their places: whoever writes numbers keeps the order.
+static authored_record* input_of(const authored_record& node, size_t input, const std::vector<authored_record*>& nodes)
+{
+    const std::vector<element>& children = node.content.children;
+    if (input >= children.size() || !children[input].text)
+        return nullptr;
+    if (const authored_record* link = children[input].text->link; link != nullptr)
+        return const_cast<authored_record*>(link); // ours
+    const bool is_input = input == 0 || children[input].name == "input";
+    const uint64_t number = is_input ? std::strtoull(children[input].text->text.c_str(), nullptr, 10) : 0;
+    return number >= 1 && number <= nodes.size() ? nodes[number - 1] : nullptr;
+}
+
 void finish_nodes(lowering& l)
 {
-    authored_document& document = document_of(l);
-    for (const auto& record : document.records) {
-        if (record->section != section_texture_nodes)
-            continue;
-        for (const element& child : record->content.children) {
-            if (child.name != "input" || child.text->link == nullptr)
-                continue;
-            add_output(*const_cast<authored_record*>(child.text->link), *record); // ours
+    std::vector<authored_record*> nodes;
+    for (const auto& record : document_of(l).records)
+        if (record->section == section_texture_nodes)
+            nodes.push_back(record.get());
+    for (const authored_record* node : nodes) {
+        for (size_t input = 0; input < 2; ++input) {
+            if (authored_record* from = input_of(*node, input, nodes); from != nullptr && !from->is_raw)
+                add_output(*from, *node);
         }
     }
 }

@@ -95,6 +95,8 @@ static timeline_lists list_clips(lowering& l)
     int32_t track = 0;
     for (const auto& list : l.show.tracks[l.document]) {
         for (const thing* made : list) {
+            if (as<raw_thing>(made) != nullptr)
+                continue; // a whole track, which is not planned
             const clip_thing& clip = *as<clip_thing>(made);
             lists.clips.push_back(made);
             lists.times.push_back({static_cast<uint32_t>(*clip.from), static_cast<uint32_t>(*clip.to),
@@ -135,6 +137,25 @@ static element empty_element(const placed_clip& placed, const authored_record* c
     return node;
 }
 
+// Tracks that the source writes as they stand keep their places where all do; else they lie above the others.
+static void add_tracks(lowering& l, std::vector<element>& tracks, const std::vector<source_place>& places)
+{
+    const auto& lists = l.show.tracks[l.document];
+    const auto raw_of = [&lists](size_t track) {
+        return track < lists.size() && lists[track].size() == 1 && as<raw_thing>(lists[track][0]) != nullptr
+            ? lists[track][0] : nullptr;
+    };
+    for (size_t track = 0; track < tracks.size(); ++track) {
+        if (const thing* raw = l.show.keep_order ? raw_of(track) : nullptr)
+            lower_raw(l, *raw);
+        else
+            add_authored(document_of(l), section_timeline, std::move(tracks[track]), places[track]);
+    }
+    for (size_t track = 0; !l.show.keep_order && track < lists.size(); ++track)
+        if (const thing* raw = raw_of(track))
+            lower_raw(l, *raw);
+}
+
 void lower_timeline(lowering& l)
 {
     const track_rules rules = l.show.keep_order ? tracks_as_given : l.document == 0 ? tracks_of_show : tracks_of_loading;
@@ -159,6 +180,5 @@ void lower_timeline(lowering& l)
         if (places[placed.track].file.empty())
             places[placed.track] = made.place;
     }
-    for (size_t track = 0; track < tracks.size(); ++track)
-        add_authored(document_of(l), section_timeline, std::move(tracks[track]), places[track]);
+    add_tracks(l, tracks, places);
 }

@@ -99,8 +99,8 @@ authored_record* lower_scene(lowering& l, const thing& scene, bool flat);
 // An element as it stands.
 authored_record* lower_raw(lowering& l, const thing& made);
 
-// The coordinate sets of a mesh that units with upright targets read.
-uint32_t sets_to_turn(const material_thing& material);
+// The coordinate sets of a mesh that units with upright targets read. Null, or no material's words: none.
+uint32_t sets_to_turn(const thing* material);
 
 // ---- the timeline ---------------------------------------------------------------------
 
