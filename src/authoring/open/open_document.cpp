@@ -20,6 +20,7 @@ namespace {
 struct opening {
     const xml_node* sections[no_more_sections] = {};
     std::vector<std::string> names[no_more_sections]; // of the records, by number - 1: "meshes.cube"
+    std::set<int64_t> shown; // references that a material names: textures, whatever their number is for an object
     raw_records raw;
     std::string indent;
     std::string out;
@@ -48,7 +49,7 @@ static double real_of(const xml_node& node, const char* attribute)
 
 static std::string number_of(const xml_node& node, const char* attribute)
 {
-    return number_text(real_of(node, attribute));
+    return lua_number(real_of(node, attribute));
 }
 
 static std::vector<const xml_node*> children_of(const xml_node* node)
@@ -125,11 +126,13 @@ static std::string stem(const std::string& file)
     return file.substr(0, file.rfind('.'));
 }
 
-// What another record is called; "" and not sayable where there is none, or none that a word made.
+// What another record is called; "nil" and not sayable where there is none, or one written as it stands that no word
+// takes: of those materials alone are taken.
 static std::string linked(opening& o, uint32_t section, int64_t number)
 {
     const std::vector<std::string>& names = o.names[section];
-    if (number < 1 || number > static_cast<int64_t>(names.size()) || o.raw.count({section, static_cast<uint32_t>(number)}) != 0) {
+    const bool is_there = number >= 1 && number <= static_cast<int64_t>(names.size());
+    if (!is_there || (section != section_materials && o.raw.count({section, static_cast<uint32_t>(number)}) != 0)) {
         o.is_sayable = false;
         return "nil";
     }
@@ -185,7 +188,7 @@ static std::string open_generated(opening& o, const xml_node& node)
     const auto values = children_of(&node);
     std::vector<std::string> fields;
     size_t at = 0;
-    const auto next = [&] { return at < values.size() ? number_text(text_number(*values[at++])) : std::string("0"); };
+    const auto next = [&] { return at < values.size() ? lua_number(text_number(*values[at++])) : std::string("0"); };
     for (const parameter_field_row& row : generator_fields(static_cast<uint32_t>(type))) {
         const std::string first = next();
         if (row.is_color) {
@@ -226,9 +229,9 @@ static std::string open_function(opening& o, const xml_node& node)
     const int64_t loop = int_of(node, "loop_type");
     if (loop != 0)
         fields.push_back("loop = " + std::to_string(loop));
-    if (real_of(node, "loop_begin") != 0)
+    if (number_of(node, "loop_begin") != "0")
         fields.push_back("from = " + number_of(node, "loop_begin"));
-    if (real_of(node, "loop_end") != 0)
+    if (number_of(node, "loop_end") != "0")
         fields.push_back("to = " + number_of(node, "loop_end"));
     if (int_of(node, "type") == 1)
         fields.push_back("integer = true");
@@ -329,7 +332,7 @@ static std::string open_font(opening& o, const xml_node& node)
             fields.push_back("material = " + linked(o, section_materials, int_of(glyph, "material")));
         if (int_of(glyph, "bitmap") != 0)
             fields.push_back("bitmap = " + std::to_string(int_of(glyph, "bitmap")));
-        if (real_of(glyph, "offset") != 0)
+        if (number_of(glyph, "offset") != "0")
             fields.push_back("offset = " + number_of(glyph, "offset"));
         fields.push_back("width = " + number_of(glyph, "width"));
         text += o.indent + "    " + call(glyph_key(index) + " =", fields) + ",\n";
@@ -338,11 +341,17 @@ static std::string open_font(opening& o, const xml_node& node)
 }
 
 // The kind and number of a reference: what it names when a word made that, else both as they are.
-static std::string open_reference(opening& o, const xml_node& node)
+static std::string open_reference(opening& o, const xml_node& node, uint32_t number)
 {
     static constexpr uint32_t textures[] = {section_texture_nodes, section_image_textures, section_dynamic_textures, section_cube_maps};
     const int64_t type = int_of(node, "type");
     const int64_t id = int_of(node, "id");
+    if (o.shown.count(number) == 0 && (type == object_model || type == object_genmesh)) {
+        const uint32_t section = type == object_model ? section_meshes : section_mesh_effects;
+        const bool is_there = id >= 1 && id <= static_cast<int64_t>(o.names[section].size())
+            && o.raw.count({section, static_cast<uint32_t>(id)}) == 0;
+        return "reference(" + (is_there ? linked(o, section, id) : std::to_string(type) + ", " + std::to_string(id)) + ")";
+    }
     if (type >= 0 && type < static_cast<int64_t>(std::size(textures))) {
         const bool sayable = o.is_sayable;
         const std::string name = linked(o, textures[type], id);
@@ -389,9 +398,11 @@ static const char* operation_word(uint8_t code)
     return nullptr;
 }
 
-// Only what is made of earlier nodes is written by its operation.
+// Only what is made of earlier nodes is written by its operation. No node is a black picture.
 static std::string earlier_node(opening& o, int64_t handle, uint32_t number)
 {
+    if (handle == 0)
+        return "texture.black {}";
     if (handle >= number)
         o.is_sayable = false;
     return linked(o, section_texture_nodes, handle);
@@ -420,8 +431,12 @@ static std::string open_node(opening& o, const xml_node& node, uint32_t number)
         ++at;
     std::vector<std::string> fields;
     for (const parameter_field_row& row : node_fields(code))
-        fields.push_back(row.name + " = " + (at < children.size() ? number_text(text_number(*children[at++])) : std::string("0")));
+        fields.push_back(row.name + " = " + (at < children.size() ? lua_number(text_number(*children[at++])) : std::string("0")));
     fields.push_back("name = " + lua_text(text_of(node, "name")));
+    if (int_of(node, "texture_filter") != filter_linear)
+        fields.push_back("filter = " + choice(o, filter_choices, int_of(node, "texture_filter")));
+    if (int_of(node, "texture_format") != 0)
+        fields.push_back("format = " + choice(o, format_choices, int_of(node, "texture_format")));
     o.is_sayable = o.is_sayable && at == children.size();
     if (code == node_add_image && input1 == 0)
         return call(linked(o, section_generated_images, int_of(node, "layer_id") + 1) + ":node", fields);
@@ -589,7 +604,7 @@ static std::string open_manipulator(opening& o, const xml_node& node)
 static std::string open_shape(opening& o, int64_t kind, int64_t number)
 {
     const auto references = children_of(o.sections[section_objects]);
-    if (number >= 1 && number <= static_cast<int64_t>(references.size())
+    if (number >= 1 && number <= static_cast<int64_t>(references.size()) && o.shown.count(number) == 0
         && int_of(*references[static_cast<size_t>(number - 1)], "type") == kind)
         return linked(o, section_objects, number);
     return linked(o, kind == object_model ? section_meshes : section_mesh_effects, number);
@@ -617,7 +632,7 @@ static std::string open_placed(opening& o, const xml_node& node)
         fields.push_back("scale = " + scale);
     if (int_of(*children[9], "value") != 0)
         fields.push_back("visible = " + linked(o, section_functions, int_of(*children[9], "value")));
-    if (real_of(*children[10], "value") != 0)
+    if (number_of(*children[10], "value") != "0")
         fields.push_back("time_offset = " + number_of(*children[10], "value"));
     if (int_of(*children[11], "value") == 1)
         fields.push_back("facing = true");
@@ -743,6 +758,13 @@ static void name_references(opening& o)
     }
 }
 
+static void note_shown_textures(opening& o)
+{
+    for (const xml_node* material : children_of(o.sections[section_materials]))
+        for (const char* unit : {"texture1", "texture2", "texture3"})
+            o.shown.insert(setting_int({children_of(material)}, unit));
+}
+
 // A function is called after the first who follows it.
 static void name_functions(opening& o)
 {
@@ -823,7 +845,7 @@ static std::string open_record(opening& o, uint32_t section, const xml_node& nod
     case section_fonts:
         return open_font(o, node);
     case section_objects:
-        return open_reference(o, node);
+        return open_reference(o, node, number);
     case section_materials:
         return open_material(o, node);
     case section_mesh_effects:
@@ -853,13 +875,14 @@ static constexpr uint32_t order[] = {section_functions, section_values, section_
 
 std::string open_document(const xml_node& root, const raw_records& raw, const std::string& indent)
 {
-    opening o = {{}, {}, raw, indent, {}, true};
+    opening o = {{}, {}, {}, raw, indent, {}, true};
     assert(can_be_opened(root));
     uint32_t count = 0;
     for (const xml_node* section : children_of(root.first_child))
         if (++count < no_more_sections)
             o.sections[count] = section;
     name_all(o);
+    note_shown_textures(o);
     for (const uint32_t section : order) {
         const auto records = children_of(o.sections[section]);
         if (records.empty())

@@ -9,6 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+std::string lua_number(double value)
+{
+    const std::string text = number_text(value);
+    return text == "-0" ? "-0.0" : text;
+}
+
 // What is left of a number when it is written and read again.
 static double as_written(double value)
 {
@@ -21,7 +27,7 @@ static bool same(const std::vector<double>& made, const std::vector<double>& par
     for (size_t index = 0; index < count; ++index) {
         const double a = index < made.size() ? made[index] : 0;
         const double b = index < params.size() ? params[index] : 0;
-        if (number_text(a) != number_text(b))
+        if (lua_number(a) != lua_number(b))
             return false;
     }
     return true;
@@ -36,7 +42,7 @@ static std::string listed(const std::vector<double>& params)
 {
     std::string text = "{";
     for (size_t index = 0; index < params.size(); ++index)
-        text += (index == 0 ? " " : ", ") + number_text(params[index]);
+        text += (index == 0 ? " " : ", ") + lua_number(params[index]);
     return text + (params.empty() ? "}" : " }");
 }
 
@@ -46,7 +52,7 @@ static std::string linear_words(uint32_t length, const std::vector<double>& para
     const double to = as_written(from + param(params, 0) * length);
     if (params.size() > 2 || !same(linear_curve(from, to, length).segments[0].params, params))
         return {};
-    return "linear(" + number_text(from) + ", " + number_text(to) + ", " + std::to_string(length) + ")";
+    return "linear(" + lua_number(from) + ", " + lua_number(to) + ", " + std::to_string(length) + ")";
 }
 
 static std::string ease_words(uint32_t length, const std::vector<double>& params)
@@ -59,7 +65,7 @@ static std::string ease_words(uint32_t length, const std::vector<double>& params
     curve made;
     if (params.size() > 3 || !ease_curve(name, from, to, length, made).empty() || !same(made.segments[0].params, params))
         return {};
-    return std::string("ease(\"") + name + "\", " + number_text(from) + ", " + number_text(to) + ", " + std::to_string(length) + ")";
+    return std::string("ease(\"") + name + "\", " + lua_number(from) + ", " + lua_number(to) + ", " + std::to_string(length) + ")";
 }
 
 static std::string wave_words(uint32_t length, const std::vector<double>& params)
@@ -73,10 +79,10 @@ static std::string wave_words(uint32_t length, const std::vector<double>& params
     const double phase = as_written(param(params, 2) / 6.2831853);
     if (period <= 0 || !same(wave_curve(param(params, 3), param(params, 0), period, phase, length).segments[0].params, params))
         return {};
-    std::string text = "wave { middle = " + number_text(param(params, 3)) + ", swing = " + number_text(param(params, 0))
-        + ", period = " + number_text(period);
+    std::string text = "wave { middle = " + lua_number(param(params, 3)) + ", swing = " + lua_number(param(params, 0))
+        + ", period = " + lua_number(period);
     if (phase != 0)
-        text += ", phase = " + number_text(phase);
+        text += ", phase = " + lua_number(phase);
     if (period != length)
         text += ", length = " + std::to_string(length);
     return text + " }";
@@ -90,7 +96,7 @@ static std::string spline_words(uint32_t length, std::vector<double> params)
     std::string text = "spline {";
     for (size_t index = 0; index + 1 < params.size(); index += 2) {
         points.push_back({params[index], params[index + 1]});
-        text += (index == 0 ? " { " : ", { ") + number_text(params[index]) + ", " + number_text(params[index + 1]) + " }";
+        text += (index == 0 ? " { " : ", { ") + lua_number(params[index]) + ", " + lua_number(params[index + 1]) + " }";
     }
     curve made;
     if (params.size() % 2 != 0 || !spline_curve(points, length, made).empty() || made.segments.size() != 1
@@ -103,7 +109,7 @@ static std::string friendly_words(segment_kind kind, uint32_t length, const std:
 {
     switch (kind) {
     case segment_constant:
-        return params.size() > 1 ? "" : "constant(" + number_text(param(params, 0)) + ", " + std::to_string(length) + ")";
+        return params.size() > 1 ? "" : "constant(" + lua_number(param(params, 0)) + ", " + std::to_string(length) + ")";
     case segment_linear:
         return linear_words(length, params);
     case segment_quadratic:

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+// A number as Lua reads it back: "-0.0", where "-0" would be the whole number 0.
+std::string lua_number(double value);
+
 // A segment by the friendliest word that gives its very coefficients: linear(0, 360, 400); otherwise
 // segment("Linear", 400, { 0.9, 0 }).
 std::string segment_words(segment_kind kind, uint32_t length, const std::vector<double>& params);

@@ -31,6 +31,17 @@ static bool write_files(const std::string& folder, const opened_show& show)
     return true;
 }
 
+// Records of which the player says something that it does not say of the other document's.
+static void add_other_problems(const read_document& a, const read_document& b, raw_records& raw)
+{
+    for (const document_problem& problem : a.problems) {
+        const bool is_same = std::any_of(b.problems.begin(), b.problems.end(),
+            [&problem](const document_problem& other) { return other.text == problem.text; });
+        if (!is_same && problem.section != 0 && problem.record != 0)
+            raw.insert({problem.section, problem.record});
+    }
+}
+
 // What of a document the source does not give back: records that differ are to be written as they stand. False:
 // nothing differs.
 static bool find_differences(FILE* before, FILE* after, uint32_t index, opening_rules& rules)
@@ -44,6 +55,10 @@ static bool find_differences(FILE* before, FILE* after, uint32_t index, opening_
     for (const record_change& change : diff_documents(*a, *b))
         if (change.before != 0)
             rules.raw.insert({change.section, change.before});
+    if (rules.raw.size() == known) {
+        add_other_problems(*a, *b, rules.raw);
+        add_other_problems(*b, *a, rules.raw);
+    }
     rules.as_text = rules.raw.size() == known; // records alone do not mend it
     return true;
 }
