@@ -221,8 +221,8 @@ static size_t badness_of(std::string_view typed, std::string_view name)
     if (distance <= allowed_distance(std::min(typed.size(), name.size())) && (swapped || !short_and_other)) {
         return swapped ? 1 : 2 * distance + (other_letter ? 1 : 0);
     }
-    const size_t shorter = std::min(typed.size(), name.size());
-    return shorter >= 3 && typed.substr(0, shorter) == name.substr(0, shorter) ? 50 : far_away;
+    const bool is_begun = typed.size() >= 2 && name.starts_with(typed);
+    return is_begun || (name.size() >= 3 && typed.starts_with(name)) ? 50 : far_away;
 }
 
 static const std::string* name_folded_to(std::string_view wanted, std::span<const std::string> known)

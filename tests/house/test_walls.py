@@ -21,10 +21,10 @@ PLACES = {  # every other folder below src, and of which others each knows somet
     'authoring/open': ['authoring', 'authoring/show', 'authoring/curve', 'content', 'anim', 'model', 'editing'],
     'authoring/lua': ['authoring', 'authoring/asset', 'authoring/curve', 'authoring/show', 'authoring/check', 'content',
                       'model'],
-    'tools/common': ['content'],
+    'tools/common': ['authoring', 'content'],
     'tools/make': ['tools/common', 'authoring', 'authoring/asset', 'authoring/show', 'authoring/check',
                    'authoring/open', 'authoring/lua', 'content', 'editing'],
-    'tools/render': ['tools/common'] + [room for room in ROOMS if room not in ('anim', 'music')],
+    'tools/render': ['tools/common', 'authoring'] + [room for room in ROOMS if room not in ('anim', 'music')],
     'tools/pages': ['tools/common', 'tools/make', 'tools/render', 'authoring/show', 'authoring/curve'],
 }
 LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them

@@ -1,5 +1,6 @@
 #include "authoring/check/diff.h"
 
+#include "authoring/counted.h"
 #include "authoring/check/alignment.h"
 #include "authoring/check/lint.h"
 #include "authoring/check/record_fields.h"

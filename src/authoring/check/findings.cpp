@@ -33,11 +33,6 @@ const xml_node* element_of(const read_document& read, uint32_t section, uint32_t
     return record == 0 ? element : child_of(element, record - 1);
 }
 
-std::string counted(uint64_t number, const char* word)
-{
-    return std::to_string(number) + " " + word + (number == 1 ? "" : "s");
-}
-
 std::string as_seconds(uint64_t ticks)
 {
     std::string text = std::to_string(ticks / 100);

@@ -1,5 +1,6 @@
 #include "authoring/check/graph.h"
 
+#include "authoring/counted.h"
 #include "authoring/asset/drawing_text.h"
 #include "authoring/check/graph_pictures.h"
 #include "content/xml.h"
@@ -106,11 +107,6 @@ static std::string number_text(float value)
 {
     char text[32];
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-static std::string counted(uint32_t count, const char* one, const char* many)
-{
-    return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 template <size_t size> static std::string text_of(const char (&field)[size])
@@ -421,18 +417,9 @@ static std::string generator_facts(const generated_image& image)
     return facts;
 }
 
-static const texture_operation_entry* operation_of(const texture_node& node)
-{
-    if (node.type >= node_add_image && node.type <= node_minimum_image)
-        return &image_operations[node.type - node_add_image];
-    if (node.type >= node_invert && node.type <= node_min_2)
-        return &node_operations[node.type - node_invert];
-    return nullptr;
-}
-
 static std::string node_facts(const texture_node& node)
 {
-    const texture_operation_entry* operation = operation_of(node);
+    const texture_operation_entry* operation = operation_of(node.type);
     if (node.type == node_output)
         return "texture";
     if (operation == nullptr)
@@ -447,7 +434,7 @@ static std::string node_problem(const graph_maker& maker, const thing& t, const 
 {
     if (node.pixels == nullptr)
         return "never computed: black";
-    if (node.type != node_output && operation_of(node) == nullptr)
+    if (node.type != node_output && operation_of(node.type) == nullptr)
         return "no operation: black";
     const bool users_shown = node.type != node_output || maker.options.extent == graph_everything;
     return users_shown ? unused_text(maker, t) : "";

@@ -29,9 +29,6 @@ const xml_node* element_of(const read_document& read, uint32_t section, uint32_t
 // The child of that number, from 0.
 const xml_node* child_of(const xml_node* node, uint32_t index);
 
-// A count with its word: "1 tick", "12 ticks".
-std::string counted(uint64_t number, const char* word);
-
 // Ticks as people say them: "4 s", "0.12 s".
 std::string as_seconds(uint64_t ticks);
 

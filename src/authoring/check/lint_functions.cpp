@@ -1,4 +1,5 @@
 // Looks at functions of time.
+#include "authoring/counted.h"
 #include "authoring/check/lint.h"
 
 #include "anim/animation_function.h"

@@ -1,5 +1,6 @@
 // Looks at the elements themselves: sections in another's place, parameters that nobody reads.
 #include "authoring/check/lint.h"
+#include "authoring/counted.h"
 
 #include "model/catalogues.h"
 #include "model/read_element.h"
@@ -87,15 +88,6 @@ static void check_generator(const lint_target& t, uint32_t record, const xml_nod
     const texture_generator_entry& entry = texture_generators[kind];
     check_extra(t, section_generated_images, record, node.first_child, 3 * entry.colour_count + entry.number_count,
         entry.name, {});
-}
-
-static const texture_operation_entry* operation_of(uint8_t code)
-{
-    if (code >= node_add_image && code <= node_minimum_image)
-        return &image_operations[code - node_add_image];
-    if (code >= node_invert && code <= node_min_2)
-        return &node_operations[code - node_invert];
-    return nullptr;
 }
 
 static void check_node(const lint_target& t, uint32_t record, const xml_node& node)

@@ -1,4 +1,5 @@
 // Looks at the timeline: what is shown when, for how long, and into what.
+#include "authoring/counted.h"
 #include "authoring/check/lint.h"
 
 #include "model/render_modes.h"

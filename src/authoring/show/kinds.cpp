@@ -423,10 +423,9 @@ std::vector<parameter_field_row> generator_fields(uint32_t generator)
 
 std::vector<parameter_field_row> node_fields(uint8_t code)
 {
-    assert((code >= node_add_image && code <= node_minimum_image) || (code >= node_invert && code <= node_min_2));
-    const texture_operation_entry& entry
-        = code < node_invert ? image_operations[code - node_add_image] : node_operations[code - node_invert];
-    return fields_of(entry, 0, entry.param_count);
+    const texture_operation_entry* entry = operation_of(code);
+    assert(entry != nullptr);
+    return fields_of(*entry, 0, entry->param_count);
 }
 
 std::vector<parameter_field_row> dynamic_fields(uint32_t type)

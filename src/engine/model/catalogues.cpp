@@ -160,3 +160,12 @@ uint8_t effect2d_param_count(uint32_t type)
 {
     return type < std::size(effects_2d) ? effects_2d[type].param_count : 0;
 }
+
+const texture_operation_entry* operation_of(uint8_t code)
+{
+    if (code >= node_add_image && code <= node_minimum_image)
+        return &image_operations[code - node_add_image];
+    if (code >= node_invert && code <= node_min_2)
+        return &node_operations[code - node_invert];
+    return nullptr;
+}

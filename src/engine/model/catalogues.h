@@ -78,3 +78,6 @@ extern const glyph_name_entry glyph_names[15];
 
 // Parameters of a 2-D effect; 0 for a kind beyond the catalogue.
 uint8_t effect2d_param_count(uint32_t type);
+
+// The entry of a node's operation; null for codes that compute nothing.
+const texture_operation_entry* operation_of(uint8_t code);

@@ -81,16 +81,6 @@ static bool add_output(const document_place& at, const xml_node& child, texture_
     return true;
 }
 
-// The entry of a node's operation; null for codes that compute nothing.
-static const texture_operation_entry* operation_of(uint8_t code)
-{
-    if (code >= node_add_image && code <= node_minimum_image)
-        return &image_operations[code - node_add_image];
-    if (code >= node_invert && code <= node_min_2)
-        return &node_operations[code - node_invert];
-    return nullptr;
-}
-
 static void check_operation(const document_place& at, const texture_node& node, uint32_t params)
 {
     const texture_operation_entry* operation = operation_of(node.type);

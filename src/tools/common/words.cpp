@@ -4,11 +4,6 @@
 
 #include <cstdio>
 
-std::string counted(uint64_t count, const char* thing)
-{
-    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
-
 std::string enumerated(const std::vector<std::string>& parts)
 {
     std::string text;

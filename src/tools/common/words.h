@@ -6,9 +6,6 @@
 #include <string_view>
 #include <vector>
 
-// "1 frame", "12 frames".
-std::string counted(uint64_t count, const char* thing);
-
 // "a", "a and b", "a, b and c".
 std::string enumerated(const std::vector<std::string>& parts);
 

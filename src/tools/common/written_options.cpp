@@ -1,6 +1,6 @@
 #include "written_options.h"
 
-#include "near_word.h"
+#include "authoring/near_name.h"
 
 #include <algorithm>
 #include <cstring>
@@ -18,11 +18,10 @@ const option_row* find_option(std::span<const option_row> rows, std::string_view
 
 std::string unknown_option(std::span<const option_row> rows, std::string_view name)
 {
-    std::vector<std::string_view> names;
+    std::vector<std::string> names;
     for (const option_row& row : rows)
         names.emplace_back(row.name);
-    const bool one_dash = name.substr(0, 2) != "--";
-    const std::string meant = near_word((one_dash ? "-" : "") + std::string(name), names);
+    const std::string meant = near_name(name, names);
     return "unknown option " + std::string(name) + (meant.empty() ? "" : " (did you mean " + meant + "?)");
 }
 

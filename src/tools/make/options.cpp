@@ -1,6 +1,6 @@
 #include "options.h"
 
-#include "tools/common/near_word.h"
+#include "authoring/near_name.h"
 #include "tools/common/written_options.h"
 
 #include <charconv>
@@ -11,7 +11,7 @@
 // What an unknown command was meant to be; empty when nobody knows.
 static std::string meant_command(std::string_view name)
 {
-    std::vector<std::string_view> names;
+    std::vector<std::string> names;
     for (const command_row& row : command_rows) {
         if (row.other_name != nullptr && name == row.other_name)
             return row.name;
@@ -21,7 +21,7 @@ static std::string meant_command(std::string_view name)
         return "list " + std::string(name);
     if (name.ends_with(".lua"))
         return "build " + std::string(name);
-    return near_word(name, names);
+    return near_name(name, names);
 }
 
 static bool read_command(std::string_view name, make_options& options, std::string& problem)

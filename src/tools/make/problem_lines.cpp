@@ -1,5 +1,6 @@
 #include "problem_lines.h"
 
+#include "authoring/counted.h"
 #include "content/printable.h"
 #include "tools/common/words.h"
 

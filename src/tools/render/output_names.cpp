@@ -1,5 +1,6 @@
 #include "output_names.h"
 
+#include "authoring/counted.h"
 #include "content/printable.h"
 #include "options.h"
 #include "tools/common/words.h"

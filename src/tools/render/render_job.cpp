@@ -20,6 +20,7 @@
 #include "video_pipe.h"
 #include "y4m.h"
 
+#include "authoring/counted.h"
 #include "content/file_bytes.h"
 #include "content/printable.h"
 #include "shell/loading.h"

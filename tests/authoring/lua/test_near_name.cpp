@@ -72,3 +72,16 @@ TEST_CASE("a question is the end of a sentence")
     CHECK(did_you_mean("colr", fields) == " (did you mean \"color\"?)");
     CHECK(did_you_mean("banana", fields).empty());
 }
+
+TEST_CASE("options and commands of programs are near without their dashes, and their beginnings are")
+{
+    const std::vector<std::string> names = {"build", "check", "create", "--flashes", "--fps"};
+    CHECK(near_name("buidl", names) == "build");
+    CHECK(near_name("crreate", names) == "create");
+    CHECK(near_name("-flashse", names) == "--flashes");
+    CHECK(near_name("--fl", names) == "--flashes");
+    CHECK(near_name("crea", names) == "create");
+    CHECK(near_name("b", names).empty());
+    CHECK(near_name("--", names).empty());
+    CHECK(near_name("frobnicate", names).empty());
+}
