@@ -269,8 +269,3 @@ bool take_model(const model_file& file, const model_options& options, imported_m
         model = {};
     return reason.empty();
 }
-
-bool import_model(const std::string& path, const model_options& options, imported_model& model, std::string& problem)
-{
-    return take_model(open_model(path), options, model, problem);
-}

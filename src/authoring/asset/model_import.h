@@ -59,6 +59,3 @@ model_file open_model(const std::string& path);
 // quotes and ends with a full stop; `model` is then empty. Of a ".mesh" that stays as it is the shape may hold numbers
 // that are not finite, as the player takes them.
 bool take_model(const model_file& file, const model_options& options, imported_model& model, std::string& problem);
-
-// Both, for a file of which one thing is wanted.
-bool import_model(const std::string& path, const model_options& options, imported_model& model, std::string& problem);

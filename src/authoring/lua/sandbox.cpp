@@ -592,8 +592,7 @@ bool sandbox_run_file(sandbox& s, const std::string& name)
         add_problem(s, problem_error, {name, 0}, wrong);
         return false;
     }
-    named_text source = {name, text, false};
-    return run_protected(s, guarded<run_loaded>, &source);
+    return sandbox_run_text(s, name, text);
 }
 
 bool sandbox_run_library(sandbox& s, std::string_view name)

@@ -206,17 +206,6 @@ void fit_inside(const picture& p, uint32_t& width, uint32_t& height)
     height = std::max(height, 1u);
 }
 
-picture crop_picture(const picture& p, uint32_t x, uint32_t y, uint32_t width, uint32_t height)
-{
-    if (!is_whole(p) || x >= p.width || y >= p.height || width == 0 || height == 0)
-        return {};
-    picture part = make_picture(std::min(width, p.width - x), std::min(height, p.height - y), 0, 0, 0);
-    const size_t length = size_t{part.width} * 3;
-    for (uint32_t row = 0; row < part.height; ++row)
-        std::memcpy(&part.rgb[row * length], &p.rgb[((size_t{y} + row) * p.width + x) * 3], length);
-    return part;
-}
-
 void paste_picture(picture& to, const picture& from, uint32_t x, uint32_t y)
 {
     if (!is_whole(to) || !is_whole(from) || x >= to.width || y >= to.height)

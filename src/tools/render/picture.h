@@ -40,9 +40,6 @@ picture even_picture(const picture& p);
 // The greatest size inside width x height of the picture's own aspect, at least 1 x 1.
 void fit_inside(const picture& p, uint32_t& width, uint32_t& height);
 
-// The part of `p` from (x, y), cut to what is there; none when nothing is.
-picture crop_picture(const picture& p, uint32_t x, uint32_t y, uint32_t width, uint32_t height);
-
 // Copies `from` into `to` with its upper left corner at (x, y); what falls outside is
 // left out.
 void paste_picture(picture& to, const picture& from, uint32_t x, uint32_t y);

@@ -93,7 +93,7 @@ static imported_model imported(const std::string& path, const model_options& opt
 {
     imported_model model;
     std::string problem;
-    CHECK_MESSAGE(import_model(path, options, model, problem), problem);
+    CHECK_MESSAGE(take_model(open_model(path), options, model, problem), problem);
     CHECK(problem == "");
     if (model.shapes.empty())
         model.shapes.resize(1);
@@ -106,7 +106,7 @@ static std::string problem_of(const std::string& path, const model_options& opti
 {
     imported_model model;
     std::string problem;
-    CHECK_FALSE(import_model(path, options, model, problem));
+    CHECK_FALSE(take_model(open_model(path), options, model, problem));
     CHECK(model.shapes.empty());
     CHECK(model.parts.empty());
     return problem;
@@ -430,7 +430,7 @@ TEST_CASE("a model cut anywhere is a model or a line")
             imported_model model;
             std::string problem;
             const std::string path = folder.add(names[format], texts[format].substr(0, size));
-            if (import_model(path, {}, model, problem)) {
+            if (take_model(open_model(path), {}, model, problem)) {
                 CHECK(problem == "");
                 for (const shape_data& shape : model.shapes)
                     CHECK(shape_fault(shape) == "");

@@ -66,7 +66,7 @@ static bool import_one(const std::filesystem::path& path, const std::string& nam
 {
     imported_model model;
     std::string problem;
-    if (import_model(path.string(), model_options{}, model, problem)) {
+    if (take_model(open_model(path.string()), model_options{}, model, problem)) {
         ++sum.read;
         return print_model(name, model);
     }
