@@ -43,7 +43,9 @@ static built_source built_of(const std::string& behind, const std::string& file 
 
 static constexpr const char* a_clip = "track { walk { from = 0, to = 400 } }\n";
 
+namespace {
 using lines = std::vector<std::string>;
+} // namespace
 
 TEST_CASE("A list that stands in itself, or too deep in others, is told and ends the run")
 {
