@@ -20,7 +20,7 @@ from test_brimlow_render import Picture  # noqa: E402
 
 MAKE = RENDER = ROOT = ''
 LISTING = re.compile(r'^<!-- runs -->\n```lua\n(.*?)^```', re.S | re.M)
-PAGES = ('language.md',)
+PAGES = ('docs/language.md', 'README.md')
 MOMENT = ('--at', '1')
 LEAST_SEEN = 0.01           # of a picture: pixels that have another colour than most
 MOST_BYTES = 1_500_000      # of all pictures together
@@ -90,12 +90,12 @@ class Examples(unittest.TestCase):
 
     def test_listings_that_run_build_in_silence_and_show_something(self):
         for page in PAGES:
-            with open(os.path.join(ROOT, 'docs', page), encoding='utf-8') as file:
+            with open(os.path.join(ROOT, page), encoding='utf-8') as file:
                 listings = LISTING.findall(file.read())
             self.assertTrue(listings, page)
             for number, listing in enumerate(listings, 1):
                 with self.subTest('%s, listing %d' % (page, number)):
-                    show = os.path.join(self.folder, '%s-%d' % (page, number))
+                    show = os.path.join(self.folder, '%s-%d' % (os.path.basename(page), number))
                     self.assertEqual(run(MAKE, 'new', show)[0], 0)
                     with open(os.path.join(show, 'show.lua'), 'w', encoding='utf-8') as file:
                         file.write(listing)
