@@ -127,16 +127,22 @@ def anchors(text):
 
 
 def check_links(root, pages):
+    """Of pages by their path below `root`."""
     wrong = []
     for name, text in pages.items():
-        for target in re.findall(r'\]\(([^)]+)\)', text):
+        for target in re.findall(r'\]\(([^)]+)\)', re.sub(r'^```.*?^```', '', text, flags=re.S | re.M)):
             file, _, part = target.partition('#')
-            path = os.path.normpath(os.path.join(root, 'docs', file or name))
+            path = os.path.normpath(os.path.join(root, os.path.dirname(name), file)) if file else os.path.join(root, name)
             if not os.path.exists(path):
                 wrong.append('%s: %s does not exist' % (name, target))
-            elif part and part not in anchors(pages.get(file or name) or open(path, encoding='utf-8').read()):
+            elif part and part not in anchors(open(path, encoding='utf-8').read()):
                 wrong.append('%s: %s has no such heading' % (name, target))
     return wrong
+
+
+def check_front_page(readme, names):
+    """From the README a reader finds every page."""
+    return ['README.md does not lead to docs/' + name for name in names if '](docs/%s)' % name not in readme]
 
 
 def check_contents(page):
@@ -162,6 +168,7 @@ def check_whole_document(page, example):
 
 def check_the_checker():
     """The rules must catch what they are for."""
+    assert check_front_page('[a](docs/a.md)', ['a.md', 'b.md']) == ['README.md does not lead to docs/b.md']
     assert check_contents('[1](#1-meshes)\n\n## 1 Meshes\n') == []
     assert check_contents('[1](#1-mesh)\n\n## 1 Meshes\n[1](#1-meshes)\n') != []
     both = ''.join('constexpr x_entry %s[] = {{"Row"}};\n' % name for name in EXPLAINED)
@@ -200,7 +207,10 @@ def main():
     wrong = check_catalogues(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_render_modes(pages['documents.md'], read('src', 'engine', 'model', 'render_modes.h'))
     wrong += check_sections(pages['documents.md'], read('src', 'engine', 'model', 'sections.cpp'))
-    wrong += check_links(root, pages)
+    names = sorted(name for name in os.listdir(os.path.join(root, 'docs')) if name.endswith('.md'))
+    wrong += check_links(root, {name: read(name) for name in ['README.md', 'CONTRIBUTING.md']
+                                + ['docs/' + name for name in names]})
+    wrong += check_front_page(read('README.md'), names)
     wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_contents(pages['documents.md'])
     wrong += check_whole_document(pages['documents.md'], read('productions', 'examples', 'document', 'demo.xml'))
