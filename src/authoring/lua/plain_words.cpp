@@ -486,13 +486,29 @@ static int randomseed_word(lua_State* L)
 
 // ---- definition ------------------------------------------------------------------------------------------------
 
+// Lua's own says of nothing only that it has no fields, and says it where the loop is.
+static int ipairs_word(lua_State* L)
+{
+    if (!lua_istable(L, 1)) {
+        raise_error(L, "ipairs walks a list, and this is " + value_kind(L, 1) + ".");
+    }
+    lua_settop(L, 1);
+    lua_pushvalue(L, lua_upvalueindex(1));
+    lua_insert(L, 1);
+    lua_call(L, 1, 3);
+    return 3;
+}
+
 static void define_base(lua_State* L)
 {
     luaL_requiref(L, LUA_GNAME, luaopen_base, 0);
-    for (const char* name : {"assert", "error", "ipairs", "rawget", "rawlen", "rawset", "select", "tonumber", "type"}) {
+    for (const char* name : {"assert", "error", "rawget", "rawlen", "rawset", "select", "tonumber", "type"}) {
         lua_getfield(L, -1, name);
         define_value(L, name);
     }
+    lua_getfield(L, -1, "ipairs");
+    lua_pushcclosure(L, guarded<ipairs_word>, 1);
+    define_value(L, "ipairs");
     lua_pop(L, 1);
     define_word(L, "getmetatable", guarded<getmetatable_word>);
     define_word(L, "next", guarded<next_word>);

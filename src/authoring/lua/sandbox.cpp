@@ -188,7 +188,7 @@ static std::string stop_text_of(const sandbox& s)
         return "the program needs more than " + size_text(s.options.memory_limit)
             + " of memory: does a table or a text grow here without an end?";
     case stop_text:
-        return "a text grew beyond " + size_text(s.options.text_limit) + ".";
+        return "a text grew beyond " + size_text(s.options.text_limit) + ": does it grow here without an end?";
     case stop_values:
         return "more than " + grouped(most_values) + " values are handed over at once: keep them in a table.";
     }
@@ -402,9 +402,14 @@ static int read_unknown_field(lua_State* L)
     std::vector<std::string> names;
     lua_pushvalue(L, lua_upvalueindex(2));
     take_keys(L, names);
+    constexpr size_t few = 12; // names that are all told
+    std::string all;
+    for (const std::string& known : names)
+        all += (all.empty() ? ": there are " : ", ") + known;
+    const std::string meant = did_you_mean(name, names);
     raise_error(L,
-        std::string(lua_tostring(L, lua_upvalueindex(1))) + " has no \"" + name + "\"" + did_you_mean(name, names)
-            + ".");
+        std::string(lua_tostring(L, lua_upvalueindex(1))) + " has no \"" + name + "\""
+            + (meant.empty() && names.size() <= few ? all : meant) + ".");
 }
 
 void make_strict(lua_State* L, int index, const char* what)

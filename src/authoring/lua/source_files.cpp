@@ -2,6 +2,7 @@
 #include "authoring/lua/sandbox.h"
 #include "authoring/lua/sandbox_state.h"
 #include "authoring/lua/wording.h"
+#include "authoring/near_name.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -192,7 +194,7 @@ static std::string circle_text(const std::vector<std::string>& being_read, const
     for (auto i = std::find(being_read.begin(), being_read.end(), file); i != being_read.end(); ++i) {
         text += *i + ", ";
     }
-    return text + "and again " + file + ".";
+    return text + "and again " + file + ": what both need belongs into a file of its own.";
 }
 
 namespace {
@@ -241,6 +243,24 @@ static bool file_exists(const sandbox& s, const std::string& file)
     return lstat(((s.options.folder.empty() ? "." : s.options.folder) + "/" + file).c_str(), &about) == 0;
 }
 
+// The names by which require knows the sources of the folder that `name` is looked for in, sorted.
+static std::vector<std::string> sources_beside(const sandbox& s, const std::string& name)
+{
+    const size_t dot = name.rfind('.');
+    const std::string prefix = dot == std::string::npos ? "" : name.substr(0, dot + 1);
+    std::string folder = (s.options.folder.empty() ? "." : s.options.folder) + "/" + prefix;
+    std::replace(folder.end() - static_cast<std::ptrdiff_t>(prefix.size()), folder.end(), '.', '/');
+    std::vector<std::string> names;
+    std::error_code fault;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, fault)) {
+        if (entry.path().extension() == ".lua") {
+            names.push_back(prefix + entry.path().stem().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 static int require_word(lua_State* L)
 {
     sandbox& s = sandbox_of(L);
@@ -273,7 +293,9 @@ static int require_word(lua_State* L)
     if (const library_text* found = find_library_text(s.options.library, name)) {
         return run_required(L, name, name, found->text, true);
     }
-    raise_error(L, "there is no file \"" + file + "\" in the show's folder, and the library has no \"" + name + "\".");
+    raise_error(L,
+        "there is no file \"" + file + "\" in the show's folder, and the library has no \"" + name + "\""
+            + did_you_mean(name, sources_beside(s, name)) + ".");
 }
 
 void define_require(lua_State* L)

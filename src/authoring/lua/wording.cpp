@@ -163,10 +163,16 @@ static std::string attempt_wording(std::string_view rest, std::span<const std::s
     if (take(rest, "get length of ") && take_value(rest, value)) {
         return value_is(value) + ", which has no length (\"#\").";
     }
+    std::string_view first;
+    std::string_view second;
+    std::string_view sum = rest; // "add a 'string' with a 'number'"
+    if (take_until(sum, " a '", first) && take_until(sum, "' with a '", first) && take_until(sum, "'", second)) {
+        return kind_in_words(first) + " and " + kind_in_words(second)
+            + " cannot be computed with each other: tonumber(text) makes a number of a text.";
+    }
     if (rest == "divide by zero" || rest.starts_with("perform 'n")) {
         return "a whole number is divided by 0.";
     }
-    std::string_view first;
     if (take(rest, "compare two ") && take_until(rest, " values", first)) {
         return "two values that are each " + kind_in_words(first) + " cannot be compared with \"<\" or \">\".";
     }
@@ -276,7 +282,25 @@ static std::string token_in_words(std::string_view token)
     if (token.size() >= 2 && token.front() == '\'' && token.back() == '\'') {
         token = token.substr(1, token.size() - 2);
     }
-    return quoted(token);
+    const bool is_text = token.size() >= 2 && token.front() == '"' && token.back() == '"';
+    return is_text ? std::string(token) : quoted(token);
+}
+
+// What people write who know other languages, and how it is written here: the end of a sentence.
+static std::string_view other_language(std::string_view wanted, std::string_view token)
+{
+    if (token == "'!'") {
+        return ": \"not equal\" is written \"~=\", and \"not\" with letters";
+    }
+    if (wanted == "'then'" && token == "'='") {
+        return ": \"equal\" is written \"==\"";
+    }
+    const bool is_value
+        = token.size() > 2 && (token[1] == '"' || token[1] == '{' || (token[1] >= '0' && token[1] <= '9'));
+    if (wanted == "<name>" && is_value) {
+        return "; a field of a table is written name = value, with no colon";
+    }
+    return {};
 }
 
 // "'}' expected (to close '{' at line 3)", "'=' expected"
@@ -293,6 +317,10 @@ static std::string expected_wording(std::string_view rest, std::string_view toke
     if (take(rest, " (to close '") && take_until(rest, "' at line ", opener) && take_until(rest, ")", line)) {
         text += ", for the \"" + std::string(opener) + "\" of line " + std::string(line);
     }
+    const std::string_view hint = other_language(wanted, token);
+    if (!hint.empty()) {
+        return text + std::string(hint) + ".";
+    }
     const bool in_list = wanted == "'}'" || wanted == "')'";
     const bool at_end = token.find("<eof>") != std::string_view::npos;
     return text + (in_list && !at_end ? "; or a comma is." : ".");
@@ -305,16 +333,21 @@ static std::string syntax_wording(std::string_view what, std::string_view token)
         if (token == "<eof>") {
             return "the file ends in the middle of a statement: a value or a bracket is missing.";
         }
-        const bool is_unequal = token == "'!'";
+        const bool is_comment = token == "'//'";
         return token_in_words(token) + " cannot stand here"
             + (closes            ? "; is it one too many?"
-                    : is_unequal ? ": \"not equal\" is written \"~=\"."
-                                 : ".");
+                    : is_comment ? ": a comment begins with \"--\"."
+                                 : std::string(other_language({}, token)) + ".");
     }
     if (what == "<eof> expected" || what == "'<eof>' expected") {
         return token_in_words(token) + " cannot stand here; is it one too many?";
     }
     if (what == "syntax error") {
+        if (token.size() == 3 && std::string_view("+-*/").find(token[1]) != std::string_view::npos) {
+            const std::string sign(1, token[1]);
+            return token_in_words(token) + " cannot stand here: \"i " + sign + "= 1\" is written \"i = i " + sign
+                + " 1\".";
+        }
         return "before " + token_in_words(token)
             + " stands no whole statement: a call with its brackets, or \"=\", is missing.";
     }

@@ -18,7 +18,7 @@ struct hostile_source {
 
 static constexpr const char* endless = "the program ran for more than 3,000,000 steps: is this loop endless?";
 static constexpr const char* too_much = "the program needs more than 64 MiB of memory";
-static constexpr const char* too_long = "a text grew beyond 1 MiB.";
+static constexpr const char* too_long = "a text grew beyond 1 MiB: does it grow here without an end?";
 static constexpr const char* too_deep = "functions call each other too deep";
 static constexpr const char* too_many = "more than 40,000 values are handed over at once";
 
