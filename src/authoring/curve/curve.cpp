@@ -80,7 +80,8 @@ curve swelling_wave_curve(double middle, double from_swing, double to_swing, dou
 static std::string point_fault(const std::vector<curve_point>& points)
 {
     if (points.size() < 2)
-        return "has " + std::to_string(points.size()) + " points, and a curve goes through two at least";
+        return "has " + std::to_string(points.size()) + (points.size() == 1 ? " point" : " points")
+            + ", and a curve goes through two at least";
     for (size_t index = 1; index < points.size(); ++index)
         if (points[index].time - points[index - 1].time < 1)
             return "has point " + std::to_string(index + 1) + " less than a tick behind the one before it";

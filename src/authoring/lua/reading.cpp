@@ -93,7 +93,7 @@ std::string suggestion(const std::string& wrong, const std::vector<std::string>&
         return ": did you mean \"" + near + "\"?";
     if (names.empty())
         return ".";
-    std::string all = ": there is ";
+    std::string all = names.size() == 1 ? ": there is " : ": there are ";
     for (size_t index = 0; index < names.size(); ++index)
         all += (index == 0 ? "" : index + 1 == names.size() ? " and " : ", ") + ("\"" + names[index] + "\"");
     return all + ".";
@@ -109,7 +109,8 @@ static void report_kind(lua_State* L, int index, const std::string& what, const 
 double number_at(lua_State* L, int index, const std::string& what, double fallback)
 {
     if (lua_type(L, index) != LUA_TNUMBER) {
-        report_kind(L, index, what, "a number");
+        report_kind(
+            L, index, what, lua_isnumber(L, index) != 0 ? "a number: leave the quotation marks out" : "a number");
         return fallback;
     }
     const double value = lua_tonumber(L, index);
@@ -143,6 +144,15 @@ double time_at(lua_State* L, int index, const std::string& what, double fallback
     return fallback;
 }
 
+double length_at(lua_State* L, int index, const std::string& what, double fallback)
+{
+    const double ticks = time_at(L, index, what, fallback);
+    if (ticks >= 0)
+        return ticks;
+    report_error(L, what + " is below 0: what goes backwards in time is written from its end to its beginning.");
+    return fallback;
+}
+
 bool flag_at(lua_State* L, int index, const std::string& what, bool fallback)
 {
     if (lua_type(L, index) == LUA_TBOOLEAN)
@@ -165,6 +175,16 @@ std::string text_at(lua_State* L, int index, const std::string& what)
     return {};
 }
 
+std::string file_at(lua_State* L, int index, const char* word, const char* example)
+{
+    if (lua_type(L, index) == LUA_TSTRING)
+        return text_at(L, index, word);
+    report_error(L,
+        std::string(word) + " is given " + what_is(L, index) + " first, and wants the name of a file: write " + example
+            + ".");
+    return {};
+}
+
 moving_number moving_at(lua_State* L, int index, const std::string& what, double fallback)
 {
     if (lua_type(L, index) == LUA_TNUMBER)
@@ -172,8 +192,14 @@ moving_number moving_at(lua_State* L, int index, const std::string& what, double
     thing* made = thing_at(L, index);
     if (as<curve_thing>(made) != nullptr)
         return {0, made};
-    report_kind(L, index, what, "a number or a curve");
+    report_kind(L, index, what,
+        lua_isnumber(L, index) != 0 ? "a number or a curve: leave the quotation marks out" : "a number or a curve");
     return {fallback, nullptr};
+}
+
+static std::string counted_entries(lua_Unsigned count)
+{
+    return count == 0 ? "no entries without names" : std::to_string(count) + (count == 1 ? " entry" : " entries");
 }
 
 // Whether a table has exactly the entries 1..count; reports otherwise.
@@ -183,7 +209,7 @@ static bool is_list_of(lua_State* L, int index, const std::string& what, lua_Uns
     if (lua_type(L, index) == LUA_TTABLE && lua_rawlen(L, index) >= least && lua_rawlen(L, index) <= most)
         return true;
     if (lua_type(L, index) == LUA_TTABLE)
-        report_error(L, what + " has " + std::to_string(lua_rawlen(L, index)) + " entries, and wants " + wants + ".");
+        report_error(L, what + " has " + counted_entries(lua_rawlen(L, index)) + ", and wants " + wants + ".");
     else
         report_kind(L, index, what, wants);
     return false;
@@ -207,6 +233,10 @@ moving_point point_at(lua_State* L, int index, const std::string& what, double f
 
 moving_point scale_at(lua_State* L, int index, const std::string& what, double fallback)
 {
+    const moving_number same = {fallback, nullptr};
+    if (lua_type(L, index) == LUA_TTABLE
+        && !is_list_of(L, index, what, 3, 3, "{ x, y, z }, or one number for all three"))
+        return {{same, same, same}};
     if (lua_type(L, index) == LUA_TTABLE || as<path_thing>(thing_at(L, index)) != nullptr)
         return point_at(L, index, what, fallback);
     const moving_number all = moving_at(L, index, what, fallback);
@@ -263,6 +293,14 @@ std::array<moving_number, 4> color_at(lua_State* L, int index, const std::string
         color[static_cast<size_t>(channel)] = moving_at(L, lua_gettop(L), what + "'s " + names[channel], 1);
         lua_pop(L, 1);
     }
+    constexpr double brightest = 8; // of what is meant so; light may be brighter than white
+    const bool is_bytes = std::any_of(color.begin(), color.end(),
+        [](const moving_number& n) { return n.curve == nullptr && n.constant > brightest; });
+    if (is_bytes)
+        report_warning(L,
+            what
+                + ": red, green and blue go from 0 to 1, and these look like bytes: write \"#rrggbb\", or "
+                  "divide them by 255.");
     return color;
 }
 
@@ -278,16 +316,15 @@ static std::vector<std::string> names_of(const kind_row& kind, const std::vector
     return names;
 }
 
-static void check_field_name(lua_State* L, const char* word, const std::vector<std::string>& names, bool has_list)
+// Reports the first entry without a name of a table that takes none.
+static void check_entries(lua_State* L, int table, const char* word, const std::vector<std::string>& names)
 {
-    if (lua_type(L, -2) == LUA_TSTRING) {
-        const std::string name = lua_tostring(L, -2);
-        if (std::find(names.begin(), names.end(), name) == names.end())
-            report_error(L, std::string(word) + " has no field \"" + name + "\"" + suggestion(name, names));
-    } else if (!has_list) {
-        report_error(L, std::string(word) + " takes fields with names, and "
-                + what_is(L, lua_gettop(L)) + " stands there without one: write name = value.");
-    }
+    lua_rawgeti(L, table, 1);
+    if (!lua_isnil(L, -1))
+        report_error(L,
+            std::string(word) + " takes fields with names, and " + what_is(L, lua_gettop(L))
+                + " stands there without one: write name = value, like " + (names.empty() ? "name" : names.front()) + " = ...");
+    lua_pop(L, 1);
 }
 
 field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind,
@@ -295,14 +332,18 @@ field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind
 {
     static constexpr kind_row no_fields = {kind_count, "", "", {}};
     field_reader r = {L, 0, word, kind < kind_count ? &kind_of(kind) : &no_fields};
+    const std::vector<std::string> names = names_of(*r.kind, more);
     if (lua_type(L, index) != LUA_TTABLE) {
         if (!lua_isnoneornil(L, index))
-            report_error(L, std::string(word) + " is given " + what_is(L, index) + ", and wants fields: "
-                    + word + " { ... }.");
+            report_error(L,
+                std::string(word) + " is given " + what_is(L, index) + ", and wants "
+                    + (has_list ? "a list: " + std::string(word) + " { ... }."
+                                : "fields: " + std::string(word) + " { " + (names.empty() ? "" : names.front() + " = ... ") + "}."));
         return r;
     }
     r.table = index;
-    const std::vector<std::string> names = names_of(*r.kind, more);
+    if (!has_list)
+        check_entries(L, index, word, names);
     std::vector<std::string> wrong; // in order, whatever order the table has
     lua_pushnil(L);
     while (lua_next(L, index) != 0) {
@@ -310,13 +351,13 @@ field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind
             && std::find(names.begin(), names.end(), lua_tostring(L, -2)) != names.end();
         if (!is_known && lua_type(L, -2) == LUA_TSTRING)
             wrong.emplace_back(lua_tostring(L, -2));
-        else if (!is_known)
-            check_field_name(L, word, names, has_list);
         lua_pop(L, 1);
     }
     std::sort(wrong.begin(), wrong.end());
-    for (const std::string& name : wrong)
+    for (const std::string& name : wrong) {
         report_error(L, std::string(word) + " has no field \"" + name + "\"" + suggestion(name, names));
+        r.suggested.push_back(near_name(name, names));
+    }
     return r;
 }
 
@@ -368,6 +409,11 @@ double number_field(field_reader& r, const char* name, double fallback)
 double time_field(field_reader& r, const char* name, double fallback)
 {
     return field_by(r, name, fallback, [&](int at) { return time_at(r.L, at, label(r, name), fallback); });
+}
+
+double length_field(field_reader& r, const char* name, double fallback)
+{
+    return field_by(r, name, fallback, [&](int at) { return length_at(r.L, at, label(r, name), fallback); });
 }
 
 bool flag_field(field_reader& r, const char* name, bool fallback)
@@ -424,16 +470,26 @@ std::array<uint32_t, 2> size_field(field_reader& r, const char* name, std::array
             return fallback;
         lua_rawgeti(r.L, at, 1);
         lua_rawgeti(r.L, at, 2);
-        const std::array<uint32_t, 2> size = {pixels_at(r.L, lua_gettop(r.L) - 1, what + "'s width", fallback[0]),
-            pixels_at(r.L, lua_gettop(r.L), what + "'s height", fallback[1])};
+        const std::array<uint32_t, 2> size = {pixels_at(r.L, lua_gettop(r.L) - 1, what + "'s width", 0),
+            pixels_at(r.L, lua_gettop(r.L), what + "'s height", 0)};
         lua_pop(r.L, 2);
-        return size;
+        return size[0] == 0 || size[1] == 0 ? fallback : size; // half a size is none
     });
+}
+
+uint32_t pixels_field(field_reader& r, const char* name, uint32_t fallback)
+{
+    return field_by(r, name, fallback, [&](int at) { return pixels_at(r.L, at, label(r, name), fallback); });
+}
+
+bool was_misspelt(const field_reader& r, const char* name)
+{
+    return std::find(r.suggested.begin(), r.suggested.end(), name) != r.suggested.end();
 }
 
 void need_field(field_reader& r, const char* name, const char* example)
 {
-    if (r.table == 0 || !has_field(r, name))
+    if ((r.table == 0 || !has_field(r, name)) && !was_misspelt(r, name))
         report_error(r.L, std::string(r.word) + " lacks \"" + name + "\": write " + name + " = " + example + ".");
 }
 

@@ -42,7 +42,9 @@ std::string suggestion(const std::string& wrong, const std::vector<std::string>&
 double number_at(lua_State* L, int index, const std::string& what, double fallback);
 double time_at(lua_State* L, int index, const std::string& what, double fallback); // ticks
 bool flag_at(lua_State* L, int index, const std::string& what, bool fallback);
+double length_at(lua_State* L, int index, const std::string& what, double fallback); // ticks, not below 0
 std::string text_at(lua_State* L, int index, const std::string& what);
+std::string file_at(lua_State* L, int index, const char* word, const char* example); // what `word` is given first
 moving_number moving_at(lua_State* L, int index, const std::string& what, double fallback);
 moving_point point_at(lua_State* L, int index, const std::string& what, double fallback);
 moving_point scale_at(lua_State* L, int index, const std::string& what, double fallback);
@@ -59,6 +61,7 @@ struct field_reader {
     int table; // 0: there is none, and no field is given
     const char* word;
     const kind_row* kind;
+    std::vector<std::string> suggested = {}; // fields that misspelt ones were probably meant to be
 };
 
 // Begins to read: reports fields that the kind does not have, and list entries where it has none. kind_count: there
@@ -73,6 +76,8 @@ std::string label(const field_reader& r, const char* name); // "material: alpha"
 
 double number_field(field_reader& r, const char* name, double fallback);
 double time_field(field_reader& r, const char* name, double fallback);
+double length_field(field_reader& r, const char* name, double fallback);
+uint32_t pixels_field(field_reader& r, const char* name, uint32_t fallback); // 1..16384
 bool flag_field(field_reader& r, const char* name, bool fallback);
 std::string text_field(field_reader& r, const char* name);
 moving_number moving_field(field_reader& r, const char* name, double fallback);
@@ -82,7 +87,10 @@ uint32_t choice_field(field_reader& r, const char* name, const choice_list& choi
 std::array<uint32_t, 2> size_field(field_reader& r, const char* name, std::array<uint32_t, 2> fallback);
 bool has_field(field_reader& r, const char* name);
 
-// Reports that a field which must be given is not.
+// Whether a misspelt field, which has been reported, was probably meant to be this one.
+bool was_misspelt(const field_reader& r, const char* name);
+
+// Reports that a field which must be given is not, and was not misspelt either.
 void need_field(field_reader& r, const char* name, const char* example);
 
 // ---- lists --------------------------------------------------------------------------

@@ -22,6 +22,15 @@ static std::vector<std::string> methods_of(const thing& made)
     return {};
 }
 
+// Whether another picture is asked for what generated ones can do.
+static bool is_of_pictures(const thing& made, const std::string& name)
+{
+    const std::vector<std::string> names = picture_methods();
+    const bool is_picture = as<image_thing>(&made) != nullptr || as<cube_map_thing>(&made) != nullptr
+        || as<dynamic_thing>(&made) != nullptr || as<output_thing>(&made) != nullptr;
+    return is_picture && std::find(names.begin(), names.end(), name) != names.end();
+}
+
 static int thing_index(lua_State* L)
 {
     const thing& made = *thing_at(L, 1);
@@ -29,8 +38,12 @@ static int thing_index(lua_State* L)
     if (push_picture_method(L, made, name) || push_curve_method(L, made, name) || push_scene_method(L, made, name))
         return 1;
     const std::vector<std::string> methods = methods_of(made);
-    raise_error(L, what_is(L, 1) + " has no \"" + name + "\""
-            + (methods.empty() ? std::string(", and nothing else that could be asked of it.") : suggestion(name, methods)));
+    raise_error(L,
+        what_is(L, 1) + " has no \"" + name + "\""
+            + (!methods.empty() ? suggestion(name, methods)
+                    : is_of_pictures(made, name)
+                    ? ": only generated pictures are worked on, like texture.noise { }:blur()."
+                    : std::string(", and nothing else that could be asked of it.")));
 }
 
 static int thing_newindex(lua_State* L)
@@ -58,7 +71,11 @@ static int thing_call(lua_State* L)
     else if (is_picture)
         configure_picture(L, made);
     else
-        raise_error(L, what_is(L, 1) + " is not called: it is finished as it is.");
+        raise_error(L,
+            what_is(L, 1) + " is not called: "
+                + (as<curve_thing>(&made) != nullptr || as<path_thing>(&made) != nullptr
+                        ? "its value at a time is curve:at(\"1s\")."
+                        : "it is finished as it is; make another one, with the fields that it is to have."));
     return 1;
 }
 

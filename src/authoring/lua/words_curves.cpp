@@ -32,7 +32,7 @@ static void push_curve(lua_State* L, curve c)
 static int word_constant(lua_State* L)
 {
     const double value = number_at(L, 1, "constant: its value", 0);
-    push_curve(L, constant_curve(value, time_at(L, 2, "constant: its length", 1)));
+    push_curve(L, constant_curve(value, length_at(L, 2, "constant: its length", 1)));
     return 1;
 }
 
@@ -40,16 +40,23 @@ static int word_linear(lua_State* L)
 {
     const double from = number_at(L, 1, "linear: where it begins", 0);
     const double to = number_at(L, 2, "linear: where it ends", 0);
-    push_curve(L, linear_curve(from, to, time_at(L, 3, "linear: its length", 1)));
+    push_curve(L, linear_curve(from, to, length_at(L, 3, "linear: its length", 1)));
     return 1;
 }
 
 static int word_ease(lua_State* L)
 {
+    if (lua_type(L, 1) != LUA_TSTRING) {
+        report_error(L,
+            "ease is given " + what_is(L, 1)
+                + " first, and wants its name: write ease(\"out quad\", from, to, length).");
+        push_curve(L, constant_curve(0, 1));
+        return 1;
+    }
     const std::string name = text_at(L, 1, "ease: its name");
     const double from = number_at(L, 2, "ease: where it begins", 0);
     const double to = number_at(L, 3, "ease: where it ends", 0);
-    const double length = time_at(L, 4, "ease: its length", 1);
+    const double length = length_at(L, 4, "ease: its length", 1);
     curve made = linear_curve(from, to, length);
     const std::string fault = ease_curve(name, from, to, length, made);
     if (!fault.empty())
@@ -72,8 +79,9 @@ static int word_wave(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "wave", kind_wave);
     const double period = period_field(r);
-    push_curve(L, wave_curve(number_field(r, "middle", 0), number_field(r, "swing", 1), period,
-                      number_field(r, "phase", 0), time_field(r, "length", period)));
+    push_curve(L,
+        wave_curve(number_field(r, "middle", 0), number_field(r, "swing", 1), period, number_field(r, "phase", 0),
+            length_field(r, "length", period)));
     return 1;
 }
 
@@ -81,9 +89,10 @@ static int word_swelling_wave(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "swelling_wave", kind_swelling_wave);
     need_field(r, "length", "\"4s\"");
-    push_curve(L, swelling_wave_curve(number_field(r, "middle", 0), number_field(r, "from_swing", 0),
-                      number_field(r, "to_swing", 1), period_field(r), number_field(r, "phase", 0),
-                      time_field(r, "length", 100)));
+    push_curve(L,
+        swelling_wave_curve(number_field(r, "middle", 0), number_field(r, "from_swing", 0),
+            number_field(r, "to_swing", 1), period_field(r), number_field(r, "phase", 0),
+            length_field(r, "length", 100)));
     return 1;
 }
 
@@ -105,13 +114,21 @@ static double point_time(lua_State* L, int index, const std::string& word)
     return time;
 }
 
+// What to write instead of points that make no curve, behind what is wrong with them.
+static std::string point_hint(const std::string& fault)
+{
+    return fault.find("less than a tick") != std::string::npos ? ": write them in the order of their times." : ".";
+}
+
 static int word_spline(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "spline", kind_spline, {}, true);
     std::vector<curve_point> points;
-    for (lua_Integer number = 1; r.table != 0 && lua_rawgeti(L, r.table, number) != LUA_TNIL; ++number) {
+    bool are_points = r.table != 0; // where one is none, the others are not told too
+    for (lua_Integer number = 1; are_points && lua_rawgeti(L, r.table, number) != LUA_TNIL; ++number) {
         charge_steps(L, 4);
-        if (point_entry(L, lua_gettop(L), "spline", 2)) {
+        are_points = point_entry(L, lua_gettop(L), "spline", 2);
+        if (are_points) {
             const double time = point_time(L, lua_gettop(L), "spline");
             lua_rawgeti(L, -1, 2);
             points.push_back({time, number_at(L, lua_gettop(L), "spline: a point's value", 0)});
@@ -120,9 +137,9 @@ static int word_spline(lua_State* L)
         lua_pop(L, 1);
     }
     curve made = constant_curve(0, 1);
-    const std::string fault = spline_curve(points, time_field(r, "length", 0), made);
-    if (!fault.empty())
-        report_error(L, "spline " + fault + ".");
+    const std::string fault = spline_curve(points, length_field(r, "length", 0), made);
+    if (!fault.empty() && are_points)
+        report_error(L, "spline " + fault + point_hint(fault));
     push_curve(L, std::move(made));
     return 1;
 }
@@ -132,6 +149,8 @@ static int word_segment(lua_State* L)
 {
     curve made;
     curve_segment segment = {static_cast<int32_t>(choice_at(L, 1, "segment", segment_choices, 0)), 1, {}};
+    const bool is_known = lua_type(L, 1) == LUA_TNUMBER
+        || (lua_type(L, 1) == LUA_TSTRING && find_choice(segment_choices, lua_tostring(L, 1)) >= 0);
     const double length = time_at(L, 2, "segment: its length", 1);
     segment.length = static_cast<uint32_t>(std::clamp(std::round(length), 0.0, 4294967295.0));
     if (lua_type(L, 3) != LUA_TTABLE)
@@ -140,9 +159,12 @@ static int word_segment(lua_State* L)
         each_entry(L, 3, [&](int at) { segment.params.push_back(number_at(L, at, "segment: a coefficient", 0)); });
     const uint32_t takes = segment.kind < segment_kind_count ? function_types[segment.kind].param_count
                                                              : max_segment_params;
-    if (segment.params.size() > takes && !state_of(L).show->keep_order)
-        report_error(L, "segment: \"" + std::string(function_types[segment.kind].name) + "\" takes "
-                + std::to_string(takes) + " coefficients, and is given " + std::to_string(segment.params.size()) + ".");
+    const bool fits = segment.kind == segment_spline ? segment.params.size() <= takes : segment.params.size() == takes;
+    if (is_known && !fits && lua_type(L, 3) == LUA_TTABLE && !state_of(L).show->keep_order)
+        report_error(L,
+            "segment: \"" + std::string(segment_choices.name(static_cast<uint32_t>(segment.kind))) + "\" takes "
+                + std::to_string(takes) + (takes == 1 ? " coefficient" : " coefficients") + ", and is given "
+                + std::to_string(segment.params.size()) + ".");
     segment.params.resize(std::min<size_t>(segment.params.size(), max_segment_params));
     made.segments.push_back(std::move(segment));
     push_curve(L, std::move(made));
@@ -151,14 +173,19 @@ static int word_segment(lua_State* L)
 
 // ---- curves of curves -------------------------------------------------------------------
 
-static curve joined(field_reader& r)
+// `whole` becomes false where something else is among them, which is reported once.
+static curve joined(field_reader& r, bool& whole)
 {
     curve made;
-    if (r.table == 0)
+    whole = r.table != 0;
+    if (!whole)
         return made;
     each_entry(r.L, r.table, [&](int at) {
         const thing* part = thing_at(r.L, at);
-        if (as<curve_thing>(part) == nullptr)
+        if (!whole)
+            return;
+        whole = as<curve_thing>(part) != nullptr;
+        if (!whole)
             report_error(r.L, std::string(r.word) + " joins curves, and " + what_is(r.L, at)
                     + " is none: write linear(from, to, length), or constant(value, length).");
         else
@@ -170,14 +197,18 @@ static curve joined(field_reader& r)
 static int make_curve(lua_State* L, const char* word, int32_t loop)
 {
     field_reader r = read_fields(L, 1, word, kind_curve, {}, true);
-    curve made = joined(r);
+    bool whole = false;
+    curve made = joined(r, whole);
     made.loop = loop;
     made.loop_from = time_field(r, "from", 0);
     made.loop_to = time_field(r, "to", loop == loop_off ? 0 : curve_length(made));
     made.integer = flag_field(r, "integer", false);
     const std::string fault = curve_fault(made);
-    if (!fault.empty() && !state_of(L).show->keep_order)
-        report_error(L, std::string(word) + " " + fault + ".");
+    const std::string hint = made.segments.empty() ? ": write " + std::string(word) + " { linear(0, 1, \"4s\") }."
+        : made.segments.size() > max_segments      ? ": make two of it, or a spline."
+                                                   : ": write a to that is later than from.";
+    if (!fault.empty() && whole && !state_of(L).show->keep_order)
+        report_error(L, std::string(word) + " " + fault + hint);
     push_curve(L, std::move(made));
     return 1;
 }
@@ -191,7 +222,8 @@ static int word_curve(lua_State* L)
 static int word_animation(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "animation", kind_curve, {{"loop", false}}, true);
-    curve made = joined(r);
+    bool whole = false;
+    curve made = joined(r, whole);
     made.loop = static_cast<int32_t>(number_field(r, "loop", 0));
     made.loop_from = time_field(r, "from", 0);
     made.loop_to = time_field(r, "to", 0);
@@ -277,7 +309,10 @@ static int curve_join(lua_State* L)
     const curve_thing* first = as<curve_thing>(thing_at(L, 1));
     const curve_thing* second = as<curve_thing>(thing_at(L, 2));
     if (first == nullptr || second == nullptr)
-        raise_error(L, what_is(L, 1) + " .. " + what_is(L, 2) + ": two curves are joined so, or two texts.");
+        raise_error(L,
+            what_is(L, 1) + " .. " + what_is(L, 2)
+                + ": two curves are joined so, or two texts: write constant(value, length) for a "
+                  "curve that stands still.");
     push_curve(L, joined_curve(first->c, second->c));
     return 1;
 }
@@ -296,9 +331,11 @@ static int word_path(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "path", kind_spline, {}, true);
     std::array<std::vector<curve_point>, 3> points;
-    for (lua_Integer number = 1; r.table != 0 && lua_rawgeti(L, r.table, number) != LUA_TNIL; ++number) {
+    bool are_points = r.table != 0; // where one is none, the others are not told too
+    for (lua_Integer number = 1; are_points && lua_rawgeti(L, r.table, number) != LUA_TNIL; ++number) {
         charge_steps(L, 8);
-        if (point_entry(L, lua_gettop(L), "path", 2)) {
+        are_points = point_entry(L, lua_gettop(L), "path", 2);
+        if (are_points) {
             const double time = point_time(L, lua_gettop(L), "path");
             lua_rawgeti(L, -1, 2);
             const moving_point at = point_at(L, lua_gettop(L), "path: a point", 0);
@@ -312,15 +349,15 @@ static int word_path(lua_State* L)
         }
         lua_pop(L, 1);
     }
-    const double length = time_field(r, "length", 0);
+    const double length = length_field(r, "length", 0);
     path_thing path;
     for (size_t axis = 0; axis < 3; ++axis) {
         curve made;
         const std::string fault = spline_curve(points[axis], length, made);
-        if (!fault.empty()) {
-            report_error(L, "path " + fault + ".");
+        if (!fault.empty() && are_points)
+            report_error(L, "path " + fault + point_hint(fault));
+        if (!fault.empty())
             break;
-        }
         path.at[axis] = {0, push_thing(L, curve_thing{std::move(made)})};
         lua_pop(L, 1);
     }
@@ -353,7 +390,7 @@ static moving_point turned_towards(lua_State* L, const moving_point& eye, const 
     turned_number angles[3];
     const std::string fault = look_at(plain(eye), plain(target), angles);
     if (!fault.empty())
-        report_error(L, "look_at " + fault + ".");
+        report_error(L, "look_at " + fault + (fault.starts_with("has the eye") ? ": move one of them." : "."));
     return {{number_of(L, angles[0]), number_of(L, angles[1]), roll}};
 }
 

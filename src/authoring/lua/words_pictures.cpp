@@ -31,7 +31,7 @@ static void read_levels(field_reader& r, image_thing& image)
                 image.levels[count] = text_at(r.L, at, label(r, "levels"));
             ++count;
         });
-    if (count > image.levels.size())
+    if (count > image.levels.size() || (count == 1 && !state_of(r.L).show->keep_order))
         report_error(r.L, label(r, "levels") + " wants two files, of half and of a quarter of the size.");
     done(r);
 }
@@ -43,6 +43,8 @@ static void read_image(lua_State* L, int table, image_thing& image)
     read_format(r, image.format);
     image.size = size_field(r, "size", image.size);
     read_levels(r, image);
+    if (!image.levels[0].empty() && image.filter != filter_mipmaps && !state_of(L).show->keep_order)
+        report_warning(L, "image: levels are mipmaps, which this filter does not show: write filter = \"mipmaps\".");
     if (has_field(r, "name"))
         image.name = text_field(r, "name");
 }
@@ -51,7 +53,7 @@ static void read_image(lua_State* L, int table, image_thing& image)
 static int word_image(lua_State* L)
 {
     image_thing image;
-    image.file = text_at(L, 1, "image");
+    image.file = file_at(L, 1, "image", "image \"file.png\"");
     read_image(L, 2, image);
     push_thing(L, std::move(image));
     return 1;
@@ -64,8 +66,7 @@ static int word_target(lua_State* L)
     image.size = {256, 256};
     image.filter = choice_field(r, "filter", filter_choices, filter_linear);
     for (uint32_t side = 0; side < 2; ++side)
-        image.size[side] = static_cast<uint32_t>(
-            std::clamp(number_field(r, side == 0 ? "width" : "height", 256), 1.0, 16384.0));
+        image.size[side] = pixels_field(r, side == 0 ? "width" : "height", 256);
     image.format = choice_field(r, "format", format_choices, 0);
     image.turned = flag_field(r, "upright", true);
     push_thing(L, std::move(image));
@@ -170,7 +171,9 @@ static int generate(lua_State* L, uint32_t generator)
         }
         for (uint32_t channel = 0; channel < 3; ++channel) {
             if (color[channel].curve != nullptr)
-                report_error(L, label(r, row.name.c_str()) + " cannot move: generated pictures are made once.");
+                report_error(L,
+                    label(r, row.name.c_str())
+                        + " cannot move: generated pictures are made once, dynamic ones in every frame.");
             picture.values.push_back(color[channel].constant);
         }
     }
@@ -270,11 +273,14 @@ static int method_operation(lua_State* L)
     const bool has_second = as<picture_thing>(second) != nullptr || as<node_thing>(second) != nullptr;
     node_thing node;
     if (!has_second && row.alone == 0) {
-        report_error(L, std::string(row.word) + " is given " + what_is(L, 2) + ", and wants a generated picture or a node.");
-        node.code = node_invert;
-    } else {
-        node.code = !has_second ? row.alone : as<picture_thing>(second) != nullptr ? row.with_picture : row.with_node;
+        report_error(L,
+            std::string(row.word) + " is given " + what_is(L, 2)
+                + ", and wants a generated picture or a node, like texture.noise { }.");
+        lua_settop(L, 1); // what is meant with it is unknown
+        push_thing(L, node_thing{node_invert, row.word, node_of(L, 1, row.word), nullptr, nullptr, {}});
+        return 1;
     }
+    node.code = !has_second ? row.alone : as<picture_thing>(second) != nullptr ? row.with_picture : row.with_node;
     if (node.code == 0) {
         report_error(L, std::string(row.word) + " works on one picture alone.");
         node.code = row.alone;

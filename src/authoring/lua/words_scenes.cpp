@@ -19,7 +19,9 @@ static const thing* model_at(lua_State* L, int index, const std::string& what)
     const thing* made = thing_at(L, index);
     if (as<mesh_thing>(made) != nullptr || as<effect_thing>(made) != nullptr)
         return made;
-    report_error(L, what + " is " + what_is(L, index) + ", and wants a mesh or an effect.");
+    report_error(L,
+        what + " is " + what_is(L, index) + ", and wants a mesh or an effect"
+            + (what == "on_vertices" ? " first: write on_vertices(mesh, { scale = 2 })." : "."));
     return nullptr;
 }
 
@@ -57,6 +59,11 @@ static int word_row(lua_State* L)
 {
     manipulator_thing made;
     made.type = manipulator_x_multiplier;
+    if (lua_type(L, 1) == LUA_TTABLE) {
+        report_error(L, "row is given a table first, and wants how many: write row(3, { step = { 1, 0, 0 } }).");
+        push_thing(L, std::move(made));
+        return 1;
+    }
     made.params = {moving_at(L, 1, "row: how many", 1)};
     field_reader r = read_fields(L, 2, "row", kind_steps);
     add_steps(r, made);
@@ -68,6 +75,14 @@ static int word_grid(lua_State* L)
 {
     manipulator_thing made;
     made.type = manipulator_xyz_multiplier;
+    if (lua_type(L, 1) != LUA_TTABLE || lua_rawlen(L, 1) != 3) {
+        report_error(L,
+            "grid is given " + what_is(L, 1)
+                + " first, and wants how many to each side: write grid({ 3, 3, 3 }, { "
+                  "step = { 1, 1, 1 } }).");
+        push_thing(L, std::move(made));
+        return 1;
+    }
     const moving_point numbers = point_at(L, 1, "grid: how many", 1);
     made.params = {numbers.begin(), numbers.end()};
     field_reader r = read_fields(L, 2, "grid", kind_steps);
@@ -99,7 +114,9 @@ static const thing* visible_field(field_reader& r)
     if (as<curve_thing>(made) == nullptr && lua_type(r.L, at) == LUA_TBOOLEAN)
         made = lua_toboolean(r.L, at) != 0 ? nullptr : push_thing(r.L, curve_thing{constant_curve(0, 1)});
     else if (as<curve_thing>(made) == nullptr) {
-        report_error(r.L, label(r, "visible") + " is " + what_is(r.L, at) + ", and wants a curve: it is drawn while that is not 0.");
+        report_error(r.L,
+            label(r, "visible") + " is " + what_is(r.L, at)
+                + ", and wants true, false, or a curve: it is drawn while that is not 0.");
         made = nullptr;
     }
     lua_settop(r.L, at);
@@ -107,9 +124,27 @@ static const thing* visible_field(field_reader& r)
     return made;
 }
 
+// Fields of a font that stand behind a text, reported as what they are; so nobody asks for them again.
+static std::vector<parameter_field_row> fields_of_font(lua_State* L, int table, const placed_thing& placed)
+{
+    std::vector<parameter_field_row> rows;
+    if (placed.kind != object_text || lua_type(L, table) != LUA_TTABLE)
+        return rows;
+    for (const field_row& row : kind_of(kind_font).fields) {
+        if (std::string(row.name) == "material" || lua_getfield(L, table, row.name) == LUA_TNIL)
+            continue;
+        rows.push_back({row.name, false});
+        report_error(L,
+            std::string("object: ") + row.name
+                + " belongs to the font, in front of the text: write font \"file.ttf\" { " + row.name + " = ... }.");
+    }
+    lua_settop(L, table);
+    return rows;
+}
+
 static void read_placed(lua_State* L, int table, placed_thing& placed)
 {
-    field_reader r = read_fields(L, table, "object", kind_placed);
+    field_reader r = read_fields(L, table, "object", kind_placed, fields_of_font(L, table, placed));
     if (take(r, "material")) {
         placed.material = material_at(L, lua_gettop(L), label(r, "material"));
         done(r);
@@ -162,7 +197,12 @@ void place(lua_State* L, const thing& made)
     placed.what = &made;
     if (as<font_thing>(&made) != nullptr) {
         placed.kind = object_text;
-        placed.text = text_at(L, 2, "a text");
+        if (lua_type(L, 2) == LUA_TNUMBER)
+            report_error(L,
+                "a font is given " + what_is(L, 2)
+                    + ", and wants a text: write \"2000\" for 2000, or tostring(number).");
+        else
+            placed.text = text_at(L, 2, "what a font is given");
         check_text(L, placed.text);
     } else {
         const reference_thing* reference = as<reference_thing>(&made);
@@ -192,15 +232,19 @@ static void add_to_scene(lua_State* L, scene_thing& scene, int index)
         return;
     }
     const bool can_be_placed = as<mesh_thing>(made) != nullptr || as<effect_thing>(made) != nullptr;
-    report_error(L, "a scene is given " + what_is(L, index) + ", and wants placed objects"
-            + (can_be_placed ? ": write { material = ... } behind it." : ", like ball { material = red }."));
+    report_error(L,
+        "a scene is given " + what_is(L, index) + ", and wants placed objects"
+            + (can_be_placed                            ? ": write { material = ... } behind it."
+                    : lua_type(L, index) == LUA_TSTRING ? ", like letters \"Hello\" { material = red }, with a font."
+                                                        : ", like ball { material = red }."));
 }
 
 static int word_scene(lua_State* L)
 {
-    const std::string name = lua_isnoneornil(L, 1) ? "" : text_at(L, 1, "scene: its name");
-    if (lua_isnoneornil(L, 1))
-        report_error(L, "scene lacks a name: write scene \"walk\" { ... }.");
+    const bool has_name = lua_type(L, 1) == LUA_TSTRING;
+    const std::string name = has_name ? text_at(L, 1, "scene: its name") : "";
+    if (!has_name)
+        report_error(L, "scene is given " + what_is(L, 1) + " first, and wants a name: write scene \"walk\" { ... }.");
     const std::string fault = attribute_fault(name);
     if (!fault.empty())
         report_error(L, "scene \"" + name + "\" " + fault + ".");
@@ -248,8 +292,10 @@ static const thing* target_field(field_reader& r)
         return nullptr;
     const thing* made = thing_at(r.L, lua_gettop(r.L));
     const image_thing* image = as<image_thing>(made);
-    if (image == nullptr) {
-        report_error(r.L, label(r, "into") + " is " + what_is(r.L, lua_gettop(r.L)) + ", and wants a target { }.");
+    if (image == nullptr || (!image->file.empty() && !state_of(r.L).show->keep_order)) {
+        report_error(r.L,
+            label(r, "into") + " is " + what_is(r.L, lua_gettop(r.L)) + (image != nullptr ? " of a file" : "")
+                + ", and wants a target { }.");
         made = nullptr;
     }
     done(r);
@@ -266,7 +312,8 @@ static std::optional<double> whole_time(field_reader& r, const char* name, bool&
     if (std::isnan(ticks))
         return 0;
     if (ticks < 0)
-        report_error(r.L, label(r, name) + " lies " + number_text(-ticks) + " ticks before the show begins.");
+        report_error(
+            r.L, label(r, name) + " lies " + number_text(-ticks) + " ticks before the show begins: that is at 0.");
     constexpr double latest = 4294967295; // that a document can say: what is too late for the player is found there
     return std::round(std::clamp(ticks, 0.0, latest));
 }
@@ -293,12 +340,16 @@ static const thing* value_field(field_reader& r, const char* name)
     return made;
 }
 
-static clip_thing read_clip(lua_State* L, int table, const thing* scene)
+static clip_thing read_clip(lua_State* L, int table, const thing* scene, bool has_list = false)
 {
-    field_reader r = read_fields(L, table, "clip", kind_clip);
+    field_reader r = read_fields(L, table, "clip", kind_clip, {}, has_list);
     clip_thing clip;
     clip.scene = scene;
     read_common(r, clip);
+    if (!clip.from && was_misspelt(r, "from")) // which has been reported
+        clip.from = 0;
+    if (!clip.to && was_misspelt(r, "to"))
+        clip.to = clip.from.value_or(0) + 1;
     clip.into = target_field(r);
     
     clip.mode = choice_field(r, "mode", mode_choices, clip.into != nullptr ? render_to_texture : render_simple);
@@ -334,9 +385,13 @@ void call_scene(lua_State* L, thing& made)
     if (lua_type(L, 2) != LUA_TTABLE)
         raise_error(L, "a scene is given " + what_is(L, 2) + ", and wants { objects } or { from =, to = }.");
     if (has_names(L, 2)) {
-        if (lua_rawlen(L, 2) > 0)
-            report_error(L, "scene \"" + made.name + "\": objects and fields in one table: objects are filled in first, a clip is made afterwards.");
-        push_thing(L, read_clip(L, 2, &made));
+        const bool has_list = lua_rawlen(L, 2) > 0;
+        if (has_list)
+            report_error(L,
+                "scene \"" + made.name
+                    + "\": objects and fields stand in one table: write two, { objects } that fill it and { from =, to "
+                      "= } that make a clip.");
+        push_thing(L, read_clip(L, 2, &made, has_list));
         return;
     }
     each_entry(L, 2, [&](int at) { add_to_scene(L, std::get<scene_thing>(made.value), at); });
@@ -357,7 +412,8 @@ static void check_clip_times(lua_State* L, const thing& made, const clip_thing& 
         say(std::string("lacks \"") + (clip.from ? "to" : "from") + "\": write " + (clip.from ? "to = \"4s\"" : "from = \"0s\"")
             + " in it, or in its track");
     else if (*clip.to <= *clip.from && !state_of(L).show->keep_order)
-        say("ends at tick " + number_text(*clip.to) + ", and begins at " + number_text(*clip.from));
+        say("ends at tick " + number_text(*clip.to) + ", and begins at " + number_text(*clip.from)
+            + ": write a later to");
 }
 
 // The clip as it is on a track: what it does not say comes from there.
@@ -384,6 +440,10 @@ static int word_track(lua_State* L)
     field_reader r = read_fields(L, 1, "track", kind_track, {}, true);
     clip_thing common;
     read_common(r, common);
+    if (was_misspelt(r, "from")) // which has been reported
+        common.from = common.from.value_or(0);
+    if (was_misspelt(r, "to"))
+        common.to = common.to.value_or(common.from.value_or(0) + 1);
     std::vector<const thing*> clips;
     each_entry(L, 1, [&](int at) {
         const thing* made = thing_at(L, at);
@@ -430,7 +490,7 @@ static int word_loading(lua_State* L)
         raise_error(L, "loading is given " + what_is(L, 1) + ", and wants a function: loading(function() ... end).");
     word_state& s = state_of(L);
     if (s.document != 0)
-        raise_error(L, "loading stands inside loading.");
+        raise_error(L, "loading stands inside loading: write what belongs to it into the outer one.");
     lua_settop(L, 1);
     const loading_document inside(s);
     lua_call(L, 0, 0);
@@ -454,7 +514,7 @@ static int word_show(lua_State* L)
     }
     show.bpm = number_field(r, "bpm", show.bpm);
     if (show.bpm < 0)
-        report_error(L, "show: bpm is below 0.");
+        report_error(L, "show: bpm is below 0: write how many beats a minute has, 120 say.");
     show.beats_per_bar = number_field(r, "beats_per_bar", show.beats_per_bar);
     if (has_field(r, "seed"))
         set_random_seed(L, static_cast<uint64_t>(std::max(0.0, number_field(r, "seed", 1))));
@@ -500,7 +560,8 @@ static int make_entry(lua_State* L, const char* word, bool is_document)
         report_error(L, "document: a show has the documents \"demo.xmlz\" and \"loading.xmlz\", and \"" + entry.name
                 + "\" is none of them: write { name = \"demo.xmlz\" } behind the file.");
     if (entry.name.size() >= pack_name_size)
-        report_error(L, std::string(word) + ": the name \"" + entry.name + "\" is longer than 31 bytes.");
+        report_error(
+            L, std::string(word) + ": the name \"" + entry.name + "\" is longer than 31 bytes: give it a shorter one.");
     push_thing(L, std::move(entry))->used = true;
     return 1;
 }

@@ -2,6 +2,7 @@
 #include "authoring/lua/word_list.h"
 
 #include "authoring/lua/sandbox.h"
+#include "authoring/near_name.h"
 #include "authoring/show/entries.h"
 #include "model/glyphs.h"
 
@@ -31,7 +32,7 @@ static void read_mesh(lua_State* L, int table, mesh_thing& mesh)
     field_reader r = read_fields(L, table, "mesh", kind_mesh);
     mesh.options.fit = number_field(r, "fit", mesh.options.fit);
     if (mesh.options.fit != 0 && static_cast<float>(mesh.options.fit) <= 0) { // 1e-50 is 0 in single precision
-        report_error(L, "mesh: fit is the length of the longest side, and has to be above 0.");
+        report_error(L, "mesh: fit is " + number_text(mesh.options.fit) + ": write the length, above 0, that its longest side is to have.");
         mesh.options.fit = 0;
     }
     mesh.options.center = flag_field(r, "center", mesh.options.center);
@@ -48,7 +49,7 @@ static void read_mesh(lua_State* L, int table, mesh_thing& mesh)
 static int word_mesh(lua_State* L)
 {
     mesh_thing mesh;
-    mesh.file = text_at(L, 1, "mesh");
+    mesh.file = file_at(L, 1, "mesh", "mesh \"file.obj\" { fit = 2 }");
     if (!lua_isnoneornil(L, 2))
         read_mesh(L, 2, mesh);
     push_thing(L, std::move(mesh));
@@ -89,7 +90,7 @@ static void push_part(lua_State* L, const std::string& file, const model_part& p
 // parts "spider.obj": a list with an entry for each of the file's materials, { name =, texture =, color =, mesh = }.
 static int word_parts(lua_State* L)
 {
-    const std::string file = text_at(L, 1, "parts");
+    const std::string file = file_at(L, 1, "parts", "parts \"file.obj\"");
     show_description& show = *state_of(L).show;
     std::string problem;
     const std::string path = path_in_folder(show.folder, file, problem);
@@ -151,6 +152,29 @@ static std::vector<float> numbers_field(field_reader& r, const char* name, int w
     return numbers;
 }
 
+static bool has_empty_list(field_reader& r, const char* name)
+{
+    if (!take(r, name))
+        return false;
+    const bool is_empty = lua_type(r.L, -1) == LUA_TTABLE && lua_rawlen(r.L, -1) == 0;
+    done(r);
+    return is_empty;
+}
+
+// Whether a list, if it is given, has an entry for each position; reports otherwise.
+static bool counts_agree(field_reader& r, const char* name, uint32_t positions)
+{
+    if (!take(r, name))
+        return true;
+    const lua_Unsigned count = lua_type(r.L, -1) == LUA_TTABLE ? lua_rawlen(r.L, -1) : positions;
+    done(r);
+    if (count != positions)
+        report_error(r.L,
+            label(r, name) + " has " + std::to_string(count) + " entries, and there are " + std::to_string(positions)
+                + " positions: each of them wants one.");
+    return count == positions;
+}
+
 static int word_shape(lua_State* L)
 {
     field_reader r = read_fields(L, 1, "shape", kind_shape);
@@ -162,7 +186,10 @@ static int word_shape(lua_State* L)
         numbers_field(r, "coordinates", 2), numbers_field(r, "coordinates2", 2), numbers_field(r, "coordinates3", 2)};
     mesh.shape.normals = numbers_field(r, "normals", 3);
     const uint32_t vertices = shape_vertex_count(mesh.shape);
-    for (const float number : numbers_field(r, "triangles", 3)) {
+    const bool lacks_positions = vertices == 0; // then it has been said
+    if (has_empty_list(r, "positions"))
+        report_error(L, "shape: positions has no entries: write { { x, y, z }, ... }.");
+    for (const float number : lacks_positions ? std::vector<float>() : numbers_field(r, "triangles", 3)) {
         if (number < 1 || number > static_cast<float>(vertices) || number != std::floor(number)) {
             report_error(L, "shape: triangle " + std::to_string(mesh.shape.triangles.size() / 3 + 1) + " names position "
                     + number_text(number) + ", and there are positions 1 to " + std::to_string(vertices) + ".");
@@ -171,8 +198,11 @@ static int word_shape(lua_State* L)
         }
         mesh.shape.triangles.push_back(static_cast<uint32_t>(number) - 1);
     }
+    const bool counts = lacks_positions
+        || (counts_agree(r, "coordinates", vertices) && counts_agree(r, "coordinates2", vertices)
+            && counts_agree(r, "coordinates3", vertices) && counts_agree(r, "normals", vertices));
     const std::string fault = shape_fault(mesh.shape);
-    if (!fault.empty())
+    if (!fault.empty() && counts && !lacks_positions)
         report_error(L, "shape: " + fault + ".");
     mesh.name = text_field(r, "name");
     if (mesh.name.empty())
@@ -280,8 +310,10 @@ static void read_font(lua_State* L, int table, font_thing& font)
     font.options.bevel = number_field(r, "bevel", font.options.bevel);
     font.options.tracking = number_field(r, "tracking", font.options.tracking);
     font.options.detail = number_field(r, "detail", font.options.detail);
-    if (font.options.height <= 0)
-        report_error(L, "font: height has to be above 0.");
+    if (font.options.height <= 0) {
+        report_error(L, "font: height has to be above 0: it is that of a capital H, 0.1 in flat scenes, say.");
+        font.options.height = 1;
+    }
     if (has_field(r, "letters")) {
         const std::string letters = text_field(r, "letters");
         font.all_letters = letters == "all";
@@ -321,24 +353,68 @@ static bool has_any(lua_State* L, int table, const std::vector<std::string>& nam
     return false;
 }
 
+static std::vector<std::string> fields_of(kind_id kind)
+{
+    std::vector<std::string> names;
+    for (const field_row& row : kind_of(kind).fields)
+        names.emplace_back(row.name);
+    return names;
+}
+
+// Whether each field is none that a placed object has, and one of them is nearly one of `names`.
+static bool has_nearly(lua_State* L, int table, const std::vector<std::string>& names)
+{
+    const std::vector<std::string> of_placed = fields_of(kind_placed);
+    bool has_near = false;
+    bool is_placed = lua_rawlen(L, table) > 0;
+    lua_pushnil(L);
+    while (lua_next(L, table) != 0) {
+        lua_pop(L, 1);
+        const std::string name = lua_type(L, -1) == LUA_TSTRING ? lua_tostring(L, -1) : "";
+        is_placed = is_placed || std::find(of_placed.begin(), of_placed.end(), name) != of_placed.end()
+            || !near_name(name, of_placed).empty();
+        has_near = has_near || !near_name(name, names).empty();
+    }
+    return has_near && !is_placed;
+}
+
 bool configures_shape(lua_State* L, const thing& made)
 {
     if (lua_type(L, 2) != LUA_TTABLE)
         return false;
     if (as<font_thing>(&made) != nullptr)
         return true;
-    std::vector<std::string> names;
-    for (const field_row& row : kind_of(as<effect_thing>(&made) != nullptr ? kind_effect : kind_mesh).fields)
-        names.emplace_back(row.name);
+    std::vector<std::string> names = fields_of(as<effect_thing>(&made) != nullptr ? kind_effect : kind_mesh);
     if (const effect_thing* effect = as<effect_thing>(&made))
         for (const parameter_field_row& row : effect_fields(effect->type))
             names.push_back(row.name);
-    return has_any(L, 2, names);
+    return has_any(L, 2, names) || has_nearly(L, 2, names);
+}
+
+// Fields of a file and of a place in one table: which are for what nobody could tell a table later.
+static bool is_placed_too(lua_State* L, const thing& made)
+{
+    std::vector<std::string> placed = fields_of(kind_placed);
+    std::erase(placed, "name"); // which a mesh has too
+    if (as<font_thing>(&made) != nullptr || !has_any(L, 2, placed))
+        return false;
+    const std::string word
+        = as<mesh_thing>(&made) != nullptr ? "mesh \"file.obj\" { fit = 2 }" : "effect \"...\" { ... }";
+    report_error(L,
+        "fields of " + what_is(L, 1) + " and of its place stand in one table: write two, " + word
+            + " { material = ..., at = ... }.");
+    placed_thing nearly;
+    nearly.kind = as<mesh_thing>(&made) != nullptr ? object_model : object_genmesh;
+    nearly.what = &made;
+    push_thing(L, std::move(nearly));
+    return true;
 }
 
 void configure_shape(lua_State* L, const thing& made)
 {
     made.used = true;
+    if (is_placed_too(L, made))
+        return;
     if (const mesh_thing* known = as<mesh_thing>(&made)) {
         mesh_thing mesh = *known;
         if (mesh.file.empty())

@@ -64,8 +64,11 @@ static const thing* light_field(field_reader& r, const char* name)
     if (!take(r, name))
         return nullptr;
     const thing* made = thing_at(r.L, lua_gettop(r.L));
-    if (as<value_thing>(made) == nullptr) {
-        report_error(r.L, label(r, name) + " is " + what_is(r.L, lua_gettop(r.L)) + ", and wants a light { }.");
+    const value_thing* value = as<value_thing>(made);
+    if (value == nullptr || (!value->is_light && !state_of(r.L).show->keep_order)) {
+        report_error(r.L,
+            label(r, name) + " is " + (value != nullptr ? "a colour" : what_is(r.L, lua_gettop(r.L)))
+                + ", and wants a light { }.");
         made = nullptr;
     }
     done(r);
@@ -80,7 +83,8 @@ static unit_description unit_at(lua_State* L, int index, uint32_t unit, const st
         return made;
     }
     field_reader r = read_fields(L, index, what.c_str(), kind_unit);
-    need_field(r, "texture", "image \"file.png\"");
+    if (lua_rawlen(L, index) == 0) // without a name it has been told of
+        need_field(r, "texture", "image \"file.png\"");
     if (take(r, "texture")) {
         made.texture = texture_at(L, lua_gettop(L), label(r, "texture"));
         done(r);
@@ -114,6 +118,12 @@ static void read_color(field_reader& r, material_thing& material)
         report_warning(r.L, "material: alpha stands in color and in alpha: the latter counts.");
     if (has_field(r, "alpha"))
         material.color[3] = moving_field(r, "alpha", 1);
+    const bool is_glass = has_alpha
+        || (has_field(r, "alpha") && (material.color[3].curve != nullptr || material.color[3].constant < 1));
+    const bool is_read = has_field(r, "texture2") || has_field(r, "shader"); // there alpha may mix textures
+    if (is_glass && !is_read && !has_field(r, "blend") && !state_of(r.L).show->keep_order)
+        report(r.L, problem_note, current_place(r.L),
+            "material: alpha is not seen, since blend is \"replace\": write blend = \"alpha\".");
 }
 
 static void read_fog(field_reader& outer, material_thing& material)
@@ -137,6 +147,9 @@ static std::string shader_text(field_reader& r, const char* name)
 {
     std::string text = text_field(r, name);
     const std::string fault = text_fault(text);
+    const bool is_blank = text.find_first_not_of(" \t\r\n") == std::string::npos;
+    if (is_blank && has_field(r, name) && !state_of(r.L).show->keep_order)
+        report_error(r.L, label(r, name) + " is empty: write the text of a program, or leave the shader out.");
     if (!fault.empty())
         report_error(r.L, label(r, name) + " " + fault + ".");
     return text;
@@ -150,8 +163,14 @@ static void read_uniforms(field_reader& r, shader_description& shader)
     shader.has_uniforms = lua_type(r.L, table) == LUA_TTABLE;
     if (!shader.has_uniforms)
         report_error(r.L, label(r, "uniforms") + " is " + what_is(r.L, table) + ", and wants { u1 = curve, ... }.");
+    if (shader.has_uniforms && lua_rawlen(r.L, table) > 0)
+        report_error(r.L, label(r, "uniforms") + " takes fields with names: write { u1 = curve, u2 = curve }.");
     lua_pushnil(r.L);
     while (shader.has_uniforms && lua_next(r.L, table) != 0) {
+        if (lua_type(r.L, -2) != LUA_TSTRING) {
+            lua_pop(r.L, 1);
+            continue;
+        }
         const std::string name = lua_type(r.L, -2) == LUA_TSTRING ? lua_tostring(r.L, -2) : "";
         const long number = name.size() > 1 && name[0] == 'u' ? std::strtol(name.c_str() + 1, nullptr, 10) : 0;
         if (number < 1 || number > static_cast<long>(user_uniform_count) || name != "u" + std::to_string(number))
@@ -171,9 +190,14 @@ static void read_shader(field_reader& outer, material_thing& material)
     shader_description shader;
     shader.vertex = shader_text(r, "vertex");
     shader.fragment = shader_text(r, "fragment");
-    if (shader.vertex.empty() != shader.fragment.empty())
-        report_error(r.L, std::string("shader lacks ") + (shader.vertex.empty() ? "vertex" : "fragment")
-                + ": one without the other is not used.");
+    const bool is_asked = r.table != 0 && !state_of(r.L).show->keep_order;
+    if (is_asked && has_field(r, "vertex") != has_field(r, "fragment"))
+        report_error(r.L,
+            std::string("shader lacks \"") + (has_field(r, "fragment") ? "vertex" : "fragment")
+                + "\": one without the other is not used.");
+    else if (is_asked && !has_field(r, "vertex"))
+        report_error(
+            r.L, "shader lacks \"vertex\" and \"fragment\": write the texts of both, or leave the shader out.");
     read_uniforms(r, shader);
     shader.enabled = flag_field(r, "enabled", true);
     material.shader = shader;
@@ -206,7 +230,14 @@ const thing* material_at(lua_State* L, int index, const std::string& what)
     const thing* made = thing_at(L, index);
     if (as<material_thing>(made) != nullptr || as<raw_thing>(made) != nullptr)
         return made;
-    report_error(L, what + " is " + what_is(L, index) + ", and wants a material { }.");
+    const bool is_texture = as<image_thing>(made) != nullptr || as<cube_map_thing>(made) != nullptr
+        || as<dynamic_thing>(made) != nullptr || as<output_thing>(made) != nullptr || as<node_thing>(made) != nullptr
+        || as<picture_thing>(made) != nullptr;
+    report_error(L,
+        what + " is " + what_is(L, index) + ", and wants a material "
+            + (is_texture                               ? "{ texture = ... } with it."
+                    : lua_type(L, index) == LUA_TSTRING ? "{ color = ... }."
+                                                        : "{ }."));
     return nullptr;
 }
 

@@ -61,9 +61,9 @@ element& add_setting(element& parent, const std::string& name, element_value val
 std::string attribute_fault(const std::string& text)
 {
     if (text.find('"') != std::string::npos)
-        return "has a \" in it, and a document has no way to write one";
+        return "has a \" in it, and a document has no way to write one: leave it out";
     if (text.find("/>") != std::string::npos)
-        return "has \"/>\" in it, which would end it there";
+        return "has \"/>\" in it, which would end it there: put a blank between";
     return {};
 }
 

@@ -1,5 +1,6 @@
 #include "authoring/show/units.h"
 
+#include "authoring/near_name.h"
 #include "authoring/show/kinds.h"
 
 #include <charconv>
@@ -111,13 +112,23 @@ static std::string digits_of(const std::string& text)
     return {};
 }
 
+// "is no colour (did you mean "black"?): write ..."
+static std::string no_color(const std::string& text)
+{
+    std::vector<std::string> names;
+    for (const color_name& color : color_names)
+        names.emplace_back(color.name);
+    return "is no colour" + did_you_mean(text, names)
+        + ": write \"#rrggbb\", { red, green, blue } with numbers from 0 to 1, or a name like \"black\" or \"white\"";
+}
+
 std::string read_color(const std::string& text, std::array<double, 4>& rgba, bool& has_alpha)
 {
     const std::string digits = digits_of(text);
     const size_t count = digits.size();
     const bool is_short = count == 3 || count == 4;
     if (!is_short && count != 6 && count != 8)
-        return "is no colour: write \"#rrggbb\", { red, green, blue } with numbers from 0 to 1, or a name like \"black\" or \"white\"";
+        return no_color(text);
     has_alpha = count == 4 || count == 8;
     rgba = {0, 0, 0, 1};
     for (size_t channel = 0; channel < (has_alpha ? 4u : 3u); ++channel) {
