@@ -63,6 +63,8 @@ std::string path_in_folder(const std::string& folder, const std::string& file, s
         fault = "the name of a file is empty: write the name of one in the show's folder.";
     else if (wish.is_absolute() || wish.begin()->string() == ".." || !stays_inside(folder, path))
         fault = "\"" + file + "\" leads out of the show's folder: copy the file into it.";
+    else if (fs::is_directory(path, system))
+        fault = "\"" + file + "\" is a folder: write the name of a file in it.";
     else if (!fs::is_regular_file(path, system)) {
         const std::string near = near_file(path);
         fault = "there is no file \"" + file + "\"" + (near.empty() ? " in the show's folder." : near);
@@ -79,6 +81,44 @@ std::string find_file(lowering& l, const std::string& file, const source_place& 
     if (!path.empty())
         note_file(l, std::filesystem::path(file).lexically_normal().string());
     return path;
+}
+
+namespace {
+
+struct file_kind {
+    std::string_view begin;
+    const char* kind;
+    const char* name;
+    const char* word; // what a source writes in front of it; null: nothing takes it
+};
+
+} // namespace
+
+static constexpr file_kind file_kinds[] = {
+    {"\xff\xd8\xff", "picture", "a JPEG picture", "image"},
+    {"\x89PNG", "picture", "a PNG picture", "image"},
+    {"GIF8", "picture", "a GIF picture", nullptr},
+    {"OggS", "music", "an Ogg file", "show { music ="},
+    {"ID3", "music", "an MP3 file", nullptr},
+    {"\xff\xfb", "music", "an MP3 file", nullptr},
+    {"OTTO", "font", "a font", "font"},
+    {{"\0\1\0\0", 4}, "font", "a font", "font"},
+    {"glTF", "model", "a model", "mesh"},
+};
+
+std::string other_kind_of_file(const std::string& path, const std::string& file, const std::string& wanted)
+{
+    char begin[8] = {};
+    FILE* stream = std::fopen(path.c_str(), "rb");
+    const size_t got = stream != nullptr ? std::fread(begin, 1, sizeof begin, stream) : 0;
+    if (stream != nullptr)
+        std::fclose(stream);
+    const std::string_view bytes(begin, got);
+    for (const file_kind& known : file_kinds)
+        if (bytes.starts_with(known.begin) && wanted != known.kind)
+            return "\"" + file + "\" is " + known.name + ", and no " + wanted
+                + (known.word != nullptr ? std::string(": ") + known.word + " \"" + file + "\" takes it." : ".");
+    return {};
 }
 
 bool read_file(lowering& l, const std::string& path, const source_place& place, std::vector<uint8_t>& bytes)
@@ -227,6 +267,10 @@ taken_picture take_picture(lowering& l, const thing& made, const image_thing& im
     if (path.empty() || !read_file(l, path, made.place, bytes))
         return taken;
     if (!import_picture(bytes, {image.size[0], image.size[1]}, picture, problem)) {
+        if (const std::string other = other_kind_of_file(path, image.file, "picture"); !other.empty()) {
+            add_problem(l.built.problems, problem_error, made.place, other);
+            return taken;
+        }
         add_problem(l.built.problems, problem_error, made.place, "\"" + image.file + "\" " + sentence_of(problem));
         return taken;
     }

@@ -28,5 +28,9 @@ std::string stem_of(const std::string& file);
 // the folder or is not there.
 std::string path_in_folder(const std::string& folder, const std::string& file, std::string& fault);
 
+// "a JPEG picture, ...": what a file is by its first bytes and what to write for it, when it is known and no `wanted`
+// ("model", "picture", "font", "music"); else empty.
+std::string other_kind_of_file(const std::string& path, const std::string& file, const std::string& wanted);
+
 // Reads a whole file. False, and a problem, when that fails.
 bool read_file(lowering& l, const std::string& path, const source_place& place, std::vector<uint8_t>& bytes);

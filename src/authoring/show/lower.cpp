@@ -141,7 +141,9 @@ static void take_music(lowering& l)
     if (l.show.music.empty())
         return;
     std::error_code fault;
-    if (!std::filesystem::exists(std::filesystem::path(l.show.folder) / l.show.music, fault))
+    const std::filesystem::path wish = std::filesystem::path(l.show.music).lexically_normal();
+    const bool is_inside = !wish.is_absolute() && wish.begin()->string() != "..";
+    if (is_inside && !std::filesystem::exists(l.show.folder / wish, fault))
         return add_problem(l.built.problems, problem_warning, l.show.music_place,
             "there is no music \"" + l.show.music + "\" beside the source" + near_file(l.show.folder + "/" + l.show.music)
                 + (near_file(l.show.folder + "/" + l.show.music).empty() ? ": the show plays without." : ""));

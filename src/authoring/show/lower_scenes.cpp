@@ -86,7 +86,11 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
     const uint32_t turned = l.show.keep_order ? 0 : sets_to_turn(made.material);
     if (made.what == nullptr)
         return add_object(l, scene, placed, {nullptr, material, nullptr}, made.scale);
-    if (as<font_thing>(made.what) != nullptr) {
+    if (const font_thing* font_of = as<font_thing>(made.what)) {
+        const bool has_material = made.material != nullptr || font_of->material != nullptr || font_of->file.empty();
+        if (!has_material && !l.show.keep_order)
+            add_problem(l.built.problems, problem_warning, placed.place,
+                "the text \"" + made.text + "\" has no material, and is not drawn: write material = ... behind it.");
         const authored_record* font = lower_font(l, *made.what, made.material, flat_look);
         return add_object(l, scene, placed, {nullptr, material, font}, scale_of_letters(l, made, flat), flat_look);
     }
@@ -103,6 +107,10 @@ authored_record* lower_scene(lowering& l, const thing& made, bool flat)
     const use_of_thing use = {&made, nullptr, flat && !l.show.keep_order ? 1u : 0u};
     if (const auto known = l.made.find(use); known != l.made.end())
         return known->second.front();
+    if (as<scene_thing>(&made)->placed.empty() && !l.show.keep_order)
+        add_problem(l.built.problems, problem_note, made.place,
+            "scene \"" + made.name
+                + "\" is empty: place objects in it, or write pause { from =, to = } for a clip of nothing.");
     element node = {"scene"};
     add_attribute(node, "name", value_of(made.name));
     for (const thing* placed : as<scene_thing>(&made)->placed)

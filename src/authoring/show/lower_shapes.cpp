@@ -45,8 +45,10 @@ static const imported_model& model_of(lowering& l, const thing& made)
     }
     const std::string path = find_file(l, mesh.file, made.place);
     std::string problem;
-    if (!path.empty() && !take_model(model_file_of(l.show, path), mesh.options, model, problem))
-        add_problem(l.built.problems, problem_error, made.place, problem);
+    if (!path.empty() && !take_model(model_file_of(l.show, path), mesh.options, model, problem)) {
+        const std::string other = other_kind_of_file(path, mesh.file, "model");
+        add_problem(l.built.problems, problem_error, made.place, other.empty() ? problem : other);
+    }
     note_files(l, mesh.file, model);
     for (const std::string& refused : model.files_refused)
         add_problem(l.built.problems, problem_note, made.place,
@@ -147,8 +149,10 @@ static const imported_font& letters_of(lowering& l, const thing& made)
     wanted[glyph_count - 1] = true; // the space
     const std::string path = find_file(l, font.file, made.place);
     std::string problem;
-    if (!path.empty() && !import_font(path, font.options, wanted, letters, problem))
-        add_problem(l.built.problems, problem_error, made.place, problem);
+    if (!path.empty() && !import_font(path, font.options, wanted, letters, problem)) {
+        const std::string other = other_kind_of_file(path, font.file, "font");
+        add_problem(l.built.problems, problem_error, made.place, other.empty() ? problem : other);
+    }
     std::string lacking;
     for (const std::string& letter : letters.lacking)
         lacking += (lacking.empty() ? "\"" : ", \"") + letter + "\"";

@@ -157,8 +157,8 @@ static authored_record* lower_cube_map(lowering& l, const thing& made)
     element node = texture_element("cube_map", cube.format, cube.filter);
     for (uint32_t face = 0; face < cube_face_count; ++face) {
         image_thing image;
-        image.file = cube.files[face];
-        name_file(node, face, faces[face], take_picture(l, made, image).entry);
+        image.file = cube.files[face]; // empty: that has been said
+        name_file(node, face, faces[face], image.file.empty() ? "" : take_picture(l, made, image).entry);
     }
     return new_record(l, section_cube_maps, std::move(node), made.place, made.name);
 }

@@ -6,6 +6,7 @@
 #include "model/timeline.h"
 
 #include <algorithm>
+#include <cctype>
 
 static bool is_flat(const clip_thing& clip)
 {
@@ -115,8 +116,9 @@ static void tell_problems(lowering& l, const timeline_lists& lists, const track_
         const thing* scene = made != nullptr ? as<clip_thing>(made)->scene : nullptr;
         const std::string name = made == nullptr ? "" : scene != nullptr ? "the clip of \"" + scene->name + "\" " : "the pause ";
         const bool has_end = !problem.text.empty() && problem.text.back() == '.';
-        add_problem(l.built.problems, problem.severity, made != nullptr ? made->place : source_place{},
-            name + problem.text + (has_end ? "" : "."));
+        std::string text = name + problem.text + (has_end ? "" : ".");
+        text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+        add_problem(l.built.problems, problem.severity, made != nullptr ? made->place : source_place{}, text);
     }
 }
 

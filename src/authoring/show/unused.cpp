@@ -1,4 +1,5 @@
 // What a source makes and nothing shows.
+#include "authoring/show/entries.h"
 #include "authoring/show/lowering.h"
 
 static const char* noun_of(const thing& made)
@@ -37,6 +38,22 @@ static std::string called(const thing& made)
     return "";
 }
 
+// What is left out is not read; that its file is not there helps to see why.
+static std::string lost_file(lowering& l, const thing& made)
+{
+    std::string file;
+    if (const mesh_thing* mesh = as<mesh_thing>(&made))
+        file = mesh->file;
+    else if (const image_thing* image = as<image_thing>(&made))
+        file = image->file;
+    else if (const font_thing* font = as<font_thing>(&made))
+        file = font->file;
+    std::string fault;
+    if (!file.empty())
+        path_in_folder(l.show.folder, file, fault);
+    return fault.empty() ? "" : " And " + fault;
+}
+
 void tell_unused(lowering& l, const std::set<const thing*>& used)
 {
     for (const auto& owned : l.show.things) {
@@ -53,7 +70,7 @@ void tell_unused(lowering& l, const std::set<const thing*>& used)
                 what + " is in no scene: write it into scene \"...\" { }, or use scene:add.");
         } else if (const char* noun = noun_of(made)) {
             add_problem(l.built.problems, problem_note, made.place,
-                std::string("nothing shows the ") + noun + called(made) + ": it is left out.");
+                std::string("nothing shows the ") + noun + called(made) + ": it is left out." + lost_file(l, made));
         }
     }
 }
