@@ -2,6 +2,7 @@
 
 #include "authoring/check/findings.h"
 #include "authoring/lua/sandbox.h"
+#include "authoring/lua/source_wording.h"
 #include "authoring/lua/word_state.h"
 #include "authoring/lua/words.h"
 
@@ -40,22 +41,53 @@ static void order_problems(problem_list& problems, const std::vector<std::string
 
 // ---- the documents looked over ----------------------------------------------------------------
 
-static bool source_line(const void* context, const document_finding& finding, std::string& file, uint32_t& line)
+namespace {
+
+struct checked_show {
+    const show_description& show;
+    const built_show& built;
+    const std::string& main_file;
+};
+
+} // namespace
+
+// What is said of a whole timeline belongs to its last clip.
+static source_place last_clip_place(const authored_document& document)
 {
-    const auto& built = *static_cast<const built_show*>(context);
-    for (const auto& document : built.documents) {
+    source_place place;
+    for (const authored_record* track : document.sections[section_timeline])
+        for (const element& clip : track->content.children)
+            if (clip.place.line != 0)
+                place = clip.place;
+    return place;
+}
+
+static source_place place_of(const checked_show& checked, const document_finding& finding)
+{
+    if (finding.section == section_music)
+        return checked.built.music_place;
+    for (const auto& document : checked.built.documents) {
         if (document == nullptr || document->entry != finding.document)
             continue;
+        if (finding.section == section_timeline && finding.record == 0)
+            return last_clip_place(*document);
         const bool has_part = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
-        const source_place place = finding.section == section_music ? built.music_place : place_in_document(*document, static_cast<document_section>(finding.section),
-            finding.record, has_part ? finding.parts[0].number : 0);
-        if (place.line == 0)
-            return false;
-        file = place.file;
-        line = place.line;
-        return true;
+        return place_in_document(*document, static_cast<document_section>(finding.section), finding.record,
+            has_part ? finding.parts[0].number : 0);
     }
-    return false;
+    return {};
+}
+
+static bool source_line(const void* context, const document_finding& finding, std::string& file, uint32_t& line)
+{
+    const auto& checked = *static_cast<const checked_show*>(context);
+    const source_place place = place_of(checked, finding);
+    const bool is_text_of_file = finding.section != 0 && place.line == 0; // its places are those of the document
+    if (is_text_of_file)
+        return false;
+    file = place.line != 0 ? place.file : checked.main_file;
+    line = place.line;
+    return true;
 }
 
 // What a source says on purpose needs no note: a short show whose times have units, files that it names as entries.
@@ -65,7 +97,19 @@ static bool is_meant(const show_description& show, const document_finding& findi
         || finding.text.find("is named by no document") != std::string::npos;
 }
 
-static void check_built(const show_description& show, built_show& built)
+// Pictures and fonts are looked at when they are taken, too, and then the names of their files are known.
+static bool is_told(const problem_list& problems, const show_problem& problem)
+{
+    const bool is_picture = problem.text.find("cards that take") != std::string::npos;
+    const bool is_font = problem.text.find(" has no mesh for ") != std::string::npos;
+    return std::any_of(problems.begin(), problems.end(), [&](const show_problem& other) {
+        const bool is_same_place = other.file == problem.file && other.line == problem.line;
+        return (is_picture && is_same_place && other.text.find(" cards ") != std::string::npos)
+            || (is_font && other.text.ends_with(": blanks stand there."));
+    });
+}
+
+static void check_built(const show_description& show, const std::string& main_file, built_show& built)
 {
     std::vector<uint8_t> bytes = pack_bytes(built.entries);
     FILE* pack = fmemopen(bytes.data(), bytes.size(), "rb");
@@ -76,8 +120,14 @@ static void check_built(const show_description& show, built_show& built)
         = check_documents(pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds});
     std::fclose(pack);
     std::erase_if(findings, [&show](const document_finding& finding) { return is_meant(show, finding); });
-    const problem_list problems = findings_as_problems(findings, source_line, &built);
-    built.problems.insert(built.problems.end(), problems.begin(), problems.end());
+    const checked_show checked = {show, built, main_file};
+    problem_list problems = findings_as_problems(findings, source_line, &checked);
+    std::erase_if(problems, [&built](const show_problem& problem) { return is_told(built.problems, problem); });
+    for (show_problem& problem : problems) {
+        if (problem.where.empty() && !show.keep_order)
+            problem.text = source_wording(problem.text);
+        built.problems.push_back(std::move(problem));
+    }
 }
 
 static void pass_line(void* user, const char* line)
@@ -113,6 +163,9 @@ void build_source(const build_request& request, built_show& built)
     else
         look_at_files(show, built);
     if (!built.entries.empty() && !has_errors(built.problems))
-        check_built(show, built);
+        check_built(show, request.file, built);
+    for (show_problem& problem : built.problems)
+        if (problem.file.empty())
+            problem.file = request.file;
     order_problems(built.problems, sources);
 }
