@@ -85,6 +85,7 @@ constexpr lint lints[] = {
     {lint_early_end, true},
     {lint_short_show, true},
     {lint_targets, true},
+    {lint_own_target, true},
     {lint_cameras, false},
     {lint_leftover_units, true},
     {lint_loading_time, true},
@@ -121,6 +122,30 @@ static void sort_findings(finding_list& findings)
     });
 }
 
+static bool is_missing_attribute(const document_finding& finding)
+{
+    return finding.severity == problem_error && finding.text.starts_with("attribute \"")
+        && finding.text.find("\" is missing") != std::string::npos;
+}
+
+// Where a section stands in another's place, the attributes that its records lack for that are no mistakes of their
+// own: what is wrong is the place, and is an error then.
+static void drop_attributes_of_swapped(finding_list& findings)
+{
+    for (uint32_t section = 1; section < no_more_sections; ++section) {
+        const auto swapped = std::find_if(findings.begin(), findings.end(), [section](const document_finding& finding) {
+            return finding.section == section && finding.text.starts_with(swapped_section_text);
+        });
+        const auto is_consequence = [section](const document_finding& finding) {
+            return finding.section == section && is_missing_attribute(finding);
+        };
+        if (swapped == findings.end() || std::none_of(findings.begin(), findings.end(), is_consequence))
+            continue;
+        swapped->severity = problem_error;
+        std::erase_if(findings, is_consequence);
+    }
+}
+
 static void check_read_document(read_document& read, FILE* pack, const music_facts& music, finding_list& all)
 {
     finding_list findings;
@@ -133,6 +158,7 @@ static void check_read_document(read_document& read, FILE* pack, const music_fac
     for (const lint& each : lints)
         if (read.root != nullptr && (!each.whole || read.errors == 0))
             each.look(target);
+    drop_attributes_of_swapped(findings);
     sort_findings(findings);
     all.insert(all.end(), std::make_move_iterator(findings.begin()), std::make_move_iterator(findings.end()));
 }

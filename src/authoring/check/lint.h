@@ -39,6 +39,7 @@ void lint_unused_records(const lint_target& t);
 // ---- lint_sections.cpp ----------------------------------------------------------
 
 void lint_swapped_sections(const lint_target& t);
+constexpr const char* swapped_section_text = "its first record looks like one of "; // how it begins
 void lint_extra_parameters(const lint_target& t);
 
 // ---- lint_functions.cpp ---------------------------------------------------------
@@ -54,6 +55,7 @@ void lint_lost_clips(const lint_target& t);
 void lint_early_end(const lint_target& t);
 void lint_short_show(const lint_target& t);
 void lint_targets(const lint_target& t);
+void lint_own_target(const lint_target& t);
 void lint_cameras(const lint_target& t);
 void lint_loading_time(const lint_target& t);
 void lint_music(const lint_target& t);

@@ -50,7 +50,7 @@ void lint_swapped_sections(const lint_target& t)
         const uint32_t like = element->first_child != nullptr ? section_like(*element->first_child) : 0;
         if (like != 0 && like != section)
             t.findings.push_back({problem_warning, t.d.name, section, 0, {},
-                std::string("its first record looks like one of ") + section_label(like)
+                std::string(swapped_section_text) + section_label(like)
                     + ": the order of the sections counts, not their names."});
         element = element->next_sibling;
     }

@@ -181,6 +181,34 @@ static void tell_waiting_targets(const lint_target& t)
     }
 }
 
+// Whether one of a scene's materials shows an image texture.
+static bool scene_shows(const document& d, const scene_record& scene, uint32_t image)
+{
+    for (uint32_t index = 0; index < scene.object_count; ++index) {
+        const material_record* material = table_get(d.material_table, scene.objects[index].material);
+        for (uint32_t unit = 0; material != nullptr && unit < texture_unit_count; ++unit) {
+            const object_reference* shown = table_get(d.object_table, material->texture[unit]);
+            if (shown != nullptr && shown->type == texture_image && shown->id == image)
+                return true;
+        }
+    }
+    return false;
+}
+
+// Rule: a clip shows the texture that it draws into. That is a way to make trails, and mostly a mistake.
+void lint_own_target(const lint_target& t)
+{
+    for_each_clip(t.d, [&](uint32_t track, uint32_t clip, const layer_record& layer) {
+        const scene_record* scene = table_get(t.d.scene_table, layer.model_id);
+        const bool draws = render_mode_of(layer.type).target == mode_draws_to_texture && layer.rtex != 0;
+        if (draws && scene != nullptr && scene_shows(t.d, *scene, layer.rtex))
+            add_finding(t, problem_note, section_timeline, track + 1,
+                "it shows the texture that it draws into: what is seen there is the picture of the frame before; show "
+                "another one, unless trails are meant.",
+                clip_part(clip));
+    });
+}
+
 // Rules: a clip whose mode needs a texture to draw into names none; a clip draws into a texture for at least a tenth
 // of a second in which no later clip with a target of its own makes the copy.
 void lint_targets(const lint_target& t)

@@ -35,13 +35,12 @@ static void add_named_entries(const read_document& read, std::set<std::string>& 
         const xml_node* element = element_of(read, section, 0);
         return element != nullptr ? element->first_child : nullptr;
     };
-    for (const xml_node* node = first(section_meshes); node != nullptr; node = node->next_sibling)
-        add_name(*node, "filename", names);
-    for (const xml_node* node = first(section_image_textures); node != nullptr; node = node->next_sibling)
-        add_picture(*node, names);
-    for (const xml_node* node = first(section_cube_maps); node != nullptr; node = node->next_sibling)
-        for (const char* face : face_names)
-            add_name(*node, face, names);
+    for (uint32_t section = 1; section < section_music; ++section) // a section may stand in another's place
+        for (const xml_node* node = first(section); node != nullptr; node = node->next_sibling) {
+            add_picture(*node, names);
+            for (const char* face : face_names)
+                add_name(*node, face, names);
+        }
 }
 
 bool looks_like_a_pack(FILE* pack)
