@@ -118,9 +118,8 @@ static void read_color(field_reader& r, material_thing& material)
         report_warning(r.L, "material: alpha stands in color and in alpha: the latter counts.");
     if (has_field(r, "alpha"))
         material.color[3] = moving_field(r, "alpha", 1);
-    const bool is_glass = has_alpha
-        || (has_field(r, "alpha") && (material.color[3].curve != nullptr || material.color[3].constant < 1));
-    const bool is_read = has_field(r, "texture2") || has_field(r, "shader"); // there alpha may mix textures
+    const bool is_glass = material.color[3].curve != nullptr || material.color[3].constant < 1;
+    const bool is_read = has_field(r, "texture") || has_field(r, "shader"); // there alpha may mix textures
     if (is_glass && !is_read && !has_field(r, "blend") && !state_of(r.L).show->keep_order)
         report(r.L, problem_note, current_place(r.L),
             "material: alpha is not seen, since blend is \"replace\": write blend = \"alpha\".");

@@ -70,3 +70,14 @@ inline std::string findings_in(const document_text& text, const std::vector<pack
     const owned_file pack(open_pack(entries));
     return lines_of(check_tree(name, root.get(), pack.get(), music));
 }
+
+// The lines without the notes on clips that show the texture that they draw into, as those of small documents do.
+inline std::string without_own_targets(std::string lines)
+{
+    for (size_t found = lines.find("it shows the texture that it draws"); found != std::string::npos;
+         found = lines.find("it shows the texture that it draws")) {
+        const size_t begin = lines.rfind('\n', found) == std::string::npos ? 0 : lines.rfind('\n', found) + 1;
+        lines.erase(begin, lines.find('\n', found) + 1 - begin);
+    }
+    return lines;
+}

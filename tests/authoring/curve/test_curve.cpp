@@ -209,7 +209,7 @@ TEST_CASE("A spline lasts as long as it is told to")
 TEST_CASE("Points that make no spline are told")
 {
     curve made;
-    CHECK(spline_curve({{0, 1}}, 0, made) == "has 1 points, and a curve goes through two at least");
+    CHECK(spline_curve({{0, 1}}, 0, made) == "has 1 point, and a curve goes through two at least");
     CHECK(
         spline_curve({{0, 1}, {50, 2}, {50.5, 3}}, 0, made) == "has point 3 less than a tick behind the one before it");
     CHECK(spline_curve({{0, 1}, {50, 2}, {40, 3}}, 0, made) == "has point 3 less than a tick behind the one before it");

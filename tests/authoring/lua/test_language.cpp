@@ -50,7 +50,7 @@ static names_of_words words_of_table()
 {
     names_of_words names;
     for (const word_row& word : language_words())
-        if (std::strchr(word.name, ':') == nullptr)
+        if (std::strpbrk(word.name, ":.") == nullptr) // what things and tables of words can do
             names.insert(word.name);
     return names;
 }
