@@ -478,6 +478,23 @@ class InspectTest(ShowTest):
         status, output, errors = self.make("inspect", "none")
         self.assertEqual((status, output, errors.count("\n"), errors[:7]), (1, "", 1, "Error: "))
 
+    def test_models_and_fonts(self):
+        with open(self.path("leaf.obj"), "w") as file:
+            file.write("o leaf\nv 0 0 0\nv 1 0 0\nv 0 2 0\nf 1 2 3\n")
+        status, output, errors = self.make("inspect", "leaf.obj")
+        self.assertEqual((status, errors), (0, ""))
+        self.assertIn("leaf.obj: a model, ", output)
+        self.assertIn('node "leaf"', output)
+        told = json.loads(self.make("inspect", "--json", "leaf.obj")[1])
+        self.assertEqual((told["kind"], told["model"]["box"]["high"]), ("model", [1, 2, 0]))
+        told = json.loads(self.make("inspect", "--json", "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf")[1])
+        self.assertEqual((told["kind"], told["font"]["family"], told["font"]["lacking"]), ("font", "DejaVu Sans", []))
+        for name in ("broken.glb", "broken.ttf"):
+            with open(self.path(name), "wb") as file:
+                file.write(b"glTF and then words")
+            status, output, errors = self.make("inspect", name)
+            self.assertEqual((status, output.count("  error: "), errors), (1, 1, ""))
+
     def test_music_is_drawn_with_its_beats(self):
         shutil.copy(TUNE, self.path("tune.ogg"))
         for more in ([], ["--bpm", "128.5", "--beats-per-bar", "3", "--first-beat", "0.25"]):

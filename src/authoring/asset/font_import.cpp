@@ -9,6 +9,7 @@
 
 #include <ft2build.h>
 
+#include FT_FONT_FORMATS_H
 #include FT_FREETYPE_H
 #include FT_OUTLINE_H
 #include FT_TRUETYPE_TABLES_H
@@ -114,17 +115,23 @@ static void choose_characters(open_font& font)
     choose(best);
 }
 
+// How high a letter is, in font units; 0 where the font cannot tell.
+static double letter_height(const open_font& font, const char* letter)
+{
+    FT_Face const face = font.face.get();
+    const FT_UInt glyph = letter_glyph(font, letter);
+    FT_BBox box = {};
+    if (glyph != 0 && FT_Load_Glyph(face, glyph, FT_LOAD_NO_SCALE) == 0
+        && face->glyph->format == FT_GLYPH_FORMAT_OUTLINE)
+        FT_Outline_Get_CBox(&face->glyph->outline, &box);
+    return static_cast<double>(std::max<FT_Pos>(box.yMax, 0));
+}
+
 static double capital_height(const open_font& font)
 {
     FT_Face const face = font.face.get();
-    const FT_UInt glyph = letter_glyph(font, "H");
-    if (glyph != 0 && FT_Load_Glyph(face, glyph, FT_LOAD_NO_SCALE) == 0
-        && face->glyph->format == FT_GLYPH_FORMAT_OUTLINE) {
-        FT_BBox box = {};
-        FT_Outline_Get_CBox(&face->glyph->outline, &box);
-        if (box.yMax > 0)
-            return static_cast<double>(box.yMax);
-    }
+    if (const double height = letter_height(font, "H"); height > 0)
+        return height;
     const TT_OS2* const table = static_cast<const TT_OS2*>(FT_Get_Sfnt_Table(face, FT_SFNT_OS2));
     if (table != nullptr && table->version >= 2 && table->version != 0xFFFF && table->sCapHeight > 0)
         return table->sCapHeight;
@@ -317,6 +324,25 @@ static std::string options_problem(const font_options& options)
     if (!(options.detail > 0) || options.detail > largest_detail)
         return "a font's detail is above 0, and at most 0.1";
     return "";
+}
+
+bool read_font_facts(const std::string& path, uint32_t face, font_facts& facts, std::string& problem)
+{
+    facts = {};
+    problem.clear();
+    open_font font = {};
+    if (!open_font_file(path, face, font, problem))
+        return false;
+    const auto text = [](const char* name) { return std::string(name != nullptr ? name : ""); };
+    facts = {.family = text(font.face->family_name),
+        .style = text(font.face->style_name),
+        .format = text(FT_Get_Font_Format(font.face.get())),
+        .faces = static_cast<uint32_t>(std::max<FT_Long>(font.face->num_faces, 1)),
+        .capital = font.capital / font.em,
+        .small = letter_height(font, "x") / font.capital,
+        .above = std::max(font.line_top / font.capital, 0.0),
+        .below = std::max((font.line_height - font.line_top) / font.capital, 0.0)};
+    return true;
 }
 
 bool import_font(const std::string& path, const font_options& options, const std::vector<bool>& wanted,

@@ -35,6 +35,19 @@ struct imported_font {
     std::vector<std::string> lacking;                // the wanted letters that the font lacks, UTF-8; blanks instead
 };
 
+// What a font file says of itself. Heights are shares of a capital H's, and so of the `height` of font_options.
+struct font_facts {
+    std::string family, style; // as the file has them, UTF-8; may be empty
+    std::string format;        // "TrueType"
+    uint32_t faces;            // of a collection; 1
+    double capital;            // height of a capital H, in ems
+    double small;              // of an x; 0: the font has none
+    double above, below;       // the base line: how far its lines reach, both 0 or more
+};
+
+// The facts of one face, counted from 0. False, with one line in `problem` that names the file.
+[[nodiscard]] bool read_font_facts(const std::string& path, uint32_t face, font_facts& facts, std::string& problem);
+
 // The letters that are set in `wanted` (font_letters long). A texture lies over a letter from the font's highest
 // line (v = 0) to its lowest (v = 1), and as far along it to the right (u = 1). False, with one line in `problem`
 // that names the file: no font, one without outlines, a letter that cannot become a mesh, options out of range.

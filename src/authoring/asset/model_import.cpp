@@ -210,7 +210,7 @@ static std::string no_triangles(const model_scene& scene, uint32_t dropped)
 {
     if (dropped != 0)
         return "holds no triangles with an area";
-    return scene.other_faces != 0 ? "holds points and lines and no triangles" : "holds no triangles";
+    return scene.left_out.other_faces != 0 ? "holds points and lines and no triangles" : "holds no triangles";
 }
 
 static std::string take_scene(const model_scene& scene, const model_options& options, imported_model& model)

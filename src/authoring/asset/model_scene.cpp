@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <assimp/cimport.h>
+#include <assimp/commonMetaData.h>
 #include <assimp/config.h>
 #include <assimp/material.h>
 #include <assimp/mesh.h>
+#include <assimp/metadata.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 #include <clocale>
@@ -227,7 +229,7 @@ static bool add_piece(const aiMesh& mesh, const matrix& space, size_t& triangles
     if (mesh.mNumFaces > max_model_triangles - triangles || scene.pieces.size() == max_model_pieces)
         return false;
     const uint32_t node = static_cast<uint32_t>(scene.nodes.size() - 1);
-    model_piece piece{text_of(mesh.mName), node, mesh.mMaterialIndex, shape_of(mesh, scene.other_faces)};
+    model_piece piece{text_of(mesh.mName), node, mesh.mMaterialIndex, shape_of(mesh, scene.left_out.other_faces)};
     triangles += piece.shape.triangles.size() / 3;
     if (piece.shape.triangles.empty())
         return true;
@@ -270,6 +272,33 @@ static bool add_nodes(const aiScene& from, model_scene& scene)
     return true;
 }
 
+// "glTF2" of "glTF2 Importer".
+static std::string format_of(const aiScene& from)
+{
+    aiString format;
+    if (from.mMetaData == nullptr || !from.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format))
+        return "";
+    std::string name = text_of(format);
+    if (const size_t at = name.rfind(" Importer"); at != std::string::npos)
+        name.erase(at);
+    return name;
+}
+
+static void count_left_out(const aiScene& from, model_left_out& left_out)
+{
+    left_out.animations = from.mNumAnimations;
+    left_out.lights = from.mNumLights;
+    left_out.cameras = from.mNumCameras;
+    for (uint32_t i = 0; i < from.mNumMeshes; ++i)
+        left_out.bones += from.mMeshes[i]->mNumBones;
+}
+
+bool is_model_name(const std::string& name)
+{
+    const size_t dot = name.rfind('.');
+    return dot != std::string::npos && dot + 1 < name.size() && aiIsExtensionSupported(name.c_str() + dot) == AI_TRUE;
+}
+
 std::string read_model_scene(const std::string& name, model_scene& scene)
 {
     scene = {};
@@ -282,6 +311,8 @@ std::string read_model_scene(const std::string& name, model_scene& scene)
         aiProcess_Triangulate | aiProcess_GenUVCoords | aiProcess_TransformUVCoords, &system, settings.get()));
     if (from == nullptr)
         return scene_problem(files);
+    scene.format = format_of(*from);
+    count_left_out(*from, scene.left_out);
     for (uint32_t i = 0; i < from->mNumMaterials; ++i)
         scene.materials.push_back(material_of(*from->mMaterials[i]));
     if (from->mRootNode != nullptr && !add_nodes(*from, scene))

@@ -36,14 +36,24 @@ struct model_piece {
     shape_data shape;  // vertices of triangles alone, v up; normals as in the file, of any length, or none
 };
 
+// What a file has that a model has no use for. Formats whose readers are told to pass these over count none.
+struct model_left_out {
+    uint32_t other_faces; // points and lines
+    uint32_t animations, bones, lights, cameras;
+};
+
 struct model_scene {
+    std::string format; // as the library calls it: "glTF2"; may be empty
     std::vector<model_node> nodes;
     std::vector<model_material> materials;
-    std::vector<model_piece> pieces;        // in the order of the nodes
-    uint32_t other_faces;                   // points and lines, which are left out
+    std::vector<model_piece> pieces; // in the order of the nodes
+    model_left_out left_out;
     std::vector<std::string> files_taken;   // what was opened, below the model's folder, sorted; the model is one
     std::vector<std::string> files_refused; // what it names outside of that, "../b", sorted
 };
+
+// Whether a name's ending is one of a model's, as the importing library knows them: ".obj", in whatever case.
+bool is_model_name(const std::string& name);
 
 // Reads the model `name` of the working folder, in the process that calls: see contained_work.h. Empty, or what is
 // wrong, to be put behind the file's name: "cannot be read as a model: no importer knows it".

@@ -50,6 +50,7 @@ static void put_piece(std::vector<uint8_t>& bytes, const model_piece& piece)
 
 void write_model_scene(const model_scene& scene, std::vector<uint8_t>& bytes)
 {
+    put_numbers(bytes, scene.format);
     put_u32(bytes, scene.nodes.size());
     for (const model_node& node : scene.nodes) {
         put_numbers(bytes, node.name);
@@ -64,7 +65,9 @@ void write_model_scene(const model_scene& scene, std::vector<uint8_t>& bytes)
     put_u32(bytes, scene.pieces.size());
     for (const model_piece& piece : scene.pieces)
         put_piece(bytes, piece);
-    put_u32(bytes, scene.other_faces);
+    const model_left_out& out = scene.left_out;
+    for (const uint32_t count : {out.other_faces, out.animations, out.bones, out.lights, out.cameras})
+        put_u32(bytes, count);
     put_texts(bytes, scene.files_taken);
     put_texts(bytes, scene.files_refused);
 }
@@ -163,12 +166,15 @@ bool parse_model_scene(const std::vector<uint8_t>& bytes, model_scene& scene)
 {
     scene = {};
     scene_bytes in{bytes.data(), bytes.size(), false};
+    take_numbers(in, scene.format);
     take_nodes(in, scene.nodes);
     take_materials(in, scene.materials);
     scene.pieces.resize(take_count(in, 4 * 9));
     for (model_piece& piece : scene.pieces)
         take_piece(in, scene.nodes.size(), piece);
-    scene.other_faces = take_u32(in);
+    model_left_out& out = scene.left_out;
+    for (uint32_t* count : {&out.other_faces, &out.animations, &out.bones, &out.lights, &out.cameras})
+        *count = take_u32(in);
     take_texts(in, scene.files_taken);
     take_texts(in, scene.files_refused);
     const bool whole = !in.broken && in.left == 0;

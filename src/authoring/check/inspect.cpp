@@ -210,6 +210,130 @@ static bool look_at_picture(const inspected_source& source, std::span<const uint
     return true;
 }
 
+// ---- models --------------------------------------------------------------------------------
+
+// A name in small letters ends in one of these.
+static bool ends_in_one_of(const std::string& name, std::span<const std::string_view> endings)
+{
+    std::string small = name;
+    for (char& letter : small)
+        letter = static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter + ('a' - 'A') : letter);
+    return std::any_of(
+        endings.begin(), endings.end(), [&](std::string_view ending) { return small.ends_with(ending); });
+}
+
+static bool begins_with_one_of(std::span<const uint8_t> bytes, std::span<const std::string_view> beginnings)
+{
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return std::any_of(
+        beginnings.begin(), beginnings.end(), [&](std::string_view each) { return text.starts_with(each); });
+}
+
+// Whether a file is worth handing to the importer, which takes a while. Texts and pictures of other names are not.
+static bool may_be_model(const std::string& name, std::span<const uint8_t> bytes)
+{
+    constexpr std::string_view ours[] = {".xml", ".xmlz"}; // documents, which an importer claims too
+    constexpr std::string_view beginnings[]
+        = {"glTF", "Kaydara FBX Binary", "BLENDER", "ply\n", "ply\r\n", "IDP2", "IDP3"};
+    const std::string_view picture = picture_file_kind(bytes);
+    if (!picture.empty() && picture != "SVG") // which any XML is
+        return false;
+    if (ends_in_one_of(name, ours))
+        return name.ends_with(".mesh.xml");
+    return is_model_name(name) || begins_with_one_of(bytes, beginnings);
+}
+
+static void look_at_shapes(const std::vector<shape_data>& shapes, inspected_model_facts& facts)
+{
+    facts.meshes = static_cast<uint32_t>(shapes.size());
+    facts.low = {shapes[0].positions[0], shapes[0].positions[1], shapes[0].positions[2]};
+    facts.high = facts.low;
+    for (const shape_data& shape : shapes) {
+        facts.vertices += shape_vertex_count(shape);
+        facts.triangles += static_cast<uint32_t>(shape.triangles.size() / 3);
+        uint32_t sets = 0;
+        for (const std::vector<float>& set : shape.coordinates)
+            sets += !set.empty();
+        facts.coordinate_sets = std::max(facts.coordinate_sets, sets);
+        for (size_t i = 0; i < shape.positions.size(); ++i) {
+            facts.low[i % 3] = std::min(facts.low[i % 3], shape.positions[i]);
+            facts.high[i % 3] = std::max(facts.high[i % 3], shape.positions[i]);
+        }
+    }
+}
+
+// Takes what `file` has apart; what keeps it from being a mesh is a problem.
+static void look_into_model(const model_file& file, inspection& found)
+{
+    imported_model model;
+    std::string problem;
+    found.kind = inspected_model;
+    found.model.format = file.scene.format;
+    found.model.left_out = file.scene.left_out;
+    if (!take_model(file, {}, model, problem)) {
+        found.problems.push_back(problem.substr(printable(file.name).size() + 3)); // without the name in quotes
+        return;
+    }
+    found.model.triangles_dropped = model.triangles_dropped;
+    found.model.parts = std::move(model.parts);
+    look_at_shapes(model.shapes, found.model);
+    for (const std::string& name : model.files_taken)
+        if (name != file.name)
+            found.model.files.push_back(name);
+    std::string refused;
+    for (const std::string& name : model.files_refused)
+        refused += (refused.empty() ? "\"" : ", \"") + name + "\"";
+    if (!refused.empty())
+        found.notes.push_back("asks for " + refused + " outside its own folder, which is not read.");
+}
+
+// False when the file is no model. Then a name that only models have is a problem; others may be anything.
+static bool look_at_model(const std::string& path, std::span<const uint8_t> bytes, inspection& found)
+{
+    constexpr std::string_view of_others[]
+        = {".ac", ".ask", ".csm", ".mesh", ".mot", ".off", ".pk3", ".prj", ".raw", ".scn", ".ter", ".uc", ".x", ".xml"};
+    if (!may_be_model(found.name, bytes))
+        return false;
+    const model_file file = open_model(path);
+    if (file.problem.empty() && file.mesh_content.empty()) { // else it is ours, and known otherwise
+        look_into_model(file, found);
+        return true;
+    }
+    if (is_model_name(found.name) && !ends_in_one_of(found.name, of_others))
+        found.problems.push_back(file.problem + ".");
+    return false;
+}
+
+// ---- fonts ---------------------------------------------------------------------------------
+
+// False when the file is no font, which is a problem of one that is named like a font.
+static bool look_at_font(const std::string& path, std::span<const uint8_t> bytes, inspection& found)
+{
+    using namespace std::string_view_literals;
+    constexpr std::string_view endings[] = {".ttf", ".otf", ".ttc", ".otc", ".pfb", ".pfa", ".t1", ".t42", ".woff",
+        ".woff2", ".afm", ".pfm", ".bdf", ".pcf"};
+    constexpr std::string_view beginnings[] = {"\0\1\0\0"sv, "true\0"sv, "OTTO"sv, "ttcf"sv, "wOFF"sv, "wOF2"sv,
+        "%!PS-AdobeFont"sv, "%!FontType"sv, "\x80\1"sv};
+    const bool is_named = ends_in_one_of(found.name, endings);
+    if (!is_named && !begins_with_one_of(bytes, beginnings))
+        return false;
+    const std::string quoted = "\"" + path + "\" ";
+    std::string problem;
+    if (!read_font_facts(path, 0, found.font.file, problem)) {
+        if (is_named)
+            found.problems.push_back(problem.starts_with(quoted) ? problem.substr(quoted.size()) : problem);
+        return false;
+    }
+    found.kind = inspected_font;
+    const font_options plain = {1, 0, 0, 0, default_font_detail, 0};
+    imported_font font;
+    if (import_font(path, plain, std::vector<bool>(font_letters, true), font, problem))
+        found.font.lacking = std::move(font.lacking);
+    else
+        found.problems.push_back("cannot be taken whole: " + problem);
+    return true;
+}
+
 // ---- all -----------------------------------------------------------------------------------
 
 // The content of an envelope: a document, a mesh, or something else.
@@ -324,6 +448,24 @@ bool inspect_entry(FILE* pack, const std::string& name, inspection& found, std::
     return true;
 }
 
+// Models and fonts are told by their names first: nothing else is as sure of a text, or of a picture by its content.
+static void look_at_any_file(const std::string& path, uint8_t* bytes, uint32_t size, inspection& found)
+{
+    const std::span<const uint8_t> all(bytes, size);
+    const inspection untouched = found;
+    const bool is_ours_by_name = found.name.ends_with(".mesh");
+    if (!is_ours_by_name && (look_at_font(path, all, found) || look_at_model(path, all, found))) {
+        found.size = size;
+        return;
+    }
+    look_at_bytes({nullptr, path.substr(0, path.rfind('/') + 1)}, bytes, size, found);
+    inspection as_model = untouched;
+    if (is_ours_by_name && found.kind == inspected_other && look_at_model(path, all, as_model)) { // others' ".mesh"
+        as_model.size = size;
+        found = std::move(as_model);
+    }
+}
+
 bool inspect_file(const std::string& path, inspection& found, std::string& problem)
 {
     const char* reason = nullptr;
@@ -345,6 +487,6 @@ bool inspect_file(const std::string& path, inspection& found, std::string& probl
     const owned_block<uint8_t> content(bytes);
     problem.clear();
     if (!look_at_music(path, {bytes, size}, found))
-        look_at_bytes({nullptr, path.substr(0, path.rfind('/') + 1)}, bytes, size, found);
+        look_at_any_file(path, bytes, size, found);
     return true;
 }

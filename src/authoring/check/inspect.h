@@ -1,9 +1,12 @@
-// What an entry of a pack is, or a file: a document, a mesh, a picture, music, another pack.
+// What an entry of a pack is, or a file: a document, a mesh, a picture, music, another pack; a model or a font, from
+// which sources make meshes.
 //
 // Everything is told that can be told without playing; what is wrong is a problem, what is allowed and perhaps not
 // meant a note. Both are texts that begin with a verb, to be put behind the name ("is damaged.").
 #pragma once
 
+#include "authoring/asset/font_import.h"
+#include "authoring/asset/model_import.h"
 #include "model/mesh_bytes.h"
 
 #include <array>
@@ -18,6 +21,8 @@ enum inspected_kind : uint8_t {
     inspected_mesh,
     inspected_picture,
     inspected_music,
+    inspected_model, // a file alone: packs hold meshes
+    inspected_font,  // the same
     inspected_pack
 };
 
@@ -68,6 +73,25 @@ struct inspected_music_facts {
     uint32_t channels;
 };
 
+struct inspected_model_facts {
+    std::string format; // as its reader calls it; may be empty
+    model_left_out left_out;
+    uint32_t triangles_dropped; // for want of an area, or of finite positions
+    std::vector<model_part> parts;
+    uint32_t meshes;   // that it becomes; these are 0 where a problem keeps it from that
+    uint32_t vertices; // of them together
+    uint32_t triangles;
+    uint32_t coordinate_sets;
+    std::array<float, 3> low; // corners of their box
+    std::array<float, 3> high;
+    std::vector<std::string> files; // that it names and that are read with it
+};
+
+struct inspected_font_facts {
+    font_facts file;                  // of its first face
+    std::vector<std::string> lacking; // letters of a document's font, UTF-8
+};
+
 struct inspection {
     std::string name;
     inspected_kind kind;
@@ -80,6 +104,8 @@ struct inspection {
     inspected_mesh_facts mesh;
     inspected_picture_facts picture;
     inspected_music_facts music;
+    inspected_model_facts model;
+    inspected_font_facts font;
     std::vector<std::string> problems;
     std::vector<std::string> notes;
 };

@@ -25,6 +25,10 @@ static const char* kind_word(inspected_kind kind)
         return "picture";
     case inspected_music:
         return "music";
+    case inspected_model:
+        return "model";
+    case inspected_font:
+        return "font";
     case inspected_pack:
         return "pack";
     }
@@ -120,6 +124,103 @@ static std::string music_lines(const inspected_music_facts& facts)
         + counted(facts.channels, "channel", "channels") + "\n";
 }
 
+static std::string texture_text(const std::string& name)
+{
+    return name.starts_with('*') ? "one in the file itself" : "\"" + printable(name) + "\"";
+}
+
+static std::string sets_text(uint32_t sets)
+{
+    return counted(sets, "set", "sets") + " of texture coordinates";
+}
+
+// The names that a source may ask for as "part", and what they give.
+static std::string part_line(const model_part& part)
+{
+    std::string names;
+    for (const auto& [what, name] : {std::pair<const char*, const std::string&>{"node", part.node}, {"mesh", part.mesh},
+             {"material", part.material}})
+        if (!name.empty())
+            names += std::string(names.empty() ? "" : ", ") + what + " \"" + printable(name) + "\"";
+    std::string text = "    " + (names.empty() ? "without a name" : names) + ": "
+        + counted(part.vertices, "vertex", "vertices") + ", " + counted(part.triangles, "triangle", "triangles") + ", "
+        + counted(part.coordinate_sets, "set", "sets");
+    for (size_t i = 0; i < part.textures.size(); ++i)
+        text += (i > 0                              ? ", "
+                        : part.textures.size() == 1 ? "; texture "
+                                                    : "; textures ")
+            + texture_text(part.textures[i]);
+    return text + "\n";
+}
+
+static std::string left_out_line(const inspected_model_facts& facts)
+{
+    const model_left_out& out = facts.left_out;
+    std::string text;
+    const auto add = [&](uint32_t count, const char* one, const char* many) {
+        if (count > 0)
+            text += (text.empty() ? "" : ", ") + counted(count, one, many);
+    };
+    add(facts.triangles_dropped, "triangle without an area", "triangles without an area");
+    add(out.other_faces, "point or line", "points and lines");
+    add(out.animations, "animation", "animations");
+    add(out.bones, "bone", "bones");
+    add(out.lights, "light", "lights");
+    add(out.cameras, "camera", "cameras");
+    return text.empty() ? "" : "  left out: " + text + "\n";
+}
+
+static std::string model_lines(const inspected_model_facts& facts)
+{
+    constexpr size_t parts_told = 50;
+    std::string text = facts.format.empty() ? "" : "  format: " + printable(facts.format) + "\n";
+    if (facts.meshes > 0)
+        text += "  becomes " + counted(facts.meshes, "mesh", "meshes") + ": "
+            + counted(facts.vertices, "vertex", "vertices") + ", " + counted(facts.triangles, "triangle", "triangles")
+            + ", " + sets_text(facts.coordinate_sets) + "\n  box: " + point_text(facts.low) + " to "
+            + point_text(facts.high) + "\n";
+    text += left_out_line(facts);
+    for (const std::string& name : facts.files)
+        text += "  reads: " + printable(name) + "\n";
+    if (!facts.parts.empty())
+        text += "  " + counted(facts.parts.size(), "part", "parts") + ":\n";
+    for (size_t i = 0; i < std::min(facts.parts.size(), parts_told); ++i)
+        text += part_line(facts.parts[i]);
+    if (facts.parts.size() > parts_told)
+        text += "    and " + grouped_text(facts.parts.size() - parts_told) + " more (--json has them all)\n";
+    return text;
+}
+
+// Two digits behind the point.
+static std::string share_text(double share)
+{
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, share, std::chars_format::fixed, 2).ptr};
+}
+
+static std::string font_lines(const inspected_font_facts& facts, bool is_whole)
+{
+    const font_facts& file = facts.file;
+    std::string text;
+    if (!file.family.empty())
+        text += "  " + printable(file.family) + (file.style.empty() ? "" : ", " + printable(file.style)) + "\n";
+    if (!file.format.empty())
+        text += "  format: " + printable(file.format) + "\n";
+    if (file.faces > 1)
+        text += "  the first of " + grouped_text(file.faces) + " faces\n";
+    text += "  with height = 1, that of a capital: a small x " + share_text(file.small) + ", lines from "
+        + share_text(file.above) + " above the base line to " + share_text(file.below) + " below; an em "
+        + share_text(1 / file.capital) + "\n";
+    if (!is_whole)
+        return text;
+    if (facts.lacking.empty())
+        return text + "  has all " + std::to_string(font_letters) + " letters\n";
+    text += "  lacks " + std::to_string(facts.lacking.size()) + " of " + std::to_string(font_letters) + " letters:";
+    for (const std::string& letter : facts.lacking)
+        text += " " + (letter == " " ? "the blank" : letter);
+    return text + "\n";
+}
+
 // Rows of sixteen bytes, as numbers and as letters.
 static std::string byte_lines(const std::string& bytes)
 {
@@ -152,6 +253,10 @@ static std::string kind_lines(const inspection& found)
         return picture_lines(found.picture);
     case inspected_music:
         return music_lines(found.music);
+    case inspected_model:
+        return model_lines(found.model);
+    case inspected_font:
+        return font_lines(found.font, found.problems.empty());
     case inspected_pack:
         return "  " + counted(found.entries, "entry", "entries") + "\n";
     }
@@ -207,6 +312,30 @@ static json music_json(const inspected_music_facts& facts)
     return {{"seconds", facts.seconds}, {"samples_per_second", facts.samples_per_second}, {"channels", facts.channels}};
 }
 
+static json model_json(const inspected_model_facts& facts)
+{
+    json parts = json::array();
+    for (const model_part& part : facts.parts)
+        parts.push_back({{"node", part.node}, {"mesh", part.mesh}, {"material", part.material},
+            {"vertices", part.vertices}, {"triangles", part.triangles}, {"coordinate_sets", part.coordinate_sets},
+            {"diffuse", part.diffuse}, {"textures", part.textures}});
+    const model_left_out& out = facts.left_out;
+    const json left_out = {{"empty_triangles", facts.triangles_dropped}, {"points_and_lines", out.other_faces},
+        {"animations", out.animations}, {"bones", out.bones}, {"lights", out.lights}, {"cameras", out.cameras}};
+    return {{"format", facts.format}, {"meshes", facts.meshes}, {"vertices", facts.vertices},
+        {"triangles", facts.triangles}, {"coordinate_sets", facts.coordinate_sets},
+        {"box", {{"low", facts.low}, {"high", facts.high}}}, {"left_out", left_out}, {"files", facts.files},
+        {"parts", parts}};
+}
+
+static json font_json(const inspected_font_facts& facts)
+{
+    const font_facts& file = facts.file;
+    return {{"family", file.family}, {"style", file.style}, {"format", file.format}, {"faces", file.faces},
+        {"capital", file.capital}, {"small", file.small}, {"above", file.above}, {"below", file.below},
+        {"lacking", facts.lacking}};
+}
+
 static json bytes_json(const std::string& bytes)
 {
     json numbers = json::array();
@@ -235,6 +364,12 @@ std::string inspection_json(const inspection& found)
         break;
     case inspected_music:
         all["music"] = music_json(found.music);
+        break;
+    case inspected_model:
+        all["model"] = model_json(found.model);
+        break;
+    case inspected_font:
+        all["font"] = font_json(found.font);
         break;
     case inspected_pack:
         all["entries"] = found.entries;

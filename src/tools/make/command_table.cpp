@@ -144,11 +144,15 @@ constexpr command_row command_rows[command_count] = {
         .offers = {offer_file, offer_entry, offer_nothing},
         .summary = "what a file is, or an entry of the pack FILE",
         .help = "Tells what a file is, or the entry ENTRY of the pack FILE: a document, a mesh, a\n"
-                "picture, music or a pack, and what is in it.",
+                "picture, music, a pack, or a model or font of a source, and what is in it.",
         .help_below = "Exit status: 0 it is whole; 1 something is wrong with it.",
         .page
         = "Tells what a file is, or the entry _ENTRY_ of the pack _FILE_: a document, a mesh, a picture, music or\n"
           "a pack; what is in it, what is wrong with it, and what may be.\n"
+          "A file may also be a model or a font, from which sources make meshes.\n"
+          "Of a model the names are told that \"part\" takes, the box, the files that it reads, and what is left\n"
+          "out of it; of a font its heights, and which of the 87 letters it lacks.\n"
+          "They are known by the endings of their names; some by their first bytes.\n"
           "The exit status is 1 where something is wrong."},
     {.id = command_extract,
         .group = group_packs,

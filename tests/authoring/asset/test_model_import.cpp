@@ -445,9 +445,9 @@ TEST_CASE("a model cut anywhere is a model or a line")
 
 TEST_CASE("a scene's bytes are the scene again; cut or with a byte more they are none")
 {
-    model_scene scene{{{"root", 0}, {"arm", 0}}, {{"skin", {"a.png", "b.png"}, {0, 1, 0.5f, 1}}},
-        {{"hand", 1, 0, {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {{{0, 0, 1, 0, 0, 1}, {}, {}}}, {}, {0, 1, 2}}}}, 7, {"m.obj"},
-        {"../x"}};
+    model_scene scene{"Format", {{"root", 0}, {"arm", 0}}, {{"skin", {"a.png", "b.png"}, {0, 1, 0.5f, 1}}},
+        {{"hand", 1, 0, {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {{{0, 0, 1, 0, 0, 1}, {}, {}}}, {}, {0, 1, 2}}}}, {7, 2, 3, 4, 5},
+        {"m.obj"}, {"../x"}};
     std::vector<uint8_t> bytes;
     write_model_scene(scene, bytes);
     model_scene back;
@@ -459,7 +459,12 @@ TEST_CASE("a scene's bytes are the scene again; cut or with a byte more they are
     CHECK(back.pieces[0].node == 1);
     CHECK(back.pieces[0].shape.coordinates[0] == scene.pieces[0].shape.coordinates[0]);
     CHECK(back.pieces[0].shape.triangles == scene.pieces[0].shape.triangles);
-    CHECK(back.other_faces == 7);
+    CHECK(back.format == "Format");
+    CHECK(back.left_out.other_faces == 7);
+    CHECK(back.left_out.animations == 2);
+    CHECK(back.left_out.bones == 3);
+    CHECK(back.left_out.lights == 4);
+    CHECK(back.left_out.cameras == 5);
     CHECK(back.files_taken == scene.files_taken);
     CHECK(back.files_refused == scene.files_refused);
     for (size_t size = 0; size < bytes.size(); ++size) {
@@ -480,7 +485,7 @@ TEST_CASE("a scene whose shape names a vertex, a node or a parent that is not th
 {
     const model_piece piece{"", 0, 0, {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {}, {}, {0, 1, 2}}};
     for (uint32_t fault = 0; fault < 5; ++fault) {
-        model_scene scene{{{"root", 0}, {"arm", 0}}, {}, {piece}, 0, {}, {}};
+        model_scene scene{"", {{"root", 0}, {"arm", 0}}, {}, {piece}, {}, {}, {}};
         if (fault == 1)
             scene.pieces[0].shape.triangles[1] = 3;
         if (fault == 2)

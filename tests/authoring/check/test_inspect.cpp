@@ -242,6 +242,166 @@ TEST_CASE("A pack is told by the number of its entries")
     CHECK(inspection_text(found) == "demo.dpk: a pack, 123 bytes\n  2 entries\n");
 }
 
+// ---- models and fonts -----------------------------------------------------------------------
+
+// A file of this name in a folder of its own, with what lies beside it.
+static inspection inspected_with(const std::vector<std::pair<std::string, std::string>>& files)
+{
+    const temporary_directory folder;
+    for (const auto& [name, bytes] : files)
+        write_bytes(folder.path + name, bytes);
+    return inspected_at(folder.path + files[0].first);
+}
+
+static const std::string one_triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+
+// A triangle "body", and a square "wheel" that has a set of coordinates, with a face without an area and a line.
+static std::string car_obj()
+{
+    return "mtllib car.mtl\no body\nusemtl skin\n" + one_triangle
+        + "o wheel\nusemtl tyre\nv 0 0 -2\nv 3 0 -2\nv 3 4 -2\nv 0 4 -2\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+          "f 4/1 5/2 6/3 7/4\nf 4/1 5/2 5/2\nl 4 5\n";
+}
+
+TEST_CASE("A model is told by its parts, its box, what is left out and the files that it names")
+{
+    const inspection found = inspected_with(
+        {{"car.obj", car_obj()}, {"car.mtl", "newmtl skin\nmap_Kd skin.png\nnewmtl tyre\nKd 0 0 0\n"}});
+    CHECK(found.kind == inspected_model);
+    CHECK(found.size == car_obj().size());
+    CHECK(found.problems.empty());
+    CHECK(found.notes.empty());
+    CHECK(!found.model.format.empty());
+    CHECK(found.model.meshes == 1);
+    CHECK(found.model.vertices == 7);
+    CHECK(found.model.triangles == 3);
+    CHECK(found.model.coordinate_sets == 1);
+    CHECK((found.model.low == std::array<float, 3>{0, 0, -2}));
+    CHECK((found.model.high == std::array<float, 3>{3, 4, 0}));
+    const std::string text = inspection_text(found);
+    CHECK(text.starts_with("car.obj: a model, " + std::to_string(car_obj().size()) + " bytes\n  format: "));
+    CHECK(text.find("\n  becomes 1 mesh: 7 vertices, 3 triangles, 1 set of texture coordinates\n"
+                    "  box: (0, 0, -2) to (3, 4, 0)\n"
+                    "  left out: 1 triangle without an area, 1 point or line\n"
+                    "  reads: car.mtl\n")
+        != std::string::npos);
+    CHECK(text.find("    node \"body\", mesh \"body\", material \"skin\": 3 vertices, 1 triangle, 0 sets; texture "
+                    "\"skin.png\"\n")
+        != std::string::npos);
+    CHECK(text.find("    node \"wheel\", mesh \"wheel\", material \"tyre\": ") != std::string::npos);
+}
+
+TEST_CASE("What a scene has beside its meshes is told as left out")
+{
+    const inspection found = inspected_with({{"a.dae",
+        R"(<?xml version="1.0"?><COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">)"
+        R"(<library_cameras><camera id="c" name="c"><optics><technique_common><perspective><xfov>40</xfov>)"
+        R"(</perspective></technique_common></optics></camera></library_cameras><library_geometries><geometry id="g">)"
+        R"(<mesh><source id="p"><float_array id="n" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>)"
+        R"(<accessor source="#n" count="3" stride="3"><param name="X" type="float"/><param name="Y" type="float"/>)"
+        R"(<param name="Z" type="float"/></accessor></technique_common></source><vertices id="v"><input )"
+        R"(semantic="POSITION" source="#p"/></vertices><triangles count="1"><input semantic="VERTEX" source="#v" )"
+        R"(offset="0"/><p>0 1 2</p></triangles></mesh></geometry></library_geometries><library_visual_scenes>)"
+        R"(<visual_scene id="s"><node id="leaf" name="leaf"><instance_geometry url="#g"/></node><node id="eye">)"
+        R"(<instance_camera url="#c"/></node></visual_scene></library_visual_scenes><scene><instance_visual_scene )"
+        R"(url="#s"/></scene></COLLADA>)"}});
+    CHECK(joined_lines(found.problems) == "");
+    CHECK(found.kind == inspected_model); // and no document, though it begins with a tag
+    CHECK(found.model.left_out.cameras == 1);
+    CHECK(inspection_text(found).find("  left out: 1 camera\n") != std::string::npos);
+}
+
+TEST_CASE("A model is known by its name or its first bytes, and a text by neither")
+{
+    const std::string ply
+        = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+          "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+          "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    CHECK(inspected_with({{"A.OBJ", one_triangle}}).kind == inspected_model);
+    CHECK(inspected_with({{"thing", ply}}).kind == inspected_model);
+    for (const char* name : {"notes.txt", "notes", "configure.ac", "a.lua"}) {
+        const inspection text = inspected_with({{name, one_triangle}});
+        CHECK(text.kind == inspected_other);
+        CHECK(text.problems.empty());
+    }
+    CHECK(inspected_with({{"demo.xml", to_text(complete_document())}}).kind == inspected_document);
+    CHECK(inspected_with({{"a.mesh", mesh_text(3, 1, {0, 1, 2})}}).kind == inspected_mesh);
+    CHECK(inspected_with({{"a.x", bytes_of(target_picture(8, 8))}}).kind == inspected_picture);
+}
+
+TEST_CASE("A model that is none, or has no triangles, is one line")
+{
+    const inspection damaged = inspected_with({{"a.glb", "glTF and then words"}});
+    CHECK(damaged.kind == inspected_other);
+    REQUIRE(damaged.problems.size() == 1);
+    CHECK(damaged.problems[0].starts_with("cannot be read as a model: "));
+    CHECK(damaged.problems[0].ends_with("."));
+    const inspection lines = inspected_with({{"a.obj", "v 0 0 0\nv 1 0 0\nl 1 2\n"}});
+    CHECK(lines.kind == inspected_model);
+    CHECK(joined_lines(lines.problems) == "holds points and lines and no triangles.\n");
+    CHECK(inspection_text(lines).find("  left out: 1 point or line\n") != std::string::npos);
+    CHECK(inspection_text(lines).find("box") == std::string::npos);
+    CHECK(joined_lines(inspected_with({{"a.stl", ""}}).problems) == "is empty.\n");
+    const inspection outside = inspected_with({{"a.obj", "mtllib ../b.mtl\n" + one_triangle}});
+    CHECK(outside.kind == inspected_model);
+    CHECK(joined_lines(outside.notes)
+        == "asks for \"../b.m\", \"../b.mtl\" outside its own folder, which is not read.\n");
+}
+
+static const std::string fonts = "/usr/share/fonts/";
+
+TEST_CASE("A font is told by its names, its heights and the letters that it lacks")
+{
+    const inspection sans = inspected_at(fonts + "truetype/dejavu/DejaVuSans.ttf");
+    CHECK(sans.kind == inspected_font);
+    CHECK(sans.font.file.family == "DejaVu Sans");
+    CHECK(sans.font.file.style == "Book");
+    CHECK(sans.font.lacking.empty());
+    CHECK(sans.problems.empty());
+    // Of the file's tables: an em of 2,048, a capital H of 1,493, an x of 1,120, lines from 1,901 to -483.
+    CHECK(sans.font.file.capital == doctest::Approx(1493.0 / 2048));
+    CHECK(sans.font.file.small == doctest::Approx(1120.0 / 1493));
+    CHECK(sans.font.file.above == doctest::Approx(1901.0 / 1493));
+    CHECK(sans.font.file.below == doctest::Approx(483.0 / 1493));
+    CHECK(inspection_text(sans).ends_with("\n  DejaVu Sans, Book\n  format: TrueType\n"
+                                          "  with height = 1, that of a capital: a small x 0.75, lines from 1.27 above "
+                                          "the base line to 0.32 below; an em 1.37\n  has all 87 letters\n"));
+    const inspection signs = inspected_at(fonts + "type1/urw-base35/D050000L.t1");
+    CHECK(inspection_text(signs).ends_with("\n  lacks 20 of 87 letters: á Á é É í Í ó Ó ö Ö ő Ő ř Ř ú Ú ü Ü ű Ű\n"));
+}
+
+TEST_CASE("A font is known by its name or its first bytes; one that is damaged is one line")
+{
+    const std::string bytes = read_bytes((fonts + "truetype/dejavu/DejaVuSans.ttf").c_str());
+    CHECK(inspected_with({{"thing", bytes}}).kind == inspected_font);
+    const inspection cut = inspected_with({{"a.TTF", bytes.substr(0, 3000)}});
+    CHECK(cut.kind == inspected_other);
+    CHECK(joined_lines(cut.problems) == "is no font that can be read; use a .ttf, .otf, .ttc, .pfb or .t1 file.\n");
+    CHECK(inspected_with({{"a.bin", "\0\1\0\0 and words"s}}).problems.empty());
+    const inspection empty = inspected_with({{"a.otf", ""}});
+    CHECK(empty.problems.size() == 1);
+}
+
+TEST_CASE("Models and fonts in JSON say the same")
+{
+    using json = nlohmann::json;
+    const json car = json::parse(
+        inspection_json(inspected_with({{"car.obj", car_obj()}, {"car.mtl", "newmtl skin\nmap_Kd skin.png\n"}})));
+    CHECK(car["kind"] == "model");
+    CHECK(car["model"]["triangles"] == 3);
+    CHECK(car["model"]["box"]["high"] == json({3.0, 4.0, 0.0}));
+    CHECK(car["model"]["files"] == json({"car.mtl"}));
+    CHECK(car["model"]["left_out"]["empty_triangles"] == 1);
+    CHECK(car["model"]["left_out"]["points_and_lines"] == 1);
+    CHECK(car["model"]["parts"][0]["mesh"] == "body");
+    CHECK(car["model"]["parts"][0]["textures"] == json({"skin.png"}));
+    const json signs = json::parse(inspection_json(inspected_at(fonts + "type1/urw-base35/D050000L.t1")));
+    CHECK(signs["kind"] == "font");
+    CHECK(signs["font"]["family"] == "D050000L");
+    CHECK(signs["font"]["lacking"].size() == 20);
+    CHECK(signs["font"]["lacking"][0] == "á");
+}
+
 TEST_CASE("Of other bytes the first are told")
 {
     const inspection found = inspected_bytes("notes.txt", "Hello,\tworld\x01\x80 and more"s + std::string(100, 'x'));
