@@ -286,6 +286,18 @@ class BuildTest(ShowTest):
             # beside the source it is there already
             self.assertNotIn("music", self.make("build", "a")[1])
 
+    def test_a_file_that_is_no_music_is_not_replaced_by_it(self):
+        self.put_line("a/show.lua", 1, 'show { title = "Small", music = "tune.ogg" }')
+        shutil.copy(TUNE, self.path("a/tune.ogg"))
+        self.put("out/tune.ogg", b"precious")
+        status, _, errors = self.make("build", "a", "-o", "out/x.dpk")
+        self.assertEqual(status, 1)
+        self.assertIn("Error: out/tune.ogg exists and is no music: it is left as it is.\n", errors)
+        self.assertEqual((self.names("out"), self.get("out/tune.ogg")), (["tune.ogg"], b"precious"))
+        self.put("out/tune.ogg", b"OggS of another day")
+        self.assertEqual(self.make("build", "a", "-o", "out/x.dpk")[0], 0)
+        self.assertEqual(self.get("out/tune.ogg"), self.get("a/tune.ogg"))
+
     def test_the_same_source_makes_the_same_bytes(self):
         self.put("b/show.lua", SHOW.encode())
         self.assertEqual(self.make("build", "a")[0], 0)
@@ -399,6 +411,7 @@ class OpenTest(ShowTest):
         self.put("many/demo.dpk", pack_bytes([("demo.xmlz", in_envelope(text.encode())), ("a/.mesh", b"1"), ("b/.mesh", b"2")]))
         self.put("many/tune.ogg", b"no sound")
         self.assertEqual(self.make("open", "many/demo.dpk", "-o", "again")[::2], (0, ""))
+        self.assertEqual(self.get("again/tune.ogg"), b"no sound")
         self.assertEqual(self.make("build", "again")[0], 0)
         self.check(["diff", "many/demo.dpk", "again/demo.dpk"], 0)
 

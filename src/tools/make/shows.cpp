@@ -29,12 +29,30 @@ static bool same_place(const std::string& a, const std::string& b)
     return std::filesystem::equivalent(a, b, error) && !error;
 }
 
+static std::string place_of_music(const std::string& music, const std::string& pack)
+{
+    return pack.substr(0, pack.rfind('/') + 1) + music;
+}
+
+// What lies where the music goes and is no music is somebody's.
+static bool is_music_or_nothing(const std::string& path)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(path, error))
+        return true;
+    const char* problem = nullptr;
+    const owned_file file(open_plain_file(path.c_str(), &problem));
+    char begin[4] = {};
+    return file != nullptr && std::fread(begin, 1, sizeof begin, file.get()) == sizeof begin
+        && std::string_view(begin, sizeof begin) == "OggS";
+}
+
 // Puts the music, a file below the source's folder, beside the pack, where the player looks for it. False with a line.
 // `copied` is its place when it was not there already.
 static bool put_music(const show_source& source, const std::string& music, const std::string& pack, std::string& copied)
 {
     const std::string from = source.folder + music;
-    const std::string to = pack.substr(0, pack.rfind('/') + 1) + music;
+    const std::string to = place_of_music(music, pack);
     if (music.empty() || same_place(from, to))
         return true;
     uint8_t* bytes = nullptr;
@@ -55,6 +73,9 @@ static bool put_music(const show_source& source, const std::string& music, const
 static exit_status write_show(const make_options& options, const show_source& source, const built_show& built,
     const std::string& pack, nlohmann::ordered_json& told)
 {
+    const std::string to = place_of_music(built.music, pack);
+    if (!built.music.empty() && !same_place(source.folder + built.music, to) && !is_music_or_nothing(to))
+        return fail("", to, " exists and is no music: it is left as it is");
     const std::vector<uint8_t> bytes = pack_bytes(built.entries);
     const char* problem = new_file_put(pack, everyday_file, bytes.data(), bytes.size());
     if (problem != nullptr)
