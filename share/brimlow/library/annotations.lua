@@ -219,7 +219,7 @@ local scene_class = {}
 ---@field middle? number What it swings around. (0)
 ---@field swing? number How far it swings to either side. (1)
 ---@field period time The time of one swing there and back.
----@field phase? number Where it begins, in swings. (0)
+---@field phase? number How many swings later it begins: with 0.25 at its lowest. (0)
 ---@field length? time How long it goes on. (the period)
 
 ---@class (exact) swelling_wave_fields
@@ -227,7 +227,7 @@ local scene_class = {}
 ---@field from_swing? number How far it swings at its beginning. (0)
 ---@field to_swing? number How far it swings at its end. (1)
 ---@field period time The time of one swing there and back.
----@field phase? number Where it begins, in swings. (0)
+---@field phase? number How many swings later it begins: with 0.25 at its lowest. (0)
 ---@field length time How long it goes on.
 
 ---@class (exact) spline_fields

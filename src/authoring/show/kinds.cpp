@@ -99,7 +99,7 @@ static constexpr field_row wave_fields[] = {
     {"middle", field_number, "0", "What it swings around."},
     {"swing", field_number, "1", "How far it swings to either side."},
     {"period", field_time, "", "The time of one swing there and back."},
-    {"phase", field_number, "0", "Where it begins, in swings."},
+    {"phase", field_number, "0", "How many swings later it begins: with 0.25 at its lowest."},
     {"length", field_time, "the period", "How long it goes on."},
 };
 
@@ -108,7 +108,7 @@ static constexpr field_row swelling_wave_fields[] = {
     {"from_swing", field_number, "0", "How far it swings at its beginning."},
     {"to_swing", field_number, "1", "How far it swings at its end."},
     {"period", field_time, "", "The time of one swing there and back."},
-    {"phase", field_number, "0", "Where it begins, in swings."},
+    {"phase", field_number, "0", "How many swings later it begins: with 0.25 at its lowest."},
     {"length", field_time, "", "How long it goes on."},
 };
 
