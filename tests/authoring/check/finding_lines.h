@@ -6,6 +6,7 @@
 #include "document_text.h"
 #include "model/records.h"
 
+#include <algorithm>
 #include <string>
 
 // A material with these settings in front of four that every one of ours has: blending, red, green and blue.
@@ -60,6 +61,19 @@ inline std::string lines_of(const finding_list& findings)
         lines += ": " + finding.text + "\n";
     }
     return lines;
+}
+
+// The lines that do not say `text`.
+inline std::string lines_without(const std::string& lines, const std::string& text)
+{
+    std::string rest;
+    for (size_t at = 0; at < lines.size();) {
+        const size_t end = std::min(lines.find('\n', at), lines.size() - 1) + 1;
+        const std::string line = lines.substr(at, end - at);
+        rest += line.find(text) == std::string::npos ? line : "";
+        at = end;
+    }
+    return rest;
 }
 
 // What is found in a document; it is called "demo.xmlz" where nothing else is said.

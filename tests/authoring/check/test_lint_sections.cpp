@@ -14,6 +14,17 @@ TEST_CASE("two sections that change places are told by what their records look l
         != std::string::npos);
 }
 
+TEST_CASE("attributes that are missing because the section is another's are not told")
+{
+    document_text text = quiet_show();
+    std::swap(text.records[3], text.records[4]);
+    CHECK(findings_in(text)
+        == "error 3/0: its first record looks like one of section 4 (functions): the order of the sections counts, not "
+           "their names.\n"
+           "error 4/0: its first record looks like one of section 3 (meshes): the order of the sections counts, not "
+           "their names.\n");
+}
+
 TEST_CASE("records of every kind are known by their attributes")
 {
     const document_text complete = complete_document();

@@ -3,11 +3,17 @@
 
 #include <doctest/doctest.h>
 
-static std::string findings_of_tracks(const std::string& tracks)
+static std::string all_findings_of_tracks(const std::string& tracks)
 {
     document_text text = quiet_show();
     text.records[14] = tracks;
     return findings_in(text);
+}
+
+// The one picture of the quiet show is its target here, too, and its cube shows it.
+static std::string findings_of_tracks(const std::string& tracks)
+{
+    return lines_without(all_findings_of_tracks(tracks), "it shows the texture that it draws into");
 }
 
 static std::string track(const std::string& clips)
@@ -92,6 +98,22 @@ TEST_CASE("a target that nobody copies, and a mode that has none, are told of")
     CHECK(quiet_of_tracks(track(clip_of_mode(1, 0, 300)) + track(clip_text(1, 0, 300)))
         == "warning 14/1/clip 1: its mode draws into a texture, and rtex is 0: what it draws is left wherever the clip "
            "before drew.\n");
+}
+
+TEST_CASE("a clip that shows the texture that it draws into is told of")
+{
+    const std::string own = "note 14/1/clip 1: it shows the texture that it draws into: what is seen there is the "
+                            "picture of the frame before; show another one, unless trails are meant.\n";
+    const std::string shown = track(clip_text(1, 0, 300));
+    CHECK(all_findings_of_tracks(track(clip_of_mode(5, 1, 300)) + shown) == own);
+    CHECK(all_findings_of_tracks(shown) == "");
+    // Another scene is drawn into it, and another mode has no target.
+    document_text text = quiet_show();
+    text.records[13] += "<scene name=\"second\">" + scene_object_text(2, 0, 0, 1, "Hello") + "</scene>";
+    text.records[14] = track(with(clip_of_mode(5, 1, 300), "id=\"1\"", "id=\"2\"")) + shown;
+    CHECK(findings_in(text) == "");
+    text.records[14] = track(with(clip_of_mode(2, 1, 300), "id=\"1\"", "id=\"2\"")) + track(clip_of_mode(2, 1, 300));
+    CHECK(findings_in(text) == "");
 }
 
 TEST_CASE("a camera that can see nothing is told of, unless the clip keeps another one's or shows nothing")
