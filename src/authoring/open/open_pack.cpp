@@ -114,9 +114,10 @@ static std::string show_words(const std::vector<uint8_t>& content, bool as_text,
     if (const char* title = element != nullptr ? xml_get_attribute(element, "name") : nullptr; title != nullptr && !as_text)
         words += "title = " + lua_text(title) + ", ";
     const xml_node* music = root != nullptr ? document_music_element(root.get()) : nullptr;
-    if (const char* file = music != nullptr ? xml_get_attribute(music, "file") : nullptr; file != nullptr && !as_text) {
-        show.music = file;
-        words += "music = " + lua_text(file) + ", ";
+    if (const char* file = music != nullptr ? xml_get_attribute(music, "file") : nullptr; file != nullptr) {
+        show.music = file; // lies beside the pack, whoever names it
+        if (!as_text)
+            words += "music = " + lua_text(file) + ", ";
     }
     return words + "keep_order = true }\n\n";
 }
