@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 word_state& state_of(lua_State* L)
 {
@@ -123,6 +124,16 @@ double number_at(lua_State* L, int index, const std::string& what, double fallba
     return fallback;
 }
 
+int64_t whole_at(lua_State* L, int index, const std::string& what, int64_t least, int64_t most, int64_t fallback)
+{
+    const double value = number_at(L, index, what, static_cast<double>(fallback));
+    if (value >= static_cast<double>(least) && value <= static_cast<double>(most) && value == std::floor(value))
+        return static_cast<int64_t>(value);
+    report_error(L, what + " is " + number_text(value) + ", and is a whole number from " + std::to_string(least) + " to "
+            + std::to_string(most) + ".");
+    return fallback;
+}
+
 double time_at(lua_State* L, int index, const std::string& what, double fallback)
 {
     if (lua_type(L, index) == LUA_TNUMBER)
@@ -177,7 +188,7 @@ std::string text_at(lua_State* L, int index, const std::string& what)
 
 std::string file_at(lua_State* L, int index, const char* word, const char* example)
 {
-    if (lua_type(L, index) == LUA_TSTRING)
+    if (lua_type(L, index) == LUA_TSTRING && lua_rawlen(L, index) > 0)
         return text_at(L, index, word);
     report_error(L,
         std::string(word) + " is given " + what_is(L, index) + " first, and wants the name of a file: write " + example
@@ -447,6 +458,12 @@ moving_point scale_field(field_reader& r, const char* name, double fallback)
 uint32_t choice_field(field_reader& r, const char* name, const choice_list& choices, uint32_t fallback)
 {
     return field_by(r, name, fallback, [&](int at) { return choice_at(r.L, at, label(r, name), choices, fallback); });
+}
+
+int64_t whole_field(field_reader& r, const char* name, int64_t least, int64_t most, int64_t fallback)
+{
+    return field_by(r, name, fallback,
+        [&](int at) { return whole_at(r.L, at, label(r, name), least, most, fallback); });
 }
 
 static uint32_t pixels_at(lua_State* L, int index, const std::string& what, uint32_t fallback)

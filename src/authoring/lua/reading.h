@@ -37,9 +37,11 @@ std::string suggestion(const std::string& wrong, const std::vector<std::string>&
 
 // ---- single values ------------------------------------------------------------------
 //
-// `what` stands in front of a message: "material: alpha".
+// `what` stands in front of a message: "material: alpha". Numbers are finite in single precision; whole ones lie
+// from `least` to `most`.
 
 double number_at(lua_State* L, int index, const std::string& what, double fallback);
+int64_t whole_at(lua_State* L, int index, const std::string& what, int64_t least, int64_t most, int64_t fallback);
 double time_at(lua_State* L, int index, const std::string& what, double fallback); // ticks
 bool flag_at(lua_State* L, int index, const std::string& what, bool fallback);
 double length_at(lua_State* L, int index, const std::string& what, double fallback); // ticks, not below 0
@@ -75,6 +77,7 @@ void done(field_reader& r);
 std::string label(const field_reader& r, const char* name); // "material: alpha"
 
 double number_field(field_reader& r, const char* name, double fallback);
+int64_t whole_field(field_reader& r, const char* name, int64_t least, int64_t most, int64_t fallback);
 double time_field(field_reader& r, const char* name, double fallback);
 double length_field(field_reader& r, const char* name, double fallback);
 uint32_t pixels_field(field_reader& r, const char* name, uint32_t fallback); // 1..16384

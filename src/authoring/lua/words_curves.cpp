@@ -9,18 +9,26 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 static const curve& curve_of(const moving_number& number)
 {
     return as<curve_thing>(number.curve)->c;
 }
 
+// Whether each number can be written down.
+static bool is_finite(const curve& c)
+{
+    for (const curve_segment& segment : c.segments)
+        for (const double param : segment.params)
+            if (!(std::fabs(param) <= std::numeric_limits<float>::max()))
+                return false;
+    return true;
+}
+
 static void push_curve(lua_State* L, curve c)
 {
-    const auto is_written = [](double param) { return std::isfinite(static_cast<float>(param)); };
-    const auto is_sound
-        = [&](const curve_segment& s) { return std::all_of(s.params.begin(), s.params.end(), is_written); };
-    if (!std::all_of(c.segments.begin(), c.segments.end(), is_sound)) {
+    if (!is_finite(c)) {
         report_error(L, "a curve reaches numbers that cannot be written down: they end at 3.4e38.");
         c = constant_curve(0, 1);
     }
@@ -224,7 +232,7 @@ static int word_animation(lua_State* L)
     field_reader r = read_fields(L, 1, "animation", kind_curve, {{"loop", false}}, true);
     bool whole = false;
     curve made = joined(r, whole);
-    made.loop = static_cast<int32_t>(number_field(r, "loop", 0));
+    made.loop = static_cast<int32_t>(whole_field(r, "loop", INT32_MIN, INT32_MAX, 0));
     made.loop_from = time_field(r, "from", 0);
     made.loop_to = time_field(r, "to", 0);
     made.integer = flag_field(r, "integer", false);
@@ -378,7 +386,7 @@ static std::array<camera_number, 3> plain(const moving_point& point)
 static moving_number number_of(lua_State* L, const turned_number& number)
 {
     if (!number.moving)
-        return {number.constant, nullptr};
+        return {number.constant + 0.0, nullptr}; // no negative zero
     const thing* made = push_thing(L, curve_thing{*number.moving});
     lua_pop(L, 1);
     return {0, made};

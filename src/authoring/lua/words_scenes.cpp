@@ -206,6 +206,8 @@ void place(lua_State* L, const thing& made)
         check_text(L, placed.text);
     } else {
         const reference_thing* reference = as<reference_thing>(&made);
+        if (reference != nullptr && reference->type == -1)
+            report_error(L, "a reference to a texture stands in a material: only meshes and effects are placed.");
         const bool moves = as<effect_thing>(&made) != nullptr || (reference != nullptr && reference->type == 1);
         placed.kind = moves ? object_genmesh : object_model;
         read_placed(L, 2, placed);
@@ -362,7 +364,11 @@ static clip_thing read_clip(lua_State* L, int table, const thing* scene, bool ha
                 + "\" draws into a target: write into = target { }.");
     clip.clear = value_field(r, "clear");
     clip.next_clear = value_field(r, "next_clear");
-    clip.time_offset = time_field(r, "time_offset", 0);
+    clip.time_offset = std::round(time_field(r, "time_offset", 0));
+    if (std::fabs(clip.time_offset) > INT32_MAX) {
+        report_error(L, label(r, "time_offset") + " is too long: it is kept in ticks, up to 2147483647 of them.");
+        clip.time_offset = 0;
+    }
     return clip;
 }
 
@@ -510,6 +516,8 @@ static int word_show(lua_State* L)
         report_error(L, label(r, "title") + " " + fault + ".");
     if (has_field(r, "music")) {
         show.music = text_field(r, "music");
+        if (const std::string music_fault = attribute_fault(show.music); !music_fault.empty())
+            report_error(L, label(r, "music") + " " + music_fault + ".");
         show.music_place = current_place(L);
     }
     show.bpm = number_field(r, "bpm", show.bpm);
@@ -517,7 +525,7 @@ static int word_show(lua_State* L)
         report_error(L, "show: bpm is below 0: write how many beats a minute has, 120 say.");
     show.beats_per_bar = number_field(r, "beats_per_bar", show.beats_per_bar);
     if (has_field(r, "seed"))
-        set_random_seed(L, static_cast<uint64_t>(std::max(0.0, number_field(r, "seed", 1))));
+        set_random_seed(L, static_cast<uint64_t>(whole_field(r, "seed", 0, int64_t{1} << 53, 1)));
     show.aspect = number_field(r, "aspect", show.aspect);
     if (show.aspect < 0.1 || show.aspect > 10) {
         report_error(L, "show: aspect is the width of a screen by its height, like 16 / 9.");
@@ -533,8 +541,8 @@ static int word_reference(lua_State* L)
 {
     reference_thing reference;
     if (lua_type(L, 1) == LUA_TNUMBER) {
-        reference.type = static_cast<int32_t>(number_at(L, 1, "reference: its kind", 0));
-        reference.id = static_cast<int64_t>(number_at(L, 2, "reference: its number", 0));
+        reference.type = static_cast<int32_t>(whole_at(L, 1, "reference: its kind", INT32_MIN, INT32_MAX, 0));
+        reference.id = whole_at(L, 2, "reference: its number", INT32_MIN, 4294967295, 0);
         push_thing(L, std::move(reference));
         return 1;
     }

@@ -141,7 +141,7 @@ static std::vector<float> numbers_field(field_reader& r, const char* name, int w
                 lua_pop(r.L, 3);
                 return {};
             }
-            numbers.push_back(static_cast<float>(lua_tonumber(r.L, -1)));
+            numbers.push_back(static_cast<float>(number_at(r.L, lua_gettop(r.L), label(r, name), 0)));
             lua_pop(r.L, 1);
         }
         lua_pop(r.L, 1);
@@ -270,7 +270,7 @@ static glyph_thing read_glyph(lua_State* L, int table)
     }
     glyph.offset = number_field(r, "offset", 0);
     glyph.width = number_field(r, "width", 0);
-    glyph.bitmap = static_cast<uint32_t>(number_field(r, "bitmap", 0));
+    glyph.bitmap = static_cast<uint32_t>(whole_field(r, "bitmap", 0, 4294967295, 0));
     return glyph;
 }
 
@@ -332,7 +332,7 @@ static int word_font(lua_State* L)
     font_thing font;
     const bool has_file = lua_type(L, 1) == LUA_TSTRING;
     if (has_file)
-        font.file = text_at(L, 1, "font");
+        font.file = file_at(L, 1, "font", "font \"Serif.ttf\" { height = 0.1 }");
     if (!has_file || !lua_isnoneornil(L, 2))
         read_font(L, has_file ? 2 : 1, font);
     push_thing(L, std::move(font));

@@ -141,16 +141,18 @@ bool read_file(lowering& l, const std::string& path, const source_place& place, 
 
 // ---- names --------------------------------------------------------------------------------
 
-// Cuts a name so that it fits with what is put in, and keeps its ending.
+// Cuts a name so that it fits with what is put in, between letters of UTF-8, and keeps its ending.
 static std::string fitted(const std::string& wish, const std::string& mark)
 {
+    constexpr size_t longest_ending = 8;
     const size_t dot = wish.rfind('.');
-    const std::string ending = dot == std::string::npos ? "" : wish.substr(dot);
+    const bool has_ending = dot != std::string::npos && wish.size() - dot <= longest_ending;
+    const std::string ending = has_ending ? wish.substr(dot) : "";
     std::string stem = wish.substr(0, wish.size() - ending.size());
-    const size_t room = pack_name_size - 1 - std::min<size_t>(ending.size() + mark.size(), pack_name_size - 2);
-    while (stem.size() > room || (!stem.empty() && stem.size() == room && (stem.back() & 0x80) != 0))
-        stem.pop_back();
-    return stem + mark + ending;
+    size_t kept = std::min(stem.size(), pack_name_size - 1 - ending.size() - mark.size());
+    while (kept > 0 && kept < stem.size() && (stem[kept] & 0xC0) == 0x80) // inside of a letter
+        --kept;
+    return stem.substr(0, kept) + mark + ending;
 }
 
 static std::string free_name(lowering& l, const std::string& wish)

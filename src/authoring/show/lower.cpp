@@ -116,8 +116,33 @@ authored_record* lower_raw(lowering& l, const thing& made)
     return record;
 }
 
+// Names and texts come from everywhere; what one may not hold is told where its record is made.
+static void check_texts(lowering& l, const element& node, const source_place& place)
+{
+    const auto say = [&](const std::string& text, const std::string& fault) {
+        if (!fault.empty())
+            add_problem(l.built.problems, problem_error, place, "the text \"" + text.substr(0, 40) + "\" " + fault + ".");
+    };
+    for (const element_attribute& attribute : node.attributes)
+        say(attribute.value.text, attribute_fault(attribute.value.text));
+    if (node.text)
+        say(node.text->text, text_fault(node.text->text));
+    for (const element& child : node.children)
+        check_texts(l, child, child.place.file.empty() ? place : child.place);
+}
+
+// Whether an object of the document names an entry of the section of objects.
+static bool places_references(const lowering& l)
+{
+    return !l.show.keep_order && std::any_of(l.show.things.begin(), l.show.things.end(), [&l](const auto& made) {
+        const placed_thing* placed = as<placed_thing>(made.get());
+        return placed != nullptr && made->document == l.document && as<reference_thing>(placed->what) != nullptr;
+    });
+}
+
 static void lower_document(lowering& l, const char* entry)
 {
+    l.places_references = places_references(l);
     l.built.documents[l.document] = std::make_unique<authored_document>();
     authored_document& document = document_of(l);
     document.entry = entry;
@@ -127,6 +152,9 @@ static void lower_document(lowering& l, const char* entry)
         lower_in_order(l);
     lower_timeline(l);
     finish_nodes(l);
+    for (const auto& record : document.records)
+        if (!record->is_raw)
+            check_texts(l, record->content, record->place);
     number_records(document, l.show.keep_order);
 }
 

@@ -12,7 +12,7 @@ static void add_manipulator(lowering& l, element& parent, const manipulator_thin
         element& model = add_child(node, "manipulator");
         add_attribute(model, "type", value_of_int(is_effect ? placer_effect : placer_mesh));
         add_attribute(model, "model",
-            value_of(is_effect ? lower_effect(l, *made.model) : lower_mesh(l, *made.model, 0).front()));
+            value_of(is_effect ? lower_effect(l, *made.model) : lower_one_mesh(l, *made.model, made.model->place)));
     }
     for (const moving_number& param : made.params)
         add_animated(l, node, "p", param);
@@ -95,11 +95,13 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
         return add_object(l, scene, placed, {nullptr, material, font}, scale_of_letters(l, made, flat), flat_look);
     }
     if (as<effect_thing>(made.what) != nullptr)
-        return add_object(l, scene, placed, {lower_effect(l, *made.what), material, nullptr}, made.scale);
+        return add_object(l, scene, placed,
+            {object_of_shape(l, object_genmesh, lower_effect(l, *made.what), placed.place), material, nullptr}, made.scale);
     if (as<reference_thing>(made.what) != nullptr)
         return add_object(l, scene, placed, {lower_reference(l, *made.what), material, nullptr}, made.scale);
-    for (const authored_record* mesh : lower_mesh(l, *made.what, turned))
-        add_object(l, scene, placed, {mesh, material, nullptr}, made.scale);
+    for (authored_record* mesh : lower_mesh(l, *made.what, turned))
+        add_object(l, scene, placed,
+            {object_of_shape(l, object_model, mesh, placed.place), material, nullptr}, made.scale);
 }
 
 authored_record* lower_scene(lowering& l, const thing& made, bool flat)

@@ -58,14 +58,20 @@ static const imported_model& model_of(lowering& l, const thing& made)
     return model;
 }
 
-// Turning a set that the mesh lacks turns the one that units read instead: the first.
+// A unit whose set the mesh lacks reads the first one. Where others read that as it is, it gets a set of its own.
 static shape_data turned(const shape_data& shape, uint32_t sets)
 {
     shape_data made = shape;
+    const bool first_is_kept = (sets & 1u) == 0 && (sets & kept_first_set) != 0;
     uint32_t really = 0;
-    for (uint32_t set = 0; set < made.coordinates.size(); ++set)
-        if ((sets & 1u << set) != 0)
-            really |= made.coordinates[set].empty() ? 1u : 1u << set;
+    for (uint32_t set = 0; set < made.coordinates.size(); ++set) {
+        if ((sets & 1u << set) == 0)
+            continue;
+        for (uint32_t lower = 1; lower <= set && first_is_kept; ++lower)
+            if (made.coordinates[lower].empty())
+                made.coordinates[lower] = made.coordinates[0];
+        really |= made.coordinates[set].empty() ? 1u : 1u << set;
+    }
     turn_coordinates(made, really);
     return made;
 }
@@ -89,6 +95,16 @@ const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& made, 
         list.push_back(mesh_record_of(l, content, wish, made));
     }
     return l.made[use] = list;
+}
+
+authored_record* lower_one_mesh(lowering& l, const thing& made, const source_place& place)
+{
+    const std::vector<authored_record*>& parts = lower_mesh(l, made, 0);
+    if (parts.size() > 1)
+        add_problem(l.built.problems, problem_warning, place,
+            "a mesh with more than 65,535 vertices is placed in " + std::to_string(parts.size())
+                + " parts, and here the first of them counts alone: use a smaller one.");
+    return parts.front();
 }
 
 // ---- effects ----------------------------------------------------------------------------
@@ -130,7 +146,7 @@ static void add_own_glyphs(lowering& l, element& node, const font_thing& font, c
         const glyph_thing glyph = index < font.glyphs.size() ? font.glyphs[index] : glyph_thing{};
         const thing* with = material != nullptr ? material : glyph.material;
         node.children.push_back(glyph_element(
-            glyph.mesh != nullptr ? lower_mesh(l, *glyph.mesh, 0).front() : nullptr,
+            glyph.mesh != nullptr ? lower_one_mesh(l, *glyph.mesh, glyph.mesh->place) : nullptr,
             with != nullptr ? lower_material(l, *with, flat) : nullptr, glyph.bitmap, glyph.offset, glyph.width));
     }
 }

@@ -22,7 +22,7 @@ authored_record* lower_reference(lowering& l, const thing& made)
     element_value id = value_of_int(reference.id);
     int32_t type = reference.type;
     if (reference.what != nullptr && as<mesh_thing>(reference.what) != nullptr)
-        id = value_of(lower_mesh(l, *reference.what, 0).front());
+        id = value_of(lower_one_mesh(l, *reference.what, made.place));
     else if (reference.what != nullptr && as<effect_thing>(reference.what) != nullptr)
         id = value_of(lower_effect(l, *reference.what));
     else if (reference.what != nullptr) {
@@ -33,6 +33,11 @@ authored_record* lower_reference(lowering& l, const thing& made)
     authored_record* record = reference_to(l, type, id, made.place);
     l.made[use] = {record};
     return record;
+}
+
+authored_record* object_of_shape(lowering& l, int32_t kind, authored_record* shape, const source_place& place)
+{
+    return l.places_references ? reference_to(l, kind, value_of(shape), place) : shape;
 }
 
 static authored_record* texture_reference(lowering& l, const thing& texture)
@@ -114,18 +119,23 @@ authored_record* lower_material(lowering& l, const thing& made, bool flat)
     return record;
 }
 
-// A unit reads its own set, or the first where the mesh has fewer: with one set, turning it turns all.
+// A unit reads its own set, or the first where the mesh has fewer.
 uint32_t sets_to_turn(const thing* made)
 {
     const material_thing* material = as<material_thing>(made);
     uint32_t sets = 0;
+    bool some_are_kept = false;
     if (material == nullptr)
         return 0;
     for (uint32_t index = 0; index < texture_unit_count; ++index) {
         const unit_description& unit = material->units[index];
         const image_thing* image = as<image_thing>(unit.texture);
-        if (image != nullptr && image->turned && unit.coordinates == coordinates_off)
+        if (unit.texture == nullptr || unit.coordinates != coordinates_off)
+            continue;
+        if (image != nullptr && image->turned)
             sets |= 1u << index;
+        else
+            some_are_kept = true;
     }
-    return sets;
+    return sets != 0 && some_are_kept ? sets | kept_first_set : sets;
 }

@@ -13,7 +13,7 @@
 struct use_of_thing {
     const thing* what;
     const thing* with; // fonts: the material
-    uint32_t variant;  // scenes, fonts, materials: 1 in flat scenes; meshes: coordinate sets to turn (1, 2, 4)
+    uint32_t variant;  // scenes, fonts, materials: 1 in flat scenes; meshes: coordinate sets to turn (sets_to_turn)
     auto operator<=>(const use_of_thing&) const = default;
 };
 
@@ -26,6 +26,7 @@ struct lowering {
     show_description& show;
     built_show& built;
     uint32_t document = 0; // that is being made
+    bool places_references = false; // it places entries of the section of objects: then nothing is placed by its own number
     std::map<use_of_thing, std::vector<authored_record*>> made = {};
     std::map<const thing*, std::set<uint32_t>> letters = {}; // of each font, glyphs that texts use
     entry_names names = {};
@@ -81,6 +82,10 @@ double flat_width(const lowering& l);
 
 // The records of a mesh: more than one where it has too many vertices for one.
 const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& mesh, uint32_t turned_sets);
+
+// The one record of a mesh where a document takes one, unturned. A mesh of more is told at `place`.
+authored_record* lower_one_mesh(lowering& l, const thing& mesh, const source_place& place);
+
 authored_record* lower_effect(lowering& l, const thing& effect);
 authored_record* lower_font(lowering& l, const thing& font, const thing* material, bool flat);
 
@@ -93,13 +98,20 @@ double text_width(lowering& l, const thing& font, const std::string& text, bool 
 // ---- surfaces and scenes --------------------------------------------------------------
 
 authored_record* lower_reference(lowering& l, const thing& reference);
+
+// What a placed object names: the record of its mesh or effect, or the entry of the section of objects that leads to
+// it where another object's entry may have the same number.
+authored_record* object_of_shape(lowering& l, int32_t kind, authored_record* shape, const source_place& place);
 authored_record* lower_material(lowering& l, const thing& material, bool flat);
 authored_record* lower_scene(lowering& l, const thing& scene, bool flat);
 
 // An element as it stands.
 authored_record* lower_raw(lowering& l, const thing& made);
 
-// The coordinate sets of a mesh that units with upright targets read. Null, or no material's words: none.
+constexpr uint32_t kept_first_set = 8; // beside the sets to turn: other units show their pictures as they are
+
+// The coordinate sets of a mesh that units with upright targets read: 1, 2, 4, and kept_first_set. Null, or no
+// material's words: none.
 uint32_t sets_to_turn(const thing* material);
 
 // ---- the timeline ---------------------------------------------------------------------

@@ -13,7 +13,7 @@ TEST_CASE("a number is the shortest text that reads back as the same single")
     CHECK(number_text(1.0 / 3) == "0.33333334");
     CHECK(number_text(16777216) == "16777216");
     CHECK(number_text(1e-7) == "1e-07");
-    CHECK(number_text(-0.0) == "-0");
+    CHECK(number_text(-0.0) == "0");
     CHECK(number_text(0.1 + 1e-12) == "0.1");
 }
 
