@@ -1,9 +1,9 @@
 #include "authoring/check/diff.h"
 
-#include "authoring/counted.h"
 #include "authoring/check/alignment.h"
 #include "authoring/check/lint.h"
 #include "authoring/check/record_fields.h"
+#include "authoring/counted.h"
 #include "content/owners.h"
 #include "content/pack.h"
 #include "content/xmlz.h"

@@ -1,8 +1,8 @@
 #include "authoring/check/graph.h"
 
-#include "authoring/counted.h"
 #include "authoring/asset/drawing_text.h"
 #include "authoring/check/graph_pictures.h"
+#include "authoring/counted.h"
 #include "content/xml.h"
 #include "model/catalogues.h"
 

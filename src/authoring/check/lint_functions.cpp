@@ -1,6 +1,6 @@
 // Looks at functions of time.
-#include "authoring/counted.h"
 #include "authoring/check/lint.h"
+#include "authoring/counted.h"
 
 #include "anim/animation_function.h"
 #include "content/numbers.h"

@@ -1,6 +1,6 @@
 // Looks at the timeline: what is shown when, for how long, and into what.
-#include "authoring/counted.h"
 #include "authoring/check/lint.h"
+#include "authoring/counted.h"
 
 #include "model/render_modes.h"
 #include "model/timeline.h"

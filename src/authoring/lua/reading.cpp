@@ -1,7 +1,7 @@
 #include "authoring/lua/reading.h"
 
-#include "authoring/near_name.h"
 #include "authoring/lua/sandbox.h"
+#include "authoring/near_name.h"
 #include "authoring/show/units.h"
 
 #include <lua.hpp>
@@ -47,7 +47,8 @@ static const char* thing_word(const thing& made)
 {
     static constexpr const char* words[] = {"a curve", "a path", "a camera", "a light or colour", "a generated picture",
         "a texture node", "a generated texture", "an image", "a cube map", "a dynamic texture", "a mesh", "an effect",
-        "a font", "a material", "a manipulator", "a placed object", "a scene", "a clip", "a reference", "an entry", "a raw element"};
+        "a font", "a material", "a manipulator", "a placed object", "a scene", "a clip", "a reference", "an entry",
+        "a raw element"};
     static_assert(std::size(words) == std::variant_size_v<thing_value>);
     return words[made.value.index()];
 }
@@ -129,7 +130,8 @@ int64_t whole_at(lua_State* L, int index, const std::string& what, int64_t least
     const double value = number_at(L, index, what, static_cast<double>(fallback));
     if (value >= static_cast<double>(least) && value <= static_cast<double>(most) && value == std::floor(value))
         return static_cast<int64_t>(value);
-    report_error(L, what + " is " + number_text(value) + ", and is a whole number from " + std::to_string(least) + " to "
+    report_error(L,
+        what + " is " + number_text(value) + ", and is a whole number from " + std::to_string(least) + " to "
             + std::to_string(most) + ".");
     return fallback;
 }
@@ -214,8 +216,8 @@ static std::string counted_entries(lua_Unsigned count)
 }
 
 // Whether a table has exactly the entries 1..count; reports otherwise.
-static bool is_list_of(lua_State* L, int index, const std::string& what, lua_Unsigned least, lua_Unsigned most,
-    const char* wants)
+static bool is_list_of(
+    lua_State* L, int index, const std::string& what, lua_Unsigned least, lua_Unsigned most, const char* wants)
 {
     if (lua_type(L, index) == LUA_TTABLE && lua_rawlen(L, index) >= least && lua_rawlen(L, index) <= most)
         return true;
@@ -262,8 +264,9 @@ uint32_t choice_at(lua_State* L, int index, const std::string& what, const choic
             return static_cast<uint32_t>(number);
         if (number >= 0 && number <= 255 && number == std::floor(number) && state_of(L).show->keep_order)
             return static_cast<uint32_t>(number);
-        report_error(L, what + " is the number " + number_text(number) + ", and "
-                + choices.what + "s count from 0 to " + std::to_string(choices.count - 1) + ".");
+        report_error(L,
+            what + " is the number " + number_text(number) + ", and " + choices.what + "s count from 0 to "
+                + std::to_string(choices.count - 1) + ".");
         return fallback;
     }
     if (lua_type(L, index) != LUA_TSTRING) {
@@ -274,7 +277,8 @@ uint32_t choice_at(lua_State* L, int index, const std::string& what, const choic
     const int32_t found = find_choice(choices, name);
     if (found >= 0)
         return static_cast<uint32_t>(found);
-    report_error(L, what + ": there is no " + choices.what + " \"" + name + "\"" + suggestion(name, choice_names(choices)));
+    report_error(
+        L, what + ": there is no " + choices.what + " \"" + name + "\"" + suggestion(name, choice_names(choices)));
     return fallback;
 }
 
@@ -334,7 +338,8 @@ static void check_entries(lua_State* L, int table, const char* word, const std::
     if (!lua_isnil(L, -1))
         report_error(L,
             std::string(word) + " takes fields with names, and " + what_is(L, lua_gettop(L))
-                + " stands there without one: write name = value, like " + (names.empty() ? "name" : names.front()) + " = ...");
+                + " stands there without one: write name = value, like " + (names.empty() ? "name" : names.front())
+                + " = ...");
     lua_pop(L, 1);
 }
 
@@ -349,7 +354,8 @@ field_reader read_fields(lua_State* L, int index, const char* word, kind_id kind
             report_error(L,
                 std::string(word) + " is given " + what_is(L, index) + ", and wants "
                     + (has_list ? "a list: " + std::string(word) + " { ... }."
-                                : "fields: " + std::string(word) + " { " + (names.empty() ? "" : names.front() + " = ... ") + "}."));
+                                : "fields: " + std::string(word) + " { "
+                                + (names.empty() ? "" : names.front() + " = ... ") + "}."));
         return r;
     }
     r.table = index;
@@ -462,8 +468,8 @@ uint32_t choice_field(field_reader& r, const char* name, const choice_list& choi
 
 int64_t whole_field(field_reader& r, const char* name, int64_t least, int64_t most, int64_t fallback)
 {
-    return field_by(r, name, fallback,
-        [&](int at) { return whole_at(r.L, at, label(r, name), least, most, fallback); });
+    return field_by(
+        r, name, fallback, [&](int at) { return whole_at(r.L, at, label(r, name), least, most, fallback); });
 }
 
 static uint32_t pixels_at(lua_State* L, int index, const std::string& what, uint32_t fallback)

@@ -1,8 +1,8 @@
 #include "authoring/lua/sandbox.h"
 
-#include "authoring/near_name.h"
 #include "authoring/lua/sandbox_state.h"
 #include "authoring/lua/wording.h"
+#include "authoring/near_name.h"
 
 #include <algorithm>
 #include <cassert>

@@ -71,7 +71,8 @@ static source_place place_of(const checked_show& checked, const document_finding
             continue;
         if (finding.section == section_timeline && finding.record == 0)
             return last_clip_place(*document);
-        const bool has_part = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
+        const bool has_part
+            = !finding.parts.empty() && (finding.parts[0].name == "object" || finding.parts[0].name == "clip");
         return place_in_document(*document, static_cast<document_section>(finding.section), finding.record,
             has_part ? finding.parts[0].number : 0);
     }
@@ -116,8 +117,7 @@ static void check_built(const show_description& show, const std::string& main_fi
     if (pack == nullptr)
         return;
     const bool has_music = !built.music.empty();
-    finding_list findings
-        = check_documents(pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds});
+    finding_list findings = check_documents(pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds});
     std::fclose(pack);
     std::erase_if(findings, [&show](const document_finding& finding) { return is_meant(show, finding); });
     const checked_show checked = {show, built, main_file};

@@ -6,8 +6,8 @@
 #include <string>
 
 struct build_request {
-    std::string folder;                       // of the show
-    std::string file;                         // of it: "show.lua"
+    std::string folder;                                    // of the show
+    std::string file;                                      // of it: "show.lua"
     void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
     void* user = nullptr;
 };

@@ -54,8 +54,8 @@ static int thing_newindex(lua_State* L)
 static int thing_call(lua_State* L)
 {
     thing& made = *thing_at(L, 1);
-    const bool is_shape = as<mesh_thing>(&made) != nullptr || as<effect_thing>(&made) != nullptr
-        || as<font_thing>(&made) != nullptr;
+    const bool is_shape
+        = as<mesh_thing>(&made) != nullptr || as<effect_thing>(&made) != nullptr || as<font_thing>(&made) != nullptr;
     const bool is_picture = as<image_thing>(&made) != nullptr || as<cube_map_thing>(&made) != nullptr
         || as<dynamic_thing>(&made) != nullptr;
     if (as<scene_thing>(&made) != nullptr)
@@ -94,9 +94,9 @@ static int thing_equal(lua_State* L)
 
 static void define_things(lua_State* L)
 {
-    static constexpr luaL_Reg methods[] = {{"__index", guarded<thing_index>}, {"__newindex", guarded<thing_newindex>},
-        {"__call", guarded<thing_call>}, {"__tostring", guarded<thing_text>}, {"__eq", guarded<thing_equal>},
-        {nullptr, nullptr}};
+    static constexpr luaL_Reg methods[]
+        = {{"__index", guarded<thing_index>}, {"__newindex", guarded<thing_newindex>}, {"__call", guarded<thing_call>},
+            {"__tostring", guarded<thing_text>}, {"__eq", guarded<thing_equal>}, {nullptr, nullptr}};
     luaL_newmetatable(L, "thing");
     luaL_setfuncs(L, methods, 0);
     add_arithmetic(L);

@@ -109,7 +109,8 @@ static bool point_entry(lua_State* L, int index, const std::string& word, lua_Un
 {
     if (lua_type(L, index) == LUA_TTABLE && lua_rawlen(L, index) == width)
         return true;
-    report_error(L, word + " wants points like " + (width == 2 && word == "spline" ? "{ \"1s\", 0.5 }" : "{ \"1s\", { x, y, z } }")
+    report_error(L,
+        word + " wants points like " + (width == 2 && word == "spline" ? "{ \"1s\", 0.5 }" : "{ \"1s\", { x, y, z } }")
             + ", and one of them is " + what_is(L, index) + ".");
     return false;
 }
@@ -165,8 +166,8 @@ static int word_segment(lua_State* L)
         report_error(L, "segment wants its coefficients as a list: segment(\"Linear\", \"4s\", { a, b }).");
     else
         each_entry(L, 3, [&](int at) { segment.params.push_back(number_at(L, at, "segment: a coefficient", 0)); });
-    const uint32_t takes = segment.kind < segment_kind_count ? function_types[segment.kind].param_count
-                                                             : max_segment_params;
+    const uint32_t takes
+        = segment.kind < segment_kind_count ? function_types[segment.kind].param_count : max_segment_params;
     const bool fits = segment.kind == segment_spline ? segment.params.size() <= takes : segment.params.size() == takes;
     if (is_known && !fits && lua_type(L, 3) == LUA_TTABLE && !state_of(L).show->keep_order)
         report_error(L,
@@ -194,7 +195,8 @@ static curve joined(field_reader& r, bool& whole)
             return;
         whole = as<curve_thing>(part) != nullptr;
         if (!whole)
-            report_error(r.L, std::string(r.word) + " joins curves, and " + what_is(r.L, at)
+            report_error(r.L,
+                std::string(r.word) + " joins curves, and " + what_is(r.L, at)
                     + " is none: write linear(from, to, length), or constant(value, length).");
         else
             made = joined_curve(made, as<curve_thing>(part)->c);
@@ -300,7 +302,8 @@ static int curve_divide(lua_State* L)
 {
     if (lua_type(L, 2) != LUA_TNUMBER || lua_tonumber(L, 2) == 0)
         raise_error(L, "a curve is divided by numbers only, and not by 0.");
-    return with_number(L, "/", [](double value) { return 1 / value; }, none);
+    return with_number(
+        L, "/", [](double value) { return 1 / value; }, none);
 }
 
 static int curve_negate(lua_State* L)
@@ -349,7 +352,8 @@ static int word_path(lua_State* L)
             const moving_point at = point_at(L, lua_gettop(L), "path: a point", 0);
             for (size_t axis = 0; axis < 3; ++axis) {
                 if (at[axis].curve != nullptr)
-                    report_error(L, "path: a point stands still, and " + std::string(1, static_cast<char>('x' + axis))
+                    report_error(L,
+                        "path: a point stands still, and " + std::string(1, static_cast<char>('x' + axis))
                             + " of this one is a curve: add points.");
                 points[axis].push_back({time, at[axis].constant});
             }
@@ -392,8 +396,8 @@ static moving_number number_of(lua_State* L, const turned_number& number)
     return {0, made};
 }
 
-static moving_point turned_towards(lua_State* L, const moving_point& eye, const moving_point& target,
-    const moving_number& roll)
+static moving_point turned_towards(
+    lua_State* L, const moving_point& eye, const moving_point& target, const moving_number& roll)
 {
     turned_number angles[3];
     const std::string fault = look_at(plain(eye), plain(target), angles);
@@ -441,7 +445,8 @@ camera_thing camera_at(lua_State* L, int index, const std::string& what)
     if (as<path_thing>(made) != nullptr) {
         report_error(L, what + " is a path: write where it looks, path:look_at { 0, 0, 0 }.");
     } else if (lua_type(L, index) != LUA_TTABLE) {
-        report_error(L, what + " is " + what_is(L, index) + ", and wants camera { at = { x, y, z }, look_at = { x, y, z } }.");
+        report_error(
+            L, what + " is " + what_is(L, index) + ", and wants camera { at = { x, y, z }, look_at = { x, y, z } }.");
     } else {
         field_reader r = read_fields(L, index, "camera", kind_camera);
         read_camera(r, camera);

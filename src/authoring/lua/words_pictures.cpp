@@ -96,7 +96,8 @@ static int word_cube_map(lua_State* L)
         const std::string pattern = text_at(L, 1, "cube_map");
         const size_t star = pattern.find('*');
         if (star == std::string::npos)
-            report_error(L, "cube_map \"" + pattern + "\" has no * where xp, xn, yp, yn, zp and zn stand: write \"sky_*.jpg\".");
+            report_error(
+                L, "cube_map \"" + pattern + "\" has no * where xp, xn, yp, yn, zp and zn stand: write \"sky_*.jpg\".");
         for (uint32_t face = 0; face < cube_face_count && star != std::string::npos; ++face)
             cube.files[face] = std::string(pattern).replace(star, 1, face_names[face]);
     }
@@ -107,7 +108,8 @@ static int word_cube_map(lua_State* L)
 
 // ---- pictures that move -------------------------------------------------------------------
 
-static void read_params(field_reader& r, const std::vector<parameter_field_row>& rows, std::vector<moving_number>& params)
+static void read_params(
+    field_reader& r, const std::vector<parameter_field_row>& rows, std::vector<moving_number>& params)
 {
     params.resize(rows.size());
     for (size_t index = 0; index < rows.size(); ++index)
@@ -236,12 +238,14 @@ static std::vector<double> operation_values(lua_State* L, int first, const node_
     }
     const int given = lua_gettop(L) - first + 1;
     if (given > static_cast<int>(fields.size()))
-        report_error(L, std::string(row.word) + " is given " + std::to_string(given) + " numbers, and takes "
+        report_error(L,
+            std::string(row.word) + " is given " + std::to_string(given) + " numbers, and takes "
                 + std::to_string(fields.size()) + ".");
     for (int index = 0; index < static_cast<int>(fields.size()); ++index)
         values.push_back(index < given
                 ? number_at(L, first + index, std::string(row.word) + ": " + fields[static_cast<size_t>(index)].name, 0)
-                : fields[static_cast<size_t>(index)].name.starts_with("scale") ? 1 : 0);
+                : fields[static_cast<size_t>(index)].name.starts_with("scale") ? 1
+                                                                               : 0);
     return values;
 }
 

@@ -97,7 +97,8 @@ static int word_on_vertices(lua_State* L)
     made.type = manipulator_model_placer;
     made.model = model_at(L, 1, "on_vertices");
     field_reader r = read_fields(L, 2, "on_vertices", kind_on_vertices);
-    for (const moving_point& point : {point_field(r, "at", 0), point_field(r, "rotation", 0), scale_field(r, "scale", 1)})
+    for (const moving_point& point :
+        {point_field(r, "at", 0), point_field(r, "rotation", 0), scale_field(r, "scale", 1)})
         made.params.insert(made.params.end(), point.begin(), point.end());
     push_thing(L, std::move(made));
     return 1;
@@ -168,7 +169,9 @@ static void read_placed(lua_State* L, int table, placed_thing& placed)
     const auto add = [&](int at) {
         const thing* made = thing_at(L, at);
         if (as<manipulator_thing>(made) == nullptr)
-            report_error(L, label(r, "manipulators") + " has " + what_is(L, at) + " in it, and wants row, grid, on_vertices, rippler ...");
+            report_error(L,
+                label(r, "manipulators") + " has " + what_is(L, at)
+                    + " in it, and wants row, grid, on_vertices, rippler ...");
         else
             placed.manipulators.push_back(made);
     };
@@ -177,7 +180,8 @@ static void read_placed(lua_State* L, int table, placed_thing& placed)
     else
         add(lua_gettop(L));
     if (placed.manipulators.size() > max_manipulators)
-        report_error(L, "object: " + std::to_string(placed.manipulators.size()) + " manipulators, and an object takes 7.");
+        report_error(
+            L, "object: " + std::to_string(placed.manipulators.size()) + " manipulators, and an object takes 7.");
     done(r);
 }
 
@@ -187,7 +191,8 @@ static void check_text(lua_State* L, const std::string& text)
     if (!fault.empty())
         report_error(L, "the text \"" + text + "\" " + fault + ".");
     if (text.size() > scene_text_size)
-        report_error(L, "the text \"" + text + "\" has " + std::to_string(text.size())
+        report_error(L,
+            "the text \"" + text + "\" has " + std::to_string(text.size())
                 + " bytes, and 32 are drawn: make two of it.");
 }
 
@@ -353,14 +358,16 @@ static clip_thing read_clip(lua_State* L, int table, const thing* scene, bool ha
     if (!clip.to && was_misspelt(r, "to"))
         clip.to = clip.from.value_or(0) + 1;
     clip.into = target_field(r);
-    
+
     clip.mode = choice_field(r, "mode", mode_choices, clip.into != nullptr ? render_to_texture : render_simple);
     const bool has_target = clip.mode < render_mode_count && render_modes[clip.mode].uses_target != 0;
     if (clip.into != nullptr && !has_target)
-        report_error(L, "clip: into is a target, and the mode \"" + std::string(mode_choices.name(clip.mode))
+        report_error(L,
+            "clip: into is a target, and the mode \"" + std::string(mode_choices.name(clip.mode))
                 + "\" draws elsewhere: leave one of them out.");
     if (clip.into == nullptr && has_target && !state_of(L).show->keep_order)
-        report_error(L, "clip: the mode \"" + std::string(mode_choices.name(clip.mode))
+        report_error(L,
+            "clip: the mode \"" + std::string(mode_choices.name(clip.mode))
                 + "\" draws into a target: write into = target { }.");
     clip.clear = value_field(r, "clear");
     clip.next_clear = value_field(r, "next_clear");
@@ -415,8 +422,8 @@ static void check_clip_times(lua_State* L, const thing& made, const clip_thing& 
     const std::string name = clip.scene != nullptr ? "the clip of \"" + clip.scene->name + "\"" : "the pause";
     const auto say = [&](const std::string& text) { report(L, problem_error, made.place, name + " " + text + "."); };
     if (!clip.from || !clip.to)
-        say(std::string("lacks \"") + (clip.from ? "to" : "from") + "\": write " + (clip.from ? "to = \"4s\"" : "from = \"0s\"")
-            + " in it, or in its track");
+        say(std::string("lacks \"") + (clip.from ? "to" : "from") + "\": write "
+            + (clip.from ? "to = \"4s\"" : "from = \"0s\"") + " in it, or in its track");
     else if (*clip.to <= *clip.from && !state_of(L).show->keep_order)
         say("ends at tick " + number_text(*clip.to) + ", and begins at " + number_text(*clip.from)
             + ": write a later to");
@@ -441,7 +448,8 @@ static const thing* clip_on_track(lua_State* L, const thing& made, const clip_th
 static int word_track(lua_State* L)
 {
     if (lua_type(L, 1) != LUA_TTABLE)
-        raise_error(L, "track is given " + what_is(L, 1) + ", and wants clips: track { walk { from = \"0s\", to = \"4s\" } }.");
+        raise_error(
+            L, "track is given " + what_is(L, 1) + ", and wants clips: track { walk { from = \"0s\", to = \"4s\" } }.");
     word_state& s = state_of(L);
     field_reader r = read_fields(L, 1, "track", kind_track, {}, true);
     clip_thing common;
@@ -460,7 +468,8 @@ static int word_track(lua_State* L)
             bare.scene = made;
             clips.push_back(clip_on_track(L, *add_thing(*s.show, bare, current_place(L), s.document), common));
         } else {
-            report_error(L, "a track is given " + what_is(L, at) + ", and wants clips: write walk { from = \"0s\", to = \"4s\" }.");
+            report_error(L,
+                "a track is given " + what_is(L, at) + ", and wants clips: write walk { from = \"0s\", to = \"4s\" }.");
         }
     });
     s.show->tracks[s.document].push_back(std::move(clips));
@@ -508,7 +517,8 @@ static int word_show(lua_State* L)
     field_reader r = read_fields(L, 1, "show", kind_show);
     show_description& show = *state_of(L).show;
     if (!show.things.empty())
-        report_error(L, "show comes first, in front of everything that is made: the length of a beat counts from there on.");
+        report_error(
+            L, "show comes first, in front of everything that is made: the length of a beat counts from there on.");
     if (has_field(r, "title"))
         show.title = text_field(r, "title");
     const std::string fault = attribute_fault(show.title);
@@ -565,7 +575,8 @@ static int make_entry(lua_State* L, const char* word, bool is_document)
     if (is_document && entry.name.empty())
         entry.name = stem_of(entry.file) + ".xmlz";
     if (is_document && entry.name != "demo.xmlz" && entry.name != "loading.xmlz")
-        report_error(L, "document: a show has the documents \"demo.xmlz\" and \"loading.xmlz\", and \"" + entry.name
+        report_error(L,
+            "document: a show has the documents \"demo.xmlz\" and \"loading.xmlz\", and \"" + entry.name
                 + "\" is none of them: write { name = \"demo.xmlz\" } behind the file.");
     if (entry.name.size() >= pack_name_size)
         report_error(

@@ -32,7 +32,9 @@ static void read_mesh(lua_State* L, int table, mesh_thing& mesh)
     field_reader r = read_fields(L, table, "mesh", kind_mesh);
     mesh.options.fit = number_field(r, "fit", mesh.options.fit);
     if (mesh.options.fit != 0 && static_cast<float>(mesh.options.fit) <= 0) { // 1e-50 is 0 in single precision
-        report_error(L, "mesh: fit is " + number_text(mesh.options.fit) + ": write the length, above 0, that its longest side is to have.");
+        report_error(L,
+            "mesh: fit is " + number_text(mesh.options.fit)
+                + ": write the length, above 0, that its longest side is to have.");
         mesh.options.fit = 0;
     }
     mesh.options.center = flag_field(r, "center", mesh.options.center);
@@ -62,7 +64,8 @@ static void push_color(lua_State* L, const std::array<float, 4>& rgba)
 {
     lua_createtable(L, 4, 0);
     for (int channel = 0; channel < 4; ++channel) {
-        lua_pushnumber(L, std::strtod(number_text(static_cast<double>(rgba[static_cast<size_t>(channel)])).c_str(), nullptr));
+        lua_pushnumber(
+            L, std::strtod(number_text(static_cast<double>(rgba[static_cast<size_t>(channel)])).c_str(), nullptr));
         lua_rawseti(L, -2, channel + 1);
     }
 }
@@ -128,7 +131,8 @@ static std::vector<float> numbers_field(field_reader& r, const char* name, int w
         lua_rawgeti(r.L, list, static_cast<lua_Integer>(entry));
         const bool whole = lua_type(r.L, -1) == LUA_TTABLE && lua_rawlen(r.L, -1) == static_cast<lua_Unsigned>(width);
         if (!whole) {
-            report_error(r.L, label(r, name) + ": entry " + std::to_string(entry) + " is " + what_is(r.L, lua_gettop(r.L))
+            report_error(r.L,
+                label(r, name) + ": entry " + std::to_string(entry) + " is " + what_is(r.L, lua_gettop(r.L))
                     + ", and wants " + (width == 2 ? "{ u, v }." : "{ x, y, z }."));
             lua_pop(r.L, 2);
             return {};
@@ -136,8 +140,9 @@ static std::vector<float> numbers_field(field_reader& r, const char* name, int w
         for (int index = 1; index <= width; ++index) {
             lua_rawgeti(r.L, -1, index);
             if (lua_type(r.L, -1) != LUA_TNUMBER) {
-                report_error(r.L, label(r, name) + ": entry " + std::to_string(entry) + " has "
-                        + what_is(r.L, lua_gettop(r.L)) + " in it, and wants numbers.");
+                report_error(r.L,
+                    label(r, name) + ": entry " + std::to_string(entry) + " has " + what_is(r.L, lua_gettop(r.L))
+                        + " in it, and wants numbers.");
                 lua_pop(r.L, 3);
                 return {};
             }
@@ -191,7 +196,8 @@ static int word_shape(lua_State* L)
         report_error(L, "shape: positions has no entries: write { { x, y, z }, ... }.");
     for (const float number : lacks_positions ? std::vector<float>() : numbers_field(r, "triangles", 3)) {
         if (number < 1 || number > static_cast<float>(vertices) || number != std::floor(number)) {
-            report_error(L, "shape: triangle " + std::to_string(mesh.shape.triangles.size() / 3 + 1) + " names position "
+            report_error(L,
+                "shape: triangle " + std::to_string(mesh.shape.triangles.size() / 3 + 1) + " names position "
                     + number_text(number) + ", and there are positions 1 to " + std::to_string(vertices) + ".");
             mesh.shape.triangles.clear();
             break;
@@ -293,7 +299,8 @@ static void read_glyphs(field_reader& r, font_thing& font)
             letter = std::to_string(lua_tointeger(r.L, -2));
         const int32_t glyph = glyph_of_text(letter);
         if (glyph < 0)
-            report_error(r.L, label(r, "glyphs") + ": a font has no letter \"" + letter
+            report_error(r.L,
+                label(r, "glyphs") + ": a font has no letter \"" + letter
                     + "\": it has a-z, A-Z, á é í ó ö ő ř ú ü ű and their capitals, 0-9, ? ! & / and space.");
         else
             font.glyphs[static_cast<size_t>(glyph)] = read_glyph(r.L, lua_gettop(r.L));
@@ -318,7 +325,8 @@ static void read_font(lua_State* L, int table, font_thing& font)
         const std::string letters = text_field(r, "letters");
         font.all_letters = letters == "all";
         if (!font.all_letters)
-            report_error(L, "font: letters is \"" + letters + "\", and can be \"all\": without it, those that texts use.");
+            report_error(
+                L, "font: letters is \"" + letters + "\", and can be \"all\": without it, those that texts use.");
     }
     if (take(r, "material")) {
         font.material = material_at(L, lua_gettop(L), label(r, "material"));

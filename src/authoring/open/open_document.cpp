@@ -55,7 +55,8 @@ static std::string number_of(const xml_node& node, const char* attribute)
 static std::vector<const xml_node*> children_of(const xml_node* node)
 {
     std::vector<const xml_node*> children;
-    for (const xml_node* child = node != nullptr ? node->first_child : nullptr; child != nullptr; child = child->next_sibling)
+    for (const xml_node* child = node != nullptr ? node->first_child : nullptr; child != nullptr;
+         child = child->next_sibling)
         children.push_back(child);
     return children;
 }
@@ -79,8 +80,9 @@ bool can_be_opened(const xml_node& root)
 
 static bool is_keyword(const std::string& name)
 {
-    static const std::set<std::string> keywords = {"and", "break", "do", "else", "elseif", "end", "false", "for",
-        "function", "goto", "if", "in", "local", "nil", "not", "or", "repeat", "return", "then", "true", "until", "while"};
+    static const std::set<std::string> keywords
+        = {"and", "break", "do", "else", "elseif", "end", "false", "for", "function", "goto", "if", "in", "local",
+            "nil", "not", "or", "repeat", "return", "then", "true", "until", "while"};
     return keywords.count(name) != 0;
 }
 
@@ -151,7 +153,8 @@ static std::string moving(opening& o, const xml_node& node, bool dynamic_unless_
 
 static std::string three(opening& o, const std::vector<const xml_node*>& nodes, size_t first)
 {
-    return "{ " + moving(o, *nodes[first]) + ", " + moving(o, *nodes[first + 1]) + ", " + moving(o, *nodes[first + 2]) + " }";
+    return "{ " + moving(o, *nodes[first]) + ", " + moving(o, *nodes[first + 1]) + ", " + moving(o, *nodes[first + 2])
+        + " }";
 }
 
 static std::string choice(opening& o, const choice_list& choices, int64_t number)
@@ -261,8 +264,8 @@ static std::vector<std::string> format_fields(opening& o, const xml_node& node)
 }
 
 // Handles in the leading children called "p".
-static void add_params(opening& o, const xml_node& node, const std::vector<parameter_field_row>& rows,
-    std::vector<std::string>& fields)
+static void add_params(
+    opening& o, const xml_node& node, const std::vector<parameter_field_row>& rows, std::vector<std::string>& fields)
 {
     size_t index = 0;
     for (const xml_node* child : children_of(&node)) {
@@ -343,20 +346,24 @@ static std::string open_font(opening& o, const xml_node& node)
 // The kind and number of a reference: what it names when a word made that, else both as they are.
 static std::string open_reference(opening& o, const xml_node& node, uint32_t number)
 {
-    static constexpr uint32_t textures[] = {section_texture_nodes, section_image_textures, section_dynamic_textures, section_cube_maps};
+    static constexpr uint32_t textures[]
+        = {section_texture_nodes, section_image_textures, section_dynamic_textures, section_cube_maps};
     const int64_t type = int_of(node, "type");
     const int64_t id = int_of(node, "id");
     if (o.shown.count(number) == 0 && (type == object_model || type == object_genmesh)) {
         const uint32_t section = type == object_model ? section_meshes : section_mesh_effects;
         const bool is_there = id >= 1 && id <= static_cast<int64_t>(o.names[section].size())
             && o.raw.count({section, static_cast<uint32_t>(id)}) == 0;
-        return "reference(" + (is_there ? linked(o, section, id) : std::to_string(type) + ", " + std::to_string(id)) + ")";
+        return "reference(" + (is_there ? linked(o, section, id) : std::to_string(type) + ", " + std::to_string(id))
+            + ")";
     }
     if (type >= 0 && type < static_cast<int64_t>(std::size(textures))) {
         const bool sayable = o.is_sayable;
         const std::string name = linked(o, textures[type], id);
         const bool is_output = type != texture_generated
-            || (o.is_sayable && int_of(*children_of(o.sections[section_texture_nodes])[static_cast<size_t>(id - 1)], "type") == node_output);
+            || (o.is_sayable
+                && int_of(*children_of(o.sections[section_texture_nodes])[static_cast<size_t>(id - 1)], "type")
+                    == node_output);
         if (o.is_sayable && is_output)
             return "reference(" + name + ")";
         o.is_sayable = sayable;
@@ -431,7 +438,8 @@ static std::string open_node(opening& o, const xml_node& node, uint32_t number)
         ++at;
     std::vector<std::string> fields;
     for (const parameter_field_row& row : node_fields(code))
-        fields.push_back(row.name + " = " + (at < children.size() ? lua_number(text_number(*children[at++])) : std::string("0")));
+        fields.push_back(
+            row.name + " = " + (at < children.size() ? lua_number(text_number(*children[at++])) : std::string("0")));
     fields.push_back("name = " + lua_text(text_of(node, "name")));
     if (int_of(node, "texture_filter") != filter_linear)
         fields.push_back("filter = " + choice(o, filter_choices, int_of(node, "texture_filter")));
@@ -442,7 +450,9 @@ static std::string open_node(opening& o, const xml_node& node, uint32_t number)
         return call(linked(o, section_generated_images, int_of(node, "layer_id") + 1) + ":node", fields);
     const std::string first = earlier_node(o, input1, number);
     if (code < node_invert)
-        return call(first + ":" + word + "(" + linked(o, section_generated_images, int_of(node, "layer_id") + 1) + ",", fields) + ")";
+        return call(first + ":" + word + "(" + linked(o, section_generated_images, int_of(node, "layer_id") + 1) + ",",
+                   fields)
+            + ")";
     if (code >= node_add_2)
         return call(first + ":" + word + "(" + earlier_node(o, input2, number) + ",", fields) + ")";
     o.is_sayable = o.is_sayable && input2 == 0;
@@ -476,7 +486,8 @@ struct material_settings {
 
 static const xml_node* setting(const material_settings& m, const char* name)
 {
-    const auto found = std::find_if(m.nodes.rbegin(), m.nodes.rend(), [name](const xml_node* node) { return is_called(*node, name); });
+    const auto found = std::find_if(
+        m.nodes.rbegin(), m.nodes.rend(), [name](const xml_node* node) { return is_called(*node, name); });
     return found != m.nodes.rend() ? *found : nullptr;
 }
 
@@ -533,7 +544,8 @@ static std::string open_material(opening& o, const xml_node& node)
 {
     const material_settings m = {children_of(&node)};
     std::vector<std::string> fields;
-    static constexpr const char* units[][2] = {{"texture1", "texture"}, {"texture2", "texture2"}, {"texture3", "texture3"}};
+    static constexpr const char* units[][2]
+        = {{"texture1", "texture"}, {"texture2", "texture2"}, {"texture3", "texture3"}};
     for (uint32_t unit = 0; unit < texture_unit_count; ++unit) {
         const xml_node* found = setting(m, units[unit][0]);
         if (found != nullptr && int_of(*found, "value") != 0)
@@ -552,8 +564,8 @@ static std::string open_material(opening& o, const xml_node& node)
             fields.push_back(std::string(word) + " = " + linked(o, section_values, setting_int(m, name)));
     if (setting_int(m, "fogtype") != 0 || setting_int(m, "fogcolor") != 0 || setting_number(o, m, "fogstart") != "0"
         || setting_number(o, m, "fogend") != "0") {
-        std::vector<std::string> fog = {"from = " + setting_number(o, m, "fogstart"), "to = " + setting_number(o, m, "fogend"),
-            "quality = " + choice(o, fog_choices, setting_int(m, "fogtype"))};
+        std::vector<std::string> fog = {"from = " + setting_number(o, m, "fogstart"),
+            "to = " + setting_number(o, m, "fogend"), "quality = " + choice(o, fog_choices, setting_int(m, "fogtype"))};
         if (setting_int(m, "fogcolor") != 0)
             fog.push_back("color = " + linked(o, section_values, setting_int(m, "fogcolor")));
         fields.push_back(call("fog =", fog));
@@ -589,13 +601,16 @@ static std::string open_manipulator(opening& o, const xml_node& node)
     std::vector<std::string> fields;
     if (!params.empty() && is_called(*params[0], "manipulator")) {
         const bool is_effect = static_cast<int32_t>(real_of(*params[0], "type")) == placer_effect;
-        fields.push_back("model = " + linked(o, is_effect ? section_mesh_effects : section_meshes, static_cast<int64_t>(real_of(*params[0], "model"))));
+        fields.push_back("model = "
+            + linked(o, is_effect ? section_mesh_effects : section_meshes,
+                static_cast<int64_t>(real_of(*params[0], "model"))));
         params.erase(params.begin());
     }
     const auto rows = manipulator_fields(static_cast<uint32_t>(type));
     o.is_sayable = o.is_sayable && params.size() == rows.size();
     for (size_t index = 0; index < rows.size() && index < params.size(); ++index)
-        if (const std::string value = moving(o, *params[index]); value != (rows[index].name.starts_with("scale") && !rows[index].name.ends_with("step") ? "1" : "0"))
+        if (const std::string value = moving(o, *params[index]);
+            value != (rows[index].name.starts_with("scale") && !rows[index].name.ends_with("step") ? "1" : "0"))
             fields.push_back(rows[index].name + " = " + value);
     return call(parameter_field(manipulator_choices.name(static_cast<uint32_t>(type))), fields);
 }
@@ -725,7 +740,9 @@ static std::string wish_for(opening& o, uint32_t section, const xml_node& node, 
         return text_of(node, "name");
     case section_generated_images: {
         const int64_t type = int_of(node, "type");
-        return type >= 0 && type < generator_kind_count ? parameter_field(generator_choices.name(static_cast<uint32_t>(type))) : "";
+        return type >= 0 && type < generator_kind_count
+            ? parameter_field(generator_choices.name(static_cast<uint32_t>(type)))
+            : "";
     }
     case section_materials: {
         const material_settings m = {children_of(&node)};
@@ -743,7 +760,8 @@ static std::string wish_for(opening& o, uint32_t section, const xml_node& node, 
 
 static void name_references(opening& o)
 {
-    static constexpr uint32_t textures[] = {section_texture_nodes, section_image_textures, section_dynamic_textures, section_cube_maps};
+    static constexpr uint32_t textures[]
+        = {section_texture_nodes, section_image_textures, section_dynamic_textures, section_cube_maps};
     uint32_t number = 0;
     for (const xml_node* node : children_of(o.sections[section_objects])) {
         const int64_t type = int_of(*node, "type");
@@ -773,7 +791,8 @@ static void name_functions(opening& o)
         if (text_of(node, "type") == "dynamic" && handle >= 1 && handle <= 4096)
             name_record(o, section_functions, static_cast<uint32_t>(handle), user + "_" + what);
     };
-    static constexpr const char* placement[] = {"x", "y", "z", "rotation_x", "rotation_y", "rotation_z", "scale_x", "scale_y", "scale_z"};
+    static constexpr const char* placement[]
+        = {"x", "y", "z", "rotation_x", "rotation_y", "rotation_z", "scale_x", "scale_y", "scale_z"};
     for (const xml_node* scene : children_of(o.sections[section_scenes]))
         for (const xml_node* placed : children_of(scene)) {
             const auto children = children_of(placed);
@@ -787,7 +806,8 @@ static void name_functions(opening& o)
             const int64_t id = int_of(*clip, "id");
             const auto& scenes = o.names[section_scenes];
             const std::string user = id >= 1 && id <= static_cast<int64_t>(scenes.size())
-                ? scenes[static_cast<size_t>(id - 1)].substr(7) : "clip";
+                ? scenes[static_cast<size_t>(id - 1)].substr(7)
+                : "clip";
             for (size_t index = 0; index < std::size(camera) && index < children.size(); ++index)
                 note(*children[index], user + "_camera", camera[index]);
         }

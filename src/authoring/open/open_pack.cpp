@@ -57,7 +57,8 @@ static void take_entries(FILE* pack, opened_show& show, opened_entries& entries,
 }
 
 // The text of a document; false: there is none, or, with a note, none that can be read.
-static bool document_content(FILE* pack, const char* name, std::vector<uint8_t>& content, std::vector<std::string>& notes)
+static bool document_content(
+    FILE* pack, const char* name, std::vector<uint8_t>& content, std::vector<std::string>& notes)
 {
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
@@ -90,8 +91,8 @@ static void append(std::vector<uint8_t>& bytes, const std::string& text)
 }
 
 // A document by records where it can be, else its text in a file of its own.
-static std::string document_words(uint32_t index, const std::vector<uint8_t>& content, const opening_rules& rules,
-    opened_show& show)
+static std::string document_words(
+    uint32_t index, const std::vector<uint8_t>& content, const opening_rules& rules, opened_show& show)
 {
     std::string text(content.begin(), content.end());
     const owned_tree root(xml_parse(text.c_str()));
@@ -111,7 +112,8 @@ static std::string show_words(const std::vector<uint8_t>& content, bool as_text,
     const owned_tree root(xml_parse(text.c_str()));
     const xml_node* element = root != nullptr ? root->first_child : nullptr;
     std::string words = "show { ";
-    if (const char* title = element != nullptr ? xml_get_attribute(element, "name") : nullptr; title != nullptr && !as_text)
+    if (const char* title = element != nullptr ? xml_get_attribute(element, "name") : nullptr;
+        title != nullptr && !as_text)
         words += "title = " + lua_text(title) + ", ";
     const xml_node* music = root != nullptr ? document_music_element(root.get()) : nullptr;
     if (const char* file = music != nullptr ? xml_get_attribute(music, "file") : nullptr; file != nullptr) {
@@ -126,7 +128,8 @@ static std::string show_words(const std::vector<uint8_t>& content, bool as_text,
 static bool is_named(const std::string& source, const std::string& entry)
 {
     return source.find("mesh(" + lua_text(entry) + ")") != std::string::npos
-        || source.find("image(" + lua_text(entry) + ",") != std::string::npos || source.find("= " + lua_text(entry) + ",") != std::string::npos
+        || source.find("image(" + lua_text(entry) + ",") != std::string::npos
+        || source.find("= " + lua_text(entry) + ",") != std::string::npos
         || source.find("= " + lua_text(entry) + " ") != std::string::npos;
 }
 
@@ -142,7 +145,8 @@ void open_pack(FILE* pack, const std::array<opening_rules, opened_document_count
     for (uint32_t index = 0; index < opened_document_count; ++index)
         if (document_content(pack, opened_documents[index], contents[index], notes))
             words += document_words(index, contents[index], rules[index], show) + "\n";
-    std::string source = "-- Opened from a pack: every record keeps its number.\n" + show_words(contents[0], rules[0].as_text, show);
+    std::string source
+        = "-- Opened from a pack: every record keeps its number.\n" + show_words(contents[0], rules[0].as_text, show);
     for (const std::string& name : entries.order)
         if (!is_named(words, name))
             source += quoted_call("entry", entries.files[name], name);

@@ -63,9 +63,11 @@ static std::string ease_words(uint32_t length, const std::vector<double>& params
     const double to = as_written(is_out ? param(params, 2) : param(params, 2) + reach);
     const char* name = is_out ? "out quad" : "in quad";
     curve made;
-    if (params.size() > 3 || !ease_curve(name, from, to, length, made).empty() || !same(made.segments[0].params, params))
+    if (params.size() > 3 || !ease_curve(name, from, to, length, made).empty()
+        || !same(made.segments[0].params, params))
         return {};
-    return std::string("ease(\"") + name + "\", " + lua_number(from) + ", " + lua_number(to) + ", " + std::to_string(length) + ")";
+    return std::string("ease(\"") + name + "\", " + lua_number(from) + ", " + lua_number(to) + ", "
+        + std::to_string(length) + ")";
 }
 
 static std::string wave_words(uint32_t length, const std::vector<double>& params)
@@ -77,7 +79,8 @@ static std::string wave_words(uint32_t length, const std::vector<double>& params
         period = std::round(period);
     period = as_written(period);
     const double phase = as_written(param(params, 2) / 6.2831853);
-    if (period <= 0 || !same(wave_curve(param(params, 3), param(params, 0), period, phase, length).segments[0].params, params))
+    if (period <= 0
+        || !same(wave_curve(param(params, 3), param(params, 0), period, phase, length).segments[0].params, params))
         return {};
     std::string text = "wave { middle = " + lua_number(param(params, 3)) + ", swing = " + lua_number(param(params, 0))
         + ", period = " + lua_number(period);
@@ -109,7 +112,8 @@ static std::string friendly_words(segment_kind kind, uint32_t length, const std:
 {
     switch (kind) {
     case segment_constant:
-        return params.size() > 1 ? "" : "constant(" + lua_number(param(params, 0)) + ", " + std::to_string(length) + ")";
+        return params.size() > 1 ? ""
+                                 : "constant(" + lua_number(param(params, 0)) + ", " + std::to_string(length) + ")";
     case segment_linear:
         return linear_words(length, params);
     case segment_quadratic:
@@ -130,7 +134,8 @@ std::string segment_words(segment_kind kind, uint32_t length, const std::vector<
     const std::string friendly = length > 0 ? friendly_words(kind, length, params) : "";
     if (!friendly.empty())
         return friendly;
-    return std::string("segment(\"") + function_types[kind].name + "\", " + std::to_string(length) + ", " + listed(params) + ")";
+    return std::string("segment(\"") + function_types[kind].name + "\", " + std::to_string(length) + ", "
+        + listed(params) + ")";
 }
 
 std::string lua_text(const std::string& text)

@@ -129,7 +129,8 @@ bool read_file(lowering& l, const std::string& path, const source_place& place, 
     FILE* file = fault || size > most ? nullptr : std::fopen(path.c_str(), "rb");
     if (file == nullptr) {
         add_problem(l.built.problems, problem_error, place,
-            "cannot read \"" + base_of(path) + "\": " + (size > most && !fault ? "it is larger than 1 GiB" : std::strerror(errno)) + ".");
+            "cannot read \"" + base_of(path)
+                + "\": " + (size > most && !fault ? "it is larger than 1 GiB" : std::strerror(errno)) + ".");
         return false;
     }
     bytes.resize(size);
@@ -224,8 +225,8 @@ static void add_notes(lowering& l, const thing& made, const std::string& file, c
 }
 
 // Ready-made levels are entries of their own, whose names follow from the picture's.
-static void take_levels(lowering& l, const thing& made, const image_thing& image, const std::string& entry,
-    const imported_picture& base)
+static void take_levels(
+    lowering& l, const thing& made, const image_thing& image, const std::string& entry, const imported_picture& base)
 {
     for (uint32_t level = 1; level <= image.levels.size(); ++level) {
         const std::string& file = image.levels[level - 1];
@@ -302,12 +303,15 @@ void take_entries(lowering& l)
         const std::string name = !entry->name.empty() ? entry->name : base_of(entry->file);
         if (name.size() >= pack_name_size) {
             add_problem(l.built.problems, problem_error, made->place,
-                "\"" + name + "\" is longer than the 31 bytes of an entry's name: give it one, { name = \"...\" } behind the file.");
+                "\"" + name
+                    + "\" is longer than the 31 bytes of an entry's name: give it one, { name = \"...\" } behind the "
+                      "file.");
             continue;
         }
         const bool replaces = entry->is_document && (name == "demo.xmlz" || name == "loading.xmlz");
         if (!replaces && !l.names.taken.insert(name).second)
-            add_problem(l.built.problems, problem_error, made->place, "the pack has an entry \"" + name + "\" already.");
+            add_problem(
+                l.built.problems, problem_error, made->place, "the pack has an entry \"" + name + "\" already.");
         else
             add_entry(l, name, entry->is_document ? enveloped(bytes) : std::move(bytes), entry->file);
     }

@@ -135,8 +135,9 @@ static constexpr field_row target_fields[] = {
     {"height", field_number, "256", "In pixels."},
     {"filter", field_choice, "linear", "How pixels are mixed.", &filter_choices},
     {"format", field_choice, "RGB", "How the card keeps it.", &format_choices},
-    {"upright", field_flag, "true", "Meshes that show it get their coordinates turned, since it begins with its "
-                                    "bottom row."},
+    {"upright", field_flag, "true",
+        "Meshes that show it get their coordinates turned, since it begins with its "
+        "bottom row."},
 };
 
 static constexpr field_row cube_map_fields[] = {
@@ -175,10 +176,12 @@ static constexpr field_row mesh_fields[] = {
 
 static constexpr field_row shape_fields[] = {
     {"positions", field_list, "", "A list of { x, y, z }."},
-    {"triangles", field_list, "", "A list of { a, b, c }: numbers of positions, counted from 1; from the front they "
-                                  "run counter-clockwise."},
-    {"coordinates", field_list, nullptr, "A list of { u, v }: where on a picture each position lies; (0, 0) is its "
-                                         "top left corner."},
+    {"triangles", field_list, "",
+        "A list of { a, b, c }: numbers of positions, counted from 1; from the front they "
+        "run counter-clockwise."},
+    {"coordinates", field_list, nullptr,
+        "A list of { u, v }: where on a picture each position lies; (0, 0) is its "
+        "top left corner."},
     {"coordinates2", field_list, nullptr, "The same for the second texture."},
     {"coordinates3", field_list, nullptr, "The same for the third texture."},
     {"normals", field_list, "smooth ones", "A list of { x, y, z }."},

@@ -13,29 +13,29 @@
 
 // What a field takes.
 enum field_type : uint8_t {
-    field_number,    // a number
-    field_moving,    // a number or a curve
-    field_curve,     // a curve; a number where it stands still
-    field_time,      // ticks, or a text: "4s", "8b"
-    field_flag,      // true or false
-    field_text,      // any text
-    field_file,      // a file of the show's folder
-    field_color,     // "#rrggbb", a name, { r, g, b }: components may move
-    field_point,     // { x, y, z }: each may move
-    field_scale,     // a moving number, or a point
-    field_size,      // { width, height } in pixels, or one number for both
-    field_choice,    // a name of `choices`
-    field_texture,   // what a texture unit shows, or a table that says how: unit fields
-    field_light,     // what light {} made
-    field_value,     // a colour, or what color or light {} made
-    field_material,  // what material {} made
-    field_mesh,      // what mesh, shape or effect made
-    field_target,    // what target {} made
-    field_camera,    // what camera {} or look_at made, or its fields
-    field_fog,       // a table: fog fields
-    field_shader,    // a table: shader fields
-    field_list,      // a list
-    field_table,     // a table that its help describes
+    field_number,   // a number
+    field_moving,   // a number or a curve
+    field_curve,    // a curve; a number where it stands still
+    field_time,     // ticks, or a text: "4s", "8b"
+    field_flag,     // true or false
+    field_text,     // any text
+    field_file,     // a file of the show's folder
+    field_color,    // "#rrggbb", a name, { r, g, b }: components may move
+    field_point,    // { x, y, z }: each may move
+    field_scale,    // a moving number, or a point
+    field_size,     // { width, height } in pixels, or one number for both
+    field_choice,   // a name of `choices`
+    field_texture,  // what a texture unit shows, or a table that says how: unit fields
+    field_light,    // what light {} made
+    field_value,    // a colour, or what color or light {} made
+    field_material, // what material {} made
+    field_mesh,     // what mesh, shape or effect made
+    field_target,   // what target {} made
+    field_camera,   // what camera {} or look_at made, or its fields
+    field_fog,      // a table: fog fields
+    field_shader,   // a table: shader fields
+    field_list,     // a list
+    field_table,    // a table that its help describes
     field_type_count
 };
 
@@ -59,7 +59,7 @@ extern const choice_list effect_choices;
 extern const choice_list dynamic_choices;
 extern const choice_list generator_choices;
 extern const choice_list manipulator_choices;
-extern const choice_list align_choices; // of texts: left, center, right
+extern const choice_list align_choices;  // of texts: left, center, right
 extern const choice_list normal_choices; // how a mesh gets its normals
 
 struct field_row {

@@ -121,7 +121,8 @@ static void check_texts(lowering& l, const element& node, const source_place& pl
 {
     const auto say = [&](const std::string& text, const std::string& fault) {
         if (!fault.empty())
-            add_problem(l.built.problems, problem_error, place, "the text \"" + text.substr(0, 40) + "\" " + fault + ".");
+            add_problem(
+                l.built.problems, problem_error, place, "the text \"" + text.substr(0, 40) + "\" " + fault + ".");
     };
     for (const element_attribute& attribute : node.attributes)
         say(attribute.value.text, attribute_fault(attribute.value.text));
@@ -173,7 +174,8 @@ static void take_music(lowering& l)
     const bool is_inside = !wish.is_absolute() && wish.begin()->string() != "..";
     if (is_inside && !std::filesystem::exists(l.show.folder / wish, fault))
         return add_problem(l.built.problems, problem_warning, l.show.music_place,
-            "there is no music \"" + l.show.music + "\" beside the source" + near_file(l.show.folder + "/" + l.show.music)
+            "there is no music \"" + l.show.music + "\" beside the source"
+                + near_file(l.show.folder + "/" + l.show.music)
                 + (near_file(l.show.folder + "/" + l.show.music).empty() ? ": the show plays without." : ""));
     const std::string path = find_file(l, l.show.music, l.show.music_place);
     music_file_facts facts = {};

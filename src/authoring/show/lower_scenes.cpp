@@ -35,8 +35,8 @@ static void add_placement(lowering& l, element& node, const placed_thing& made, 
     const moving_point* points[] = {&at, &made.rotation, &scale};
     for (uint32_t index = 0; index < std::size(names); ++index)
         add_animated(l, node, names[index], (*points[index / 3])[index % 3]);
-    add_setting(node, "visible",
-        value_of(made.visible != nullptr ? function_of(l, {0, made.visible}, place) : nullptr));
+    add_setting(
+        node, "visible", value_of(made.visible != nullptr ? function_of(l, {0, made.visible}, place) : nullptr));
     add_setting(node, "time_offset", value_of(made.time_offset));
     add_setting(node, "facing", value_of_int(made.facing ? 1 : 0));
     element& manipulators = add_child(node, "manipulators");
@@ -81,8 +81,8 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
 {
     const placed_thing& made = *as<placed_thing>(&placed);
     const bool flat_look = flat && !l.show.keep_order;
-    const authored_record* material = made.material != nullptr && made.kind != object_text
-        ? lower_material(l, *made.material, flat_look) : nullptr;
+    const authored_record* material
+        = made.material != nullptr && made.kind != object_text ? lower_material(l, *made.material, flat_look) : nullptr;
     const uint32_t turned = l.show.keep_order ? 0 : sets_to_turn(made.material);
     if (made.what == nullptr)
         return add_object(l, scene, placed, {nullptr, material, nullptr}, made.scale);
@@ -96,12 +96,13 @@ static void add_placed(lowering& l, element& scene, const thing& placed, bool fl
     }
     if (as<effect_thing>(made.what) != nullptr)
         return add_object(l, scene, placed,
-            {object_of_shape(l, object_genmesh, lower_effect(l, *made.what), placed.place), material, nullptr}, made.scale);
+            {object_of_shape(l, object_genmesh, lower_effect(l, *made.what), placed.place), material, nullptr},
+            made.scale);
     if (as<reference_thing>(made.what) != nullptr)
         return add_object(l, scene, placed, {lower_reference(l, *made.what), material, nullptr}, made.scale);
     for (authored_record* mesh : lower_mesh(l, *made.what, turned))
-        add_object(l, scene, placed,
-            {object_of_shape(l, object_model, mesh, placed.place), material, nullptr}, made.scale);
+        add_object(
+            l, scene, placed, {object_of_shape(l, object_model, mesh, placed.place), material, nullptr}, made.scale);
 }
 
 authored_record* lower_scene(lowering& l, const thing& made, bool flat)

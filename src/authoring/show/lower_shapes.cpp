@@ -85,13 +85,15 @@ const std::vector<authored_record*>& lower_mesh(lowering& l, const thing& made, 
     const imported_model& model = model_of(l, made);
     std::string part = mesh.options.part.empty() ? "" : "-" + mesh.options.part;
     std::replace(part.begin(), part.end(), '/', '_'); // names of entries are names of files, too
-    std::string wish = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file) + part) + (turned_sets != 0 ? "-turned" : "");
+    std::string wish
+        = (!mesh.name.empty() ? mesh.name : stem_of(mesh.file) + part) + (turned_sets != 0 ? "-turned" : "");
     if (l.show.keep_order)
         wish = mesh.name.empty() ? mesh.file : mesh.name;
     std::vector<authored_record*> list;
     for (const shape_data& shape : model.shapes) {
         const bool as_it_is = turned_sets == 0 && !model.mesh_bytes.empty();
-        const auto content = as_it_is ? model.mesh_bytes : shape_bytes(turned_sets != 0 ? turned(shape, turned_sets) : shape);
+        const auto content
+            = as_it_is ? model.mesh_bytes : shape_bytes(turned_sets != 0 ? turned(shape, turned_sets) : shape);
         list.push_back(mesh_record_of(l, content, wish, made));
     }
     return l.made[use] = list;
@@ -128,8 +130,8 @@ authored_record* lower_effect(lowering& l, const thing& made)
 
 // ---- fonts ------------------------------------------------------------------------------
 
-static element glyph_element(const authored_record* mesh, const authored_record* material, uint32_t bitmap,
-    double offset, double width)
+static element glyph_element(
+    const authored_record* mesh, const authored_record* material, uint32_t bitmap, double offset, double width)
 {
     element glyph = {"glyph"};
     add_attribute(glyph, "model", value_of(mesh));
@@ -145,9 +147,9 @@ static void add_own_glyphs(lowering& l, element& node, const font_thing& font, c
     for (uint32_t index = 0; index < glyph_count; ++index) {
         const glyph_thing glyph = index < font.glyphs.size() ? font.glyphs[index] : glyph_thing{};
         const thing* with = material != nullptr ? material : glyph.material;
-        node.children.push_back(glyph_element(
-            glyph.mesh != nullptr ? lower_one_mesh(l, *glyph.mesh, glyph.mesh->place) : nullptr,
-            with != nullptr ? lower_material(l, *with, flat) : nullptr, glyph.bitmap, glyph.offset, glyph.width));
+        node.children.push_back(
+            glyph_element(glyph.mesh != nullptr ? lower_one_mesh(l, *glyph.mesh, glyph.mesh->place) : nullptr,
+                with != nullptr ? lower_material(l, *with, flat) : nullptr, glyph.bitmap, glyph.offset, glyph.width));
     }
 }
 

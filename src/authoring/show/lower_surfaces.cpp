@@ -77,8 +77,8 @@ static void add_shader(lowering& l, element& node, const shader_description& sha
     if (shader.has_uniforms) {
         element& uniforms = add_child(node, "glsl_uniforms");
         for (uint32_t index = 0; index < user_uniform_count; ++index)
-            add_attribute(uniforms, "u" + std::to_string(index + 1),
-                value_of(function_of(l, shader.uniforms[index], place)));
+            add_attribute(
+                uniforms, "u" + std::to_string(index + 1), value_of(function_of(l, shader.uniforms[index], place)));
     }
     if (!shader.vertex.empty())
         add_text(node, "vertex_shader", value_of(shader.vertex));

@@ -26,8 +26,8 @@ authored_record* lower_picture(lowering& l, const thing& made)
 }
 
 // Outputs come last, when it is known who they are (finish_nodes): values stand behind them.
-static element node_element(lowering& l, const std::string& name, uint8_t code, uint32_t format, uint32_t filter,
-    const thing* picture)
+static element node_element(
+    lowering& l, const std::string& name, uint8_t code, uint32_t format, uint32_t filter, const thing* picture)
 {
     element node = {code == node_output ? "output" : "node"};
     add_attribute(node, "name", value_of(name));
@@ -60,7 +60,8 @@ authored_record* lower_node(lowering& l, const thing& made)
         return nullptr;
     authored_record* input1 = described.input1 != nullptr ? lower_node(l, *described.input1) : nullptr;
     authored_record* input2 = described.input2 != nullptr ? lower_node(l, *described.input2) : nullptr;
-    element node = node_element(l, described.name, described.code, described.format, described.filter, described.picture);
+    element node
+        = node_element(l, described.name, described.code, described.format, described.filter, described.picture);
     add_text(node, "input", value_of(input1));
     if (described.input2 != nullptr)
         add_text(node, "input", value_of(input2));
@@ -171,8 +172,8 @@ static authored_record* lower_dynamic(lowering& l, const thing& made)
     add_attribute(node, "type", value_of_int(dynamic.type));
     add_attribute(node, "texture_format", value_of_int(dynamic.format));
     add_attribute(node, "texture_filter", value_of_int(dynamic.filter));
-    add_attribute(node, "resolution",
-        value_of(std::to_string(dynamic.size[0]) + "x" + std::to_string(dynamic.size[1])));
+    add_attribute(
+        node, "resolution", value_of(std::to_string(dynamic.size[0]) + "x" + std::to_string(dynamic.size[1])));
     add_attribute(node, "bpp", value_of_int(dynamic.bits));
     for (const moving_number& param : dynamic.params)
         add_text(node, "p", value_of(function_of(l, param, made.place)));

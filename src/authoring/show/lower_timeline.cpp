@@ -19,7 +19,8 @@ static void add_camera(lowering& l, element& node, const clip_thing& clip)
     const camera_thing camera = clip.camera.value_or(camera_thing());
     for (uint32_t axis = 0; axis < 3; ++axis)
         add_animated(l, node, names[axis],
-            camera.moves_world ? camera.at[axis] : scaled_number(l, camera.at[axis], -1)); // the world moves, not the eye
+            camera.moves_world ? camera.at[axis]
+                               : scaled_number(l, camera.at[axis], -1)); // the world moves, not the eye
     for (uint32_t axis = 0; axis < 3; ++axis)
         add_animated(l, node, names[3 + axis], camera.rotation[axis]);
     if (is_flat(clip)) {
@@ -44,7 +45,8 @@ static int32_t color_number(std::vector<const authored_record*>& colors, const a
 static bool moves(const thing* color)
 {
     const auto& values = as<value_thing>(color)->values;
-    return std::any_of(values.begin(), values.end(), [](const moving_number& number) { return number.curve != nullptr; });
+    return std::any_of(
+        values.begin(), values.end(), [](const moving_number& number) { return number.curve != nullptr; });
 }
 
 static element clip_element(lowering& l, const thing& made, const placed_clip& placed, const authored_record* color)
@@ -114,7 +116,9 @@ static void tell_problems(lowering& l, const timeline_lists& lists, const track_
     for (const track_problem& problem : plan.problems) {
         const thing* made = problem.clip >= 0 ? lists.clips[static_cast<size_t>(problem.clip)] : nullptr;
         const thing* scene = made != nullptr ? as<clip_thing>(made)->scene : nullptr;
-        const std::string name = made == nullptr ? "" : scene != nullptr ? "the clip of \"" + scene->name + "\" " : "the pause ";
+        const std::string name = made == nullptr ? ""
+            : scene != nullptr                   ? "the clip of \"" + scene->name + "\" "
+                                                 : "the pause ";
         const bool has_end = !problem.text.empty() && problem.text.back() == '.';
         std::string text = name + problem.text + (has_end ? "" : ".");
         text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
@@ -134,7 +138,10 @@ static element empty_element(const placed_clip& placed, const authored_record* c
     for (const char* name : {"x", "y", "z", "rotation_x", "rotation_y", "rotation_z", "field_of_view", "far_plane"}) {
         element& child = add_child(node, name);
         add_attribute(child, "type", value_of(std::string("static")));
-        add_attribute(child, "value", value_of_int(std::string(name) == "field_of_view" ? 60 : std::string(name) == "far_plane" ? 600 : 0));
+        add_attribute(child, "value",
+            value_of_int(std::string(name) == "field_of_view" ? 60
+                    : std::string(name) == "far_plane"        ? 600
+                                                              : 0));
     }
     return node;
 }
@@ -145,7 +152,8 @@ static void add_tracks(lowering& l, std::vector<element>& tracks, const std::vec
     const auto& lists = l.show.tracks[l.document];
     const auto raw_of = [&lists](size_t track) {
         return track < lists.size() && lists[track].size() == 1 && as<raw_thing>(lists[track][0]) != nullptr
-            ? lists[track][0] : nullptr;
+            ? lists[track][0]
+            : nullptr;
     };
     for (size_t track = 0; track < tracks.size(); ++track) {
         if (const thing* raw = l.show.keep_order ? raw_of(track) : nullptr)
@@ -160,7 +168,9 @@ static void add_tracks(lowering& l, std::vector<element>& tracks, const std::vec
 
 void lower_timeline(lowering& l)
 {
-    const track_rules rules = l.show.keep_order ? tracks_as_given : l.document == 0 ? tracks_of_show : tracks_of_loading;
+    const track_rules rules = l.show.keep_order ? tracks_as_given
+        : l.document == 0                       ? tracks_of_show
+                                                : tracks_of_loading;
     const timeline_lists lists = list_clips(l);
     track_plan plan = plan_tracks(lists.times, rules);
     plan_clear_colors(lists.clears, rules, plan);

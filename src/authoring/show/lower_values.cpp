@@ -45,7 +45,8 @@ authored_record* function_of(lowering& l, const moving_number& number, const sou
     if (number.constant == 0)
         return nullptr;
     element node = {"function"};
-    for (const auto& [name, value] : {std::pair{"type", "0"}, {"loop_type", "0"}, {"loop_begin", "0"}, {"loop_end", "0"}})
+    for (const auto& [name, value] :
+        {std::pair{"type", "0"}, {"loop_type", "0"}, {"loop_begin", "0"}, {"loop_end", "0"}})
         add_attribute(node, name, value_of(std::string(value)));
     element& segment = add_child(node, "segment");
     add_attribute(segment, "type", value_of_int(segment_constant));

@@ -26,13 +26,14 @@ struct lowering {
     show_description& show;
     built_show& built;
     uint32_t document = 0; // that is being made
-    bool places_references = false; // it places entries of the section of objects: then nothing is placed by its own number
+    bool places_references
+        = false; // it places entries of the section of objects: then nothing is placed by its own number
     std::map<use_of_thing, std::vector<authored_record*>> made = {};
     std::map<const thing*, std::set<uint32_t>> letters = {}; // of each font, glyphs that texts use
     entry_names names = {};
     std::map<const thing*, imported_model> models = {};
-    std::map<const thing*, imported_font> fonts = {};   // likewise
-    std::map<std::string, uint32_t> pictures = {}; // components of those taken, by their keys
+    std::map<const thing*, imported_font> fonts = {}; // likewise
+    std::map<std::string, uint32_t> pictures = {};    // components of those taken, by their keys
 };
 
 authored_document& document_of(lowering& l);

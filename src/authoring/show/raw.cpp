@@ -4,9 +4,9 @@
 
 #include <vector>
 
-const char* const section_elements[no_more_sections] = {"", "generated_images", "texture_nodes", "meshes", "functions",
-    "values", "dynamic_textures", "image_textures", "cube_maps", "fonts", "objects", "materials", "effects", "scenes",
-    "timeline", "music"};
+const char* const section_elements[no_more_sections]
+    = {"", "generated_images", "texture_nodes", "meshes", "functions", "values", "dynamic_textures", "image_textures",
+        "cube_maps", "fonts", "objects", "materials", "effects", "scenes", "timeline", "music"};
 
 element element_of(const xml_node& node)
 {
@@ -37,7 +37,8 @@ std::string raw_element(const std::string& name, const std::string& text, docume
 {
     if (!find_section_element(name, section))
         return "there is no section \"" + name + "\""
-            + did_you_mean(name, std::vector<std::string>(section_elements + 1, section_elements + section_music)) + ".";
+            + did_you_mean(name, std::vector<std::string>(section_elements + 1, section_elements + section_music))
+            + ".";
     const owned_tree root(xml_parse(text.c_str()));
     if (root == nullptr || root->first_child == nullptr)
         return "there is no element in the text: write <material> ... </material>.";

@@ -18,15 +18,15 @@ constexpr uint32_t authored_document_count = 2; // the show, the loading screen
 struct show_description {
     std::string folder; // of the source, ends in "/"; empty: the working directory
     std::string title;
-    std::string music;  // a file of the folder; empty: none
+    std::string music; // a file of the folder; empty: none
     source_place music_place;
     double bpm = 0; // 0: not said
     double beats_per_bar = 4;
     double aspect = 4.0 / 3; // of the screens that it is made for
     bool has_units = false;  // a time was said with its unit
     bool keep_order = false;
-    std::vector<std::unique_ptr<thing>> things;                     // in the order in which they were made
-    std::map<std::string, model_file> model_files; // that have been read, by path
+    std::vector<std::unique_ptr<thing>> things;                             // in the order in which they were made
+    std::map<std::string, model_file> model_files;                          // that have been read, by path
     std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
 };
 

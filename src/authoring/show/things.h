@@ -42,7 +42,7 @@ struct path_thing {
 
 // Where a clip is seen from: the eye, the document's three angles, field of view and far plane.
 struct camera_thing {
-    moving_point at; // of the eye
+    moving_point at;          // of the eye
     bool moves_world = false; // `at` is how far the world is moved instead
     moving_point rotation;
     moving_number fov = {60, nullptr};
@@ -84,10 +84,10 @@ struct image_thing {
     std::string file; // empty: a target
     std::string name; // of the entry; empty: the file's own
     uint32_t filter = filter_mipmaps;
-    std::optional<uint32_t> format;      // none: by the picture
-    std::array<uint32_t, 2> size = {};   // 0: as it is; of a target: pixels
-    std::array<std::string, 2> levels;   // files; empty: none
-    bool turned = false;                 // a target whose users turn their coordinates
+    std::optional<uint32_t> format;    // none: by the picture
+    std::array<uint32_t, 2> size = {}; // 0: as it is; of a target: pixels
+    std::array<std::string, 2> levels; // files; empty: none
+    bool turned = false;               // a target whose users turn their coordinates
 };
 
 struct cube_map_thing {
@@ -199,7 +199,7 @@ struct scene_thing {
 };
 
 struct clip_thing {
-    const thing* scene = nullptr; // null: draws nothing
+    const thing* scene = nullptr;    // null: draws nothing
     bool has_fault = false;          // a time that was said is none, and has been told
     std::optional<double> from = {}; // ticks; what is not said comes from the track
     std::optional<double> to = {};
@@ -238,8 +238,8 @@ using thing_value = std::variant<curve_thing, path_thing, camera_thing, value_th
 struct thing {
     thing_value value;
     source_place place;
-    std::string name;       // what the source calls it
-    uint32_t document = 0;  // 0: the show, 1: the loading screen
+    std::string name;             // what the source calls it
+    uint32_t document = 0;        // 0: the show, 1: the loading screen
     bool explicit_record = false; // a curve that keep_order counts
     mutable bool used = false;    // something else has been made of it, or it has its place
 };

@@ -119,7 +119,8 @@ exit_status run_open(const make_options& options)
     if (!pack_index_ends(pack.get(), slots))
         return fail("", options.input, " is no pack");
     std::error_code fault;
-    if (fs::exists(options.output, fault) && (!fs::is_directory(options.output, fault) || !fs::is_empty(options.output, fault)))
+    if (fs::exists(options.output, fault)
+        && (!fs::is_directory(options.output, fault) || !fs::is_empty(options.output, fault)))
         return fail("", options.output, " exists and holds something: name a new folder");
     // ... beside its place, and then there
     const std::string beside = options.output + "." + std::to_string(getpid()) + ".part";
@@ -140,7 +141,8 @@ exit_status run_open(const make_options& options)
     }
     for (const std::string& note : notes)
         std::fprintf(stderr, "Warning: %s\n", printable(note).c_str());
-    std::printf("Opened %s into %s: %zu files.\n", printable(options.input).c_str(), printable(options.output).c_str(), show.files.size());
+    std::printf("Opened %s into %s: %zu files.\n", printable(options.input).c_str(), printable(options.output).c_str(),
+        show.files.size());
     if (!show.music.empty() && !copy_music(options, show.music))
         std::printf("Its music, %s, is not beside the pack: copy it there.\n", printable(show.music).c_str());
     return exit_done;

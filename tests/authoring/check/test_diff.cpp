@@ -199,7 +199,8 @@ TEST_CASE("an envelope around the same is the same however it is packed")
     CHECK(differences(std::vector<pack_content>{{"a.mesh", packed}}, {{"a.mesh", in_envelope(content)}}) == "");
     const std::string other = in_envelope(std::string(4999, 'x') + "y");
     CHECK(differences(std::vector<pack_content>{{"a.mesh", packed}}, {{"a.mesh", other}})
-        == "\"a.mesh\": changed, " + std::to_string(packed.size()) + " -> " + std::to_string(other.size()) + " bytes\n");
+        == "\"a.mesh\": changed, " + std::to_string(packed.size()) + " -> " + std::to_string(other.size())
+            + " bytes\n");
 }
 
 TEST_CASE("a document that one pack lacks is one line, and one that cannot be read says why")

@@ -32,8 +32,7 @@ TEST_CASE("records of every kind are known by their attributes")
         document_text text = quiet_show();
         text.records[12] = complete.records[section];
         const std::string lines = findings_in(text);
-        CHECK_MESSAGE(
-            lines.find("12/0: its first record looks like one of section " + std::to_string(section) + " (")
+        CHECK_MESSAGE(lines.find("12/0: its first record looks like one of section " + std::to_string(section) + " (")
                 != std::string::npos,
             section);
     }

@@ -95,7 +95,8 @@ TEST_CASE("files that require each other in a circle are told")
     folder.write("a.lua", "require 'b'");
     folder.write("b.lua", "\nrequire 'a'");
     CHECK(outcome_in(folder, "require 'a'")
-        == "b.lua:2: files require each other in a circle: a.lua, b.lua, and again a.lua: what both need belongs into a file of its own (called from a.lua:1, "
+        == "b.lua:2: files require each other in a circle: a.lua, b.lua, and again a.lua: what both need belongs into "
+           "a file of its own (called from a.lua:1, "
            "show.lua:1).\nfiles: show.lua a.lua b.lua");
     CHECK(outcome_in(folder, "require 'show'")
               .starts_with("show.lua:1: files require each other in a circle: show.lua, "));

@@ -91,7 +91,7 @@ TEST_CASE("files that are not there, or lie elsewhere, are errors that say so")
         {"image \"../boat.png\"", "1: \"../boat.png\" leads out of the show's folder"},
         {"image \"/etc/passwd\"", "1: \"/etc/passwd\" leads out of the show's folder"},
         {"image \"a/../../x.png\"", "leads out of the show's folder"},
-        {"image \"\"", "1: image \"\" names no file."},
+        {"image \"\"", "1: image is given the text \"\" first, and wants the name of a file"},
         {"image \"show.lua\"", "1: \"show.lua\" "},
         {"image \"a\\0b.png\"", "has a zero byte in it"},
         {"image 'a\"b.png'", "there is no file"},
