@@ -308,6 +308,13 @@ void take_entries(lowering& l)
                       "file.");
             continue;
         }
+        const bool leads_away = name[0] == '/' || name.find("..") != std::string::npos;
+        if (leads_away && !l.show.keep_order) { // opened packs keep the names that they have
+            add_problem(l.built.problems, problem_error, made->place,
+                "the name \"" + name
+                    + "\" leads out of a folder: write one that begins with a letter and has no \"..\".");
+            continue;
+        }
         const bool replaces = entry->is_document && (name == "demo.xmlz" || name == "loading.xmlz");
         if (!replaces && !l.names.taken.insert(name).second)
             add_problem(

@@ -187,3 +187,18 @@ TEST_CASE("a stem is a file's name without folders and ending")
     CHECK(stem_of("a.b.png") == "a.b");
     CHECK(stem_of("plain") == "plain");
 }
+
+TEST_CASE("an entry has no name that leads out of a folder")
+{
+    for (const char* name : {"../a", "/a", "a/../b"}) {
+        const test_folder folder;
+        write_file(folder, "a.txt", "a");
+        write_file(folder, "show.lua",
+            std::string("entry(\"a.txt\", { name = \"") + name
+                + "\" })\n"
+                  "track { scene \"s\" { screen { material = material {} } } { from = 0, to = 300, flat = true } }\n");
+        const built_source b = build_folder(folder);
+        const std::string fault = std::string("1: the name \"") + name + "\" leads out of a folder: write one";
+        CHECK_MESSAGE(b.told.find(fault) != std::string::npos, b.told);
+    }
+}
