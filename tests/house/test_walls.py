@@ -24,18 +24,22 @@ PLACES = {  # every other folder below src, and of which others each knows somet
     'tools/common': ['authoring', 'content'],
     'tools/make': ['tools/common', 'authoring', 'authoring/asset', 'authoring/show', 'authoring/check',
                    'authoring/open', 'authoring/lua', 'content', 'editing'],
-    'tools/render': ['tools/common', 'authoring'] + [room for room in ROOMS if room not in ('anim', 'music')],
+    'tools/frames': ['tools/common', 'content', 'model', 'render', 'shell'],
+    'tools/render': ['tools/common', 'tools/frames', 'authoring'] + [room for room in ROOMS if room not in ('anim', 'music')],
+    'tools/preview': ['tools/common', 'tools/frames', 'authoring', 'authoring/asset', 'authoring/lua', 'authoring/show',
+                      'authoring/check', 'content', 'anim', 'model', 'music', 'effects', 'texgen', 'render', 'shell'],
     'tools/pages': ['tools/common', 'tools/make', 'tools/render', 'authoring/show', 'authoring/curve'],
 }
 LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them
     (r'SDL', ('_sdl.cpp',)), (r'GL/glu\.h', ('authoring/asset/',)), (r'GL/|GLES|glew', ('_gl.cpp',)),
-    (r'EGL/', ('_gl.cpp',)), (r'zlib\.h', ('content/', 'authoring/show/', 'tools/render/')),
-    (r'spng\.h', ('authoring/asset/', 'tools/render/')), (r'lua\w*\.h', ('authoring/lua/',)),
+    (r'EGL/', ('_gl.cpp',)), (r'zlib\.h', ('content/', 'authoring/show/', 'tools/frames/')),
+    (r'spng\.h', ('authoring/asset/', 'tools/frames/')), (r'lua\w*\.h', ('authoring/lua/',)),
     (r'assimp/|ft2build|FT_', ('authoring/asset/',)), (r'stb/stb_image\.h', ('model/', 'authoring/asset/')),
-    (r'stb/stb_image_resize\.h', ('authoring/asset/',)), (r'stb/stb_(image_write|truetype)\.h', ('tools/render/',)),
-    (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/render/')),
-    (r'nlohmann/', ('authoring/check/', 'tools/make/', 'tools/render/')),
+    (r'stb/stb_image_resize\.h', ('authoring/asset/',)), (r'stb/stb_image_write\.h', ('tools/frames/',)), (r'stb/stb_truetype\.h', ('tools/render/',)),
+    (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/preview/', 'tools/render/')),
+    (r'nlohmann/', ('authoring/check/', 'tools/make/', 'tools/preview/', 'tools/render/')),
     (r'sys/|(unistd|fcntl|strings|dirent|poll|spawn|getopt|locale|emmintrin)\.h$', ('',)),  # the system's own
+    (r'imgui', ('tools/preview/interface', 'tools/preview/window_sdl.cpp')),
     (r'[a-z_]+$', ('',))]  # the language's
 FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp'}  # another library: one new file in the place of each
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.M)

@@ -1,8 +1,8 @@
 #include "comparison.h"
 
-#include "output_file.h"
-#include "picture_file.h"
-#include "png_file.h"
+#include "tools/frames/output_file.h"
+#include "tools/frames/picture_file.h"
+#include "tools/frames/png_file.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>

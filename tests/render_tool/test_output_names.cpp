@@ -1,6 +1,6 @@
 #include "output_names.h"
 
-#include "output_file.h"
+#include "tools/frames/output_file.h"
 
 #include <cstdlib>
 #include <doctest/doctest.h>

@@ -1,6 +1,6 @@
 #include "picture_worker.h"
 
-#include "picture_file.h"
+#include "tools/frames/picture_file.h"
 
 #include <cstdlib>
 #include <doctest/doctest.h>

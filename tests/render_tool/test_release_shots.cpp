@@ -1,6 +1,6 @@
 #include "release_shots.h"
 
-#include "picture_file.h"
+#include "tools/frames/picture_file.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "comparison.h"
 
-#include "picture_file.h"
-#include "png_file.h"
+#include "tools/frames/picture_file.h"
+#include "tools/frames/png_file.h"
 
 #include <algorithm>
 #include <charconv>

@@ -8,7 +8,7 @@
 // measurements: another rasteriser stays below that, and a lost object does not).
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <string>

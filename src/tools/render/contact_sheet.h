@@ -3,7 +3,7 @@
 // Pure pixels; the letters are DejaVu Sans (sheet_font.h).
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <string>
 #include <string_view>

@@ -24,7 +24,7 @@
 // fast bright thing crossing the screen may so be named too: the count errs upward.
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #include "frame_commands.h"
 
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
 
 #include "content/file_bytes.h"
 

@@ -1,8 +1,8 @@
 // What is drawn in the frames of a run, as text: its headings, and where it is written.
 #pragma once
 
-#include "frame_rate.h"
-#include "output_file.h"
+#include "tools/frames/frame_rate.h"
+#include "tools/frames/output_file.h"
 
 #include "render/layer_plan.h"
 

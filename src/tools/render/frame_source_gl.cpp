@@ -1,6 +1,6 @@
 #include "frame_source_gl.h"
 
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
 #include "frame_commands.h"
 #include "tiles.h"
 

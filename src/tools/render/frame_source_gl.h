@@ -4,7 +4,7 @@
 // before. A picture is read while the next frame is drawn: up to two wait in the driver.
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 #include "session_gl.h"
 #include "shell/settings.h"
 #include "time_report.h"

@@ -1,6 +1,6 @@
 #include "option_conflicts.h"
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <algorithm>
 #include <cstdlib>

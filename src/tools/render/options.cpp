@@ -5,83 +5,17 @@
 #include "shell/settings.h"
 #include "tools/common/words.h"
 #include "tools/common/written_options.h"
+#include "tools/frames/option_values.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
-constexpr uint32_t max_picture_side = 65535;
 constexpr uint32_t min_tile = 16;
 constexpr uint32_t max_samples = 64;
 constexpr size_t max_stills = 1000;
 constexpr uint32_t max_crf = 63;
 
 // ---- values ------------------------------------------------------------------------
-
-static bool read_number(std::string_view text, uint32_t most, uint32_t& value)
-{
-    const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-    uint32_t number = 0;
-    if (!digits || std::from_chars(text.data(), text.data() + text.size(), number).ec != std::errc() || number > most)
-        return false;
-    value = number;
-    return true;
-}
-
-static std::vector<std::string_view> split_list(std::string_view text)
-{
-    std::vector<std::string_view> parts;
-    for (size_t begin = 0; begin <= text.size();) {
-        const size_t end = std::min(text.find(',', begin), text.size());
-        parts.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return parts;
-}
-
-static bool read_size(std::string_view text, render_options& options)
-{
-    const size_t cross = text.find('x');
-    options.size_given = true;
-    return cross != std::string_view::npos && read_number(text.substr(0, cross), max_picture_side, options.width)
-        && read_number(text.substr(cross + 1), max_picture_side, options.height) && options.width > 0
-        && options.height > 0;
-}
-
-static bool read_aspect(std::string_view text, uint32_t& aspect)
-{
-    constexpr std::string_view names[aspect_count] = {"auto", "4:3", "16:9", "16:10"};
-    const auto* found = std::find(std::begin(names), std::end(names), text);
-    aspect = static_cast<uint32_t>(found - std::begin(names));
-    return found != std::end(names);
-}
-
-static bool read_cap(std::string_view name, lesser_card& caps)
-{
-    constexpr std::string_view units = "units=";
-    if (name.substr(0, units.size()) == units)
-        return read_number(name.substr(units.size()), 4, caps.units) && caps.units > 0;
-    const struct {
-        std::string_view name;
-        bool& flag;
-    } switches[] = {{"no-vbo", caps.no_vbo}, {"no-pbo", caps.no_pbo}, {"no-npot", caps.no_npot},
-        {"no-compression", caps.no_compression}, {"no-combine4", caps.no_combine4}, {"no-combine3", caps.no_combine3}};
-    for (const auto& s : switches) {
-        if (s.name == name) {
-            s.flag = true;
-            return true;
-        }
-    }
-    return false;
-}
-
-static bool read_caps(std::string_view text, lesser_card& caps)
-{
-    for (const std::string_view name : split_list(text))
-        if (!read_cap(name, caps))
-            return false;
-    return true;
-}
 
 static bool read_stills(std::string_view text, std::vector<moment>& stills)
 {
@@ -211,7 +145,8 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
     uint32_t number = 0;
     switch (id) {
     case option_size:
-        return read_size(value, options);
+        options.size_given = true;
+        return read_size(value, options.width, options.height);
     case option_aspect:
         return read_aspect(value, options.aspect);
     case option_path:
@@ -220,7 +155,7 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
     case option_samples:
         return read_number(value, max_samples, options.samples);
     case option_caps:
-        return read_caps(value, options.caps);
+        return read_lesser_card(value, options.caps);
     case option_seed:
         options.seed_given = true;
         return read_number(value, UINT32_MAX, options.seed);

@@ -2,8 +2,8 @@
 
 #include "content/file_bytes.h"
 #include "options.h"
-#include "output_file.h"
-#include "png_file.h"
+#include "tools/frames/output_file.h"
+#include "tools/frames/png_file.h"
 #include "y4m.h"
 
 #include <algorithm>

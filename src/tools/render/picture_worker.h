@@ -7,8 +7,8 @@
 #pragma once
 
 #include "flash_report.h"
-#include "frame_rate.h"
-#include "picture.h"
+#include "tools/frames/frame_rate.h"
+#include "tools/frames/picture.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "release_shots.h"
 
-#include "output_file.h"
-#include "picture_file.h"
-#include "png_file.h"
+#include "tools/frames/output_file.h"
+#include "tools/frames/picture_file.h"
+#include "tools/frames/png_file.h"
 
 #include <filesystem>
 #include <system_error>

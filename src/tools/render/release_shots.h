@@ -2,7 +2,7 @@
 // systems take.
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <string>
 #include <vector>

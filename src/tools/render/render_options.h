@@ -1,7 +1,8 @@
 // What a run is asked for: the command line of brimlow-render as a record.
 #pragma once
 
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
+#include "tools/frames/lesser_card.h"
 
 #include <cstdint>
 #include <string>
@@ -20,17 +21,6 @@ enum existing_choice : int32_t {
     existing_asked,    // the user is asked; where nobody can answer they are kept
     existing_replaced, // -y
     existing_kept      // -n: the run ends before it draws
-};
-
-// What the driver is taken not to have: the production as a lesser card shows it.
-struct lesser_card {
-    bool no_vbo = false;
-    bool no_pbo = false;
-    bool no_npot = false;
-    bool no_compression = false;
-    bool no_combine4 = false;
-    bool no_combine3 = false;
-    uint32_t units = 0; // at most so many texture units, 1..4; 0: as many as there are
 };
 
 struct render_options {

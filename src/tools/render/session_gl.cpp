@@ -225,21 +225,6 @@ void session_end_reading(const gl_session& session)
 
 // ---- the driver's offer -------------------------------------------------------------------
 
-// The player's questions, less what --caps takes away.
-static driver_offer ask_driver(const lesser_card& lesser)
-{
-    driver_offer offer = ask_driver_gl();
-    offer.vertex_buffer_object &= !lesser.no_vbo;
-    offer.pixel_buffer_object &= !lesser.no_pbo;
-    offer.texture_npot &= !lesser.no_npot;
-    offer.texture_compression &= !lesser.no_compression;
-    offer.nv_combine4 &= !lesser.no_combine4;
-    offer.ati_combine3 &= !lesser.no_combine3;
-    if (lesser.units != 0)
-        offer.texture_units = std::min(offer.texture_units, static_cast<int32_t>(lesser.units));
-    return offer;
-}
-
 // What the player does for its window before it loads anything.
 static void begin_drawing()
 {
@@ -278,7 +263,7 @@ bool session_open(gl_session& session, const render_options& options, player_dis
         problem = "OpenGL 1.3 is needed";
         return false;
     }
-    const capability_report report = report_capabilities(ask_driver(options.caps), choices_for(options));
+    const capability_report report = report_capabilities(offer_of_card(ask_driver_gl(), options.caps), choices_for(options));
     session.report = report.text;
     apply_report_gl(display, report);
     GLint samples = 0;

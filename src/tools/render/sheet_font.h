@@ -4,7 +4,7 @@
 // UTF-8; a letter that the font lacks is written as "?".
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <string>

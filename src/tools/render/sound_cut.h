@@ -4,7 +4,7 @@
 // (left, right), 16 bits.
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include <cstdint>
 #include <span>

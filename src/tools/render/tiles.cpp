@@ -1,7 +1,7 @@
 #include "tiles.h"
 
-#include "frame_clock.h"
-#include "frame_needs.h"
+#include "tools/frames/frame_clock.h"
+#include "tools/frames/frame_needs.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 // Every tile draws the frame again, which was advanced once for all of them.
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include "model/document.h"
 #include "render/layer_plan.h"

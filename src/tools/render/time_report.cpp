@@ -1,7 +1,7 @@
 #include "time_report.h"
 
 #include "contact_sheet.h"
-#include "output_file.h"
+#include "tools/frames/output_file.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 // Milliseconds throughout; `no_time` where nothing was measured (no timer queries).
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include <cstdint>
 #include <string>

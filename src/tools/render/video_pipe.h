@@ -5,7 +5,7 @@
 // a finished one.
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include <cstdint>
 #include <span>

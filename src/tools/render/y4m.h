@@ -6,8 +6,8 @@
 // and matrix_for_size guesses alike.
 #pragma once
 
-#include "frame_rate.h"
-#include "picture.h"
+#include "tools/frames/frame_rate.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
 
 #include <algorithm>
 #include <charconv>

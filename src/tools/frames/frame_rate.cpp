@@ -1,4 +1,4 @@
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include <limits>
 

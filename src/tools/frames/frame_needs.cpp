@@ -1,6 +1,6 @@
-#include "frame_needs.h"
+#include "tools/frames/frame_needs.h"
 
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
 
 #include <algorithm>
 #include <iterator>

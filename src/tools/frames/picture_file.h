@@ -4,7 +4,7 @@
 // into `error`.
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <string>

@@ -1,10 +1,10 @@
-#include "picture_file.h"
+#include "tools/frames/picture_file.h"
 
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "model/image_decode.h"
-#include "output_file.h"
-#include "png_file.h"
+#include "tools/frames/output_file.h"
+#include "tools/frames/png_file.h"
 
 #include <algorithm>
 #include <stb/stb_image_write.h>

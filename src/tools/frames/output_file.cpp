@@ -1,4 +1,4 @@
-#include "output_file.h"
+#include "tools/frames/output_file.h"
 
 // Pictures can be made again, and there are thousands of them: none waits for the disk.
 // Signals are the program's own to take.

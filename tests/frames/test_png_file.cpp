@@ -1,4 +1,4 @@
-#include "png_file.h"
+#include "tools/frames/png_file.h"
 
 #include <cstring>
 #include <doctest/doctest.h>

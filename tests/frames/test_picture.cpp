@@ -1,4 +1,4 @@
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <algorithm>
 #include <cmath>

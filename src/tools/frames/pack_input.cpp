@@ -1,4 +1,4 @@
-#include "pack_input.h"
+#include "tools/frames/pack_input.h"
 
 #include "content/file_bytes.h"
 #include "content/owners.h"

@@ -4,7 +4,7 @@
 // to 160) is kept as "?". A keyword has 1 to 79 letters; an empty text is none.
 #pragma once
 
-#include "picture.h"
+#include "tools/frames/picture.h"
 
 #include <cstdint>
 #include <span>

@@ -5,7 +5,7 @@
 // this is about the pixels. Pure: plans and records only.
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include "model/document.h"
 #include "render/layer_plan.h"

@@ -1,4 +1,4 @@
-#include "frame_needs.h"
+#include "tools/frames/frame_needs.h"
 
 #include "builders.h"
 

@@ -1,9 +1,9 @@
-#include "production.h"
+#include "tools/frames/production.h"
 
 #include "content/file_bytes.h"
 #include "content/owners.h"
 #include "content/xml.h"
-#include "frame_clock.h"
+#include "tools/frames/frame_clock.h"
 #include "model/render_modes.h"
 #include "render/layer_plan.h"
 #include "shell/loading.h"

@@ -1,7 +1,7 @@
-#include "picture_file.h"
+#include "tools/frames/picture_file.h"
 
-#include "output_file.h"
-#include "png_file.h"
+#include "tools/frames/output_file.h"
+#include "tools/frames/png_file.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // What the program makes of files that are written beside their place; how that is done is
 // tested with content/new_file.
-#include "output_file.h"
+#include "tools/frames/output_file.h"
 
 #include <cstdlib>
 #include <doctest/doctest.h>

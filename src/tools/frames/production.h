@@ -4,8 +4,8 @@
 // broken documents are the player's own. One production per process.
 #pragma once
 
-#include "frame_rate.h"
-#include "pack_input.h"
+#include "tools/frames/frame_rate.h"
+#include "tools/frames/pack_input.h"
 #include "shell/settings.h"
 
 #include <string>

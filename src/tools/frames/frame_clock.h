@@ -5,7 +5,7 @@
 // machine gives the same ticks.
 #pragma once
 
-#include "frame_rate.h"
+#include "tools/frames/frame_rate.h"
 
 #include <cstdint>
 #include <string_view>
