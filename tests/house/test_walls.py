@@ -39,9 +39,10 @@ LIBRARIES = [  # headers that are neither ours nor the language's, and the place
     (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/preview/', 'tools/render/')),
     (r'nlohmann/', ('authoring/check/', 'tools/make/', 'tools/preview/', 'tools/render/')),
     (r'sys/|(unistd|fcntl|strings|dirent|poll|spawn|getopt|locale|emmintrin)\.h$', ('',)),  # the system's own
-    (r'imgui', ('tools/preview/interface', 'tools/preview/window_sdl.cpp')),
+    (r'imgui', ('tools/preview/interface*', 'tools/preview/window_sdl.cpp')),
     (r'[a-z_]+$', ('',))]  # the language's
-FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp'}  # another library: one new file in the place of each
+FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp',  # the player's, and the preview's:
+         'tools/preview/device_sdl.cpp', 'tools/preview/window_sdl.cpp'}  # another library: one new file in the place of each
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.M)
 OWN = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.M)
 FOREIGN = re.compile(r'^\s*#\s*include\s*("?)<?([^"<>\s]+)', re.M)  # the last also the name of a macro
@@ -78,7 +79,8 @@ def foreign_errors(path, text):
     for quote, included in FOREIGN.findall(text):
         ours = ('',) if quote else ()
         ends = next((ends for pattern, ends in LIBRARIES if re.match(pattern, included)), ours)
-        if not any(path.startswith(end) if end.endswith('/') or not end else path.endswith(end) for end in ends):
+        if not any(path.startswith(end.rstrip('*')) if end.endswith(('/', '*')) or not end else path.endswith(end)
+                   for end in ends):
             wrong.append('%s: includes %s, which is for %s' % (path, included, ', '.join(ends) or 'nobody'))
     return wrong
 

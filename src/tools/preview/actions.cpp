@@ -1,0 +1,321 @@
+#include "tools/preview/actions.h"
+
+#include "tools/frames/output_file.h"
+#include "tools/frames/picture_file.h"
+#include "tools/preview/editor.h"
+#include "tools/preview/free_camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <unistd.h>
+
+const char* const preset_cards[] = {"", "no-vbo", "no-npot", "no-compression", "units=2", "units=1",
+    "no-vbo,no-pbo,no-npot,no-compression,units=2"};
+const uint32_t preset_card_count = static_cast<uint32_t>(std::size(preset_cards));
+
+constexpr double notice_seconds = 3;
+
+void say_for_a_moment(preview& p, const std::string& text)
+{
+    p.face.notice = text;
+    p.face.notice_until = steady_seconds() + notice_seconds;
+}
+
+// ---- time ---------------------------------------------------------------------------------------
+
+static double seconds_of(const preview& p, uint64_t frame)
+{
+    return time_of_frame(frame, p.shown.rate);
+}
+
+// Frame n begins at n / rate; what was rounded to just before it counts as it.
+uint64_t frame_now(const preview& p)
+{
+    if (p.shown.end == 0)
+        return 0;
+    const double frame = p.time.position * p.shown.rate.numerator / p.shown.rate.denominator;
+    return std::min(static_cast<uint64_t>(std::max(0.0, frame + 1e-6)), p.shown.end - 1);
+}
+
+void play(preview& p, bool playing)
+{
+    if (playing && p.shown.end > 0 && frame_now(p) + 1 >= p.shown.end)
+        transport_go(p.time, 0);
+    if (playing)
+        transport_play(p.time);
+    else
+        transport_pause(p.time);
+}
+
+void go_to(preview& p, double seconds)
+{
+    transport_go(p.time, seconds);
+}
+
+void go_to_frame(preview& p, uint64_t frame)
+{
+    const uint64_t last = p.shown.end > 0 ? p.shown.end - 1 : 0;
+    transport_go(p.time, seconds_of(p, std::min(frame, last)));
+}
+
+void step_frames(preview& p, int64_t frames)
+{
+    const auto now = static_cast<int64_t>(frame_now(p));
+    transport_pause(p.time);
+    go_to_frame(p, static_cast<uint64_t>(std::max<int64_t>(0, now + frames)));
+}
+
+// ---- how it is drawn --------------------------------------------------------------------------------
+
+static bool choose(preview& p, const stage_wish& wish, std::string& problem)
+{
+    preview_window_use_picture(p.window);
+    const bool chosen = stage_choose(p.shown, wish, problem);
+    keeper_restart(p.keeper, p.shown);
+    p.dirty = true;
+    return chosen;
+}
+
+bool choose_path(preview& p, bool glsl, std::string& problem)
+{
+    if (p.shown.wish.glsl == glsl)
+        return true;
+    stage_wish wish = p.shown.wish;
+    wish.glsl = glsl;
+    return choose(p, wish, problem);
+}
+
+bool choose_card(preview& p, const lesser_card& card, std::string& problem)
+{
+    if (p.shown.wish.card == card)
+        return true;
+    stage_wish wish = p.shown.wish;
+    wish.card = card;
+    return choose(p, wish, problem);
+}
+
+static void next_card(preview& p)
+{
+    p.card = (p.card + 1) % preset_card_count;
+    lesser_card card;
+    std::string problem;
+    const bool is_whole = p.card == 0;
+    if ((is_whole || read_lesser_card(preset_cards[p.card], card)) && choose_card(p, card, problem))
+        say_for_a_moment(p, is_whole ? "the card as it is" : std::string("as a card with ") + preset_cards[p.card]);
+    else
+        say_for_a_moment(p, problem);
+}
+
+static void path_by_key(preview& p, bool glsl)
+{
+    std::string problem;
+    const bool chosen = choose_path(p, glsl, problem);
+    say_for_a_moment(p, !chosen ? problem : glsl ? "path 1: shaders" : "path 2: texture combiners");
+}
+
+// ---- what is drawn and heard ------------------------------------------------------------------------
+
+void mute_sound(preview& p, bool muted)
+{
+    sound_mute(p.sound, muted);
+}
+
+static void mute_stage(preview& p)
+{
+    stage_mute(p.shown, p.soloed != 0 ? ~p.soloed : p.muted);
+    p.keeper.exact = false;
+    p.dirty = true;
+}
+
+static void set_bit(uint32_t& bits, uint32_t bit, bool on)
+{
+    bits = on ? bits | 1u << bit : bits & ~(1u << bit);
+}
+
+void mute_track(preview& p, uint32_t track, bool muted)
+{
+    set_bit(p.muted, track, muted);
+    mute_stage(p);
+}
+
+void solo_track(preview& p, uint32_t track, bool soloed)
+{
+    set_bit(p.soloed, track, soloed);
+    mute_stage(p);
+}
+
+// ---- stills -------------------------------------------------------------------------------------------
+
+static std::string free_still_name()
+{
+    std::error_code fault;
+    for (uint32_t n = 1;; ++n) {
+        char name[32];
+        std::snprintf(name, sizeof name, "still-%04u.png", n);
+        if (!std::filesystem::exists(name, fault))
+            return name;
+    }
+}
+
+bool save_still(preview& p, const std::string& file, std::string& written, std::string& problem)
+{
+    written = file.empty() ? free_still_name() : file;
+    preview_window_use_picture(p.window);
+    return save_png(written, stage_picture(p.shown), problem);
+}
+
+// ---- objects --------------------------------------------------------------------------------------------
+
+bool select_at(preview& p, double x, double y)
+{
+    std::vector<picked_object> found;
+    if (p.shown.at_frame)
+        found = pick(p.shown.drawing.f, p.shown.layers, p.shown.wish.width, p.shown.wish.height, x, y);
+    const auto same_thing = [](const picked_object& a, const picked_object& b) {
+        return a.track == b.track && a.layer == b.layer && a.scene == b.scene && a.object == b.object;
+    };
+    const bool again = p.selected.has_value() && std::equal(found.begin(), found.end(), p.under.begin(), p.under.end(), same_thing);
+    p.under_at = again && !found.empty() ? (p.under_at + 1) % found.size() : 0;
+    p.under = std::move(found);
+    p.selected = p.under.empty() ? std::optional<picked_object>() : p.under[p.under_at];
+    return p.selected.has_value();
+}
+
+void select_nothing(preview& p)
+{
+    p.under.clear();
+    p.under_at = 0;
+    p.selected.reset();
+}
+
+source_place selected_place(const preview& p)
+{
+    if (!p.selected)
+        return {};
+    return place_of_mark(p.build, section_scenes, p.selected->scene, p.selected->object + 1);
+}
+
+bool open_editor(preview& p, const source_place& place, std::string& problem)
+{
+    if (place.line == 0) {
+        problem = p.from_source ? "no line of the source is known for it" : "a pack has no source to open";
+        return false;
+    }
+    return start_editor(p.folder + "/" + place.file, place.line, problem);
+}
+
+// ---- numbers by hand ----------------------------------------------------------------------------------------
+
+bool try_value(preview& p, const std::string& file, uint32_t site, double value)
+{
+    for (tried_number& number : p.build.tries) {
+        if (number.file != file || number.site != site)
+            continue;
+        number.value = value;
+        std::erase_if(p.tries, [&](const tried_value& t) { return t.file == file && t.site == site; });
+        p.tries.push_back({file, site, number.written, value});
+        reload(p);
+        return true;
+    }
+    return false;
+}
+
+bool write_try(preview&, const std::string&, uint32_t, std::string& problem)
+{
+    problem = "not yet";
+    return false;
+}
+
+// ---- the camera ---------------------------------------------------------------------------------------------
+
+void take_camera_over(preview& p, bool on)
+{
+    p.shown.camera.on = on && take_camera(p.shown.camera, p.shown.layers);
+    p.dirty = true;
+}
+
+std::string copy_camera(preview& p)
+{
+    if (!p.shown.camera.on)
+        return "";
+    const std::string line = camera_line(p.shown.camera, 60, 600);
+    preview_window_copy_text(line);
+    say_for_a_moment(p, "copied: " + line);
+    return line;
+}
+
+// ---- reloading ------------------------------------------------------------------------------------------------
+
+void reload(preview& p)
+{
+    p.coming = {};
+    p.coming.noticed = p.coming.asked = steady_seconds();
+    p.waits_for_build = true;
+    builder_ask(p.process, {p.folder, p.file, p.tries});
+}
+
+// ---- keys -------------------------------------------------------------------------------------------------------
+
+static void still_by_key(preview& p)
+{
+    std::string written;
+    std::string problem;
+    say_for_a_moment(p, save_still(p, "", written, problem) ? "saved " + written : problem);
+}
+
+static void go_by(preview& p, double seconds)
+{
+    go_to(p, p.time.position + seconds);
+}
+
+void do_key(preview& p, const pressed_key& key)
+{
+    const double jump = key.shift && p.build.bpm > 0 ? 60 / p.build.bpm : 1;
+    switch (key.key) {
+    case ' ':
+        return play(p, !p.time.playing);
+    case key_left:
+        return go_by(p, -jump);
+    case key_right:
+        return go_by(p, jump);
+    case ',':
+        return step_frames(p, -1);
+    case '.':
+        return step_frames(p, 1);
+    case key_home:
+        return go_to_frame(p, 0);
+    case key_end:
+        return go_to_frame(p, UINT64_MAX);
+    case 'a':
+        return transport_loop_from(p.time, p.time.position);
+    case 'b':
+        return transport_loop_to(p.time, p.time.position);
+    case 'x':
+        return transport_no_loop(p.time);
+    case '1':
+    case '2':
+        return path_by_key(p, key.key == '1');
+    case 'c':
+        return key.shift ? static_cast<void>(copy_camera(p)) : next_card(p);
+    case 'm':
+        return mute_sound(p, !p.sound.muted);
+    case 's':
+        return still_by_key(p);
+    case 'f':
+        return preview_window_set_fullscreen(p.window, !p.window.fullscreen);
+    case 'r':
+        return reload(p);
+    case key_tab:
+        p.face.shows_overlay = !p.face.shows_overlay;
+        return;
+    case key_f1:
+        p.face.shows_help = !p.face.shows_help;
+        return;
+    case key_escape:
+        p.quit = true;
+        return;
+    default:
+        return;
+    }
+}

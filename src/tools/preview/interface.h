@@ -1,0 +1,22 @@
+// The interface of the preview, made anew for every frame of the window: the picture and what lies over and beside it.
+//
+// Needs the interface's context. Reads the preview and acts through actions.h.
+#pragma once
+
+#include "tools/preview/preview.h"
+
+// Fonts and colours, once, when the window is open.
+void set_interface_style(float scale);
+
+void draw_interface(preview& p);
+
+// The parts, each in a file of its own.
+void draw_picture(preview& p);   // in its place, with clicks, the free camera and what is selected
+void draw_timeline(preview& p);  // tracks, clips, waveform, beats, loop
+void draw_transport(preview& p); // time, play, path, card, sound
+void draw_errors(preview& p);    // over the picture
+void draw_tries(preview& p);     // sliders
+void draw_selection(preview& p); // the object, its line, its curves
+void draw_figures(preview& p);   // frame times, tracks, memory, camera
+void draw_commands(preview& p);
+void draw_help(preview& p);

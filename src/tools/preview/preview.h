@@ -1,0 +1,88 @@
+// The preview: all that it is, in one record.
+//
+// Every part has a file of its own; here they meet. The loop is preview_loop.h; times are steady seconds.
+#pragma once
+
+#include "tools/preview/builder.h"
+#include "tools/preview/control.h"
+#include "tools/preview/kept_states.h"
+#include "tools/preview/pick.h"
+#include "tools/preview/preview_options.h"
+#include "tools/preview/show_build.h"
+#include "tools/preview/sound.h"
+#include "tools/preview/stage.h"
+#include "tools/preview/steady_seconds.h"
+#include "tools/preview/transport.h"
+#include "tools/preview/watch.h"
+#include "tools/preview/window.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// From saving to the new picture, for those who measure it. Steady seconds; 0: has not been.
+struct reload_times {
+    uint64_t number = 0;  // of the build that is shown
+    double noticed = 0;   // that a file was saved
+    double asked = 0;     // the builder
+    double built = 0;     // its answer came
+    double loaded = 0;    // it is on the card
+    double shown = 0;     // its first picture is in the window
+};
+
+// What the interface remembers from frame to frame beside the library's own state.
+struct interface_state {
+    bool shows_overlay = true;
+    bool shows_help = false;
+    bool shows_commands = false;
+    bool shows_errors = true;
+    double timeline_from = 0; // seconds that the timeline shows; both 0: all of the show
+    double timeline_to = 0;
+    float picture_x = 0; // where the picture lies in the window, points
+    float picture_y = 0;
+    float picture_width = 0;
+    float picture_height = 0;
+    std::vector<float> frame_ms; // of late, oldest first
+    std::string notice;          // a line for a moment: "saved still-0001.png"
+    double notice_until = 0;
+};
+
+struct preview {
+    preview_options options;
+    preview_window window;
+    std::string folder; // of the show
+    std::string file;   // of its source, or of the pack
+    bool from_source = true;
+
+    file_watch watch;
+    builder process;
+    control_socket control;
+
+    show_build build;              // that plays
+    show_build latest;             // the newest answer but for its pack, which may be one that cannot play
+    bool waits_for_build = false;
+    std::vector<tried_value> tries;
+    reload_times reload;
+    reload_times coming; // of the build that is under way
+    uint64_t builds_shown = 0;
+
+    stage shown;
+    state_keeper keeper;
+    transport time;
+    preview_sound sound;
+    double clock_start = 0; // steady seconds when playing started
+    uint32_t sound_starts = 0;
+
+    uint32_t muted = 0;  // tracks, by bit
+    uint32_t soloed = 0; // where any is, the others are not drawn
+    uint32_t card = 0;   // which of the lesser cards (preset_cards)
+
+    std::vector<picked_object> under; // what lay under the last click, on top first
+    size_t under_at = 0;              // which of them is selected
+    std::optional<picked_object> selected;
+
+    interface_state face;
+    bool dirty = true; // the picture has to be drawn again
+    bool quit = false;
+};

@@ -1,0 +1,216 @@
+#include "tools/preview/preview_loop.h"
+
+#include "authoring/lua/source.h"
+#include "tools/common/words.h"
+#include "tools/preview/actions.h"
+#include "tools/preview/control_commands.h"
+#include "tools/preview/interface.h"
+#include "tools/preview/preview.h"
+
+#include <algorithm>
+
+constexpr double jump_budget_ms = 60;    // for a picture at once
+constexpr double settle_budget_ms = 12;  // beside the interface
+constexpr uint32_t idle_wait_ms = 5;
+
+constexpr int status_done = 0;
+constexpr int status_usage = 1;
+constexpr int status_broken = 2;
+constexpr int status_no_opengl = 3;
+
+static int complain(int status, const std::string& problem)
+{
+    say("Error: " + problem + ".");
+    return status;
+}
+
+// ---- opening --------------------------------------------------------------------------------------
+
+static bool find_show(preview& p, std::string& problem)
+{
+    const std::string path = p.options.show.empty() ? "." : p.options.show;
+    if (find_source(path, p.folder, p.file))
+        return true;
+    problem = "there is no " + path;
+    return false;
+}
+
+static bool open_all(preview& p, int& status)
+{
+    std::string problem;
+    status = status_usage;
+    if (!find_show(p, problem)) {
+        complain(status, problem);
+        return false;
+    }
+    status = status_no_opengl;
+    if (!preview_window_open(p.window, p.options.window_width, p.options.window_height, "brimlow-preview", problem)) {
+        complain(status, problem);
+        return false;
+    }
+    set_interface_style(p.window.scale);
+    preview_window_use_picture(p.window);
+    if (!stage_open(p.shown, p.options.wish, p.options.rate, problem)) {
+        complain(status, problem);
+        preview_window_close(p.window);
+        return false;
+    }
+    if ((!p.options.control.empty() && !control_open(p.control, p.options.control, problem))
+        || !watch_open(p.watch, problem)) {
+        status = status_broken;
+        complain(status, problem);
+        preview_window_close(p.window);
+        return false;
+    }
+    mute_sound(p, p.options.muted);
+    return true;
+}
+
+// ---- builds -----------------------------------------------------------------------------------------
+
+static void watch_build(preview& p, const show_build& build)
+{
+    std::vector<std::string> paths = {p.folder + "/" + p.file};
+    for (const std::string& file : build.files)
+        paths.push_back(p.folder + "/" + file);
+    for (const std::string& file : p.build.files)
+        paths.push_back(p.folder + "/" + file);
+    watch_files(p.watch, paths);
+}
+
+// Where the show was stays, and so do sliders, loop, solo and camera.
+static void show_new(preview& p, show_build&& build)
+{
+    std::string problem;
+    preview_window_use_picture(p.window);
+    if (!stage_load(p.shown, build, problem)) {
+        p.latest.problems.push_back({problem_error, build.file, 0, "", problem});
+        return;
+    }
+    const bool is_first = p.builds_shown == 0 && p.build.number == 0;
+    p.build = std::move(build);
+    keeper_restart(p.keeper, p.shown);
+    transport_set_end(p.time, time_of_frame(p.shown.end, p.shown.rate));
+    sound_take(p.sound, p.build.music);
+    select_nothing(p);
+    if (is_first) {
+        if (p.options.at.kind != moment_unset)
+            go_to_frame(p, frame_at(p.options.at, p.shown.rate, p.shown.end));
+        play(p, !p.options.paused);
+    }
+    p.coming.loaded = steady_seconds();
+    p.reload = p.coming;
+    p.dirty = true;
+}
+
+static void take_builds(preview& p)
+{
+    if (watch_poll(p.watch, steady_seconds()))
+        reload(p);
+    std::optional<show_build> answer = builder_poll(p.process);
+    if (!answer)
+        return;
+    p.waits_for_build = false;
+    p.coming.built = steady_seconds();
+    p.coming.number = answer->number;
+    watch_build(p, *answer);
+    p.latest = *answer;
+    p.latest.pack.clear();
+    p.face.shows_errors = true;
+    if (answer->can_play)
+        show_new(p, std::move(*answer));
+}
+
+// ---- time -----------------------------------------------------------------------------------------------
+
+static void advance_time(preview& p)
+{
+    const bool runs = p.time.playing && !p.time.scrubbing;
+    if (p.sound_starts != p.time.starts) {
+        p.sound_starts = p.time.starts;
+        p.clock_start = steady_seconds();
+        if (runs)
+            sound_play_from(p.sound, p.time.started);
+        else
+            sound_stop(p.sound);
+    }
+    if (!runs)
+        return;
+    const double by_sound = sound_playing_for(p.sound);
+    transport_advance(p.time, by_sound >= 0 ? by_sound : steady_seconds() - p.clock_start);
+}
+
+// The picture that is due. True: there is a new one.
+static bool bring_picture(preview& p)
+{
+    if (!p.shown.has_show || p.shown.end == 0)
+        return false;
+    const uint64_t frame = frame_now(p);
+    const bool is_due = p.dirty || !p.shown.at_frame || (p.keeper.settling ? p.keeper.target : p.shown.frame) != frame;
+    if (!is_due && !p.keeper.settling)
+        return false;
+    preview_window_use_picture(p.window);
+    if (!is_due)
+        return keeper_settle(p.keeper, p.shown, settle_budget_ms);
+    keeper_go(p.keeper, p.shown, frame, jump_budget_ms);
+    p.dirty = false;
+    p.face.frame_ms.push_back(static_cast<float>(p.shown.times.cpu_ms));
+    if (p.face.frame_ms.size() > 240)
+        p.face.frame_ms.erase(p.face.frame_ms.begin());
+    return true;
+}
+
+// ---- the loop -----------------------------------------------------------------------------------------------
+
+static void show_window(preview& p)
+{
+    preview_window_begin_frame(p.window);
+    draw_interface(p);
+    preview_window_end_frame(p.window);
+    if (p.reload.loaded > 0 && p.reload.shown == 0) {
+        p.reload.shown = steady_seconds();
+        ++p.builds_shown;
+    }
+}
+
+static void run_once(preview& p)
+{
+    window_input input;
+    const bool busy = p.time.playing || p.keeper.settling || p.dirty;
+    preview_window_take_input(p.window, input, busy ? 0 : idle_wait_ms);
+    p.quit |= input.closed;
+    for (const pressed_key& key : input.keys)
+        do_key(p, key);
+    take_builds(p);
+    serve_control(p);
+    advance_time(p);
+    const bool new_picture = bring_picture(p);
+    static double last_shown = 0;
+    if (new_picture || input.any || steady_seconds() - last_shown > 0.1) {
+        last_shown = steady_seconds();
+        show_window(p);
+    }
+}
+
+int run_preview(const preview_options& options)
+{
+    if (options.builder >= 0)
+        return run_builder(options.builder);
+    preview p;
+    p.options = options;
+    int status = status_done;
+    if (!open_all(p, status))
+        return status;
+    reload(p);
+    while (!p.quit)
+        run_once(p);
+    sound_close(p.sound);
+    builder_close(p.process);
+    control_close(p.control);
+    watch_close(p.watch);
+    preview_window_use_picture(p.window);
+    keeper_restart(p.keeper, p.shown);
+    stage_close(p.shown);
+    preview_window_close(p.window);
+    return status_done;
+}

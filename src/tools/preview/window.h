@@ -1,0 +1,65 @@
+// The preview's window: what shell/window.h says of windows, and what only a program of many controls asks of one.
+//
+// Two OpenGL contexts share their objects: one draws the picture and knows its own state (gl_state.h), the other draws the
+// interface, whose library changes what it likes. Sizes of the window are points; a point has `scale` pixels.
+#pragma once
+
+#include "shell/window.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct preview_window {
+    app_window window;
+    void* picture_context = nullptr;
+    void* interface_context = nullptr;
+    uint32_t width = 0; // points
+    uint32_t height = 0;
+    float scale = 1;
+    bool fullscreen = false;
+};
+
+// What keys mean to the preview: a letter or sign as it is typed without shift (' ', 'a', ','), or one of these.
+enum preview_key : uint32_t {
+    key_left = 0x110000,
+    key_right,
+    key_home,
+    key_end,
+    key_escape,
+    key_tab,
+    key_f1
+};
+
+struct pressed_key {
+    uint32_t key;
+    bool shift;
+    bool control;
+    bool repeated; // it is held
+};
+
+struct window_input {
+    std::vector<pressed_key> keys; // those that no field of the interface takes
+    bool closed = false;           // the viewer closed the window
+    bool any = false;              // something happened at all
+};
+
+// Opens it with both contexts and readies the interface. False: `problem` is one sentence.
+[[nodiscard]] bool preview_window_open(
+    preview_window& w, uint32_t width, uint32_t height, const std::string& title, std::string& problem);
+
+// What has happened; waits at most so long for the first event.
+void preview_window_take_input(preview_window& w, window_input& input, uint32_t wait_ms);
+
+void preview_window_use_picture(preview_window& w);
+void preview_window_use_interface(preview_window& w);
+
+// Around the making of the interface of one frame. The end draws it and shows the window.
+void preview_window_begin_frame(preview_window& w);
+void preview_window_end_frame(preview_window& w);
+
+void preview_window_set_fullscreen(preview_window& w, bool fullscreen);
+void preview_window_set_title(preview_window& w, const std::string& title);
+void preview_window_copy_text(const std::string& text); // to the clipboard
+
+void preview_window_close(preview_window& w);
