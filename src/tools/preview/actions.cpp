@@ -189,6 +189,36 @@ void select_nothing(preview& p)
     p.selected.reset();
 }
 
+// The object of a show whose line or name is that of one of the show before.
+static bool find_again(const show_build& before, const show_build& now, picked_object& object)
+{
+    const source_place place = place_of_mark(before, section_scenes, object.scene, object.object + 1);
+    const std::string name = name_of_mark(before, section_scenes, object.scene, object.object + 1);
+    const auto is_it = [&](const source_mark& mark) {
+        return mark.section == section_scenes && mark.part != 0 && mark.name == name && mark.place.file == place.file;
+    };
+    const source_mark* best = nullptr;
+    const auto distance = [&](const source_mark& mark) {
+        return std::abs(static_cast<int64_t>(mark.place.line) - static_cast<int64_t>(place.line));
+    };
+    for (const source_mark& mark : now.marks)
+        if (is_it(mark) && (best == nullptr || distance(mark) < distance(*best)))
+            best = &mark;
+    if (best == nullptr)
+        return false;
+    object.scene = best->record;
+    object.object = best->part - 1;
+    return true;
+}
+
+void select_again(preview& p, const show_build& before)
+{
+    p.under.clear();
+    p.under_at = 0;
+    if (p.selected && !find_again(before, p.build, *p.selected))
+        p.selected.reset();
+}
+
 source_place selected_place(const preview& p)
 {
     if (!p.selected)
@@ -252,7 +282,8 @@ void reload(preview& p)
     p.coming = {};
     p.coming.noticed = p.coming.asked = steady_seconds();
     p.waits_for_build = true;
-    builder_ask(p.process, {p.folder, p.file, p.tries});
+    if (p.from_source)
+        builder_ask(p.process, {p.folder, p.file, p.tries});
 }
 
 // ---- keys -------------------------------------------------------------------------------------------------------

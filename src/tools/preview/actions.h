@@ -31,6 +31,8 @@ bool save_still(preview& p, const std::string& file, std::string& written, std::
 // Selects what lies at a pixel of the picture; again at the same place: what lies under that.
 bool select_at(preview& p, double x, double y);
 void select_nothing(preview& p);
+// After a reload: the object that was selected, where it is still there.
+void select_again(preview& p, const show_build& before);
 source_place selected_place(const preview& p);
 // Opens $VISUAL or $EDITOR at a place of the show's source.
 bool open_editor(preview& p, const source_place& place, std::string& problem);

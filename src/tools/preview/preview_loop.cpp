@@ -1,13 +1,17 @@
 #include "tools/preview/preview_loop.h"
 
 #include "authoring/lua/source.h"
+#include "content/owners.h"
 #include "tools/common/words.h"
+#include "tools/frames/pack_input.h"
 #include "tools/preview/actions.h"
 #include "tools/preview/control_commands.h"
 #include "tools/preview/interface.h"
 #include "tools/preview/preview.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <utility>
 
 constexpr double jump_budget_ms = 60;    // for a picture at once
 constexpr double settle_budget_ms = 12;  // beside the interface
@@ -26,13 +30,25 @@ static int complain(int status, const std::string& problem)
 
 // ---- opening --------------------------------------------------------------------------------------
 
+// A source, a folder that has one, or a pack, which is played as it is.
 static bool find_show(preview& p, std::string& problem)
 {
     const std::string path = p.options.show.empty() ? "." : p.options.show;
-    if (find_source(path, p.folder, p.file))
+    p.from_source = std::filesystem::is_directory(path) || path.ends_with(".lua");
+    if (p.from_source && find_source(path, p.folder, p.file))
         return true;
-    problem = "there is no " + path;
-    return false;
+    production_files files;
+    const owned_file pack(open_pack_input(path, files, problem));
+    if (pack == nullptr) {
+        if (std::filesystem::is_directory(path))
+            problem = path + " has neither a show.lua nor a pack";
+        return false;
+    }
+    p.from_source = false;
+    const std::filesystem::path found = files.pack;
+    p.folder = found.has_parent_path() ? found.parent_path().string() : ".";
+    p.file = found.filename().string();
+    return true;
 }
 
 static bool open_all(preview& p, int& status)
@@ -78,36 +94,52 @@ static void watch_build(preview& p, const show_build& build)
     watch_files(p.watch, paths);
 }
 
+static void begin_show(preview& p)
+{
+    if (p.options.at.kind != moment_unset)
+        go_to_frame(p, frame_at(p.options.at, p.shown.rate, p.shown.end));
+    play(p, !p.options.paused);
+}
+
 // Where the show was stays, and so do sliders, loop, solo and camera.
 static void show_new(preview& p, show_build&& build)
 {
     std::string problem;
     preview_window_use_picture(p.window);
     if (!stage_load(p.shown, build, problem)) {
+        p.latest.can_play = false;
         p.latest.problems.push_back({problem_error, build.file, 0, "", problem});
         return;
     }
-    const bool is_first = p.builds_shown == 0 && p.build.number == 0;
-    p.build = std::move(build);
+    const bool is_first = p.build.number == 0;
+    const show_build before = std::exchange(p.build, std::move(build));
     keeper_restart(p.keeper, p.shown);
     transport_set_end(p.time, time_of_frame(p.shown.end, p.shown.rate));
     sound_take(p.sound, p.build.music);
-    select_nothing(p);
-    if (is_first) {
-        if (p.options.at.kind != moment_unset)
-            go_to_frame(p, frame_at(p.options.at, p.shown.rate, p.shown.end));
-        play(p, !p.options.paused);
-    }
+    select_again(p, before);
+    preview_window_set_title(p.window, (p.build.title.empty() ? p.file : p.build.title) + " - brimlow-preview");
+    if (is_first)
+        begin_show(p);
     p.coming.loaded = steady_seconds();
     p.reload = p.coming;
     p.dirty = true;
+}
+
+// A pack is read at once, as nothing has to be built.
+static std::optional<show_build> take_answer(preview& p)
+{
+    if (p.from_source || !p.waits_for_build)
+        return builder_poll(p.process);
+    show_build build = build_of_pack(p.folder + "/" + p.file);
+    build.number = ++p.process.asked;
+    return build;
 }
 
 static void take_builds(preview& p)
 {
     if (watch_poll(p.watch, steady_seconds()))
         reload(p);
-    std::optional<show_build> answer = builder_poll(p.process);
+    std::optional<show_build> answer = take_answer(p);
     if (!answer)
         return;
     p.waits_for_build = false;
