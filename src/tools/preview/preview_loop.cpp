@@ -137,8 +137,10 @@ static std::optional<show_build> take_answer(preview& p)
 
 static void take_builds(preview& p)
 {
-    if (watch_poll(p.watch, steady_seconds()))
+    if (watch_poll(p.watch, steady_seconds())) {
         reload(p);
+        p.coming.noticed = p.watch.noticed;
+    }
     std::optional<show_build> answer = take_answer(p);
     if (!answer)
         return;
