@@ -199,6 +199,11 @@ TEST_CASE("what a link points at is told, and a link that is set anew, too")
     CHECK(!show.told());
     write_text(show.folder / "shared/stone.png", "y");
     CHECK(show.told());
+    write_text(show.folder / "new.png", "no link any more");
+    fs::rename(show.folder / "new.png", show.folder / "link.png");
+    CHECK(show.told());
+    write_text(show.folder / "shared/stone.png", "z");
+    CHECK(!show.told());
 }
 
 TEST_CASE("a link that leads nowhere is told when its target comes, and one in a circle harms nobody")
@@ -272,6 +277,7 @@ TEST_CASE("a file that was saved between being read and being watched is told")
     watched_show show;
     usleep(20 * 1000); // the clock of files has steps of up to 10 ms
     write_text(show.folder / "palette.lua", "saved after the build was asked for");
+    CHECK(!show.told());
     show.take({"show.lua", "palette.lua"});
     CHECK(show.told());
     CHECK(!show.told());
