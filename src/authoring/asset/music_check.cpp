@@ -30,13 +30,6 @@ struct close_decoder {
     }
 };
 
-// A decoder with all the memory that it takes, since it loses some of its own where a file breaks off in its
-// tables. Tunes need less than one MiB, the rest is never touched.
-struct music_decoder {
-    owned_block<char> room;
-    std::unique_ptr<stb_vorbis, close_decoder> decoder;
-};
-
 struct sound_kind {
     const char* name; // with its article
     size_t at;        // bytes before its mark
@@ -44,6 +37,13 @@ struct sound_kind {
 };
 
 } // namespace
+
+// A decoder with all the memory that it takes, since it loses some of its own where a file breaks off in its
+// tables. Tunes need less than one MiB, the rest is never touched.
+struct music_reader {
+    owned_block<char> room;
+    std::unique_ptr<stb_vorbis, close_decoder> decoder;
+};
 
 // ---- what kind of file --------------------------------------------------------------------
 
@@ -95,7 +95,7 @@ static std::string kind_problem(std::string_view beginning)
 }
 
 // Without a decoder, and with the reason, for what the player would play as silence.
-static music_decoder open_decoder(const std::string& path, std::string& problem)
+static music_reader open_decoder(const std::string& path, std::string& problem)
 {
     const char* reason = nullptr;
     owned_file file(open_plain_file(path.c_str(), &reason));
@@ -106,7 +106,7 @@ static music_decoder open_decoder(const std::string& path, std::string& problem)
     char beginning[1100];
     const size_t size = std::fread(beginning, 1, sizeof beginning, file.get());
     std::rewind(file.get());
-    music_decoder music = {owned_block<char>(static_cast<char*>(std::malloc(decoder_room))), nullptr};
+    music_reader music = {owned_block<char>(static_cast<char*>(std::malloc(decoder_room))), nullptr};
     const stb_vorbis_alloc room = {music.room.get(), decoder_room};
     int error = 0;
     if (music.room && vorbis_comments_fit(file.get()))
@@ -144,13 +144,13 @@ static void add_notes(music_file_facts& facts)
             + time_text(max_track_end / ticks_per_second) + " at the latest.");
 }
 
-// Two channels of 16 bits; `pairs` has room for a tick. How many there were.
-static uint32_t next_tick(stb_vorbis* decoder, int16_t (&pairs)[samples_per_tick * 2])
+uint32_t read_pairs(music_reader& reader, std::span<int16_t> samples)
 {
+    const auto wanted = static_cast<uint32_t>(samples.size() / 2);
     uint32_t count = 0;
-    while (count < samples_per_tick) {
+    while (count < wanted) {
         const int decoded = stb_vorbis_get_samples_short_interleaved(
-            decoder, 2, pairs + count * 2, static_cast<int>((samples_per_tick - count) * 2));
+            reader.decoder.get(), 2, samples.data() + count * 2, static_cast<int>((wanted - count) * 2));
         if (decoded <= 0)
             break;
         count += static_cast<uint32_t>(decoded);
@@ -159,61 +159,77 @@ static uint32_t next_tick(stb_vorbis* decoder, int16_t (&pairs)[samples_per_tick
 }
 
 // A file that does not tell its length is played through.
-static uint64_t count_samples(stb_vorbis* decoder)
+static uint64_t count_samples(music_reader& reader)
 {
-    uint64_t samples = stb_vorbis_stream_length_in_samples(decoder);
+    uint64_t samples = stb_vorbis_stream_length_in_samples(reader.decoder.get());
     if (samples != 0)
         return samples;
-    stb_vorbis_seek_start(decoder);
+    stb_vorbis_seek_start(reader.decoder.get());
     int16_t pairs[samples_per_tick * 2];
-    while (const uint32_t count = next_tick(decoder, pairs))
+    while (const uint32_t count = read_pairs(reader, pairs))
         samples += count;
     return samples;
 }
 
 bool check_music(const std::string& path, music_file_facts& facts, std::string& problem)
 {
-    const music_decoder music = open_decoder(path, problem);
+    music_reader music = open_decoder(path, problem);
     if (!music.decoder)
         return false;
     problem.clear();
     const stb_vorbis_info info = stb_vorbis_get_info(music.decoder.get());
-    facts = {info.sample_rate, static_cast<uint32_t>(info.channels), count_samples(music.decoder.get()), {}};
+    facts = {info.sample_rate, static_cast<uint32_t>(info.channels), count_samples(music), {}};
     add_notes(facts);
     return true;
 }
 
 // ---- the waveform -----------------------------------------------------------------------------
 
-static waveform_column column_of(const int16_t* samples, uint32_t count)
+waveform_column waveform_of(std::span<const int16_t> samples)
 {
     constexpr float full_scale = 32768.0f;
     int lowest = 0;
     int highest = 0;
     double squares = 0;
-    for (uint32_t i = 0; i < count; ++i) {
-        lowest = std::min<int>(lowest, samples[i]);
-        highest = std::max<int>(highest, samples[i]);
-        squares += static_cast<double>(samples[i]) * samples[i];
+    for (const int16_t sample : samples) {
+        lowest = std::min<int>(lowest, sample);
+        highest = std::max<int>(highest, sample);
+        squares += static_cast<double>(sample) * sample;
     }
-    const double mean = count > 0 ? squares / count : 0;
+    const double mean = samples.empty() ? 0 : squares / static_cast<double>(samples.size());
     return {static_cast<float>(lowest) / full_scale, static_cast<float>(highest) / full_scale,
         static_cast<float>(std::sqrt(mean)) / full_scale};
 }
 
 bool read_waveform(const std::string& path, std::vector<waveform_column>& columns, std::string& problem)
 {
-    const music_decoder music = open_decoder(path, problem);
+    music_reader music = open_decoder(path, problem);
     if (!music.decoder)
         return false;
     problem.clear();
     columns.clear();
     int16_t pairs[samples_per_tick * 2];
     while (columns.size() < max_track_end) {
-        const uint32_t count = next_tick(music.decoder.get(), pairs);
+        const uint32_t count = read_pairs(music, pairs);
         if (count == 0)
             break;
-        columns.push_back(column_of(pairs, count * 2));
+        columns.push_back(waveform_of(std::span(pairs).first(count * 2)));
     }
     return true;
+}
+
+// ---- piece by piece -----------------------------------------------------------------------------
+
+void close_music_reader::operator()(music_reader* reader) const
+{
+    delete reader;
+}
+
+owned_music_reader open_music_reader(const std::string& path, std::string& problem)
+{
+    owned_music_reader reader(new music_reader(open_decoder(path, problem)));
+    if (!reader->decoder)
+        return nullptr;
+    problem.clear();
+    return reader;
 }

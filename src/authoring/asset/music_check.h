@@ -6,6 +6,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,5 +36,23 @@ struct waveform_column {
     float loudness; // the root of the mean square
 };
 
+// Of samples as a music_reader gives them.
+waveform_column waveform_of(std::span<const int16_t> samples);
+
 // Decodes the file, tick by tick, up to the 25,600 that a show can last. False as check_music.
 [[nodiscard]] bool read_waveform(const std::string& path, std::vector<waveform_column>& columns, std::string& problem);
+
+// A file that is decoded piece by piece, by one thread at a time.
+struct music_reader;
+
+struct close_music_reader {
+    void operator()(music_reader* reader) const;
+};
+using owned_music_reader = std::unique_ptr<music_reader, close_music_reader>;
+
+// Null as check_music.
+owned_music_reader open_music_reader(const std::string& path, std::string& problem);
+
+// Fills what it can of `samples`, an even number of them, as the player plays them: left and right in turns, 44,100 pairs
+// a second. How many pairs there were; fewer than there is room for: this was the end.
+uint32_t read_pairs(music_reader& reader, std::span<int16_t> samples);

@@ -165,3 +165,42 @@ TEST_CASE("The waveform has a column a tick, with the peaks and the loudness of 
         CHECK(columns[i].loudness == doctest::Approx(loudness_of_tick(i)).epsilon(0.006));
     }
 }
+
+// ---- piece by piece -------------------------------------------------------------------------------
+
+TEST_CASE("A file that is read in pieces has the samples that its waveform shows")
+{
+    std::vector<waveform_column> columns;
+    std::string problem = "left over";
+    REQUIRE(read_waveform(tone_path, columns, problem));
+    const owned_music_reader reader = open_music_reader(tone_path, problem);
+    REQUIRE(reader);
+    CHECK(problem.empty());
+    std::vector<int16_t> samples;
+    for (uint32_t pairs = 1;; pairs = pairs * 3 % 1000 + 1) {
+        std::vector<int16_t> piece(pairs * 2);
+        const uint32_t count = read_pairs(*reader, piece);
+        samples.insert(samples.end(), piece.begin(), piece.begin() + count * 2);
+        if (count < pairs)
+            break;
+    }
+    REQUIRE(samples.size() == 44100 * 2);
+    for (size_t i = 0; i < 100; ++i) {
+        const waveform_column column = waveform_of(std::span(samples).subspan(i * 882, 882));
+        CHECK(column.lowest == columns[i].lowest);
+        CHECK(column.highest == columns[i].highest);
+        CHECK(column.loudness == columns[i].loudness);
+    }
+    // The left side is the louder one.
+    CHECK(samples[2 * 10025]
+        == doctest::Approx(16384 * std::sin(2 * 3.14159265358979 * 441 * 10025 / 44100)).epsilon(0.05));
+    CHECK(read_pairs(*reader, samples) == 0);
+}
+
+TEST_CASE("What cannot be decoded has no reader, and a reason")
+{
+    std::string problem;
+    CHECK(!open_music_reader("/tmp", problem));
+    CHECK(problem == "cannot be opened: it is a folder.");
+    CHECK(waveform_of({}).loudness == 0);
+}
