@@ -53,6 +53,6 @@ using owned_music_reader = std::unique_ptr<music_reader, close_music_reader>;
 // Null as check_music.
 owned_music_reader open_music_reader(const std::string& path, std::string& problem);
 
-// Fills what it can of `samples`, an even number of them, as the player plays them: left and right in turns, 44,100 pairs
-// a second. How many pairs there were; fewer than there is room for: this was the end.
+// Fills what it can of `samples`, an even number of them, as the player plays them: left and right in turns, 44,100
+// pairs a second. How many pairs there were; fewer than there is room for: this was the end.
 uint32_t read_pairs(music_reader& reader, std::span<int16_t> samples);
