@@ -795,6 +795,25 @@ TEST_CASE("a text's letters are meshes with pens of their own and the object's c
     CHECK(b.f.placements.size() == 3);
 }
 
+TEST_CASE("a mesh says which object of its scene it belongs to, all letters of a text the same one")
+{
+    frame_bench b;
+    uint32_t red = 0;
+    add_material(b, &red);
+    const uint32_t mesh = add_mesh(b);
+    const scene_object model = object_at_origin(object_model, mesh, red);
+    const scene_object nothing = object_at_origin(object_model, 0, red);
+    const scene_object text = text_object(add_font(b, mesh, red, red), "ab");
+    const scene_object swirl = object_at_origin(object_genmesh, add_effect(b, mesh_effect_swirl, 0), 0);
+    const uint32_t first = add_scene(b.content, {nothing, model, text, nothing, swirl});
+    const uint32_t second = add_scene(b.content, {model});
+    advance(b, layers_of({layer_of(first), layer_of(second)}));
+    const uint32_t objects[5] = {1, 2, 2, 4, 0};
+    REQUIRE(b.f.meshes.size() == 5);
+    for (size_t i = 0; i < 5; ++i)
+        CHECK(b.f.meshes[i].object == objects[i]);
+}
+
 TEST_CASE("a rippler leaves texts alone")
 {
     frame_bench b;

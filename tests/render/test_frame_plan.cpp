@@ -504,6 +504,19 @@ TEST_CASE("every copy has its place, and draws know theirs")
         CHECK(b.f.copies[i].modelview[12] == x[i]);
 }
 
+TEST_CASE("a draw says which mesh of the frame it draws, over layers too")
+{
+    frame_bench b;
+    scene_object nothing = pictured_triangle(b, 7);
+    add_manipulator(nothing, manipulator_x_multiplier, {0});
+    const uint32_t scene = add_scene(b.content, {nothing, bare_swirl(b), nothing, pictured_triangle(b, 8)});
+    advance_and_plan(b, layers_of({layer_of(scene), layer_of(scene)}));
+    const uint32_t meshes[4] = {1, 3, 5, 7}; // those without copies are listed and not drawn
+    REQUIRE(b.f.draws.size() == 4);
+    for (size_t i = 0; i < 4; ++i)
+        CHECK(b.f.draws[i].mesh == meshes[i]);
+}
+
 TEST_CASE("camera-facing copies undo every turn of the camera, but not their own")
 {
     frame_bench b;

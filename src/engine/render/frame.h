@@ -52,6 +52,7 @@ struct mesh_to_draw {
     uint32_t moved;     // index in frame.moved; no_index: the mesh's own vertices
     uint32_t fresh;     // first picture in frame.pictures
     uint32_t fresh_count;
+    uint32_t object; // whose it is: from 0, in the layer's scene
 };
 
 // ---- what stands when a mesh is drawn -------------------------------------------
@@ -221,6 +222,7 @@ struct copy_transform {
 };
 
 struct draw_command {
+    uint32_t mesh;     // index in frame.meshes
     uint32_t view;     // index in frame.views
     uint32_t material; // in frame.materials
     uint32_t program;  // in frame.programs; no_index: the fixed pipeline

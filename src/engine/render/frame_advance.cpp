@@ -26,6 +26,7 @@ struct advancing {
 
 // What the meshes of one object share.
 struct placed_object {
+    uint32_t number; // of the object in its scene, from 0
     uint32_t first_placement;
     uint32_t placement_count;
     bool facing_camera;
@@ -115,7 +116,8 @@ static placed_object place_object(
     const advancing& a, const scene_record& scene, uint32_t number, uint32_t time, const mesh_arrays* mesh)
 {
     scene_object& object = scene.objects[number];
-    placed_object placed = {static_cast<uint32_t>(a.f.placements.size()), 0, faces_camera(scene, number), false};
+    placed_object placed
+        = {number, static_cast<uint32_t>(a.f.placements.size()), 0, faces_camera(scene, number), false};
     a.list.items.clear();
     a.list.cut = false;
     a.list.items.push_back(object_placement(object, a.context.d->function_table, time));
@@ -181,6 +183,7 @@ static void add_mesh(const advancing& a, mesh_arrays& mesh, const material_recor
         .moved = moved,
         .fresh = fresh,
         .fresh_count = static_cast<uint32_t>(a.f.pictures.size()) - fresh,
+        .object = placed.number,
     });
 }
 

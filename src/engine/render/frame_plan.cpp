@@ -341,14 +341,16 @@ static bool has_triangles(const mesh_arrays& mesh)
 
 // On the shader path a mesh is drawn by the fixed pipeline as long as no material has
 // chosen a program, and not at all with a program that did not build.
-static void plan_draw(planning& p, const mesh_to_draw& mesh)
+static void plan_draw(planning& p, uint32_t index)
 {
+    const mesh_to_draw& mesh = p.f.meshes[index];
     const uint8_t status = p.context.glsl ? p.standing.program.status : uint8_t{program_never};
     if (status == program_failed || mesh.placement_count == 0)
         return;
     write_state(p);
     assert(p.material < p.f.materials.size());
     draw_command draw = {};
+    draw.mesh = index;
     draw.view = p.view;
     draw.material = p.material;
     draw.program = status == program_ready ? static_cast<uint32_t>(p.f.programs.size() - 1) : no_index;
@@ -363,13 +365,14 @@ static void plan_draw(planning& p, const mesh_to_draw& mesh)
 
 // A mesh without triangles (a swarm is one) draws nothing, but its material is applied:
 // a later mesh without a material is drawn with the state as it stands.
-static void plan_mesh(planning& p, const mesh_to_draw& mesh)
+static void plan_mesh(planning& p, uint32_t index)
 {
+    const mesh_to_draw& mesh = p.f.meshes[index];
     assert(mesh.mesh != nullptr);
     upload_pictures(p, mesh);
     apply_material(p, mesh);
     if (has_triangles(*mesh.mesh))
-        plan_draw(p, mesh);
+        plan_draw(p, index);
 }
 
 void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t end_mesh, const draw_context& context,
@@ -384,7 +387,7 @@ void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t 
     standing.material.depth_test = layer.depth_test != 0;
     planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr, no_index};
     for (uint32_t i = first_mesh; i < end_mesh; ++i)
-        plan_mesh(p, f.meshes[i]);
+        plan_mesh(p, i);
 }
 
 void plan_frame(const frame_layers& layers, const draw_context& context, const frame_view& view, renderer& r,
