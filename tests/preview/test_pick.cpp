@@ -157,7 +157,7 @@ TEST_CASE("Outside of the picture nothing is found, and where there is no number
 TEST_CASE("A viewport of another size moves what is drawn in it")
 {
     frame_bench b;
-    layer_plan layer = flat_layer(add_scene(b.content, {quad_object(b, 0, 0, 1, 1, 0, false)}));
+    layer_plan layer = flat_layer(add_scene(b.content, {quad_object(b, -1, -1, 2, 2, 0, false)}));
     layer.viewport_width = 400;
     layer.viewport_height = 300; // the lower left quarter
     CHECK(numbers_of(picked(b, {layer}, 399, 300)) == "0");
@@ -200,7 +200,7 @@ TEST_CASE("What has no depth test lies over what is nearer, and hides nothing fr
 {
     frame_bench b;
     const scene_object near = quad_object(b, -1, -1, 1, 1, -2);
-    const scene_object flat = quad_object(b, -9, -9, 9, 9, -1, false);
+    const scene_object flat = quad_object(b, -9, -9, 9, 9, -5, false);
     const scene_object far = quad_object(b, -9, -9, 9, 9, -8);
     CHECK(deep_objects(b, {near, flat, far}) == "1 0 2");
     CHECK(deep_objects(b, {flat, far}) == "1 0");
@@ -463,6 +463,8 @@ TEST_CASE("Effects are found where their vertices were moved to, each object of 
         advance_and_plan(b, layers);
     REQUIRE(b.f.meshes.size() == 2);
     REQUIRE(b.f.moved[0].kept_positions != not_kept);
+    const mesh_arrays& moved_on = *b.f.meshes[0].mesh; // what lies there now is the second object's
+    std::fill_n(moved_on.positions, size_t{moved_on.vertex_count} * 3, 0.0f);
     for (size_t triangle = 0; triangle < b.f.meshes[0].mesh->index_count / 3; triangle += 97) {
         const auto [x, y] = place_of_triangle(b, 0, triangle, {0, -40, -60});
         if (!(x >= 1 && x < 799 && y >= 1 && y < 599))
@@ -503,14 +505,32 @@ TEST_CASE("Wireframes are found within three pixels of their lines, on both path
         material.linewidth = 1;
         if (glsl)
             give_program(material, 50);
-        const std::vector<scene_object> objects
-            = {object_at_origin(object_model, add_quad(b, 0.25f, 0.25f, 0.75f, 0.75f), handle)};
+        scene_object twice = object_at_origin(object_model, add_quad(b, 0.25f, 0.25f, 0.75f, 0.75f), handle);
+        add_manipulator(twice, manipulator_x_multiplier, {2}); // at one place
+        const std::vector<scene_object> objects = {twice};
         for (const double x : {197.0, 200.0, 202.0, 597.0, 600.0, 602.0})
             CHECK(flat_objects(b, objects, x, 250) == "0");
         for (const double x : {100.0, 195.0, 204.0, 300.0, 595.0, 604.0})
             CHECK(flat_objects(b, objects, x, 250) == "");
         CHECK(flat_objects(b, objects, 400, 300) == "0"); // the line from corner to corner
     }
+}
+
+TEST_CASE("Lines of back faces are found unless the material leaves them out")
+{
+    frame_bench b;
+    uint32_t handle = 0;
+    material_record& material = add_material(b, &handle);
+    material.wireframe = 1;
+    material.linewidth = 1;
+    scene_object back = object_at_origin(object_model, add_quad(b, -1, -1, 1, 1), handle);
+    back.values[2].value = -4;
+    back.values[4].value = 180;
+    CHECK(deep_objects(b, {back}) == "0");
+    material.backface_culling = 1;
+    CHECK(deep_objects(b, {back}) == "");
+    back.values[4].value = 0;
+    CHECK(deep_objects(b, {back}) == "0");
 }
 
 TEST_CASE("A wide line is found as wide as it is")
@@ -533,9 +553,10 @@ TEST_CASE("Lines that come from behind the eye are found before it")
     material_record& material = add_material(b, &handle);
     material.wireframe = 1;
     material.linewidth = 1;
-    const uint32_t mesh = add_triangles(b, {{0, -1, 50}, {0, -1, -50}, {0, -1.0001f, -50}});
+    const uint32_t mesh = add_triangles(b, {{0, -1, 50}, {0, -1, -50}, {1, -1, -50}});
     const std::vector<scene_object> objects = {object_at_origin(object_model, mesh, handle)};
-    CHECK(deep_objects(b, objects, 401, 500) == "0");
+    CHECK(deep_objects(b, objects, 401, 500) == "0"); // 1.5 before the eye, away from it
+    CHECK(deep_objects(b, objects, 503, 500) == "0"); // and toward it: x 0.515
     CHECK(deep_objects(b, objects, 410, 500) == "");
     CHECK(deep_objects(b, objects, 401, 100) == "");
 }
@@ -549,8 +570,12 @@ TEST_CASE("A line lies on the surface that it was drawn on, and is hidden by wha
     material.linewidth = 1;
     const uint32_t mesh = add_quad(b, -1, -1, 1, 1, -5);
     const scene_object wires = object_at_origin(object_model, mesh, handle);
-    const scene_object body = object_at_origin(object_model, mesh, add_plain_material(b, true));
-    CHECK(deep_objects(b, {body, wires}) == "1 0");
+    scene_object sloping = object_at_origin(object_model, add_quad(b, -1, -1, 1, 1), handle), body = sloping;
+    body.material = add_plain_material(b, true);
+    sloping.values[2].value = body.values[2].value = -5;
+    sloping.values[4].value = body.values[4].value = 60;
+    for (const double x : {398.0, 400.0, 402.0})
+        CHECK(deep_objects(b, {body, sloping}, x) == "1 0");
     CHECK(deep_objects(b, {quad_object(b, -1, -1, 1, 1, -4), wires}) == "0 1");
 }
 
