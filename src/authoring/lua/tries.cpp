@@ -403,12 +403,10 @@ double try_step(double least, double most, bool whole)
 
 double nearest_tried(double value, double least, double most, double step)
 {
-    if (value <= least || value >= most) // the ends, of however many digits
-        return value <= least ? least : most;
     const int decimals = std::clamp(static_cast<int>(std::lround(-std::log10(step))), 0, 300);
     char text[700]; // as decimals are meant: 0.35 and not the 0.35000000000000003 of 350 * 0.001
     const auto written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
     double nearest = value;
     std::from_chars(text, written.ptr, nearest);
-    return std::clamp(nearest, least, most) + 0.0; // never -0
+    return std::clamp(nearest, least, most) + 0.0; // the ends have as many digits as they like; never -0
 }
