@@ -24,12 +24,12 @@ struct source_mark {
 
 // A number that is tried by hand: x = try(0.35, 0, 1).
 struct tried_number {
-    std::string file;       // below the show's folder
-    uint32_t line = 0;      // from 1
-    uint32_t site = 0;      // which try of its file, from 0
-    std::string label;      // what the source calls it: "x"
-    double written = 0;     // as the file has it
-    double value = 0;       // that the build took
+    std::string file;   // below the show's folder
+    uint32_t line = 0;  // from 1
+    uint32_t site = 0;  // which try of its file, from 0
+    std::string label;  // what the source calls it: "x"
+    double written = 0; // as the file has it
+    double value = 0;   // that the build took
     double least = 0;
     double most = 1;
     bool can_write = false; // the file has a plain number there
@@ -56,11 +56,14 @@ struct show_build {
     std::string title;
     double bpm = 0; // 0: not known
     double beats_per_bar = 4;
-    std::vector<source_mark> marks;
+    std::vector<source_mark> marks; // ascending by section, record and part (marks_are_ordered)
     std::vector<tried_number> tries;
     std::vector<std::string> printed; // lines that the source printed
     double seconds = 0;               // that building took
 };
+
+// Whether a build may have these: then they are found among thousands at once.
+bool marks_are_ordered(std::span<const source_mark> marks);
 
 // The place of a record or of a part of it; the record's own where the part has none.
 source_place place_of_mark(const show_build& build, uint32_t section, uint32_t record, uint32_t part);
