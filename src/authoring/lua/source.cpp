@@ -158,6 +158,9 @@ void build_source(const build_request& request, built_show& built)
     built.problems = sandbox_problems(*box);
     built.files_taken = sandbox_files(*box);
     const std::vector<std::string> sources = built.files_taken;
+    built.title = show.title;
+    built.bpm = show.bpm;
+    built.beats_per_bar = show.beats_per_bar;
     if (ran && !has_errors(built.problems))
         lower_show(show, built);
     else

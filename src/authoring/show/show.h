@@ -45,6 +45,9 @@ struct built_show {
     std::string music;                    // the music's file, below the folder; empty: none
     source_place music_place;             // where the source says so
     double music_seconds = 0;             // 0: none, or none that plays
+    std::string title;
+    double bpm = 0; // 0: not said
+    double beats_per_bar = 4;
     problem_list problems;
 };
 

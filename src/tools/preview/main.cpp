@@ -4,10 +4,14 @@
 #include "tools/preview/preview_loop.h"
 
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 
 int main(int argc, char** argv)
 {
     std::signal(SIGPIPE, SIG_IGN); // sockets that are gone are failed writes
+    if (argc == 3 && std::strcmp(argv[1], "--builder") == 0)
+        return run_builder(std::atoi(argv[2])); // the preview starts itself so
     preview_options options;
     std::string problem;
     const size_t count = argc > 1 ? static_cast<size_t>(argc - 1) : 0;

@@ -1,8 +1,8 @@
 #include "tools/preview/show_build.h"
 
+#include "tools/preview/message_bytes.h"
+
 #include <algorithm>
-#include <bit>
-#include <string_view>
 #include <tuple>
 
 // ---- places -----------------------------------------------------------------------------
@@ -43,35 +43,11 @@ std::string name_of_mark(const show_build& build, uint32_t section, uint32_t rec
 
 // ---- as bytes ---------------------------------------------------------------------------
 //
-// All in the order of the record's fields: numbers by their bytes from the lowest up, texts and lists behind their
-// count. The first four bytes tell a build from what is none, the next eight how long the whole is.
+// All in the order of the record's fields. The first four bytes tell a build from what is none, the next eight how long
+// the whole is.
 
 constexpr uint32_t first_bytes = 0x31444c42; // "BLD1"
 constexpr size_t length_offset = 4;
-
-static void put(std::vector<uint8_t>& out, uint64_t number, uint32_t size)
-{
-    for (uint32_t byte = 0; byte < size; ++byte)
-        out.push_back(static_cast<uint8_t>(number >> (8 * byte)));
-}
-
-static void put(std::vector<uint8_t>& out, double number)
-{
-    put(out, std::bit_cast<uint64_t>(number), 8);
-}
-
-static void put(std::vector<uint8_t>& out, std::string_view text)
-{
-    put(out, text.size(), 4);
-    out.insert(out.end(), text.begin(), text.end());
-}
-
-static void put(std::vector<uint8_t>& out, const std::vector<std::string>& texts)
-{
-    put(out, texts.size(), 4);
-    for (const std::string& text : texts)
-        put(out, text);
-}
 
 static void put(std::vector<uint8_t>& out, const source_place& place)
 {
@@ -108,13 +84,6 @@ static void put(std::vector<uint8_t>& out, const tried_number& tried)
     put(out, tried.can_write, 1);
 }
 
-template <typename kind> static void put_list(std::vector<uint8_t>& out, const std::vector<kind>& list)
-{
-    put(out, list.size(), 4);
-    for (const kind& each : list)
-        put(out, each);
-}
-
 std::vector<uint8_t> encode_build(const show_build& build)
 {
     std::vector<uint8_t> out;
@@ -129,14 +98,14 @@ std::vector<uint8_t> encode_build(const show_build& build)
     put(out, build.pack.size(), 8);
     out.insert(out.end(), build.pack.begin(), build.pack.end());
     put_list(out, build.problems);
-    put(out, build.files);
+    put_list(out, build.files);
     put(out, build.music);
     put(out, build.title);
     put(out, build.bpm);
     put(out, build.beats_per_bar);
     put_list(out, build.marks);
     put_list(out, build.tries);
-    put(out, build.printed);
+    put_list(out, build.printed);
     put(out, build.seconds);
     for (uint32_t byte = 0; byte < 8; ++byte)
         out[length_offset + byte] = static_cast<uint8_t>(uint64_t{out.size()} >> (8 * byte));
@@ -144,66 +113,6 @@ std::vector<uint8_t> encode_build(const show_build& build)
 }
 
 // ---- and back -----------------------------------------------------------------------------
-
-namespace {
-
-struct byte_reader {
-    std::span<const uint8_t> left;
-    bool good = true; // nothing was missing or out of range so far; what is taken afterwards is 0
-};
-
-} // namespace
-
-static std::span<const uint8_t> take_bytes(byte_reader& in, uint64_t size)
-{
-    if (!in.good || size > in.left.size()) {
-        in.good = false;
-        return {};
-    }
-    const std::span<const uint8_t> bytes = in.left.first(static_cast<size_t>(size));
-    in.left = in.left.subspan(static_cast<size_t>(size));
-    return bytes;
-}
-
-static uint64_t take_number(byte_reader& in, uint32_t size)
-{
-    uint64_t number = 0;
-    uint32_t shift = 0;
-    for (const uint8_t byte : take_bytes(in, size)) {
-        number |= uint64_t{byte} << shift;
-        shift += 8;
-    }
-    return number;
-}
-
-// Not above `most`.
-static uint64_t take_number(byte_reader& in, uint32_t size, uint64_t most)
-{
-    const uint64_t number = take_number(in, size);
-    in.good &= number <= most;
-    return in.good ? number : 0;
-}
-
-static void take(byte_reader& in, uint32_t& number)
-{
-    number = static_cast<uint32_t>(take_number(in, 4));
-}
-
-static void take(byte_reader& in, bool& flag)
-{
-    flag = take_number(in, 1, 1) != 0;
-}
-
-static void take(byte_reader& in, double& number)
-{
-    number = std::bit_cast<double>(take_number(in, 8));
-}
-
-static void take(byte_reader& in, std::string& text)
-{
-    const std::span<const uint8_t> bytes = take_bytes(in, take_number(in, 4));
-    text.assign(bytes.begin(), bytes.end());
-}
 
 static void take(byte_reader& in, source_place& place)
 {
@@ -238,18 +147,6 @@ static void take(byte_reader& in, tried_number& tried)
     for (double* number : {&tried.written, &tried.value, &tried.least, &tried.most})
         take(in, *number);
     take(in, tried.can_write);
-}
-
-// Every entry has four bytes at least, so a wrong count asks for no more memory than the bytes are worth.
-template <typename kind> static void take_list(byte_reader& in, std::vector<kind>& list)
-{
-    const uint64_t count = take_number(in, 4, in.left.size() / 4);
-    list.resize(static_cast<size_t>(count));
-    for (kind& each : list) {
-        if (!in.good)
-            return;
-        take(in, each);
-    }
 }
 
 static void take_fields(byte_reader& in, show_build& build)
