@@ -1,6 +1,7 @@
 // brimlow-preview: plays a show while it is being written.
 
 #include "tools/common/words.h"
+#include "tools/preview/builder.h"
 #include "tools/preview/preview_loop.h"
 
 #include <csignal>
