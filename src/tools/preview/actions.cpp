@@ -282,8 +282,7 @@ void reload(preview& p)
     p.coming = {};
     p.coming.noticed = p.coming.asked = steady_seconds();
     p.waits_for_build = true;
-    if (p.from_source)
-        builder_ask(p.process, {p.folder, p.file, p.tries});
+    builder_ask(p.process, {p.folder, p.file, p.tries, p.from_source});
 }
 
 // ---- keys -------------------------------------------------------------------------------------------------------

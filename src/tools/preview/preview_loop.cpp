@@ -125,23 +125,13 @@ static void show_new(preview& p, show_build&& build)
     p.dirty = true;
 }
 
-// A pack is read at once, as nothing has to be built.
-static std::optional<show_build> take_answer(preview& p)
-{
-    if (p.from_source || !p.waits_for_build)
-        return builder_poll(p.process);
-    show_build build = build_of_pack(p.folder + "/" + p.file);
-    build.number = ++p.process.asked;
-    return build;
-}
-
 static void take_builds(preview& p)
 {
     if (watch_poll(p.watch, steady_seconds())) {
         reload(p);
         p.coming.noticed = p.watch.noticed;
     }
-    std::optional<show_build> answer = take_answer(p);
+    std::optional<show_build> answer = builder_poll(p.process);
     if (!answer)
         return;
     p.waits_for_build = false;
