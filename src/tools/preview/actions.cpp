@@ -4,6 +4,7 @@
 #include "tools/frames/picture_file.h"
 #include "tools/preview/editor.h"
 #include "tools/preview/free_camera.h"
+#include "tools/preview/hand_pick.h"
 
 #include <algorithm>
 #include <cmath>
@@ -169,14 +170,13 @@ bool save_still(preview& p, const std::string& file, std::string& written, std::
 
 bool select_at(preview& p, double x, double y)
 {
+    const stage_wish& size = p.shown.wish;
     std::vector<picked_object> found;
     if (p.shown.at_frame)
-        found = pick(p.shown.drawing.f, p.shown.layers, p.shown.wish.width, p.shown.wish.height, x, y);
-    const auto same_thing = [](const picked_object& a, const picked_object& b) {
-        return a.track == b.track && a.layer == b.layer && a.scene == b.scene && a.object == b.object;
-    };
-    const bool again = p.selected.has_value() && std::equal(found.begin(), found.end(), p.under.begin(), p.under.end(), same_thing);
-    p.under_at = again && !found.empty() ? (p.under_at + 1) % found.size() : 0;
+        found = pick_for_hand(p.shown.drawing.f, p.shown.layers, size.width, size.height, x, y);
+    const bool again = p.selected.has_value() && !found.empty()
+        && std::equal(found.begin(), found.end(), p.under.begin(), p.under.end(), is_same_object);
+    p.under_at = again ? (p.under_at + 1) % found.size() : 0;
     p.under = std::move(found);
     p.selected = p.under.empty() ? std::optional<picked_object>() : p.under[p.under_at];
     return p.selected.has_value();
