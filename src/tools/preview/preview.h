@@ -71,7 +71,6 @@ struct preview {
     state_keeper keeper;
     transport time;
     preview_sound sound;
-    double clock_start = 0; // steady seconds when playing started
     uint32_t sound_starts = 0;
 
     uint32_t muted = 0;  // tracks, by bit

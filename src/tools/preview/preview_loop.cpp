@@ -152,16 +152,13 @@ static void advance_time(preview& p)
     const bool runs = p.time.playing && !p.time.scrubbing;
     if (p.sound_starts != p.time.starts) {
         p.sound_starts = p.time.starts;
-        p.clock_start = steady_seconds();
         if (runs)
-            sound_play_from(p.sound, p.time.started);
+            sound_play_from(p.sound, transport_stretch(p.time));
         else
             sound_stop(p.sound);
     }
-    if (!runs)
-        return;
-    const double by_sound = sound_playing_for(p.sound);
-    transport_advance(p.time, by_sound >= 0 ? by_sound : steady_seconds() - p.clock_start);
+    if (runs)
+        transport_advance(p.time, sound_playing_for(p.sound));
 }
 
 // The picture that is due. True: there is a new one.
