@@ -269,7 +269,10 @@ std::string copy_camera(preview& p)
 {
     if (!p.shown.camera.on)
         return "";
-    const std::string line = camera_line(p.shown.camera, 60, 600);
+    const flown_layer seen = find_flown_layer(p.shown.layers);
+    if (seen.layer == nullptr)
+        return ""; // nothing is drawn in perspective at this moment
+    const std::string line = camera_line(p.shown.camera, seen.fov, seen.far_distance);
     preview_window_copy_text(line);
     say_for_a_moment(p, "copied: " + line);
     return line;
