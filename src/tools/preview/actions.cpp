@@ -96,6 +96,16 @@ bool choose_card(preview& p, const lesser_card& card, std::string& problem)
     return choose(p, wish, problem);
 }
 
+bool choose_size(preview& p, uint32_t width, uint32_t height, std::string& problem)
+{
+    if (p.shown.wish.width == width && p.shown.wish.height == height)
+        return true;
+    stage_wish wish = p.shown.wish;
+    wish.width = width;
+    wish.height = height;
+    return choose(p, wish, problem);
+}
+
 static void next_card(preview& p)
 {
     p.card = (p.card + 1) % preset_card_count;

@@ -20,6 +20,7 @@ uint64_t frame_now(const preview& p);
 // False, with a sentence: the driver does not do it, and all is as before.
 bool choose_path(preview& p, bool glsl, std::string& problem);
 bool choose_card(preview& p, const lesser_card& card, std::string& problem);
+bool choose_size(preview& p, uint32_t width, uint32_t height, std::string& problem); // pixels
 
 void mute_sound(preview& p, bool muted);
 void mute_track(preview& p, uint32_t track, bool muted);

@@ -1,55 +1,49 @@
 #include "tools/preview/interface.h"
 
 #include "tools/preview/actions.h"
+#include "tools/preview/interface_style.h"
 
 #include <imgui.h>
 
-void set_interface_style(float)
+#include <algorithm>
+
+// A notice stands over the picture's upper edge for a moment.
+static void draw_notice(preview& p)
 {
-    ImGui::StyleColorsDark();
+    if (p.face.notice.empty() || steady_seconds() > p.face.notice_until)
+        return;
+    ImDrawList* list = ImGui::GetForegroundDrawList();
+    const float width = std::min(size_of_text(fonts().text, p.face.notice).x, p.face.picture_width - 60) + 28;
+    const float x = p.face.picture_x + (p.face.picture_width - width) / 2;
+    const float y = p.face.picture_y + 16;
+    list->AddRectFilled({x, y}, {x + width, y + 30}, rgb(0x18181b, 235), 15);
+    list->AddRect({x, y}, {x + width, y + 30}, color_line, 15);
+    draw_text_within(list, fonts().text, x + 14, y + 15, width - 28, color_text, p.face.notice);
+}
+
+static void draw_side(preview& p, const box& place)
+{
+    begin_place("side", place, color_panel);
+    draw_selection(p);
+    draw_tries(p);
+    draw_figures(p);
+    const float x = place.x + 0.5f;
+    ImGui::GetWindowDrawList()->AddLine({x, place.y}, {x, place.y + place.height}, color_line);
+    ImGui::End();
 }
 
 void draw_interface(preview& p)
 {
+    const window_layout layout = layout_of(p);
     draw_picture(p);
-    if (!p.face.shows_overlay)
-        return;
-    draw_transport(p);
-    draw_timeline(p);
-    draw_errors(p);
-    draw_tries(p);
-    draw_selection(p);
-    draw_figures(p);
-    draw_commands(p);
+    if (p.face.shows_overlay) {
+        if (layout.side.width > 0)
+            draw_side(p, layout.side);
+        draw_transport(p);
+        draw_timeline(p);
+        draw_errors(p);
+        draw_commands(p);
+    }
+    draw_notice(p);
     draw_help(p);
 }
-
-void draw_picture(preview& p)
-{
-    const ImVec2 size(static_cast<float>(p.window.width), static_cast<float>(p.window.height));
-    ImGui::GetBackgroundDrawList()->AddImage(
-        reinterpret_cast<ImTextureID>(static_cast<uintptr_t>(p.shown.color_texture)), ImVec2(0, 0), size, ImVec2(0, 1),
-        ImVec2(1, 0));
-}
-
-void draw_timeline(preview&) { }
-
-void draw_transport(preview& p)
-{
-    ImGui::Begin("time");
-    ImGui::Text("%.2f s  frame %llu", p.time.position, static_cast<unsigned long long>(p.shown.frame));
-    ImGui::End();
-}
-
-void draw_errors(preview& p)
-{
-    for (const show_problem& problem : p.latest.problems)
-        if (problem.severity == problem_error)
-            ImGui::Text("%s:%u: %s", problem.file.c_str(), problem.line, problem.text.c_str());
-}
-
-void draw_tries(preview&) { }
-void draw_selection(preview&) { }
-void draw_figures(preview&) { }
-void draw_commands(preview&) { }
-void draw_help(preview&) { }

@@ -3,12 +3,16 @@
 // Needs the interface's context. Reads the preview and acts through actions.h.
 #pragma once
 
+#include "tools/preview/interface_layout.h"
 #include "tools/preview/preview.h"
 
 // Fonts and colours, once, when the window is open.
 void set_interface_style(float scale);
 
 void draw_interface(preview& p);
+
+// The places of this frame's parts.
+window_layout layout_of(const preview& p);
 
 // The parts, each in a file of its own.
 void draw_picture(preview& p);   // in its place, with clicks, the free camera and what is selected
@@ -20,3 +24,6 @@ void draw_selection(preview& p); // the object, its line, its curves
 void draw_figures(preview& p);   // frame times, tracks, memory, camera
 void draw_commands(preview& p);
 void draw_help(preview& p);
+
+// Opens the editor there, or says for a moment why not.
+void open_place(preview& p, const source_place& place);

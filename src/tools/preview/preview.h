@@ -6,12 +6,14 @@
 #include "tools/preview/builder.h"
 #include "tools/preview/control.h"
 #include "tools/preview/kept_states.h"
+#include "tools/preview/moving_values.h"
 #include "tools/preview/pick.h"
 #include "tools/preview/preview_options.h"
 #include "tools/preview/show_build.h"
 #include "tools/preview/sound.h"
 #include "tools/preview/stage.h"
 #include "tools/preview/steady_seconds.h"
+#include "tools/preview/timeline_clips.h"
 #include "tools/preview/transport.h"
 #include "tools/preview/watch.h"
 #include "tools/preview/window.h"
@@ -46,6 +48,33 @@ struct interface_state {
     std::vector<float> frame_ms; // of late, oldest first
     std::string notice;          // a line for a moment: "saved still-0001.png"
     double notice_until = 0;
+
+    std::vector<timeline_row> rows; // of the show that plays
+    uint64_t rows_of = 0;           // its build's number and 1; 0: of none
+    float rows_scroll = 0;          // points of the rows that are above the first one seen
+    uint8_t hand = 0;               // what the pointer holds on the timeline (timeline_hand)
+    double hand_at = 0;             // seconds where it took hold
+
+    float wanted_width = 0; // of the picture's place, points; a size is chosen when it has been still
+    float wanted_height = 0;
+    double wanted_since = 0;
+
+    bool flies = false; // the right button is held in the picture: letters fly the camera
+    bool opens_warnings = false;
+    std::vector<std::string> quoted; // the source's line of each problem of the latest build; may be empty
+    uint64_t quoted_of = 0;          // its number and 1
+    bool holds_try = false;          // a slider is held, at `held`
+    tried_value held;
+    std::optional<tried_value> next_try; // waits for the build that is under way
+
+    moving_values curves; // of the selected object
+    std::optional<picked_object> curves_of;
+    uint64_t curves_build = 0;
+    memory_kind memory; // of a moment ago
+    double memory_at = 0;
+    std::vector<std::string> commands; // lines, of a moment ago
+    double commands_at = 0;
+    std::string commands_filter;
 };
 
 struct preview {

@@ -201,7 +201,8 @@ static void run_once(preview& p)
     preview_window_take_input(p.window, input, busy ? 0 : idle_wait_ms);
     p.quit |= input.closed;
     for (const pressed_key& key : input.keys)
-        do_key(p, key);
+        if (!p.face.flies || key.key == key_escape) // otherwise the keys fly the camera
+            do_key(p, key);
     take_builds(p);
     serve_control(p);
     advance_time(p);
