@@ -198,6 +198,7 @@ TEST_CASE("a line of 65,536 bytes is taken, and a longer one is told once and pa
     for (int part = 0; part < 20; ++part) {
         client.say(std::string(40000, 'y'));
         CHECK(control_poll(c.control).empty());
+        CHECK(c.control.clients[0].received.size() <= 65536);
     }
     client.say("y\nnext\n");
     CHECK(lines_of(control_poll(c.control)) == texts{"next"});
