@@ -28,7 +28,7 @@ PLACES = {  # every other folder below src, and of which others each knows somet
     'tools/render': ['tools/common', 'tools/frames', 'authoring'] + [room for room in ROOMS if room not in ('anim', 'music')],
     'tools/preview': ['tools/common', 'tools/frames', 'authoring', 'authoring/asset', 'authoring/lua', 'authoring/show',
                       'authoring/check', 'content', 'anim', 'model', 'music', 'effects', 'texgen', 'render', 'shell'],
-    'tools/pages': ['tools/common', 'tools/make', 'tools/render', 'authoring/show', 'authoring/curve'],
+    'tools/pages': ['tools/common', 'tools/make', 'tools/render', 'tools/preview', 'authoring/show', 'authoring/curve'],
 }
 LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them
     (r'SDL', ('_sdl.cpp',)), (r'GL/glu\.h', ('authoring/asset/',)), (r'GL/|GLES|glew', ('_gl.cpp',)),

@@ -160,3 +160,55 @@ const char bash_offering[] = R"(
     COMPREPLY=("${COMPREPLY[@]#"$before"}")
 }
 )";
+
+constexpr const char bash_head[]
+    = R"(# Completes the options of PROGRAM in bash, once it has read this file with "source".
+#
+# Written by brimlow-pages from the program's table of options; not edited by hand.
+
+FUNCTION()
+{
+    local line=${COMP_LINE:0:COMP_POINT} option='' offer=OFFER words='' before
+    local value=${line##*[[:space:]]}
+    local -a given
+    read -ra given <<<"${line%"$value"}"
+    case $value in
+    --*=*) option=${value%%=*} value=${value#*=} ;;
+    -*)
+        offer=word
+        words='NAMES'
+        ;;
+    *) [ ${#given[@]} -eq 0 ] || option=${given[-1]} ;;
+    esac
+    case $option in
+VALUES    esac
+)";
+
+static void put(std::string& text, const std::string& place, const std::string& what)
+{
+    for (size_t at = text.find(place); at != std::string::npos; at = text.find(place, at + what.size()))
+        text.replace(at, place.size(), what);
+}
+
+std::string bash_completion_of(const std::string& program, std::span<const option_row> rows, value_offer arguments)
+{
+    std::string names;
+    std::string values;
+    for (const option_row& row : rows) {
+        names += (names.empty() ? "" : " ") + std::string(row.name);
+        if (row.value == nullptr)
+            continue;
+        const std::string letter = row.letter == 0 ? "" : std::string("-") + row.letter + " | ";
+        const std::string words = row.words == nullptr ? "" : std::string(" words='") + row.words + "'";
+        values += "    " + letter + row.name + ") offer=" + bash_offer(row.offers) + words + " ;;\n";
+    }
+    std::string function = "_" + program;
+    std::replace(function.begin(), function.end(), '-', '_');
+    std::string text = bash_head;
+    put(text, "PROGRAM", program);
+    put(text, "FUNCTION", function);
+    put(text, "OFFER", bash_offer(arguments));
+    put(text, "NAMES", names);
+    put(text, "VALUES", values);
+    return text + bash_offering + "complete -F " + function + " " + program + "\n";
+}

@@ -33,3 +33,7 @@ std::string bash_offer(value_offer offers);
 
 // The end of a function that completes: from "offer", "words" and "value" to COMPREPLY.
 extern const char bash_offering[];
+
+// A whole file for bash that completes the options of a program without commands, and their values; `arguments`:
+// what it offers for anything else.
+std::string bash_completion_of(const std::string& program, std::span<const option_row> rows, value_offer arguments);

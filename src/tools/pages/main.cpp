@@ -1,5 +1,5 @@
-// brimlow-pages: writes what is made from the tables of brimlow-make, brimlow-render and the language of shows into
-// the files of the repository.
+// brimlow-pages: writes what is made from the tables of brimlow-make, brimlow-render, brimlow-preview and the language
+// of shows into the files of the repository.
 //
 //     brimlow-pages [--check] ROOT
 //
@@ -9,6 +9,7 @@
 
 #include "tools/common/words.h"
 #include "tools/make/option_pages.h"
+#include "tools/preview/preview_option_pages.h"
 #include "tools/render/option_pages.h"
 
 #include <cstdio>
@@ -89,6 +90,8 @@ int main(int argc, char** argv)
     const bool make
         = bring_program_up_to_date(docs, "brimlow-make", make_manual_commands(), make_bash_completion(), !checks);
     const bool render = bring_program_up_to_date(docs, "brimlow-render", manual_options(), bash_completion(), !checks);
+    const bool preview = bring_program_up_to_date(
+        docs, "brimlow-preview", preview_manual_options(), preview_bash_completion(), !checks);
     const bool language = bring_language_up_to_date(root, !checks);
-    return make && render && language ? 0 : 1;
+    return make && render && preview && language ? 0 : 1;
 }

@@ -18,8 +18,7 @@ constexpr double settle_budget_ms = 12;  // beside the interface
 constexpr uint32_t idle_wait_ms = 5;
 
 constexpr int status_done = 0;
-constexpr int status_usage = 1;
-constexpr int status_broken = 2;
+constexpr int status_broken = 1; // no such show, no such socket
 constexpr int status_no_opengl = 3;
 
 static int complain(int status, const std::string& problem)
@@ -54,7 +53,7 @@ static bool find_show(preview& p, std::string& problem)
 static bool open_all(preview& p, int& status)
 {
     std::string problem;
-    status = status_usage;
+    status = status_broken;
     if (!find_show(p, problem)) {
         complain(status, problem);
         return false;

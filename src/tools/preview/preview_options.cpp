@@ -1,28 +1,100 @@
 #include "tools/preview/preview_options.h"
 
+#include "tools/common/written_options.h"
 #include "tools/frames/option_values.h"
+#include "tools/preview/preview_option_table.h"
 
-#include <cstring>
+#include <vector>
+
+constexpr uint32_t min_window_width = 320; // points
+constexpr uint32_t min_window_height = 240;
+constexpr uint32_t max_window_side = 16384;
+
+static bool read_window(std::string_view value, preview_options& options)
+{
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (!read_size(value, width, height) || width < min_window_width || height < min_window_height
+        || width > max_window_side || height > max_window_side)
+        return false;
+    options.window_width = width;
+    options.window_height = height;
+    return true;
+}
+
+// Takes over the value of an option ("" for a switch); false where it is not what the option wants.
+static bool read_value(preview_option id, std::string_view value, preview_options& options)
+{
+    switch (id) {
+    case preview_option_size:
+        options.size_given = true;
+        return read_size(value, options.wish.width, options.wish.height);
+    case preview_option_aspect:
+        return read_aspect(value, options.wish.aspect);
+    case preview_option_path:
+        options.wish.glsl = value == "glsl";
+        return value == "glsl" || value == "fixed";
+    case preview_option_caps:
+        return read_lesser_card(value, options.wish.card);
+    case preview_option_seed:
+        return read_number(value, UINT32_MAX, options.wish.seed);
+    case preview_option_fps:
+        return read_frame_rate(value, options.rate);
+    case preview_option_at:
+        return read_moment(value, options.at);
+    case preview_option_paused:
+        return options.paused = true;
+    case preview_option_mute:
+        return options.muted = true;
+    case preview_option_window:
+        return read_window(value, options);
+    case preview_option_fullscreen:
+        return options.fullscreen = true;
+    case preview_option_control:
+        options.control = value;
+        return !value.empty();
+    case preview_option_help:
+        return options.help = true;
+    case preview_option_version:
+        return options.version = true;
+    case preview_option_count:
+        break;
+    }
+    return true;
+}
+
+static std::string take_show(const std::string& name, preview_options& options)
+{
+    if (name.empty())
+        return "the name of the show is empty";
+    if (!options.show.empty())
+        return "one show at a time: \"" + options.show + "\" and \"" + name + "\" are two";
+    options.show = name;
+    return "";
+}
+
+// Takes over an argument; what is wrong with it otherwise.
+static std::string take_argument(const written_argument& written, std::vector<bool>& seen, preview_options& options)
+{
+    if (written.row == nullptr)
+        return written.problem.empty() ? take_show(written.value, options) : written.problem;
+    const size_t id = static_cast<size_t>(written.row->id);
+    if (seen[id])
+        return written.name + " is given twice";
+    seen[id] = true;
+    if (!written.problem.empty())
+        return written.problem;
+    const char* value = written.row->value == nullptr ? "" : written.value;
+    return read_value(static_cast<preview_option>(id), value, options) ? "" : wrong_value(written);
+}
 
 bool read_preview_options(std::span<const char* const> arguments, preview_options& options, std::string& problem)
 {
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const std::string word = arguments[i];
-        const char* value = i + 1 < arguments.size() ? arguments[i + 1] : "";
-        if (word == "--control") {
-            options.control = value;
-            ++i;
-        } else if (word == "--size") {
-            options.size_given = read_size(value, options.wish.width, options.wish.height);
-            ++i;
-        } else if (word == "--paused") {
-            options.paused = true;
-        } else if (word.starts_with("--")) {
-            problem = "unknown option " + word;
+    std::vector<bool> seen(preview_option_count);
+    for (const written_argument& written : part_arguments(preview_option_rows, arguments)) {
+        problem = take_argument(written, seen, options);
+        if (!problem.empty())
             return false;
-        } else {
-            options.show = word;
-        }
     }
     return true;
 }

@@ -12,15 +12,15 @@ struct preview_options {
     bool version = false;
     std::string show; // a source, a folder, a pack; empty: the working directory
     stage_wish wish;
-    bool size_given = false; // the picture has this size; otherwise that of its place in the window
+    bool size_given = false;      // the picture has this size; otherwise that of its place in the window
     uint32_t window_width = 1440; // points
     uint32_t window_height = 900;
     frame_rate rate = {60, 1};
-    moment at;            // where it begins; unset: the beginning
+    moment at; // where it begins; unset: the beginning
     bool paused = false;
     bool muted = false;
     bool fullscreen = false;
-    std::string control; // path of the socket; empty: none
+    std::string control;  // path of the socket; empty: none
     int32_t builder = -1; // the descriptor of a process that builds (builder.h); not told
 };
 

@@ -75,43 +75,7 @@ std::string manual_options()
 
 // ---- the completion of bash ----------------------------------------------------------------
 
-constexpr const char bash_begin[]
-    = R"(# Completes the options of brimlow-render in bash, once it has read this file with "source".
-#
-# Written by brimlow-pages from the program's table of options; not edited by hand.
-
-_brimlow_render()
-{
-    local line=${COMP_LINE:0:COMP_POINT} option='' offer=dpk words='' before
-    local value=${line##*[[:space:]]}
-    local -a given
-    read -ra given <<<"${line%"$value"}"
-    case $value in
-    --*=*) option=${value%%=*} value=${value#*=} ;;
-    -*)
-        offer=word
-        words=')";
-
-constexpr const char bash_middle[] = R"('
-        ;;
-    *) [ ${#given[@]} -eq 0 ] || option=${given[-1]} ;;
-    esac
-    case $option in
-)";
-
-constexpr const char bash_end[] = "complete -F _brimlow_render brimlow-render\n";
-
 std::string bash_completion()
 {
-    std::string names;
-    std::string values;
-    for (const option_row& row : option_rows) {
-        names += (names.empty() ? "" : " ") + std::string(row.name);
-        if (row.value == nullptr)
-            continue;
-        const std::string letter = row.letter == 0 ? "" : std::string("-") + row.letter + " | ";
-        const std::string words = row.words == nullptr ? "" : std::string(" words='") + row.words + "'";
-        values += "    " + letter + row.name + ") offer=" + bash_offer(row.offers) + words + " ;;\n";
-    }
-    return bash_begin + names + bash_middle + values + "    esac\n" + bash_offering + bash_end;
+    return bash_completion_of("brimlow-render", option_rows, offer_pack);
 }
