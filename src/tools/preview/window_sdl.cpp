@@ -6,13 +6,27 @@
 #include <imgui_impl_sdl.h>
 
 #include <algorithm>
+#include <string>
 
 // ---- the face of all windows ------------------------------------------------------------------
+
+// Where there is no display, the library would go on without anything that shows its windows, unless it was told to.
+static bool shows_windows()
+{
+    const std::string driver = SDL_GetCurrentVideoDriver();
+    return SDL_getenv("SDL_VIDEODRIVER") != nullptr || (driver != "offscreen" && driver != "dummy");
+}
 
 bool window_start()
 {
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
-    return SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) == 0;
+    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0)
+        return false;
+    if (shows_windows())
+        return true;
+    SDL_Quit();
+    SDL_SetError("neither DISPLAY nor WAYLAND_DISPLAY leads to one");
+    return false;
 }
 
 const char* window_problem()
