@@ -199,7 +199,7 @@ TEST_CASE("The editor shares no session, no terminal and no file with whoever st
     const int open_file = dup2(2, 50);
     setenv("EDITOR",
         e.add("my-editor",
-             "cut -d' ' -f6 /proc/$$/stat; readlink /proc/$$/fd/0; ls /proc/$$/fd | grep -c -x 50; cut -d' ' -f4 "
+             "cut -d' ' -f6 /proc/$$/stat; readlink /proc/$$/fd/2; ls /proc/$$/fd | grep -c -x 50; cut -d' ' -f4 "
              "/proc/$$/stat")
             .c_str(),
         1);
