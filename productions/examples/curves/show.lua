@@ -13,7 +13,7 @@ local curves = {
     { "spline", spline { { "0s", 0 }, { "0.7s", 0.9 }, { "1.6s", 0.3 }, { "2.6s", 1 }, { "4s", 0.1 } } },
     { "segment", segment("Quadratic", "4s", { 1 / 40000, 200, 0 }) },
     { "curve", curve { linear(0, 1, "1s"), constant(1, "2s"), linear(1, 0, "1s") } },
-    { "joined", ease("in quad", 0, 1, "2s") .. ease("out elastic", 1, 0.3, "2s") },
+    { "joined", ease("in quad", 0, 1, "2s") .. ease("out elastic", 1, try(0.3, 0, 1), "2s") },
     { "loop", loop { ease("in cubic", 0, 1, "1s") } },
     { "pingpong", pingpong { ease("in out sine", 0, 1, "0.8s") } },
     { "computed", 1 - wave { middle = 1, swing = 1, period = "4s" } / 2 },
@@ -52,7 +52,8 @@ for n, entry in ipairs(curves) do
     local w, h = 0.35, 0.19
     sheet:add(solids.wall() { material = paper, at = { x + w / 2, y + 0.07, -0.01 }, scale = { 0.195, 0.147, 1 } })
     sheet:add(line(entry[2], w, h) { material = thread, at = { x, y, 0 } })
-    sheet:add(ball { material = glow, scale = 0.013, at = { loop { linear(x, x + w, "4s") }, entry[2] * h + y, 0.01 } })
+    local size = try(0.013, 0.005, 0.03) -- one slider for all the balls
+    sheet:add(ball { material = glow, scale = size, at = { loop { linear(x, x + w, "4s") }, entry[2] * h + y, 0.01 } })
     sheet:add(letters(entry[1]) { at = { x, y - 0.055, 0 } })
 end
 

@@ -423,6 +423,13 @@ function show(fields) end
 ---@return number
 function ticks(time) end
 
+---A number that is tried by hand: it is the value, and brimlow-preview has a slider for it, which can write another number into the file.
+---@param value number What it is; from least to most.
+---@param least number Where its slider begins.
+---@param most number Where its slider ends.
+---@return number
+function try(value, least, most) end
+
 ---A number that stands still for a while.
 ---@param value number What it is.
 ---@param length time How long.

@@ -457,6 +457,13 @@ void add_known_name(lua_State* L, const char* name)
     }
 }
 
+std::span<const try_site> tries_of_file(lua_State* L, const std::string& file)
+{
+    const sandbox& s = sandbox_of(L);
+    const auto found = s.tries.find(file);
+    return found != s.tries.end() ? std::span<const try_site>(found->second) : std::span<const try_site>();
+}
+
 void* sandbox_user(lua_State* L)
 {
     return sandbox_of(L).options.user;

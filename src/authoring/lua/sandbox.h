@@ -11,6 +11,7 @@
 #pragma once
 
 #include "authoring/lua/sandbox_options.h"
+#include "authoring/lua/tries.h"
 #include "authoring/problem.h"
 
 #include <cstddef>
@@ -65,6 +66,9 @@ void* sandbox_user(lua_State* L);
 
 // The line of the show's own source that is being run: of the innermost function that is neither C nor of the library.
 source_place current_place(lua_State* L);
+
+// The calls of try in a file of the show that was run, as its text has them.
+std::span<const try_site> tries_of_file(lua_State* L, const std::string& file);
 
 // Adds a problem and goes on. The text has no place and ends with a full stop.
 void report(lua_State* L, problem_severity severity, const source_place& place, std::string text);

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "authoring/lua/sandbox_options.h"
+#include "authoring/lua/tries.h"
 #include "authoring/problem.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <lua.hpp>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +40,7 @@ struct sandbox {
     problem_list problems;
     uint64_t untold = 0; // problems beyond the list
     std::vector<std::string> files;
+    std::map<std::string, std::vector<try_site>> tries; // by file
     std::vector<std::string> being_read;  // files that require has begun and not ended
     std::vector<std::string> known_names; // of fields and methods
     uint64_t random[4] = {};

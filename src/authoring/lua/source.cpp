@@ -39,6 +39,14 @@ static void order_problems(problem_list& problems, const std::vector<std::string
     problems.erase(std::unique(problems.begin(), problems.end(), equal), problems.end());
 }
 
+// Those of a file in the order of its text, whichever way the program went.
+static void take_tries(const try_calls& tries, built_show& built)
+{
+    for (const std::string& file : built.files_taken)
+        for (auto call = tries.made.lower_bound({file, 0}); call != tries.made.end() && call->first.first == file; ++call)
+            built.tried.push_back(call->second);
+}
+
 // ---- the documents looked over ----------------------------------------------------------------
 
 namespace {
@@ -148,6 +156,7 @@ void build_source(const build_request& request, built_show& built)
     options.print = pass_line;
     state.print = request.print;
     state.print_user = request.user;
+    state.tries.overrides = request.tries;
     const owned_sandbox box = sandbox_open(options);
     if (box == nullptr) {
         built.problems.push_back({problem_error, request.file, 0, "", "there is not enough memory."});
@@ -157,6 +166,7 @@ void build_source(const build_request& request, built_show& built)
         && sandbox_run_file(*box, request.file);
     built.problems = sandbox_problems(*box);
     built.files_taken = sandbox_files(*box);
+    take_tries(state.tries, built);
     const std::vector<std::string> sources = built.files_taken;
     built.title = show.title;
     built.bpm = show.bpm;

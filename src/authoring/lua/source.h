@@ -3,6 +3,7 @@
 
 #include "authoring/show/show.h"
 
+#include <span>
 #include <string>
 
 struct build_request {
@@ -10,6 +11,7 @@ struct build_request {
     std::string file;                                      // of it: "show.lua"
     void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
     void* user = nullptr;
+    std::span<const try_override> tries = {}; // values in the place of numbers that the source has
 };
 
 // Runs the source and makes the documents and entries of what it describes. What is wrong is in `built.problems`,

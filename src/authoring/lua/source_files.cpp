@@ -132,6 +132,9 @@ void load_source(lua_State* L, const std::string& name, std::string_view text, b
     sandbox& s = sandbox_of(L);
     charge_steps(L, text.size() / bytes_a_step);
     source_place place = {name, 0};
+    if (!is_library && text.find("try") != std::string_view::npos) {
+        s.tries[name] = find_tries(text);
+    }
     text = skip_what_is_not_lua(text);
     if (text.starts_with(LUA_SIGNATURE)) {
         report(L, problem_error, place, "this is a compiled program; a show's source is Lua text.");

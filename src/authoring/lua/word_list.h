@@ -33,6 +33,10 @@ void add_arithmetic(lua_State* L);
 // A camera: one that camera {} or look_at made, or a table with its fields.
 camera_thing camera_at(lua_State* L, int index, const std::string& what);
 
+// ---- numbers tried by hand: words_tries.cpp -----------------------------------------------
+
+void define_try_word(lua_State* L);
+
 // ---- shapes: words_shapes.cpp ---------------------------------------------------------
 
 void define_shape_words(lua_State* L);

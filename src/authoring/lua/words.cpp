@@ -115,5 +115,6 @@ int add_words(lua_State* L)
     define_shape_words(L);
     define_surface_words(L);
     define_scene_words(L);
+    define_try_word(L);
     return 0;
 }

@@ -8,6 +8,11 @@ static constexpr parameter_row require_parameters[] = {
         "A file of the show's folder without its \".lua\", \"parts.walk\" for parts/walk.lua; or one of "
         "the library's."},
 };
+static constexpr parameter_row try_parameters[] = {
+    {"value", "number", "What it is; from least to most."},
+    {"least", "number", "Where its slider begins."},
+    {"most", "number", "Where its slider ends."},
+};
 static constexpr parameter_row constant_parameters[] = {
     {"value", "number", "What it is."},
     {"length", "time", "How long."},
@@ -134,6 +139,11 @@ static constexpr word_row words[] = {
     {"require", "require \"name\"", "Runs another file once, and gives what it returns.", "shapes", "any",
         require_parameters},
     {"ticks", "ticks(time)", "A time as a number, to compute with.", "timeline", "number", ticks_parameters},
+
+    {"try", "try(value, least, most)",
+        "A number that is tried by hand: it is the value, and brimlow-preview has a slider for it, which can write another "
+        "number into the file.",
+        "curves", "number", try_parameters},
 
     {"constant", "constant(value, length)", "A number that stands still for a while.", "curves", "curve",
         constant_parameters},

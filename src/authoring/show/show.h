@@ -4,6 +4,7 @@
 #include "authoring/problem.h"
 #include "authoring/show/authored.h"
 #include "authoring/show/things.h"
+#include "authoring/show/tried.h"
 
 #include <cstdint>
 #include <functional>
@@ -48,6 +49,7 @@ struct built_show {
     std::string title;
     double bpm = 0; // 0: not said
     double beats_per_bar = 4;
+    std::vector<tried_call> tried;        // in the order of the files and their texts
     problem_list problems;
 };
 
