@@ -167,6 +167,16 @@ TEST_CASE("unlike calls on one line are told apart, though some are not made")
     CHECK(printed_by(text, {{"show.lua", 2, 2, 5}}) == "1\t5 1\t5 1\t5");
 }
 
+TEST_CASE("calls that differ in one number only are told apart")
+{
+    const char* const texts[] = {"try(1, 0, 9) end print(try(2, 0, 9))", "try(2, 1, 9) end print(try(2, 0, 9))",
+        "try(2, 0, 8) end print(try(2, 0, 9))"};
+    for (const char* const text : texts)
+        CHECK(printed_by(
+                  "for i = 1, 2 do if i == 2 then local x = " + std::string(text) + " end", {{"show.lua", 1, 2, 5}})
+            == "5 5");
+}
+
 TEST_CASE("of a try in a try the inner one is called first, whatever it is tried at")
 {
     const std::string text = "for i = 1, 2 do print(try(try(1, 0, 3), 0, 3)) end";
