@@ -99,7 +99,7 @@ TEST_CASE("a source becomes a build in another process, once for each request")
     CHECK(first.beats_per_bar == 3);
     CHECK(first.printed == std::vector<std::string>{"hello"});
     CHECK(first.pack.size() > 100);
-    CHECK(first.files == std::vector<std::string>{"show.lua"});
+    CHECK(first.files == std::vector<std::string>{"show.lua", "solids.lua"});
     CHECK(first.seconds > 0);
     CHECK_FALSE(builder_poll(t.b).has_value());
     const show_build second = build_and_wait(t.b, {folder.path, "show.lua"});

@@ -2,6 +2,7 @@
 
 #include "../authoring/built_source.h"
 
+#include <algorithm>
 #include <doctest/doctest.h>
 
 static std::vector<uint8_t> pack_of(const std::string& source)
@@ -96,4 +97,54 @@ TEST_CASE("a pack that was cut off anywhere, or holds a wrong byte, is told or p
         const show_build build = build_of_pack(folder.path + "/wrong.dpk");
         CHECK(build.can_play == !build.pack.empty());
     }
+}
+
+static bool watches(const show_build& build, const std::string& file)
+{
+    return std::count(build.files.begin(), build.files.end(), file) == 1;
+}
+
+static show_build build_of_text(const test_folder& folder, const std::string& source)
+{
+    write_file(folder, "show.lua", source);
+    return build_of_wish({folder.path, "show.lua"});
+}
+
+TEST_CASE("a file that a source looks for and that is not there is watched, whatever wants it")
+{
+    test_folder folder;
+    const std::string track = "track { scene 'a' { require 'solids'.box() { material = m } } { from = '0s', to = '1s' } }";
+    show_build build = build_of_text(folder, "require 'parts.colors'");
+    CHECK_FALSE(build.can_play);
+    CHECK(watches(build, "show.lua"));
+    CHECK(watches(build, "parts/colors.lua"));
+    build = build_of_text(folder, "m = material { texture = image './skin.png' }\n" + track);
+    CHECK_FALSE(build.can_play);
+    CHECK(watches(build, "skin.png"));
+    build = build_of_text(folder, "for _, p in ipairs(parts 'spider.obj') do end");
+    CHECK_FALSE(build.can_play);
+    CHECK(watches(build, "spider.obj"));
+    build = build_of_text(folder, "show { music = 'tune.ogg' }\nm = material {}\n" + track);
+    CHECK(build.can_play);
+    CHECK(watches(build, "tune.ogg"));
+    CHECK(watches(build, "solids.lua")); // the library's, until the folder has one
+    build = build_of_text(folder, "m = material { texture = image '../skin.png' }\n" + track);
+    CHECK_FALSE(build.can_play);
+    CHECK_FALSE(watches(build, "../skin.png"));
+}
+
+TEST_CASE("files that a model names are watched, those that are not there too")
+{
+    test_folder folder;
+    write_file(folder, "models/one.obj", "mtllib one.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const std::string source
+        = "track { scene 'a' { mesh 'models/one.obj' { material = material {} } } { from = '0s', to = '1s' } }";
+    show_build build = build_of_text(folder, source);
+    CHECK(build.can_play);
+    CHECK(watches(build, "models/one.obj"));
+    CHECK(watches(build, "models/one.mtl"));
+    write_file(folder, "models/one.mtl", "newmtl red\n");
+    build = build_of_text(folder, source);
+    CHECK(build.can_play);
+    CHECK(watches(build, "models/one.mtl"));
 }

@@ -111,8 +111,10 @@ static aiFile* open_model_file(aiFileIO* system, const char* name, const char* m
         return nullptr;
     owned_file stream(open_plain_file(plain.c_str()));
     struct stat status;
-    if (stream == nullptr || fstat(fileno(stream.get()), &status) != 0)
+    if (stream == nullptr || fstat(fileno(stream.get()), &status) != 0) {
+        add_once(files.missing, plain);
         return nullptr;
+    }
     const bool is_new = std::find(files.taken.begin(), files.taken.end(), plain) == files.taken.end();
     if (is_new && static_cast<uint64_t>(status.st_size) > files.bytes_left) {
         files.too_large = true;
@@ -137,7 +139,7 @@ static void close_model_file(aiFileIO*, aiFile* file)
 model_files files_of_model(const std::string& model, uint64_t most_bytes)
 {
     const owned_block<char> folder(realpath(".", nullptr));
-    return {folder == nullptr ? "" : folder.get(), model, most_bytes, false, {}, {}};
+    return {folder == nullptr ? "" : folder.get(), model, most_bytes, false, {}, {}, {}};
 }
 
 aiFileIO file_system_of(model_files& files)

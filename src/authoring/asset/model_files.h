@@ -16,6 +16,7 @@ struct model_files {
     bool too_large;                   // a file was not opened for want of these
     std::vector<std::string> taken;   // names below the folder, each once
     std::vector<std::string> refused; // in the same way, "../b", each once
+    std::vector<std::string> missing; // below the folder, looked for and not there, each once
 };
 
 // For a model in the working folder, all of whose files together may have `most_bytes`.

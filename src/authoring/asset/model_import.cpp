@@ -225,6 +225,7 @@ static std::string take_scene(const model_scene& scene, const model_options& opt
         return no_triangles(scene, model.triangles_dropped);
     model.files_taken = scene.files_taken;
     model.files_refused = scene.files_refused;
+    model.files_missing = scene.files_missing;
     return finish_model(options, whole, model);
 }
 

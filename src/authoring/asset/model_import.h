@@ -41,6 +41,7 @@ struct imported_model {
     std::vector<model_part> parts;          // none for a ".mesh"
     std::vector<std::string> files_taken;   // below the model's folder, sorted, the model with them
     std::vector<std::string> files_refused; // named by the model, or tried in place of that, outside of the folder
+    std::vector<std::string> files_missing; // looked for below the model's folder and not there
     uint32_t triangles_dropped;             // for want of an area, or of finite positions
 };
 

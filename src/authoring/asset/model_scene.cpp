@@ -320,7 +320,9 @@ std::string read_model_scene(const std::string& name, model_scene& scene)
             + std::to_string(max_model_pieces) + " nodes";
     std::sort(files.taken.begin(), files.taken.end());
     std::sort(files.refused.begin(), files.refused.end());
+    std::sort(files.missing.begin(), files.missing.end());
     scene.files_taken = std::move(files.taken);
     scene.files_refused = std::move(files.refused);
+    scene.files_missing = std::move(files.missing);
     return "";
 }

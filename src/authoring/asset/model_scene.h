@@ -50,6 +50,7 @@ struct model_scene {
     model_left_out left_out;
     std::vector<std::string> files_taken;   // what was opened, below the model's folder, sorted; the model is one
     std::vector<std::string> files_refused; // what it names outside of that, "../b", sorted
+    std::vector<std::string> files_missing; // what was looked for there and was not found, sorted
 };
 
 // Whether a name's ending is one of a model's, as the importing library knows them: ".obj", in whatever case.

@@ -70,6 +70,7 @@ void write_model_scene(const model_scene& scene, std::vector<uint8_t>& bytes)
         put_u32(bytes, count);
     put_texts(bytes, scene.files_taken);
     put_texts(bytes, scene.files_refused);
+    put_texts(bytes, scene.files_missing);
 }
 
 // ---- reading -------------------------------------------------------------------
@@ -177,6 +178,7 @@ bool parse_model_scene(const std::vector<uint8_t>& bytes, model_scene& scene)
         *count = take_u32(in);
     take_texts(in, scene.files_taken);
     take_texts(in, scene.files_refused);
+    take_texts(in, scene.files_missing);
     const bool whole = !in.broken && in.left == 0;
     if (!whole)
         scene = {};

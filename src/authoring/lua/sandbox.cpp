@@ -633,6 +633,11 @@ bool sandbox_run_function(sandbox& s, int (*f)(lua_State*))
     return run_protected(s, guarded<run_plain_function>, &function);
 }
 
+const std::vector<std::string>& sandbox_missing_files(const sandbox& s)
+{
+    return s.files_missing;
+}
+
 const std::vector<std::string>& sandbox_files(const sandbox& s)
 {
     return s.files;

@@ -56,6 +56,9 @@ constexpr size_t max_sandbox_problems = 200;
 // The show's own files that were read, below its folder, in the order of reading: what to watch for changes.
 const std::vector<std::string>& sandbox_files(const sandbox& s);
 
+// Those that were looked for below the folder and not there, or could not be read: once they are, the source is another.
+const std::vector<std::string>& sandbox_missing_files(const sandbox& s);
+
 // Instructions of the last run, charges among them. The limits of steps and time hold for each run.
 uint64_t sandbox_steps(const sandbox& s);
 

@@ -41,6 +41,7 @@ struct sandbox {
     uint64_t untold = 0; // problems beyond the list
     std::vector<std::string> files;
     std::map<std::string, std::vector<try_site>> tries; // by file
+    std::vector<std::string> files_missing;
     std::vector<std::string> being_read;  // files that require has begun and not ended
     std::vector<std::string> known_names; // of fields and methods
     uint64_t random[4] = {};

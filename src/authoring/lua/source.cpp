@@ -177,6 +177,12 @@ void build_source(const build_request& request, built_show& built)
         look_at_files(show, built);
     if (!built.entries.empty() && !has_errors(built.problems))
         check_built(show, request.file, built);
+    for (const std::string& missing : sandbox_missing_files(*box))
+        want_file(show, missing);
+    built.files_wanted = std::move(show.files_wanted);
+    std::erase_if(built.files_wanted, [&built](const std::string& file) {
+        return std::find(built.files_taken.begin(), built.files_taken.end(), file) != built.files_taken.end();
+    });
     for (show_problem& problem : built.problems)
         if (problem.file.empty())
             problem.file = request.file;

@@ -289,10 +289,12 @@ static int require_word(lua_State* L)
         std::string text;
         const std::string wrong = read_source_file(s, file, text);
         if (!wrong.empty()) {
+            s.files_missing.push_back(file);
             raise_error(L, wrong);
         }
         return run_required(L, name, file, text, false);
     }
+    s.files_missing.push_back(file);
     if (const library_text* found = find_library_text(s.options.library, name)) {
         return run_required(L, name, name, found->text, true);
     }

@@ -96,6 +96,7 @@ static int word_parts(lua_State* L)
     const std::string file = file_at(L, 1, "parts", "parts \"file.obj\"");
     show_description& show = *state_of(L).show;
     std::string problem;
+    want_file(show, file);
     const std::string path = path_in_folder(show.folder, file, problem);
     imported_model model = {};
     if (!path.empty()) {

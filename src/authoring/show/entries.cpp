@@ -31,6 +31,15 @@ void note_file(lowering& l, const std::string& file)
         taken.push_back(file);
 }
 
+void want_file(show_description& show, const std::string& file)
+{
+    const std::filesystem::path wish = std::filesystem::path(file).lexically_normal();
+    const bool is_inside = !file.empty() && !wish.is_absolute() && wish.begin()->string() != "..";
+    std::vector<std::string>& wanted = show.files_wanted;
+    if (is_inside && std::find(wanted.begin(), wanted.end(), wish.string()) == wanted.end())
+        wanted.push_back(wish.string());
+}
+
 std::string near_file(const std::string& path)
 {
     namespace fs = std::filesystem;
@@ -78,6 +87,7 @@ std::string find_file(lowering& l, const std::string& file, const source_place& 
     const std::string path = path_in_folder(l.show.folder, file, fault);
     if (!fault.empty())
         add_problem(l.built.problems, problem_error, place, fault);
+    want_file(l.show, file);
     if (!path.empty())
         note_file(l, std::filesystem::path(file).lexically_normal().string());
     return path;

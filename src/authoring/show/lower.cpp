@@ -172,6 +172,7 @@ static void take_music(lowering& l)
     std::error_code fault;
     const std::filesystem::path wish = std::filesystem::path(l.show.music).lexically_normal();
     const bool is_inside = !wish.is_absolute() && wish.begin()->string() != "..";
+    want_file(l.show, l.show.music);
     if (is_inside && !std::filesystem::exists(l.show.folder / wish, fault))
         return add_problem(l.built.problems, problem_warning, l.show.music_place,
             "there is no music \"" + l.show.music + "\" beside the source"

@@ -24,6 +24,8 @@ static void note_files(lowering& l, const std::string& file, const imported_mode
     const std::string folder = file.substr(0, file.find_last_of('/') + 1);
     for (const std::string& taken : model.files_taken)
         note_file(l, folder + taken);
+    for (const std::string& missing : model.files_missing)
+        want_file(l.show, folder + missing);
 }
 
 const model_file& model_file_of(show_description& show, const std::string& path)

@@ -28,6 +28,7 @@ struct show_description {
     bool keep_order = false;
     std::vector<std::unique_ptr<thing>> things;                             // in the order in which they were made
     std::map<std::string, model_file> model_files;                          // that have been read, by path
+    std::vector<std::string> files_wanted; // below the folder: looked for, whether they are there or not
     std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
 };
 
@@ -43,6 +44,7 @@ struct built_show {
     std::unique_ptr<authored_document> documents[authored_document_count]; // null: there is none
     std::vector<pack_entry> entries;                                       // documents first
     std::vector<std::string> files_taken; // below the folder: sources, assets, the music
+    std::vector<std::string> files_wanted; // that were looked for as well, and not taken: most are not there
     std::string music;                    // the music's file, below the folder; empty: none
     source_place music_place;             // where the source says so
     double music_seconds = 0;             // 0: none, or none that plays
@@ -52,6 +54,10 @@ struct built_show {
     std::vector<tried_call> tried;        // in the order of the files and their texts
     problem_list problems;
 };
+
+// Tells that a file is looked for: once it is there, or is another, the show may be another. Names that lead out of the
+// folder are passed over.
+void want_file(show_description& show, const std::string& file);
 
 // The model's file at `path`, which is read once, however many parts are wanted of it.
 const model_file& model_file_of(show_description& show, const std::string& path);

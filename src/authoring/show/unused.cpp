@@ -49,6 +49,7 @@ static std::string lost_file(lowering& l, const thing& made)
     else if (const font_thing* font = as<font_thing>(&made))
         file = font->file;
     std::string fault;
+    want_file(l.show, file);
     if (!file.empty())
         path_in_folder(l.show.folder, file, fault);
     return fault.empty() ? "" : " And " + fault;

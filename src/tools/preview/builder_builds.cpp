@@ -77,6 +77,7 @@ static show_build build_of_source(const build_wish& wish)
     build.from_source = true;
     build.problems = std::move(built.problems);
     build.files = std::move(built.files_taken);
+    build.files.insert(build.files.end(), built.files_wanted.begin(), built.files_wanted.end());
     build.title = built.title;
     build.bpm = built.bpm;
     build.beats_per_bar = built.beats_per_bar;
