@@ -7,6 +7,7 @@
 #include "model/document.h"
 #include "model/image_decode.h"
 #include "model/mesh_bytes.h"
+#include "model/record_handover.h"
 
 #include <cassert>
 #include <cstdlib>
@@ -61,13 +62,48 @@ static bool count_unfolded(const document_place& at, uint64_t bytes)
             line_of("meshes and images unfold to more than %u MiB.", static_cast<uint32_t>(max_unfolded_bytes >> 20)));
 }
 
+// ---- records that are there already -------------------------------------------------
+
+// The record of the document before that comes from the same bytes; null: there is none, and it has to be decoded.
+template <typename record_type>
+static const record_type* take_known(
+    const document_place& at, table<record_type> document::*records, const source_key& key)
+{
+    record_handover* handover = at.reader.handover;
+    if (handover == nullptr)
+        return nullptr;
+    const uint32_t from = take_record(*handover, at.section, at.reader.handle, key);
+    return from != 0 ? table_get(handover->before->*records, from) : nullptr;
+}
+
+// A record that warns is read each time, so that it warns each time.
+static void drop_key_of_warning(const document_place& at, uint32_t warnings_before)
+{
+    if (at.reader.handover != nullptr && at.reader.warning_count != warnings_before)
+        drop_key(*at.reader.handover, at.section, at.reader.handle);
+}
+
 // ---- meshes -----------------------------------------------------------------------
+
+static uint32_t bytes_of_mesh(const mesh_arrays& arrays)
+{
+    const auto* end = reinterpret_cast<const uint8_t*>(arrays.indices + arrays.index_count);
+    return static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
+}
+
+static const mesh_record* take_known_mesh(const document_place& at, const entry_bytes& entry)
+{
+    if (at.reader.handover == nullptr)
+        return nullptr;
+    source_key key;
+    add_to_key(key, entry.bytes.get(), entry.size);
+    return take_known(at, &document::mesh_table, key);
+}
 
 // Bytes behind the last whole triangle.
 static void check_mesh_end(const document_place& at, const char* name, uint32_t size, const mesh_arrays& arrays)
 {
-    const auto* end = reinterpret_cast<const uint8_t*>(arrays.indices + arrays.index_count);
-    const auto used = static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
+    const uint32_t used = bytes_of_mesh(arrays);
     assert(used <= size);
     if (used < size)
         warn(at, quoted(name) + line_of(": the last bytes, %u, make no triangle and are dropped.", size - used));
@@ -80,12 +116,18 @@ bool read_mesh(const document_place& at, const xml_node& node)
     entry_bytes entry{};
     if (name == nullptr || !read_entry(at, name, entry))
         return false;
+    if (const mesh_record* known = take_known_mesh(at, entry)) {
+        *mesh = *known;
+        return count_unfolded(at, bytes_of_mesh(mesh->arrays));
+    }
+    const uint32_t warnings = at.reader.warning_count;
     uint32_t size = 0;
     if (const xmlz_status status = xmlz_inflate(entry.bytes.get(), entry.size, &mesh->data, &size); status != xmlz_ok)
         return fail(at, "entry " + quoted(name) + " " + xmlz_status_text(status) + ".");
     if (const std::string fault = lay_out_mesh(mesh->data, size, mesh->arrays); !fault.empty())
         return fail(at, quoted(name) + " is not a mesh: " + fault + ".");
     check_mesh_end(at, name, size, mesh->arrays);
+    drop_key_of_warning(at, warnings);
     return count_unfolded(at, size);
 }
 
@@ -131,14 +173,55 @@ static uint8_t* read_level(const document_place& at, const char* image_name, uin
     return nullptr;
 }
 
+// An entry that cannot be read is as good as none here: whoever decodes it says so.
+static void add_entry_to_key(const document_place& at, const char* name, source_key& key)
+{
+    uint8_t* bytes = nullptr;
+    uint32_t size = 0;
+    if (pack_read_entry(at.reader.pack, name, &bytes, &size) == pack_found)
+        add_to_key(key, bytes, size);
+    else
+        add_number(key, UINT8_MAX);
+    std::free(bytes);
+}
+
+static void add_levels_to_key(const document_place& at, const char* image_name, source_key& key)
+{
+    for (const uint32_t level : {1u, 2u}) {
+        const level_name name = name_of_level(image_name, level);
+        if (name.text[0] != 0)
+            add_entry_to_key(at, name.text, key);
+        else
+            add_number(key, UINT8_MAX);
+    }
+}
+
+static const image_texture* take_known_image(const document_place& at, const char* name, const image_texture& texture)
+{
+    if (at.reader.handover == nullptr)
+        return nullptr;
+    source_key key;
+    add_number(key, texture.texture_format);
+    add_number(key, texture.texture_filter);
+    add_entry_to_key(at, name, key);
+    add_levels_to_key(at, name, key);
+    return take_known(at, &document::image_texture_table, key);
+}
+
 bool read_image_texture(const document_place& at, const xml_node& node)
 {
     image_texture* texture = add_record(at, at.reader.target->image_texture_table);
     const char* name = texture != nullptr ? read_entry_name(at, node, "filename") : nullptr;
     decoded_image image{};
     if (name == nullptr
-        || !read_format_and_filter(at, node, "it acts as 2", texture->texture_format, texture->texture_filter)
-        || !decode_entry(at, name, image))
+        || !read_format_and_filter(at, node, "it acts as 2", texture->texture_format, texture->texture_filter))
+        return false;
+    if (const image_texture* known = take_known_image(at, name, *texture)) {
+        *texture = *known;
+        return count_unfolded(at, uint64_t{texture->width} * texture->height * texture->components);
+    }
+    const uint32_t warnings = at.reader.warning_count;
+    if (!decode_entry(at, name, image))
         return false;
     texture->width = image.width;
     texture->height = image.height;
@@ -146,6 +229,7 @@ bool read_image_texture(const document_place& at, const xml_node& node)
     texture->pixels = image.pixels;
     texture->level1 = read_level(at, name, 1, *texture);
     texture->level2 = read_level(at, name, 2, *texture);
+    drop_key_of_warning(at, warnings);
     return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
 }
 
@@ -168,6 +252,27 @@ static bool read_face(const document_place& at, const char* name, cube_map& cube
     return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
 }
 
+static const cube_map* take_known_cube_map(
+    const document_place& at, const char* const names[cube_face_count], const cube_map& cube)
+{
+    if (at.reader.handover == nullptr)
+        return nullptr;
+    source_key key;
+    add_number(key, cube.texture_format);
+    add_number(key, cube.texture_filter);
+    for (uint32_t face = 0; face < cube_face_count; ++face)
+        add_entry_to_key(at, names[face], key);
+    return take_known(at, &document::cube_map_table, key);
+}
+
+static bool count_unfolded_faces(const document_place& at, const cube_map& cube)
+{
+    uint64_t bytes = 0;
+    for (const uint32_t components : cube.components)
+        bytes += uint64_t{cube.size} * cube.size * components;
+    return count_unfolded(at, bytes);
+}
+
 bool read_cube_map(const document_place& at, const xml_node& node)
 {
     static constexpr const char* face_names[cube_face_count] = {"xp", "xn", "yp", "yn", "zp", "zn"};
@@ -180,6 +285,10 @@ bool read_cube_map(const document_place& at, const xml_node& node)
     }
     if (!read_format_and_filter(at, node, "it acts as 2", cube->texture_format, cube->texture_filter))
         return false;
+    if (const cube_map* known = take_known_cube_map(at, entry_names, *cube)) {
+        *cube = *known;
+        return count_unfolded_faces(at, *cube);
+    }
     for (uint32_t face = 0; face < cube_face_count; ++face) {
         if (!read_face(place_of_part(at, face_names[face]), entry_names[face], *cube, face))
             return false;

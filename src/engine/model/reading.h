@@ -11,6 +11,7 @@
 #include <vector>
 
 struct document;
+struct record_handover;
 struct xml_node;
 
 // A part of a record, or of another part: object 5, manipulator 2, visibility.
@@ -41,6 +42,7 @@ struct document_reader {
     const xml_node* section_node; // the section under way, null at the end
     const xml_node* record_node;  // the record to read next
     FILE* pack;                   // where entries come from; not owned, may be null
+    record_handover* handover;    // what meshes and pictures may be taken from, undecoded; not owned, null: nothing
     uint32_t section;             // number of the section under way, from 1
     uint32_t record;              // number of the record read last, from 1
     uint32_t handle;              // its handle (for section 14: its track number + 1), 0: none was made

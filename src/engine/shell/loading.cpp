@@ -5,6 +5,7 @@
 #include "render/mesh_buffers_gl.h"
 #include "render/shader_program_gl.h"
 #include "render/shader_source.h"
+#include "shell/loading_again.h"
 #include "texgen/generators.h"
 #include "texgen/texture_graph.h"
 #include "texgen/texture_upload_gl.h"
@@ -19,7 +20,10 @@ void document_loader_begin(
     loader = {};
     loader.options = options;
     document_reader_begin(loader.reader, target, root, pack);
+    loader.reader.handover = options.handover;
 }
+
+// ---- generated textures -------------------------------------------------------------
 
 static void make_generated_image(document& d)
 {
@@ -41,27 +45,45 @@ static void make_texture_graph(document& d, const texture_format_table& formats)
     document_free_generated_images(d);
 }
 
-static void make_program(document& d, uint32_t handle, material_record& material, bool shader_log)
+// ---- programs -----------------------------------------------------------------------
+
+static void explain_failure(const document& d, uint32_t handle, const material_record& material,
+    const shader_unit units[texture_unit_count], const loading_options& options)
+{
+    const std::string place = record_label(d, section_materials, handle);
+    const std::string lines = explain_shader_failure(material, units, place);
+    if (options.remarks == nullptr)
+        std::fputs(lines.c_str(), stderr);
+    else if (!lines.empty())
+        options.remarks->push_back({section_materials, handle, lines});
+}
+
+static void make_program(document& d, uint32_t handle, material_record& material, const loading_options& options)
 {
     shader_unit units[texture_unit_count];
     resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
         d.cube_map_table, units);
     generate_shader(material, d.transform_table, units);
-    build_shader(material, units);
-    if (!shader_log)
+    if (options.handover != nullptr && take_program(*options.handover, d, handle, material, units))
         return;
-    const std::string place = record_label(d, section_materials, handle);
-    std::fputs(explain_shader_failure(material, units, place).c_str(), stderr);
+    build_shader(material, units);
+    if (options.shader_log)
+        explain_failure(d, handle, material, units, options);
 }
+
+// ---- records ------------------------------------------------------------------------
 
 static void make_record(document& d, uint32_t section, uint32_t handle, const loading_options& options)
 {
     assert(section >= 1 && section < no_more_sections);
     switch (static_cast<document_section>(section)) {
     case section_generated_images:
-        make_generated_image(d);
+        if (options.handover == nullptr) // else which are needed is known once all nodes are there
+            make_generated_image(d);
         break;
     case section_texture_nodes:
+        if (options.handover != nullptr)
+            break;
         if (texture_node* node = table_get(d.texture_table, handle); node && node->type == node_output)
             create_output_texture_gl(*node, options.formats);
         break;
@@ -75,16 +97,16 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
                 *texture, d.function_table, options.formats, options.first_images, options.caps.pbo == 1);
         break;
     case section_image_textures:
-        if (image_texture* image = table_get(d.image_texture_table, handle))
+        if (image_texture* image = table_get(d.image_texture_table, handle); image && image->texture == 0)
             upload_image_texture_gl(*image, options.formats);
         break;
     case section_cube_maps:
-        if (cube_map* cube = table_get(d.cube_map_table, handle))
+        if (cube_map* cube = table_get(d.cube_map_table, handle); cube && cube->texture == 0)
             upload_cube_map_gl(*cube, options.formats);
         break;
     case section_materials:
         if (material_record* material = table_get(d.material_table, handle); material && options.glsl)
-            make_program(d, handle, *material, options.shader_log);
+            make_program(d, handle, *material, options);
         break;
     case section_mesh_effects:
         if (mesh_effect* effect = table_get(d.effect_table, handle))
@@ -114,7 +136,7 @@ static void print_new_warnings(document_loader& loader)
         const document_problem& problem = problems[loader.problems_seen];
         if (problem.fatal)
             loader.error = problem.text;
-        else if (loader.problems_seen < printed_warnings)
+        else if (loader.problems_seen < printed_warnings && loader.options.remarks == nullptr)
             std::fprintf(stderr, "%s\n", problem.text.c_str());
     }
 }
@@ -133,12 +155,16 @@ read_step document_loader_step(document_loader& loader)
     const read_step step = document_read_step(reader);
     print_new_warnings(loader);
     assert(step != read_failed || !loader.error.empty());
-    if (step == read_done || step == read_failed)
+    if ((step == read_done || step == read_failed) && loader.options.remarks == nullptr)
         print_count_of_the_rest(reader);
     if (step == read_record)
         make_record(*reader.target, reader.section, reader.handle, loader.options);
-    if (step == read_section_end && reader.section == section_texture_nodes)
-        make_texture_graph(*reader.target, loader.options.formats);
+    if (step == read_section_end && reader.section == section_texture_nodes) {
+        if (loader.options.handover != nullptr)
+            make_texture_graph_again(*loader.options.handover, *reader.target, loader.options.formats);
+        else
+            make_texture_graph(*reader.target, loader.options.formats);
+    }
     return step;
 }
 

@@ -10,18 +10,29 @@
 #include "content/xml.h"
 #include "model/capabilities.h"
 #include "model/document_reader.h"
+#include "model/record_handover.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
+
+// What is to be told of a record while it is made, beside what the reader found: why a program does not build.
+struct loading_remark {
+    uint32_t section;
+    uint32_t record;  // from 1
+    std::string text; // lines, each with its end
+};
 
 // What a document is made for.
 struct loading_options {
     gl_caps caps;
     texture_format_table formats;
-    bool glsl;               // materials get programs
-    bool first_images;       // dynamic textures get their picture of time 0 (the production)
-    bool shader_log = false; // programs that do not build are explained on standard error
+    bool glsl;                           // materials get programs
+    bool first_images;                   // dynamic textures get their picture of time 0 (the production)
+    bool shader_log = false;             // programs that do not build are explained on standard error
+    record_handover* handover = nullptr; // not owned; a document that is loaded again takes from it what stays the same
+    std::vector<loading_remark>* remarks = nullptr; // takes what is told; then nothing is written to standard error
 };
 
 struct document_loader {

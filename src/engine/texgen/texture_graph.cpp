@@ -159,3 +159,11 @@ void generate_textures(
         }
     }
 }
+
+void generate_some_textures(const table<texture_node>& node_pool, std::span<const generated_image> generated_images,
+    uint32_t size, std::span<const uint32_t> nodes)
+{
+    for (const uint32_t handle : nodes)
+        if (texture_node* node = table_get(node_pool, handle))
+            make_pixels(generated_images, node_pool, size, *node);
+}

@@ -28,3 +28,7 @@ void compute_node(std::span<const generated_image> generated_images, const table
 // Evaluates the whole graph: roots first, in pool order, until nothing is pending.
 void generate_textures(
     const table<texture_node>& node_pool, std::span<const generated_image> generated_images, uint32_t size);
+
+// Computes these nodes alone, in this order: inputs stand before what they feed. The others keep null pixels.
+void generate_some_textures(const table<texture_node>& node_pool, std::span<const generated_image> generated_images,
+    uint32_t size, std::span<const uint32_t> nodes);

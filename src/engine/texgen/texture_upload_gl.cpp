@@ -128,20 +128,24 @@ void release_output_texture_gl(texture_node& node)
     drop_texture(node.texture);
 }
 
-void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats)
+void upload_output_texture_gl(const texture_node& node, const texture_format_table& formats)
 {
     static const std::array<uint8_t, size_t{3}* generated_size* generated_size> black = {};
-    for (auto [handle, node] : texture_table) {
-        if (node.type != node_output || node.texture == 0)
-            continue;
-        const uint8_t* pixels = node.pixels != nullptr ? node.pixels : black.data();
-        const picture base = {generated_size, generated_size, 3, pixels};
-        const uint32_t format = internal_format_of(formats, node.texture_format);
-        glBindTexture(GL_TEXTURE_2D, node.texture);
-        upload_base_level(GL_TEXTURE_2D, base, format, GL_RGB);
-        if (node.texture_filter == filter_mipmaps)
-            build_mipmaps(base.width, base.height, base.pixels, base.components, format);
-    }
+    if (node.type != node_output || node.texture == 0)
+        return;
+    const uint8_t* pixels = node.pixels != nullptr ? node.pixels : black.data();
+    const picture base = {generated_size, generated_size, 3, pixels};
+    const uint32_t format = internal_format_of(formats, node.texture_format);
+    glBindTexture(GL_TEXTURE_2D, node.texture);
+    upload_base_level(GL_TEXTURE_2D, base, format, GL_RGB);
+    if (node.texture_filter == filter_mipmaps)
+        build_mipmaps(base.width, base.height, base.pixels, base.components, format);
+}
+
+void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats)
+{
+    for (auto [handle, node] : texture_table)
+        upload_output_texture_gl(node, formats);
 }
 
 void upload_image_texture_gl(image_texture& image, const texture_format_table& formats)
@@ -193,6 +197,14 @@ void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats)
 void release_cube_map_gl(cube_map& cube)
 {
     drop_texture(cube.texture);
+}
+
+void reset_wrap_gl(uint32_t texture, bool cube_map)
+{
+    const GLenum target = cube_map ? GL_TEXTURE_CUBE_MAP : GL_TEXTURE_2D;
+    glBindTexture(target, texture);
+    glTexParameteri(target, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(target, GL_TEXTURE_WRAP_T, GL_REPEAT);
 }
 
 void recreate_target_gl(uint32_t old_texture, uint32_t texture, uint32_t width, uint32_t height)

@@ -28,9 +28,12 @@ void build_mipmaps_with_levels(uint32_t width, uint32_t height, const uint8_t* p
 void create_output_texture_gl(texture_node& node, const texture_format_table& formats);
 void release_output_texture_gl(texture_node& node);
 
-// Uploads every output node of the table that has a texture object: its pixels, or
-// black where it was never computed. Mipmaps are built for filter_mipmaps only: greater
-// numbers have the mipmapped filter too, and no levels, on purpose.
+// Uploads an output node that has a texture object: its pixels, or black where it was never
+// computed. Mipmaps are built for filter_mipmaps only: greater numbers have the mipmapped filter
+// too, and no levels, on purpose.
+void upload_output_texture_gl(const texture_node& node, const texture_format_table& formats);
+
+// All of a table.
 void upload_generated_textures_gl(const table<texture_node>& texture_table, const texture_format_table& formats);
 
 // Makes a picture's texture and frees its decoded pixels and ready-made levels.
@@ -43,6 +46,9 @@ void release_image_texture_gl(image_texture& image);
 // built face by face; how coordinates wrap is left to the material.
 void upload_cube_map_gl(cube_map& cube, const texture_format_table& formats);
 void release_cube_map_gl(cube_map& cube);
+
+// Coordinates beyond a texture's edges do again what those of a new texture do.
+void reset_wrap_gl(uint32_t texture, bool cube_map);
 
 // Deletes a render target's texture and makes an empty (black) RGB one of the given size and
 // name, both filters linear.
