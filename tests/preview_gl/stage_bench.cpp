@@ -1,6 +1,6 @@
 #include "stage_bench.h"
 
-#include "authoring/lua/source.h"
+#include "content/owners.h"
 #include "model/record_handover.h"
 #include "shell/loading.h"
 #include "tools/frames/frame_clock.h"
@@ -13,10 +13,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <utility>
 
 #ifdef __SANITIZE_ADDRESS__
 // What the driver keeps for itself.
@@ -249,40 +245,40 @@ void check_same_look(const stage_look& found, const stage_look& expected)
 
 // ---- shows ------------------------------------------------------------------------------
 
-static void edit_file(const std::filesystem::path& path, const source_edit& edit)
+show_build built_from(const document_text& text, const std::vector<pack_content>& entries)
 {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    std::string content = text.str();
-    const size_t at = content.find(edit.from);
-    REQUIRE_MESSAGE(at != std::string::npos, edit.from);
-    content.replace(at, edit.from.size(), edit.to);
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-show_build built_from(const std::string& folder, const std::vector<source_edit>& edits)
-{
-    namespace fs = std::filesystem;
-    char name[] = "/tmp/test_preview_gl.XXXXXX";
-    REQUIRE(mkdtemp(name) != nullptr);
-    fs::copy(folder, name, fs::copy_options::recursive);
-    for (const source_edit& edit : edits)
-        edit_file(fs::path(name) / edit.file, edit);
-    built_show built;
-    build_source({std::string(name) + "/", "show.lua"}, built);
-    std::string said;
-    for (const show_problem& p : built.problems)
-        said += p.text + "\n";
-    REQUIRE_MESSAGE(!has_errors(built.problems), said);
-    fs::remove_all(name);
-    return build_of(pack_bytes(built.entries));
-}
-
-show_build build_of(std::vector<uint8_t> pack)
-{
+    std::vector<pack_content> all = entries;
+    all.push_back({"demo.xmlz", in_envelope(to_text(text))});
+    const owned_file pack(open_pack(all));
+    std::vector<uint8_t> bytes;
+    REQUIRE(std::fseek(pack.get(), 0, SEEK_END) == 0);
+    bytes.resize(static_cast<size_t>(std::ftell(pack.get())));
+    std::rewind(pack.get());
+    REQUIRE(std::fread(bytes.data(), 1, bytes.size(), pack.get()) == bytes.size());
     show_build result;
     result.can_play = true;
-    result.pack = std::move(pack);
+    result.pack = std::move(bytes);
     return result;
+}
+
+// ---- reloads ----------------------------------------------------------------------------
+
+void check_reload(const show_build& before, const show_build& after)
+{
+    for (const bool glsl : {true, false}) {
+        CAPTURE(glsl);
+        stage_look expected[2];
+        for (const show_build* build : {&before, &after}) {
+            stage_bench alone(glsl);
+            alone.load_plainly(*build);
+            expected[build == &after] = look_of(alone, some_frames(alone.s.end));
+        }
+        stage_bench b(glsl);
+        b.load(before);
+        check_same_look(look_of(b, some_frames(b.s.end)), expected[0]);
+        b.load(after);
+        check_same_look(look_of(b, some_frames(b.s.end)), expected[1]);
+        b.load(before);
+        check_same_look(look_of(b, some_frames(b.s.end)), expected[0]);
+    }
 }

@@ -3,6 +3,7 @@
 // There is one context for a program; a stage_bench opens a stage in it and closes it again.
 #pragma once
 
+#include "document_text.h"
 #include "tools/preview/stage.h"
 
 #include <GL/glew.h>
@@ -10,18 +11,8 @@
 #include <string>
 #include <vector>
 
-// An edit of a file of a show's source: `from`, which must be there, becomes `to`, once.
-struct source_edit {
-    std::string file;
-    std::string from;
-    std::string to;
-};
-
-// A show's folder, built with edits of its files. What cannot be built fails the test.
-show_build built_from(const std::string& folder, const std::vector<source_edit>& edits);
-
-// A build as it comes from the pack's bytes.
-show_build build_of(std::vector<uint8_t> pack);
+// A show that has no source: a document as text and its entries.
+show_build built_from(const document_text& text, const std::vector<pack_content>& entries);
 
 struct stage_bench {
     stage s;
@@ -55,3 +46,7 @@ std::vector<uint64_t> some_frames(uint64_t end);
 
 // Checks that nothing differs, and names what does.
 void check_same_look(const stage_look& found, const stage_look& expected);
+
+// `after` loaded where `before` plays, and the other way round, on both paths: the look of each is that of one loaded
+// alone as the player loads it.
+void check_reload(const show_build& before, const show_build& after);
