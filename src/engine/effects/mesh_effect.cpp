@@ -59,6 +59,23 @@ void free_mesh_effect(mesh_effect& effect)
     effect.mesh = {};
 }
 
+size_t mesh_effect_state_bytes(uint32_t type)
+{
+    switch (static_cast<mesh_effect_kind>(type)) {
+    case mesh_effect_lake:
+    case mesh_effect_lake_2:
+        return sizeof(water_state);
+    case mesh_effect_centerwave:
+        return sizeof(centerwave_state);
+    case mesh_effect_particles:
+        return sizeof(swarm_state);
+    case mesh_effect_swirl:
+    case mesh_effect_kind_count:
+        break;
+    }
+    return 0;
+}
+
 uint32_t mesh_effect_param_count(uint32_t type)
 {
     return type == mesh_effect_swirl ? 2 : 1;

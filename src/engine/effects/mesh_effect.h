@@ -7,6 +7,7 @@
 #include "model/record_table.h"
 #include "model/records.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -16,6 +17,9 @@ void init_mesh_effect(mesh_effect& effect);
 
 // Frees state and mesh; twice is harmless.
 void free_mesh_effect(mesh_effect& effect);
+
+// Bytes of a kind's state, for those who copy it; 0 for kinds without one.
+size_t mesh_effect_state_bytes(uint32_t type);
 
 // Animated parameters of a kind: 2 for the swirl, else 1.
 uint32_t mesh_effect_param_count(uint32_t type);
