@@ -2,6 +2,10 @@
 // into, the frame before that shows through, what materials left, the library's random numbers) is kept every few
 // seconds, and frames are passed from the newest kept state before. So a picture is the same as in a run from the start
 // at the stage's rate.
+//
+// A picture that would take longer than it may is shown roughly at first: with what is remembered by then. Tracks that are
+// not drawn do not move either: states belong to the tracks that they were made with. From another camera nothing is
+// kept.
 #pragma once
 
 #include "tools/preview/stage.h"
@@ -10,14 +14,17 @@
 #include <memory>
 #include <vector>
 
-constexpr double kept_every = 2.0; // seconds of the show
+constexpr double kept_every = 2.0;                            // seconds of the show
+constexpr uint64_t most_kept_bytes = uint64_t{256} * 1048576; // above: every other one goes
 
-struct kept_state; // kept_states_gl.cpp
+struct kept_state;   // stage_state_gl.h
+struct keeper_parts; // kept_states_gl.cpp
 
 struct state_keeper {
     std::vector<std::unique_ptr<kept_state>> states; // ascending; the first stands before frame 0
+    std::unique_ptr<keeper_parts> parts;
     bool remembers = false; // whether frames depend on others at all; otherwise every jump is exact at once
-    bool exact = false;     // the stage is in the state of a run from the start
+    bool exact = false;     // the picture is that of a run from the start
     bool settling = false;  // frames are being passed toward `target`
     uint64_t target = 0;
     double pass_ms = 0.3; // what passing a frame took of late
@@ -30,7 +37,8 @@ struct state_keeper {
 void keeper_restart(state_keeper& k, stage& s);
 
 // Brings the stage to `frame` and draws it. Where that takes longer than `budget_ms`, the frame is drawn roughly at once
-// (with what is remembered as it is), and the rest is keeper_settle's: `settling` says so.
+// (with what is remembered as it is), and the rest is keeper_settle's: `settling` says so. A frame that is shown already
+// is drawn again only where it is seen otherwise (camera, tracks).
 void keeper_go(state_keeper& k, stage& s, uint64_t frame, double budget_ms);
 
 // Passes frames for at most `budget_ms`; when it arrives, draws the frame: true.

@@ -1,37 +1,399 @@
 #include "tools/preview/kept_states.h"
 
-struct kept_state {
-    uint64_t frame;
+#include "render/compositor_gl.h"
+#include "tools/preview/free_camera.h"
+#include "tools/preview/remembering.h"
+#include "tools/preview/stage_state_gl.h"
+
+#include <GL/glew.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <map>
+
+constexpr double rough_slice = 0.2;     // of the budget, for getting nearer before a rough picture
+constexpr double longest_stretch = 32; // frames that are passed between two looks at the clock
+
+namespace {
+
+using stopwatch = std::chrono::steady_clock;
+
+} // namespace
+
+struct keeper_parts {
+    remembering memory;
+    pixel_needs needs;
+    card_pixels card;
+    chance_place chance; // where the show's random numbers are
+    uint32_t muted = 0;  // tracks that are not drawn, since `needs` were made
+    uint64_t spacing = 120;
+
+    bool clean = false; // the stage is in the state of a run from the start that stands before `next`
+    uint64_t next = 0;
+    bool flown = false; // since the state was put back, frames were seen from another camera
+
+    std::unique_ptr<kept_state> resume; // where settling goes on after a rough picture
+    uint64_t settle_from = 0;
+
+    uint64_t drawn_frame = 0; // how the picture was drawn
+    bool drawn = false;
+    flown_camera drawn_camera;
+    standing_state standing_before; // it
+
+    std::map<uint64_t, uint64_t> keeping_frames; // by the frame at which a state is due
 };
 
 state_keeper::state_keeper() = default;
 state_keeper::~state_keeper() = default;
 
-void keeper_restart(state_keeper& k, stage&)
+static double ms_since(stopwatch::time_point begin)
+{
+    return std::chrono::duration<double, std::milli>(stopwatch::now() - begin).count();
+}
+
+// ---- beginning ------------------------------------------------------------------------------------
+
+static void make_needs(keeper_parts& p, const stage& s)
+{
+    document d = s.production;
+    if (s.shown != nullptr)
+        d.timeline = s.shown;
+    p.memory.targets = what_is_remembered(d).targets;
+    p.needs = make_pixel_needs(d, p.memory.targets, screen_view(s.display), s.display.caps, s.rate, s.end);
+    p.muted = s.muted_tracks;
+    p.keeping_frames.clear();
+}
+
+// OpenGL may be further on than the records of a new show say.
+static void forget_program(stage& s)
+{
+    if (glUseProgram == nullptr)
+        return;
+    glUseProgram(0);
+    s.drawing.gl.program = 0;
+}
+
+static void keep_first(state_keeper& k, stage& s)
+{
+    keeper_parts& p = *k.parts;
+    s.drawing.standing = initial_standing_state();
+    reset_rippler_cache(s.drawing.tools.rippler);
+    forget_program(s);
+    p.chance = chance_now();
+    k.states.push_back(keep_state_gl(s, {&p.memory, awaited_targets(p.needs, 0), false, nullptr}, p.card));
+    put_state_gl(s, *k.states[0], p.memory, p.card);
+    p.clean = true;
+    p.next = 0;
+}
+
+void keeper_restart(state_keeper& k, stage& s)
 {
     k.states.clear();
+    k.parts = std::make_unique<keeper_parts>();
+    k.exact = k.settling = k.remembers = false;
+    if (!s.has_show)
+        return;
+    keeper_parts& p = *k.parts;
+    p.memory = what_is_remembered(s.production);
+    const double frames = kept_every * s.rate.numerator / s.rate.denominator;
+    p.spacing = std::max<uint64_t>(1, static_cast<uint64_t>(std::llround(frames)));
+    make_needs(p, s);
+    k.remembers = p.memory.anything();
+    keep_first(k, s);
+}
+
+// ---- keeping --------------------------------------------------------------------------------------
+
+// Where a state is kept that is due at a frame: before the next one that clears all, so that the picture need not be kept;
+// with the picture where there is none for a while.
+static uint64_t find_keeping_frame(const keeper_parts& p, uint64_t due)
+{
+    for (uint64_t frame = due; frame < due + p.spacing / 2 && frame < p.needs.end; ++frame)
+        if (!shows_through(p.needs, frame))
+            return frame;
+    return due;
+}
+
+static uint64_t keeping_frame(keeper_parts& p, uint64_t due)
+{
+    if (due == 0)
+        return 0;
+    const auto [place, is_new] = p.keeping_frames.try_emplace(due);
+    if (is_new)
+        place->second = find_keeping_frame(p, due);
+    return place->second;
+}
+
+// The first one behind a frame.
+static uint64_t next_keeping_frame(keeper_parts& p, uint64_t frame)
+{
+    uint64_t due = frame / p.spacing * p.spacing;
+    while (keeping_frame(p, due) <= frame)
+        due += p.spacing;
+    return keeping_frame(p, due);
+}
+
+static const kept_state* newest_before(const state_keeper& k, uint64_t frame)
+{
+    const keeper_parts& p = *k.parts;
+    const kept_state* newest = nullptr;
+    for (const auto& state : k.states)
+        if (state->next <= frame && (state->next == 0 || state->muted == p.muted)
+            && (newest == nullptr || state->next > newest->next))
+            newest = state.get();
+    return newest;
+}
+
+uint64_t keeper_memory(const state_keeper& k)
+{
+    std::vector<const void*> seen;
+    uint64_t bytes = 0;
+    for (const auto& state : k.states)
+        bytes += count_bytes(*state, seen);
+    return bytes;
+}
+
+static void thin_out(state_keeper& k)
+{
+    while (k.states.size() > 2 && keeper_memory(k) > most_kept_bytes) {
+        for (size_t i = k.states.size() - 1; i >= 1; --i)
+            if (i % 2 == 1)
+                k.states.erase(k.states.begin() + static_cast<std::ptrdiff_t>(i));
+        k.parts->spacing *= 2;
+        k.parts->keeping_frames.clear();
+    }
+}
+
+static std::unique_ptr<kept_state> keep_now(state_keeper& k, stage& s, bool picture)
+{
+    keeper_parts& p = *k.parts;
+    auto state = keep_state_gl(s, {&p.memory, awaited_targets(p.needs, p.next), picture, newest_before(k, p.next)}, p.card);
+    state->next = p.next;
+    return state;
+}
+
+// The stage stands before a frame at which a state is due.
+static void keep_if_due(state_keeper& k, stage& s)
+{
+    keeper_parts& p = *k.parts;
+    if (!k.remembers || p.flown || p.next >= s.end || keeping_frame(p, p.next / p.spacing * p.spacing) != p.next)
+        return;
+    const kept_state* before = newest_before(k, p.next);
+    if (before != nullptr && before->next == p.next)
+        return;
+    const bool picture = shows_through(p.needs, p.next);
+    if (picture && !can_keep_pictures_gl())
+        return;
+    auto state = keep_now(k, s, picture);
+    const auto place = std::find_if(k.states.begin(), k.states.end(),
+        [&state](const std::unique_ptr<kept_state>& other) { return other->next > state->next; });
+    k.states.insert(place, std::move(state));
+    thin_out(k);
+}
+
+// ---- passing --------------------------------------------------------------------------------------
+
+// The stage has gone on by one frame.
+static void note_frame(state_keeper& k, stage& s)
+{
+    keeper_parts& p = *k.parts;
+    p.flown |= s.camera.on;
+    forget_changed_targets(s, p.memory.targets, p.card);
+    ++p.next;
+}
+
+// So many frames that the stage is right for whatever comes next: on the way, pixels may be missing.
+static void pass_stretch(state_keeper& k, stage& s, uint64_t to)
+{
+    keeper_parts& p = *k.parts;
+    const std::vector<kept_function> functions = keep_functions(s.production, p.memory.odd_functions);
+    const uint64_t from = p.next;
+    const std::vector<bool> pixels = passed_with_pixels(p.needs, from, to);
+    put_functions(s.production, functions);
+    for (uint64_t frame = from; frame < to; ++frame) {
+        stage_pass(s, frame, pixels[frame - from]);
+        note_frame(k, s);
+    }
+}
+
+// Passes frames until `to` is the next one or the time is over.
+static void pass_frames(state_keeper& k, stage& s, uint64_t to, double budget_ms)
+{
+    keeper_parts& p = *k.parts;
+    const auto begin = stopwatch::now();
+    const uint64_t first = p.next;
+    while (p.next < to && (p.next == first || ms_since(begin) < budget_ms)) {
+        const auto stretch_begin = stopwatch::now();
+        const double fitting = std::clamp(budget_ms / 4 / k.pass_ms, 1.0, longest_stretch);
+        const uint64_t end = std::min({to, p.next + static_cast<uint64_t>(fitting), next_keeping_frame(p, p.next)});
+        const auto count = static_cast<double>(end - p.next);
+        pass_stretch(k, s, end);
+        keep_if_due(k, s);
+        k.pass_ms += (ms_since(stretch_begin) / count - k.pass_ms) * std::min(1.0, 0.05 * count);
+    }
+}
+
+static void draw_frame_now(keeper_parts& p, stage& s, uint64_t frame)
+{
+    p.standing_before = s.drawing.standing;
+    stage_draw(s, frame);
+    p.drawn = true;
+    p.drawn_frame = frame;
+    p.drawn_camera = s.camera;
+}
+
+static void arrive(state_keeper& k, stage& s, uint64_t frame)
+{
+    keeper_parts& p = *k.parts;
+    draw_frame_now(p, s, frame);
+    note_frame(k, s);
+    keep_if_due(k, s);
+    p.resume = nullptr;
     k.exact = true;
     k.settling = false;
 }
 
-void keeper_go(state_keeper& k, stage& s, uint64_t frame, double)
+// Roughly: with what is remembered as it is. The state before it waits for keeper_settle.
+static void draw_roughly(state_keeper& k, stage& s, uint64_t frame)
 {
-    stage_draw(s, frame);
+    keeper_parts& p = *k.parts;
+    if (p.clean && p.next > 0 && k.remembers && (p.resume == nullptr || p.resume->next != p.next || p.resume->muted != p.muted))
+        p.resume = keep_now(k, s, can_keep_pictures_gl() && shows_through(p.needs, p.next));
+    draw_frame_now(p, s, frame);
+    forget_changed_targets(s, p.memory.targets, p.card);
+    p.clean = false;
+    k.exact = false;
+    k.settling = true;
+}
+
+// ---- starting points ------------------------------------------------------------------------------
+
+// The state from which the way to a frame is shortest; null: the one in which the stage is.
+static const kept_state* starting_point(const state_keeper& k, uint64_t frame)
+{
+    const keeper_parts& p = *k.parts;
+    const kept_state* best = newest_before(k, frame);
+    if (p.resume != nullptr && p.resume->muted == p.muted && p.resume->next <= frame
+        && (best == nullptr || p.resume->next > best->next))
+        best = p.resume.get();
+    const bool here = p.clean && p.next <= frame && (best == nullptr || p.next >= best->next);
+    return here ? nullptr : best;
+}
+
+static void put_back(state_keeper& k, stage& s, const kept_state& state)
+{
+    keeper_parts& p = *k.parts;
+    put_state_gl(s, state, p.memory, p.card);
+    p.clean = true;
+    p.next = state.next;
+    p.flown = false;
+}
+
+// ---- the keeper -----------------------------------------------------------------------------------
+
+static bool same_camera(const flown_camera& a, const flown_camera& b)
+{
+    return a.on == b.on
+        && (!a.on
+            || (std::memcmp(a.position, b.position, sizeof a.position) == 0
+                && std::memcmp(a.rotation, b.rotation, sizeof a.rotation) == 0));
+}
+
+// What is wished may have changed since the last frame.
+static void notice_changes(state_keeper& k, stage& s)
+{
+    keeper_parts& p = *k.parts;
+    if (p.muted != s.muted_tracks) {
+        make_needs(p, s);
+        p.clean = false;
+        p.drawn = false;
+    }
+    if (p.flown && !s.camera.on) {
+        p.clean = false;
+        p.flown = false;
+        p.resume = nullptr;
+    }
+    if (!s.at_frame)
+        p.drawn = false;
+}
+
+// The frame at hand once more. True: that is all there is to do.
+static bool draw_same_frame(state_keeper& k, stage& s, uint64_t frame)
+{
+    keeper_parts& p = *k.parts;
+    if (!p.drawn || p.drawn_frame != frame || s.frame != frame)
+        return false;
+    if (same_camera(p.drawn_camera, s.camera))
+        return k.exact;
+    if (!s.camera.on)
+        return false;
+    s.drawing.standing = p.standing_before;
+    apply_camera(s.camera, s.layers);
+    stage_draw_again(s);
+    p.drawn_camera = s.camera;
+    p.flown = true;
+    return true;
+}
+
+static void go(state_keeper& k, stage& s, uint64_t frame, double budget_ms)
+{
+    keeper_parts& p = *k.parts;
+    const auto begin = stopwatch::now();
+    const kept_state* start = starting_point(k, frame);
+    const uint64_t from = start != nullptr ? start->next : p.next;
+    const double estimate = static_cast<double>(frame - from) * k.pass_ms;
+    const double slice = estimate <= budget_ms ? budget_ms : budget_ms * rough_slice;
+    if (start != nullptr)
+        put_back(k, s, *start);
+    if (!k.settling)
+        p.settle_from = p.next;
+    if (p.next < frame)
+        pass_frames(k, s, frame, std::max(0.0, slice - ms_since(begin)));
+    if (p.next == frame)
+        arrive(k, s, frame);
+    else
+        draw_roughly(k, s, frame);
+}
+
+void keeper_go(state_keeper& k, stage& s, uint64_t frame, double budget_ms)
+{
+    if (k.parts == nullptr || k.states.empty())
+        return;
+    keeper_parts& p = *k.parts;
+    notice_changes(k, s);
     k.target = frame;
+    chance_put(p.chance);
+    if (!draw_same_frame(k, s, frame))
+        go(k, s, frame, budget_ms);
+    p.chance = chance_now();
 }
 
-bool keeper_settle(state_keeper& k, stage&, double)
+bool keeper_settle(state_keeper& k, stage& s, double budget_ms)
 {
-    k.settling = false;
-    return false;
+    if (k.parts == nullptr || !k.settling)
+        return false;
+    keeper_parts& p = *k.parts;
+    notice_changes(k, s);
+    chance_put(p.chance);
+    if (const kept_state* start = starting_point(k, k.target))
+        put_back(k, s, *start);
+    if (p.next < k.target)
+        pass_frames(k, s, k.target, budget_ms);
+    const bool arrived = p.next == k.target;
+    if (arrived)
+        arrive(k, s, k.target);
+    p.chance = chance_now();
+    return arrived;
 }
 
-double keeper_progress(const state_keeper&)
+double keeper_progress(const state_keeper& k)
 {
-    return 1;
-}
-
-uint64_t keeper_memory(const state_keeper&)
-{
-    return 0;
+    if (k.parts == nullptr || !k.settling || k.target <= k.parts->settle_from)
+        return 1;
+    const keeper_parts& p = *k.parts;
+    const uint64_t reached = p.clean ? p.next : p.resume != nullptr ? p.resume->next : p.settle_from;
+    return std::clamp(static_cast<double>(reached - std::min(reached, p.settle_from))
+            / static_cast<double>(k.target - p.settle_from), 0.0, 1.0);
 }
