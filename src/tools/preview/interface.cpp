@@ -23,12 +23,15 @@ static void draw_notice(preview& p)
 
 static void draw_side(preview& p, const box& place)
 {
-    begin_place("side", place, color_panel);
+    begin_place("side", place, color_panel, {16, 10});
     draw_selection(p);
     draw_tries(p);
     draw_figures(p);
     const float x = place.x + 0.5f;
-    ImGui::GetWindowDrawList()->AddLine({x, place.y}, {x, place.y + place.height}, color_line);
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    list->PushClipRect({place.x, place.y}, {place.x + place.width, place.y + place.height});
+    list->AddLine({x, place.y}, {x, place.y + place.height}, color_line);
+    list->PopClipRect();
     ImGui::End();
 }
 

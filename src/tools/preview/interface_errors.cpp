@@ -9,6 +9,7 @@
 
 constexpr size_t most_shown = 60; // problems; the rest is counted
 constexpr float most_width = 860;
+constexpr float margin = 16; // to the picture's edges
 
 struct problem_counts {
     size_t errors = 0;
@@ -110,12 +111,17 @@ static void draw_heading(preview& p, bool broken, const std::string& text, float
         (broken ? p.face.shows_errors : p.face.opens_warnings) = false;
 }
 
+// The next window's lower left corner lies in the picture's.
+static void put_into_corner(const preview& p)
+{
+    ImGui::SetNextWindowPos({p.face.picture_x + margin, p.face.picture_y + p.face.picture_height - margin},
+        ImGuiCond_Always, {0, 1});
+}
+
 static void begin_problems(const preview& p, bool broken, float width)
 {
-    const box place = layout_of(p).picture;
-    const float margin = 26;
-    ImGui::SetNextWindowPos({place.x + margin, place.y + place.height - margin}, ImGuiCond_Always, {0, 1});
-    ImGui::SetNextWindowSizeConstraints({width, 0}, {width, std::max(80.0f, place.height * 0.6f)});
+    put_into_corner(p);
+    ImGui::SetNextWindowSizeConstraints({width, 0}, {width, std::max(80.0f, p.face.picture_height * 0.7f)});
     ImGui::PushStyleColor(ImGuiCol_WindowBg, broken ? rgb(0x241a1a, 246) : rgb(0x1a1a1d, 246));
     ImGui::PushStyleColor(ImGuiCol_Border, broken ? rgb(0x6b3a34) : color_line);
     ImGui::Begin(broken ? "errors" : "warnings", nullptr,
@@ -160,10 +166,9 @@ static void draw_broken(preview& p, const problem_counts& counts, float width)
 // A small sign in the corner: how much there is to be read.
 static void draw_chip(preview& p, const problem_counts& counts)
 {
-    const box place = layout_of(p).picture;
     const bool broken = counts.errors > 0;
     const std::string text = broken ? counted(counts.errors, "error", "errors") : lesser_text(counts);
-    ImGui::SetNextWindowPos({place.x + 26, place.y + place.height - 26}, ImGuiCond_Always, {0, 1});
+    put_into_corner(p);
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, ImVec2(4, 2));
     ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, ImVec2(1, 1));
     ImGui::PushStyleColor(ImGuiCol_WindowBg, rgb(0x1a1a1d, 235));
@@ -188,7 +193,7 @@ void draw_errors(preview& p)
     if (counts.errors + counts.warnings + counts.notes == 0)
         return;
     take_quotes(p);
-    const float width = std::max(200.0f, std::min(layout_of(p).picture.width - 52, most_width));
+    const float width = std::max(200.0f, std::min(p.face.picture_width - 2 * margin, most_width));
     if (counts.errors > 0 && p.face.shows_errors)
         return draw_broken(p, counts, width);
     if (counts.errors > 0 || !p.face.opens_warnings)

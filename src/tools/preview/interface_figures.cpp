@@ -13,6 +13,16 @@ constexpr double memory_every = 0.5; // seconds
 
 // ---- frame times -----------------------------------------------------------------------------------------
 
+// What nine frames in ten stay below, rounded up: a single long one does not make all others small.
+static float top_of_graph(std::vector<float> times)
+{
+    if (times.empty())
+        return 5;
+    const auto most = times.begin() + static_cast<ptrdiff_t>((times.size() - 1) * 9 / 10);
+    std::nth_element(times.begin(), most, times.end());
+    return *most <= 4 ? 5 : *most <= 18 ? 20 : std::ceil(*most * 1.2f / 20) * 20;
+}
+
 static void draw_graph(const preview& p)
 {
     const ImVec2 from = ImGui::GetCursorScreenPos();
@@ -20,8 +30,7 @@ static void draw_graph(const preview& p)
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddRectFilled(from, {from.x + width, from.y + graph_height}, rgb(0x121214), 3);
     const std::vector<float>& all = p.face.frame_ms;
-    const float greatest = all.empty() ? 0 : *std::max_element(all.begin(), all.end());
-    const float top = greatest <= 4 ? 5 : greatest <= 20 ? 20 : std::ceil(greatest / 20) * 20;
+    const float top = top_of_graph(all);
     const auto y_of = [&](float ms) { return from.y + graph_height - std::min(ms / top, 1.0f) * (graph_height - 3); };
     const float step = std::max(2.0f, std::floor(width / 120));
     const auto count = std::min(all.size(), static_cast<size_t>(width / step));
@@ -36,7 +45,7 @@ static void draw_graph(const preview& p)
         list->AddLine({from.x, y}, {from.x + width, y}, rgb(0x4a4744));
         draw_text(list, fonts().small, from.x + 4, y - 7, color_faint, "16.7 ms");
     } else
-        draw_text(list, fonts().small, from.x + 4, from.y + 8, color_faint, milliseconds_text(static_cast<double>(top)));
+        draw_text(list, fonts().small, from.x + 4, from.y + 8, color_faint, value_text(static_cast<double>(top)) + " ms");
     ImGui::Dummy({width, graph_height});
 }
 
@@ -150,12 +159,12 @@ static void draw_camera(preview& p)
         ImGui::PopStyleVar();
     }
     const bool on = p.shown.camera.on;
-    if (text_button("free", "free camera", on, "hold the right button in the picture and fly"))
+    if (panel_button("free", "free camera", on, "hold the right button in the picture and fly"))
         take_camera_over(p, !on);
     if (!on)
         return;
     ImGui::SameLine(0, 4);
-    if (text_button("copy", "copy line", false, "the camera's line for the source (C)"))
+    if (panel_button("copy", "copy line", false, "the camera's line for the source (C)"))
         copy_camera(p);
 }
 
@@ -164,7 +173,7 @@ void draw_figures(preview& p)
     if (begin_panel("Frame", frame_text(p))) {
         draw_graph(p);
         draw_layers(p);
-        if (text_button("commands", "commands", p.face.shows_commands, "what this frame tells OpenGL"))
+        if (panel_button("commands", "commands", p.face.shows_commands, "what this frame tells OpenGL"))
             p.face.shows_commands = !p.face.shows_commands;
         end_panel();
     }

@@ -180,7 +180,7 @@ void draw_picture(preview& p)
     p.face.picture_y = seen.y;
     p.face.picture_width = seen.width;
     p.face.picture_height = seen.height;
-    begin_place("stage", layout_of(p).picture, p.face.shows_overlay ? color_backdrop : rgb(0), ImGuiWindowFlags_NoScrollWithMouse);
+    begin_place("stage", layout_of(p).picture, p.face.shows_overlay ? color_backdrop : rgb(0));
     ImDrawList* list = ImGui::GetWindowDrawList();
     if (p.shown.has_show)
         list->AddImage(reinterpret_cast<ImTextureID>(static_cast<uintptr_t>(p.shown.color_texture)), {seen.x, seen.y},

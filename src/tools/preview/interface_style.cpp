@@ -31,8 +31,6 @@ static void add_font(const unsigned char* file, const unsigned char* end, float 
 {
     ImFontConfig config;
     config.FontDataOwnedByAtlas = false;
-    config.OversampleH = 3; // letters stand between pixels, too
-    config.OversampleV = 1;
     ImGui::GetIO().Fonts->AddFontFromMemoryTTF(const_cast<unsigned char*>(file), static_cast<int>(end - file),
         std::round(pixels), &config, letters);
 }
@@ -40,13 +38,14 @@ static void add_font(const unsigned char* file, const unsigned char* end, float 
 static void set_fonts(float scale)
 {
     scale *= 2; // twice as fine as they are shown: letters stand between pixels, too
+    scale *= 2; // twice as fine as they are shown: letters stand between pixels, too
     ImFontAtlas& atlas = *ImGui::GetIO().Fonts;
     atlas.Clear();
-    add_font(interface_font_file, interface_font_end, 13 * scale, text_letters);
-    add_font(interface_font_file, interface_font_end, 11 * scale, text_letters);
+    add_font(interface_font_file, interface_font_end, 13.5f * scale, text_letters);
+    add_font(interface_font_file, interface_font_end, 11.5f * scale, text_letters);
     add_font(interface_font_bold_file, interface_font_bold_end, 13 * scale, text_letters);
     add_font(interface_font_file, interface_font_end, 21 * scale, figure_letters);
-    add_font(interface_font_mono_file, interface_font_mono_end, 12 * scale, text_letters);
+    add_font(interface_font_mono_file, interface_font_mono_end, 12.5f * scale, text_letters);
     ImGui::GetIO().FontGlobalScale = 1 / scale;
 }
 
@@ -259,7 +258,17 @@ bool text_button(const char* id, const std::string& text, bool on, const char* h
     return look.pressed;
 }
 
-void begin_place(const char* id, const box& place, ImU32 color, ImGuiWindowFlags flags)
+bool panel_button(const char* id, const std::string& text, bool on, const char* hint)
+{
+    const ImVec2 from = ImGui::GetCursorScreenPos();
+    const float width = std::round(size_of_text(fonts().text, text).x) + 20;
+    ImGui::GetWindowDrawList()->AddRectFilled(from, {from.x + width, from.y + 24}, color_raised, 4);
+    const button_look look = flat_button(id, {width, 24}, on, hint);
+    draw_text(ImGui::GetWindowDrawList(), fonts().text, from.x + 10, from.y + 12, look.color, text);
+    return look.pressed;
+}
+
+void begin_place(const char* id, const box& place, ImU32 color, ImVec2 padding)
 {
     ImGui::SetNextWindowPos({place.x, place.y});
     ImGui::SetNextWindowSize({place.width, place.height});
@@ -267,10 +276,12 @@ void begin_place(const char* id, const box& place, ImU32 color, ImGuiWindowFlags
     ImGui::PushStyleVar(ImGuiStyleVar_WindowRounding, 0);
     ImGui::PushStyleVar(ImGuiStyleVar_WindowBorderSize, 0);
     ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, ImVec2(1, 1));
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, padding);
     ImGui::Begin(id, nullptr,
-        flags | ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings
-            | ImGuiWindowFlags_NoBringToFrontOnFocus | ImGuiWindowFlags_NoNav);
-    ImGui::PopStyleVar(3);
+        ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoSavedSettings
+            | ImGuiWindowFlags_NoBringToFrontOnFocus | ImGuiWindowFlags_NoNav
+            | (padding.x == 0 ? ImGuiWindowFlags_NoScrollWithMouse : 0));
+    ImGui::PopStyleVar(4);
     ImGui::PopStyleColor();
 }
 
@@ -304,8 +315,10 @@ void end_panel()
     ImGui::Dummy({0, 2});
     const ImVec2 at = ImGui::GetCursorScreenPos();
     const float left = ImGui::GetWindowPos().x;
-    ImGui::GetWindowDrawList()->AddLine(
-        {left, at.y + 0.5f}, {left + ImGui::GetWindowWidth(), at.y + 0.5f}, color_line);
+    ImDrawList* list = ImGui::GetWindowDrawList();
+    list->PushClipRect({left, list->GetClipRectMin().y}, {left + ImGui::GetWindowWidth(), list->GetClipRectMax().y});
+    list->AddLine({left, at.y + 0.5f}, {left + ImGui::GetWindowWidth(), at.y + 0.5f}, color_line);
+    list->PopClipRect();
     ImGui::Dummy({0, 3});
     ImGui::PopID();
 }

@@ -163,9 +163,9 @@ static clip_look look_of_clip(const preview& p, const timeline_clip& clip, bool 
     if (clip.scene == 0)
         return {rgb(0x1e1e21), color_faint, is_active ? color_accent_dim : rgb(0x2a2a2e)};
     if (clip.into_texture)
-        return is_active ? clip_look {rgb(0x365a66), rgb(0xd6ecf2), rgb(0x6fa5b5)}
+        return is_active ? clip_look {rgb(0x2c4a54), rgb(0xd6ecf2), rgb(0x5b8c9b)}
                          : clip_look {is_hovered ? rgb(0x2d4148) : rgb(0x26353b), rgb(0x8ea6ae), 0};
-    return is_active ? clip_look {rgb(0x7a5426), rgb(0xffe8c8), color_accent}
+    return is_active ? clip_look {rgb(0x5f4522), rgb(0xffe8c8), rgb(0xb07f42)}
                      : clip_look {is_hovered ? rgb(0x3d3c41) : rgb(0x313136), rgb(0xaaa69f), 0};
 }
 
@@ -420,7 +420,7 @@ void draw_timeline(preview& p)
     timeline_places t = places_of(p);
     if (t.whole.height < ruler_height + wave_height)
         return;
-    begin_place("timeline", t.whole, color_panel, ImGuiWindowFlags_NoScrollWithMouse);
+    begin_place("timeline", t.whole, color_panel);
     follow_head(p, t);
     const ImVec2 mouse = ImGui::GetIO().MousePos;
     ImGui::SetCursorScreenPos({t.scale.x, t.whole.y});
@@ -435,12 +435,14 @@ void draw_timeline(preview& p)
         take_wheel(p, t, mouse);
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddRectFilled({t.scale.x, t.rows_top}, {t.whole.x + t.whole.width, t.whole.y + t.whole.height}, rgb(0x141416));
-    draw_beats(p, t, list);
-    draw_ruler(p, t, list);
-    draw_rows(p, t, clip);
-    draw_waveform(p, t, list);
-    draw_loop_brace(p, t, list);
-    draw_head(p, t, list);
+    if (p.shown.has_show) {
+        draw_beats(p, t, list);
+        draw_ruler(p, t, list);
+        draw_rows(p, t, clip);
+        draw_waveform(p, t, list);
+        draw_loop_brace(p, t, list);
+        draw_head(p, t, list);
+    }
     list->AddLine({t.whole.x, t.rows_top - 0.5f}, {t.whole.x + t.whole.width, t.rows_top - 0.5f}, color_line);
     list->AddLine({t.scale.x - 0.5f, t.whole.y}, {t.scale.x - 0.5f, t.whole.y + t.whole.height}, color_line);
     if (clip != nullptr && p.face.hand == hand_none && !ImGui::IsMouseDown(ImGuiMouseButton_Left))

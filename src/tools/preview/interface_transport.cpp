@@ -74,6 +74,8 @@ struct measure {
 
 static measure exactness(const preview& p)
 {
+    if (!p.shown.has_show)
+        return {"–", "picture", color_dim, "There is no picture yet."};
     if (p.keeper.settling)
         return {std::to_string(static_cast<int>(keeper_progress(p.keeper) * 100)) + " %", "settling", color_accent,
             "What remembers earlier frames is being brought to this time."};

@@ -83,11 +83,11 @@ static void draw_try(preview& p, const tried_number& number)
     if (number.value == number.written)
         return;
     if (number.can_write) {
-        if (text_button("write", "write", true, "puts the number into the file, and changes nothing else there"))
+        if (panel_button("write", "write", true, "puts the number into the file, and changes nothing else there"))
             return write_number(p, number);
         ImGui::SameLine(0, 4);
     }
-    if (text_button("back", "back to " + value_text(number.written), false, "to the number that the file has"))
+    if (panel_button("back", "back to " + value_text(number.written), false, "to the number that the file has"))
         p.face.next_try = {number.file, number.site, number.written, number.written};
 }
 
