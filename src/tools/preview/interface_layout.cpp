@@ -10,7 +10,7 @@ constexpr float side_share = 0.235f; // of the window's width
 constexpr float least_side = 300;
 constexpr float most_side = 430;
 constexpr float least_width_with_side = 860; // narrower windows have no room for panels
-constexpr float timeline_share = 0.4f;
+constexpr float timeline_share = 0.38f;
 
 // ---- the window -----------------------------------------------------------------------------------
 

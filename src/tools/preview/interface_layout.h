@@ -26,7 +26,7 @@ struct window_layout {
 };
 
 // The places of the fixed parts. Without the overlay the picture has everything. `timeline` is the height that the
-// timeline would like; it gets at most two fifths of the window.
+// timeline would like; it gets at most 38 % of the window's.
 window_layout lay_out_window(float width, float height, bool overlay, float timeline);
 
 // The largest box of a picture's sides that lies in the middle of another, at whole points.

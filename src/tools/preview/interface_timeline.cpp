@@ -284,6 +284,7 @@ static void draw_loop_brace(const preview& p, const timeline_places& t, ImDrawLi
     const float left = std::round(x_of_time(t.scale, p.time.loop_from));
     const float right = std::round(x_of_time(t.scale, p.time.loop_to));
     const float top = t.whole.y + ruler_height - 5, bottom = t.wave_top + wave_height;
+    list->PushClipRect({t.scale.x - 1, t.whole.y}, {t.scale.x + t.scale.width + right_margin, bottom}, true);
     list->AddRectFilled({left, t.rows_top}, {right, bottom}, with_alpha(color_accent, 0.05f));
     list->AddRectFilled({left, top}, {right, top + 4}, with_alpha(color_accent, 0.55f), 2);
     for (const float x : {left, right}) {
@@ -291,6 +292,7 @@ static void draw_loop_brace(const preview& p, const timeline_places& t, ImDrawLi
         list->AddLine({x + 0.5f, t.rows_top}, {x + 0.5f, bottom}, with_alpha(color_accent, 0.35f));
         list->AddTriangleFilled({x, top - 6}, {x + inward * 8, top}, {x, top + 4}, color_accent);
     }
+    list->PopClipRect();
 }
 
 static void draw_head(const preview& p, const timeline_places& t, ImDrawList* list)
