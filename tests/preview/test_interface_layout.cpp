@@ -54,6 +54,7 @@ TEST_CASE("A picture that follows its place has even sides and is never too smal
     const picture_size fine = size_for_place({0, 0, 501, 400}, 2, 16, 9);
     CHECK(fine.width == 1002);
     CHECK(fine.height == 564); // 1002 x 9 / 16 is 563.6
+    CHECK(size_for_place({0, 0, 501, 400}, 1, 16, 9).width == 500);
     const picture_size small = size_for_place({0, 0, 3, 3}, 1, 16, 9);
     CHECK(small.width == 64);
     CHECK(small.height == 36);
@@ -164,6 +165,7 @@ TEST_CASE("Bars and beats count from one")
     CHECK(beat_text(3.2, 75, 4) == "2.1");
     CHECK(beat_text(3.199, 75, 4) == "1.4");
     CHECK(beat_text(3, 120, 3) == "3.1");
+    CHECK(beat_text(13 * 60.0 / 174, 174, 4) == "4.2"); // 13 beats, rounded to a little less
     CHECK(beat_text(3, 0, 4) == "");
     CHECK(beat_text(3, 75, 0) == "");
 }
@@ -197,7 +199,7 @@ TEST_CASE("A place of the source that is too long loses its front, never half of
     CHECK(place_text("lake.lua", 12, 20) == "lake.lua:12");
     CHECK(place_text("lake.lua", 0, 20) == "lake.lua");
     CHECK(place_text("scenes/of/the/night/lake.lua", 12, 12) == "…lake.lua:12");
-    CHECK(place_text("äöü.lua", 1, 9) == "…ü.lua:1"); // a letter of two bytes is left whole or out
+    CHECK(place_text("äöü.lua", 1, 10) == "…ü.lua:1"); // a letter of two bytes is left whole or out
     CHECK(place_text("lake.lua", 4000000000u, 5) == "lake.lua:4000000000"); // the line always stands there
 }
 
