@@ -68,6 +68,7 @@ class Preview:
         self.command = [os.path.abspath(exe), '--control', self.path, *map(str, arguments)]
         self.folder = folder
         self.environment = environment
+        self.lines = []  # that it printed, when it has ended
         self.control = self.process = None
 
     def __enter__(self):
@@ -101,10 +102,14 @@ class Preview:
                 self.process.wait(PATIENCE)
             except (OSError, ValueError, Refused, subprocess.TimeoutExpired):
                 self.process.send_signal(signal.SIGKILL)
+                self.process.wait()
         if self.control:
             self.control.close()
             self.control = None
-        return self.process.wait()
+        self.lines = self.told().splitlines()
+        self.output.close()
+        status, self.process = self.process.wait(), None
+        return status
 
     def told(self):
         """What it printed."""
@@ -212,3 +217,16 @@ class Preview:
                 return status
             time.sleep(0.02)
         return None
+
+    def place(self, name):
+        """Where something lies in the window: (x, y, width, height). The names are those that places() has."""
+        return self.places()[name]
+
+    def places(self):
+        return {one['name']: (one['x'], one['y'], one['width'], one['height']) for one in self.ask('places')['places']}
+
+    def click_picture(self, x, y):
+        """Clicks what the picture shows at a pixel of it."""
+        width, height = self.status()['size']
+        left, top, shown_width, shown_height = self.place('picture')
+        self.click(left + (x + 0.5) * shown_width / width, top + (y + 0.5) * shown_height / height)

@@ -480,6 +480,15 @@ static json figures_of(const preview& p)
         {"frames_ms", p.face.frame_ms}};
 }
 
+static json places_of(const preview& p)
+{
+    json places = json::array();
+    for (const named_place& place : p.face.places)
+        places.push_back(
+            {{"name", place.name}, {"x", place.x}, {"y", place.y}, {"width", place.width}, {"height", place.height}});
+    return {{"places", places}};
+}
+
 static json help_text()
 {
     json commands = json::array();
@@ -617,6 +626,7 @@ static bool needs_show(control_command command)
     case command_memory:
     case command_names:
     case command_figures:
+    case command_places:
     case command_wait:
     case command_help:
     case command_count:
@@ -680,6 +690,8 @@ static json do_command(preview& p, const control_request& r, std::string& proble
         return {{"text", stage_commands(p.shown)}};
     case command_figures:
         return figures_of(p);
+    case command_places:
+        return places_of(p);
     case command_help:
         return help_text();
     case command_still: // answered later

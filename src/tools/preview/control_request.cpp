@@ -58,6 +58,7 @@ constexpr known_command known_commands[command_count] = {
     {command_names, "names", {}},
     {command_commands, "commands", {}},
     {command_figures, "figures", {}},
+    {command_places, "places", {}},
     {command_wait, "wait", {{"for", field_text}, {"number", field_count}, {"timeout", field_number}}},
     {command_help, "help", {}},
 };

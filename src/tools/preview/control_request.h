@@ -35,6 +35,7 @@ enum control_command : int32_t {
     command_names,
     command_commands,
     command_figures,
+    command_places,
     command_wait,
     command_help,
     command_count

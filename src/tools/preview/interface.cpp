@@ -1,6 +1,7 @@
 #include "tools/preview/interface.h"
 
 #include "tools/preview/actions.h"
+#include "tools/preview/interface_places.h"
 #include "tools/preview/interface_style.h"
 
 #include <imgui.h>
@@ -38,7 +39,9 @@ static void draw_side(preview& p, const box& place)
 void draw_interface(preview& p)
 {
     const window_layout layout = layout_of(p);
+    p.face.places.clear();
     draw_picture(p);
+    note_place(p, "picture", p.face.picture_x, p.face.picture_y, p.face.picture_width, p.face.picture_height);
     if (p.face.shows_overlay) {
         if (layout.side.width > 0)
             draw_side(p, layout.side);

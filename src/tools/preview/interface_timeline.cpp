@@ -1,5 +1,6 @@
 #include "tools/preview/actions.h"
 #include "tools/preview/interface.h"
+#include "tools/preview/interface_places.h"
 #include "tools/preview/interface_style.h"
 
 #include <imgui.h>
@@ -426,6 +427,7 @@ void draw_timeline(preview& p)
     follow_head(p, t);
     const ImVec2 mouse = ImGui::GetIO().MousePos;
     ImGui::SetCursorScreenPos({t.scale.x, t.whole.y});
+    note_place(p, "timeline", t.scale.x, t.whole.y, t.scale.width, t.whole.height);
     ImGui::InvisibleButton("time", {t.scale.width + right_margin, t.whole.height},
         ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonMiddle);
     const bool hovered = ImGui::IsItemHovered();

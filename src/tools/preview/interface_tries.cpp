@@ -1,5 +1,6 @@
 #include "tools/preview/actions.h"
 #include "tools/preview/interface.h"
+#include "tools/preview/interface_places.h"
 #include "tools/preview/interface_style.h"
 
 #include <imgui.h>
@@ -20,6 +21,12 @@ static void send_next(preview& p)
 static bool holds(const preview& p, const tried_number& number)
 {
     return p.face.holds_try && p.face.held.file == number.file && p.face.held.site == number.site;
+}
+
+// "slider show.lua 0".
+static std::string place_name(const std::string& what, const tried_number& number)
+{
+    return what + " " + number.file + " " + std::to_string(number.site);
 }
 
 // As fine as the slider is: a thousandth of its length.
@@ -49,6 +56,7 @@ static void draw_slider(preview& p, const tried_number& number)
     ImGui::SetNextItemWidth(width);
     const bool moved = ImGui::SliderScalar(
         "value", ImGuiDataType_Double, &value, &number.least, &number.most, format_of(number), ImGuiSliderFlags_AlwaysClamp);
+    note_item(p, place_name("slider", number));
     ImGui::PopStyleVar();
     ImGui::PopStyleColor(3);
     if (moved) {
@@ -85,6 +93,7 @@ static void draw_try(preview& p, const tried_number& number)
     if (number.can_write) {
         if (panel_button("write", "write", true, "puts the number into the file, and changes nothing else there"))
             return write_number(p, number);
+        note_item(p, place_name("write", number));
         ImGui::SameLine(0, 4);
     }
     if (panel_button("back", "back to " + value_text(number.written), false, "to the number that the file has"))

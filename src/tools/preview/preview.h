@@ -33,6 +33,12 @@ struct reload_times {
     double shown = 0;     // its first picture is in the window
 };
 
+// Something in the window that a hand can take or click (interface_places.h).
+struct named_place {
+    std::string name;
+    float x, y, width, height; // points
+};
+
 // What the interface remembers from frame to frame beside the library's own state.
 struct interface_state {
     bool shows_overlay = true;
@@ -75,6 +81,7 @@ struct interface_state {
     std::vector<std::string> commands; // lines, of a moment ago
     double commands_at = 0;
     std::string commands_filter;
+    std::vector<named_place> places; // of the frame before, or of the one that is being made
 };
 
 struct preview {
