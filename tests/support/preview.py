@@ -34,7 +34,7 @@ class Control:
 
     def __init__(self, path, patience=PATIENCE):
         self.socket = socket.socket(socket.AF_UNIX)
-        self.socket.settimeout(patience)
+        self.socket.settimeout(2 * patience)  # longer than what it is asked to wait for
         self.socket.connect(path)
         self.lines = self.socket.makefile('r', encoding='utf-8', newline='\n')
         self.count = 0
