@@ -722,7 +722,9 @@ static void serve_line(preview& p, const control_line& line)
 
 void serve_control(preview& p)
 {
-    for (const control_line& line : control_poll(p.control))
+    for (const control_line& line : control_poll(p.control)) {
+        p.active = true;
         serve_line(p, line);
+    }
     serve_waits(p);
 }

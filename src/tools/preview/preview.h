@@ -119,5 +119,8 @@ struct preview {
 
     interface_state face;
     bool dirty = true; // the picture has to be drawn again
+    uint32_t windows_due = 1;  // how often the window has to be drawn until it shows all
+    bool active = false;       // something has happened in this round of the loop
+    std::vector<int> awaited;  // descriptors that end its waiting
     bool quit = false;
 };

@@ -10,12 +10,16 @@
 #include "tools/preview/preview.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <utility>
 
 constexpr double jump_budget_ms = 60;    // for a picture at once
 constexpr double settle_budget_ms = 12;  // beside the interface
-constexpr uint32_t idle_wait_ms = 5;
+constexpr uint32_t idle_wait_ms = 1000;
+constexpr uint32_t lively_wait_ms = 100;
+constexpr uint32_t unquiet_wait_ms = 2;  // a save that may not be the last, a line that is half sent
+constexpr uint32_t settling_windows = 3; // until the interface shows all that follows from a change
 
 constexpr int status_done = 0;
 constexpr int status_broken = 1; // no such show, no such socket
@@ -133,6 +137,7 @@ static void take_builds(preview& p)
     std::optional<show_build> answer = builder_poll(p.process);
     if (!answer)
         return;
+    p.active = true;
     p.waits_for_build = false;
     p.coming.built = steady_seconds();
     p.coming.number = answer->number;
@@ -187,30 +192,93 @@ static void show_window(preview& p)
     preview_window_begin_frame(p.window);
     draw_interface(p);
     preview_window_end_frame(p.window);
-    if (p.reload.loaded > 0 && p.reload.shown == 0) {
+}
+
+// Something moves in the interface though nothing happens: what waits, what is said for a moment, a caret, a waveform.
+static bool is_lively(const preview& p)
+{
+    return p.waits_for_build || p.window.typing || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
+        || (p.sound.music && !p.sound.music->ready);
+}
+
+static bool has_unsent(const control_socket& control)
+{
+    return std::any_of(control.clients.begin(), control.clients.end(), [](const control_client& c) { return !c.to_send.empty(); });
+}
+
+static uint32_t until_next_frame(const preview& p)
+{
+    const double due = time_of_frame(frame_now(p) + 1, p.shown.rate) - p.time.position;
+    return static_cast<uint32_t>(std::ceil(std::clamp(due, 0.0, 1.0) * 1000));
+}
+
+// How long nothing has to be done, unless something happens.
+static uint32_t time_to_wait(const preview& p)
+{
+    if (p.dirty || p.keeper.settling || p.active)
+        return 0;
+    uint32_t wait = is_lively(p) ? lively_wait_ms : idle_wait_ms;
+    if (p.windows_due > 0)
+        wait = std::min(wait, preview_window_rests(p.window));
+    if (p.time.playing && !p.time.scrubbing)
+        wait = std::min(wait, until_next_frame(p));
+    if (p.watch.changed_at > 0 || has_unsent(p.control))
+        wait = std::min(wait, unquiet_wait_ms);
+    return wait;
+}
+
+// What tells of saved files, builds and lines of the control socket.
+static void list_awaited(preview& p)
+{
+    p.awaited = {p.watch.descriptor, builder_descriptor(p.process), p.control.descriptor};
+    for (const control_client& client : p.control.clients)
+        p.awaited.push_back(client.descriptor);
+}
+
+static void take_input(preview& p, window_input& input)
+{
+    list_awaited(p);
+    preview_window_take_input(p.window, input, time_to_wait(p), p.awaited);
+    p.active = input.any;
+    p.quit |= input.closed;
+    if (input.scale_changed) {
+        set_interface_style(p.window.scale);
+        preview_window_renew_letters(p.window);
+    }
+    for (const pressed_key& key : input.keys)
+        if (!p.face.flies || key.key == key_escape) // otherwise the keys fly the camera
+            do_key(p, key);
+}
+
+// A new show is seen at once, everything else as often as the window is drawn. One that nobody sees counts as seen.
+static void show_what_is_new(preview& p, bool new_picture)
+{
+    const bool is_reload = p.reload.loaded > 0 && p.reload.shown == 0;
+    if (p.active)
+        p.windows_due = settling_windows;
+    else if (p.windows_due == 0 && (new_picture || is_lively(p)))
+        p.windows_due = 1;
+    if (!p.window.hidden && p.windows_due > 0 && (is_reload || preview_window_rests(p.window) == 0)) {
+        show_window(p);
+        --p.windows_due;
+    }
+    if (is_reload) {
         p.reload.shown = steady_seconds();
         ++p.builds_shown;
+        p.active = true;
     }
 }
 
 static void run_once(preview& p)
 {
     window_input input;
-    const bool busy = p.time.playing || p.keeper.settling || p.dirty;
-    preview_window_take_input(p.window, input, busy ? 0 : idle_wait_ms);
-    p.quit |= input.closed;
-    for (const pressed_key& key : input.keys)
-        if (!p.face.flies || key.key == key_escape) // otherwise the keys fly the camera
-            do_key(p, key);
+    take_input(p, input);
     take_builds(p);
     serve_control(p);
     advance_time(p);
-    const bool new_picture = bring_picture(p);
-    static double last_shown = 0;
-    if (new_picture || input.any || steady_seconds() - last_shown > 0.1) {
-        last_shown = steady_seconds();
-        show_window(p);
-    }
+    const bool is_unseen = p.window.hidden && p.time.playing;
+    const bool new_picture = !is_unseen && bring_picture(p);
+    show_what_is_new(p, new_picture);
 }
 
 int run_preview(const preview_options& options)
