@@ -148,3 +148,26 @@ TEST_CASE("files that a model names are watched, those that are not there too")
     CHECK(build.can_play);
     CHECK(watches(build, "models/one.mtl"));
 }
+
+TEST_CASE("numbers that are tried go into a build, and what became of them comes back")
+{
+    const test_folder folder;
+    write_file(folder, "show.lua", "local size = 1 + try(0.5, 0, 2)\nprint(size)\n" + std::string(titled_show).substr(46));
+    build_wish wish = {folder.path, "show.lua"};
+    CHECK(build_of_wish(wish).printed == std::vector<std::string>{"1.5"});
+    wish.tries = {{"show.lua", 0, 0.5, 0.7501}};
+    const show_build build = build_of_wish(wish);
+    CHECK(build.printed == std::vector<std::string>{"1.75"});
+    REQUIRE(build.tries.size() == 1);
+    const tried_number& tried = build.tries[0];
+    CHECK(tried.file == "show.lua");
+    CHECK(tried.line == 1);
+    CHECK(tried.site == 0);
+    CHECK(tried.label == "size");
+    CHECK(tried.written == 0.5);
+    CHECK(tried.value == 0.75);
+    CHECK(tried.least == 0);
+    CHECK(tried.most == 2);
+    CHECK(tried.step == 0.001);
+    CHECK(tried.can_write);
+}

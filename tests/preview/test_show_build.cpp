@@ -23,7 +23,7 @@ static show_build full_build()
     build.beats_per_bar = 3;
     build.marks = {{11, 2, 0, {"show.lua", 4}, "moss"}, {13, 1, 0, {"show.lua", 20}, "shore"},
         {13, 1, 2, {"stones.lua", 7}, ""}, {14, 3, 1, {"show.lua", 31}, "shore"}};
-    build.tries = {{"show.lua", 9, 1, "amount", 0.35, 0.5, -1, 1, true}};
+    build.tries = {{"show.lua", 9, 1, "amount", 0.35, 0.5, -1, 1, true, 0.001}};
     build.printed = {"first", "", "third\twith a tab"};
     build.seconds = 0.125;
     return build;
@@ -58,6 +58,7 @@ TEST_CASE("a build comes back from its bytes as it was")
     REQUIRE(back->tries.size() == 1);
     CHECK(back->tries[0].label == "amount");
     CHECK(back->tries[0].written == 0.35);
+    CHECK(back->tries[0].step == 0.001);
     CHECK(back->tries[0].value == 0.5);
     CHECK(back->tries[0].least == -1);
     CHECK(back->tries[0].most == 1);

@@ -68,16 +68,37 @@ static std::vector<source_mark> marks_of(const authored_document& document)
     return marks;
 }
 
+static std::vector<try_override> overrides_of(const std::vector<tried_value>& tries)
+{
+    std::vector<try_override> overrides;
+    for (const tried_value& tried : tries)
+        overrides.push_back({tried.file, tried.site, tried.written, tried.value});
+    return overrides;
+}
+
+static std::vector<tried_number> tries_of(const std::vector<tried_call>& calls)
+{
+    std::vector<tried_number> tries;
+    for (const tried_call& call : calls)
+        tries.push_back({call.file, call.line, call.site, call.label, call.written, call.value, call.least, call.most,
+            call.can_write, call.step});
+    return tries;
+}
+
 static show_build build_of_source(const build_wish& wish)
 {
     show_build build;
     built_show built;
-    build_source({wish.folder, wish.file, keep_line, &build.printed}, built);
+    const std::vector<try_override> overrides = overrides_of(wish.tries);
+    build_request request = {wish.folder, wish.file, keep_line, &build.printed};
+    request.tries = overrides;
+    build_source(request, built);
     build.can_play = !has_errors(built.problems);
     build.from_source = true;
     build.problems = std::move(built.problems);
     build.files = std::move(built.files_taken);
     build.files.insert(build.files.end(), built.files_wanted.begin(), built.files_wanted.end());
+    build.tries = tries_of(built.tried);
     build.title = built.title;
     build.bpm = built.bpm;
     build.beats_per_bar = built.beats_per_bar;

@@ -82,6 +82,7 @@ static void put(std::vector<uint8_t>& out, const tried_number& tried)
     for (const double number : {tried.written, tried.value, tried.least, tried.most})
         put(out, number);
     put(out, tried.can_write, 1);
+    put(out, tried.step);
 }
 
 std::vector<uint8_t> encode_build(const show_build& build)
@@ -147,6 +148,7 @@ static void take(byte_reader& in, tried_number& tried)
     for (double* number : {&tried.written, &tried.value, &tried.least, &tried.most})
         take(in, *number);
     take(in, tried.can_write);
+    take(in, tried.step);
 }
 
 static void take_fields(byte_reader& in, show_build& build)

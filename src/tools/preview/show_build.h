@@ -33,6 +33,7 @@ struct tried_number {
     double least = 0;
     double most = 1;
     bool can_write = false; // the file has a plain number there
+    double step = 0;        // by which its slider goes
 };
 
 // A value that is tried in the place of the one that the file has.

@@ -26,7 +26,9 @@ static void add_printed(void* user, const char* line)
 static tried_run run_folder(const test_folder& folder, const std::vector<try_override>& overrides)
 {
     tried_run run;
-    build_source({folder.path, "show.lua", add_printed, &run, overrides}, run.built);
+    build_request request = {folder.path, "show.lua", add_printed, &run};
+    request.tries = overrides;
+    build_source(request, run.built);
     return run;
 }
 
