@@ -5,6 +5,7 @@
 #include "tools/preview/editor.h"
 #include "tools/preview/free_camera.h"
 #include "tools/preview/hand_pick.h"
+#include "tools/preview/tries_by_hand.h"
 
 #include <algorithm>
 #include <cmath>
@@ -247,24 +248,36 @@ bool open_editor(preview& p, const source_place& place, std::string& problem)
 
 // ---- numbers by hand ----------------------------------------------------------------------------------------
 
-bool try_value(preview& p, const std::string& file, uint32_t site, double value)
+static tried_number* find_tried(show_build& build, const std::string& file, uint32_t site)
 {
-    for (tried_number& number : p.build.tries) {
-        if (number.file != file || number.site != site)
-            continue;
-        number.value = value;
-        std::erase_if(p.tries, [&](const tried_value& t) { return t.file == file && t.site == site; });
-        p.tries.push_back({file, site, number.written, value});
-        reload(p);
-        return true;
-    }
-    return false;
+    const auto is_it = [&](const tried_number& number) { return number.file == file && number.site == site; };
+    const auto found = std::find_if(build.tries.begin(), build.tries.end(), is_it);
+    return found != build.tries.end() ? &*found : nullptr;
 }
 
-bool write_try(preview&, const std::string&, uint32_t, std::string& problem)
+bool try_value(preview& p, const std::string& file, uint32_t site, double value)
 {
-    problem = "not yet";
-    return false;
+    tried_number* number = find_tried(p.build, file, site);
+    if (number == nullptr)
+        return false;
+    number->value = stop_of_slider(*number, value);
+    keep_tried(p.tries, *number, number->value);
+    reload(p);
+    return true;
+}
+
+// The save that this is builds anew; until then the numbers of the builds that are there say what the file has.
+bool write_try(preview& p, const std::string& file, uint32_t site, std::string& problem)
+{
+    tried_number* number = find_tried(p.build, file, site);
+    problem = number == nullptr ? "this number is not tried any more" : "the file has this number already";
+    if (number == nullptr || number->value == number->written)
+        return false;
+    if (!write_try_into(p.folder + "/" + file, *number, number->value, problem))
+        return false;
+    number->written = number->value;
+    keep_tried(p.tries, *number, number->value);
+    return true;
 }
 
 // ---- the camera ---------------------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include "tools/preview/control_commands.h"
 #include "tools/preview/interface.h"
 #include "tools/preview/preview.h"
+#include "tools/preview/tries_by_hand.h"
 
 #include <algorithm>
 #include <cmath>
@@ -120,6 +121,7 @@ static void show_new(preview& p, show_build&& build)
     transport_set_end(p.time, time_of_frame(p.shown.end, p.shown.rate));
     sound_take(p.sound, p.build.music);
     select_again(p, before);
+    forget_stale(p.tries, p.build.tries);
     preview_window_set_title(p.window, (p.build.title.empty() ? p.file : p.build.title) + " - brimlow-preview");
     if (is_first)
         begin_show(p);
