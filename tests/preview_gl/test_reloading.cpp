@@ -63,7 +63,8 @@ static document_text document_of_every_kind()
         "attribute vec3 Position; uniform float u1; varying vec2 at; void main(void) { at = Position.xy; gl_Position = "
         "vec4(Position.x - u1, Position.x * Position.x - 1.0, 0.0, 1.0); }");
     materials = with(materials, "void main(void) { }",
-        "uniform sampler2D Texture0; varying vec2 at; void main(void) { gl_FragColor = texture2D(Texture0, at); }");
+        "uniform sampler2D Texture0; uniform vec3 LightPosition2; varying vec2 at; void main(void) { gl_FragColor = "
+        "texture2D(Texture0, at) + vec4(abs(LightPosition2), 0.0); }");
     materials += generated;
     return text;
 }
