@@ -1,6 +1,8 @@
 #include "tools/preview/kept_states.h"
 
+#include "effects/dynamic_texture.h"
 #include "render/compositor_gl.h"
+#include "tools/preview/frames_alike.h"
 #include "tools/preview/free_camera.h"
 #include "tools/preview/remembering.h"
 #include "tools/preview/stage_state_gl.h"
@@ -36,6 +38,8 @@ struct keeper_parts {
 
     std::unique_ptr<kept_state> resume; // where settling goes on after a rough picture
     uint64_t settle_from = 0;
+    std::unique_ptr<kept_picture> aside; // where frames are drawn that nobody is to see; null: not needed yet
+    bool is_aside = false;               // the state's picture is there
 
     uint64_t drawn_frame = 0; // how the picture was drawn
     bool drawn = false;
@@ -235,6 +239,29 @@ static void pass_frames(state_keeper& k, stage& s, uint64_t to, double budget_ms
     }
 }
 
+// Frames that are passed while another is shown are drawn elsewhere.
+static void step_aside(keeper_parts& p, const stage& s)
+{
+    if (p.aside == nullptr)
+        p.aside = make_picture_gl(s);
+    if (p.aside == nullptr)
+        return;
+    if (!p.is_aside && p.clean)
+        copy_picture_gl(s.framebuffer, p.aside->framebuffer, s.wish.width, s.wish.height);
+    glBindFramebuffer(GL_FRAMEBUFFER, p.aside->framebuffer);
+    p.is_aside = true;
+}
+
+static void come_back(keeper_parts& p, const stage& s)
+{
+    if (!p.is_aside)
+        return;
+    if (p.clean)
+        copy_picture_gl(p.aside->framebuffer, s.framebuffer, s.wish.width, s.wish.height);
+    glBindFramebuffer(GL_FRAMEBUFFER, s.framebuffer);
+    p.is_aside = false;
+}
+
 static void draw_frame_now(keeper_parts& p, stage& s, uint64_t frame)
 {
     p.standing_before = s.drawing.standing;
@@ -337,6 +364,66 @@ static bool draw_same_frame(state_keeper& k, stage& s, uint64_t frame)
     return true;
 }
 
+// ---- shows that remember nothing -----------------------------------------------------------------------
+
+static void note_sampler(uint32_t program, GLint uniform, sampled_units& units)
+{
+    GLchar name[64] = "";
+    GLint size = 0;
+    GLenum type = 0;
+    glGetActiveUniform(program, static_cast<GLuint>(uniform), sizeof name, nullptr, &size, &type, name);
+    if (type != GL_SAMPLER_2D && type != GL_SAMPLER_CUBE)
+        return;
+    GLint unit = 0;
+    glGetUniformiv(program, glGetUniformLocation(program, name), &unit);
+    (type == GL_SAMPLER_2D ? units.flat : units.cube) |= uint32_t{1} << (static_cast<uint32_t>(unit) & 31);
+}
+
+static sampled_units sampled_by(uint32_t program)
+{
+    sampled_units units;
+    GLint count = 0;
+    if (glIsProgram(program) == GL_TRUE)
+        glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &count);
+    for (GLint uniform = 0; uniform < count; ++uniform)
+        note_sampler(program, uniform, units);
+    return units;
+}
+
+// The frame after the few before it, from one past.
+static void go_from(stage& s, const standing_state& past, uint64_t frame, uint64_t before)
+{
+    s.drawing.standing = past;
+    forget_pictures(s.production.dynamic_texture_table);
+    for (uint64_t i = frame - before; i < frame; ++i)
+        stage_pass(s, i, false);
+}
+
+// What a frame takes over from those before it are a few things that all materials set and every frame says anew: most
+// often the few frames before decide them. Two different pasts tell. False: they lead to different pictures.
+static bool draw_at_once(state_keeper& k, stage& s, uint64_t frame)
+{
+    keeper_parts& p = *k.parts;
+    constexpr uint64_t before = 2;
+    const bool is_near = p.clean && p.next <= frame && frame - p.next <= 4 * before;
+    if (k.remembers || is_near || frame <= 4 * before)
+        return false;
+    p.clean = false;
+    if (shows_through(p.needs, frame)) {
+        k.remembers = true;
+        return false;
+    }
+    go_from(s, strange_standing_state(p.memory.units), frame, before);
+    stage_pass(s, frame, false);
+    const planned_frame strange = plan_of(s.drawing.f);
+    go_from(s, initial_standing_state(), frame, before);
+    draw_frame_now(p, s, frame);
+    k.remembers = !drawn_alike(strange, plan_of(s.drawing.f), sampled_by);
+    k.exact = !k.remembers;
+    k.settling = false;
+    return k.exact;
+}
+
 static void go(state_keeper& k, stage& s, uint64_t frame, double budget_ms)
 {
     keeper_parts& p = *k.parts;
@@ -365,7 +452,8 @@ void keeper_go(state_keeper& k, stage& s, uint64_t frame, double budget_ms)
     notice_changes(k, s);
     k.target = frame;
     chance_put(p.chance);
-    if (!draw_same_frame(k, s, frame))
+    come_back(p, s);
+    if (!draw_same_frame(k, s, frame) && !draw_at_once(k, s, frame))
         go(k, s, frame, budget_ms);
     p.chance = chance_now();
 }
@@ -377,13 +465,19 @@ bool keeper_settle(state_keeper& k, stage& s, double budget_ms)
     keeper_parts& p = *k.parts;
     notice_changes(k, s);
     chance_put(p.chance);
-    if (const kept_state* start = starting_point(k, k.target))
+    const kept_state* start = starting_point(k, k.target);
+    step_aside(p, s);
+    if (start != nullptr)
         put_back(k, s, *start);
     if (p.next < k.target)
         pass_frames(k, s, k.target, budget_ms);
     const bool arrived = p.next == k.target;
-    if (arrived)
+    if (arrived) {
+        come_back(p, s);
         arrive(k, s, k.target);
+    } else if (p.is_aside) { // what is shown is read there
+        glBindFramebuffer(GL_FRAMEBUFFER, s.framebuffer);
+    }
     p.chance = chance_now();
     return arrived;
 }

@@ -59,6 +59,10 @@ remembering what_is_remembered(const document& d)
         if (is_odd(function))
             found.odd_functions.push_back(handle);
     found.targets = render_targets(d);
+    for (auto [handle, material] : d.material_table)
+        for (uint32_t unit = 0; unit < texture_unit_count; ++unit)
+            if (material.texture[unit] != 0)
+                found.units = std::max(found.units, unit + 1);
     return found;
 }
 

@@ -17,6 +17,7 @@ struct remembering {
     bool bare = false;  // objects without a material are drawn with what others have left
     std::vector<uint32_t> odd_functions; // functions that answer by what they answered before
     std::vector<uint32_t> targets;       // image textures that layers draw into
+    uint32_t units = 0;                  // texture units that some material uses
 
     bool anything() const
     {
