@@ -3,7 +3,6 @@
 #include "effects/dynamic_texture.h"
 #include "render/compositor_gl.h"
 #include "tools/preview/frames_alike.h"
-#include "tools/preview/free_camera.h"
 #include "tools/preview/remembering.h"
 #include "tools/preview/stage_state_gl.h"
 
@@ -44,7 +43,6 @@ struct keeper_parts {
     uint64_t drawn_frame = 0; // how the picture was drawn
     bool drawn = false;
     flown_camera drawn_camera;
-    standing_state standing_before; // it
 
     std::map<uint64_t, uint64_t> keeping_frames; // by the frame at which a state is due
 };
@@ -264,7 +262,6 @@ static void come_back(keeper_parts& p, const stage& s)
 
 static void draw_frame_now(keeper_parts& p, stage& s, uint64_t frame)
 {
-    p.standing_before = s.drawing.standing;
     stage_draw(s, frame);
     p.drawn = true;
     p.drawn_frame = frame;
@@ -332,6 +329,7 @@ static bool same_camera(const flown_camera& a, const flown_camera& b)
 static void notice_changes(state_keeper& k, stage& s)
 {
     keeper_parts& p = *k.parts;
+    p.needs.d.timeline = s.shown != nullptr ? s.shown : s.production.timeline;
     if (p.muted != s.muted_tracks) {
         make_needs(p, s);
         p.clean = false;
@@ -356,8 +354,6 @@ static bool draw_same_frame(state_keeper& k, stage& s, uint64_t frame)
         return k.exact;
     if (!s.camera.on)
         return false;
-    s.drawing.standing = p.standing_before;
-    apply_camera(s.camera, s.layers);
     stage_draw_again(s);
     p.drawn_camera = s.camera;
     p.flown = true;
