@@ -69,7 +69,7 @@ TEST_CASE("A clip is called as the source calls it, else after its scene")
     CHECK(rows[0].clips[1].place.file == "show.lua");
     CHECK(rows[0].clips[1].place.line == 12);
     CHECK(rows[0].clips[2].name == ""); // draws nothing
-    show.build.marks.push_back({section_scenes, 1, 0, {"lake.lua", 3}, "the lake"});
+    show.build.marks.insert(show.build.marks.begin(), {section_scenes, 1, 0, {"lake.lua", 3}, "the lake"}); // in order
     CHECK(rows_of_timeline(show.d, show.build)[0].clips[0].name == "the lake");
 }
 

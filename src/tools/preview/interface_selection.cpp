@@ -1,6 +1,7 @@
 #include "tools/preview/actions.h"
 #include "tools/preview/interface.h"
 #include "tools/preview/interface_style.h"
+#include "tools/preview/picture_outline.h"
 
 #include <imgui.h>
 
@@ -9,7 +10,8 @@
 #include <cstring>
 
 constexpr uint32_t curve_samples = 160;
-constexpr float curve_height = 40;
+constexpr float curve_height = 36;
+constexpr float curve_gap = 12; // between two beside each other
 
 static const scene_object* selected_object(const preview& p)
 {
@@ -101,13 +103,12 @@ static void draw_curve(const moving_value& value, double share, ImDrawList* list
     list->PopClipRect();
 }
 
-static void draw_value(const moving_value& value, double share)
+static void draw_value(const moving_value& value, double share, float width)
 {
     ImDrawList* list = ImGui::GetWindowDrawList();
     const ImVec2 from = ImGui::GetCursorScreenPos();
-    const float width = ImGui::GetContentRegionAvail().x;
     const std::string now = value_text(static_cast<double>(value_at(value.values, share)));
-    draw_text_within(list, fonts().small, from.x, from.y + 8, width - 70, color_dim, value.name);
+    draw_text_within(list, fonts().small, from.x, from.y + 8, width - size_of_text(fonts().small, now).x - 8, color_dim, value.name);
     draw_text(list, fonts().small, from.x + width, from.y + 8, color_accent, now, text_right);
     draw_curve(value, share, list, {from.x, from.y + 17, width, curve_height});
     ImGui::Dummy({width, 17 + curve_height});
@@ -125,10 +126,14 @@ static void draw_curves(preview& p)
         return panel_words("Nothing of it moves.", color_faint);
     const double span = curves.to - curves.from;
     const double share = span > 0 ? (p.time.position - curves.from) / span : 0;
-    for (const moving_value& value : curves.values)
-        draw_value(value, share);
-    const ImVec2 from = ImGui::GetCursorScreenPos();
     const float width = ImGui::GetContentRegionAvail().x;
+    const float half = std::floor((width - curve_gap) / 2);
+    for (size_t n = 0; n < curves.values.size(); ++n) {
+        if (n % 2 == 1)
+            ImGui::SameLine(0, curve_gap);
+        draw_value(curves.values[n], share, half);
+    }
+    const ImVec2 from = ImGui::GetCursorScreenPos();
     ImDrawList* list = ImGui::GetWindowDrawList();
     draw_text(list, fonts().small, from.x, from.y + 5, color_faint, clock_text(curves.from));
     draw_text(list, fonts().small, from.x + width, from.y + 5, color_faint, clock_text(curves.to), text_right);
@@ -150,6 +155,24 @@ static void draw_place(preview& p, const source_place& place)
         open_place(p, place);
 }
 
+static std::string triple(const float values[3])
+{
+    const auto one = [](float v) { return value_text(static_cast<double>(v)); };
+    return one(values[0]) + ",  " + one(values[1]) + ",  " + one(values[2]);
+}
+
+static void draw_placement(const preview& p)
+{
+    const std::optional<placement> now = placement_of(p.shown.drawing.f, p.shown.layers, *p.selected);
+    if (!now)
+        return panel_line("place", "not drawn now", color_dim);
+    panel_line("place", triple(now->position));
+    if (now->rotation[0] != 0 || now->rotation[1] != 0 || now->rotation[2] != 0)
+        panel_line("angles", triple(now->rotation));
+    if (now->scale[0] != 1 || now->scale[1] != 1 || now->scale[2] != 1)
+        panel_line("scale", triple(now->scale));
+}
+
 static void draw_object(preview& p, const scene_object& object)
 {
     const ImVec2 from = ImGui::GetCursorScreenPos();
@@ -160,10 +183,14 @@ static void draw_object(preview& p, const scene_object& object)
         draw_text(list, fonts().small, from.x + width, from.y + 10, color_faint,
             std::to_string(p.under_at + 1) + " of " + std::to_string(p.under.size()) + " here", text_right);
     ImGui::Dummy({width, 20});
+    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(8, 1));
     panel_line("kind", kind_text(object));
     panel_line("scene", scene_name(p));
     panel_line("track", std::to_string(p.selected->track + 1));
     draw_place(p, selected_place(p));
+    if (p.shown.at_frame)
+        draw_placement(p);
+    ImGui::PopStyleVar();
 }
 
 void draw_selection(preview& p)

@@ -11,7 +11,8 @@
 constexpr float ruler_height = 26;
 constexpr float row_height = 20;
 constexpr float least_row_height = 15;
-constexpr float wave_height = 54;
+constexpr float wave_height = 66;
+constexpr float bar_numbers = 14; // of that, below the waveform
 constexpr float space_between = 6; // rows and waveform
 constexpr float right_margin = 14;
 constexpr float handle_reach = 6; // how near a loop's side is taken
@@ -122,7 +123,7 @@ static void draw_beats(const preview& p, const timeline_places& t, ImDrawList* l
 
 static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList* list)
 {
-    const float middle = t.wave_top + wave_height / 2;
+    const float middle = t.wave_top + (wave_height - bar_numbers) / 2;
     const preview_music* music = p.sound.music.get();
     if (music == nullptr || !music->ready || music->columns.empty()) {
         const bool decodes = music != nullptr && !music->ready;
@@ -134,17 +135,19 @@ static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList
         return;
     }
     const double second = (t.scale.to - t.scale.from) / t.scale.width;
-    const float half = wave_height / 2 - 3;
+    const waveform_column all = waveform_between(music->columns, 0, p.time.end);
+    const float loudest = std::max({all.highest, -all.lowest, 0.05f});
+    const float half = (wave_height - bar_numbers) / 2 - 1;
+    const auto height_of = [&](float value) { return std::clamp(value / loudest, 0.02f, 1.0f) * half; };
     for (float x = 0; x < t.scale.width; ++x) {
         const double from = t.scale.from + x * second;
         if (from >= p.time.end)
             break;
         const waveform_column column = waveform_between(music->columns, from, from + second);
         const float left = t.scale.x + x;
-        const float high = std::min(1.0f, std::max(column.highest, 0.012f)) * half;
-        const float low = std::min(1.0f, std::max(-column.lowest, 0.012f)) * half;
-        const float inner = std::min(1.0f, column.loudness) * half;
-        list->AddRectFilled({left, middle - high}, {left + 1, middle + low}, rgb(0x5c4a36));
+        const float inner = height_of(column.loudness);
+        list->AddRectFilled(
+            {left, middle - height_of(column.highest)}, {left + 1, middle + height_of(-column.lowest)}, rgb(0x5c4a36));
         list->AddRectFilled({left, middle - inner}, {left + 1, middle + inner}, rgb(0xa97b45));
     }
 }
