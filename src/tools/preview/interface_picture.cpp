@@ -55,7 +55,7 @@ static void follow_place(preview& p, const box& place)
 // Corner marks around the selected object.
 static void draw_selected(const preview& p, ImDrawList* list, const box& seen)
 {
-    if (!p.selected || !p.shown.at_frame)
+    if (!p.selected || !p.shown.at_frame || p.keeper.settling)
         return;
     const std::optional<box> outline = outline_of(p.shown.drawing.f, p.shown.layers, *p.selected);
     if (!outline)
@@ -137,16 +137,27 @@ static void fly_by_hand(preview& p, bool begins)
     p.dirty = true;
 }
 
-static void take_clicks(preview& p, const box& seen)
+static void take_click(preview& p, const box& seen)
 {
     const ImVec2 mouse = ImGui::GetIO().MousePos;
-    const double x = static_cast<double>((mouse.x - seen.x) / seen.width) * p.shown.wish.width;
-    const double y = static_cast<double>((mouse.y - seen.y) / seen.height) * p.shown.wish.height;
     if (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left)) {
         if (p.selected)
             open_place(p, selected_place(p));
         return;
     }
+    p.face.click_waits = true;
+    p.face.click_x = (mouse.x - seen.x) / seen.width;
+    p.face.click_y = (mouse.y - seen.y) / seen.height;
+}
+
+// While frames are passed on the way to the one that is shown, nobody knows what lies where.
+static void follow_click(preview& p)
+{
+    if (!p.face.click_waits || p.keeper.settling || p.dirty)
+        return;
+    p.face.click_waits = false;
+    const double x = static_cast<double>(p.face.click_x) * p.shown.wish.width;
+    const double y = static_cast<double>(p.face.click_y) * p.shown.wish.height;
     if (!select_at(p, x, y))
         select_nothing(p);
 }
@@ -160,7 +171,8 @@ static void take_hand(preview& p, const box& seen)
         "picture", {seen.width, seen.height}, ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonRight);
     const bool hovered = ImGui::IsItemHovered();
     if (hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Left))
-        take_clicks(p, seen);
+        take_click(p, seen);
+    follow_click(p);
     fly_by_hand(p, hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right));
 }
 

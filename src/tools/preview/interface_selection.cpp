@@ -79,6 +79,11 @@ static float value_at(const std::vector<float>& values, double share)
     return values[index] + (values[next] - values[index]) * part;
 }
 
+static bool is_within(double share) // of the curves' span
+{
+    return share >= 0 && share <= 1;
+}
+
 static void draw_curve(const moving_value& value, double share, ImDrawList* list, const box& place)
 {
     const value_range range = range_of_values(value.values);
@@ -97,17 +102,19 @@ static void draw_curve(const moving_value& value, double share, ImDrawList* list
     list->PushClipRect({place.x, place.y}, {place.x + place.width, place.y + place.height}, true);
     if (count > 1)
         list->AddPolyline(points, static_cast<int>(count), rgb(0xc9a26b), 0, 1.5f);
-    const float x = std::round(place.x + place.width * static_cast<float>(std::clamp(share, 0.0, 1.0))) + 0.5f;
+    list->PopClipRect();
+    if (!is_within(share))
+        return;
+    const float x = std::round(place.x + place.width * static_cast<float>(share)) + 0.5f;
     list->AddLine({x, place.y}, {x, place.y + place.height}, with_alpha(color_accent, 0.5f));
     list->AddCircleFilled({x, y_of(value_at(value.values, share))}, 3, color_accent, 16);
-    list->PopClipRect();
 }
 
 static void draw_value(const moving_value& value, double share, float width)
 {
     ImDrawList* list = ImGui::GetWindowDrawList();
     const ImVec2 from = ImGui::GetCursorScreenPos();
-    const std::string now = value_text(static_cast<double>(value_at(value.values, share)));
+    const std::string now = is_within(share) ? value_text(static_cast<double>(value_at(value.values, share))) : "";
     draw_text_within(list, fonts().small, from.x, from.y + 8, width - size_of_text(fonts().small, now).x - 8, color_dim, value.name);
     draw_text(list, fonts().small, from.x + width, from.y + 8, color_accent, now, text_right);
     draw_curve(value, share, list, {from.x, from.y + 17, width, curve_height});
@@ -163,6 +170,8 @@ static std::string triple(const float values[3])
 
 static void draw_placement(const preview& p)
 {
+    if (p.keeper.settling)
+        return panel_line("place", "…", color_dim);
     const std::optional<placement> now = placement_of(p.shown.drawing.f, p.shown.layers, *p.selected);
     if (!now)
         return panel_line("place", "not drawn now", color_dim);

@@ -41,7 +41,7 @@ static void draw_time(const preview& p, const box& place, ImDrawList* list, floa
     const std::string beat = beat_text(p.time.position, p.build.bpm, p.build.beats_per_bar);
     if (!beat.empty())
         x = figure(list, x, y, beat, "bar.beat", 64);
-    const uint64_t frame = p.shown.has_show ? p.shown.frame : 0;
+    const uint64_t frame = frame_now(p);
     x = figure(list, x, y, std::to_string(frame), "frame", 64);
     if (place.width >= least_width_for_all)
         figure(list, x, y, std::to_string(tick_of_frame(frame, p.shown.rate)), "tick", 64);

@@ -65,6 +65,9 @@ struct interface_state {
     float wanted_height = 0;
     double wanted_since = 0;
 
+    bool click_waits = false; // in the picture, at these shares of it, for the frame to be there
+    float click_x = 0;
+    float click_y = 0;
     bool flies = false; // the right button is held in the picture: letters fly the camera
     bool opens_warnings = false;
     std::vector<std::string> quoted; // the source's line of each problem of the latest build; may be empty
