@@ -35,7 +35,11 @@ class Control:
     def __init__(self, path, patience=PATIENCE):
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.settimeout(2 * patience)  # longer than what it is asked to wait for
-        self.socket.connect(path)
+        try:
+            self.socket.connect(path)
+        except OSError:
+            self.socket.close()
+            raise
         self.lines = self.socket.makefile('r', encoding='utf-8', newline='\n')
         self.count = 0
 
@@ -63,8 +67,8 @@ class Preview:
 
     def __init__(self, display, exe, *arguments, folder=None, **environment):
         self.display = display
-        self.place = tempfile.TemporaryDirectory(prefix='brimlow-preview-')
-        self.path = os.path.join(self.place.name, 'control')
+        self.home = tempfile.TemporaryDirectory(prefix='brimlow-preview-')
+        self.path = os.path.join(self.home.name, 'control')
         self.command = [os.path.abspath(exe), '--control', self.path, *map(str, arguments)]
         self.folder = folder
         self.environment = environment
@@ -77,20 +81,23 @@ class Preview:
 
     def __exit__(self, *_):
         self.stop()
-        self.place.cleanup()
+        self.home.cleanup()
 
     def start(self):
         """Starts it and waits for its socket, not for its first build."""
         self.output = tempfile.TemporaryFile('w+')
-        environment = self.display.environment(HOME=self.place.name, **self.environment)
+        environment = self.display.environment(HOME=self.home.name, **self.environment)
         self.process = subprocess.Popen(self.command, cwd=self.folder, env=environment, stdin=subprocess.DEVNULL,
                                         stdout=self.output, stderr=subprocess.STDOUT)
         end = time.monotonic() + PATIENCE
-        while not os.path.exists(self.path) and self.process.poll() is None and time.monotonic() < end:
-            time.sleep(0.01)
-        if not os.path.exists(self.path):
-            raise RuntimeError('the preview did not start: ' + self.told())
-        self.control = Control(self.path)
+        while self.control is None:
+            try:
+                self.control = Control(self.path)
+            except OSError:  # it is not there yet, or nobody listens yet
+                if self.process.poll() is not None or time.monotonic() > end:
+                    self.stop()
+                    raise RuntimeError('the preview did not start: ' + '\n'.join(self.lines)) from None
+                time.sleep(0.01)
 
     def stop(self):
         """Asks it to quit, and ends it where it does not; its exit status."""
@@ -98,9 +105,9 @@ class Preview:
             return None
         if self.process.poll() is None:
             try:
-                self.ask('quit')
+                self.control.ask('quit')
                 self.process.wait(PATIENCE)
-            except (OSError, ValueError, Refused, subprocess.TimeoutExpired):
+            except (AttributeError, OSError, ValueError, Refused, subprocess.TimeoutExpired):
                 self.process.send_signal(signal.SIGKILL)
                 self.process.wait()
         if self.control:
@@ -158,7 +165,7 @@ class Preview:
 
     def picture(self):
         """The bytes of a PNG file of the picture, which is exact."""
-        path = os.path.join(self.place.name, 'still.png')
+        path = os.path.join(self.home.name, 'still.png')
         self.still(path)
         with open(path, 'rb') as file:
             return file.read()
@@ -175,8 +182,8 @@ class Preview:
         for _ in range(count):
             self.status()
 
-    def press(self, key, *held):
-        """Presses a key, with others held ("shift"), as X names them: "space", "comma", "Left", "a"."""
+    def press(self, key, *held, ends=False):
+        """Presses a key, with others held, as X names them: "space", "comma", "Left", "a", "Shift_L"."""
         client = self.display.client()
         client.focus(client.top_windows()[0][0])
         for name in (*held, key):
@@ -184,7 +191,8 @@ class Preview:
         time.sleep(KEY_HELD)
         for name in (key, *reversed(held)):
             client.key(name, False)
-        self.turns()
+        if not ends:
+            self.turns()
 
     def point(self, x, y):
         """Moves the pointer to a place in the window."""

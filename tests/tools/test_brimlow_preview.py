@@ -34,9 +34,9 @@ local paint = material { color = colors.plate }
 local plate = scene "plate" {
     solids.box() { material = paint, at = { loop { linear(0, 1, "8s") }, 0, 0 } },
 }
-local sky = scene "sky" {}
+local sky = scene "sky" { solids.box() { at = { 0, 0, 9 } } } -- behind the eye
 
-track { sky { from = "0s", to = "8s", clear = colors.sky } }
+track { sky { from = "0s", to = "8s", camera = { at = { 0, 0, 4 }, fov = 45, far = 100 }, clear = colors.sky } }
 track { plate { from = "0s", to = "8s", camera = { at = { 0, 0, 4 }, fov = 45, far = 100 } } }
 '''
 COLORS = '''return { plate = { 1, 0, 0 }, sky = { 0, 0, 1 } }
@@ -50,7 +50,8 @@ def near(color, other, most=3):
 
 
 class WithShow(unittest.TestCase):
-    """One preview of one show for all cases of a class; each finds the show as it was written, paused at the start."""
+    """One preview of one show for all cases of a class; each finds the show as it was written, paused after a second
+    (a clear takes the colour that the frame before has set)."""
     show, colors, arguments = SHOW, COLORS, ('--paused',)
 
     @classmethod
@@ -73,7 +74,7 @@ class WithShow(unittest.TestCase):
     @classmethod
     def tearDownClass(cls):
         cls.preview.stop()
-        cls.preview.place.cleanup()
+        cls.preview.home.cleanup()
         cls.display.__exit__()
         cls.place.cleanup()
 
@@ -85,7 +86,7 @@ class WithShow(unittest.TestCase):
         for request in ({'do': 'pause'}, {'do': 'loop', 'off': True}, {'do': 'mute', 'on': False},
                         {'do': 'tracks', 'mute': [], 'solo': []}, {'do': 'path', 'to': 'glsl'},
                         {'do': 'caps', 'to': ''}, {'do': 'select'}, {'do': 'camera', 'on': False},
-                        {'do': 'go', 'time': 0}):
+                        {'do': 'go', 'time': 1}):
             self.preview.ask(request.pop('do'), **request)
         self.preview.settled()
 
@@ -216,12 +217,11 @@ class Editing(WithShow):
         subprocess.run([MAKE, 'build', os.path.join(self.folder, 'show.lua'), '-o', pack], check=True,
                        stdout=subprocess.DEVNULL)
         environment = self.display.environment()
-        for frame in (0, 77, 479):
+        for frame in (0, 77, 480):
             self.preview.ask('go', frame=frame)
             subprocess.run([RENDER, '-y', '-q', '--size', 'x'.join(SIZE), '--at', '%df' % frame, '-o', still, pack],
                            check=True, env=environment)
-            with open(still, 'rb') as file:
-                self.assertEqual(self.preview.picture(), file.read(), 'frame %d' % frame)
+            self.assertEqual(self.picture().rgb, Picture(still).rgb, 'frame %d' % frame)
 
 
 # ---- time ---------------------------------------------------------------------------------------
@@ -231,8 +231,8 @@ class Time(WithShow):
         self.assertEqual(self.preview.ask('go', time=2.5)['frame'], 150)
         self.assertEqual(self.preview.ask('go', by=-1)['time'], 1.5)
         self.assertEqual(self.preview.ask('go', by_frames=3)['frame'], 93)
-        self.assertEqual(self.preview.ask('go', frame=479)['frame'], 479)
-        self.assertEqual(self.preview.ask('go', by=100)['frame'], 479)
+        self.assertEqual(self.preview.ask('go', frame=480)['frame'], 480)
+        self.assertEqual(self.preview.ask('go', by=100)['frame'], 480)
         self.preview.ask('go', time=1)
         self.preview.ask('play')
         self.assertTrue(self.preview.until(lambda status: status['time'] > 1.1))
@@ -259,10 +259,9 @@ class Time(WithShow):
         press('space')
         self.assertTrue(self.preview.until(lambda status: not status['playing']))
         self.preview.ask('go', time=2)
-        for keys, frame in ((('Right',), 180), (('Left',), 120), (('Right', 'shift'), 150), (('Left', 'shift'), 120),
-                            (('period',), 121), (('comma',), 120), (('comma',), 119), (('End',), 479), (('Home',), 0)):
-            names = [{'shift': 'Shift_L'}.get(name, name) for name in keys]
-            press(*names)
+        for keys, frame in ((('Right',), 180), (('Left',), 120), (('Right', 'Shift_L'), 150), (('Left', 'Shift_L'), 120),
+                            (('period',), 121), (('comma',), 120), (('comma',), 119), (('End',), 480), (('Home',), 0)):
+            press(*keys)
             self.assertEqual(self.preview.status()['frame'], frame, keys)
 
     def test_keys_set_a_loop_and_mute(self):
@@ -295,7 +294,7 @@ class Time(WithShow):
         self.preview.ask('go', time=7.9)
         self.preview.ask('play')
         self.assertTrue(self.preview.until(lambda status: not status['playing']))
-        self.assertEqual(self.preview.status()['frame'], 479)
+        self.assertEqual(self.preview.status()['frame'], 480)
         self.preview.ask('play')
         self.assertTrue(self.preview.until(lambda status: 0 < status['time'] < 7))
 
@@ -374,7 +373,7 @@ class Drawing(WithShow):
         self.assertGreater(self.preview.ask('figures')['cpu_ms'], 0)
         self.assertGreater(self.preview.ask('memory')['meshes']['count'], 0)
         self.assertGreater(self.preview.ask('names')['names'], 0)
-        self.assertIn('plate', self.preview.ask('commands')['text'])
+        self.assertIn('draw 1 x 36 indices', self.preview.ask('commands')['text'])
 
 
 # ---- numbers by hand ------------------------------------------------------------------------------
@@ -425,8 +424,8 @@ class Socket(WithShow):
     def test_what_is_wrong_is_one_sentence_and_changes_nothing(self):
         before = self.preview.status()
         for request, sentence in (
-                ({'do': 'go', 'time': -0.1}, '"time" goes from 0 to 8.'),
-                ({'do': 'go', 'frame': 480}, '"frame" goes from 0 to 479.'),
+                ({'do': 'go', 'time': -0.1}, '"time" goes from 0 to 8.016666667.'),
+                ({'do': 'go', 'frame': 481}, '"frame" goes from 0 to 480.'),
                 ({'do': 'go'}, '"go" needs one of "time", "frame", "by" and "by_frames".'),
                 ({'do': 'go', 'time': 1, 'frame': 2}, '"go" needs one of "time", "frame", "by" and "by_frames".'),
                 ({'do': 'loop', 'from': 2, 'to': 1}, '"from" lies before "to".'),
@@ -529,7 +528,7 @@ class Running(unittest.TestCase):
             preview.shown(lambda: build('{ 0, 1, 0 }'))
             preview.still(still)
             self.assertEqual(Picture(still).pixel(*CORNER), GREEN)
-            preview.press('Escape')
+            preview.press('Escape', ends=True)
             self.assertEqual(preview.process.wait(20), 0)
             self.assertFalse(os.path.exists(preview.path))
 
