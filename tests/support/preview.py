@@ -194,11 +194,17 @@ class Preview:
         if not ends:
             self.turns()
 
+    def drawn(self, windows, seconds=1):
+        """Waits until the window has been drawn twice since it was so often, once with what the hand did; it is drawn
+        only when something happens."""
+        self.until(lambda status: status['windows'] >= windows + 2, seconds)
+
     def point(self, x, y):
         """Moves the pointer to a place in the window."""
+        windows = self.status()['windows']
         left, top, _, _ = self.window()
         self.display.client().move(left + int(x), top + int(y))
-        self.turns()
+        self.drawn(windows)
 
     def click(self, x, y):
         self.point(x, y)
@@ -206,8 +212,9 @@ class Preview:
         self.button(False)
 
     def button(self, down):
+        windows = self.status()['windows']
         self.display.client().button(down)
-        self.turns()
+        self.drawn(windows)
 
     def drag(self, x, y, to_x, to_y, steps=5):
         self.point(x, y)

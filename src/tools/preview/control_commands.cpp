@@ -139,7 +139,7 @@ static json status_of(const preview& p)
         {"settling", p.keeper.settling}, {"progress", keeper_progress(p.keeper)}, {"folder", p.folder},
         {"file", p.file}, {"title", p.build.title}, {"build", build_status(p.latest)}, {"shown", shown_status(p)},
         {"builds_shown", p.builds_shown}, {"waits_for_build", p.waits_for_build},
-        {"selected", p.selected ? object_status(p, *p.selected) : json()}, {"passed", p.shown.passed},
+        {"selected", p.selected ? object_status(p, *p.selected) : json()}, {"passed", p.shown.passed}, {"windows", p.windows_shown},
         {"now", steady_seconds()}};
 }
 

@@ -56,7 +56,7 @@ static void draw_slider(preview& p, const tried_number& number)
     ImGui::SetNextItemWidth(width);
     const bool moved = ImGui::SliderScalar(
         "value", ImGuiDataType_Double, &value, &number.least, &number.most, format_of(number), ImGuiSliderFlags_AlwaysClamp);
-    note_item(p, place_name("slider", number));
+    note_place(p, place_name("slider", number), from.x, from.y, width, height);
     ImGui::PopStyleVar();
     ImGui::PopStyleColor(3);
     if (moved) {

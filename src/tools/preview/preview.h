@@ -105,6 +105,7 @@ struct preview {
     reload_times reload;
     reload_times coming; // of the build that is under way
     uint64_t builds_shown = 0;
+    uint64_t windows_shown = 0; // how often the window was drawn
 
     stage shown;
     state_keeper keeper;

@@ -194,6 +194,7 @@ static void show_window(preview& p)
     preview_window_begin_frame(p.window);
     draw_interface(p);
     preview_window_end_frame(p.window);
+    ++p.windows_shown;
 }
 
 // Something moves in the interface though nothing happens: what waits, what is said for a moment, a caret, a waveform.
