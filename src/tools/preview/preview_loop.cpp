@@ -17,9 +17,9 @@
 
 constexpr double jump_budget_ms = 60;    // for a picture at once
 constexpr double settle_budget_ms = 12;  // beside the interface
-constexpr uint32_t idle_wait_ms = 1000;
+constexpr uint32_t idle_wait_ms = 500;   // a watch that has to look at the times of files does it then
 constexpr uint32_t lively_wait_ms = 100;
-constexpr uint32_t unquiet_wait_ms = 2;  // a save that may not be the last, a line that is half sent
+constexpr uint32_t unquiet_wait_ms = 2;  // a save that may not be the last, a line that is half sent, who waits
 constexpr uint32_t settling_windows = 3; // until the interface shows all that follows from a change
 
 constexpr int status_done = 0;
@@ -200,13 +200,14 @@ static void show_window(preview& p)
 // Something moves in the interface though nothing happens: what waits, what is said for a moment, a caret, a waveform.
 static bool is_lively(const preview& p)
 {
-    return p.waits_for_build || p.window.typing || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
+    return p.waits_for_build || p.keeper.settling || p.window.typing || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
         || (p.sound.music && !p.sound.music->ready);
 }
 
 static bool has_unsent(const control_socket& control)
 {
-    return std::any_of(control.clients.begin(), control.clients.end(), [](const control_client& c) { return !c.to_send.empty(); });
+    return std::any_of(control.clients.begin(), control.clients.end(),
+        [](const control_client& client) { return !client.to_send.empty(); });
 }
 
 static uint32_t until_next_frame(const preview& p)
@@ -225,7 +226,7 @@ static uint32_t time_to_wait(const preview& p)
         wait = std::min(wait, preview_window_rests(p.window));
     if (p.time.playing && !p.time.scrubbing)
         wait = std::min(wait, until_next_frame(p));
-    if (p.watch.changed_at > 0 || has_unsent(p.control))
+    if (p.watch.changed_at > 0 || has_unsent(p.control) || !p.control.waits.empty())
         wait = std::min(wait, unquiet_wait_ms);
     return wait;
 }
@@ -243,6 +244,8 @@ static void take_input(preview& p, window_input& input)
     list_awaited(p);
     preview_window_take_input(p.window, input, time_to_wait(p), p.awaited);
     p.active = input.any;
+    if (input.any)
+        p.windows_due = settling_windows;
     p.quit |= input.closed;
     if (input.scale_changed) {
         set_interface_style(p.window.scale);
@@ -253,15 +256,16 @@ static void take_input(preview& p, window_input& input)
             do_key(p, key);
 }
 
-// A new show is seen at once, everything else as often as the window is drawn. One that nobody sees counts as seen.
+// A new show is seen at once, everything else as often as the window is drawn, and not while a save is about to be built.
+// One that nobody sees counts as seen.
 static void show_what_is_new(preview& p, bool new_picture)
 {
     const bool is_reload = p.reload.loaded > 0 && p.reload.shown == 0;
-    if (p.active)
-        p.windows_due = settling_windows;
-    else if (p.windows_due == 0 && (new_picture || is_lively(p)))
+    const bool is_late = steady_seconds() >= p.window.shown_at + lively_wait_ms / 1000.0;
+    if (p.windows_due == 0 && (p.active || new_picture || (is_late && is_lively(p))))
         p.windows_due = 1;
-    if (!p.window.hidden && p.windows_due > 0 && (is_reload || preview_window_rests(p.window) == 0)) {
+    const bool may_draw = is_reload || (preview_window_rests(p.window) == 0 && p.watch.changed_at == 0);
+    if (!p.window.hidden && p.windows_due > 0 && may_draw) {
         show_window(p);
         --p.windows_due;
     }

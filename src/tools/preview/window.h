@@ -45,7 +45,6 @@ struct window_input {
     std::vector<pressed_key> keys; // those that no field of the interface takes
     bool closed = false;           // the viewer closed the window
     bool any = false;              // something happened at all
-    bool woken = false;            // a descriptor is readable
     bool scale_changed = false;    // the interface needs letters of another size
 };
 

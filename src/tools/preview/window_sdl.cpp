@@ -292,7 +292,6 @@ static void take_text(const preview_window& w, const char* text, window_input& i
 
 static void take_event(preview_window& w, const SDL_Event& event, window_input& input)
 {
-    input.woken |= event.type == wake_event;
     if (event.type == wake_event)
         return;
     input.any = true;
