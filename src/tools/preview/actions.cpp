@@ -325,8 +325,16 @@ static void go_by(preview& p, double seconds)
     go_to(p, p.time.position + seconds);
 }
 
+// Held, the others would do and undo in turns.
+static bool goes_on_while_held(uint32_t key)
+{
+    return key == key_left || key == key_right || key == ',' || key == '.';
+}
+
 void do_key(preview& p, const pressed_key& key)
 {
+    if (key.control || (key.repeated && !goes_on_while_held(key.key)))
+        return;
     const double jump = key.shift && p.build.bpm > 0 ? 60 / p.build.bpm : 1;
     switch (key.key) {
     case ' ':
