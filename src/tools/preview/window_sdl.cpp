@@ -351,6 +351,16 @@ void preview_window_use_interface(preview_window& w)
     SDL_GL_MakeCurrent(own_window(w), w.interface_context);
 }
 
+// While a button is held the pointer is the window's alone, and then X11 tells the library's asking for its place on the
+// screen nothing new: a drag would stand still. What comes as events is right.
+static ImVec2 mouse_place(const preview_window& w, ImVec2 on_screen)
+{
+    int x = 0;
+    int y = 0;
+    SDL_GetMouseState(&x, &y);
+    return SDL_GetMouseFocus() == own_window(w) ? ImVec2(static_cast<float>(x), static_cast<float>(y)) : on_screen;
+}
+
 void preview_window_begin_frame(preview_window& w)
 {
     preview_window_use_interface(w);
@@ -359,6 +369,7 @@ void preview_window_begin_frame(preview_window& w)
     ImGuiIO& io = ImGui::GetIO();
     io.DisplaySize = {io.DisplaySize.x / w.own_points, io.DisplaySize.y / w.own_points};
     io.DisplayFramebufferScale = {w.scale, w.scale};
+    io.MousePos = mouse_place(w, io.MousePos);
     io.MousePos = {io.MousePos.x / w.own_points, io.MousePos.y / w.own_points}; // one outside stays far outside
     ImGui::NewFrame();
 }
