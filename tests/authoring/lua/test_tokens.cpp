@@ -1,8 +1,13 @@
 #include "authoring/lua/tokens.h"
 
 #include <doctest/doctest.h>
+#include <lua.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 // "1:name local" for each, with its line.
@@ -91,4 +96,59 @@ TEST_CASE("numbers mean what they mean in the language")
     CHECK(std::isinf(number_of_token("1e999").value));
     for (const char* wrong : {"0x", "3a", "1e", "1..2", "0xg", "1.2.3", "."})
         CHECK(number_said(wrong) == "none");
+}
+
+// ---- Lua's own reader ---------------------------------------------------------------------------------
+
+static int add_bytes(lua_State*, const void* bytes, size_t size, void* all)
+{
+    static_cast<std::string*>(all)->append(static_cast<const char*>(bytes), size);
+    return 0;
+}
+
+// The compiled program, with the lines of its instructions. Empty: it does not compile.
+static std::string compiled(const std::string& text)
+{
+    std::string bytes;
+    lua_State* L = luaL_newstate();
+    if (luaL_loadbuffer(L, text.data(), text.size(), "=source") == LUA_OK)
+        lua_dump(L, add_bytes, &bytes, 0);
+    lua_close(L);
+    return bytes;
+}
+
+// Nothing but the tokens, each on its line.
+static std::string tokens_alone(const std::string& text)
+{
+    token_reader r = read_tokens(text);
+    std::string alone;
+    uint32_t line = 1;
+    for (source_token token = next_token(r); token.kind != token_end; token = next_token(r)) {
+        const auto ends = static_cast<uint32_t>(std::count(token.text.begin(), token.text.end(), '\n'));
+        for (; line + ends < token.line; ++line)
+            alone += '\n';
+        alone += std::string(token.text) + " ";
+        line = token.line;
+    }
+    return alone;
+}
+
+TEST_CASE("the sources of our shows are the same programs for Lua when nothing but their tokens is left")
+{
+    namespace fs = std::filesystem;
+    size_t count = 0;
+    for (const char* folder : {"/productions", "/share/brimlow"}) {
+        for (const fs::directory_entry& entry :
+            fs::recursive_directory_iterator(BRIMLOW_SOURCE_DIR + std::string(folder))) {
+            if (entry.path().extension() != ".lua")
+                continue;
+            std::ifstream file(entry.path(), std::ios::binary);
+            const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+            INFO(entry.path().string());
+            REQUIRE(compiled(text) != "");
+            CHECK(compiled(tokens_alone(text)) == compiled(text));
+            ++count;
+        }
+    }
+    CHECK(count > 20);
 }
