@@ -149,6 +149,9 @@ void build_source(const build_request& request, built_show& built)
 {
     show_description show;
     show.folder = request.folder;
+    show.kept = request.kept;
+    show.compression = request.compression;
+    begin_build(work_of(show));
     word_state state = {&show};
     sandbox_options options;
     options.folder = request.folder;
@@ -187,4 +190,5 @@ void build_source(const build_request& request, built_show& built)
         if (problem.file.empty())
             problem.file = request.file;
     order_problems(built.problems, sources);
+    end_build(work_of(show), has_errors(built.problems));
 }

@@ -12,6 +12,8 @@ struct build_request {
     void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
     void* user = nullptr;
     std::span<const try_override> tries = {}; // values in the place of numbers that the source has
+    kept_work* kept = nullptr; // from one build to the next; null: nothing is
+    int compression = 9;       // of documents and meshes: 0 (none) to 9, for packs that nobody keeps
 };
 
 // Runs the source and makes the documents and entries of what it describes. What is wrong is in `built.problems`,

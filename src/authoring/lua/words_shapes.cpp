@@ -98,16 +98,16 @@ static int word_parts(lua_State* L)
     std::string problem;
     want_file(show, file);
     const std::string path = path_in_folder(show.folder, file, problem);
-    imported_model model = {};
+    const imported_model* model = nullptr;
     if (!path.empty()) {
         const excused_time reading(L);
-        take_model(model_file_of(show, path), {0, false, {}, {}, normals_kept}, model, problem);
+        model = keep_part(work_of(show), path, {0, false, {}, {}, normals_kept}, problem);
     }
     if (!problem.empty())
         report_error(L, problem);
     lua_newtable(L);
     std::vector<std::string> seen;
-    for (const model_part& part : model.parts) {
+    for (const model_part& part : model != nullptr ? model->parts : std::vector<model_part>()) {
         if (std::find(seen.begin(), seen.end(), part.material) != seen.end())
             continue;
         seen.push_back(part.material);

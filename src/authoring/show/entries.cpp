@@ -83,6 +83,8 @@ std::string path_in_folder(const std::string& folder, const std::string& file, s
 
 std::string find_file(lowering& l, const std::string& file, const source_place& place)
 {
+    if (const auto known = l.files.find(file); known != l.files.end())
+        return known->second;
     std::string fault;
     const std::string path = path_in_folder(l.show.folder, file, fault);
     if (!fault.empty())
@@ -90,7 +92,7 @@ std::string find_file(lowering& l, const std::string& file, const source_place& 
     want_file(l.show, file);
     if (!path.empty())
         note_file(l, std::filesystem::path(file).lexically_normal().string());
-    return path;
+    return fault.empty() ? l.files[file] = path : path;
 }
 
 namespace {
@@ -179,13 +181,13 @@ static void add_entry(lowering& l, const std::string& name, std::vector<uint8_t>
     l.built.entries.push_back({name, std::move(bytes), file});
 }
 
-std::vector<uint8_t> enveloped(const std::vector<uint8_t>& bytes)
+std::vector<uint8_t> enveloped(const show_description& show, const std::vector<uint8_t>& bytes)
 {
     uLongf size = compressBound(static_cast<uLong>(bytes.size()));
     std::vector<uint8_t> out(4 + size);
     for (uint32_t byte = 0; byte < 4; ++byte)
         out[byte] = static_cast<uint8_t>(bytes.size() >> (8 * byte));
-    const int status = compress2(out.data() + 4, &size, bytes.data(), static_cast<uLong>(bytes.size()), 9);
+    const int status = compress2(out.data() + 4, &size, bytes.data(), static_cast<uLong>(bytes.size()), show.compression);
     assert(status == Z_OK);
     static_cast<void>(status);
     out.resize(4 + size);
@@ -208,7 +210,7 @@ std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const st
         bool known = false;
         const std::string name = kept_name(l, wish, wish, known);
         if (!known)
-            add_entry(l, name, enveloped(content), "");
+            add_entry(l, name, enveloped(l.show, content), "");
         return name;
     }
     const std::string key = "mesh|" + std::string(content.begin(), content.end());
@@ -216,7 +218,7 @@ std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const st
         return known->second;
     const std::string name = free_name(l, wish + ".mesh");
     l.names.by_source[key] = name;
-    add_entry(l, name, enveloped(content), "");
+    add_entry(l, name, enveloped(l.show, content), "");
     return name;
 }
 
@@ -234,6 +236,51 @@ static void add_notes(lowering& l, const thing& made, const std::string& file, c
         add_problem(l.built.problems, problem_note, made.place, "\"" + file + "\" " + sentence_of(note));
 }
 
+static std::string size_wish(const image_thing& image)
+{
+    return std::to_string(image.size[0]) + "x" + std::to_string(image.size[1]);
+}
+
+// The picture of a file; null, and a problem, where there is none.
+static const imported_picture* read_picture(
+    lowering& l, const thing& made, const image_thing& image, const std::string& path)
+{
+    if (const imported_picture* kept = find_picture(work_of(l.show), path, size_wish(image)))
+        return kept;
+    const file_stamp stamp = stamp_of(path);
+    std::vector<uint8_t> bytes;
+    imported_picture picture = {};
+    std::string problem;
+    if (!read_file(l, path, made.place, bytes))
+        return nullptr;
+    if (import_picture(bytes, {image.size[0], image.size[1]}, picture, problem))
+        return &keep_picture(work_of(l.show), stamp, size_wish(image), std::move(picture));
+    const std::string other = other_kind_of_file(path, image.file, "picture");
+    add_problem(l.built.problems, problem_error, made.place,
+        other.empty() ? "\"" + image.file + "\" " + sentence_of(problem) : other);
+    return nullptr;
+}
+
+// The picture of a level's file, likewise.
+static const imported_picture* read_level(lowering& l, const thing& made, const std::string& file, uint32_t level,
+    const imported_picture& base, const std::string& path)
+{
+    const std::string wish = "level " + std::to_string(level) + " of " + std::to_string(base.width) + "x"
+        + std::to_string(base.height);
+    if (const imported_picture* kept = find_picture(work_of(l.show), path, wish))
+        return kept;
+    const file_stamp stamp = stamp_of(path);
+    std::vector<uint8_t> bytes;
+    imported_picture picture = {};
+    std::string problem;
+    if (!read_file(l, path, made.place, bytes))
+        return nullptr;
+    if (import_level(bytes, base, level, false, picture, problem))
+        return &keep_picture(work_of(l.show), stamp, wish, std::move(picture));
+    add_problem(l.built.problems, problem_error, made.place, "\"" + file + "\" " + sentence_of(problem));
+    return nullptr;
+}
+
 // Ready-made levels are entries of their own, whose names follow from the picture's.
 static void take_levels(
     lowering& l, const thing& made, const image_thing& image, const std::string& entry, const imported_picture& base)
@@ -243,21 +290,15 @@ static void take_levels(
         if (file.empty())
             continue;
         const std::string path = find_file(l, file, made.place);
-        std::vector<uint8_t> bytes;
-        imported_picture picture = {};
-        std::string problem;
-        if (path.empty() || !read_file(l, path, made.place, bytes))
+        const imported_picture* picture = path.empty() ? nullptr : read_level(l, made, file, level, base, path);
+        if (picture == nullptr)
             continue;
-        if (!import_level(bytes, base, level, false, picture, problem)) {
-            add_problem(l.built.problems, problem_error, made.place, "\"" + file + "\" " + sentence_of(problem));
-            continue;
-        }
         const std::string name = name_of_level(entry.c_str(), level).text;
         if (name.empty())
             add_problem(l.built.problems, problem_error, made.place,
                 "the name \"" + entry + "\" is too long for levels: give the image a shorter name = \"...\".");
         else if (l.names.taken.insert(name).second)
-            add_entry(l, name, std::move(picture.bytes), file);
+            add_entry(l, name, picture->bytes, file);
     }
 }
 
@@ -274,27 +315,17 @@ taken_picture take_picture(lowering& l, const thing& made, const image_thing& im
     if (const auto known = l.pictures.find(key); known != l.pictures.end())
         return {l.names.by_source[key], known->second};
     const std::string path = find_file(l, image.file, made.place);
-    std::vector<uint8_t> bytes;
-    imported_picture picture = {};
-    std::string problem;
-    if (path.empty() || !read_file(l, path, made.place, bytes))
+    const imported_picture* picture = path.empty() ? nullptr : read_picture(l, made, image, path);
+    if (picture == nullptr)
         return taken;
-    if (!import_picture(bytes, {image.size[0], image.size[1]}, picture, problem)) {
-        if (const std::string other = other_kind_of_file(path, image.file, "picture"); !other.empty()) {
-            add_problem(l.built.problems, problem_error, made.place, other);
-            return taken;
-        }
-        add_problem(l.built.problems, problem_error, made.place, "\"" + image.file + "\" " + sentence_of(problem));
-        return taken;
-    }
-    add_notes(l, made, image.file, picture.notes);
+    add_notes(l, made, image.file, picture->notes);
     const bool keeps = l.show.keep_order && image.name.empty();
     taken.entry = free_name(l, !image.name.empty() ? image.name : keeps ? image.file : base_of(image.file));
-    taken.components = picture.components;
+    taken.components = picture->components;
     l.names.by_source[key] = taken.entry;
-    l.pictures[key] = picture.components;
-    take_levels(l, made, image, taken.entry, picture);
-    add_entry(l, taken.entry, std::move(picture.bytes), image.file);
+    l.pictures[key] = picture->components;
+    take_levels(l, made, image, taken.entry, *picture);
+    add_entry(l, taken.entry, picture->bytes, image.file);
     return taken;
 }
 
@@ -330,7 +361,7 @@ void take_entries(lowering& l)
             add_problem(
                 l.built.problems, problem_error, made->place, "the pack has an entry \"" + name + "\" already.");
         else
-            add_entry(l, name, entry->is_document ? enveloped(bytes) : std::move(bytes), entry->file);
+            add_entry(l, name, entry->is_document ? enveloped(l.show, bytes) : std::move(bytes), entry->file);
     }
 }
 

@@ -31,6 +31,11 @@ bool has_errors(const problem_list& problems)
         [](const show_problem& problem) { return problem.severity == problem_error; });
 }
 
+kept_work& work_of(show_description& show)
+{
+    return show.kept != nullptr ? *show.kept : show.own_work;
+}
+
 authored_document& document_of(lowering& l)
 {
     return *l.built.documents[l.document];
@@ -179,20 +184,20 @@ static void take_music(lowering& l)
                 + near_file(l.show.folder + "/" + l.show.music)
                 + (near_file(l.show.folder + "/" + l.show.music).empty() ? ": the show plays without." : ""));
     const std::string path = find_file(l, l.show.music, l.show.music_place);
-    music_file_facts facts = {};
     std::string problem;
     if (path.empty())
         return;
     l.built.music = l.show.music;
     l.built.music_place = l.show.music_place;
-    if (!check_music(path, facts, problem)) {
+    const music_file_facts* facts = keep_music(work_of(l.show), path, problem);
+    if (facts == nullptr) {
         const bool ends = problem.ends_with('.');
         add_problem(l.built.problems, l.show.keep_order ? problem_warning : problem_error, l.show.music_place,
             "\"" + l.show.music + "\" " + problem + (ends ? "" : "."));
         return;
     }
-    l.built.music_seconds = music_seconds(facts);
-    for (const std::string& note : facts.notes)
+    l.built.music_seconds = music_seconds(*facts);
+    for (const std::string& note : facts->notes)
         add_problem(l.built.problems, problem_note, l.show.music_place, "\"" + l.show.music + "\" " + note + ".");
 }
 
@@ -220,7 +225,7 @@ void lower_show(show_description& show, built_show& built)
             continue;
         l.made.clear();
         lower_document(l, entries[l.document]);
-        documents.push_back({entries[l.document], enveloped(bytes_of(document_text(document_of(l)))), ""});
+        documents.push_back({entries[l.document], enveloped(show, bytes_of(document_text(document_of(l)))), ""});
         for (const auto& made : l.made)
             used.insert(made.first.what);
     }

@@ -28,36 +28,39 @@ static void note_files(lowering& l, const std::string& file, const imported_mode
         want_file(l.show, folder + missing);
 }
 
-const model_file& model_file_of(show_description& show, const std::string& path)
+// What a mesh without a file, or with one that cannot be had, is made of.
+static const imported_model& own_model(lowering& l, const shape_data& shape)
 {
-    const auto known = show.model_files.find(path);
-    return known != show.model_files.end() ? known->second : show.model_files[path] = open_model(path);
+    imported_model model = {};
+    model.shapes.push_back(shape);
+    return l.own_models.emplace_back(std::move(model));
+}
+
+static const imported_model& read_model(lowering& l, const thing& made, const mesh_thing& mesh)
+{
+    const std::string path = find_file(l, mesh.file, made.place);
+    std::string problem;
+    const imported_model* model = path.empty() ? nullptr : keep_part(work_of(l.show), path, mesh.options, problem);
+    if (!path.empty() && model == nullptr) {
+        const std::string other = other_kind_of_file(path, mesh.file, "model");
+        add_problem(l.built.problems, problem_error, made.place, other.empty() ? problem : other);
+    }
+    if (model == nullptr)
+        return own_model(l, {}); // what is missing has been said
+    note_files(l, mesh.file, *model);
+    for (const std::string& refused : model->files_refused)
+        add_problem(l.built.problems, problem_note, made.place,
+            "\"" + mesh.file + "\" names \"" + refused + "\", which lies outside of its folder: it is not looked at.");
+    return model->shapes.empty() ? own_model(l, {}) : *model;
 }
 
 static const imported_model& model_of(lowering& l, const thing& made)
 {
-    if (const auto known = l.models.find(&made); known != l.models.end())
-        return known->second;
+    const imported_model*& model = l.models[&made];
     const mesh_thing& mesh = *as<mesh_thing>(&made);
-    imported_model& model = l.models[&made];
-    model = {};
-    if (mesh.file.empty()) {
-        model.shapes.push_back(mesh.shape);
-        return model;
-    }
-    const std::string path = find_file(l, mesh.file, made.place);
-    std::string problem;
-    if (!path.empty() && !take_model(model_file_of(l.show, path), mesh.options, model, problem)) {
-        const std::string other = other_kind_of_file(path, mesh.file, "model");
-        add_problem(l.built.problems, problem_error, made.place, other.empty() ? problem : other);
-    }
-    note_files(l, mesh.file, model);
-    for (const std::string& refused : model.files_refused)
-        add_problem(l.built.problems, problem_note, made.place,
-            "\"" + mesh.file + "\" names \"" + refused + "\", which lies outside of its folder: it is not looked at.");
-    if (model.shapes.empty())
-        model.shapes.emplace_back(); // what is missing has been said
-    return model;
+    if (model == nullptr)
+        model = mesh.file.empty() ? &own_model(l, mesh.shape) : &read_model(l, made, mesh);
+    return *model;
 }
 
 // A unit whose set the mesh lacks reads the first one. Where others read that as it is, it gets a set of its own.
@@ -158,28 +161,30 @@ static void add_own_glyphs(lowering& l, element& node, const font_thing& font, c
 // The letters of a file, made once for all materials.
 static const imported_font& letters_of(lowering& l, const thing& made)
 {
-    if (const auto known = l.fonts.find(&made); known != l.fonts.end())
-        return known->second;
+    static const imported_font no_letters = {};
+    const imported_font*& letters = l.fonts[&made];
+    if (letters != nullptr)
+        return *letters;
     const font_thing& font = *as<font_thing>(&made);
-    imported_font& letters = l.fonts[&made];
-    letters = {};
     std::vector<bool> wanted(glyph_count, font.all_letters);
     for (const uint32_t glyph : l.letters[&made])
         wanted[glyph] = true;
     wanted[glyph_count - 1] = true; // the space
     const std::string path = find_file(l, font.file, made.place);
     std::string problem;
-    if (!path.empty() && !import_font(path, font.options, wanted, letters, problem)) {
+    letters = path.empty() ? &no_letters : keep_font(work_of(l.show), path, font.options, wanted, problem);
+    if (letters == nullptr) {
         const std::string other = other_kind_of_file(path, font.file, "font");
         add_problem(l.built.problems, problem_error, made.place, other.empty() ? problem : other);
+        letters = &no_letters;
     }
     std::string lacking;
-    for (const std::string& letter : letters.lacking)
+    for (const std::string& letter : letters->lacking)
         lacking += (lacking.empty() ? "\"" : ", \"") + letter + "\"";
     if (!lacking.empty())
         add_problem(l.built.problems, problem_warning, made.place,
             "\"" + font.file + "\" has no " + lacking + ": blanks stand there.");
-    return letters;
+    return *letters;
 }
 
 static void add_letters(lowering& l, element& node, const thing& made, const thing* material, bool flat)

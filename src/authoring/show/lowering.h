@@ -3,6 +3,7 @@
 
 #include "authoring/show/show.h"
 
+#include <list>
 #include <map>
 #include <set>
 #include <string>
@@ -31,9 +32,11 @@ struct lowering {
     std::map<use_of_thing, std::vector<authored_record*>> made = {};
     std::map<const thing*, std::set<uint32_t>> letters = {}; // of each font, glyphs that texts use
     entry_names names = {};
-    std::map<const thing*, imported_model> models = {};
-    std::map<const thing*, imported_font> fonts = {}; // likewise
+    std::map<const thing*, const imported_model*> models = {};
+    std::list<imported_model> own_models = {};               // of meshes that have no file
+    std::map<const thing*, const imported_font*> fonts = {};
     std::map<std::string, uint32_t> pictures = {};    // components of those taken, by their keys
+    std::map<std::string, std::string> files = {};    // whole paths of those found, by the names that the source has
 };
 
 authored_document& document_of(lowering& l);
@@ -135,4 +138,4 @@ void note_file(lowering& l, const std::string& file);
 std::string near_file(const std::string& path);
 
 // Puts bytes into the envelope of documents and meshes.
-std::vector<uint8_t> enveloped(const std::vector<uint8_t>& bytes);
+std::vector<uint8_t> enveloped(const show_description& show, const std::vector<uint8_t>& bytes);

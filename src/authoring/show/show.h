@@ -3,6 +3,7 @@
 
 #include "authoring/problem.h"
 #include "authoring/show/authored.h"
+#include "authoring/show/kept_work.h"
 #include "authoring/show/things.h"
 #include "authoring/show/tried.h"
 
@@ -27,7 +28,9 @@ struct show_description {
     bool has_units = false;  // a time was said with its unit
     bool keep_order = false;
     std::vector<std::unique_ptr<thing>> things;                             // in the order in which they were made
-    std::map<std::string, model_file> model_files;                          // that have been read, by path
+    kept_work own_work;
+    kept_work* kept = nullptr; // what models, fonts, pictures and music are read into; null: own_work
+    int compression = 9;       // of documents and meshes, as zlib has it: 0 to 9
     std::vector<std::string> files_wanted; // below the folder: looked for, whether they are there or not
     std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
 };
@@ -59,8 +62,8 @@ struct built_show {
 // folder are passed over.
 void want_file(show_description& show, const std::string& file);
 
-// The model's file at `path`, which is read once, however many parts are wanted of it.
-const model_file& model_file_of(show_description& show, const std::string& path);
+// What files are read into, each once, however often it is wanted.
+kept_work& work_of(show_description& show);
 
 // Adds a thing to the show.
 thing* add_thing(show_description& show, thing_value value, const source_place& place, uint32_t document);
