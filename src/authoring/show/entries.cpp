@@ -247,7 +247,7 @@ static const imported_picture* read_picture(
 {
     if (const imported_picture* kept = find_picture(work_of(l.show), path, size_wish(image)))
         return kept;
-    const file_stamp stamp = stamp_of(path);
+    const read_stamp stamp = stamp_of(path);
     std::vector<uint8_t> bytes;
     imported_picture picture = {};
     std::string problem;
@@ -269,7 +269,7 @@ static const imported_picture* read_level(lowering& l, const thing& made, const 
         + std::to_string(base.height);
     if (const imported_picture* kept = find_picture(work_of(l.show), path, wish))
         return kept;
-    const file_stamp stamp = stamp_of(path);
+    const read_stamp stamp = stamp_of(path);
     std::vector<uint8_t> bytes;
     imported_picture picture = {};
     std::string problem;

@@ -14,9 +14,9 @@ static int64_t nanoseconds(const timespec& time)
     return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
-file_stamp stamp_of(const std::string& path)
+read_stamp stamp_of(const std::string& path)
 {
-    file_stamp stamp;
+    read_stamp stamp;
     stamp.path = path;
     struct stat about = {};
     timespec now = {};
@@ -36,7 +36,7 @@ file_stamp stamp_of(const std::string& path)
     return stamp;
 }
 
-static bool is_same_file(const file_stamp& then, const file_stamp& now)
+static bool is_same_file(const read_stamp& then, const read_stamp& now)
 {
     return then.is_calm && then.is_there == now.is_there && then.device == now.device && then.inode == now.inode
         && then.size == now.size && then.written == now.written && then.changed == now.changed;
@@ -48,7 +48,7 @@ static bool still_hold(const kept_work& work, kept_files& from)
     if (from.looked == work.build)
         return true;
     const bool same = std::all_of(from.stamps.begin(), from.stamps.end(),
-        [](const file_stamp& stamp) { return is_same_file(stamp, stamp_of(stamp.path)); });
+        [](const read_stamp& stamp) { return is_same_file(stamp, stamp_of(stamp.path)); });
     if (same)
         from.looked = work.build;
     return same;
@@ -192,7 +192,7 @@ const imported_picture* find_picture(kept_work& work, const std::string& path, c
 }
 
 const imported_picture& keep_picture(
-    kept_work& work, const file_stamp& from, const std::string& wish, imported_picture picture)
+    kept_work& work, const read_stamp& from, const std::string& wish, imported_picture picture)
 {
     kept_picture& kept = work.pictures[picture_key(from.path, wish)];
     kept = {{{from}, work.build}, std::move(picture)};

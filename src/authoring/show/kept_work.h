@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-// What the file system knows of a file.
-struct file_stamp {
+// What the file system knows of a file that is to be read.
+struct read_stamp {
     std::string path;
     bool is_there = false;
     bool is_calm = false; // it had not been written for a while when this was taken
@@ -28,11 +28,11 @@ struct file_stamp {
     int64_t changed = 0;
 };
 
-file_stamp stamp_of(const std::string& path);
+read_stamp stamp_of(const std::string& path);
 
 // What is kept of something that was read, and until when.
 struct kept_files {
-    std::vector<file_stamp> stamps; // of all that it came from
+    std::vector<read_stamp> stamps; // of all that it came from
     uint64_t looked = 0;            // the build that made sure of them last
 };
 
@@ -89,4 +89,4 @@ const music_file_facts* keep_music(kept_work& work, const std::string& path, std
 // none, and keep_picture takes one.
 const imported_picture* find_picture(kept_work& work, const std::string& path, const std::string& wish);
 const imported_picture& keep_picture(
-    kept_work& work, const file_stamp& from, const std::string& wish, imported_picture picture);
+    kept_work& work, const read_stamp& from, const std::string& wish, imported_picture picture);

@@ -85,13 +85,15 @@ static std::vector<tried_number> tries_of(const std::vector<tried_call>& calls)
     return tries;
 }
 
-static show_build build_of_source(const build_wish& wish)
+static show_build build_of_source(const build_wish& wish, kept_work* kept)
 {
     show_build build;
     built_show built;
     const std::vector<try_override> overrides = overrides_of(wish.tries);
     build_request request = {wish.folder, wish.file, keep_line, &build.printed};
     request.tries = overrides;
+    request.kept = kept;
+    request.compression = 0;
     build_source(request, built);
     build.can_play = !has_errors(built.problems);
     build.from_source = true;
@@ -192,10 +194,10 @@ show_build build_of_pack(const std::string& path)
 
 // ---- either -----------------------------------------------------------------------------------
 
-show_build build_of_wish(const build_wish& wish)
+show_build build_of_wish(const build_wish& wish, kept_work* kept)
 {
     const double begun = seconds_now();
-    show_build build = wish.from_source ? build_of_source(wish) : build_of_pack(wish.folder + "/" + wish.file);
+    show_build build = wish.from_source ? build_of_source(wish, kept) : build_of_pack(wish.folder + "/" + wish.file);
     build.folder = wish.folder;
     build.file = wish.file;
     build.seconds = seconds_now() - begun;

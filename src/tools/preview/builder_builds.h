@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+struct kept_work;
+
 struct build_wish {
     std::string folder; // of the show, without "/" at its end
     std::string file;   // of it: the source, or the pack
@@ -15,8 +17,9 @@ struct build_wish {
     bool from_source = true; // otherwise `file` is a pack
 };
 
-// What is asked for; its number is the caller's.
-show_build build_of_wish(const build_wish& wish);
+// What is asked for; its number is the caller's. `kept` is handed from one build to the next, so that these cost little;
+// null: nothing is kept. The pack is not compressed: nobody keeps it.
+show_build build_of_wish(const build_wish& wish, kept_work* kept = nullptr);
 
 // A pack as a build of its own: read as it is, with what check finds. One that cannot be read, or is none, gives a
 // build that cannot be played and says why.

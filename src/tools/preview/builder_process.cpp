@@ -2,6 +2,7 @@
 #include "tools/preview/builder.h"
 #include "tools/preview/builder_messages.h"
 
+#include "authoring/show/kept_work.h"
 #include "content/file_bytes.h"
 
 #include <cerrno>
@@ -69,6 +70,7 @@ static bool send_build(int socket, const show_build& build)
 int run_builder(int socket)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL); // also in the midst of an endless source
+    kept_work kept;
     for (;;) {
         std::vector<uint8_t> message = take_message(socket);
         while (!message.empty() && has_message(socket)) // of several requests the last one counts
@@ -78,7 +80,7 @@ int run_builder(int socket)
         const std::optional<build_order> order = decode_order(message);
         if (!order)
             return builder_misasked;
-        show_build build = build_of_wish(order->wish);
+        show_build build = build_of_wish(order->wish, &kept);
         build.number = order->number;
         if (!send_build(socket, build))
             return builder_cannot_answer;
