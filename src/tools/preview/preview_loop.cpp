@@ -7,6 +7,7 @@
 #include "tools/preview/actions.h"
 #include "tools/preview/control_commands.h"
 #include "tools/preview/interface.h"
+#include "tools/preview/loading_problems.h"
 #include "tools/preview/preview.h"
 #include "tools/preview/tries_by_hand.h"
 
@@ -105,6 +106,13 @@ static void begin_show(preview& p)
     play(p, !p.options.paused);
 }
 
+// What only the graphics card finds stands beside what the builder found.
+static void tell_loading(preview& p)
+{
+    const problem_list found = problems_of_loading(p.shown.remarks, p.build);
+    p.latest.problems.insert(p.latest.problems.end(), found.begin(), found.end());
+}
+
 // Where the show was stays, and so do sliders, loop, solo and camera.
 static void show_new(preview& p, show_build&& build)
 {
@@ -122,6 +130,7 @@ static void show_new(preview& p, show_build&& build)
     sound_take(p.sound, p.build.music);
     select_again(p, before);
     forget_stale(p.tries, p.build.tries);
+    tell_loading(p);
     preview_window_set_title(p.window, (p.build.title.empty() ? p.file : p.build.title) + " - brimlow-preview");
     if (is_first)
         begin_show(p);

@@ -8,6 +8,7 @@
 #include "texgen/cosine_table.h"
 #include "tools/frames/frame_clock.h"
 #include "tools/frames/frame_needs.h"
+#include "tools/preview/chance.h"
 #include "tools/preview/free_camera.h"
 #include "tools/preview/stage_memory_gl.h"
 
@@ -201,36 +202,7 @@ struct arriving_show {
     std::vector<loading_remark> remarks;
 };
 
-// Where the C library's generator of random numbers stands.
-struct random_place {
-    char state[128];
-};
-
 } // namespace
-
-// The library hands out where it keeps the numbers only while it is given another place for them.
-static char* library_place(char (&other)[128])
-{
-    return initstate(1, other, sizeof other);
-}
-
-static random_place keep_random()
-{
-    random_place kept;
-    char other[128];
-    char* place = library_place(other);
-    std::memcpy(kept.state, place, sizeof kept.state);
-    setstate(place);
-    return kept;
-}
-
-static void restore_random(const random_place& kept)
-{
-    char other[128];
-    char* place = library_place(other);
-    std::memcpy(place, kept.state, sizeof kept.state);
-    setstate(place);
-}
 
 static bool shows_something(const document& d, uint32_t tick)
 {
@@ -321,14 +293,14 @@ bool stage_load(stage& s, const show_build& build, std::string& problem)
     next.pack = build.pack;
     if (s.has_show)
         offer_records(next.handover, s.production, s.made_with, render_targets(s.production));
-    const random_place random = keep_random();
+    const chance_place chance = chance_now();
     if (load_arriving(s.display, s.wish.seed, next, problem)) {
         take_arrived(s, next);
         return true;
     }
     give_taken_back(next.handover, next.production);
     unload_document(next.production);
-    restore_random(random);
+    chance_put(chance);
     forget_objects(s.drawing.gl);
     return false;
 }
@@ -339,11 +311,11 @@ static bool load_for_display(stage& s, const player_display& display, arriving_s
     next.pack = s.pack;
     if (!s.has_show)
         return true;
-    const random_place random = keep_random();
+    const chance_place chance = chance_now();
     if (load_arriving(display, s.wish.seed, next, problem))
         return true;
     unload_document(next.production);
-    restore_random(random);
+    chance_put(chance);
     forget_objects(s.drawing.gl);
     return false;
 }
