@@ -73,6 +73,7 @@ TEST_CASE("Corners that were moved are where they were moved to")
     s.f.moved.push_back({nullptr, nullptr, nullptr, 3, 3, not_kept, false}); // behind the first three numbers
     s.f.meshes[0].moved = 0;
     CHECK(outline_of(s.f, s.layers, s.picked)->width == 1);
+    CHECK(outline_of(s.f, s.layers, s.picked)->height == 1);
     const float elsewhere[] = {0, 0, 0, 0.5f, 0, 0, 0, 0.5f, 0};
     s.f.moved[0] = {nullptr, elsewhere, nullptr, 3, not_kept, not_kept, false};
     CHECK(outline_of(s.f, s.layers, s.picked)->width == 0.25f);
@@ -86,7 +87,9 @@ TEST_CASE("What lies behind the eye does not widen an outline")
     CHECK(outline_of(s.f, s.layers, s.picked)->width == doctest::Approx(0.25));
     s.positions[2] = 5; // its first corner: three behind it
     CHECK(outline_of(s.f, s.layers, s.picked)->x == doctest::Approx(0.5));
-    s.positions[5] = s.positions[8] = 5;
+    s.positions[2] = 1.5f; // between the eye and the near plane
+    CHECK(outline_of(s.f, s.layers, s.picked)->x == doctest::Approx(0.5));
+    s.positions[2] = s.positions[5] = s.positions[8] = 5;
     CHECK_FALSE(outline_of(s.f, s.layers, s.picked));
 }
 

@@ -1,4 +1,5 @@
 #include "tools/preview/actions.h"
+#include "tools/preview/free_camera.h"
 #include "tools/preview/interface.h"
 #include "tools/preview/interface_style.h"
 
@@ -130,33 +131,25 @@ static void draw_memory(preview& p)
     ImGui::PopStyleVar();
 }
 
-static const layer_plan* camera_layer(const preview& p) // that of the first view in perspective on the screen
+static std::string triple(const float values[3], double sign = 1)
 {
-    for (uint32_t n = 0; n < p.shown.layers.layer_count; ++n) {
-        const layer_plan& layer = p.shown.layers.layers[n];
-        if (layer.projection == projection_perspective && layer.target == 0 && layer.model_id != 0)
-            return &layer;
-    }
-    return nullptr;
-}
-
-static std::string triple(const float values[3])
-{
-    const auto one = [](float v) { return value_text(static_cast<double>(v)); };
+    const auto one = [&](float v) { return value_text(sign * static_cast<double>(v)); };
     return one(values[0]) + ",  " + one(values[1]) + ",  " + one(values[2]);
 }
 
+// Named and signed as in a source: the world is moved against the eye.
 static void draw_camera(preview& p)
 {
-    const layer_plan* layer = p.shown.at_frame ? camera_layer(p) : nullptr;
-    if (layer == nullptr)
+    const flown_layer seen = p.shown.at_frame ? find_flown_layer(p.shown.layers) : flown_layer {};
+    if (seen.layer == nullptr)
         panel_words("No view in perspective now.", color_faint);
     else {
         ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(8, 1));
-        panel_line("place", triple(p.shown.camera.on ? p.shown.camera.position : layer->position));
-        panel_line("angles", triple(p.shown.camera.on ? p.shown.camera.rotation : layer->rotation));
-        panel_line("field of view", value_text(static_cast<double>(layer->fov)) + "°");
+        panel_line("at", triple(p.shown.camera.on ? p.shown.camera.position : seen.layer->position, -1));
+        panel_line("rotation", triple(p.shown.camera.on ? p.shown.camera.rotation : seen.layer->rotation));
+        panel_line("fov", value_text(static_cast<double>(seen.fov)));
         ImGui::PopStyleVar();
+        ImGui::Dummy({0, 1});
     }
     const bool on = p.shown.camera.on;
     if (panel_button("free", "free camera", on, "hold the right button in the picture and fly"))
@@ -173,6 +166,7 @@ void draw_figures(preview& p)
     if (begin_panel("Frame", frame_text(p))) {
         draw_graph(p);
         draw_layers(p);
+        ImGui::Dummy({0, 1});
         if (panel_button("commands", "commands", p.face.shows_commands, "what this frame tells OpenGL"))
             p.face.shows_commands = !p.face.shows_commands;
         end_panel();

@@ -127,8 +127,8 @@ static void fly_by_hand(preview& p, bool begins)
     f.forward = between_keys(place_w, place_s);
     f.right = between_keys(place_d, place_a);
     f.up = between_keys(place_e, place_q);
-    f.turn = io.MouseDelta.x * degrees_a_point;
-    f.nod = -io.MouseDelta.y * degrees_a_point;
+    f.turn = begins ? 0 : io.MouseDelta.x * degrees_a_point; // how the hand came there does not turn
+    f.nod = begins ? 0 : -io.MouseDelta.y * degrees_a_point;
     f.fast = io.KeyShift;
     const bool moves = f.forward != 0 || f.right != 0 || f.up != 0 || f.turn != 0 || f.nod != 0;
     if (!moves)

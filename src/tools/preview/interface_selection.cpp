@@ -171,13 +171,13 @@ static std::string triple(const float values[3])
 static void draw_placement(const preview& p)
 {
     if (p.keeper.settling)
-        return panel_line("place", "…", color_dim);
+        return panel_line("at", "…", color_dim);
     const std::optional<placement> now = placement_of(p.shown.drawing.f, p.shown.layers, *p.selected);
     if (!now)
-        return panel_line("place", "not drawn now", color_dim);
-    panel_line("place", triple(now->position));
+        return panel_line("at", "not drawn now", color_dim);
+    panel_line("at", triple(now->position));
     if (now->rotation[0] != 0 || now->rotation[1] != 0 || now->rotation[2] != 0)
-        panel_line("angles", triple(now->rotation));
+        panel_line("rotation", triple(now->rotation));
     if (now->scale[0] != 1 || now->scale[1] != 1 || now->scale[2] != 1)
         panel_line("scale", triple(now->scale));
 }
