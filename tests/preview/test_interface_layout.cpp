@@ -182,6 +182,17 @@ TEST_CASE("Numbers show the figures that count")
     CHECK(value_text(NAN) == "no number");
 }
 
+TEST_CASE("A slider has as many decimals as its steps need")
+{
+    CHECK(decimals_of_step(5) == 0);
+    CHECK(decimals_of_step(1) == 0);
+    CHECK(decimals_of_step(0.1) == 1);
+    CHECK(decimals_of_step(0.001) == 3); // a tenth of a tenth of a tenth is a little less than 1 / 1000
+    CHECK(decimals_of_step(0.02) == 2);
+    CHECK(decimals_of_step(1e-30) == 9);
+    CHECK(decimals_of_step(0) == 3);
+}
+
 TEST_CASE("Bytes and milliseconds are told as finely as they are read")
 {
     CHECK(bytes_text(0) == "0 KB");

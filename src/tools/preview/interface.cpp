@@ -27,7 +27,8 @@ static void draw_side(preview& p, const box& place)
     begin_place("side", place, color_panel, {16, 10});
     draw_selection(p);
     draw_tries(p);
-    draw_figures(p);
+    if (p.shown.has_show)
+        draw_figures(p);
     const float x = place.x + 0.5f;
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->PushClipRect({place.x, place.y}, {place.x + place.width, place.y + place.height});

@@ -28,6 +28,9 @@ static const help_line left_column[] = {
     {"wheel", "zoom at the pointer"},
     {"middle drag", "move"},
     {"double click", "open a clip's line"},
+    {nullptr, "Tries"},
+    {"drag", "try a number"},
+    {"ctrl click", "type one"},
 };
 
 static const help_line right_column[] = {

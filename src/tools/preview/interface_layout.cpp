@@ -167,6 +167,16 @@ std::string value_text(double value)
     return text;
 }
 
+uint32_t decimals_of_step(double step)
+{
+    if (!(step > 0))
+        return 3;
+    uint32_t decimals = 0;
+    for (; decimals < 9 && step < 0.999; step *= 10)
+        ++decimals;
+    return decimals;
+}
+
 std::string bytes_text(uint64_t bytes)
 {
     const double kilobytes = static_cast<double>(bytes) / 1024;

@@ -11,8 +11,9 @@
 constexpr float ruler_height = 26;
 constexpr float row_height = 20;
 constexpr float least_row_height = 15;
-constexpr float wave_height = 66;
-constexpr float bar_numbers = 14; // of that, below the waveform
+constexpr float bar_numbers = 14; // below the waveform
+constexpr float wave_height = 52 + bar_numbers;
+constexpr float silent_height = 6 + bar_numbers; // where there is no music
 constexpr float space_between = 6; // rows and waveform
 constexpr float right_margin = 14;
 constexpr float handle_reach = 6; // how near a loop's side is taken
@@ -26,15 +27,21 @@ struct timeline_places {
     float rows_top;
     float rows_height; // of what is seen of them
     float wave_top;
+    float wave_height;
     time_scale scale;
 };
 
 // ---- where things lie ---------------------------------------------------------------------------------
 
+static float height_of_wave(const preview& p)
+{
+    return p.build.music.empty() ? silent_height : wave_height;
+}
+
 static float wanted_timeline_height(const preview& p)
 {
     const auto rows = static_cast<float>(std::max<size_t>(p.face.rows.size(), 3));
-    return ruler_height + rows * row_height + space_between * 2 + wave_height;
+    return ruler_height + rows * row_height + space_between * 2 + height_of_wave(p);
 }
 
 window_layout layout_of(const preview& p)
@@ -48,8 +55,9 @@ static timeline_places places_of(const preview& p)
     timeline_places t;
     t.whole = layout_of(p).timeline;
     t.gutter = t.whole.width < 1100 ? 132.0f : 186.0f;
+    t.wave_height = height_of_wave(p);
     t.rows_top = t.whole.y + ruler_height;
-    t.rows_height = std::max(0.0f, t.whole.height - ruler_height - wave_height - space_between * 2);
+    t.rows_height = std::max(0.0f, t.whole.height - ruler_height - t.wave_height - space_between * 2);
     const auto rows = static_cast<float>(std::max<size_t>(p.face.rows.size(), 1));
     t.row = std::clamp(std::floor(t.rows_height / rows), least_row_height, row_height);
     t.wave_top = t.rows_top + t.rows_height + space_between;
@@ -103,7 +111,7 @@ static void draw_beats(const preview& p, const timeline_places& t, ImDrawList* l
     const double beat = 60 / p.build.bpm;
     const double bar = beat * p.build.beats_per_bar;
     const double points_a_second = t.scale.width / (t.scale.to - t.scale.from);
-    const float top = t.rows_top, bottom = t.wave_top + wave_height;
+    const float top = t.rows_top, bottom = t.wave_top + t.wave_height;
     if (beat * points_a_second >= 7)
         for (double n = std::ceil(t.scale.from / beat); n * beat <= std::min(t.scale.to, p.time.end); ++n) {
             const float x = std::round(x_of_time(t.scale, n * beat)) + 0.5f;
@@ -123,13 +131,12 @@ static void draw_beats(const preview& p, const timeline_places& t, ImDrawList* l
 
 static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList* list)
 {
-    const float middle = t.wave_top + (wave_height - bar_numbers) / 2;
+    const float middle = t.wave_top + (t.wave_height - bar_numbers) / 2;
     const preview_music* music = p.sound.music.get();
     if (music == nullptr || !music->ready || music->columns.empty()) {
         const bool decodes = music != nullptr && !music->ready;
-        const std::string text = decodes ? "reading the music …"
+        const std::string text = decodes                  ? "reading the music …"
             : music != nullptr && !music->problem.empty() ? music->problem
-            : p.build.music.empty()                       ? "no music"
                                                           : "";
         draw_text_within(list, fonts().small, t.scale.x + 8, middle, t.scale.width - 16, color_faint, text);
         return;
@@ -137,7 +144,7 @@ static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList
     const double second = (t.scale.to - t.scale.from) / t.scale.width;
     const waveform_column all = waveform_between(music->columns, 0, p.time.end);
     const float loudest = std::max({all.highest, -all.lowest, 0.05f});
-    const float half = (wave_height - bar_numbers) / 2 - 1;
+    const float half = (t.wave_height - bar_numbers) / 2 - 1;
     const auto height_of = [&](float value) { return std::clamp(value / loudest, 0.02f, 1.0f) * half; };
     for (float x = 0; x < t.scale.width; ++x) {
         const double from = t.scale.from + x * second;
@@ -287,7 +294,7 @@ static void draw_loop_brace(const preview& p, const timeline_places& t, ImDrawLi
         return;
     const float left = std::round(x_of_time(t.scale, p.time.loop_from));
     const float right = std::round(x_of_time(t.scale, p.time.loop_to));
-    const float top = t.whole.y + ruler_height - 5, bottom = t.wave_top + wave_height;
+    const float top = t.whole.y + ruler_height - 5, bottom = t.wave_top + t.wave_height;
     list->PushClipRect({t.scale.x - 1, t.whole.y}, {t.scale.x + t.scale.width + right_margin, bottom}, true);
     list->AddRectFilled({left, t.rows_top}, {right, bottom}, with_alpha(color_accent, 0.05f));
     list->AddRectFilled({left, top}, {right, top + 4}, with_alpha(color_accent, 0.55f), 2);
@@ -305,7 +312,7 @@ static void draw_head(const preview& p, const timeline_places& t, ImDrawList* li
     if (x < t.scale.x - 1 || x > t.scale.x + t.scale.width + 2)
         return;
     const float top = t.whole.y + ruler_height - 9;
-    list->AddLine({x, top}, {x, t.wave_top + wave_height}, color_accent, 1.5f);
+    list->AddLine({x, top}, {x, t.wave_top + t.wave_height}, color_accent, 1.5f);
     list->AddTriangleFilled({x - 5.5f, top - 3}, {x + 5.5f, top - 3}, {x, top + 5}, color_accent);
     if (!p.time.scrubbing)
         return;
@@ -424,7 +431,7 @@ void draw_timeline(preview& p)
 {
     take_rows(p);
     timeline_places t = places_of(p);
-    if (t.whole.height < ruler_height + wave_height)
+    if (t.whole.height < ruler_height + t.wave_height)
         return;
     begin_place("timeline", t.whole, color_panel);
     follow_head(p, t);

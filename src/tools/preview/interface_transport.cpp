@@ -181,7 +181,7 @@ void draw_transport(preview& p)
     draw_progress(p, place, list);
     draw_play_buttons(p, place);
     draw_time(p, place, list, place.x + 88);
-    const float choices = place.x + place.width - 328;
+    const float choices = place.x + place.width - 280;
     const float y = place.y + place.height / 2;
     draw_choices(p, place, choices);
     draw_measure(exactness(p), list, choices - 76, y, 72);

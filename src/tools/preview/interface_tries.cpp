@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+constexpr float slider_grab = 4; // points
+
 // Only one build is under way for a slider; when its answer has come, the next takes the newest value.
 static void send_next(preview& p)
 {
@@ -29,34 +31,31 @@ static std::string place_name(const std::string& what, const tried_number& numbe
     return what + " " + number.file + " " + std::to_string(number.site);
 }
 
-// As fine as the slider is: a thousandth of its length.
-static const char* format_of(const tried_number& number)
-{
-    const double step = (number.most - number.least) / 1000;
-    return step >= 1 ? "%.0f" : step >= 0.1 ? "%.1f" : step >= 0.01 ? "%.2f" : step >= 0.001 ? "%.3f" : "%.5f";
-}
-
 static void draw_slider(preview& p, const tried_number& number)
 {
     const ImVec2 from = ImGui::GetCursorScreenPos();
     const float width = ImGui::GetContentRegionAvail().x, height = 24;
     double value = holds(p, number) ? p.face.held.value : number.value;
     const double span = number.most - number.least;
-    const auto share = [&](double at) { return static_cast<float>(std::clamp((at - number.least) / span, 0.0, 1.0)); };
+    const float end = slider_grab / 2 + 2; // how far the grab's middle stays from the slider's ends
+    const auto x_of = [&](double at) {
+        return from.x + end + (width - 2 * end) * static_cast<float>(std::clamp((at - number.least) / span, 0.0, 1.0));
+    };
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddRectFilled(from, {from.x + width, from.y + height}, color_raised, 4);
     if (span > 0) {
-        list->AddRectFilled(from, {from.x + width * share(value), from.y + height}, color_accent_faint, 4);
-        const float written = std::round(from.x + width * share(number.written));
-        list->AddLine({written + 0.5f, from.y + height - 5}, {written + 0.5f, from.y + height}, color_accent_dim, 2);
+        list->AddRectFilled(from, {x_of(value), from.y + height}, color_accent_faint, 4);
+        const float written = std::round(x_of(number.written));
+        list->AddLine({written, from.y + height - 5}, {written, from.y + height}, color_accent_dim, 2);
     }
     for (const ImGuiCol which : {ImGuiCol_FrameBg, ImGuiCol_FrameBgHovered, ImGuiCol_FrameBgActive})
         ImGui::PushStyleColor(which, 0u);
-    ImGui::PushStyleVar(ImGuiStyleVar_GrabMinSize, 4.0f);
+    ImGui::PushStyleVar(ImGuiStyleVar_GrabMinSize, slider_grab);
     ImGui::SetNextItemWidth(width);
+    const std::string format = "%." + std::to_string(decimals_of_step(number.step)) + "f"; // to which it rounds, too
     const bool moved = ImGui::SliderScalar(
-        "value", ImGuiDataType_Double, &value, &number.least, &number.most, format_of(number), ImGuiSliderFlags_AlwaysClamp);
-    note_place(p, place_name("slider", number), from.x, from.y, width, height);
+        "##value", ImGuiDataType_Double, &value, &number.least, &number.most, format.c_str(), ImGuiSliderFlags_AlwaysClamp);
+    note_item(p, place_name("slider", number));
     ImGui::PopStyleVar();
     ImGui::PopStyleColor(3);
     if (moved) {
@@ -65,8 +64,6 @@ static void draw_slider(preview& p, const tried_number& number)
     }
     if (ImGui::IsItemDeactivated())
         p.face.holds_try = false;
-    if (ImGui::IsItemHovered() && !ImGui::IsItemActive())
-        hint_here("Drag to try a number; a click with control held types one. In the file: " + value_text(number.written));
 }
 
 static void write_number(preview& p, const tried_number& number)
