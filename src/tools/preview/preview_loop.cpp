@@ -17,6 +17,7 @@
 #include <utility>
 
 constexpr double jump_budget_ms = 60;    // for a picture at once
+constexpr double reload_budget_ms = 15;  // for the first one of a new show, which is waited for most
 constexpr double settle_budget_ms = 12;  // beside the interface
 constexpr uint32_t idle_wait_ms = 500;   // a watch that has to look at the times of files does it then
 constexpr uint32_t lively_wait_ms = 100;
@@ -188,7 +189,8 @@ static bool bring_picture(preview& p)
     preview_window_use_picture(p.window);
     if (!is_due)
         return keeper_settle(p.keeper, p.shown, settle_budget_ms);
-    keeper_go(p.keeper, p.shown, frame, jump_budget_ms);
+    const bool is_reload = p.reload.loaded > 0 && p.reload.shown == 0;
+    keeper_go(p.keeper, p.shown, frame, is_reload ? reload_budget_ms : jump_budget_ms);
     p.dirty = false;
     p.face.frame_ms.push_back(static_cast<float>(p.shown.times.cpu_ms));
     if (p.face.frame_ms.size() > 240)
