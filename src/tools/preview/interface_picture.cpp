@@ -194,9 +194,10 @@ void draw_picture(preview& p)
     p.face.picture_height = seen.height;
     begin_place("stage", layout_of(p).picture, p.face.shows_overlay ? color_backdrop : rgb(0));
     ImDrawList* list = ImGui::GetWindowDrawList();
+    const float top = p.shown.from_top ? 0.0f : 1.0f;
     if (p.shown.has_show)
         list->AddImage(reinterpret_cast<ImTextureID>(static_cast<uintptr_t>(p.shown.color_texture)), {seen.x, seen.y},
-            {seen.x + seen.width, seen.y + seen.height}, {0, 1}, {1, 0});
+            {seen.x + seen.width, seen.y + seen.height}, {0, top}, {1, 1 - top});
     else
         draw_empty(p, list, seen);
     take_hand(p, seen);

@@ -85,7 +85,8 @@ struct stage {
     bool at_frame = false;      // there is one
     uint64_t passed = 0;        // frames advanced so far, ever: for those who count
     uint32_t framebuffer = 0;   // OpenGL names
-    uint32_t color_texture = 0; // the picture, upside down as OpenGL has it
+    uint32_t color_texture = 0; // the picture; its rows begin at the bottom
+    bool from_top = false;      // or at the top, as windows have them
     uint32_t depth_buffer = 0;
     uint32_t queries[2][track_count] = {};
     uint32_t query_turn = 0;
@@ -117,6 +118,10 @@ void stage_mute(stage& s, uint32_t muted_tracks);
 
 // Advances a frame for what remembers it; `pixels`: is drawn whole, too.
 void stage_pass(stage& s, uint64_t frame, bool pixels);
+
+// Has the frame buffer that is bound drawn from the top, as the stage's is and as windows are, where the driver can: it
+// rounds alike then. False: it cannot.
+bool draw_from_top_gl();
 
 // Advances and draws a frame.
 void stage_draw(stage& s, uint64_t frame);

@@ -21,6 +21,8 @@
 #include <cstring>
 #include <utility>
 
+constexpr GLenum framebuffer_flip_y = 0x8BBB; // which our list of extensions lacks
+
 namespace {
 
 using stopwatch = std::chrono::steady_clock;
@@ -30,6 +32,7 @@ struct frame_buffer {
     uint32_t name = 0;
     uint32_t colors = 0; // a texture
     uint32_t depths = 0;
+    bool from_top = false; // rows begin at the top
 };
 
 } // namespace
@@ -56,7 +59,7 @@ static bool fits_driver(const stage_wish& wish)
 
 static frame_buffer frame_buffer_of(const stage& s)
 {
-    return {s.framebuffer, s.color_texture, s.depth_buffer};
+    return {s.framebuffer, s.color_texture, s.depth_buffer, s.from_top};
 }
 
 static void use_frame_buffer(stage& s, const frame_buffer& used)
@@ -64,6 +67,7 @@ static void use_frame_buffer(stage& s, const frame_buffer& used)
     s.framebuffer = used.name;
     s.color_texture = used.colors;
     s.depth_buffer = used.depths;
+    s.from_top = used.from_top;
     glBindFramebuffer(GL_FRAMEBUFFER, used.name);
 }
 
@@ -88,6 +92,16 @@ static uint32_t make_color_texture(GLsizei width, GLsizei height)
     return name;
 }
 
+// Drivers that draw into windows from the top draw into frame buffers from the bottom, and round some numbers the other
+// way. Where they can be told, this is drawn as a window is, byte by byte.
+bool draw_from_top_gl()
+{
+    if (glFramebufferParameteri == nullptr || glewGetExtension("GL_MESA_framebuffer_flip_y") != GL_TRUE)
+        return false;
+    glFramebufferParameteri(GL_FRAMEBUFFER, framebuffer_flip_y, GL_TRUE);
+    return true;
+}
+
 // The one that was bound before is bound again where this fails, and nothing is left of the new one.
 static bool make_frame_buffer(const stage_wish& wish, frame_buffer& made, std::string& problem)
 {
@@ -106,6 +120,7 @@ static bool make_frame_buffer(const stage_wish& wish, frame_buffer& made, std::s
     glBindFramebuffer(GL_FRAMEBUFFER, made.name);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, made.colors, 0);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, made.depths);
+    made.from_top = draw_from_top_gl();
     const bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
     if (complete) {
         problem.clear();

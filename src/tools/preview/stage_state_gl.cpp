@@ -341,6 +341,7 @@ std::unique_ptr<kept_picture> make_picture_gl(const stage& s)
     glBindFramebuffer(GL_FRAMEBUFFER, picture->framebuffer);
     make_renderbuffer(picture->color, GL_RGB8, GL_COLOR_ATTACHMENT0, *picture);
     make_renderbuffer(picture->depth, GL_DEPTH_COMPONENT24, GL_DEPTH_ATTACHMENT, *picture);
+    draw_from_top_gl();
     const bool complete = glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE;
     glBindFramebuffer(GL_FRAMEBUFFER, s.framebuffer);
     return complete ? std::move(picture) : nullptr;
