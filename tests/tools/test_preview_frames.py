@@ -143,10 +143,33 @@ def late_colours():
     return show
 
 
+def after_a_loading_screen():
+    """A swarm and a colony of the loading screen draw from the random numbers first."""
+    show = every_effect()
+    show.loading = Production('loading_')
+    show.loading.effect(3, 0)
+    surface = show.loading.dynamic_texture(2, 0, resolution='64x64', bpp='8')
+    skin = show.loading.material(textures=(show.loading.reference(DYNAMIC, surface),))
+    show.loading.layer(show.loading.scene(placed(show.loading.mesh(quad()), skin)), 100)
+    return show
+
+
+def swarm_alone():
+    """Without a colony, which begins the random numbers anew, a swarm lies where the loading screen left them."""
+    show = Production()
+    run = show.function((LINEAR, 100000, 0.3, 0))
+    swarm = show.effect(3, run)
+    look = show.material((0.4, 0.7, 1))
+    show.layer(show.scene(placed(show.mesh(sphere(4, 6)), look, at=(0, 0, -20), manipulators=[
+        manipulator(3, 0, 0, 0, 0, 0, 0, 1, 1, 1, model=(1, swarm))])), 300, fov=60, far=300)
+    show.loading = after_a_loading_screen().loading
+    return show
+
+
 SHOWS = {'remembering': remembering, 'into_a_texture': into_a_texture, 'out_of_the_past': out_of_the_past,
          'every_effect': every_effect, 'never_cleared': never_cleared, 'cleared_at_times': cleared_at_times,
          'fed_back': fed_back, 'of_several_sizes': of_several_sizes, 'without_materials': without_materials,
-         'odd_functions': odd_functions, 'late_colours': late_colours}
+         'odd_functions': odd_functions, 'late_colours': late_colours, 'after_a_loading_screen': after_a_loading_screen, 'swarm_alone': swarm_alone}
 RATES = ('60', '30000/1001', '125')  # at the last one some ticks are shown twice
 FORGETFUL = ('late_colours',)
 
@@ -234,7 +257,8 @@ class Stills(Shows):
     def test_stills_of_the_preview_are_those_of_brimlow_render(self):
         for name, path, rate in (('every_effect', 'glsl', '60'), ('every_effect', 'fixed', '30'),
                                  ('fed_back', 'glsl', '60'), ('of_several_sizes', 'fixed', '25'),
-                                 ('never_cleared', 'glsl', '24')):
+                                 ('never_cleared', 'glsl', '24'), ('after_a_loading_screen', 'glsl', '60'),
+                                 ('swarm_alone', 'fixed', '60')):
             with self.subTest(show=name, path=path):
                 pack = self.pack(name)
                 self.compare(pack, pack, ['0', '0.5', '1.25', '1.9', '2.5', '2.9'], '--size', '160x120', '--path', path,

@@ -10,6 +10,7 @@
 #include "tools/frames/frame_needs.h"
 #include "tools/preview/chance.h"
 #include "tools/preview/free_camera.h"
+#include "tools/preview/loading_chance.h"
 #include "tools/preview/stage_memory_gl.h"
 
 #include <GL/glew.h>
@@ -261,6 +262,8 @@ static bool load_arriving(const player_display& display, uint32_t seed, arriving
     owned_tree tree;
     std::srand(seed);
     show.file.reset(fmemopen(show.pack.data(), show.pack.size(), "rb"));
+    if (show.file != nullptr)
+        draw_chance_of_loading_screen(show.file.get());
     loading_options options = {display.caps, display.texture_formats, display.glsl_path == 1, true, true};
     options.handover = &show.handover;
     options.remarks = &show.remarks;
