@@ -79,6 +79,8 @@ TEST_CASE("one old record serves one new one of its section and key, and its key
 
 // ---- readers that ask ---------------------------------------------------------------------
 
+namespace {
+
 // A document read to its end with a handover, and never uploaded: what it takes is there to be looked at.
 struct asked_reading {
     document d = {};
@@ -124,6 +126,8 @@ struct asked_reading {
     asked_reading(const asked_reading&) = delete;
     asked_reading& operator=(const asked_reading&) = delete;
 };
+
+} // namespace
 
 static uint32_t taken_of(const asked_reading& r, uint32_t section)
 {
