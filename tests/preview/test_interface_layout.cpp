@@ -116,8 +116,8 @@ TEST_CASE("A ruler's steps are round and far enough apart")
 
 TEST_CASE("Bars are told by ones, twos, fours")
 {
-    const double bar = 3.2; // four beats at 75 a minute
-    CHECK(bar_step({0, 32, 0, 1000}, bar, 30) == 1); // 100 points a bar
+    const double bar = 3.2;                           // four beats at 75 a minute
+    CHECK(bar_step({0, 32, 0, 1000}, bar, 30) == 1);  // 100 points a bar
     CHECK(bar_step({0, 320, 0, 1000}, bar, 30) == 4); // 10
     CHECK(bar_step({0, 3200, 0, 1000}, bar, 9) == 16);
     CHECK(bar_step({0, 100, 0, 0}, bar, 9) == 1u << 20); // a line without length ends, too

@@ -96,8 +96,8 @@ TEST_CASE("What lies behind the eye does not widen an outline")
 TEST_CASE("Other objects and other layers have outlines and places of their own")
 {
     const small_frame s;
-    for (const picked_object& other : {picked_object {3, 1, 2, 5, 0}, picked_object {3, 1, 9, 4, 0},
-             picked_object {3, 0, 2, 4, 0}, picked_object {2, 1, 2, 4, 0}}) {
+    for (const picked_object& other : {picked_object{3, 1, 2, 5, 0}, picked_object{3, 1, 9, 4, 0},
+             picked_object{3, 0, 2, 4, 0}, picked_object{2, 1, 2, 4, 0}}) {
         CHECK_FALSE(outline_of(s.f, s.layers, other));
         CHECK_FALSE(placement_of(s.f, s.layers, other));
     }

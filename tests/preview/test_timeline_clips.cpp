@@ -103,5 +103,5 @@ TEST_CASE("At a tick there is the clip that has begun and not ended")
 
 TEST_CASE("A show without a timeline has no rows")
 {
-    CHECK(rows_of_timeline(document {}, show_build {}).empty());
+    CHECK(rows_of_timeline(document{}, show_build{}).empty());
 }

@@ -15,13 +15,14 @@ void draw_interface(preview& p);
 window_layout layout_of(const preview& p);
 
 // The parts, each in a file of its own.
-void draw_picture(preview& p);   // in its place, with clicks, the free camera and what is selected
-void draw_timeline(preview& p);  // tracks, clips, waveform, beats, loop
-void draw_transport(preview& p); // time, play, path, card, sound
-void draw_errors(preview& p);    // over the picture
-void draw_tries(preview& p);     // sliders
-void draw_selection(preview& p); // the object, its line, its curves
-void draw_figures(preview& p);   // frame times, tracks, memory, camera
+void draw_picture(preview& p);      // in its place, with clicks, the free camera and what is selected
+void draw_timeline(preview& p);     // tracks, clips, waveform, beats, loop
+void draw_transport(preview& p);    // time, play, path, card, sound
+void draw_errors(preview& p);       // over the picture
+void draw_problem_sign(preview& p); // in the transport line
+void draw_tries(preview& p);        // sliders
+void draw_selection(preview& p);    // the object, its line, its curves
+void draw_figures(preview& p);      // frame times, tracks, memory, camera
 void draw_commands(preview& p);
 void draw_help(preview& p);
 

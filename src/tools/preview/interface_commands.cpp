@@ -57,7 +57,8 @@ void draw_commands(preview& p)
         return;
     const box place = layout_of(p).picture;
     ImGui::SetNextWindowPos({place.x + 40, place.y + 40}, ImGuiCond_Appearing);
-    ImGui::SetNextWindowSize({std::min(620.0f, place.width - 80), std::max(160.0f, place.height - 120)}, ImGuiCond_Appearing);
+    ImGui::SetNextWindowSize(
+        {std::min(620.0f, place.width - 80), std::max(160.0f, place.height - 120)}, ImGuiCond_Appearing);
     ImGui::PushStyleColor(ImGuiCol_WindowBg, rgb(0x161619, 248));
     const bool open = ImGui::Begin("commands of the frame", &p.face.shows_commands,
         ImGuiWindowFlags_NoCollapse | ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoNav);

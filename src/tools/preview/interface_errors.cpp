@@ -21,7 +21,7 @@ static problem_counts count_problems(const preview& p)
 {
     problem_counts counts;
     for (const show_problem& problem : p.latest.problems)
-        ++(problem.severity == problem_error     ? counts.errors
+        ++(problem.severity == problem_error          ? counts.errors
                 : problem.severity == problem_warning ? counts.warnings
                                                       : counts.notes);
     return counts;
@@ -114,8 +114,8 @@ static void draw_heading(preview& p, bool broken, const std::string& text, float
 // The next window's lower left corner lies in the picture's.
 static void put_into_corner(const preview& p)
 {
-    ImGui::SetNextWindowPos({p.face.picture_x + margin, p.face.picture_y + p.face.picture_height - margin},
-        ImGuiCond_Always, {0, 1});
+    ImGui::SetNextWindowPos(
+        {p.face.picture_x + margin, p.face.picture_y + p.face.picture_height - margin}, ImGuiCond_Always, {0, 1});
 }
 
 static void begin_problems(const preview& p, bool broken, float width)
@@ -126,7 +126,8 @@ static void begin_problems(const preview& p, bool broken, float width)
     ImGui::PushStyleColor(ImGuiCol_Border, broken ? rgb(0x6b3a34) : color_line);
     ImGui::Begin(broken ? "errors" : "warnings", nullptr,
         ImGuiWindowFlags_NoTitleBar | ImGuiWindowFlags_NoResize | ImGuiWindowFlags_NoMove | ImGuiWindowFlags_NoNav
-            | ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoFocusOnAppearing);
+            | ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoSavedSettings
+            | ImGuiWindowFlags_NoFocusOnAppearing);
     ImGui::PopStyleColor(2);
 }
 
@@ -150,10 +151,12 @@ static void draw_broken(preview& p, const problem_counts& counts, float width)
 {
     begin_problems(p, true, width);
     const ImVec2 at = ImGui::GetWindowPos();
-    ImGui::GetWindowDrawList()->AddRectFilled({at.x, at.y}, {at.x + 4, at.y + ImGui::GetWindowHeight()}, color_error, 6, ImDrawFlags_RoundCornersLeft);
+    ImGui::GetWindowDrawList()->AddRectFilled(
+        {at.x, at.y}, {at.x + 4, at.y + ImGui::GetWindowHeight()}, color_error, 6, ImDrawFlags_RoundCornersLeft);
     const float inner = width - 28;
     const bool has_picture = p.shown.has_show;
-    draw_heading(p, true, p.latest.file + " does not build" + (has_picture ? ": the picture is that of before" : ""), inner);
+    draw_heading(
+        p, true, p.latest.file + " does not build" + (has_picture ? ": the picture is that of before" : ""), inner);
     draw_list(p, true, inner);
     const std::string lesser = lesser_text(counts);
     if (!lesser.empty() && text_button("lesser", lesser, p.face.opens_warnings))
@@ -163,41 +166,32 @@ static void draw_broken(preview& p, const problem_counts& counts, float width)
     ImGui::End();
 }
 
-// A small sign in the corner: how much there is to be read.
-static void draw_chip(preview& p, const problem_counts& counts)
+// In the transport line: how much there is to be read. A press shows it and hides it again.
+void draw_problem_sign(preview& p)
 {
+    const problem_counts counts = count_problems(p);
+    if (counts.errors + counts.warnings + counts.notes == 0)
+        return;
     const bool broken = counts.errors > 0;
-    const std::string text = broken ? counted(counts.errors, "error", "errors") : lesser_text(counts);
-    put_into_corner(p);
-    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, ImVec2(4, 2));
-    ImGui::PushStyleVar(ImGuiStyleVar_WindowMinSize, ImVec2(1, 1));
-    ImGui::PushStyleColor(ImGuiCol_WindowBg, rgb(0x1a1a1d, 235));
-    ImGui::Begin("chip", nullptr,
-        ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoMove
-            | ImGuiWindowFlags_NoNav | ImGuiWindowFlags_NoFocusOnAppearing);
-    ImGui::PopStyleColor();
-    ImGui::PopStyleVar(2);
+    bool& open = broken ? p.face.shows_errors : p.face.opens_warnings;
     const ImVec2 from = ImGui::GetCursorScreenPos();
     const uint8_t severity = broken ? problem_error : counts.warnings > 0 ? problem_warning : problem_note;
-    ImGui::Dummy({14, 26});
-    ImGui::SameLine(0, 0);
-    if (text_button("open", text, false, "show them"))
-        (broken ? p.face.shows_errors : p.face.opens_warnings) = true;
-    ImGui::GetWindowDrawList()->AddCircleFilled({from.x + 11, from.y + 13}, 3.5f, color_of(severity), 16);
-    ImGui::End();
+    const std::string text = broken ? counted(counts.errors, "error", "errors") : lesser_text(counts);
+    if (text_button("problems", "    " + text, open, open ? "hide what was found" : "show what was found"))
+        open = !open;
+    ImGui::GetWindowDrawList()->AddCircleFilled({from.x + 13, from.y + 13}, 3.5f, color_of(severity), 16);
 }
 
 void draw_errors(preview& p)
 {
     const problem_counts counts = count_problems(p);
-    if (counts.errors + counts.warnings + counts.notes == 0)
+    const bool broken = counts.errors > 0;
+    if (p.latest.problems.empty() || !(broken ? p.face.shows_errors : p.face.opens_warnings))
         return;
     take_quotes(p);
     const float width = std::max(200.0f, std::min(p.face.picture_width - 2 * margin, most_width));
-    if (counts.errors > 0 && p.face.shows_errors)
+    if (broken)
         return draw_broken(p, counts, width);
-    if (counts.errors > 0 || !p.face.opens_warnings)
-        return draw_chip(p, counts);
     begin_problems(p, false, width);
     draw_heading(p, false, lesser_text(counts), width - 28);
     draw_list(p, false, width - 28);

@@ -39,14 +39,17 @@ static void draw_graph(const preview& p)
         const float ms = all[all.size() - 1 - n];
         const float right = from.x + width - static_cast<float>(n) * step;
         list->AddRectFilled({right - step, y_of(ms)}, {right - 1, from.y + graph_height},
-            ms > frame_due_ms ? color_error : n == 0 ? color_accent : rgb(0x7d6445));
+            ms > frame_due_ms ? color_error
+                : n == 0      ? color_accent
+                              : rgb(0x7d6445));
     }
     if (top >= 20) {
         const float y = std::round(y_of(frame_due_ms)) + 0.5f;
         list->AddLine({from.x, y}, {from.x + width, y}, rgb(0x4a4744));
         draw_text(list, fonts().small, from.x + 4, y - 7, color_faint, "16.7 ms");
     } else
-        draw_text(list, fonts().small, from.x + 4, from.y + 8, color_faint, value_text(static_cast<double>(top)) + " ms");
+        draw_text(
+            list, fonts().small, from.x + 4, from.y + 8, color_faint, value_text(static_cast<double>(top)) + " ms");
     ImGui::Dummy({width, graph_height});
 }
 
@@ -140,7 +143,7 @@ static std::string triple(const float values[3], double sign = 1)
 // Named and signed as in a source: the world is moved against the eye.
 static void draw_camera(preview& p)
 {
-    const flown_layer seen = p.shown.at_frame ? find_flown_layer(p.shown.layers) : flown_layer {};
+    const flown_layer seen = p.shown.at_frame ? find_flown_layer(p.shown.layers) : flown_layer{};
     if (seen.layer == nullptr)
         panel_words("No view in perspective now.", color_faint);
     else {

@@ -81,8 +81,7 @@ void pan_time(time_scale& scale, double seconds, double end)
 
 double ruler_step(const time_scale& scale, float least)
 {
-    constexpr double steps[]
-        = {0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600};
+    constexpr double steps[] = {0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600};
     const double points_a_second = scale.width / (scale.to - scale.from);
     for (const double step : steps)
         if (step * points_a_second >= least)
@@ -126,8 +125,8 @@ template <typename... values> static std::string written(const char* format, val
 std::string clock_text(double seconds)
 {
     const auto ms = static_cast<uint64_t>(std::max(0.0, seconds) * 1000 + 1e-6);
-    return written("%llu:%02u.%03u", static_cast<unsigned long long>(ms / 60000),
-        static_cast<unsigned>(ms / 1000 % 60), static_cast<unsigned>(ms % 1000));
+    return written("%llu:%02u.%03u", static_cast<unsigned long long>(ms / 60000), static_cast<unsigned>(ms / 1000 % 60),
+        static_cast<unsigned>(ms % 1000));
 }
 
 std::string ruler_text(double seconds, double step)
@@ -137,8 +136,8 @@ std::string ruler_text(double seconds, double step)
     const auto units = static_cast<uint64_t>(std::llround(std::max(0.0, seconds) * unit));
     const auto whole = units / static_cast<uint64_t>(unit);
     const auto rest = static_cast<unsigned>(units % static_cast<uint64_t>(unit));
-    const std::string text = written(
-        "%llu:%02u", static_cast<unsigned long long>(whole / 60), static_cast<unsigned>(whole % 60));
+    const std::string text
+        = written("%llu:%02u", static_cast<unsigned long long>(whole / 60), static_cast<unsigned>(whole % 60));
     return decimals == 0 ? text : text + written(".%0*u", decimals, rest);
 }
 

@@ -71,14 +71,15 @@ waveform_column waveform_between(std::span<const waveform_column> columns, doubl
 
 // ---- texts ------------------------------------------------------------------------------------------
 
-std::string clock_text(double seconds);                                         // "1:23.250"
-std::string ruler_text(double seconds, double step);                           // "1:20", with decimals where steps are below 1
-std::string beat_text(double seconds, double bpm, double beats_per_bar);       // "12.3": bar and beat from 1; empty: no beats
-std::string value_text(double value);                                          // four figures that count: "0.35", "-12.5"
-uint32_t decimals_of_step(double step); // that numbers need to tell steps apart, 0 to 9; 3 for no step
-std::string bytes_text(uint64_t bytes);                                        // "640 KB", "12.4 MB"
-std::string milliseconds_text(double ms);                                      // "0.42 ms", "16.7 ms", "120 ms"
-std::string place_text(const std::string& file, uint32_t line, size_t letters); // "lake.lua:12", its front left out where too long
+std::string clock_text(double seconds);              // "1:23.250"
+std::string ruler_text(double seconds, double step); // "1:20", with decimals where steps are below 1
+std::string beat_text(double seconds, double bpm, double beats_per_bar); // "12.3": bar and beat from 1; empty: no beats
+std::string value_text(double value);                                    // four figures that count: "0.35", "-12.5"
+uint32_t decimals_of_step(double step);   // that numbers need to tell steps apart, 0 to 9; 3 for no step
+std::string bytes_text(uint64_t bytes);   // "640 KB", "12.4 MB"
+std::string milliseconds_text(double ms); // "0.42 ms", "16.7 ms", "120 ms"
+std::string place_text(
+    const std::string& file, uint32_t line, size_t letters); // "lake.lua:12", its front left out where too long
 
 // ---- curves -----------------------------------------------------------------------------------------
 

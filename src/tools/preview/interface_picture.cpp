@@ -65,7 +65,7 @@ static void draw_selected(const preview& p, ImDrawList* list, const box& seen)
     const float right = std::round(seen.x + std::clamp(outline->x + outline->width, 0.0f, 1.0f) * seen.width) + 4;
     const float bottom = std::round(seen.y + std::clamp(outline->y + outline->height, 0.0f, 1.0f) * seen.height) + 4;
     const float arm = std::clamp(std::min(right - left, bottom - top) / 4, 5.0f, 18.0f);
-    for (const auto& [color, thickness] : {std::pair {rgb(0x000000, 140), 4.0f}, std::pair {color_accent, 2.0f}})
+    for (const auto& [color, thickness] : {std::pair{rgb(0x000000, 140), 4.0f}, std::pair{color_accent, 2.0f}})
         for (const float x : {left, right})
             for (const float y : {top, bottom}) {
                 const ImVec2 corner[] = {{x + (x == left ? arm : -arm), y}, {x, y}, {x, y + (y == top ? arm : -arm)}};

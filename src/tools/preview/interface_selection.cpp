@@ -93,7 +93,8 @@ static void draw_curve(const moving_value& value, double share, ImDrawList* list
     };
     list->AddRectFilled({place.x, place.y}, {place.x + place.width, place.y + place.height}, rgb(0x121214), 3);
     if (range.least < 0 && range.most > 0)
-        list->AddLine({place.x, std::round(y_of(0)) + 0.5f}, {place.x + place.width, std::round(y_of(0)) + 0.5f}, color_line);
+        list->AddLine(
+            {place.x, std::round(y_of(0)) + 0.5f}, {place.x + place.width, std::round(y_of(0)) + 0.5f}, color_line);
     ImVec2 points[curve_samples];
     const size_t count = std::min<size_t>(value.values.size(), curve_samples);
     for (size_t n = 0; n < count; ++n)
@@ -115,14 +116,16 @@ static void draw_value(const moving_value& value, double share, float width)
     ImDrawList* list = ImGui::GetWindowDrawList();
     const ImVec2 from = ImGui::GetCursorScreenPos();
     const std::string now = is_within(share) ? value_text(static_cast<double>(value_at(value.values, share))) : "";
-    draw_text_within(list, fonts().small, from.x, from.y + 8, width - size_of_text(fonts().small, now).x - 8, color_dim, value.name);
+    draw_text_within(
+        list, fonts().small, from.x, from.y + 8, width - size_of_text(fonts().small, now).x - 8, color_dim, value.name);
     draw_text(list, fonts().small, from.x + width, from.y + 8, color_accent, now, text_right);
     draw_curve(value, share, list, {from.x, from.y + 17, width, curve_height});
     ImGui::Dummy({width, 17 + curve_height});
     if (!ImGui::IsItemHovered() || value.values.empty())
         return;
     const auto [least, most] = std::minmax_element(value.values.begin(), value.values.end());
-    hint_here(value.name + "\nfrom " + value_text(static_cast<double>(*least)) + " to " + value_text(static_cast<double>(*most)));
+    hint_here(value.name + "\nfrom " + value_text(static_cast<double>(*least)) + " to "
+        + value_text(static_cast<double>(*most)));
 }
 
 static void draw_curves(preview& p)
@@ -209,7 +212,8 @@ void draw_selection(preview& p)
         return;
     const scene_object* object = has_one ? selected_object(p) : nullptr;
     if (object == nullptr)
-        panel_words("Click into the picture: what lies there tells its line of the source, and what of it moves.", color_faint);
+        panel_words(
+            "Click into the picture: what lies there tells its line of the source, and what of it moves.", color_faint);
     else {
         draw_object(p, *object);
         ImGui::Dummy({0, 2});

@@ -31,8 +31,8 @@ static void add_font(const unsigned char* file, const unsigned char* end, float 
 {
     ImFontConfig config;
     config.FontDataOwnedByAtlas = false;
-    ImGui::GetIO().Fonts->AddFontFromMemoryTTF(const_cast<unsigned char*>(file), static_cast<int>(end - file),
-        std::round(pixels), &config, letters);
+    ImGui::GetIO().Fonts->AddFontFromMemoryTTF(
+        const_cast<unsigned char*>(file), static_cast<int>(end - file), std::round(pixels), &config, letters);
 }
 
 static void set_fonts(float scale)
@@ -132,8 +132,8 @@ void draw_text(
     const float width = side == text_left ? 0 : size_of_text(font, text).x;
     const float left = side == text_middle ? x - width / 2 : x - width;
     const float height = height_of(font);
-    list->AddText(font, height, {std::round(left), std::round(y - height / 2)}, color, text.data(),
-        text.data() + text.size());
+    list->AddText(
+        font, height, {std::round(left), std::round(y - height / 2)}, color, text.data(), text.data() + text.size());
 }
 
 void draw_text_within(

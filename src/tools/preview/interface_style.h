@@ -83,7 +83,8 @@ void draw_icon(ImDrawList* list, icon_kind icon, float x, float y, float size, I
 // Flat buttons of the height of a line; `on` lights them. True: pressed.
 bool icon_button(const char* id, icon_kind icon, bool on, const char* hint);
 bool text_button(const char* id, const std::string& text, bool on, const char* hint = nullptr);
-bool panel_button(const char* id, const std::string& text, bool on, const char* hint = nullptr); // with a ground of its own
+bool panel_button(
+    const char* id, const std::string& text, bool on, const char* hint = nullptr); // with a ground of its own
 
 // A fixed window without decoration; end with ImGui::End.
 void begin_place(const char* id, const box& place, ImU32 color, ImVec2 padding = {0, 0});

@@ -14,7 +14,7 @@ constexpr float least_row_height = 15;
 constexpr float bar_numbers = 14; // below the waveform
 constexpr float wave_height = 52 + bar_numbers;
 constexpr float silent_height = 6 + bar_numbers; // where there is no music
-constexpr float space_between = 6; // rows and waveform
+constexpr float space_between = 6;               // rows and waveform
 constexpr float right_margin = 14;
 constexpr float handle_reach = 6; // how near a loop's side is taken
 
@@ -22,8 +22,8 @@ enum timeline_hand : uint8_t { hand_none, hand_head, hand_loop_from, hand_loop_t
 
 struct timeline_places {
     box whole;
-    float gutter;      // width of the tracks' names
-    float row;         // height of one
+    float gutter; // width of the tracks' names
+    float row;    // height of one
     float rows_top;
     float rows_height; // of what is seen of them
     float wave_top;
@@ -46,8 +46,8 @@ static float wanted_timeline_height(const preview& p)
 
 window_layout layout_of(const preview& p)
 {
-    return lay_out_window(static_cast<float>(p.window.width), static_cast<float>(p.window.height),
-        p.face.shows_overlay, wanted_timeline_height(p));
+    return lay_out_window(static_cast<float>(p.window.width), static_cast<float>(p.window.height), p.face.shows_overlay,
+        wanted_timeline_height(p));
 }
 
 static timeline_places places_of(const preview& p)
@@ -174,10 +174,10 @@ static clip_look look_of_clip(const preview& p, const timeline_clip& clip, bool 
     if (clip.scene == 0)
         return {rgb(0x1e1e21), color_faint, is_active ? color_accent_dim : rgb(0x2a2a2e)};
     if (clip.into_texture)
-        return is_active ? clip_look {rgb(0x2c4a54), rgb(0xd6ecf2), rgb(0x5b8c9b)}
-                         : clip_look {is_hovered ? rgb(0x2d4148) : rgb(0x26353b), rgb(0x8ea6ae), 0};
-    return is_active ? clip_look {rgb(0x5f4522), rgb(0xffe8c8), rgb(0xb07f42)}
-                     : clip_look {is_hovered ? rgb(0x3d3c41) : rgb(0x313136), rgb(0xaaa69f), 0};
+        return is_active ? clip_look{rgb(0x2c4a54), rgb(0xd6ecf2), rgb(0x5b8c9b)}
+                         : clip_look{is_hovered ? rgb(0x2d4148) : rgb(0x26353b), rgb(0x8ea6ae), 0};
+    return is_active ? clip_look{rgb(0x5f4522), rgb(0xffe8c8), rgb(0xb07f42)}
+                     : clip_look{is_hovered ? rgb(0x3d3c41) : rgb(0x313136), rgb(0xaaa69f), 0};
 }
 
 static void draw_clip(const preview& p, const timeline_places& t, ImDrawList* list, const timeline_clip& clip, float y,
@@ -188,7 +188,8 @@ static void draw_clip(const preview& p, const timeline_places& t, ImDrawList* li
     if (right < t.scale.x || left > t.scale.x + t.scale.width)
         return;
     const clip_look look = look_of_clip(p, clip, is_active, is_hovered);
-    const ImVec2 from(std::round(left), y + 1), to(std::max(std::round(right) - 1, std::round(left) + 2), y + t.row - 1);
+    const ImVec2 from(std::round(left), y + 1),
+        to(std::max(std::round(right) - 1, std::round(left) + 2), y + t.row - 1);
     list->AddRectFilled(from, to, look.fill, 3);
     if (look.edge != 0)
         list->AddRect({from.x + 0.5f, from.y + 0.5f}, {to.x - 0.5f, to.y - 0.5f}, look.edge, 3);
@@ -247,7 +248,8 @@ static void draw_track_head(preview& p, const timeline_places& t, const timeline
     const timeline_clip* active = clip_at(row, static_cast<uint32_t>(p.time.position * 100 + 1e-6));
     ImDrawList* list = ImGui::GetWindowDrawList();
     const bool silent = is_silent(p, track);
-    draw_text(list, fonts().small, t.whole.x + 30, middle, silent ? color_faint : color_dim, std::to_string(track + 1), text_right);
+    draw_text(list, fonts().small, t.whole.x + 30, middle, silent ? color_faint : color_dim, std::to_string(track + 1),
+        text_right);
     const float switches = t.whole.x + t.gutter - 48;
     if (active != nullptr)
         draw_text_within(list, fonts().small, t.whole.x + 40, middle, switches - t.whole.x - 46,
@@ -361,7 +363,9 @@ static void move_hand(preview& p, timeline_places& t, const ImVec2& mouse, bool 
         p.time.loop_from = p.time.loop_to = std::min(at, p.face.hand_at);
         return transport_loop_to(p.time, std::max(at, p.face.hand_at));
     case hand_view:
-        pan_time(t.scale, -static_cast<double>(ImGui::GetIO().MouseDelta.x) / t.scale.width * (t.scale.to - t.scale.from), p.time.end);
+        pan_time(t.scale,
+            -static_cast<double>(ImGui::GetIO().MouseDelta.x) / t.scale.width * (t.scale.to - t.scale.from),
+            p.time.end);
         return keep_view(p, t.scale);
     }
 }
@@ -448,7 +452,8 @@ void draw_timeline(preview& p)
     if (ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem))
         take_wheel(p, t, mouse);
     ImDrawList* list = ImGui::GetWindowDrawList();
-    list->AddRectFilled({t.scale.x, t.rows_top}, {t.whole.x + t.whole.width, t.whole.y + t.whole.height}, rgb(0x141416));
+    list->AddRectFilled(
+        {t.scale.x, t.rows_top}, {t.whole.x + t.whole.width, t.whole.y + t.whole.height}, rgb(0x141416));
     if (p.shown.has_show) {
         draw_beats(p, t, list);
         draw_ruler(p, t, list);

@@ -33,7 +33,8 @@ static float figure(ImDrawList* list, float x, float y, const std::string& value
     return x + width;
 }
 
-static void draw_time(const preview& p, const box& place, ImDrawList* list, float x)
+// Gives where it ends.
+static float draw_time(const preview& p, const box& place, ImDrawList* list, float x)
 {
     const float y = place.y + place.height / 2;
     draw_text(list, fonts().figures, x, y, color_text, clock_text(p.time.position));
@@ -44,7 +45,8 @@ static void draw_time(const preview& p, const box& place, ImDrawList* list, floa
     const uint64_t frame = frame_now(p);
     x = figure(list, x, y, std::to_string(frame), "frame", 64);
     if (place.width >= least_width_for_all)
-        figure(list, x, y, std::to_string(tick_of_frame(frame, p.shown.rate)), "tick", 64);
+        x = figure(list, x, y, std::to_string(tick_of_frame(frame, p.shown.rate)), "tick", 64);
+    return x;
 }
 
 static void draw_play_buttons(preview& p, const box& place)
@@ -55,7 +57,8 @@ static void draw_play_buttons(preview& p, const box& place)
         play(p, !plays);
     ImGui::SameLine(0, 4);
     if (icon_button("loop", icon_loop, p.time.has_loop,
-            p.time.has_loop ? "leave the loop (x)" : "a and b set the loop's sides; so does a drag on the time with shift")) {
+            p.time.has_loop ? "leave the loop (x)"
+                            : "a and b set the loop's sides; so does a drag on the time with shift")) {
         if (p.time.has_loop)
             transport_no_loop(p.time);
         else
@@ -81,7 +84,8 @@ static measure exactness(const preview& p)
             "What remembers earlier frames is being brought to this time."};
     if (p.keeper.exact)
         return {"exact", "picture", color_good, "The picture is the one that a run from the start shows here."};
-    return {"rough", "picture", color_warning, "What remembers earlier frames is not quite as in a run from the start."};
+    return {
+        "rough", "picture", color_warning, "What remembers earlier frames is not quite as in a run from the start."};
 }
 
 static double frames_a_second(const preview& p)
@@ -164,7 +168,9 @@ static void draw_choices(preview& p, const box& place, float x)
     ImGui::SameLine(0, 4);
     const bool silent = p.sound.muted || p.sound.device_failed;
     if (icon_button("sound", silent ? icon_silence : icon_sound, false,
-            p.sound.device_failed ? "there is no sound device" : p.sound.muted ? "sound on (m)" : "sound off (m)"))
+            p.sound.device_failed ? "there is no sound device"
+                : p.sound.muted   ? "sound on (m)"
+                                  : "sound off (m)"))
         mute_sound(p, !p.sound.muted);
     ImGui::SameLine(0, 4);
     if (text_button("help", "?", p.face.shows_help, "all keys (F1)"))
@@ -177,10 +183,12 @@ void draw_transport(preview& p)
     begin_place("transport", place, color_panel);
     ImDrawList* list = ImGui::GetWindowDrawList();
     list->AddLine({place.x, place.y + 0.5f}, {place.x + place.width, place.y + 0.5f}, color_line);
-    list->AddLine({place.x, place.y + place.height - 0.5f}, {place.x + place.width, place.y + place.height - 0.5f}, color_line);
+    list->AddLine(
+        {place.x, place.y + place.height - 0.5f}, {place.x + place.width, place.y + place.height - 0.5f}, color_line);
     draw_progress(p, place, list);
     draw_play_buttons(p, place);
-    draw_time(p, place, list, place.x + 88);
+    ImGui::SetCursorScreenPos({draw_time(p, place, list, place.x + 88), place.y + 9});
+    draw_problem_sign(p);
     const float choices = place.x + place.width - 280;
     const float y = place.y + place.height / 2;
     draw_choices(p, place, choices);

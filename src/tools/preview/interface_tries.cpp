@@ -53,14 +53,14 @@ static void draw_slider(preview& p, const tried_number& number)
     ImGui::PushStyleVar(ImGuiStyleVar_GrabMinSize, slider_grab);
     ImGui::SetNextItemWidth(width);
     const std::string format = "%." + std::to_string(decimals_of_step(number.step)) + "f"; // to which it rounds, too
-    const bool moved = ImGui::SliderScalar(
-        "##value", ImGuiDataType_Double, &value, &number.least, &number.most, format.c_str(), ImGuiSliderFlags_AlwaysClamp);
+    const bool moved = ImGui::SliderScalar("##value", ImGuiDataType_Double, &value, &number.least, &number.most,
+        format.c_str(), ImGuiSliderFlags_AlwaysClamp);
     note_item(p, place_name("slider", number));
     ImGui::PopStyleVar();
     ImGui::PopStyleColor(3);
     if (moved) {
         p.face.holds_try = true;
-        p.face.held = p.face.next_try.emplace(tried_value {number.file, number.site, number.written, value});
+        p.face.held = p.face.next_try.emplace(tried_value{number.file, number.site, number.written, value});
     }
     if (ImGui::IsItemDeactivated())
         p.face.holds_try = false;
@@ -80,7 +80,8 @@ static void draw_try(preview& p, const tried_number& number)
     const std::string label = number.label.empty() ? "a number" : number.label;
     const std::string place = place_text(number.file, number.line, 26);
     const float place_width = size_of_text(fonts().text, place).x;
-    draw_text_within(ImGui::GetWindowDrawList(), fonts().text, from.x, from.y + 9, width - place_width - 12, color_text, label);
+    draw_text_within(
+        ImGui::GetWindowDrawList(), fonts().text, from.x, from.y + 9, width - place_width - 12, color_text, label);
     ImGui::SetCursorScreenPos({from.x + width - place_width, from.y});
     if (place_link("place", place, "opens the editor there"))
         open_place(p, {number.file, number.line});

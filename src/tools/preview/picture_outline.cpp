@@ -93,8 +93,7 @@ std::optional<box> outline_of(const frame& f, const frame_layers& layers, const 
     }
     if (!(e.least[0] <= e.most[0] && e.least[1] <= e.most[1]))
         return {};
-    return box {(e.least[0] + 1) / 2, (1 - e.most[1]) / 2, (e.most[0] - e.least[0]) / 2,
-        (e.most[1] - e.least[1]) / 2};
+    return box{(e.least[0] + 1) / 2, (1 - e.most[1]) / 2, (e.most[0] - e.least[0]) / 2, (e.most[1] - e.least[1]) / 2};
 }
 
 std::optional<placement> placement_of(const frame& f, const frame_layers& layers, const picked_object& picked)
