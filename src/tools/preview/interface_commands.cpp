@@ -31,6 +31,14 @@ static void take_commands(preview& p)
             [&](const std::string& line) { return line.find(p.face.commands_filter) == std::string::npos; });
 }
 
+// Layers, commands, and what stands when they are carried out.
+static ImU32 color_of_line(const std::string& line)
+{
+    if (line.starts_with("track "))
+        return color_accent;
+    return line.starts_with(" ") ? color_dim : color_text;
+}
+
 static void draw_lines(const std::vector<std::string>& lines)
 {
     ImGui::BeginChild("lines", {0, 0}, false, ImGuiWindowFlags_HorizontalScrollbar);
@@ -41,8 +49,7 @@ static void draw_lines(const std::vector<std::string>& lines)
     while (clipper.Step())
         for (int n = clipper.DisplayStart; n < clipper.DisplayEnd; ++n) {
             const std::string& line = lines[static_cast<size_t>(n)];
-            const bool is_heading = !line.empty() && line[0] != ' ';
-            ImGui::PushStyleColor(ImGuiCol_Text, is_heading ? color_accent : color_text);
+            ImGui::PushStyleColor(ImGuiCol_Text, color_of_line(line));
             ImGui::TextUnformatted(line.data(), line.data() + line.size());
             ImGui::PopStyleColor();
         }
