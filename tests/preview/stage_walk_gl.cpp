@@ -1,5 +1,5 @@
-// Walks through a show on the stage as a viewer might - from the start, in jumps, hand over hand, after a reload, with tracks
-// switched off and on again - and compares every picture that is said to be exact with that of a straight run.
+// Walks through a show on the stage as a viewer might - from the start, in jumps, hand over hand, after a reload, with
+// tracks switched off and on again - and compares every picture that is said to be exact with that of a straight run.
 //
 //     stage_walk PACK [--size 160x120] [--path glsl|fixed] [--fps 60] [--frames 200] [--steps 60] [--seed 1] [--spread]
 //
@@ -28,7 +28,7 @@ struct walk {
     stage s;
     state_keeper k;
     show_build build;
-    std::vector<uint64_t> frames; // those that are compared, ascending
+    std::vector<uint64_t> frames;   // those that are compared, ascending
     std::vector<uint64_t> straight; // hashes of their pictures
     std::mt19937 chance;
     uint32_t compared = 0;
@@ -290,8 +290,9 @@ int main(int count, char** words)
         return 2;
     }
     const bool walked = walk_through(w, options);
-    std::printf("%s: %s, %u pictures, %u different, %u roughly first; pass %.3f ms, go %.1f ms, settle %.1f ms, %zu states "
-                "of %llu bytes\n",
+    std::printf(
+        "%s: %s, %u pictures, %u different, %u roughly first; pass %.3f ms, go %.1f ms, settle %.1f ms, %zu states "
+        "of %llu bytes\n",
         options.pack.c_str(), w.k.remembers ? "remembers" : "forgets", w.compared, w.different, w.roughly, w.k.pass_ms,
         w.longest_go, w.longest_settle, w.k.states.size(), static_cast<unsigned long long>(keeper_memory(w.k)));
     return walked && w.different == 0 ? 0 : 1;

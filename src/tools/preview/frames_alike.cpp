@@ -122,8 +122,8 @@ static bool same_program(const program_state& a, const program_state& b)
 
 // ---- draws ------------------------------------------------------------------------------------------
 
-static bool same_draw(
-    const planned_frame& f, const draw_command& a, const planned_frame& g, const draw_command& b, units_of_program units)
+static bool same_draw(const planned_frame& f, const draw_command& a, const planned_frame& g, const draw_command& b,
+    units_of_program units)
 {
     if (a.view != b.view || a.lines != b.lines || a.index_count != b.index_count || a.first_copy != b.first_copy
         || a.copy_count != b.copy_count || (a.program == no_index) != (b.program == no_index))

@@ -35,6 +35,6 @@ planned_frame plan_of(const frame& f);
 // programs (the shader path).
 bool drawn_alike(const planned_frame& a, const planned_frame& b, units_of_program units);
 
-// What no show leaves: whatever is drawn with some of it looks different. `units`: so many may have been used by then; the
-// others are as they begin.
+// What no show leaves: whatever is drawn with some of it looks different. `units`: so many may have been used by then;
+// the others are as they begin.
 standing_state strange_standing_state(uint32_t units);

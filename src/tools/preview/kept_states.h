@@ -3,9 +3,9 @@
 // seconds, and frames are passed from the newest kept state before. So a picture is the same as in a run from the start
 // at the stage's rate.
 //
-// A picture that would take longer than it may is shown roughly at first: with what is remembered by then. Tracks that are
-// not drawn do not move either: states belong to the tracks that they were made with. From another camera nothing is
-// kept.
+// A picture that would take longer than it may is shown roughly at first: with what is remembered by then. Tracks that
+// are not drawn do not move either: states belong to the tracks that they were made with. From another camera nothing
+// is kept.
 #pragma once
 
 #include "tools/preview/stage.h"
@@ -36,9 +36,9 @@ struct state_keeper {
 // After a load or a choice: forgets all and keeps the state before the first frame.
 void keeper_restart(state_keeper& k, stage& s);
 
-// Brings the stage to `frame` and draws it. Where that takes longer than `budget_ms`, the frame is drawn roughly at once
-// (with what is remembered as it is), and the rest is keeper_settle's: `settling` says so. A frame that is shown already
-// is drawn again only where it is seen otherwise (camera, tracks).
+// Brings the stage to `frame` and draws it. Where that takes longer than `budget_ms`, the frame is drawn roughly at
+// once (with what is remembered as it is), and the rest is keeper_settle's: `settling` says so. A frame that is shown
+// already is drawn again only where it is seen otherwise (camera, tracks).
 void keeper_go(state_keeper& k, stage& s, uint64_t frame, double budget_ms);
 
 // Passes frames for at most `budget_ms`; when it arrives, draws the frame: true.

@@ -14,7 +14,7 @@
 #include <cstring>
 #include <map>
 
-constexpr double rough_slice = 0.2;     // of the budget, for getting nearer before a rough picture
+constexpr double rough_slice = 0.2;    // of the budget, for getting nearer before a rough picture
 constexpr double longest_stretch = 32; // frames that are passed between two looks at the clock
 
 namespace {
@@ -108,8 +108,8 @@ void keeper_restart(state_keeper& k, stage& s)
 
 // ---- keeping --------------------------------------------------------------------------------------
 
-// Where a state is kept that is due at a frame: before the next one that clears all, so that the picture need not be kept;
-// with the picture where there is none for a while.
+// Where a state is kept that is due at a frame: before the next one that clears all, so that the picture need not be
+// kept; with the picture where there is none for a while.
 static uint64_t find_keeping_frame(const keeper_parts& p, uint64_t due)
 {
     for (uint64_t frame = due; frame < due + p.spacing / 2 && frame < p.needs.end; ++frame)
@@ -171,7 +171,8 @@ static void thin_out(state_keeper& k)
 static std::unique_ptr<kept_state> keep_now(state_keeper& k, stage& s, bool picture)
 {
     keeper_parts& p = *k.parts;
-    auto state = keep_state_gl(s, {&p.memory, awaited_targets(p.needs, p.next), picture, newest_before(k, p.next)}, p.card);
+    auto state
+        = keep_state_gl(s, {&p.memory, awaited_targets(p.needs, p.next), picture, newest_before(k, p.next)}, p.card);
     state->next = p.next;
     return state;
 }
@@ -283,7 +284,8 @@ static void arrive(state_keeper& k, stage& s, uint64_t frame)
 static void draw_roughly(state_keeper& k, stage& s, uint64_t frame)
 {
     keeper_parts& p = *k.parts;
-    if (p.clean && p.next > 0 && k.remembers && (p.resume == nullptr || p.resume->next != p.next || p.resume->muted != p.muted))
+    if (p.clean && p.next > 0 && k.remembers
+        && (p.resume == nullptr || p.resume->next != p.next || p.resume->muted != p.muted))
         p.resume = keep_now(k, s, can_keep_pictures_gl() && shows_through(p.needs, p.next));
     draw_frame_now(p, s, frame);
     forget_changed_targets(s, p.memory.targets, p.card);
@@ -484,6 +486,7 @@ double keeper_progress(const state_keeper& k)
         return 1;
     const keeper_parts& p = *k.parts;
     const uint64_t reached = p.clean ? p.next : p.resume != nullptr ? p.resume->next : p.settle_from;
-    return std::clamp(static_cast<double>(reached - std::min(reached, p.settle_from))
-            / static_cast<double>(k.target - p.settle_from), 0.0, 1.0);
+    return std::clamp(
+        static_cast<double>(reached - std::min(reached, p.settle_from)) / static_cast<double>(k.target - p.settle_from),
+        0.0, 1.0);
 }

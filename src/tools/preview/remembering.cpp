@@ -19,9 +19,10 @@ static bool ripples(const scene_object& object)
 static bool has_bare_glyphs(const document& d, const scene_object& object)
 {
     const font_record* font = table_get(d.font_table, object.font);
-    return font != nullptr && std::any_of(std::begin(font->glyphs), std::end(font->glyphs), [&](const glyph_record& glyph) {
-        return glyph.model != 0 && table_get(d.material_table, glyph.material) == nullptr;
-    });
+    return font != nullptr
+        && std::any_of(std::begin(font->glyphs), std::end(font->glyphs), [&](const glyph_record& glyph) {
+               return glyph.model != 0 && table_get(d.material_table, glyph.material) == nullptr;
+           });
 }
 
 static bool is_bare(const document& d, const scene_object& object)

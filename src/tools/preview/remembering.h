@@ -13,8 +13,8 @@
 #include <vector>
 
 struct remembering {
-    bool moves = false; // mesh effects, "Amoba", the rippler: numbers that every frame moves on
-    bool bare = false;  // objects without a material are drawn with what others have left
+    bool moves = false;                  // mesh effects, "Amoba", the rippler: numbers that every frame moves on
+    bool bare = false;                   // objects without a material are drawn with what others have left
     std::vector<uint32_t> odd_functions; // functions that answer by what they answered before
     std::vector<uint32_t> targets;       // image textures that layers draw into
     uint32_t units = 0;                  // texture units that some material uses

@@ -49,8 +49,7 @@ static void keep_effects(const document& d, const kept_state* similar, kept_stat
         const kept_effect* before = find_kept(similar != nullptr ? &similar->effects : nullptr, handle);
         const kept_effect none;
         const kept_effect& other = before != nullptr ? *before : none;
-        state.effects.push_back({handle,
-            keep_bytes(effect.state, mesh_effect_state_bytes(effect.type), other.state),
+        state.effects.push_back({handle, keep_bytes(effect.state, mesh_effect_state_bytes(effect.type), other.state),
             keep_bytes(effect.mesh.positions, vertex_bytes(effect.mesh), other.positions),
             keep_bytes(effect.mesh.normals, vertex_bytes(effect.mesh), other.normals)});
     }
@@ -72,13 +71,15 @@ static void keep_ripples(const rippler_cache& cache, const kept_state* similar, 
     state.rippled = cache.positions != nullptr;
     if (!state.rippled)
         return;
-    state.ripple_positions = keep_bytes(cache.positions, size, similar != nullptr ? similar->ripple_positions : nullptr);
+    state.ripple_positions
+        = keep_bytes(cache.positions, size, similar != nullptr ? similar->ripple_positions : nullptr);
     state.ripple_normals = keep_bytes(cache.normals, size, similar != nullptr ? similar->ripple_normals : nullptr);
 }
 
 static void put_ripples(rippler_cache& cache, const kept_state& state)
 {
-    const auto vertices = static_cast<uint32_t>(state.rippled ? state.ripple_positions->size() / (3 * sizeof(float)) : 0);
+    const auto vertices
+        = static_cast<uint32_t>(state.rippled ? state.ripple_positions->size() / (3 * sizeof(float)) : 0);
     if (!state.rippled || cache.vertex_count != vertices)
         reset_rippler_cache(cache);
     if (!state.rippled)
@@ -247,7 +248,8 @@ void forget_changed_targets(const stage& s, const std::vector<uint32_t>& targets
     const frame& f = s.drawing.f;
     for (const uint32_t handle : targets) {
         const image_texture* record = table_get(s.production.image_texture_table, handle);
-        const auto is_it = [record](const auto& command) { return record != nullptr && command.texture == record->texture; };
+        const auto is_it
+            = [record](const auto& command) { return record != nullptr && command.texture == record->texture; };
         if (std::any_of(f.texture_copies.begin(), f.texture_copies.end(), is_it)
             || std::any_of(f.recreations.begin(), f.recreations.end(), is_it))
             card.erase(handle);
@@ -268,8 +270,7 @@ static bool is_shown_as_it_lies(const dynamic_texture& texture, const rememberin
 static void keep_moving_pictures(stage& s, const remembering& memory, const kept_state* similar, kept_state& state)
 {
     for (auto [handle, texture] : s.production.dynamic_texture_table) {
-        const kept_moving_picture* before
-            = find_kept(similar != nullptr ? &similar->moving_pictures : nullptr, handle);
+        const kept_moving_picture* before = find_kept(similar != nullptr ? &similar->moving_pictures : nullptr, handle);
         kept_moving_picture kept;
         kept.handle = handle;
         kept.refresh_time = texture.refresh_time;

@@ -1,7 +1,7 @@
 // All that a stage remembers between two frames, as something that can be kept and put back.
 //
-// Numbers are copied; pixels of targets are read from the card, and the picture itself stays on it. What has not changed
-// since another state was kept is shared with it. Needs the picture's context, also for letting go.
+// Numbers are copied; pixels of targets are read from the card, and the picture itself stays on it. What has not
+// changed since another state was kept is shared with it. Needs the picture's context, also for letting go.
 #pragma once
 
 #include "tools/preview/chance.h"
@@ -88,9 +88,9 @@ using card_pixels = std::map<uint32_t, std::shared_ptr<const kept_texture>>; // 
 // What a state is to hold beyond the numbers.
 struct keeping {
     const remembering* memory;
-    std::vector<bool> awaited;             // of the targets: their pixels count
-    bool through = false;                  // so does the picture
-    const kept_state* similar = nullptr;   // what is the same there is shared
+    std::vector<bool> awaited;           // of the targets: their pixels count
+    bool through = false;                // so does the picture
+    const kept_state* similar = nullptr; // what is the same there is shared
 };
 
 std::unique_ptr<kept_state> keep_state_gl(stage& s, const keeping& wish, card_pixels& card);
