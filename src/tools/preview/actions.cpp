@@ -73,10 +73,11 @@ void step_frames(preview& p, int64_t frames)
 static bool choose(preview& p, const stage_wish& wish, std::string& problem)
 {
     preview_window_use_picture(p.window);
-    const bool chosen = stage_choose(p.shown, wish, problem);
+    if (!stage_choose(p.shown, wish, problem))
+        return false;
     keeper_restart(p.keeper, p.shown);
     p.dirty = true;
-    return chosen;
+    return true;
 }
 
 bool choose_path(preview& p, bool glsl, std::string& problem)
