@@ -13,9 +13,9 @@ TEST_CASE("a program's problems are told one by one at the line that made its ma
 {
     show_build build;
     build.marks.push_back({section_materials, 2, 0, {"look.lua", 12}, "paint"});
-    const problem_list found = problems_of_loading({{section_materials, 2, both_stages}}, build);
+    const problem_list found = problems_of_loading({{section_materials, 2, true, both_stages}}, build, problem_error);
     REQUIRE(found.size() == 2);
-    CHECK(found[0].severity == problem_warning);
+    CHECK(found[0].severity == problem_error);
     CHECK(found[0].file == "look.lua");
     CHECK(found[0].line == 12);
     CHECK(found[0].where.empty());
@@ -27,13 +27,15 @@ TEST_CASE("a program's problems are told one by one at the line that made its ma
 TEST_CASE("a material of which no line is known is told by its record")
 {
     const loading_remark odd
-        = {section_materials, 4, "Warning: demo.xmlz: section 11 (materials), record 4: it is odd."};
-    const problem_list found = problems_of_loading({{section_materials, 2, both_stages}, odd}, {});
+        = {section_materials, 4, false, "Warning: demo.xmlz: section 11 (materials), record 4: it is odd."};
+    const problem_list found
+        = problems_of_loading({{section_materials, 2, true, both_stages}, odd}, {}, problem_warning);
     REQUIRE(found.size() == 3);
     CHECK(found[0].file == "demo.xmlz");
     CHECK(found[0].line == 0);
+    CHECK(found[0].severity == problem_warning);
     CHECK(found[0].where == "section 11 (materials), record 2");
     CHECK(found[2].where == "section 11 (materials), record 4");
     CHECK(found[2].text == "it is odd.");
-    CHECK(problems_of_loading({}, {}).empty());
+    CHECK(problems_of_loading({}, {}, problem_warning).empty());
 }

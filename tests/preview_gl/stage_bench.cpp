@@ -4,6 +4,7 @@
 #include "model/record_handover.h"
 #include "shell/loading.h"
 #include "tools/frames/frame_clock.h"
+#include "tools/preview/loading_chance.h"
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
@@ -79,6 +80,7 @@ void stage_bench::load_plainly(const show_build& build)
     owned_tree tree;
     std::string problem;
     std::srand(s.wish.seed);
+    draw_chance_of_loading_screen(s.file); // the player has shown it by then
     REQUIRE(load_document(s.file, "demo.xmlz", timeline_new(),
         {s.display.caps, s.display.texture_formats, s.display.glsl_path == 1, true, true}, s.production, tree,
         problem));

@@ -6,6 +6,13 @@
 
 #include <algorithm>
 
+static document_text with_own_program_off(document_text text)
+{
+    text.records[section_materials]
+        = with(text.records[section_materials], "<enable_glsl value=\"1\"", "<enable_glsl value=\"0\"");
+    return text;
+}
+
 static std::vector<uint8_t> drawn(stage& s, uint64_t frame)
 {
     stage_draw(s, frame);
@@ -247,4 +254,49 @@ TEST_CASE("programs that do not build are told at every load, with their materia
         CHECK(b.s.remarks[0].record == 1);
         CHECK(b.s.remarks[0].text.find("its program does not link") != std::string::npos);
     }
+}
+
+TEST_CASE("a program that its author has broken keeps the show before on the stage, until it is mended")
+{
+    const std::string shader = "examples/shader";
+    const show_build good = built_from(shader, {});
+    const show_build broken = built_from(shader, {{"show.lua", "vec4(color", "vec4(colour"}});
+    const show_build mended = built_from(shader, {{"show.lua", "vec4(color", "vec4(0.5 + color"}});
+    stage_bench b(true);
+    b.load(broken); // there is nothing else to show
+    CHECK(b.s.remarks.size() == 1);
+    b.load(broken); // as broken as before
+    b.load(good);
+    CHECK(b.s.remarks.empty());
+    drawn(b.s, 100); // whose clear colour counts from the next frame on
+    const std::vector<uint8_t> before = drawn(b.s, 100);
+    std::string problem;
+    CHECK_FALSE(stage_load(b.s, broken, problem));
+    CHECK(problem.empty());
+    REQUIRE(b.s.refused.size() == 1);
+    CHECK(b.s.refused[0].own_program);
+    CHECK(b.s.refused[0].text.find("`colour' undeclared") != std::string::npos);
+    CHECK(drawn(b.s, 100) == before);
+    b.load(mended);
+    CHECK(b.s.refused.empty());
+    drawn(b.s, 100);
+    CHECK(drawn(b.s, 100) != before);
+    stage_bench fixed(false); // has no programs
+    fixed.load(good);
+    fixed.load(broken);
+}
+
+TEST_CASE("a generated program that does not build holds nothing back")
+{
+    // Coordinates of a cube map without one.
+    const document_text good = with_own_program_off(complete_document());
+    document_text odd = good;
+    odd.records[section_materials]
+        = with(odd.records[section_materials], "wrapmode=\"1\" cgenmode=\"1\"", "wrapmode=\"1\" cgenmode=\"2\"");
+    stage_bench b(true);
+    b.load(built_from(good, complete_pack()));
+    REQUIRE(b.s.remarks.empty());
+    b.load(built_from(odd, complete_pack()));
+    REQUIRE(b.s.remarks.size() == 1);
+    CHECK_FALSE(b.s.remarks[0].own_program);
 }

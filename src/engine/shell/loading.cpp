@@ -55,7 +55,7 @@ static void explain_failure(const document& d, uint32_t handle, const material_r
     if (options.remarks == nullptr)
         std::fputs(lines.c_str(), stderr);
     else if (!lines.empty())
-        options.remarks->push_back({section_materials, handle, lines});
+        options.remarks->push_back({section_materials, handle, has_custom_program(material), lines});
 }
 
 static void make_program(document& d, uint32_t handle, material_record& material, const loading_options& options)

@@ -21,6 +21,7 @@
 struct loading_remark {
     uint32_t section;
     uint32_t record;  // from 1
+    bool own_program; // its author's, not one that was generated
     std::string text; // lines, each with its end
 };
 

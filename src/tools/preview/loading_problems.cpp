@@ -54,7 +54,8 @@ static std::vector<std::string> texts_of(const loading_remark& remark, const std
     return texts;
 }
 
-problem_list problems_of_loading(const std::vector<loading_remark>& remarks, const show_build& build)
+problem_list problems_of_loading(
+    const std::vector<loading_remark>& remarks, const show_build& build, problem_severity severity)
 {
     problem_list problems;
     for (const loading_remark& remark : remarks) {
@@ -62,9 +63,9 @@ problem_list problems_of_loading(const std::vector<loading_remark>& remarks, con
         const source_place place = place_of_mark(build, remark.section, remark.record, 0);
         for (const std::string& text : texts_of(remark, record + ":")) {
             if (place.line != 0)
-                problems.push_back({problem_warning, place.file, place.line, "", text});
+                problems.push_back({severity, place.file, place.line, "", text});
             else
-                problems.push_back({problem_warning, "demo.xmlz", 0, record, text});
+                problems.push_back({severity, "demo.xmlz", 0, record, text});
         }
     }
     return problems;

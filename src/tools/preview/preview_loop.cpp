@@ -108,9 +108,10 @@ static void begin_show(preview& p)
 }
 
 // What only the graphics card finds stands beside what the builder found.
-static void tell_loading(preview& p)
+static void tell_loading(preview& p, const std::vector<loading_remark>& remarks, const show_build& build)
 {
-    const problem_list found = problems_of_loading(p.shown.remarks, p.build);
+    const problem_severity severity = p.latest.can_play ? problem_warning : problem_error;
+    const problem_list found = problems_of_loading(remarks, build, severity);
     p.latest.problems.insert(p.latest.problems.end(), found.begin(), found.end());
 }
 
@@ -121,7 +122,9 @@ static void show_new(preview& p, show_build&& build)
     preview_window_use_picture(p.window);
     if (!stage_load(p.shown, build, problem)) {
         p.latest.can_play = false;
-        p.latest.problems.push_back({problem_error, build.file, 0, "", problem});
+        if (!problem.empty())
+            p.latest.problems.push_back({problem_error, build.file, 0, "", problem});
+        tell_loading(p, p.shown.refused, build);
         return;
     }
     const bool is_first = p.build.number == 0;
@@ -131,7 +134,7 @@ static void show_new(preview& p, show_build&& build)
     sound_take(p.sound, p.build.music);
     select_again(p, before);
     forget_stale(p.tries, p.build.tries);
-    tell_loading(p);
+    tell_loading(p, p.shown.remarks, p.build);
     preview_window_set_title(p.window, (p.build.title.empty() ? p.file : p.build.title) + " - brimlow-preview");
     if (is_first)
         begin_show(p);

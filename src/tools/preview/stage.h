@@ -94,7 +94,8 @@ struct stage {
     stage_frame_times times;             // of the last frame that was drawn (GPU times: one frame late)
     reload_counts counts;                // of the last load
     record_handover made_with;           // what the next load takes over
-    std::vector<loading_remark> remarks; // of the last load: programs that do not build
+    std::vector<loading_remark> remarks; // of the show: programs that do not build
+    std::vector<loading_remark> refused; // why the last build was not shown: an author's programs that do not build
     memory_kind memory;                  // of the last load; targets are asked anew
     frame_layers own_layers = {};        // `layers` as the show has them, without a flown camera
     standing_state before;               // what stood before the frame at hand was planned
@@ -104,9 +105,10 @@ struct stage {
 [[nodiscard]] bool stage_open(stage& s, const stage_wish& wish, frame_rate rate, std::string& problem);
 
 // Loads a build that can be played in the place of the show that is there, which stays where that fails (`problem`: the
-// loader's line), untouched but for what OpenGL has bound.
-// What is the same in both keeps its OpenGL objects. Then the show stands before its first frame, as after a fresh
-// start.
+// loader's line), untouched but for what OpenGL has bound. So it does, with an empty problem and `refused`, where more
+// of the author's own programs do not build than of the show that is there: what shaders say is an error of who writes
+// them, and the picture before it is worth more than a hole. Where there is no show yet, all is shown as it is. What is
+// the same in both keeps its OpenGL objects. Then the show stands before its first frame, as after a fresh start.
 [[nodiscard]] bool stage_load(stage& s, const show_build& build, std::string& problem);
 
 // Another size, path or card; the show stands before its first frame then. False as stage_open: all is as before.

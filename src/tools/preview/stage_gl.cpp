@@ -305,21 +305,44 @@ static void take_arrived(stage& s, arriving_show& show)
     stand_before_first_frame(s);
 }
 
-bool stage_load(stage& s, const show_build& build, std::string& problem)
+static std::ptrdiff_t count_own(const std::vector<loading_remark>& remarks)
 {
-    arriving_show next;
-    next.pack = build.pack;
-    if (s.has_show)
-        offer_records(next.handover, s.production, s.made_with, render_targets(s.production));
-    const chance_place chance = chance_now();
-    if (load_arriving(s.display, s.wish.seed, next, problem)) {
-        take_arrived(s, next);
-        return true;
-    }
+    return std::count_if(
+        remarks.begin(), remarks.end(), [](const loading_remark& remark) { return remark.own_program; });
+}
+
+// Its programs are what the author is at work on.
+static bool breaks_programs(const stage& s, const arriving_show& next)
+{
+    return s.has_show && count_own(next.remarks) > count_own(s.remarks);
+}
+
+static void send_back(stage& s, arriving_show& next, const chance_place& chance)
+{
     give_taken_back(next.handover, next.production);
     unload_document(next.production);
     chance_put(chance);
     forget_objects(s.drawing.gl);
+}
+
+bool stage_load(stage& s, const show_build& build, std::string& problem)
+{
+    arriving_show next;
+    next.pack = build.pack;
+    s.refused.clear();
+    if (s.has_show)
+        offer_records(next.handover, s.production, s.made_with, render_targets(s.production));
+    const chance_place chance = chance_now();
+    const bool loaded = load_arriving(s.display, s.wish.seed, next, problem);
+    if (loaded && !breaks_programs(s, next)) {
+        take_arrived(s, next);
+        return true;
+    }
+    if (loaded) {
+        s.refused = std::move(next.remarks);
+        std::erase_if(s.refused, [](const loading_remark& remark) { return !remark.own_program; });
+    }
+    send_back(s, next, chance);
     return false;
 }
 
@@ -332,9 +355,7 @@ static bool load_for_display(stage& s, const player_display& display, arriving_s
     const chance_place chance = chance_now();
     if (load_arriving(display, s.wish.seed, next, problem))
         return true;
-    unload_document(next.production);
-    chance_put(chance);
-    forget_objects(s.drawing.gl);
+    send_back(s, next, chance);
     return false;
 }
 
