@@ -6,6 +6,7 @@
 static const char* const both_stages
     = "Warning: demo.xmlz: section 11 (materials), record 2: vertex_shader does not compile:\n"
       "  0:2(9): error: `foo' undeclared\n    line 2: gl_Position = foo;\n"
+      "  0:2(3): error: value of type error\n    line 2: gl_Position = foo;\n"
       "Warning: demo.xmlz: section 11 (materials), record 2: fragment_shader does not compile:\n"
       "  0:1(1): error: syntax error, unexpected end of file\n";
 
@@ -20,7 +21,9 @@ TEST_CASE("a program's problems are told one by one at the line that made its ma
     CHECK(found[0].line == 12);
     CHECK(found[0].where.empty());
     CHECK(found[0].text
-        == "vertex_shader does not compile: 0:2(9): error: `foo' undeclared; line 2: \"gl_Position = foo;\".");
+        == "vertex_shader does not compile: 0:2(9): error: `foo' undeclared; line 2: \"gl_Position = foo;\"; 0:2(3): "
+           "error: value of "
+           "type error.");
     CHECK(found[1].text == "fragment_shader does not compile: 0:1(1): error: syntax error, unexpected end of file.");
 }
 

@@ -281,9 +281,14 @@ TEST_CASE("a program that its author has broken keeps the show before on the sta
     CHECK(b.s.refused.empty());
     drawn(b.s, 100);
     CHECK(drawn(b.s, 100) != before);
-    stage_bench fixed(false); // has no programs
-    fixed.load(good);
-    fixed.load(broken);
+}
+
+TEST_CASE("the path without programs shows what a broken one belongs to")
+{
+    stage_bench b(false);
+    b.load(built_from("examples/shader", {}));
+    b.load(built_from("examples/shader", {{"show.lua", "vec4(color", "vec4(colour"}}));
+    CHECK(b.s.remarks.empty());
 }
 
 TEST_CASE("a generated program that does not build holds nothing back")

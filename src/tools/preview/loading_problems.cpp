@@ -28,11 +28,15 @@ static std::string quoted_program_line(std::string_view line)
     return std::string(line.substr(0, colon + 2)) + "\"" + std::string(line.substr(colon + 2)) + "\"";
 }
 
+// Drivers speak of one line again and again: it is quoted once.
 static void add_line(std::string& text, std::string_view line)
 {
+    const std::string added = quoted_program_line(line);
+    if (added.size() > line.size() && text.find(added) != std::string::npos)
+        return;
     if (!text.empty())
         text += text.back() == ':' ? " " : "; ";
-    text += quoted_program_line(line);
+    text += added;
 }
 
 static std::vector<std::string> texts_of(const loading_remark& remark, const std::string& record)
