@@ -8,6 +8,11 @@
 
 #include <algorithm>
 
+void set_interface_style(float scale)
+{
+    set_style(scale);
+}
+
 // A notice stands over the picture's upper edge for a moment.
 static void draw_notice(preview& p)
 {

@@ -6,7 +6,7 @@
 #include "tools/preview/interface_layout.h"
 #include "tools/preview/preview.h"
 
-// Fonts and colours, once, when the window is open.
+// Fonts and colours: when the window is open, and when its points get another number of pixels.
 void set_interface_style(float scale);
 
 void draw_interface(preview& p);

@@ -1,7 +1,5 @@
 #include "tools/preview/interface_style.h"
 
-#include "tools/preview/interface.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -90,7 +88,7 @@ static void set_colors()
     set_color(ImGuiCol_NavHighlight, 0);
 }
 
-void set_interface_style(float scale)
+void set_style(float scale)
 {
     ImGuiStyle& style = ImGui::GetStyle();
     set_colors();

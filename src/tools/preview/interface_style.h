@@ -39,6 +39,9 @@ constexpr ImU32 with_alpha(ImU32 color, float alpha)
     return (color & ~IM_COL32_A_MASK) | static_cast<ImU32>(alpha * 255 + 0.5f) << IM_COL32_A_SHIFT;
 }
 
+// Fonts and colours for a window whose points have `scale` pixels.
+void set_style(float scale);
+
 // ---- fonts -------------------------------------------------------------------------------------------
 
 struct interface_fonts {

@@ -129,20 +129,22 @@ static void draw_beats(const preview& p, const timeline_places& t, ImDrawList* l
     }
 }
 
+// Why there is no waveform yet, or none at all.
+static std::string silence_text(const preview& p)
+{
+    const std::string trouble = sound_trouble(p.sound);
+    return trouble.empty() && !p.build.music.empty() ? "reading the music …" : trouble;
+}
+
 static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList* list)
 {
     const float middle = t.wave_top + (t.wave_height - bar_numbers) / 2;
-    const preview_music* music = p.sound.music.get();
-    if (music == nullptr || !music->ready || music->columns.empty()) {
-        const bool decodes = music != nullptr && !music->ready;
-        const std::string text = decodes                  ? "reading the music …"
-            : music != nullptr && !music->problem.empty() ? music->problem
-                                                          : "";
-        draw_text_within(list, fonts().small, t.scale.x + 8, middle, t.scale.width - 16, color_faint, text);
-        return;
-    }
+    const std::span<const waveform_column> columns = sound_columns(p.sound);
+    if (columns.empty())
+        return draw_text_within(
+            list, fonts().small, t.scale.x + 8, middle, t.scale.width - 16, color_faint, silence_text(p));
     const double second = (t.scale.to - t.scale.from) / t.scale.width;
-    const waveform_column all = waveform_between(music->columns, 0, p.time.end);
+    const waveform_column all = waveform_between(columns, 0, p.time.end);
     const float loudest = std::max({all.highest, -all.lowest, 0.05f});
     const float half = (t.wave_height - bar_numbers) / 2 - 1;
     const auto height_of = [&](float value) { return std::clamp(value / loudest, 0.02f, 1.0f) * half; };
@@ -150,7 +152,7 @@ static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList
         const double from = t.scale.from + x * second;
         if (from >= p.time.end)
             break;
-        const waveform_column column = waveform_between(music->columns, from, from + second);
+        const waveform_column column = waveform_between(columns, from, from + second);
         const float left = t.scale.x + x;
         const float inner = height_of(column.loudness);
         list->AddRectFilled(

@@ -166,11 +166,10 @@ static void draw_choices(preview& p, const box& place, float x)
     ImGui::SameLine(0, 8);
     draw_card_choice(p);
     ImGui::SameLine(0, 4);
-    const bool silent = p.sound.muted || p.sound.device_failed;
-    if (icon_button("sound", silent ? icon_silence : icon_sound, false,
-            p.sound.device_failed ? "there is no sound device"
-                : p.sound.muted   ? "sound on (m)"
-                                  : "sound off (m)"))
+    const std::string trouble = sound_trouble(p.sound);
+    const bool silent = p.sound.muted || !trouble.empty();
+    const char* hint = !trouble.empty() ? trouble.c_str() : silent ? "sound on (m)" : "sound off (m)";
+    if (icon_button("sound", silent ? icon_silence : icon_sound, !trouble.empty(), hint))
         mute_sound(p, !p.sound.muted);
     ImGui::SameLine(0, 4);
     if (text_button("help", "?", p.face.shows_help, "all keys (F1)"))
