@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 constexpr float least_width_for_all = 1150; // narrower windows leave the lesser figures out
+constexpr float least_width_for_more = 940; // and these yet more
 
 // While something is built: a light that goes to and fro on the upper edge.
 static void draw_progress(const preview& p, const box& place, ImDrawList* list)
@@ -43,7 +43,8 @@ static float draw_time(const preview& p, const box& place, ImDrawList* list, flo
     if (!beat.empty())
         x = figure(list, x, y, beat, "bar.beat", 64);
     const uint64_t frame = frame_now(p);
-    x = figure(list, x, y, std::to_string(frame), "frame", 64);
+    if (place.width >= least_width_for_more)
+        x = figure(list, x, y, std::to_string(frame), "frame", 64);
     if (place.width >= least_width_for_all)
         x = figure(list, x, y, std::to_string(tick_of_frame(frame, p.shown.rate)), "tick", 64);
     return x;
@@ -88,10 +89,9 @@ static measure exactness(const preview& p)
         "rough", "picture", color_warning, "What remembers earlier frames is not quite as in a run from the start."};
 }
 
-static double frames_a_second(const preview& p)
+static std::string rate_text(const preview& p) // of the window
 {
-    const double rate = static_cast<double>(ImGui::GetIO().Framerate);
-    return p.time.playing ? rate : 0;
+    return p.time.playing ? std::to_string(std::lround(ImGui::GetIO().Framerate)) : "–";
 }
 
 static std::string reload_text(const preview& p)
@@ -192,11 +192,9 @@ void draw_transport(preview& p)
     const float y = place.y + place.height / 2;
     draw_choices(p, place, choices);
     draw_measure(exactness(p), list, choices - 76, y, 72);
-    const double rate = frames_a_second(p);
-    char fps[16];
-    std::snprintf(fps, sizeof fps, "%.0f", rate);
-    draw_measure({rate > 0 ? fps : "–", "frames/s", color_text, "Frames drawn a second while it plays."}, list,
-        choices - 146, y, 66);
+    if (place.width >= least_width_for_more)
+        draw_measure({rate_text(p), "frames/s", color_text, "Frames drawn a second while it plays."}, list,
+            choices - 146, y, 66);
     if (place.width >= least_width_for_all)
         draw_measure({reload_text(p), "reload", color_text, reload_hint(p)}, list, choices - 224, y, 74);
     ImGui::End();
