@@ -46,6 +46,8 @@ void draw_interface(preview& p)
 {
     const window_layout layout = layout_of(p);
     p.face.places.clear();
+    send_tries(p);
+    p.face.waits = p.face.next_try.has_value();
     draw_picture(p);
     note_place(p, "picture", p.face.picture_x, p.face.picture_y, p.face.picture_width, p.face.picture_height);
     if (p.face.shows_overlay) {

@@ -26,5 +26,8 @@ void draw_figures(preview& p);      // frame times, tracks, memory, camera
 void draw_commands(preview& p);
 void draw_help(preview& p);
 
+// What was tried by hand while something was being built.
+void send_tries(preview& p);
+
 // Opens the editor there, or says for a moment why not.
 void open_place(preview& p, const source_place& place);

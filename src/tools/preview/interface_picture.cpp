@@ -41,8 +41,10 @@ static void follow_place(preview& p, const box& place)
         p.face.wanted_height = place.height;
         p.face.wanted_since = steady_seconds();
     }
-    if (p.shown.has_show && steady_seconds() - p.face.wanted_since < still_seconds)
+    if (p.shown.has_show && steady_seconds() - p.face.wanted_since < still_seconds) {
+        p.face.waits = true;
         return;
+    }
     const picture_size size = size_for_place(place, p.window.scale, p.options.wish.width, p.options.wish.height);
     std::string problem;
     if ((size.width != p.shown.wish.width || size.height != p.shown.wish.height)
@@ -153,6 +155,7 @@ static void take_click(preview& p, const box& seen)
 // While frames are passed on the way to the one that is shown, nobody knows what lies where.
 static void follow_click(preview& p)
 {
+    p.face.waits |= p.face.click_waits;
     if (!p.face.click_waits || p.keeper.settling || p.dirty)
         return;
     p.face.click_waits = false;

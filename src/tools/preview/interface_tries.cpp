@@ -11,7 +11,7 @@
 constexpr float slider_grab = 4; // points
 
 // Only one build is under way for a slider; when its answer has come, the next takes the newest value.
-static void send_next(preview& p)
+void send_tries(preview& p)
 {
     if (!p.face.next_try || p.waits_for_build)
         return;
@@ -100,7 +100,6 @@ static void draw_try(preview& p, const tried_number& number)
 
 void draw_tries(preview& p)
 {
-    send_next(p);
     if (p.build.tries.empty())
         return;
     if (!begin_panel("Tries", std::to_string(p.build.tries.size())))

@@ -61,6 +61,7 @@ struct interface_state {
     uint8_t hand = 0;               // what the pointer holds on the timeline (timeline_hand)
     double hand_at = 0;             // seconds where it took hold
 
+    bool waits = false; // for what comes without anybody doing something: it has to be drawn again soon
     float wanted_width = 0; // of the picture's place, points; a size is chosen when it has been still
     float wanted_height = 0;
     double wanted_since = 0;

@@ -214,7 +214,7 @@ static void show_window(preview& p)
 // Something moves in the interface though nothing happens: what waits, what is said for a moment, a caret, a waveform.
 static bool is_lively(const preview& p)
 {
-    return p.waits_for_build || p.keeper.settling || p.window.typing || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
+    return p.waits_for_build || p.keeper.settling || p.window.typing || p.face.waits || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
         || (p.sound.music && !p.sound.music->ready);
 }
 
