@@ -17,6 +17,7 @@ from test_walls import PLACES, ROOMS  # noqa: E402
 
 PROGRAMS = {'tools/make': ('brimlow-make', 'builds, checks, opens and compares shows, puts packs together'),
             'tools/render': ('brimlow-render', 'stills, films and reports, without a display'),
+            'tools/preview': ('brimlow-preview', 'plays a show while it is written, builds it anew'),
             'tools/pages': ('brimlow-pages', 'writes manual pages, completions and the reference')}  # the player: `shell`
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^">]+)"', re.M)
 DRAWING = ('docs', 'house.svg')

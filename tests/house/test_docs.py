@@ -152,6 +152,36 @@ def check_contents(page):
             if '(#%s)' % anchor(heading) not in contents]
 
 
+# ---- the preview ----------------------------------------------------------------------------------
+
+REQUEST = re.compile(r'^ +\{command_\w+, "(\w+)",\s*\{(.*?)\}\},$', re.M | re.S)
+KEY_NAMES = {' ': 'Space', 'key_left': 'Left', 'key_right': 'Right', 'key_home': 'Home', 'key_end': 'End',
+             'key_tab': 'Tab', 'key_f1': 'F1', 'key_escape': 'Escape'}
+
+
+def check_requests(page, source):
+    """The page has every request of the control socket with its fields, and no other."""
+    known = {name: re.findall(r'\{"(\w+)"', fields) for name, fields in REQUEST.findall(source)}
+    written = {}
+    for names, fields in re.findall(r'^\| ((?:`\w+`(?:, )?)+) \| ((?:`\w+`(?:, )?)*) ?\| ', page, re.M):
+        for name in re.findall(r'`(\w+)`', names):
+            written[name] = re.findall(r'`(\w+)`', fields)
+    if not known:
+        return ['no requests of the preview were found']
+    return ['preview.md: the request "%s" takes %s, and the page says %s' % (name, known.get(name), written.get(name))
+            for name in sorted(set(known) | set(written)) if known.get(name) != written.get(name)]
+
+
+def check_keys(pages, source):
+    """Every key that does something is told, on each page (name -> text)."""
+    body = source[source.index('void do_key('):]
+    keys = re.findall(r"case (?:'(.)'|(key_\w+)):", body[:body.index('\n}\n')])
+    keys = [KEY_NAMES.get(sign or name, sign or name) for sign, name in keys]
+    return (['no keys of the preview were found'] if not keys else []) + [
+        '%s does not tell what the key %s does' % (name, key) for name, text in pages.items() for key in keys
+        if not re.search(r'(?<![\w\-])%s(?![\w\-])' % re.escape(key), text)]
+
+
 # ---- listings --------------------------------------------------------------------------------------
 
 def bare(document):
@@ -189,6 +219,12 @@ def check_the_checker():
     assert check_render_modes(page % 'depth', row) == []
     assert len(check_render_modes(page % 'nothing', row)) == 1
     assert len(check_render_modes(page % 'depth', row + row)) == 2
+    requests = '    {command_go, "go", {{"time", field_number}, {"by", field_number}}},\n    {command_play, "play", {}},\n'
+    assert check_requests('| `go` | `time`, `by` | x |\n| `play` | | y |\n', requests) == []
+    assert len(check_requests('| `go` | `time` | x |\n| `pause` | | y |\n', requests)) == 3
+    keys = "void do_key(int key)\n{\n    case 'a':\n    case key_left:\n    case '.':\n}\n"
+    assert check_keys({'a': 'a Left `.`'}, keys) == []
+    assert len(check_keys({'a': 'as Lefty'}, keys)) == 3
     whole = '```xml\n<production>\n  <a/>  <!-- 1 -->\n</production>\n```\n'
     assert check_whole_document(whole, '<production><a/></production>') == []
     assert check_whole_document(whole, '<production><b/></production>') != []
@@ -214,6 +250,12 @@ def main():
     wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_contents(pages['documents.md'])
     wrong += check_whole_document(pages['documents.md'], read('productions', 'examples', 'document', 'demo.xml'))
+    preview, manual = read('docs', 'preview.md'), read('docs', 'man', 'brimlow-preview.1')
+    wrong += check_contents(preview)
+    wrong += check_requests(preview, read('src', 'tools', 'preview', 'control_request.cpp'))
+    wrong += check_keys({'preview.md': preview.split('\n## Keys\n')[1].split('\n## ')[0],
+                         'brimlow-preview.1': manual.split('.SH KEYS')[1].split('.SH ')[0]},
+                        read('src', 'tools', 'preview', 'actions.cpp'))
     for line in wrong:
         print(line)
     print('%d pages checked, %d faults' % (len(pages), len(wrong)))

@@ -12,6 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using texts = std::vector<std::string>;
+
 struct open_control {
     scratch_folder folder;
     control_socket control;
@@ -67,15 +69,13 @@ struct client_end {
 } // namespace
 
 // Everything that a client says, one line of it after the other.
-static std::vector<std::string> lines_of(const std::vector<control_line>& lines)
+static texts lines_of(const std::vector<control_line>& lines)
 {
-    std::vector<std::string> texts;
+    texts found;
     for (const control_line& line : lines)
-        texts.push_back(line.text);
-    return texts;
+        found.push_back(line.text);
+    return found;
 }
-
-using texts = std::vector<std::string>;
 
 // ---- the file -------------------------------------------------------------------------------------
 

@@ -476,6 +476,39 @@ class Socket(WithShow):
         self.assertTrue(self.preview.status()['ok'])
 
 
+# ---- the page ---------------------------------------------------------------------------------------
+
+class Page(WithShow):
+    """What docs/preview.md shows is what happens."""
+
+    def listing(self, language):
+        with open(os.path.join(ROOT, 'docs', 'preview.md'), encoding='utf-8') as file:
+            page = file.read()
+        listing, behind = re.search(r'^<!-- runs: %s -->\n```\w+\n(.*?)^```\n(.*?)^#' % language, page, re.S | re.M).groups()
+        shown = ''.join(line[4:] + '\n' for line in behind.splitlines() if line.startswith('    '))
+        still = os.path.join(self.place.name, 'still.png')
+        return listing.replace('/tmp/still.png', still), shown.replace('/tmp/still.png', still)
+
+    def run_listing(self, listing, *command):
+        path = os.path.join(self.place.name, 'listing')
+        with open(path, 'w') as file:
+            file.write(listing)
+        done = subprocess.run([*command, path], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60,
+                              env=dict(os.environ, PREVIEW=self.preview.path), universal_newlines=True)
+        self.assertEqual(done.returncode, 0, done.stdout)
+        return done.stdout
+
+    def test_the_example_for_shells_runs(self):
+        listing, shown = self.listing('shell')
+        self.assertEqual(self.run_listing(listing, 'sh'), shown)
+        self.assertEqual(Picture(os.path.join(self.place.name, 'still.png')).pixel(*CORNER), BLUE)
+
+    def test_the_example_for_python_runs(self):
+        told = self.run_listing(self.listing('python')[0], sys.executable)
+        self.assertRegex(told, r'^seen after \d+ ms\n$')
+        self.assertEqual(self.read('show.lua'), SHOW.replace('fov = 45', 'fov = 60'))
+
+
 # ---- beginning and ending -------------------------------------------------------------------------
 
 class Running(unittest.TestCase):

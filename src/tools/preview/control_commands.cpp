@@ -11,9 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <nlohmann/json.hpp>
-
-using json = nlohmann::ordered_json;
 
 constexpr double usual_wait = 10; // seconds
 constexpr double longest_wait = 3600;
@@ -21,7 +20,13 @@ constexpr double still_wait = 120;
 constexpr double usual_samples = 200;
 constexpr double most_samples = 4096;
 
+namespace {
+
+using json = nlohmann::ordered_json;
+
 enum awaited_thing : int32_t { wait_settled, wait_build, wait_shown, wait_still };
+
+} // namespace
 
 // ---- answers --------------------------------------------------------------------------------------------
 
@@ -127,6 +132,14 @@ static json loop_status(const transport& t)
     return t.has_loop ? json{t.loop_from, t.loop_to} : json();
 }
 
+// For clients that run in another folder.
+static std::string whole_path(const std::string& folder)
+{
+    std::error_code fault;
+    const std::string path = std::filesystem::absolute(folder, fault).lexically_normal().string();
+    return path.size() > 1 && path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
+}
+
 static json status_of(const preview& p)
 {
     const frame_rate rate = p.shown.rate;
@@ -136,11 +149,11 @@ static json status_of(const preview& p)
         {"scrubbing", p.time.scrubbing}, {"looping", loop_status(p.time)}, {"muted", p.sound.muted},
         {"path", wish.glsl ? "glsl" : "fixed"}, {"caps", lesser_card_text(wish.card)},
         {"size", {wish.width, wish.height}}, {"fullscreen", p.window.fullscreen}, {"exact", is_exact(p)},
-        {"settling", p.keeper.settling}, {"progress", keeper_progress(p.keeper)}, {"folder", p.folder},
+        {"settling", p.keeper.settling}, {"progress", keeper_progress(p.keeper)}, {"folder", whole_path(p.folder)},
         {"file", p.file}, {"title", p.build.title}, {"build", build_status(p.latest)}, {"shown", shown_status(p)},
         {"builds_shown", p.builds_shown}, {"waits_for_build", p.waits_for_build},
-        {"selected", p.selected ? object_status(p, *p.selected) : json()}, {"passed", p.shown.passed}, {"windows", p.windows_shown},
-        {"now", steady_seconds()}};
+        {"selected", p.selected ? object_status(p, *p.selected) : json()}, {"passed", p.shown.passed},
+        {"windows", p.windows_shown}, {"now", steady_seconds()}};
 }
 
 // ---- time ---------------------------------------------------------------------------------------------------

@@ -8,13 +8,13 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-using json = nlohmann::ordered_json;
-
 constexpr int max_depth = 32;            // of brackets in a request
 constexpr double max_whole = 1ull << 53; // that a double holds
 constexpr size_t max_shown_name = 64;    // bytes of an unknown name in a message
 
 namespace {
+
+using json = nlohmann::ordered_json;
 
 struct known_field {
     const char* name; // null: the row has no more

@@ -22,12 +22,12 @@ constexpr uint32_t way_events
     = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr uint32_t file_events = way_events | IN_CLOSE_WRITE;
 
+namespace {
+
 enum watched_name : uint8_t {
     name_of_file = 1, // its content counts
     name_of_way = 2   // a folder or a link through which a file is reached: only what it is counts
 };
-
-namespace {
 
 // One pass over all paths.
 struct walk {
