@@ -105,8 +105,12 @@ static void decode(preview_music& music, music_reader& reader)
 
 static void decode_file(std::shared_ptr<preview_music> music)
 {
-    if (const owned_music_reader reader = open_music_reader(music->path, music->problem))
+    std::string problem;
+    if (const owned_music_reader reader = open_music_reader(music->path, problem))
         decode(*music, *reader);
+    else
+        music->problem = "the music \"" + music->path.substr(music->path.rfind('/') + 1) + "\" "
+            + problem.substr(0, problem.find_last_not_of('.') + 1);
     music->ready.store(true, std::memory_order_release);
 }
 
@@ -169,13 +173,8 @@ std::string sound_trouble(const preview_sound& s)
 {
     if (s.device_failed.load(std::memory_order_acquire))
         return "there is no sound, as no device can be opened: " + s.output->device_problem;
-    if (!s.music || !s.music->ready.load(std::memory_order_acquire) || s.music->problem.empty())
-        return "";
-    std::string problem
-        = "the music \"" + s.music->path.substr(s.music->path.rfind('/') + 1) + "\" " + s.music->problem;
-    if (problem.back() == '.')
-        problem.pop_back();
-    return problem;
+    const bool is_known = s.music && s.music->ready.load(std::memory_order_acquire);
+    return is_known ? s.music->problem : "";
 }
 
 // ---- playing --------------------------------------------------------------------------------------

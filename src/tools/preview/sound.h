@@ -21,7 +21,7 @@ struct preview_music {
     std::string path;
     std::vector<int16_t> pairs;           // left and right in turns
     std::vector<waveform_column> columns; // one a tick, for drawing
-    std::string problem;                  // why there is none; only when ready
+    std::string problem;                  // why there is none, a line without its full stop; only when ready
     std::atomic<uint32_t> ticks = 0;      // columns that are there, with their pairs
     std::atomic<bool> unwanted = false;   // another takes its place
     std::atomic<bool> ready = false;
