@@ -223,6 +223,50 @@ class Editing(WithShow):
             self.assertEqual(self.picture().rgb, Picture(still).rgb, 'frame %d' % frame)
 
 
+class Lit(WithShow):
+    """Slopes, light and depth: what the last bit of a number shows in."""
+    show = '''local solids = require "solids"
+local sun = light { at = { 3, 8, 9 }, ambient = { 0.2, 0.2, 0.2 }, diffuse = { 1, 0.9, 0.8 } }
+local paint = material { color = { loop { linear(0.3, 1, "8s") }, 0.6, 0.9 }, light = sun }
+local many = scene "many" {
+    solids.ball() {
+        material = paint, scale = 0.6,
+        manipulators = { row(5, { step = { 1.1, 0.3, -1 }, turn = { 20, 30, 0 } }) },
+    },
+    solids.ring() { material = paint, rotation = { 30, linear(0, 300, "8s"), 20 }, scale = 1.4 },
+}
+track { many { from = "0s", to = "8s", camera = { at = { 1, 2, 4 }, rotation = { 20, -15, 10 }, fov = 65 } } }
+'''
+
+    def test_the_picture_is_that_of_a_render_in_every_pixel(self):
+        pack, still = (os.path.join(self.place.name, name) for name in ('demo.dpk', 'render.png'))
+        subprocess.run([MAKE, 'build', os.path.join(self.folder, 'show.lua'), '-o', pack], check=True,
+                       stdout=subprocess.DEVNULL)
+        for path in ('glsl', 'fixed'):
+            self.preview.ask('path', to=path)
+            for frame in (0, 200, 401):
+                self.preview.ask('go', frame=frame)
+                subprocess.run([RENDER, '-y', '-q', '--path', path, '--size', 'x'.join(SIZE), '--at', '%df' % frame,
+                                '-o', still, pack], check=True, env=self.display.environment())
+                self.assertEqual(self.picture().differences(Picture(still)), (0, 0), '%s, frame %d' % (path, frame))
+
+    def test_the_window_shows_it_the_right_way_up(self):
+        left, top, width, height = self.preview.place('picture')
+        x_of_window, y_of_window = self.preview.window()[:2]
+        still, window = self.picture(), self.display.grab()
+        across, down = map(int, SIZE)
+
+        def alike(row_of):
+            """How many of 16 x 9 places the window shows as the still has them in another row."""
+            places = [(x, y) for x in range(5, across, 10) for y in range(5, down, 10)]
+            return sum(near(still.pixel(x, row_of(y)),
+                            window.pixel(x_of_window + int(left + (x + 0.5) * width / across),
+                                         y_of_window + int(top + (y + 0.5) * height / down)), 40)
+                       for x, y in places)
+        self.assertGreater(alike(lambda y: y), 136)
+        self.assertLess(alike(lambda y: down - 1 - y), 120)
+
+
 # ---- time ---------------------------------------------------------------------------------------
 
 class Time(WithShow):
