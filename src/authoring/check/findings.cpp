@@ -163,18 +163,24 @@ static void check_read_document(read_document& read, FILE* pack, const music_fac
     all.insert(all.end(), std::make_move_iterator(findings.begin()), std::make_move_iterator(findings.end()));
 }
 
-finding_list check_documents(FILE* pack, const music_facts& music)
+finding_list check_documents(FILE* pack, const music_facts& music, known_documents* known)
 {
     finding_list findings;
     if (!looks_like_a_pack(pack)) {
         findings.push_back({problem_error, "", 0, 0, {}, "this is no pack."});
         return findings;
     }
-    const owned_read_document loading = read_packed_document(loading_document_name, pack);
+    owned_read_document loading
+        = read_packed_document(loading_document_name, pack, known != nullptr ? &known->loading : nullptr);
     check_read_document(*loading, pack, music, findings);
-    const owned_read_document show = read_packed_document(show_document_name, pack);
+    owned_read_document show
+        = read_packed_document(show_document_name, pack, known != nullptr ? &known->show : nullptr);
     check_read_document(*show, pack, music, findings);
     check_pack(pack, *loading, *show, findings);
+    if (known != nullptr) {
+        know_document(known->loading, std::move(loading));
+        know_document(known->show, std::move(show));
+    }
     return findings;
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "authoring/check/finding.h"
+#include "authoring/check/read_documents.h"
 #include "authoring/problem.h"
 #include "content/xml.h"
 
@@ -14,9 +15,16 @@
 #include <string>
 #include <vector>
 
+// What whoever checks a show again and again owns, and hands to each check: as it stands it belongs to the check before.
+struct known_documents {
+    known_document loading;
+    known_document show;
+};
+
 // Both documents of a pack, and the pack: entries that nobody names, names that stand twice. In the order
 // loading.xmlz, demo.xmlz, the pack; a document's findings are ordered by section and record.
-finding_list check_documents(FILE* pack, const music_facts& music = {});
+// What is `known` of the pack before costs less; null: nothing is.
+finding_list check_documents(FILE* pack, const music_facts& music = {}, known_documents* known = nullptr);
 
 // One document as a tree, called "demo.xmlz" or "loading.xmlz"; its entries come from `pack`, which may be null.
 finding_list check_tree(const char* name, const xml_node* root, FILE* pack, const music_facts& music = {});

@@ -33,10 +33,11 @@ static bool can_go_on(const document_reader& reader, uint32_t errors)
     return reader.section != 0 && errors < max_errors && reader.unfolded_bytes <= max_unfolded_bytes;
 }
 
-static void read_all(read_document& document, FILE* pack)
+static void read_all(read_document& document, FILE* pack, record_handover* handover = nullptr)
 {
     document_reader reader;
     document_reader_begin(reader, document.d, document.root, pack);
+    reader.handover = handover;
     std::vector<std::pair<size_t, document_problem>> errors; // and how many warnings stand before each
     for (bool going = true; going;) {
         switch (document_read_step(reader)) {
@@ -78,14 +79,69 @@ owned_read_document read_document_tree(const char* name, const xml_node* root, F
     return document;
 }
 
-owned_read_document read_packed_document(const char* name, FILE* pack)
+// ---- again ----------------------------------------------------------------------------
+
+constexpr document_section kept_sections[] = {section_meshes, section_image_textures, section_cube_maps};
+
+static void offer_known(known_document& known, record_handover& handover)
+{
+    if (known.read == nullptr)
+        return;
+    handover.before = &known.read->d;
+    for (const document_section section : kept_sections)
+        for (uint32_t handle = 1; handle < known.made_with.keys[section].size(); ++handle)
+            offer_record(handover, section, handle, key_of_record(known.made_with, section, handle));
+    sort_offers(handover);
+}
+
+// What was taken belongs to the new document alone.
+static void forget_taken(document& before, const std::vector<taken_record>& taken)
+{
+    for (const taken_record& each : taken) {
+        if (each.section == section_meshes)
+            *table_get(before.mesh_table, each.from) = {};
+        else if (each.section == section_image_textures)
+            *table_get(before.image_texture_table, each.from) = {};
+        else if (each.section == section_cube_maps)
+            *table_get(before.cube_map_table, each.from) = {};
+    }
+}
+
+static void read_again(read_document& document, FILE* pack, known_document& known)
+{
+    record_handover handover;
+    offer_known(known, handover);
+    read_all(document, pack, &handover);
+    if (known.read != nullptr)
+        forget_taken(known.read->d, handover.taken);
+    known.read.reset();
+    known.made_with = {};
+    for (const document_section section : kept_sections)
+        known.made_with.keys[section] = std::move(handover.keys[section]);
+}
+
+void know_document(known_document& known, owned_read_document document)
+{
+    known.read.reset();
+    if (document->errors != 0 || document->root == nullptr) {
+        known.made_with = {};
+        return;
+    }
+    document->tree.reset();
+    document->root = nullptr;
+    known.read = std::move(document);
+}
+
+owned_read_document read_packed_document(const char* name, FILE* pack, known_document* known)
 {
     owned_read_document document = new_read_document(name);
     std::string problem;
     document->tree.reset(load_document_tree(pack, name, problem));
     document->root = document->tree.get();
     document->present = document->root != nullptr || !problem.empty();
-    if (document->root != nullptr) {
+    if (document->root != nullptr && known != nullptr) {
+        read_again(*document, pack, *known);
+    } else if (document->root != nullptr) {
         read_all(*document, pack);
     } else if (!problem.empty()) {
         document->errors = 1;

@@ -7,6 +7,7 @@
 #include "content/xml.h"
 #include "model/document.h"
 #include "model/reading.h"
+#include "model/record_handover.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -35,9 +36,21 @@ using owned_read_document = std::unique_ptr<read_document, free_read_document>;
 // come from `pack`, which may be null. Never null.
 owned_read_document read_document_tree(const char* name, const xml_node* root, FILE* pack);
 
+// A document that was read before, and how: whoever reads a show again and again need not decode the same pictures each
+// time. Empty: there was none.
+struct known_document {
+    owned_read_document read; // without its tree; what a later one took is gone from it
+    record_handover made_with;
+};
+
 // The same of the entry `name` of a pack. `present` is false where there is none; one that is damaged is a
-// problem of the document as a whole.
-owned_read_document read_packed_document(const char* name, FILE* pack);
+// problem of the document as a whole. Meshes and pictures of equal bytes are taken out of `known`, which may be null;
+// the result is the same. Then know_document is to be called before the next time.
+owned_read_document read_packed_document(const char* name, FILE* pack, known_document* known = nullptr);
+
+// Hands a document that read_packed_document has given, and nobody needs any more, to the next reading. One with errors
+// is not kept, as a record may be half of one.
+void know_document(known_document& known, owned_read_document document);
 
 // Whether a problem ends the reading at this record.
 bool has_error(const read_document& document, uint32_t section, uint32_t record);

@@ -118,14 +118,16 @@ static bool is_told(const problem_list& problems, const show_problem& problem)
     });
 }
 
-static void check_built(const show_description& show, const std::string& main_file, built_show& built)
+static void check_built(
+    const show_description& show, const std::string& main_file, built_show& built, known_documents* known)
 {
     std::vector<uint8_t> bytes = pack_bytes(built.entries);
     FILE* pack = fmemopen(bytes.data(), bytes.size(), "rb");
     if (pack == nullptr)
         return;
     const bool has_music = !built.music.empty();
-    finding_list findings = check_documents(pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds});
+    finding_list findings = check_documents(
+        pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds}, known);
     std::fclose(pack);
     std::erase_if(findings, [&show](const document_finding& finding) { return is_meant(show, finding); });
     const checked_show checked = {show, built, main_file};
@@ -149,7 +151,7 @@ void build_source(const build_request& request, built_show& built)
 {
     show_description show;
     show.folder = request.folder;
-    show.kept = request.kept;
+    show.kept = request.kept != nullptr ? &request.kept->files : nullptr;
     show.compression = request.compression;
     begin_build(work_of(show));
     word_state state = {&show};
@@ -179,7 +181,7 @@ void build_source(const build_request& request, built_show& built)
     else
         look_at_files(show, built);
     if (!built.entries.empty() && !has_errors(built.problems))
-        check_built(show, request.file, built);
+        check_built(show, request.file, built, request.kept != nullptr ? &request.kept->documents : nullptr);
     for (const std::string& missing : sandbox_missing_files(*box))
         want_file(show, missing);
     built.files_wanted = std::move(show.files_wanted);

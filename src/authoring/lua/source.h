@@ -1,10 +1,18 @@
 // A show's source becomes a pack: the whole way, in memory.
 #pragma once
 
+#include "authoring/check/findings.h"
 #include "authoring/show/show.h"
 
 #include <span>
 #include <string>
+
+// What whoever builds a show again and again owns, and hands to each build, so that it costs little. Builds are the
+// same with and without.
+struct build_memory {
+    kept_work files;
+    known_documents documents;
+};
 
 struct build_request {
     std::string folder;                                    // of the show
@@ -12,7 +20,7 @@ struct build_request {
     void (*print)(void* user, const char* line) = nullptr; // takes what the source prints; null: dropped
     void* user = nullptr;
     std::span<const try_override> tries = {}; // values in the place of numbers that the source has
-    kept_work* kept = nullptr; // from one build to the next; null: nothing is
+    build_memory* kept = nullptr; // from one build to the next; null: nothing is
     int compression = 9;       // of documents and meshes: 0 (none) to 9, for packs that nobody keeps
 };
 

@@ -85,7 +85,7 @@ static std::vector<tried_number> tries_of(const std::vector<tried_call>& calls)
     return tries;
 }
 
-static show_build build_of_source(const build_wish& wish, kept_work* kept)
+static show_build build_of_source(const build_wish& wish, build_memory* kept)
 {
     show_build build;
     built_show built;
@@ -144,7 +144,8 @@ static std::string title_of_pack(FILE* pack)
     return title != nullptr ? title : "";
 }
 
-static void check_pack_bytes(const std::string& folder, const std::string& file, show_build& build)
+static void check_pack_bytes(
+    const std::string& folder, const std::string& file, show_build& build, known_documents* known)
 {
     const owned_file pack(fmemopen(build.pack.data(), build.pack.size(), "rb"));
     if (pack == nullptr)
@@ -158,13 +159,13 @@ static void check_pack_bytes(const std::string& folder, const std::string& file,
         music.is_vorbis = true;
         music.seconds = music_seconds(facts);
     }
-    build.problems = findings_as_problems(check_documents(pack.get(), music));
+    build.problems = findings_as_problems(check_documents(pack.get(), music, known));
     for (show_problem& problem : build.problems)
         if (problem.file.empty())
             problem.file = file;
 }
 
-show_build build_of_pack(const std::string& path)
+show_build build_of_pack(const std::string& path, build_memory* kept)
 {
     constexpr uint32_t largest_pack = 1u << 31;
     const std::filesystem::path whole = path;
@@ -180,7 +181,7 @@ show_build build_of_pack(const std::string& path)
         build = unreadable_pack(file, "is empty: a pack is what \"brimlow-make build\" writes.");
     } else {
         build.pack.assign(bytes, bytes + size);
-        check_pack_bytes(folder, file, build);
+        check_pack_bytes(folder, file, build, kept != nullptr ? &kept->documents : nullptr);
     }
     build.can_play = std::none_of(build.problems.begin(), build.problems.end(),
         [](const show_problem& problem) { return problem.severity == problem_error; });
@@ -194,10 +195,10 @@ show_build build_of_pack(const std::string& path)
 
 // ---- either -----------------------------------------------------------------------------------
 
-show_build build_of_wish(const build_wish& wish, kept_work* kept)
+show_build build_of_wish(const build_wish& wish, build_memory* kept)
 {
     const double begun = seconds_now();
-    show_build build = wish.from_source ? build_of_source(wish, kept) : build_of_pack(wish.folder + "/" + wish.file);
+    show_build build = wish.from_source ? build_of_source(wish, kept) : build_of_pack(wish.folder + "/" + wish.file, kept);
     build.folder = wish.folder;
     build.file = wish.file;
     build.seconds = seconds_now() - begun;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-struct kept_work;
+struct build_memory;
 
 struct build_wish {
     std::string folder; // of the show, without "/" at its end
@@ -19,8 +19,8 @@ struct build_wish {
 
 // What is asked for; its number is the caller's. `kept` is handed from one build to the next, so that these cost little;
 // null: nothing is kept. The pack is not compressed: nobody keeps it.
-show_build build_of_wish(const build_wish& wish, kept_work* kept = nullptr);
+show_build build_of_wish(const build_wish& wish, build_memory* kept = nullptr);
 
 // A pack as a build of its own: read as it is, with what check finds. One that cannot be read, or is none, gives a
 // build that cannot be played and says why.
-show_build build_of_pack(const std::string& path);
+show_build build_of_pack(const std::string& path, build_memory* kept = nullptr);

@@ -2,7 +2,7 @@
 #include "tools/preview/builder.h"
 #include "tools/preview/builder_messages.h"
 
-#include "authoring/show/kept_work.h"
+#include "authoring/lua/source.h"
 #include "content/file_bytes.h"
 
 #include <cerrno>
@@ -70,7 +70,7 @@ static bool send_build(int socket, const show_build& build)
 int run_builder(int socket)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL); // also in the midst of an endless source
-    kept_work kept;
+    build_memory kept;
     for (;;) {
         std::vector<uint8_t> message = take_message(socket);
         while (!message.empty() && has_message(socket)) // of several requests the last one counts

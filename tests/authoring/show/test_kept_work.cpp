@@ -10,7 +10,7 @@
 #include <set>
 #include <thread>
 
-static built_show build_with(const std::string& folder, kept_work* kept, int compression = 9)
+static built_show build_with(const std::string& folder, build_memory* kept, int compression = 9)
 {
     built_show built;
     build_request request = {folder, "show.lua"};
@@ -63,7 +63,7 @@ static void wait_until_calm()
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
 }
 
-static void check_all_ways(const test_folder& folder, kept_work& kept)
+static void check_all_ways(const test_folder& folder, build_memory& kept)
 {
     wait_until_calm();
     const built_show fresh = build_with(folder.path, nullptr);
@@ -86,11 +86,11 @@ TEST_CASE("a show that is built again and again is the same as one that is built
     test_folder folder;
     std::filesystem::copy(BRIMLOW_SOURCE_DIR "/productions/first-light", folder.path,
         std::filesystem::copy_options::recursive | std::filesystem::copy_options::overwrite_existing);
-    kept_work kept;
+    build_memory kept;
     check_all_ways(folder, kept);
-    CHECK(kept.models.size() >= 8);
-    CHECK(kept.pictures.size() >= 30);
-    CHECK(kept.music.size() == 1);
+    CHECK(kept.files.models.size() >= 8);
+    CHECK(kept.files.pictures.size() >= 30);
+    CHECK(kept.files.music.size() == 1);
     const std::string pictures = folder.path + "/pictures/";
     const auto overwrite = std::filesystem::copy_options::overwrite_existing;
     std::filesystem::copy_file(pictures + "aurora.png", pictures + "glow.png", overwrite);
@@ -124,12 +124,12 @@ TEST_CASE("what is kept is used as long as its files are the same, and read agai
 {
     test_folder folder;
     make_small_show(folder);
-    kept_work kept;
+    build_memory kept;
     check_all_ways(folder, kept);
-    REQUIRE(kept.models.size() == 1);
-    const std::string model = kept.models.begin()->first;
-    kept.models.begin()->second.parts.begin()->second.model.shapes[0].positions[0] = 77; // who uses it shows it
-    kept.pictures.begin()->second.picture.bytes = {1, 2, 3};
+    REQUIRE(kept.files.models.size() == 1);
+    const std::string model = kept.files.models.begin()->first;
+    kept.files.models.begin()->second.parts.begin()->second.model.shapes[0].positions[0] = 77; // who uses it shows it
+    kept.files.pictures.begin()->second.picture.bytes = {1, 2, 3};
     built_show built = build_with(folder.path, &kept);
     std::set<std::vector<uint8_t>> contents;
     for (const pack_entry& entry : built.entries)
@@ -151,7 +151,7 @@ TEST_CASE("a file that a model looked for in vain is asked for each time")
         "    track { scene(part.name) { part.mesh { material = material { color = part.color } } }\n"
         "        { from = '0s', to = '2s' } }\n"
         "end\n");
-    kept_work kept;
+    build_memory kept;
     check_all_ways(folder, kept);
     write_file(folder, "one.mtl", "newmtl red\nKd 1 0 0\n");
     check_all_ways(folder, kept);
@@ -170,10 +170,10 @@ TEST_CASE("a file that was written a moment ago is not trusted to stay as it is"
     CHECK(stamp_of(folder.path + "/none").is_calm);
     CHECK_FALSE(stamp_of(folder.path + "/none").is_there);
     make_small_show(folder);
-    kept_work kept;
+    build_memory kept;
     build_with(folder.path, &kept);
-    REQUIRE(kept.pictures.size() == 1);
-    kept.pictures.begin()->second.picture.bytes = {1, 2, 3};
+    REQUIRE(kept.files.pictures.size() == 1);
+    kept.files.pictures.begin()->second.picture.bytes = {1, 2, 3};
     for (const pack_entry& entry : build_with(folder.path, &kept).entries)
         CHECK(entry.bytes.size() != 3);
 }
@@ -182,27 +182,27 @@ TEST_CASE("a build that is whole drops what it did not use, and a broken one dro
 {
     test_folder folder;
     make_small_show(folder);
-    kept_work kept;
+    build_memory kept;
     check_all_ways(folder, kept);
-    CHECK(kept.models.size() == 1);
-    CHECK(kept.pictures.size() == 1);
-    CHECK(kept.fonts.size() == 1);
+    CHECK(kept.files.models.size() == 1);
+    CHECK(kept.files.pictures.size() == 1);
+    CHECK(kept.files.fonts.size() == 1);
     write_file(folder, "show.lua", "show {");
     build_with(folder.path, &kept);
-    CHECK(kept.models.size() == 1);
-    CHECK(kept.pictures.size() == 1);
-    CHECK(kept.fonts.size() == 1);
+    CHECK(kept.files.models.size() == 1);
+    CHECK(kept.files.pictures.size() == 1);
+    CHECK(kept.files.fonts.size() == 1);
     write_file(folder, "show.lua", small_show);
     replace_text(folder, "show.lua", "'one.obj'", "'one.obj' { fit = 3 }");
     build_with(folder.path, &kept);
-    REQUIRE(kept.models.size() == 1);
-    CHECK(kept.models.begin()->second.parts.size() == 1); // the one that is not asked for any more is gone
+    REQUIRE(kept.files.models.size() == 1);
+    CHECK(kept.files.models.begin()->second.parts.size() == 1); // the one that is not asked for any more is gone
     write_file(folder, "show.lua",
         "track { scene 'a' { require 'solids'.box() { material = material {} } } { from = '0s', to = '1s' } }");
     build_with(folder.path, &kept);
-    CHECK(kept.models.empty());
-    CHECK(kept.pictures.empty());
-    CHECK(kept.fonts.empty());
+    CHECK(kept.files.models.empty());
+    CHECK(kept.files.pictures.empty());
+    CHECK(kept.files.fonts.empty());
 }
 
 TEST_CASE("what is kept of a file is told apart by what was asked for")
@@ -212,7 +212,7 @@ TEST_CASE("what is kept of a file is told apart by what was asked for")
     write_file(folder, "one.obj",
         "o left\nv 0 0 0\nv 1 0 0\nv 0 1 0.5\nf 1 2 3\no right\nv 2 0 0\nv 3 0 1\nv 2 1 0\nv 3 1 0\nf 4 5 6\nf 5 7 "
         "6\n");
-    kept_work kept;
+    build_memory kept;
     check_all_ways(folder, kept);
     const auto check_with = [&](const std::string& from, const std::string& to) {
         write_file(folder, "show.lua", small_show);
