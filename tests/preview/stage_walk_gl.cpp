@@ -2,6 +2,7 @@
 // tracks switched off and on again - and compares every picture that is said to be exact with that of a straight run.
 //
 //     stage_walk PACK [--size 160x120] [--path glsl|fixed] [--fps 60] [--frames 200] [--steps 60] [--seed 1] [--spread]
+//         [--budget MS] [--memory BYTES]
 //
 // Prints one line, and "different" lines for what differs; the exit status says whether nothing did.
 #include "tools/frames/frame_clock.h"
@@ -47,7 +48,7 @@ struct walk_options {
     uint32_t seed = 1;
     bool spread = false; // frames from all of the show, not from its beginning
     double budget = 20;
-    bool tells = false;
+    uint64_t memory = most_kept_bytes;
 };
 
 } // namespace
@@ -249,8 +250,8 @@ static bool read_options(int count, char** words, walk_options& options)
             options.pack = word;
             continue;
         }
-        if (word == "--spread" || word == "--tell") {
-            (word == "--tell" ? options.tells : options.spread) = true;
+        if (word == "--spread") {
+            options.spread = true;
             continue;
         }
         ++i;
@@ -266,6 +267,8 @@ static bool read_options(int count, char** words, walk_options& options)
             options.steps = static_cast<uint32_t>(std::strtoul(value.c_str(), nullptr, 10));
         else if (word == "--seed")
             options.seed = static_cast<uint32_t>(std::strtoul(value.c_str(), nullptr, 10));
+        else if (word == "--memory")
+            options.memory = std::strtoull(value.c_str(), nullptr, 10);
         else if (word == "--budget")
             options.budget = std::strtod(value.c_str(), nullptr);
     }
@@ -284,6 +287,7 @@ int main(int count, char** words)
     w.build.pack.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     w.build.can_play = true;
     w.chance.seed(options.seed);
+    w.k.most_bytes = options.memory;
     std::string problem;
     if (!stage_open(w.s, options.wish, options.rate, problem)) {
         std::printf("cannot open: %s\n", problem.c_str());

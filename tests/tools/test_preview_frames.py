@@ -8,6 +8,7 @@ out, after reloads, with tracks off, from other cameras. Stills of the real prev
 """
 import os
 import random
+import re
 import subprocess
 import sys
 import tempfile
@@ -229,6 +230,17 @@ class Walks(Shows):
     def test_where_nothing_is_remembered_no_picture_comes_roughly_first(self):
         told = self.walk(self.pack('late_colours'), '--steps', '24', '--budget', '0.001', '--size', '64x48')
         self.assertIn(' 0 roughly first', told)
+
+    def test_above_the_bound_of_memory_every_other_state_goes(self):
+        pack = self.pack('effects')
+        options = ('--steps', '16', '--size', '64x48', '--frames', '60', '--fps', '20')
+        counts = []
+        for more in ((), ('--memory', '600000')):
+            states, taken = re.search(r'(\d+) states of (\d+) bytes', self.walk(pack, *options, *more)).groups()
+            counts.append((int(states), int(taken)))
+        self.assertGreater(counts[0][1], 600000)
+        self.assertLessEqual(counts[1][1], 600000)
+        self.assertGreater(counts[0][0], counts[1][0])
 
     def test_pictures_that_take_too_long_come_roughly_first_and_settle(self):
         told = self.walk(self.pack('every_effect'), '--steps', '24', '--budget', '0.001', '--size', '64x48')

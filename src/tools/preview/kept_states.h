@@ -28,6 +28,7 @@ struct state_keeper {
     bool settling = false;  // frames are being passed toward `target`
     uint64_t target = 0;
     double pass_ms = 0.3; // what passing a frame took of late
+    uint64_t most_bytes = most_kept_bytes;
 
     state_keeper();
     ~state_keeper();

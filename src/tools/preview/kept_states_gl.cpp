@@ -159,7 +159,7 @@ uint64_t keeper_memory(const state_keeper& k)
 
 static void thin_out(state_keeper& k)
 {
-    while (k.states.size() > 2 && keeper_memory(k) > most_kept_bytes) {
+    while (k.states.size() > 2 && keeper_memory(k) > k.most_bytes) {
         for (size_t i = k.states.size() - 1; i >= 1; --i)
             if (i % 2 == 1)
                 k.states.erase(k.states.begin() + static_cast<std::ptrdiff_t>(i));
