@@ -51,7 +51,7 @@ def every_effect():
     ball = show.mesh(sphere(4, 6))
     seen = [placed(waters[0], look, GENMESH, at=(-15, -6, -40)),
             placed(waters[1], look, GENMESH, at=(-30, -14, -70), visibility=blink),
-            placed(waters[2], look, GENMESH, at=(0, 2, -60)),
+            placed(waters[2], look, GENMESH, at=(0, 2, -60)), placed(waters[3], look, GENMESH),
             placed(ball, look, at=(0, 0, -20), manipulators=[manipulator(3, 0, 0, 0, 0, 0, 0, 1, 1, 1,
                                                                           model=(1, waters[3]))])]
     pond = show.scene(*seen[:2])
