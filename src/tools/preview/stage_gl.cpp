@@ -261,7 +261,8 @@ static bool load_arriving(const player_display& display, uint32_t seed, arriving
 {
     owned_tree tree;
     std::srand(seed);
-    show.file.reset(fmemopen(show.pack.data(), show.pack.size(), "rb"));
+    if (!show.pack.empty()) // the library has no files of nothing
+        show.file.reset(fmemopen(show.pack.data(), show.pack.size(), "rb"));
     if (show.file != nullptr)
         draw_chance_of_loading_screen(show.file.get());
     loading_options options = {display.caps, display.texture_formats, display.glsl_path == 1, true, true};
