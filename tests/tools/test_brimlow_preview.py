@@ -509,6 +509,11 @@ class Socket(WithShow):
         finally:
             other.close()
 
+    def test_who_waits_right_after_a_save_gets_its_picture(self):
+        for plate, color in (('0, 1, 0', GREEN), ('0, 0, 0', BLACK), ('1, 1, 0', (255, 255, 0)), ('0, 1, 0', GREEN)):
+            self.write('colors.lua', COLORS.replace('1, 0, 0', plate))
+            self.assertEqual(self.colors_seen()[1], color)
+
     def test_the_socket_is_private_and_a_second_preview_does_not_take_it(self):
         mode = os.stat(self.preview.path).st_mode
         self.assertTrue(stat.S_ISSOCK(mode))
@@ -584,6 +589,15 @@ class Running(unittest.TestCase):
         status, text = self.run_preview()
         self.assertEqual(status, 3)
         self.assertIn('neither DISPLAY nor WAYLAND_DISPLAY leads to one.\n', text)
+
+    def test_a_signal_ends_it_as_escape_does(self):
+        with open(os.path.join(self.folder, 'show.lua'), 'w') as file:
+            file.write('show { title = "nothing" }\n')
+        with Display(640, 480) as display, Preview(display, PREVIEW, self.folder) as preview:
+            preview.ask('status')
+            preview.process.terminate()
+            self.assertEqual(preview.process.wait(20), 0)
+            self.assertFalse(os.path.exists(preview.path))
 
     def test_a_pack_is_played_and_read_again_when_it_is_replaced(self):
         source, pack = (os.path.join(self.folder, name) for name in ('show.lua', 'demo.dpk'))

@@ -571,7 +571,7 @@ static bool has_happened(preview& p, const control_wait& wait, json& fields, std
         fields["builds_shown"] = p.builds_shown;
         return p.builds_shown > wait.number;
     case wait_still: {
-        if (!is_exact(p))
+        if (!is_settled(p))
             return false;
         std::string written;
         if (save_still(p, wait.file, written, problem))
