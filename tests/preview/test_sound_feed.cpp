@@ -231,6 +231,8 @@ TEST_CASE("the clock goes on when a loop has gone round for days")
     CHECK(feed_clock(feed, 1024, 1030) == doctest::Approx(250000.029).epsilon(1e-12));
 }
 
+namespace {
+
 // A device of 441 pairs a buffer that asks every 10 ms, and a clock that is read in between.
 struct device_run {
     music_feed feed;
@@ -241,6 +243,8 @@ struct device_run {
     double largest_step = 0;       // from one reading to the next
     int64_t first_heard = silence; // of the latest request
 };
+
+} // namespace
 
 static void run_for(device_run& run, uint32_t ms, bool asks)
 {
