@@ -32,4 +32,5 @@ montage "$@" -tile 4x -geometry 400x250+3+3 -background '#10131f' "$images/both-
 for picture in "$images"/{both-paths,contact-sheet,first-light,rings}.png; do
     convert "$picture" -strip -define png:compression-level=9 "$picture"
 done
+$python scripts/draw-preview.py build/native/brimlow-preview "$images"
 ls -l "$images"

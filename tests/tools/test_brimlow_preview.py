@@ -556,6 +556,71 @@ class Page(WithShow):
         told = self.run_listing(self.listing('python')[0], sys.executable)
         self.assertRegex(told, r'^seen after \d+ ms\n$')
         self.assertEqual(self.read('show.lua'), SHOW.replace('fov = 45', 'fov = 60'))
+# ---- the editor -----------------------------------------------------------------------------------
+
+class Opening(unittest.TestCase):
+    """Two plates, one before the other: where a double click leads."""
+    SHOW = '''local solids = require "solids"
+local paint = material { color = { 1, 0, 0 } }
+local plates = scene "plates" {
+    solids.box() { material = paint, at = { 0, 0, -2 } },
+    solids.box() { material = paint },
+}
+track { plates { from = "0s", to = "8s", camera = { at = { 0, 0, 4 }, fov = 45, far = 100 } } }
+'''
+    FAR, NEAR = 4, 5
+
+    def setUp(self):
+        place = tempfile.TemporaryDirectory()
+        self.addCleanup(place.cleanup)
+        self.told = os.path.join(place.name, 'told')
+        editor = os.path.join(place.name, 'editor')
+        with open(editor, 'w') as file:
+            file.write('#!/bin/sh\necho "$2:$1" > %s.new; mv %s.new %s\n' % ((self.told,) * 3))
+        os.chmod(editor, 0o700)
+        with open(os.path.join(place.name, 'show.lua'), 'w') as file:
+            file.write(self.SHOW)
+        display = Display(*WINDOW).__enter__()
+        self.addCleanup(display.__exit__)
+        self.preview = Preview(display, PREVIEW, '--size', 'x'.join(SIZE), '--window', '%dx%d' % WINDOW, '--paused',
+                               place.name, EDITOR=editor + ' {line} {file}', VISUAL=None).__enter__()
+        self.addCleanup(self.preview.__exit__)
+        self.preview.settled()
+
+    def double_click(self):
+        """The line that the editor was opened at; None: the clicks came too close together or too far apart."""
+        left, top, width, height = self.preview.place('picture')
+        self.preview.point(left + width / 2, top + height / 2)
+        for down in (True, False, True, False):
+            self.preview.display.client().button(down)
+            time.sleep(0.05)
+        end = time.monotonic() + 2
+        while not os.path.exists(self.told) and time.monotonic() < end:
+            time.sleep(0.02)
+        if not os.path.exists(self.told):
+            return None
+        with open(self.told) as file:
+            path, line = file.read().strip().rsplit(':', 1)
+        os.remove(self.told)
+        self.assertEqual(os.path.basename(path), 'show.lua')
+        return int(line)
+
+    def opened(self, *selected):
+        """The same, with what lies in the middle selected so many times before; again where the clicks were none."""
+        for _ in range(10):
+            self.preview.ask('select')
+            for place in selected:
+                self.preview.ask('select', x=place[0], y=place[1])
+            line = self.double_click()
+            if line is not None:
+                return line
+            time.sleep(0.5)  # what comes is no third click
+        return None
+
+    def test_a_double_click_opens_what_it_finds_or_what_was_selected_there(self):
+        self.assertEqual(self.opened(), self.NEAR)
+        self.assertEqual(self.opened(MIDDLE), self.NEAR)
+        self.assertEqual(self.opened(MIDDLE, MIDDLE), self.FAR)
 
 
 # ---- beginning and ending -------------------------------------------------------------------------

@@ -188,14 +188,25 @@ bool select_at(preview& p, double x, double y)
         found = pick_for_hand(p.shown.drawing.f, p.shown.layers, size.width, size.height, x, y);
     const bool again = p.selected.has_value() && !found.empty()
         && std::equal(found.begin(), found.end(), p.under.begin(), p.under.end(), is_same_object);
+    p.under_again = again;
     p.under_at = again ? (p.under_at + 1) % found.size() : 0;
     p.under = std::move(found);
     p.selected = p.under.empty() ? std::optional<picked_object>() : p.under[p.under_at];
     return p.selected.has_value();
 }
 
+void take_step_back(preview& p)
+{
+    if (!p.under_again || p.under.empty())
+        return;
+    p.under_again = false;
+    p.under_at = (p.under_at + p.under.size() - 1) % p.under.size();
+    p.selected = p.under[p.under_at];
+}
+
 void select_nothing(preview& p)
 {
+    p.under_again = false;
     p.under.clear();
     p.under_at = 0;
     p.selected.reset();

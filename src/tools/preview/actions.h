@@ -31,6 +31,8 @@ bool save_still(preview& p, const std::string& file, std::string& written, std::
 
 // Selects what lies at a pixel of the picture; again at the same place: what lies under that.
 bool select_at(preview& p, double x, double y);
+// A double click means what was selected when its first click came: that click's step to what lies under is taken back.
+void take_step_back(preview& p);
 void select_nothing(preview& p);
 // After a reload: the object that was selected, where it is still there.
 void select_again(preview& p, const show_build& before);

@@ -143,11 +143,13 @@ static void take_click(preview& p, const box& seen)
 {
     const ImVec2 mouse = ImGui::GetIO().MousePos;
     if (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left)) {
+        take_step_back(p);
         if (p.selected)
             open_place(p, selected_place(p));
         return;
     }
     p.face.click_waits = true;
+    p.under_again = false; // until it has been followed
     p.face.click_x = (mouse.x - seen.x) / seen.width;
     p.face.click_y = (mouse.y - seen.y) / seen.height;
 }

@@ -120,6 +120,7 @@ struct preview {
 
     std::vector<picked_object> under; // what lay under the last click, on top first
     size_t under_at = 0;              // which of them is selected
+    bool under_again = false;         // the last click was at the place of the one before, and went on to the next
     std::optional<picked_object> selected;
 
     interface_state face;
