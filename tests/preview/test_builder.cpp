@@ -155,6 +155,22 @@ TEST_CASE("of several requests the last one is answered alone")
     CHECK_FALSE(wait_for_build(t.b, 0.3).has_value());
 }
 
+TEST_CASE("an answer that was there when another request came is dropped")
+{
+    test_folder folder;
+    write_file(folder, "one.lua", small_show);
+    write_file(folder, "two.lua", small_show);
+    test_builder t;
+    builder_ask(t.b, {folder.path, "one.lua"});
+    pollfd look = {builder_descriptor(t.b), POLLIN, 0};
+    REQUIRE(poll(&look, 1, 20000) == 1);
+    builder_ask(t.b, {folder.path, "two.lua"});
+    const std::optional<show_build> build = wait_for_build(t.b);
+    REQUIRE(build.has_value());
+    CHECK(build->number == 2);
+    CHECK(build->file == "two.lua");
+}
+
 TEST_CASE("a source without an end is told as one, and does not hold up who waits for it")
 {
     test_folder folder;
