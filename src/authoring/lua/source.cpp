@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <set>
+#include <tuple>
 
 bool find_source(const std::string& path, std::string& folder, std::string& file)
 {
@@ -33,10 +35,11 @@ static void order_problems(problem_list& problems, const std::vector<std::string
     std::stable_sort(problems.begin(), problems.end(), [&rank](const show_problem& a, const show_problem& b) {
         return rank(a) != rank(b) ? rank(a) < rank(b) : a.line < b.line;
     });
-    const auto equal = [](const show_problem& a, const show_problem& b) {
-        return a.file == b.file && a.line == b.line && a.where == b.where && a.text == b.text;
-    };
-    problems.erase(std::unique(problems.begin(), problems.end(), equal), problems.end());
+    // What a loop says in every turn is said once.
+    std::set<std::tuple<std::string, uint32_t, std::string, std::string>> said;
+    std::erase_if(problems, [&said](const show_problem& problem) {
+        return !said.emplace(problem.file, problem.line, problem.where, problem.text).second;
+    });
 }
 
 // Those of a file in the order of its text, whichever way the program went.
