@@ -153,6 +153,7 @@ static void take_builds(preview& p)
     if (!answer)
         return;
     p.active = true;
+    p.windows_due = settling_windows; // panels that open are measured first, and seen in the next one
     p.waits_for_build = false;
     p.coming.built = steady_seconds();
     p.coming.number = answer->number;
