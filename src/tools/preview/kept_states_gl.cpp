@@ -16,6 +16,7 @@
 
 constexpr double rough_slice = 0.2;    // of the budget, for getting nearer before a rough picture
 constexpr double longest_stretch = 32; // frames that are passed between two looks at the clock
+constexpr uint64_t short_way = 8;      // frames that are passed at once where nothing is remembered
 
 namespace {
 
@@ -403,8 +404,8 @@ static bool draw_at_once(state_keeper& k, stage& s, uint64_t frame)
 {
     keeper_parts& p = *k.parts;
     constexpr uint64_t before = 2;
-    const bool is_near = p.clean && p.next <= frame && frame - p.next <= 4 * before;
-    if (k.remembers || is_near || frame <= 4 * before)
+    const bool is_near = p.clean && p.next <= frame && frame - p.next <= short_way;
+    if (k.remembers || is_near || frame <= short_way)
         return false;
     p.clean = false;
     if (shows_through(p.needs, frame)) {
@@ -429,7 +430,8 @@ static void go(state_keeper& k, stage& s, uint64_t frame, double budget_ms)
     const kept_state* start = starting_point(k, frame);
     const uint64_t from = start != nullptr ? start->next : p.next;
     const double estimate = static_cast<double>(frame - from) * k.pass_ms;
-    const double slice = estimate <= budget_ms ? budget_ms : budget_ms * rough_slice;
+    const bool is_short = !k.remembers && frame - from <= short_way;
+    const double slice = is_short ? HUGE_VAL : estimate <= budget_ms ? budget_ms : budget_ms * rough_slice;
     if (start != nullptr)
         put_back(k, s, *start);
     if (!k.settling)
