@@ -58,6 +58,7 @@ void draw_interface(preview& p)
         draw_errors(p);
         draw_commands(p);
     }
+    p.face.double_clicked = false;
     draw_notice(p);
     draw_help(p);
 }

@@ -92,7 +92,7 @@ static void draw_problem(preview& p, size_t n, float width)
     ImGui::EndGroup();
     if (ImGui::IsItemHovered() && problem.line > 0) {
         ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
-        if (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left))
+        if (p.face.double_clicked)
             open_place(p, {problem.file, problem.line});
     }
     ImGui::Dummy({0, 4});

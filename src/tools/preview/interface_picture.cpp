@@ -11,6 +11,7 @@
 
 constexpr float picture_margin = 14;
 constexpr double still_seconds = 0.2; // how long the window's size has to be the same before the picture takes it
+constexpr double double_click_seconds = 0.8; // how long ago the first click may have been seen
 constexpr float degrees_a_point = 0.2f;
 
 // Places of keys on every keyboard, as the window's library numbers them: what flies is where the hand lies, whatever
@@ -139,15 +140,15 @@ static void fly_by_hand(preview& p, bool begins)
     p.dirty = true;
 }
 
+// The first click of two selects, the second opens what is selected. On a slow machine both are one.
 static void take_click(preview& p, const box& seen)
 {
-    const ImVec2 mouse = ImGui::GetIO().MousePos;
-    if (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left)) {
-        take_step_back(p);
-        if (p.selected)
-            open_place(p, selected_place(p));
+    const bool follows = steady_seconds() - p.face.clicked_at < double_click_seconds;
+    p.face.opens_waiting |= p.face.double_clicked;
+    p.face.clicked_at = steady_seconds();
+    if (p.face.double_clicked && follows)
         return;
-    }
+    const ImVec2 mouse = ImGui::GetIO().MousePos;
     p.face.click_waits = true;
     p.under_again = false; // until it has been followed
     p.face.click_x = (mouse.x - seen.x) / seen.width;
@@ -167,6 +168,16 @@ static void follow_click(preview& p)
         select_nothing(p);
 }
 
+static void follow_double_click(preview& p)
+{
+    if (!p.face.opens_waiting || p.face.click_waits)
+        return;
+    p.face.opens_waiting = false;
+    take_step_back(p);
+    if (p.selected)
+        open_place(p, selected_place(p));
+}
+
 static void take_hand(preview& p, const box& seen)
 {
     if (seen.width < 1 || !p.shown.has_show)
@@ -175,9 +186,10 @@ static void take_hand(preview& p, const box& seen)
     ImGui::InvisibleButton(
         "picture", {seen.width, seen.height}, ImGuiButtonFlags_MouseButtonLeft | ImGuiButtonFlags_MouseButtonRight);
     const bool hovered = ImGui::IsItemHovered();
-    if (hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Left))
+    if (hovered && (ImGui::IsMouseClicked(ImGuiMouseButton_Left) || p.face.double_clicked))
         take_click(p, seen);
     follow_click(p);
+    follow_double_click(p);
     fly_by_hand(p, hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right));
 }
 

@@ -397,10 +397,10 @@ static void take_hand(preview& p, timeline_places& t, const timeline_clip* clip)
     if (ImGui::IsItemActivated()) {
         p.face.hand = hand_at(p, t, mouse);
         p.face.hand_at = std::clamp(time_of_x(t.scale, mouse.x), 0.0, p.time.end);
-        if (ImGui::IsMouseDoubleClicked(ImGuiMouseButton_Left) && clip != nullptr) {
-            p.face.hand = hand_none;
-            open_place(p, clip->place);
-        }
+    }
+    if (clip != nullptr && p.face.double_clicked) {
+        p.face.hand = hand_none;
+        open_place(p, clip->place);
     }
     const ImVec2 delta = ImGui::GetIO().MouseDelta;
     if (ImGui::IsItemActive())

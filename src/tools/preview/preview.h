@@ -66,6 +66,9 @@ struct interface_state {
     float wanted_height = 0;
     double wanted_since = 0;
 
+    bool double_clicked = false; // since the interface was drawn last
+    bool opens_waiting = false;  // what the click selects is to be opened in the editor
+    double clicked_at = 0;       // in the picture
     bool click_waits = false; // in the picture, at these shares of it, for the frame to be there
     float click_x = 0;
     float click_y = 0;

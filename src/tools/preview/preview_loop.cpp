@@ -262,6 +262,7 @@ static void take_input(preview& p, window_input& input)
     if (input.any)
         p.windows_due = settling_windows;
     p.quit |= input.closed;
+    p.face.double_clicked |= input.double_click;
     if (input.scale_changed) {
         set_interface_style(p.window.scale);
         preview_window_renew_letters(p.window);

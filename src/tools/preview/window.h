@@ -44,6 +44,7 @@ struct pressed_key {
 struct window_input {
     std::vector<pressed_key> keys; // those that no field of the interface takes
     bool closed = false;           // the viewer closed the window
+    bool double_click = false;     // of the left button
     bool any = false;              // something happened at all
     bool scale_changed = false;    // the interface needs letters of another size
 };

@@ -308,6 +308,9 @@ static void take_event(preview_window& w, const SDL_Event& event, window_input& 
     case SDL_KEYDOWN:
         take_key(w, event.key, input);
         break;
+    case SDL_MOUSEBUTTONDOWN: // the window's own count: both clicks may come between two frames
+        input.double_click |= event.button.button == SDL_BUTTON_LEFT && event.button.clicks == 2;
+        break;
     case SDL_TEXTINPUT:
         take_text(w, event.text.text, input);
         break;
