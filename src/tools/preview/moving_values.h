@@ -25,5 +25,7 @@ struct moving_values {
 };
 
 // Of a scene's object as `picked.layer` of `picked.track` shows it: its place, angles, scale, visibility, manipulators,
-// mesh effect; its material's colours, lights, fog, line width, uniforms, moving pictures; the clip's camera. `tick` is now.
+// mesh effect; its material's colours, lights, fog, line width, uniforms, moving pictures; the clip's camera, whose
+// place is the eye's. `tick` is now; values at `samples` moments from the clip's first tick to its last. What stands
+// still and what leads to no function is left out.
 moving_values moving_values_of(const document& d, const picked_object& picked, uint32_t tick, uint32_t samples);
