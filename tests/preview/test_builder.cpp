@@ -5,8 +5,8 @@
 
 #include <chrono>
 #include <csignal>
-#include <doctest/doctest.h>
 #include <dirent.h>
+#include <doctest/doctest.h>
 #include <fstream>
 #include <poll.h>
 #include <thread>
@@ -207,7 +207,8 @@ TEST_CASE("a process that falls gives one line that says so, and the next reques
         CHECK(build.problems[0].severity == problem_error);
         CHECK(build.problems[0].file == "show.lua");
         CHECK(build.problems[0].text
-            == "the process that builds was ended by signal 11 (Segmentation fault) while it was at work on this show: a "
+            == "the process that builds was ended by signal 11 (Segmentation fault) while it was at work on this show: "
+               "a "
                "file that the show uses may be damaged. The next save tries again.");
         std::vector<std::string> files = build.files;
         std::sort(files.begin(), files.end());

@@ -48,8 +48,8 @@ TEST_CASE("a pack is a build of its own, with its title, its findings and its ow
 TEST_CASE("a pack's music is found beside it, and in the folder of music there")
 {
     test_folder folder;
-    const std::string source
-        = "show { music = 'tune.ogg' }\ntrack { scene 'room' { require 'solids'.box() {} } { from = '0s', to = '1s' } }\n";
+    const std::string source = "show { music = 'tune.ogg' }\ntrack { scene 'room' { require 'solids'.box() {} } { from "
+                               "= '0s', to = '1s' } }\n";
     test_folder made;
     write_file(made, "show.lua", source);
     copy_file(made, "first-light/first-light.ogg", "tune.ogg");
@@ -77,7 +77,8 @@ TEST_CASE("what is no pack cannot be played, and says why")
         CHECK(build.problems[0].severity == problem_error);
         CHECK(build.problems[0].text.back() == '.');
     }
-    CHECK(build_of_pack(folder.path + "/missing.dpk").problems[0].text == "cannot be opened: No such file or directory.");
+    CHECK(
+        build_of_pack(folder.path + "/missing.dpk").problems[0].text == "cannot be opened: No such file or directory.");
     CHECK(build_of_pack(folder.path + "/text.dpk").problems[0].text == "this is no pack.");
 }
 
@@ -113,7 +114,8 @@ static show_build build_of_text(const test_folder& folder, const std::string& so
 TEST_CASE("a file that a source looks for and that is not there is watched, whatever wants it")
 {
     test_folder folder;
-    const std::string track = "track { scene 'a' { require 'solids'.box() { material = m } } { from = '0s', to = '1s' } }";
+    const std::string track
+        = "track { scene 'a' { require 'solids'.box() { material = m } } { from = '0s', to = '1s' } }";
     show_build build = build_of_text(folder, "require 'parts.colors'");
     CHECK_FALSE(build.can_play);
     CHECK(watches(build, "show.lua"));
@@ -152,7 +154,8 @@ TEST_CASE("files that a model names are watched, those that are not there too")
 TEST_CASE("numbers that are tried go into a build, and what became of them comes back")
 {
     const test_folder folder;
-    write_file(folder, "show.lua", "local size = 1 + try(0.5, 0, 2)\nprint(size)\n" + std::string(titled_show).substr(46));
+    write_file(
+        folder, "show.lua", "local size = 1 + try(0.5, 0, 2)\nprint(size)\n" + std::string(titled_show).substr(46));
     build_wish wish = {folder.path, "show.lua"};
     CHECK(build_of_wish(wish).printed == std::vector<std::string>{"1.5"});
     wish.tries = {{"show.lua", 0, 0.5, 0.7501}};

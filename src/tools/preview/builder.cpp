@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-constexpr int socket_of_process = 3; // its number there
+constexpr int socket_of_process = 3;  // its number there
 constexpr size_t most_sources = 1000; // that are watched where nobody could say which ones count
 
 static double seconds_now()
@@ -243,7 +243,8 @@ std::optional<show_build> builder_poll(builder& b)
     if (b.start_fault.empty())
         return {};
     b.answered = b.given = b.asked;
-    return failed_build(b, "the process that builds cannot be started: " + b.start_fault + ". The next save tries again.");
+    return failed_build(
+        b, "the process that builds cannot be started: " + b.start_fault + ". The next save tries again.");
 }
 
 int builder_descriptor(const builder& b)

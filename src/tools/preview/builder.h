@@ -1,6 +1,6 @@
 // The process that builds: brimlow-preview once more, without a window. It keeps what it has read of models, fonts
-// and pictures from one build to the next. What goes wrong in it - an endless source, a fault in a library - ends it and
-// not the picture; the next build starts another.
+// and pictures from one build to the next. What goes wrong in it - an endless source, a fault in a library - ends it
+// and not the picture; the next build starts another.
 //
 // The two talk through a socket that keeps messages apart: a request is one (builder_messages.h), an answer is the
 // descriptor of a file in memory that holds encode_build's bytes. So nothing is ever half there.
@@ -19,12 +19,12 @@ struct builder {
     std::string program = "/proc/self/exe"; // that is started: with "--builder" and a descriptor it calls run_builder
     pid_t process = 0;                      // 0: none runs
     int socket = -1;
-    uint64_t asked = 0;      // number of the latest request
-    uint64_t answered = 0;   // of the latest answer
-    uint64_t given = 0;      // of the latest request that the process has
-    double asked_at = 0;     // steady seconds
-    double end_at = 0;       // steady seconds: then the process is ended, as it still works on an older request; 0: never
-    double took = 0;         // seconds of the latest build
+    uint64_t asked = 0;    // number of the latest request
+    uint64_t answered = 0; // of the latest answer
+    uint64_t given = 0;    // of the latest request that the process has
+    double asked_at = 0;   // steady seconds
+    double end_at = 0;     // steady seconds: then the process is ended, as it still works on an older request; 0: never
+    double took = 0;       // seconds of the latest build
     std::string start_fault; // why no process could be started; empty: it could
     build_wish wish;         // the latest
 };

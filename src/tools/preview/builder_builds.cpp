@@ -198,7 +198,8 @@ show_build build_of_pack(const std::string& path, build_memory* kept)
 show_build build_of_wish(const build_wish& wish, build_memory* kept)
 {
     const double begun = seconds_now();
-    show_build build = wish.from_source ? build_of_source(wish, kept) : build_of_pack(wish.folder + "/" + wish.file, kept);
+    show_build build
+        = wish.from_source ? build_of_source(wish, kept) : build_of_pack(wish.folder + "/" + wish.file, kept);
     build.folder = wish.folder;
     build.file = wish.file;
     build.seconds = seconds_now() - begun;

@@ -17,8 +17,8 @@ struct build_wish {
     bool from_source = true; // otherwise `file` is a pack
 };
 
-// What is asked for; its number is the caller's. `kept` is handed from one build to the next, so that these cost little;
-// null: nothing is kept. The pack is not compressed: nobody keeps it.
+// What is asked for; its number is the caller's. `kept` is handed from one build to the next, so that these cost
+// little; null: nothing is kept. The pack is not compressed: nobody keeps it.
 show_build build_of_wish(const build_wish& wish, build_memory* kept = nullptr);
 
 // A pack as a build of its own: read as it is, with what check finds. One that cannot be read, or is none, gives a

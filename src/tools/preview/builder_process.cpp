@@ -14,7 +14,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace {
+
 enum builder_status : int { builder_done = 0, builder_misasked = 1, builder_cannot_answer = 2 };
+
+} // namespace
 
 // Waits for a message; empty: the other side is gone.
 static std::vector<uint8_t> take_message(int socket)
