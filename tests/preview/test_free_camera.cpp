@@ -17,7 +17,11 @@
 #include <unistd.h>
 #include <vector>
 
+namespace {
+
 using three = std::array<float, 3>;
+
+} // namespace
 
 static layer_plan layer_at(const three& position, const three& rotation, uint8_t projection = projection_perspective)
 {

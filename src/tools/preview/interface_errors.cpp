@@ -11,11 +11,15 @@ constexpr size_t most_shown = 60; // problems; the rest is counted
 constexpr float most_width = 860;
 constexpr float margin = 16; // to the picture's edges
 
+namespace {
+
 struct problem_counts {
     size_t errors = 0;
     size_t warnings = 0;
     size_t notes = 0;
 };
+
+} // namespace
 
 static problem_counts count_problems(const preview& p)
 {

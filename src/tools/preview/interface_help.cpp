@@ -7,10 +7,14 @@
 #include <cmath>
 #include <iterator>
 
+namespace {
+
 struct help_line {
     const char* keys; // null: a heading
     const char* text;
 };
+
+} // namespace
 
 static const help_line left_column[] = {
     {nullptr, "Time"},

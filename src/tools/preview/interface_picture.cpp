@@ -14,9 +14,13 @@ constexpr double still_seconds = 0.2; // how long the window's size has to be th
 constexpr double double_click_seconds = 0.8; // how long ago the first click may have been seen
 constexpr float degrees_a_point = 0.2f;
 
+namespace {
+
 // Places of keys on every keyboard, as the window's library numbers them: what flies is where the hand lies, whatever
 // letters stand there.
 enum flying_key : int { place_a = 4, place_d = 7, place_e = 8, place_q = 20, place_s = 22, place_w = 26 };
+
+} // namespace
 
 // ---- its size ---------------------------------------------------------------------------------------------
 

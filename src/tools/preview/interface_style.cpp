@@ -218,10 +218,14 @@ void hint_here(const std::string& text)
     ImGui::PopStyleVar();
 }
 
+namespace {
+
 struct button_look {
     bool pressed;
     ImU32 color; // of what it shows
 };
+
+} // namespace
 
 static button_look flat_button(const char* id, const ImVec2& size, bool on, const char* hint)
 {

@@ -18,7 +18,13 @@ constexpr float space_between = 6;               // rows and waveform
 constexpr float right_margin = 14;
 constexpr float handle_reach = 6; // how near a loop's side is taken
 
+namespace {
+
 enum timeline_hand : uint8_t { hand_none, hand_head, hand_loop_from, hand_loop_to, hand_new_loop, hand_view };
+
+} // namespace
+
+namespace {
 
 struct timeline_places {
     box whole;
@@ -30,6 +36,8 @@ struct timeline_places {
     float wave_height;
     time_scale scale;
 };
+
+} // namespace
 
 // ---- where things lie ---------------------------------------------------------------------------------
 
@@ -163,11 +171,15 @@ static void draw_waveform(const preview& p, const timeline_places& t, ImDrawList
 
 // ---- clips ---------------------------------------------------------------------------------------------
 
+namespace {
+
 struct clip_look {
     ImU32 fill;
     ImU32 text;
     ImU32 edge; // 0: none
 };
+
+} // namespace
 
 static clip_look look_of_clip(const preview& p, const timeline_clip& clip, bool is_active, bool is_hovered)
 {

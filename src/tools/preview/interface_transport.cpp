@@ -69,12 +69,16 @@ static void draw_play_buttons(preview& p, const box& place)
 
 // ---- the right side -------------------------------------------------------------------------------------
 
+namespace {
+
 struct measure {
     std::string value;
     const char* name;
     ImU32 color;
     std::string hint;
 };
+
+} // namespace
 
 static measure exactness(const preview& p)
 {

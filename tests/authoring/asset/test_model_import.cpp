@@ -447,7 +447,7 @@ TEST_CASE("a scene's bytes are the scene again; cut or with a byte more they are
 {
     model_scene scene{"Format", {{"root", 0}, {"arm", 0}}, {{"skin", {"a.png", "b.png"}, {0, 1, 0.5f, 1}}},
         {{"hand", 1, 0, {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {{{0, 0, 1, 0, 0, 1}, {}, {}}}, {}, {0, 1, 2}}}}, {7, 2, 3, 4, 5},
-        {"m.obj"}, {"../x"}};
+        {"m.obj"}, {"../x"}, {}};
     std::vector<uint8_t> bytes;
     write_model_scene(scene, bytes);
     model_scene back;
@@ -485,7 +485,7 @@ TEST_CASE("a scene whose shape names a vertex, a node or a parent that is not th
 {
     const model_piece piece{"", 0, 0, {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {}, {}, {0, 1, 2}}};
     for (uint32_t fault = 0; fault < 5; ++fault) {
-        model_scene scene{"", {{"root", 0}, {"arm", 0}}, {}, {piece}, {}, {}, {}};
+        model_scene scene{"", {{"root", 0}, {"arm", 0}}, {}, {piece}, {}, {}, {}, {}};
         if (fault == 1)
             scene.pieces[0].shape.triangles[1] = 3;
         if (fault == 2)
