@@ -115,10 +115,10 @@ class Change:
             self.contents = texts(f.read())
         self.turn = 0
 
-    def save(self, preview):
-        """Saves the other state and waits for its picture: (milliseconds, the parts)."""
+    def save(self, preview, settled=True):
+        """Saves the other state, when nothing is under way where `settled`, and waits for its picture: (milliseconds, the parts)."""
         self.turn = 1 - self.turn
-        before = preview.ask('status')['builds_shown']
+        before = (preview.settled() if settled else preview.status())['builds_shown']
         saved = save(self.path, self.contents[self.turn])
         shown = preview.ask('wait', **{'for': 'shown', 'number': before, 'timeout': 20})
         parts = {part: 1000 * (shown[b] - (saved if a == 'saved' else shown[a])) for part, a, b in (
@@ -148,7 +148,7 @@ def soak(preview, changes, reloads):
                 n, time.monotonic() - begun, resident_kib(preview.process.pid) / 1024, builders,
                 preview.ask('names')['names']), flush=True)
         if n < reloads:
-            changes[n % len(changes)].save(preview)
+            changes[n % len(changes)].save(preview, settled=False)
 
 
 def run(arguments, folder, title, table):

@@ -181,6 +181,12 @@ static void advance_time(preview& p)
         transport_advance(p.time, sound_playing_for(p.sound));
 }
 
+// What is about to be built will have to settle anew, and the builder has better use for the processor.
+static bool may_settle(const preview& p)
+{
+    return p.keeper.settling && !p.waits_for_build && p.watch.changed_at == 0;
+}
+
 // The picture that is due. True: there is a new one.
 static bool bring_picture(preview& p)
 {
@@ -188,7 +194,7 @@ static bool bring_picture(preview& p)
         return false;
     const uint64_t frame = frame_now(p);
     const bool is_due = p.dirty || !p.shown.at_frame || (p.keeper.settling ? p.keeper.target : p.shown.frame) != frame;
-    if (!is_due && !p.keeper.settling)
+    if (!is_due && !may_settle(p))
         return false;
     preview_window_use_picture(p.window);
     if (!is_due)
@@ -234,7 +240,7 @@ static uint32_t until_next_frame(const preview& p)
 // How long nothing has to be done, unless something happens.
 static uint32_t time_to_wait(const preview& p)
 {
-    if (p.dirty || p.keeper.settling || p.active)
+    if (p.dirty || may_settle(p) || p.active)
         return 0;
     uint32_t wait = is_lively(p) ? lively_wait_ms : idle_wait_ms;
     if (p.windows_due > 0)

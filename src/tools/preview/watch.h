@@ -48,6 +48,6 @@ struct file_watch {
 void watch_files(file_watch& w, const std::vector<std::string>& paths);
 
 // Whether some of them were saved, and nothing more came for `quiet` seconds (or too long something came). Never waits.
-bool watch_poll(file_watch& w, double now, double quiet = 0.008);
+bool watch_poll(file_watch& w, double now, double quiet = 0.004);
 
 void watch_close(file_watch& w);
