@@ -151,14 +151,14 @@ def soak(preview, changes, reloads):
             changes[n % len(changes)].save(preview, settled=False)
 
 
-def run(arguments, folder, title, table):
+def run(arguments, folder, title, table, reloads):
     changes = [Change(folder, *row) for row in table]
     options = ['--size', arguments.size, '--path', arguments.path, '--mute', '--paused']
     with Display(1600, 1000) as display, Preview(display, arguments.program, folder, *options) as preview:
         preview.ask('wait', **{'for': 'shown', 'number': 0, 'timeout': 30})
         print('\n%s, %s, %s\n' % (title, arguments.path, arguments.size), flush=True)
-        if arguments.soak:
-            return soak(preview, changes, arguments.soak)
+        if reloads:
+            return soak(preview, changes, reloads)
         print('| changed | median, ms | worst, ms | of it, ms |\n|---|---|---|---|', flush=True)
         return measure(preview, changes, arguments.repeats)
 
@@ -174,12 +174,11 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         folder = os.path.join(scratch, 'first-light')
         shutil.copytree(os.path.join(ROOT, 'productions', 'first-light'), folder)
-        run(arguments, folder, 'First Light', FIRST_LIGHT)
-        if not arguments.soak:
-            fifty = os.path.join(scratch, 'fifty')
-            os.mkdir(fifty)
-            write_fifty_scenes(fifty)
-            run(arguments, fifty, 'Fifty scenes', FIFTY_CHANGES)
+        run(arguments, folder, 'First Light', FIRST_LIGHT, arguments.soak // 5)
+        fifty = os.path.join(scratch, 'fifty')
+        os.mkdir(fifty)
+        write_fifty_scenes(fifty)
+        run(arguments, fifty, 'Fifty scenes', FIFTY_CHANGES, arguments.soak - arguments.soak // 5)
 
 
 if __name__ == '__main__':

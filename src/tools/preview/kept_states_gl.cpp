@@ -38,7 +38,7 @@ struct keeper_parts {
 
     std::unique_ptr<kept_state> resume; // where settling goes on after a rough picture
     uint64_t settle_from = 0;
-    std::unique_ptr<kept_picture> aside; // where frames are drawn that nobody is to see; null: not needed yet
+    std::unique_ptr<kept_screen> aside; // where frames are drawn that nobody is to see; null: not needed yet
     bool is_aside = false;               // the state's picture is there
 
     uint64_t drawn_frame = 0; // how the picture was drawn

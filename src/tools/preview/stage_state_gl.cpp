@@ -307,7 +307,7 @@ static void put_moving_pictures(stage& s, const kept_state& state)
 
 // ---- the picture ----------------------------------------------------------------------------------
 
-kept_picture::~kept_picture()
+kept_screen::~kept_screen()
 {
     if (framebuffer != 0)
         glDeleteFramebuffers(1, &framebuffer);
@@ -322,7 +322,7 @@ bool can_keep_pictures_gl()
     return glBlitFramebuffer != nullptr;
 }
 
-static void make_renderbuffer(uint32_t& name, GLenum format, GLenum attachment, const kept_picture& picture)
+static void make_renderbuffer(uint32_t& name, GLenum format, GLenum attachment, const kept_screen& picture)
 {
     glGenRenderbuffers(1, &name);
     glBindRenderbuffer(GL_RENDERBUFFER, name);
@@ -331,11 +331,11 @@ static void make_renderbuffer(uint32_t& name, GLenum format, GLenum attachment, 
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER, name);
 }
 
-std::unique_ptr<kept_picture> make_picture_gl(const stage& s)
+std::unique_ptr<kept_screen> make_picture_gl(const stage& s)
 {
     if (!can_keep_pictures_gl())
         return nullptr;
-    auto picture = std::make_unique<kept_picture>();
+    auto picture = std::make_unique<kept_screen>();
     picture->width = s.wish.width;
     picture->height = s.wish.height;
     glGenFramebuffers(1, &picture->framebuffer);

@@ -54,17 +54,17 @@ struct kept_moving_picture {
 };
 
 // Colour and depth, on the card.
-struct kept_picture {
+struct kept_screen {
     uint32_t framebuffer = 0;
     uint32_t color = 0;
     uint32_t depth = 0;
     uint32_t width = 0;
     uint32_t height = 0;
 
-    kept_picture() = default;
-    ~kept_picture();
-    kept_picture(const kept_picture&) = delete;
-    kept_picture& operator=(const kept_picture&) = delete;
+    kept_screen() = default;
+    ~kept_screen();
+    kept_screen(const kept_screen&) = delete;
+    kept_screen& operator=(const kept_screen&) = delete;
 };
 
 struct kept_state {
@@ -79,7 +79,7 @@ struct kept_state {
     std::vector<kept_moving_picture> moving_pictures;
     std::vector<kept_function> functions;
     std::vector<kept_target> targets;
-    std::unique_ptr<kept_picture> picture; // null: the next frame clears all
+    std::unique_ptr<kept_screen> picture; // null: the next frame clears all
 };
 
 // What is on the card in a target's texture, where that was kept and has not changed since.
@@ -105,7 +105,7 @@ void forget_changed_targets(const stage& s, const std::vector<uint32_t>& targets
 bool can_keep_pictures_gl();
 
 // Makes one for the stage's size. Null: the driver does not.
-std::unique_ptr<kept_picture> make_picture_gl(const stage& s);
+std::unique_ptr<kept_screen> make_picture_gl(const stage& s);
 
 // Colour and depth from one frame buffer to another of the same size.
 void copy_picture_gl(uint32_t from, uint32_t to, uint32_t width, uint32_t height);
