@@ -1,11 +1,13 @@
 #include "tools/preview/preview_option_table.h"
 
+#include "tools/frames/option_values.h"
+
 constexpr option_row preview_option_rows[preview_option_count] = {
     {.id = preview_option_size,
         .group = preview_group_picture,
         .name = "--size",
         .value = "WxH",
-        .wants = "takes a size like 1280x720, each side 1 to 65535",
+        .wants = size_wants,
         .help = "pixels (as many as the window has for it)",
         .page = "Pixels of the picture, which is shown smaller or larger where the window has another place for it.\n"
                 "Without this option it has the size of that place."},
@@ -13,31 +15,28 @@ constexpr option_row preview_option_rows[preview_option_count] = {
         .group = preview_group_picture,
         .name = "--aspect",
         .value = "SHAPE",
-        .wants = "takes auto, 4:3, 16:9 or 16:10",
+        .wants = aspect_wants,
         .offers = offer_word,
-        .words = "auto 4:3 16:9 16:10",
-        .help = "auto, 4:3, 16:9 or 16:10 (auto)",
+        .words = aspect_words,
+        .help = aspect_help,
         .page = "The shape that the show is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."},
     {.id = preview_option_path,
         .group = preview_group_picture,
         .name = "--path",
         .value = "PATH",
-        .wants = "takes glsl or fixed",
+        .wants = path_wants,
         .offers = offer_word,
-        .words = "glsl fixed",
-        .help = "glsl or fixed (glsl)",
+        .words = path_words,
+        .help = path_help,
         .page = "`glsl` (shaders, as without this option) or `fixed` (texture combiners); keys 1 and 2 choose later."},
     {.id = preview_option_caps,
         .group = preview_group_picture,
         .name = "--caps",
         .value = "LIST",
-        .wants
-        = "takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and units=1 to units=4",
+        .wants = caps_wants,
         .offers = offer_words,
-        .words = "no-vbo no-pbo no-npot no-compression no-combine4 no-combine3 units=1 units=2 units=3 units=4",
-        .help = "plays as on a lesser card: no-vbo, no-pbo, no-npot,\n"
-                "no-compression, no-combine4, no-combine3, units=1..4,\n"
-                "with commas between them",
+        .words = caps_words,
+        .help = caps_help,
         .page
         = "Shows the show as a lesser card would:\n"
           "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
@@ -46,14 +45,14 @@ constexpr option_row preview_option_rows[preview_option_count] = {
         .group = preview_group_picture,
         .name = "--seed",
         .value = "N",
-        .wants = "takes a number from 0 to 4294967295",
-        .help = "start of the random numbers (the player's)",
+        .wants = seed_wants,
+        .help = seed_help,
         .page = "Starts the random numbers anew; 1 is what the player has."},
     {.id = preview_option_fps,
         .group = preview_group_time,
         .name = "--fps",
         .value = "N[/D]",
-        .wants = "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000",
+        .wants = rate_wants,
         .help = "frames a second (60)",
         .page = "The rate at which frames are counted, 60 a second unless given; written as `brimlow-render` has it.\n"
                 "What remembers earlier frames looks as in a render of this rate."},

@@ -1,30 +1,32 @@
 #include "option_table.h"
 
+#include "tools/frames/option_values.h"
+
 constexpr option_row option_rows[option_count] = {
     {.id = option_size,
         .group = group_picture,
         .name = "--size",
         .value = "WxH",
-        .wants = "takes a size like 1280x720, each side 1 to 65535",
+        .wants = size_wants,
         .help = "pixels (1280x720; 1920x1080 with --shots)",
         .page = "Pixels; 1280x720 unless given, 1920x1080 with `--shots`."},
     {.id = option_aspect,
         .group = group_picture,
         .name = "--aspect",
         .value = "SHAPE",
-        .wants = "takes auto, 4:3, 16:9 or 16:10",
+        .wants = aspect_wants,
         .offers = offer_word,
-        .words = "auto 4:3 16:9 16:10",
-        .help = "auto, 4:3, 16:9 or 16:10 (auto)",
+        .words = aspect_words,
+        .help = aspect_help,
         .page = "The shape that the production is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."},
     {.id = option_path,
         .group = group_picture,
         .name = "--path",
         .value = "PATH",
-        .wants = "takes glsl or fixed",
+        .wants = path_wants,
         .offers = offer_word,
-        .words = "glsl fixed",
-        .help = "glsl or fixed (glsl)",
+        .words = path_words,
+        .help = path_help,
         .page = "`glsl` (shaders, as without this option) or `fixed` (texture combiners)."},
     {.id = option_samples,
         .group = group_picture,
@@ -39,13 +41,10 @@ constexpr option_row option_rows[option_count] = {
         .group = group_picture,
         .name = "--caps",
         .value = "LIST",
-        .wants
-        = "takes a list of no-vbo, no-pbo, no-npot, no-compression, no-combine4, no-combine3 and units=1 to units=4",
+        .wants = caps_wants,
         .offers = offer_words,
-        .words = "no-vbo no-pbo no-npot no-compression no-combine4 no-combine3 units=1 units=2 units=3 units=4",
-        .help = "plays as on a lesser card: no-vbo, no-pbo, no-npot,\n"
-                "no-compression, no-combine4, no-combine3, units=1..4,\n"
-                "with commas between them",
+        .words = caps_words,
+        .help = caps_help,
         .page
         = "Shows the production as a lesser card would:\n"
           "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
@@ -54,8 +53,8 @@ constexpr option_row option_rows[option_count] = {
         .group = group_picture,
         .name = "--seed",
         .value = "N",
-        .wants = "takes a number from 0 to 4294967295",
-        .help = "start of the random numbers (the player's)",
+        .wants = seed_wants,
+        .help = seed_help,
         .page = "Starts the random numbers anew; 1 is what the player has."},
     {.id = option_tile,
         .group = group_picture,
@@ -77,7 +76,7 @@ constexpr option_row option_rows[option_count] = {
         .group = group_moments,
         .name = "--fps",
         .value = "N[/D]",
-        .wants = "takes frames a second like 60, 29.97 or 30000/1001, from 1/1000 to 1000",
+        .wants = rate_wants,
         .help = "frames a second (60); 23.976, 29.97, 59.94 and 119.88\n"
                 "are 24, 30, 60 and 120 x 1000/1001",
         .page = "Frames a second; 60 unless given.\n"
