@@ -653,7 +653,8 @@ class Running(unittest.TestCase):
             file.write(SHOW)
         status, text = self.run_preview()
         self.assertEqual(status, 3)
-        self.assertIn('neither DISPLAY nor WAYLAND_DISPLAY leads to one.\n', text)
+        self.assertEqual(
+            text, 'Error: no window can be opened: neither DISPLAY nor WAYLAND_DISPLAY leads to one.\n')
 
     def test_a_signal_ends_it_as_escape_does(self):
         with open(os.path.join(self.folder, 'show.lua'), 'w') as file:

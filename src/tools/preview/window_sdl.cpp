@@ -29,10 +29,14 @@ bool window_start()
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
     SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");     // a click from another window counts
     SDL_SetHint(SDL_HINT_VIDEO_MINIMIZE_ON_FOCUS_LOSS, "0"); // full screen on one monitor, the editor on another
-    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0)
-        return false;
-    if (shows_windows())
+    const bool only_x11 = SDL_getenv("SDL_VIDEODRIVER") == nullptr && SDL_getenv("WAYLAND_DISPLAY") == nullptr;
+    if (only_x11) // nobody names a display of the other kind, and looking for it prints a line of its library
+        SDL_SetHint(SDL_HINT_VIDEODRIVER, "x11");
+    const bool started = SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) == 0;
+    if (started && shows_windows())
         return true;
+    if (!started && !only_x11)
+        return false; // the library says why
     SDL_Quit();
     SDL_SetError("neither DISPLAY nor WAYLAND_DISPLAY leads to one");
     return false;
