@@ -1,69 +1,18 @@
 #include "tools/preview/remembering.h"
 
 #include "builders.h"
+#include "target_show.h"
 
-#include <cstdlib>
 #include <doctest/doctest.h>
 #include <string>
 
 constexpr frame_rate ten = {10, 1};
 constexpr frame_view view = {64, 48, 4.0f / 3.0f};
-constexpr uint32_t target = 1; // the one image texture
 
-namespace {
-
-// A document whose scene 1 shows nothing drawn, and whose scene 2 shows the target.
-struct show {
-    document d = {};
-
-    show()
-    {
-        document_create(d, "test", timeline_new());
-        image_texture image = {};
-        image.width = image.height = 16;
-        table_add(d.image_texture_table, image);
-        material_record seen = {};
-        seen.texture[0] = table_add(d.object_table, object_reference{texture_image, target, 1});
-        const uint32_t plain = table_add(d.material_table, material_record{});
-        add_scene(plain);
-        add_scene(table_add(d.material_table, seen));
-    }
-    ~show()
-    {
-        document_free(d);
-    }
-    show(const show&) = delete;
-    show& operator=(const show&) = delete;
-
-    uint32_t add_scene(uint32_t material)
-    {
-        scene_record scene = {};
-        scene.objects = static_cast<scene_object*>(std::calloc(1, sizeof(scene_object)));
-        scene.object_count = 1;
-        scene.objects[0].material = material;
-        return table_add(d.scene_table, scene);
-    }
-
-    // The only layer of a track, from `begin` to `end` (ticks).
-    void layer(uint32_t track, uint32_t scene, uint32_t begin, uint32_t end, render_mode mode = render_simple)
-    {
-        layer_record& record = d.timeline->layers[track][0];
-        record.model_id = scene;
-        record.space_before = begin;
-        record.length = end - begin;
-        record.type = mode;
-        record.rtex = mode == render_to_texture ? target : 0;
-        d.timeline->layer_count[track] = 1;
-        register_layer(0, end, 0, track, *d.timeline);
-    }
-
-    pixel_needs needs(uint64_t end) const
-    {
-        return make_pixel_needs(d, {target}, view, initial_caps, ten, end);
-    }
-};
-
-} // namespace
+static pixel_needs needs(const target_show& s, uint64_t end)
+{
+    return make_pixel_needs(s.d, {target}, view, initial_caps, ten, end);
+}
 
 static std::string passed(pixel_needs& n, uint64_t from, uint64_t to)
 {
@@ -100,7 +49,7 @@ static mesh_effect water()
 
 TEST_CASE("a show of models and materials remembers nothing")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 200);
     CHECK(!what_is_remembered(s.d).anything());
     CHECK(what_is_remembered(s.d).units == 1);
@@ -108,7 +57,7 @@ TEST_CASE("a show of models and materials remembers nothing")
 
 TEST_CASE("effects, the rippler and a colony are remembered, other moving pictures are not")
 {
-    show s;
+    target_show s;
     table_add(s.d.dynamic_texture_table, moving_picture(effect_2d_plasma));
     CHECK(!what_is_remembered(s.d).moves);
     SUBCASE("a water")
@@ -130,7 +79,7 @@ TEST_CASE("effects, the rippler and a colony are remembered, other moving pictur
 
 TEST_CASE("an effect without a material is drawn with what others have left, a model is not drawn at all")
 {
-    show s;
+    target_show s;
     scene_object& object = table_get(s.d.scene_table, 1)->objects[0];
     object.material = 0;
     CHECK(!what_is_remembered(s.d).bare);
@@ -140,7 +89,7 @@ TEST_CASE("an effect without a material is drawn with what others have left, a m
 
 TEST_CASE("letters without a material are bare, blanks are not")
 {
-    show s;
+    target_show s;
     font_record font = {};
     scene_object& object = table_get(s.d.scene_table, 1)->objects[0];
     object.type = object_text;
@@ -152,7 +101,7 @@ TEST_CASE("letters without a material are bare, blanks are not")
 
 TEST_CASE("functions of unknown formulas are put back as they were kept")
 {
-    show s;
+    target_show s;
     animation_function plain = {};
     plain.segment_count = 1;
     plain.segment_type[0] = segment_linear;
@@ -177,9 +126,9 @@ TEST_CASE("functions of unknown formulas are put back as they were kept")
 
 TEST_CASE("nothing is drawn on the way where every frame clears and nothing is drawn into textures")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 200);
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(passed(n, 3, 9) == "......");
     CHECK(passed(n, 5, 5).empty());
     CHECK(!shows_through(n, 3));
@@ -187,11 +136,11 @@ TEST_CASE("nothing is drawn on the way where every frame clears and nothing is d
 
 TEST_CASE("the way to a frame that does not clear is drawn from the last one that does")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 30); // frames 0 to 3 clear
     s.layer(1, 1, 0, 200);
     s.d.timeline->slot_layer[0][0] = 0;
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(passed(n, 0, 7) == "...xxxx");
     CHECK(passed(n, 2, 3) == ".");
     CHECK(passed(n, 2, 4) == ".x");
@@ -200,32 +149,32 @@ TEST_CASE("the way to a frame that does not clear is drawn from the last one tha
 
 TEST_CASE("a texture that each frame draws before it shows it counts before none")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 200, render_to_texture);
     s.layer(1, 2, 0, 200);
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(awaited(n, 20) == "....................");
     CHECK(passed(n, 4, 8) == "....");
 }
 
 TEST_CASE("a texture that shows itself counts before all frames, and all are drawn on the way")
 {
-    show s;
+    target_show s;
     s.layer(0, 2, 0, 200, render_to_texture);
     s.layer(1, 1, 0, 200);
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(awaited(n, 5) == "xxxxx");
     CHECK(passed(n, 4, 8) == "xxxx");
 }
 
 TEST_CASE("the last frame that drew a texture is drawn on the way, though only a later one than that wanted shows it")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 200);
     s.layer(1, 1, 0, 50, render_to_texture); // frames 0 to 5
     s.layer(2, 1, 0, 200);
     s.layer(3, 2, 120, 200); // frames 12 to 20
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(passed(n, 2, 9) == "...x...");
     CHECK(awaited(n, 8) == "......xx");
     CHECK(passed(n, 6, 9) == "...");
@@ -233,12 +182,12 @@ TEST_CASE("the last frame that drew a texture is drawn on the way, though only a
 
 TEST_CASE("what becomes of a texture is found out anew when frames are asked about backward")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 200);
     s.layer(1, 1, 0, 50, render_to_texture);
     s.layer(2, 1, 0, 200);
     s.layer(3, 2, 120, 200);
-    pixel_needs n = s.needs(21);
+    pixel_needs n = needs(s, 21);
     CHECK(awaited_targets(n, 20)[0]);
     CHECK(!awaited_targets(n, 2)[0]);
     CHECK(awaited_targets(n, 9)[0]);
@@ -247,9 +196,9 @@ TEST_CASE("what becomes of a texture is found out anew when frames are asked abo
 
 TEST_CASE("a texture that nothing happens to for a long time counts, and not where it is the rest of the show")
 {
-    show s;
+    target_show s;
     s.layer(0, 1, 0, 10000);
-    pixel_needs n = s.needs(1001);
+    pixel_needs n = needs(s, 1001);
     CHECK(awaited_targets(n, 0)[0]);
     CHECK(!awaited_targets(n, 900)[0]);
 }
