@@ -25,7 +25,7 @@ struct option_row {
     char letter = 0;                    // behind one dash; 0: none
     const char* name;                   // "--size"
     const char* value = nullptr;        // as the pages call it, capitals for what is to be put in; null: a switch
-    const char* wants = nullptr;        // what a value must be, for messages: "takes ..."; null for switches
+    const char* wants = "";             // what a value must be, for messages: "takes ..."; empty for switches
     bool any_value = false;             // a value may look like one of the options
     value_offer offers = offer_nothing; // for a value, to a shell
     const char* words = nullptr;        // that it offers, with blanks between them

@@ -114,7 +114,7 @@ static constexpr bool rows_are_in_order()
 {
     for (int32_t i = 0; i < preview_option_count; ++i)
         if (preview_option_rows[i].id != i
-            || (preview_option_rows[i].value == nullptr) != (preview_option_rows[i].wants == nullptr))
+            || (preview_option_rows[i].value == nullptr) != (preview_option_rows[i].wants[0] == '\0'))
             return false;
     return true;
 }

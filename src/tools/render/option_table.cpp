@@ -250,7 +250,7 @@ constexpr option_row option_rows[option_count] = {
 static constexpr bool rows_are_in_order()
 {
     for (int32_t i = 0; i < option_count; ++i)
-        if (option_rows[i].id != i || (option_rows[i].value == nullptr) != (option_rows[i].wants == nullptr))
+        if (option_rows[i].id != i || (option_rows[i].value == nullptr) != (option_rows[i].wants[0] == '\0'))
             return false;
     return true;
 }
