@@ -2,6 +2,7 @@
 
 #include "content/numbers.h"
 #include "texgen/cosine_table.h"
+#include "texgen/point_kernels.h"
 
 #include <algorithm>
 #include <cassert>
@@ -80,12 +81,6 @@ static void scale_bytes(const uint8_t* a, double scale, uint8_t* out, const uint
 {
     while (out != end)
         *out++ = capped_byte(truncate_to_int(*a++ * scale));
-}
-
-static void invert(const uint8_t* a, uint8_t* out, const uint8_t* end)
-{
-    while (out != end)
-        *out++ = static_cast<uint8_t>(255 - *a++);
 }
 
 // ---- neighbourhood operations -------------------------------------------------------
@@ -300,7 +295,7 @@ void apply_texture_operation(uint8_t code, const float values[max_node_values], 
     case node_min_2:
         return take_lesser(pair, result, end);
     case node_invert:
-        return invert(a, result, end);
+        return invert_bytes(best_instructions(), a, result, size_t{3} * size * size);
     case node_multiply:
         return scale_bytes(a, values[0], result, end);
     case node_offset:
