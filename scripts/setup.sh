@@ -1,4 +1,4 @@
-# Shared by ./play and ./check: packages, builds, a word a step.
+# Shared by ./play, ./check and bench/run: packages, builds, a word a step.
 #
 # Sourced with bash from the repository's root. Everything comes from Debian's own
 # packages; what is installed already is left alone.
@@ -12,6 +12,7 @@ preview_packages="libsdl2-dev libimgui-dev"
 x86_packages="g++-multilib libsdl1.2debian:i386 libglew2.2:i386 libgl1:i386 libgl1-mesa-dri:i386 zlib1g:i386"
 display_packages="xvfb xdotool imagemagick libgl1-mesa-dri"
 test_packages="python3 doctest-dev ffmpeg graphviz assimp-testmodels fonts-dejavu fonts-liberation fonts-urw-base35"
+bench_packages="libbenchmark-dev libopencv-core-dev libopencv-imgproc-dev libpugixml-dev libpng-dev libswscale-dev"
 
 say() { printf '== %s\n' "$*"; }
 fail() { printf 'Sorry: %s\n' "$*" >&2; exit 1; }
