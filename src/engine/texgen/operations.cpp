@@ -22,67 +22,6 @@ static uint8_t clamped_byte(int32_t value)
     return static_cast<uint8_t>(std::clamp(value, 0, 255));
 }
 
-// Only the top is capped; a negative number keeps its low eight bits, on purpose.
-static uint8_t capped_byte(int32_t value)
-{
-    return low_byte(std::min(value, 255));
-}
-
-// ---- point operations ---------------------------------------------------------------
-
-namespace {
-
-// The pictures of an operation with two sources, as flat bytes.
-struct byte_pair_source {
-    const uint8_t* a;
-    const uint8_t* b;
-    double scale1; // of a; of the product for the multiplications
-    double scale2; // of b
-};
-
-} // namespace
-
-static uint8_t* end_of_picture(uint8_t* pixels, uint32_t size)
-{
-    return pixels + size_t{3} * size * size;
-}
-
-static void add(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
-{
-    for (size_t n = 0; out != end; ++n)
-        *out++ = clamped_byte(truncate_to_int(s.a[n] * s.scale1 + s.b[n] * s.scale2));
-}
-
-static void multiply_capped(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
-{
-    for (size_t n = 0; out != end; ++n)
-        *out++ = capped_byte(truncate_to_int(s.b[n] * s.a[n] * s.scale1));
-}
-
-static void multiply_clamped(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
-{
-    for (size_t n = 0; out != end; ++n)
-        *out++ = clamped_byte(truncate_to_int(s.a[n] * s.b[n] * s.scale1));
-}
-
-static void take_greater(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
-{
-    for (size_t n = 0; out != end; ++n)
-        *out++ = capped_byte(std::max(truncate_to_int(s.a[n] * s.scale1), truncate_to_int(s.b[n] * s.scale2)));
-}
-
-static void take_lesser(const byte_pair_source& s, uint8_t* out, const uint8_t* end)
-{
-    for (size_t n = 0; out != end; ++n)
-        *out++ = capped_byte(std::min(truncate_to_int(s.a[n] * s.scale1), truncate_to_int(s.b[n] * s.scale2)));
-}
-
-static void scale_bytes(const uint8_t* a, double scale, uint8_t* out, const uint8_t* end)
-{
-    while (out != end)
-        *out++ = capped_byte(truncate_to_int(*a++ * scale));
-}
-
 // ---- neighbourhood operations -------------------------------------------------------
 //
 // They read pixels that they have not reached yet, so source and result differ.
@@ -278,26 +217,28 @@ void apply_texture_operation(uint8_t code, const float values[max_node_values], 
         return;
     assert(a != nullptr && result != nullptr);
     assert(b != nullptr || (code >= node_invert && code <= node_emboss) || code == node_output);
-    const byte_pair_source pair = {a, b, values[0], values[1]};
-    const uint8_t* end = end_of_picture(result, size);
+    const instruction_set set = best_instructions();
+    const size_t count = size_t{3} * size * size;
+    const scaled_bytes first = {a, values[0]};
+    const scaled_bytes second = {b, values[1]};
     switch (static_cast<node_code>(code)) {
     case node_add_image:
     case node_add_2:
-        return add(pair, result, end);
+        return add_bytes(set, first, second, result, count);
     case node_multiply_image:
-        return multiply_capped(pair, result, end);
+        return multiply_bytes_capped(set, {a, b, values[0]}, result, count);
     case node_mul_2:
-        return multiply_clamped(pair, result, end);
+        return multiply_bytes_clamped(set, {a, b, values[0]}, result, count);
     case node_maximum_image:
     case node_max_2:
-        return take_greater(pair, result, end);
+        return take_greater_bytes(set, first, second, result, count);
     case node_minimum_image:
     case node_min_2:
-        return take_lesser(pair, result, end);
+        return take_lesser_bytes(set, first, second, result, count);
     case node_invert:
-        return invert_bytes(best_instructions(), a, result, size_t{3} * size * size);
+        return invert_bytes(set, a, result, count);
     case node_multiply:
-        return scale_bytes(a, values[0], result, end);
+        return scale_bytes(set, first, result, count);
     case node_offset:
     case node_ripple:
     case node_blur:
