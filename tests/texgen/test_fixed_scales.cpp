@@ -46,11 +46,13 @@ TEST_CASE("every scale of a product below 1 has a form, exact for all products w
         const product_scale fixed = make_product_scale(scale);
         CAPTURE(scale);
         REQUIRE(fixed.exists);
+        REQUIRE((fixed.shift == 0 || scale < 1.0f / 512.0f));
+        const uint64_t part = fixed.upper_part * 65536ull + fixed.lower_part;
         for (uint32_t step = 1; step <= 255; ++step) {
             const auto product = static_cast<uint64_t>(std::min(std::ceil(step / static_cast<double>(scale)), 65025.0));
             for (const uint64_t operand : {product - 1, product}) {
                 const double exact = std::floor(static_cast<double>(operand) * static_cast<double>(scale));
-                REQUIRE((operand * fixed.part >> (32 + fixed.shift)) == exact);
+                REQUIRE((operand * part >> 32 >> fixed.shift) == exact);
             }
         }
     });

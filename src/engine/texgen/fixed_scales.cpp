@@ -30,6 +30,8 @@ static bool agrees_on_all_bytes(const byte_scale& fixed, float scale)
 // 1 / (255 * 254) wide. So it holds a multiple of 1/65536: the one below the scale or the one above.
 byte_scale make_byte_scale(float scale)
 {
+    if (scale == 1.0f)
+        return {.whole = 1, .part = 0, .exists = true};
     if (!(scale >= 0.0f && scale < 2147483648.0f))
         return {};
     const double whole = std::floor(static_cast<double>(scale));
@@ -49,16 +51,23 @@ product_scale make_product_scale(float scale)
     if (!(scale >= 0.0f && scale < 1.0f))
         return {};
     if (scale < 1.0f / 65536.0f)
-        return {.part = 0, .shift = 0, .exists = true};
+        return {.upper_part = 0, .lower_part = 0, .shift = 0, .exists = true};
     const int shift = std::max(-8 - binary_exponent(scale), 0);
-    const double part = std::ldexp(static_cast<double>(scale), 32 + shift);
-    return {static_cast<uint32_t>(part), static_cast<uint16_t>(shift), true};
+    const auto part = static_cast<uint32_t>(std::ldexp(static_cast<double>(scale), 32 + shift));
+    return {
+        .upper_part = static_cast<uint16_t>(part >> 16),
+        .lower_part = static_cast<uint16_t>(part),
+        .shift = static_cast<uint16_t>(shift),
+        .exists = true,
+    };
 }
 
 // The numbers have 15 bits each behind the sign, together 30, of which the greater scale decides how many are whole.
 // A scale that is no multiple of the last of them has no form.
 sum_scale make_sum_scale(float scale1, float scale2)
 {
+    if (scale1 == 1.0f && scale2 == 1.0f)
+        return {.upper1 = 16384, .upper2 = 16384, .lower1 = 0, .lower2 = 0, .shift = 14, .exists = true};
     if (!std::isfinite(scale1) || !std::isfinite(scale2))
         return {};
     const int exponent = std::max({binary_exponent(scale1), binary_exponent(scale2), -8});

@@ -17,11 +17,12 @@ struct byte_scale {
 
 byte_scale make_byte_scale(float scale);
 
-// min(truncate(product * scale), 255) = min(product * part / 2^(32 + shift), 255) for all products 0..65,025 of two
-// bytes.
+// min(truncate(product * scale), 255) = min(product * (upper_part * 65536 + lower_part) / 2^32 / 2^shift, 255) for all
+// products 0..65,025 of two bytes.
 struct product_scale {
-    uint32_t part;
-    uint16_t shift; // 0..7
+    uint16_t upper_part;
+    uint16_t lower_part;
+    uint16_t shift; // 0..7; 0 of scales from 1/512
     bool exists;
 };
 

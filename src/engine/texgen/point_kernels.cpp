@@ -73,6 +73,11 @@ FAST_INLINE static uint16_t scaled(uint8_t byte, const byte_scale& scale)
     return short_sum(lower_product(byte, scale.whole), upper_product(byte, scale.part));
 }
 
+static bool is_one(const byte_scale& scale)
+{
+    return scale.whole == 1 && scale.part == 0;
+}
+
 static void scale_plain(const scaled_bytes& a, uint8_t* out, size_t count)
 {
     for (size_t n = 0; n < count; ++n)
@@ -171,6 +176,16 @@ static void add_scaled_sse2(const uint8_t* a, const uint8_t* b, const sum_scale&
     add_rest(a + n, b + n, scale, out + n, count - n);
 }
 
+FAST_AVX2 FAST_INLINE static __m256i load_avx2(const uint8_t* bytes)
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes));
+}
+
+FAST_AVX2 FAST_INLINE static void store_avx2(uint8_t* bytes, __m256i vector)
+{
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes), vector);
+}
+
 FAST_AVX2 static __m256i eight_sums_avx2(__m256i pairs, __m256i upper, __m256i lower, __m128i shift)
 {
     const __m256i carried = _mm256_srli_epi32(_mm256_madd_epi16(pairs, lower), 15);
@@ -187,8 +202,8 @@ FAST_AVX2 static void add_scaled_avx2(
     const __m256i zero = _mm256_setzero_si256();
     size_t n = 0;
     for (; n + 32 <= count; n += 32) {
-        const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a + n));
-        const __m256i y = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(b + n));
+        const __m256i x = load_avx2(a + n);
+        const __m256i y = load_avx2(b + n);
         const __m256i low = _mm256_unpacklo_epi8(x, y);
         const __m256i high = _mm256_unpackhi_epi8(x, y);
         const __m256i s0 = eight_sums_avx2(_mm256_unpacklo_epi8(low, zero), upper, lower, shift);
@@ -196,7 +211,7 @@ FAST_AVX2 static void add_scaled_avx2(
         const __m256i s2 = eight_sums_avx2(_mm256_unpacklo_epi8(high, zero), upper, lower, shift);
         const __m256i s3 = eight_sums_avx2(_mm256_unpackhi_epi8(high, zero), upper, lower, shift);
         const __m256i sums = _mm256_packus_epi16(_mm256_packs_epi32(s0, s1), _mm256_packs_epi32(s2, s3));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + n), sums);
+        store_avx2(out + n, sums);
     }
     add_rest(a + n, b + n, scale, out + n, count - n);
 }
@@ -220,10 +235,28 @@ static void add_unscaled_sse2(const uint8_t* a, const uint8_t* b, uint8_t* out, 
     add_unscaled_fast(a, b, out, count);
 }
 
+#ifdef __SSE2__
+
 FAST_AVX2 static void add_unscaled_avx2(const uint8_t* a, const uint8_t* b, uint8_t* out, size_t count)
+{
+    size_t n = 0;
+    for (; n + 64 <= count; n += 64) {
+        const __m256i first = _mm256_adds_epu8(load_avx2(a + n), load_avx2(b + n));
+        const __m256i second = _mm256_adds_epu8(load_avx2(a + n + 32), load_avx2(b + n + 32));
+        store_avx2(out + n, first);
+        store_avx2(out + n + 32, second);
+    }
+    add_unscaled_fast(a + n, b + n, out + n, count - n);
+}
+
+#else
+
+static void add_unscaled_avx2(const uint8_t* a, const uint8_t* b, uint8_t* out, size_t count)
 {
     add_unscaled_fast(a, b, out, count);
 }
+
+#endif
 
 void add_bytes(instruction_set set, const scaled_bytes& a, const scaled_bytes& b, uint8_t* out, size_t count)
 {
@@ -262,26 +295,38 @@ static void multiply_clamped_plain(const byte_pair& pair, uint8_t* out, size_t c
 }
 
 // Of the product of 16 and 32 bits the upper 16.
-FAST_INLINE static uint8_t scaled_product(uint8_t a, uint8_t b, const product_scale& scale)
+FAST_INLINE static uint16_t scaled_product(uint8_t a, uint8_t b, const product_scale& scale)
 {
     const uint16_t product = lower_product(a, b);
-    const auto upper_part = static_cast<uint16_t>(scale.part >> 16);
-    const auto lower_part = static_cast<uint16_t>(scale.part);
-    const uint16_t middle = lower_product(product, upper_part);
-    const uint16_t sum = short_sum(middle, upper_product(product, lower_part));
+    const uint16_t middle = lower_product(product, scale.upper_part);
+    const uint16_t sum = short_sum(middle, upper_product(product, scale.lower_part));
     const uint16_t carry = sum < middle ? 1 : 0;
-    const uint16_t top = short_sum(upper_product(product, upper_part), carry);
-    return at_most_255(static_cast<uint16_t>(top >> scale.shift));
+    return short_sum(upper_product(product, scale.upper_part), carry);
 }
 
 FAST_INLINE static void multiply_fast(
     const uint8_t* a, const uint8_t* b, const product_scale scale, uint8_t* out, size_t count)
 {
     for (size_t n = 0; n < count; ++n)
-        out[n] = scaled_product(a[n], b[n], scale);
+        out[n] = at_most_255(scaled_product(a[n], b[n], scale));
 }
 
-// By 1 and more: what is 255 before, is so behind.
+// By less than 1/512: the shift is done by a product.
+FAST_INLINE static void multiply_down_fast(
+    const uint8_t* a, const uint8_t* b, const product_scale scale, uint8_t* out, size_t count)
+{
+    const auto rest = static_cast<uint16_t>(65536u >> scale.shift);
+    for (size_t n = 0; n < count; ++n)
+        out[n] = static_cast<uint8_t>(upper_product(scaled_product(a[n], b[n], scale), rest));
+}
+
+FAST_INLINE static void multiply_unscaled_fast(const uint8_t* a, const uint8_t* b, uint8_t* out, size_t count)
+{
+    for (size_t n = 0; n < count; ++n)
+        out[n] = at_most_255(lower_product(a[n], b[n]));
+}
+
+// By more than 1: what is 255 before, is so behind.
 FAST_INLINE static void multiply_up_fast(
     const uint8_t* a, const uint8_t* b, const byte_scale scale, uint8_t* out, size_t count)
 {
@@ -289,40 +334,92 @@ FAST_INLINE static void multiply_up_fast(
         out[n] = at_most_255(scaled(at_most_255(lower_product(a[n], b[n])), scale));
 }
 
-static void multiply_sse2(const byte_pair& pair, const product_scale& scale, uint8_t* out, size_t count)
+namespace {
+
+// The scale of two pictures' product: below 1, or else.
+struct fixed_product {
+    product_scale down;
+    byte_scale up;
+};
+
+} // namespace
+
+#ifdef __SSE2__
+
+// In the order of the vector's halves, unlike what the compiler makes of the loop above.
+FAST_AVX2 static void multiply_unscaled_avx2(const uint8_t* a, const uint8_t* b, uint8_t* out, size_t count)
 {
-    multiply_fast(pair.a, pair.b, scale, out, count);
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i top = _mm256_set1_epi16(255);
+    size_t n = 0;
+    for (; n + 32 <= count; n += 32) {
+        const __m256i x = load_avx2(a + n);
+        const __m256i y = load_avx2(b + n);
+        const __m256i low = _mm256_mullo_epi16(_mm256_unpacklo_epi8(x, zero), _mm256_unpacklo_epi8(y, zero));
+        const __m256i high = _mm256_mullo_epi16(_mm256_unpackhi_epi8(x, zero), _mm256_unpackhi_epi8(y, zero));
+        store_avx2(out + n, _mm256_packus_epi16(_mm256_min_epu16(low, top), _mm256_min_epu16(high, top)));
+    }
+    multiply_unscaled_fast(a + n, b + n, out + n, count - n);
 }
 
-FAST_AVX2 static void multiply_avx2(const byte_pair& pair, const product_scale& scale, uint8_t* out, size_t count)
+#else
+
+static void multiply_unscaled_avx2(const uint8_t* a, const uint8_t* b, uint8_t* out, size_t count)
 {
-    multiply_fast(pair.a, pair.b, scale, out, count);
+    multiply_unscaled_fast(a, b, out, count);
 }
 
-static void multiply_up_sse2(const byte_pair& pair, const byte_scale& scale, uint8_t* out, size_t count)
+#endif
+
+FAST_INLINE static void multiply_all(
+    const uint8_t* a, const uint8_t* b, const fixed_product scale, uint8_t* out, size_t count)
 {
-    multiply_up_fast(pair.a, pair.b, scale, out, count);
+    if (scale.down.exists && scale.down.shift == 0)
+        multiply_fast(a, b, scale.down, out, count);
+    else if (scale.down.exists)
+        multiply_down_fast(a, b, scale.down, out, count);
+    else
+        multiply_up_fast(a, b, scale.up, out, count);
 }
 
-FAST_AVX2 static void multiply_up_avx2(const byte_pair& pair, const byte_scale& scale, uint8_t* out, size_t count)
+static void multiply_sse2(const byte_pair& pair, const fixed_product& scale, uint8_t* out, size_t count)
 {
-    multiply_up_fast(pair.a, pair.b, scale, out, count);
+    if (is_one(scale.up))
+        multiply_unscaled_fast(pair.a, pair.b, out, count);
+    else
+        multiply_all(pair.a, pair.b, scale, out, count);
 }
 
-// False if no fast form exists for these instructions or this scale. Below `largest` no product overflows.
-static bool multiply_by_fixed(instruction_set set, const byte_pair& pair, uint8_t* out, size_t count)
+FAST_AVX2 static void multiply_avx2(const byte_pair& pair, const fixed_product& scale, uint8_t* out, size_t count)
+{
+    if (is_one(scale.up))
+        multiply_unscaled_avx2(pair.a, pair.b, out, count);
+    else
+        multiply_all(pair.a, pair.b, scale, out, count);
+}
+
+// Below `largest` no product overflows.
+static fixed_product make_fixed_product(float scale)
 {
     constexpr float largest = 2147483648.0f / (255 * 255);
-    const product_scale down = make_product_scale(pair.scale);
-    const byte_scale up = pair.scale >= 1.0f && pair.scale < largest ? make_byte_scale(pair.scale) : byte_scale{};
-    if (!down.exists && !up.exists)
+    fixed_product fixed = {make_product_scale(scale), {}};
+    if (scale >= 1.0f && scale < largest)
+        fixed.up = make_byte_scale(scale);
+    return fixed;
+}
+
+// False if no fast form exists for these instructions or this scale.
+static bool multiply_by_fixed(instruction_set set, const byte_pair& pair, uint8_t* out, size_t count)
+{
+    const fixed_product scale = make_fixed_product(pair.scale);
+    if (!scale.down.exists && !scale.up.exists)
         return false;
     switch (set) {
     case instructions_avx2:
-        down.exists ? multiply_avx2(pair, down, out, count) : multiply_up_avx2(pair, up, out, count);
+        multiply_avx2(pair, scale, out, count);
         return true;
     case instructions_sse2:
-        down.exists ? multiply_sse2(pair, down, out, count) : multiply_up_sse2(pair, up, out, count);
+        multiply_sse2(pair, scale, out, count);
         return true;
     case instructions_plain:
     case instruction_set_count:
@@ -391,11 +488,6 @@ FAST_INLINE static void take_lesser_unscaled_fast(const fixed_pair pair, uint8_t
 {
     for (size_t n = 0; n < count; ++n)
         out[n] = std::min(pair.a[n], pair.b[n]);
-}
-
-static bool is_one(const byte_scale& scale)
-{
-    return scale.whole == 1 && scale.part == 0;
 }
 
 static bool is_unscaled(const fixed_pair& pair)
