@@ -311,11 +311,11 @@ constexpr uint32_t ticks_between = 100; // one frame of every second
 
 namespace {
 
-// What is computed for one frame: which effects step, in order, and which pictures are made.
-struct computed_things {
+// A mesh effect that steps, or a picture that is made.
+struct computed_thing {
+    uint32_t effect;          // handle; 0: a picture
+    dynamic_texture* picture; // null: an effect
     uint32_t time;
-    std::vector<uint32_t> effects; // handles
-    std::vector<dynamic_texture*> pictures;
 };
 
 // One path on one card: its frames, drawn, written down and kept.
@@ -326,8 +326,8 @@ struct bench_show {
     gl_caps caps;
     std::vector<uint32_t> times;
     std::vector<call_tape> tapes;
-    std::vector<computed_things> computed;
-    std::vector<frame_layers> layers; // as planned when the frames were kept
+    std::vector<std::vector<computed_thing>> computed; // of every frame, in order
+    std::vector<frame_layers> layers;                  // as planned when the frames were kept
     std::vector<frame> frames;
     size_t calls = 0;
 };
@@ -369,25 +369,35 @@ static bool is_of_effect(const mesh_to_draw& mesh, uint32_t& handle)
     return false;
 }
 
-static computed_things what_was_computed(const frame& f, uint32_t time)
+static void add_computed(const frame& f, const mesh_to_draw& mesh, uint32_t time, std::vector<computed_thing>& computed)
 {
-    computed_things computed = {time, {}, {}};
     uint32_t handle = 0;
-    for (const mesh_to_draw& mesh : f.meshes)
-        if (is_of_effect(mesh, handle))
-            computed.effects.push_back(handle);
-    for (const fresh_picture& picture : f.pictures)
-        computed.pictures.push_back(picture.texture);
+    if (is_of_effect(mesh, handle))
+        computed.push_back({handle, nullptr, time});
+    for (uint32_t i = 0; i < mesh.fresh_count; ++i)
+        computed.push_back({0, f.pictures[mesh.fresh + i].texture, time});
+}
+
+static std::vector<computed_thing> what_was_computed(const frame& f, const frame_layers& layers)
+{
+    std::vector<computed_thing> computed;
+    uint32_t next = 0;
+    for (uint32_t i = 0; i < layers.layer_count; ++i)
+        for (; next < f.mesh_end[i]; ++next)
+            add_computed(f, f.meshes[next], layers.layers[i].time, computed);
     return computed;
 }
 
-static void compute(const computed_things& computed)
+static void compute(const std::vector<computed_thing>& computed)
 {
+    const document& d = production();
     scratch_pixels.clear();
-    for (const uint32_t effect : computed.effects)
-        update_mesh_effect(effect, production().effect_table, production().function_table, computed.time);
-    for (dynamic_texture* picture : computed.pictures)
-        update_dynamic_texture(*picture, production().function_table, computed.time, scratch_pixels);
+    for (const computed_thing& thing : computed) {
+        if (thing.picture != nullptr)
+            update_dynamic_texture(*thing.picture, d.function_table, thing.time, scratch_pixels);
+        else
+            update_mesh_effect(thing.effect, d.effect_table, d.function_table, thing.time);
+    }
 }
 
 // Nothing is known of the context any more: the benchmark before drew on another path.
@@ -414,7 +424,8 @@ static void write_down(bench_show& show)
         draw_ours(show, time);
         end_tape();
         show.calls += tape.count;
-        show.computed.push_back(what_was_computed(drawing.f, time));
+        show.computed.push_back(
+            what_was_computed(drawing.f, plan_layers(production(), time, view_of_screen(), show.caps)));
     }
 }
 
@@ -491,7 +502,7 @@ static void frame_computed(benchmark::State& state, bench_show& show)
 {
     prepare(show);
     for (auto _ : state)
-        for (const computed_things& computed : show.computed)
+        for (const auto& computed : show.computed)
             compute(computed);
     count_frames(state, show);
 }
