@@ -7,7 +7,7 @@ export DEBIAN_FRONTEND=noninteractive
 
 # Whoever plays waits for these: what only makes shows, and what only tests, is not among them.
 player_packages="cmake ninja-build g++ libsdl1.2-dev libgl-dev libglew-dev libstb-dev zlib1g-dev"
-tool_packages="libegl-dev libegl1 libspng-dev nlohmann-json3-dev fonts-dejavu-core liblua5.4-dev libassimp-dev libfreetype-dev libglu1-mesa-dev"
+tool_packages="libegl-dev libegl1 libspng-dev libdeflate-dev nlohmann-json3-dev fonts-dejavu-core liblua5.4-dev libassimp-dev libfreetype-dev libglu1-mesa-dev"
 preview_packages="libsdl2-dev libimgui-dev"
 x86_packages="g++-multilib libsdl1.2debian:i386 libglew2.2:i386 libgl1:i386 libgl1-mesa-dri:i386 zlib1g:i386"
 display_packages="xvfb xdotool imagemagick libgl1-mesa-dri"

@@ -1,5 +1,8 @@
 #include "tools/frames/png_file.h"
 
+#include "content/owners.h"
+#include "model/image_decode.h"
+
 #include <cstring>
 #include <doctest/doctest.h>
 
@@ -43,6 +46,58 @@ TEST_CASE("What the format has no letters for is kept as question marks, and the
     CHECK(read_png_text(small_png({{"Driver", "A\xE2\x84\xA2\tB"}}), "Driver") == "A\xE2?\xA2?B");
     CHECK(read_png_text(small_png({{"Driver", " 'twixt  two "}}), "Driver") == " 'twixt  two ");
     CHECK(small_png({{"", "no keyword"}}).empty());
+}
+
+// Waves with some grain.
+static picture varied_picture(uint32_t width, uint32_t height)
+{
+    picture p = make_picture(width, height, 0, 0, 0);
+    for (size_t i = 0; i < p.rgb.size(); ++i)
+        p.rgb[i] = static_cast<uint8_t>(i / 5 + (i * i >> 7) % 8);
+    return p;
+}
+
+TEST_CASE("Pictures of any size come back from every level as they were")
+{
+    for (uint32_t level = 0; level <= max_png_level; ++level)
+        for (const auto& [width, height] : {std::pair{1u, 1u}, {1u, 7u}, {7u, 1u}, {2u, 3u}, {33u, 17u}, {301u, 90u}}) {
+            const picture p = varied_picture(width, height);
+            const std::vector<uint8_t> png = encode_png(p, {}, level);
+            decoded_image image = {};
+            CAPTURE(level);
+            CAPTURE(width);
+            REQUIRE(decode_image(png.data(), static_cast<uint32_t>(png.size()), 3, image) == image_decoded);
+            const owned_block<uint8_t> pixels(image.pixels);
+            REQUIRE(image.width == width);
+            REQUIRE(image.height == height);
+            REQUIRE(std::memcmp(pixels.get(), p.rgb.data(), p.rgb.size()) == 0);
+        }
+}
+
+TEST_CASE("Higher levels pack a smooth picture into less, and those above the last are the last")
+{
+    const picture p = varied_picture(200, 100);
+    const size_t stored = encode_png(p, {}, 0).size();
+    const size_t fast = encode_png(p, {}, png_level_fast).size();
+    const size_t small = encode_png(p, {}, png_level_small).size();
+    CHECK(stored > p.rgb.size());
+    CHECK(fast < p.rgb.size() / 2);
+    CHECK(small < fast);
+    CHECK(encode_png(p, {}, 4000) == encode_png(p, {}, max_png_level));
+}
+
+TEST_CASE("A file ends with the format's end chunk")
+{
+    constexpr uint8_t expected[] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
+    const std::vector<uint8_t> png = small_png({});
+    REQUIRE(png.size() > sizeof expected);
+    CHECK(std::memcmp(png.data() + png.size() - sizeof expected, expected, sizeof expected) == 0);
+}
+
+TEST_CASE("A keyword has at most 79 letters")
+{
+    CHECK_FALSE(small_png({{std::string(79, 'k'), "text"}}).empty());
+    CHECK(small_png({{std::string(80, 'k'), "text"}}).empty());
 }
 
 TEST_CASE("Files that are no PNG, or end early, have no text")

@@ -32,8 +32,8 @@ PLACES = {  # every other folder below src, and of which others each knows somet
 }
 LIBRARIES = [  # headers that are neither ours nor the language's, and the places or ends of files that may use them
     (r'SDL', ('_sdl.cpp',)), (r'GL/glu\.h', ('authoring/asset/',)), (r'GL/|GLES|glew', ('_gl.cpp',)),
-    (r'EGL/', ('_gl.cpp',)), (r'zlib\.h', ('content/', 'authoring/show/', 'tools/frames/')),
-    (r'spng\.h', ('authoring/asset/', 'tools/frames/')), (r'lua\w*\.h', ('authoring/lua/',)),
+    (r'EGL/', ('_gl.cpp',)), (r'zlib\.h', ('content/', 'authoring/show/')),
+    (r'libdeflate\.h', ('tools/frames/',)), (r'spng\.h', ('authoring/asset/', 'tools/frames/')), (r'lua\w*\.h', ('authoring/lua/',)),
     (r'assimp/|ft2build|FT_', ('authoring/asset/',)), (r'stb/stb_image\.h', ('model/', 'authoring/asset/')),
     (r'stb/stb_image_resize\.h', ('authoring/asset/',)), (r'stb/stb_image_write\.h', ('tools/frames/',)), (r'stb/stb_truetype\.h', ('tools/render/',)),
     (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/preview/', 'tools/render/')),

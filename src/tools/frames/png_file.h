@@ -17,10 +17,16 @@ struct png_text {
     std::string text;
 };
 
+// How hard pixels are packed: 0 not at all, 1 fast, up to 12 slower and smaller.
+constexpr uint32_t png_level_fast = 1;
+constexpr uint32_t png_level_small = 9; // a tenth less than 1, for thirty times the time
+constexpr uint32_t max_png_level = 12;
+
 // The picture as a PNG file with its texts (tEXt) before the pixels; empty for a picture that
 // is not whole or above max_encoded_bytes, and when there is no memory. The same pixels give
-// the same bytes.
-std::vector<uint8_t> encode_png(const picture& p, const std::vector<png_text>& texts = {});
+// the same bytes. While it works it has the pixels once more, and what they are packed to twice.
+std::vector<uint8_t> encode_png(
+    const picture& p, const std::vector<png_text>& texts = {}, uint32_t level = png_level_fast);
 
 // The first text of a keyword before the pixels of a file; empty when there is none. Stops at
 // damage.
