@@ -4,7 +4,7 @@
 #include "authoring/check/diff.h"
 #include "authoring/check/record_fields.h"
 #include "authoring/lua/source.h"
-#include "content/owners.h"
+#include "content/pack.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -48,7 +48,7 @@ inline void copy_file(const test_folder& folder, const std::string& from, const 
 struct built_source {
     built_show built;
     std::vector<uint8_t> pack; // empty: nothing to be played
-    owned_file file;
+    owned_pack file;
     owned_read_document demo, loading;
     std::string told;  // errors and warnings, "3: text" each
     std::string noted; // notes, likewise
@@ -65,7 +65,7 @@ inline built_source build_folder(const test_folder& folder)
     if (has_errors(b.built.problems) || b.built.entries.empty())
         return b;
     b.pack = pack_bytes(b.built.entries);
-    b.file.reset(fmemopen(b.pack.data(), b.pack.size(), "rb"));
+    b.file.reset(pack_open_bytes(b.pack));
     b.demo = read_packed_document(show_document_name, b.file.get());
     b.loading = read_packed_document(loading_document_name, b.file.get());
     return b;

@@ -50,7 +50,7 @@ static uint32_t count_of(const std::string& text, const std::string& part)
 }
 
 // The entries but for the documents. Of several with one name the first counts; one that is damaged is left out.
-static std::map<std::string, std::string> entries_of(FILE* pack)
+static std::map<std::string, std::string> entries_of(const pack_file* pack)
 {
     std::map<std::string, std::string> entries;
     pack_slot slot{};
@@ -79,7 +79,7 @@ static std::string unfolded(const std::string& bytes)
     return {reinterpret_cast<const char*>(content), size};
 }
 
-static std::string difference_of(FILE* before, FILE* after)
+static std::string difference_of(const pack_file* before, const pack_file* after)
 {
     std::string why;
     for (const char* name : {show_document_name, loading_document_name}) {
@@ -99,7 +99,7 @@ static std::string difference_of(FILE* before, FILE* after)
     return "";
 }
 
-static uint32_t records_of(FILE* pack)
+static uint32_t records_of(const pack_file* pack)
 {
     uint32_t count = 0;
     for (const char* name : {show_document_name, loading_document_name}) {
@@ -125,9 +125,9 @@ static void try_pack(round_trip& r, const fs::path& path, bool words_only, const
     }
     built_show built;
     build_source({out, "show.lua"}, built);
-    std::vector<uint8_t> bytes = pack_bytes(built.entries);
-    const owned_file after(fmemopen(bytes.data(), bytes.size(), "rb"));
-    const owned_file before(std::fopen(path.c_str(), "rb"));
+    const std::vector<uint8_t> bytes = pack_bytes(built.entries);
+    const owned_pack after(pack_open_bytes(bytes));
+    const owned_pack before(pack_open(std::fopen(path.c_str(), "rb")));
     const std::string why = difference_of(before.get(), after.get());
     const std::string source = text_of_file(out + "/show.lua");
     const uint32_t raw = count_of(source, "raw(\"");

@@ -26,7 +26,7 @@ struct found_entry {
 
 } // namespace
 
-static found_entry read(FILE* pack, const char* name)
+static found_entry read(const pack_file* pack, const char* name)
 {
     uint8_t untouched = 0;
     uint8_t* bytes = &untouched;
@@ -44,8 +44,8 @@ static found_entry read(FILE* pack, const char* name)
 
 static found_entry read_from(const std::string& pack_bytes, const char* name)
 {
-    const pack_stream pack(pack_bytes);
-    return read(pack.file, name);
+    const pack_in_file pack(pack_bytes);
+    return read(pack.pack, name);
 }
 
 // One entry "x" with these offsets in a pack of 75 + 10 bytes.
@@ -56,24 +56,24 @@ static pack_status status_of_range(uint32_t start, uint32_t end)
 
 TEST_CASE("a pack begins with three bytes, wherever its stream stands")
 {
-    const pack_stream pack(two_entries);
-    CHECK(pack_begins(pack.file));
-    CHECK(pack_begins(pack.file)); // the stream has moved
-    CHECK(pack_begins(pack_stream(std::string("DP\x01", 3)).file));
-    CHECK_FALSE(pack_begins(pack_stream("DP").file));
-    CHECK_FALSE(pack_begins(pack_stream("").file));
-    CHECK_FALSE(pack_begins(pack_stream("DP\x02").file));
-    CHECK_FALSE(pack_begins(pack_stream("xP\x01").file));
+    const pack_in_file pack(two_entries);
+    CHECK(pack_begins(pack.pack));
+    CHECK(pack_begins(pack.pack)); // the stream has moved
+    CHECK(pack_begins(pack_in_file(std::string("DP\x01", 3)).pack));
+    CHECK_FALSE(pack_begins(pack_in_file("DP").pack));
+    CHECK_FALSE(pack_begins(pack_in_file("").pack));
+    CHECK_FALSE(pack_begins(pack_in_file("DP\x02").pack));
+    CHECK_FALSE(pack_begins(pack_in_file("xP\x01").pack));
     CHECK_FALSE(pack_begins(nullptr));
 }
 
 TEST_CASE("entries are found by name with exactly their bytes")
 {
-    const pack_stream pack(two_entries);
-    CHECK(read(pack.file, "a").bytes == "one");
-    CHECK(read(pack.file, "b").bytes == "three");
+    const pack_in_file pack(two_entries);
+    CHECK(read(pack.pack, "a").bytes == "one");
+    CHECK(read(pack.pack, "b").bytes == "three");
     uint32_t size = 0;
-    void* bytes = pack_find_entry(pack.file, "b", &size);
+    void* bytes = pack_find_entry(pack.pack, "b", &size);
     REQUIRE(bytes);
     CHECK(size == 5);
     CHECK(std::memcmp(bytes, "three", 5) == 0);
@@ -82,23 +82,23 @@ TEST_CASE("entries are found by name with exactly their bytes")
 
 TEST_CASE("a missing entry is null, silent, and leaves the size untouched")
 {
-    const pack_stream pack(two_entries);
+    const pack_in_file pack(two_entries);
     uint32_t size = 77;
     void* bytes = &size;
-    CHECK(printed_on(stdout, [&] { bytes = pack_find_entry(pack.file, "c", &size); }).empty());
+    CHECK(printed_on(stdout, [&] { bytes = pack_find_entry(pack.pack, "c", &size); }).empty());
     CHECK(bytes == nullptr);
     CHECK(size == 77);
-    CHECK(read(pack.file, "c").status == pack_missing);
+    CHECK(read(pack.pack, "c").status == pack_missing);
 }
 
 TEST_CASE("no pack and no name find nothing")
 {
-    const pack_stream pack(two_entries);
+    const pack_in_file pack(two_entries);
     uint32_t size = 0;
     CHECK(pack_find_entry(nullptr, "a", &size) == nullptr);
     CHECK(pack_find_entry_ktx(nullptr, "a.png", &size) == nullptr);
     CHECK(read(nullptr, "a").status == pack_missing);
-    CHECK(read(pack.file, nullptr).status == pack_missing);
+    CHECK(read(pack.pack, nullptr).status == pack_missing);
     pack_slot slot;
     CHECK_FALSE(pack_read_slot(nullptr, 0, slot));
 }
@@ -119,8 +119,8 @@ TEST_CASE("the empty name takes the first slot even in an empty index")
 
 TEST_CASE("an empty index has no entry of any name")
 {
-    const pack_stream pack("DP\x01" + terminator);
-    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "a").status == pack_missing); }).empty());
+    const pack_in_file pack("DP\x01" + terminator);
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.pack, "a").status == pack_missing); }).empty());
 }
 
 TEST_CASE("the first of two entries with one name wins")
@@ -193,14 +193,14 @@ TEST_CASE("a comparison that ran past a slot goes back to the slot behind it")
 
 TEST_CASE("a slot that ends with its name has no entry but still a name")
 {
-    const pack_stream pack("DP\x01" + slot_bytes("x", 0, 0).substr(0, pack_name_size));
+    const pack_in_file pack("DP\x01" + slot_bytes("x", 0, 0).substr(0, pack_name_size));
     pack_slot slot;
-    REQUIRE(pack_read_slot(pack.file, 0, slot));
+    REQUIRE(pack_read_slot(pack.pack, 0, slot));
     CHECK(std::string(slot.name) == "x");
     CHECK(slot.damaged);
-    CHECK_FALSE(pack_read_slot(pack.file, 1, slot));
+    CHECK_FALSE(pack_read_slot(pack.pack, 1, slot));
     pack_file_list* list = nullptr;
-    const std::string lines = printed_on(stdout, [&] { list = pack_list_names(pack.file); });
+    const std::string lines = printed_on(stdout, [&] { list = pack_list_names(pack.pack); });
     CHECK(lines == "unexpected error\n"); // where the next slot would begin
     REQUIRE(list->name);
     CHECK(std::string(list->name) == "x");
@@ -209,9 +209,9 @@ TEST_CASE("a slot that ends with its name has no entry but still a name")
 
 TEST_CASE("an entry of no bytes is found and has none")
 {
-    const pack_stream pack("DP\x01" + slot_bytes("x", 75, 74) + terminator);
+    const pack_in_file pack("DP\x01" + slot_bytes("x", 75, 74) + terminator);
     uint32_t size = 77;
-    void* bytes = pack_find_entry(pack.file, "x", &size);
+    void* bytes = pack_find_entry(pack.pack, "x", &size);
     CHECK(bytes != nullptr);
     CHECK(size == 0);
     std::free(bytes);
@@ -247,24 +247,23 @@ TEST_CASE("offsets that leave the pack are damage and no miss")
 TEST_CASE("an index without a terminator ends at the end of the file with one line")
 {
     const std::string index = "DP\x01" + slot_bytes("x", 0, 2) + slot_bytes("y", 0, 1);
-    const pack_stream pack(index);
-    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "x").status == pack_found); }).empty());
-    CHECK(printed_on(stdout, [&] { CHECK(read(pack.file, "z").status == pack_missing); }) == "unexpected error\n");
-    const pack_stream broken(index + "zz");
-    CHECK(printed_on(stdout, [&] { CHECK(read(broken.file, "w").status == pack_missing); }) == "unexpected error\n");
-    CHECK(printed_on(stdout, [&] { CHECK(read(broken.file, "zz").status == pack_damaged); }) == "unexpected error\n");
-    const pack_stream empty("");
-    CHECK(printed_on(stdout, [&] { CHECK(read(empty.file, "x").status == pack_missing); }) == "unexpected error\n");
+    const pack_in_file pack(index);
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.pack, "x").status == pack_found); }).empty());
+    CHECK(printed_on(stdout, [&] { CHECK(read(pack.pack, "z").status == pack_missing); }) == "unexpected error\n");
+    const pack_in_file broken(index + "zz");
+    CHECK(printed_on(stdout, [&] { CHECK(read(broken.pack, "w").status == pack_missing); }) == "unexpected error\n");
+    CHECK(printed_on(stdout, [&] { CHECK(read(broken.pack, "zz").status == pack_damaged); }) == "unexpected error\n");
+    const pack_in_file empty("");
+    CHECK(printed_on(stdout, [&] { CHECK(read(empty.pack, "x").status == pack_missing); }) == "unexpected error\n");
 }
 
 TEST_CASE("every truncated pack gives whole entries or none")
 {
     for (size_t length = 0; length < two_entries.size(); ++length) {
-        // The stream reads an allocation of exactly that size.
-        char* exact = static_cast<char*>(std::malloc(length));
+        // The pack reads an allocation of exactly that size.
+        uint8_t* exact = static_cast<uint8_t*>(std::malloc(length));
         std::memcpy(exact, two_entries.data(), length);
-        FILE* pack = fmemopen(exact, length, "rb");
-        REQUIRE(pack);
+        pack_file* pack = pack_open_bytes({exact, length});
         printed_on(stdout, [&] {
             CHECK((read(pack, "a").status == pack_found) == (length >= 118));
             CHECK(read(pack, "b").status != pack_found);
@@ -275,7 +274,7 @@ TEST_CASE("every truncated pack gives whole entries or none")
             for (uint32_t index = 0; pack_read_slot(pack, index, slot); ++index)
                 CHECK(slot.damaged == (length < (index == 0 ? 118u : 123u)));
         });
-        std::fclose(pack);
+        pack_close(pack);
         std::free(exact);
     }
 }
@@ -286,45 +285,46 @@ TEST_CASE("entries beyond 2 GiB are read on every word size")
     const std::string path = directory.path + "large.dpk";
     constexpr uint32_t start = 0x90000000u;
     write_bytes(path, "DP\x01" + slot_bytes("x", start, start + 2) + terminator);
-    FILE* pack = std::fopen(path.c_str(), "r+b");
-    REQUIRE(pack);
-    if (fseeko(pack, static_cast<off_t>(start), SEEK_SET) == 0 && std::fputs("far", pack) != EOF
-        && std::fflush(pack) == 0) // a hole in the file takes no space, but a file system may refuse it
-        CHECK(read(pack, "x").bytes == "far");
-    std::fclose(pack);
+    FILE* file = std::fopen(path.c_str(), "r+b");
+    REQUIRE(file);
+    const bool is_written = fseeko(file, static_cast<off_t>(start), SEEK_SET) == 0 && std::fputs("far", file) != EOF
+        && std::fflush(file) == 0; // a hole in the file takes no space, but a file system may refuse it
+    const owned_pack pack(pack_open(file));
+    if (is_written)
+        CHECK(read(pack.get(), "x").bytes == "far");
 }
 
 TEST_CASE("slots tell where their entries are")
 {
-    const pack_stream pack("DP\x01" + slot_bytes("x", 115, 117) + slot_bytes("y", 115, 200) + terminator + "abc");
+    const pack_in_file pack("DP\x01" + slot_bytes("x", 115, 117) + slot_bytes("y", 115, 200) + terminator + "abc");
     pack_slot slot;
-    REQUIRE(pack_read_slot(pack.file, 0, slot));
+    REQUIRE(pack_read_slot(pack.pack, 0, slot));
     CHECK(std::string(slot.name) == "x");
     CHECK(slot.start == 115);
     CHECK(slot.size == 3);
     CHECK_FALSE(slot.damaged);
     uint8_t* bytes = nullptr;
-    CHECK(pack_read_slot_bytes(pack.file, slot, &bytes) == pack_found);
+    CHECK(pack_read_slot_bytes(pack.pack, slot, &bytes) == pack_found);
     CHECK(std::memcmp(bytes, "abc", 3) == 0);
     std::free(bytes);
-    REQUIRE(pack_read_slot(pack.file, 1, slot));
+    REQUIRE(pack_read_slot(pack.pack, 1, slot));
     CHECK(slot.damaged);
     CHECK(slot.size == 0);
-    CHECK(pack_read_slot_bytes(pack.file, slot, &bytes) == pack_damaged);
-    CHECK_FALSE(pack_read_slot(pack.file, 2, slot));
+    CHECK(pack_read_slot_bytes(pack.pack, slot, &bytes) == pack_damaged);
+    CHECK_FALSE(pack_read_slot(pack.pack, 2, slot));
 }
 
 TEST_CASE("an index ends with a whole empty name")
 {
-    const pack_stream pack(two_entries);
-    CHECK_FALSE(pack_index_ends(pack.file, 0));
-    CHECK_FALSE(pack_index_ends(pack.file, 1));
-    CHECK(pack_index_ends(pack.file, 2));
+    const pack_in_file pack(two_entries);
+    CHECK_FALSE(pack_index_ends(pack.pack, 0));
+    CHECK_FALSE(pack_index_ends(pack.pack, 1));
+    CHECK(pack_index_ends(pack.pack, 2));
     CHECK_FALSE(pack_index_ends(nullptr, 0));
     for (size_t length = 0; length < 115; ++length) { // 83 bytes of head and slots, 32 of the name
-        const pack_stream cut(two_entries.substr(0, length));
-        CHECK_FALSE(pack_index_ends(cut.file, 2));
+        const pack_in_file cut(two_entries.substr(0, length));
+        CHECK_FALSE(pack_index_ends(cut.pack, 2));
     }
-    const pack_stream bare(two_entries.substr(0, 115));
-    CHECK(pack_index_ends(bare.file, 2));
+    const pack_in_file bare(two_entries.substr(0, 115));
+    CHECK(pack_index_ends(bare.pack, 2));
 }

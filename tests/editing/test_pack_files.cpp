@@ -37,7 +37,8 @@ static std::string pack_of(const std::vector<std::pair<std::string, std::string>
     return "DP\x01" + index + std::string(32, '\0') + data;
 }
 
-static bool write_silently(const pack_file_list* list, const std::string& path, FILE* old_pack, std::string& errors)
+static bool write_silently(
+    const pack_file_list* list, const std::string& path, const pack_file* old_pack, std::string& errors)
 {
     bool written = false;
     errors = printed_on(stderr,
@@ -95,15 +96,14 @@ TEST_CASE("every written entry is found again byte for byte")
     std::string errors;
     REQUIRE(write_silently(list, path, nullptr, errors));
     pack_file_list_free(list);
-    FILE* pack = std::fopen(path.c_str(), "rb");
+    const owned_pack pack(pack_open(std::fopen(path.c_str(), "rb")));
     for (size_t i = 0; i < entries.size(); ++i) {
         uint32_t size = 77;
-        void* bytes = pack_find_entry(pack, entries[i].first.c_str(), &size);
+        void* bytes = pack_find_entry(pack.get(), entries[i].first.c_str(), &size);
         REQUIRE(bytes);
         CHECK((std::string(static_cast<char*>(bytes), size) == contents[i]));
         std::free(bytes);
     }
-    std::fclose(pack);
 }
 
 TEST_CASE("an empty list is written as an empty pack")
@@ -119,11 +119,11 @@ TEST_CASE("an empty list is written as an empty pack")
 TEST_CASE("entries without a directory come from the old pack")
 {
     const temporary_directory directory;
-    const pack_stream old_pack(pack_of({{"old", "from the pack"}, {"empty", ""}, {"unused", "x"}}));
+    const pack_in_file old_pack(pack_of({{"old", "from the pack"}, {"empty", ""}, {"unused", "x"}}));
     write_bytes(directory.path + "new", "from the disk");
     pack_file_list* list = list_of({{"empty", nullptr}, {"new", directory.path.c_str()}, {"old", nullptr}});
     std::string errors;
-    CHECK(write_silently(list, directory.path + "x.dpk", old_pack.file, errors));
+    CHECK(write_silently(list, directory.path + "x.dpk", old_pack.pack, errors));
     CHECK((read_bytes(directory.path + "x.dpk")
         == pack_of({{"empty", ""}, {"new", "from the disk"}, {"old", "from the pack"}})));
     pack_file_list_free(list);
@@ -168,7 +168,7 @@ TEST_CASE("names that do not fit a slot or lead elsewhere are refused")
 
 // Whether writing this list is refused with that line, and leaves the output alone.
 static void check_refused(
-    const temporary_directory& directory, pack_file_list* list, FILE* old_pack, const std::string& line)
+    const temporary_directory& directory, pack_file_list* list, const pack_file* old_pack, const std::string& line)
 {
     const std::string path = directory.path + "x.dpk";
     std::string errors;
@@ -222,15 +222,15 @@ TEST_CASE("writing refuses sources that cannot be read before any file is touche
     }
     SUBCASE("an entry that the old pack lacks")
     {
-        const pack_stream old_pack(pack_of({{"b", "x"}}));
+        const pack_in_file old_pack(pack_of({{"b", "x"}}));
         check_refused(
-            directory, list_of({{"a", nullptr}}), old_pack.file, "Error: the entry \"a\" is not in the pack.\n");
+            directory, list_of({{"a", nullptr}}), old_pack.pack, "Error: the entry \"a\" is not in the pack.\n");
         check_refused(directory, list_of({{"a", nullptr}}), nullptr, "Error: the entry \"a\" is not in the pack.\n");
     }
     SUBCASE("a damaged entry of the old pack")
     {
-        const pack_stream old_pack("DP\x01" + slot_bytes("a", 75, 99) + std::string(32, '\0'));
-        check_refused(directory, list_of({{"a", nullptr}}), old_pack.file, "Error: the entry \"a\" is damaged.\n");
+        const pack_in_file old_pack("DP\x01" + slot_bytes("a", 75, 99) + std::string(32, '\0'));
+        check_refused(directory, list_of({{"a", nullptr}}), old_pack.pack, "Error: the entry \"a\" is damaged.\n");
     }
 }
 
@@ -268,10 +268,10 @@ TEST_CASE("a pack is rewritten in place with its lines in order")
     write_bytes(directory.path + "fourth", "55555");
     pack_file_list* list = list_of({{"third", nullptr}, {"second", directory.path.c_str()}, {"first", nullptr},
         {"fourth", directory.path.c_str()}});
-    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    const owned_pack old_pack(pack_open(std::fopen(path.c_str(), "rb")));
     bool written = false;
-    const std::string lines = printed_on(stdout, [&] { written = pack_write_in_place(list, path.c_str(), old_pack); });
-    std::fclose(old_pack);
+    const std::string lines
+        = printed_on(stdout, [&] { written = pack_write_in_place(list, path.c_str(), old_pack.get()); });
     pack_file_list_free(list);
     CHECK(written);
     CHECK(lines
@@ -305,7 +305,7 @@ TEST_CASE("a disk without room leaves the old pack whole, and says why")
     const temporary_directory elsewhere;
     write_bytes(elsewhere.path + "large", std::string(200000, 'l'));
     check_pack_stays(directory, [&](const std::string& path) {
-        FILE* old_pack = std::fopen(path.c_str(), "rb");
+        const owned_pack old_pack(pack_open(std::fopen(path.c_str(), "rb")));
         struct rlimit before;
         REQUIRE(getrlimit(RLIMIT_FSIZE, &before) == 0);
         const struct rlimit small = {100000, before.rlim_max};
@@ -315,14 +315,13 @@ TEST_CASE("a disk without room leaves the old pack whole, and says why")
                                          : list_of({{"large", elsewhere.path.c_str()}});
             std::string errors;
             setrlimit(RLIMIT_FSIZE, &small);
-            const bool written = write_silently(list, path, old_pack, errors);
+            const bool written = write_silently(list, path, old_pack.get(), errors);
             setrlimit(RLIMIT_FSIZE, &before);
             CHECK_FALSE(written);
             CHECK(errors == "Error: cannot write " + path + ": File too large.\n");
             pack_file_list_free(list);
         }
         std::signal(SIGXFSZ, action);
-        std::fclose(old_pack);
     });
 }
 
@@ -367,15 +366,14 @@ TEST_CASE("the old pack goes on reading its own bytes")
     const temporary_directory directory;
     const std::string path = directory.path + "x.dpk";
     write_bytes(path, pack_of({{"first", "1"}}));
-    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    const owned_pack old_pack(pack_open(std::fopen(path.c_str(), "rb")));
     pack_file_list* list = pack_file_list_new();
     std::string errors;
     CHECK(write_silently(list, path, nullptr, errors));
     uint32_t size = 0;
-    void* bytes = pack_find_entry(old_pack, "first", &size);
+    void* bytes = pack_find_entry(old_pack.get(), "first", &size);
     CHECK(bytes != nullptr);
     std::free(bytes);
-    std::fclose(old_pack);
     pack_file_list_free(list);
 }
 
@@ -386,9 +384,10 @@ TEST_CASE("names that a terminal would act on are spelled out in every line")
     const std::string shown = "a\\x1B[7m\xC3\xA9";
     const std::string path = directory.path + bell + ".dpk";
     write_bytes(path, pack_of({{bell, "1"}}));
-    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    const owned_pack old_pack(pack_open(std::fopen(path.c_str(), "rb")));
     pack_file_list* list = list_of({{bell, nullptr}});
-    const std::string lines = printed_on(stdout, [&] { CHECK(pack_write_in_place(list, path.c_str(), old_pack)); });
+    const std::string lines
+        = printed_on(stdout, [&] { CHECK(pack_write_in_place(list, path.c_str(), old_pack.get())); });
     CHECK(lines == "count = 1\nNAME: " + shown + "\nsize=1\n");
     std::string errors;
     CHECK_FALSE(write_silently(list, path, nullptr, errors));
@@ -402,7 +401,6 @@ TEST_CASE("names that a terminal would act on are spelled out in every line")
     CHECK_FALSE(write_silently(list, path, nullptr, errors));
     CHECK(errors == "Error: cannot open " + directory.path + shown + "/none: No such file or directory.\n");
     pack_file_list_free(list);
-    std::fclose(old_pack);
 }
 
 TEST_CASE("a refused rewrite leaves the pack as it was")
@@ -412,20 +410,19 @@ TEST_CASE("a refused rewrite leaves the pack as it was")
     const std::string before = pack_of({{"first", "1"}});
     write_bytes(path, before);
     pack_file_list* list = list_of({{"first", nullptr}, {"missing", nullptr}});
-    FILE* old_pack = std::fopen(path.c_str(), "rb");
+    const owned_pack old_pack(pack_open(std::fopen(path.c_str(), "rb")));
     std::string lines;
     CHECK(printed_on(stderr, [&] {
-        lines = printed_on(stdout, [&] { CHECK_FALSE(pack_write_in_place(list, path.c_str(), old_pack)); });
+        lines = printed_on(stdout, [&] { CHECK_FALSE(pack_write_in_place(list, path.c_str(), old_pack.get())); });
     }) == "Error: the entry \"missing\" is not in the pack.\n");
     CHECK(lines == "count = 2\nNAME: first\nNAME: missing\n");
     CHECK((read_bytes(path) == before));
-    std::fclose(old_pack);
     pack_file_list_free(list);
 }
 
 // ---- taking apart ------------------------------------------------------------------
 
-static bool extract(FILE* pack, const std::string& prefix, std::string& errors)
+static bool extract(const pack_file* pack, const std::string& prefix, std::string& errors)
 {
     bool complete = false;
     errors = printed_on(
@@ -436,9 +433,9 @@ static bool extract(FILE* pack, const std::string& prefix, std::string& errors)
 TEST_CASE("every entry is extracted to the prefix and its name, with permissions 0600")
 {
     const temporary_directory directory;
-    const pack_stream pack(pack_of({{"a", "one"}, {"b", std::string("\0\xFF\n", 3)}, {"c", ""}, {"a", "never seen"}}));
+    const pack_in_file pack(pack_of({{"a", "one"}, {"b", std::string("\0\xFF\n", 3)}, {"c", ""}, {"a", "never seen"}}));
     std::string errors;
-    CHECK(extract(pack.file, directory.path + "pre_", errors));
+    CHECK(extract(pack.pack, directory.path + "pre_", errors));
     CHECK(errors.empty());
     CHECK(read_bytes(directory.path + "pre_a") == "one");
     CHECK((read_bytes(directory.path + "pre_b") == std::string("\0\xFF\n", 3)));
@@ -450,9 +447,9 @@ TEST_CASE("every entry is extracted to the prefix and its name, with permissions
 TEST_CASE("directories that a name asks for are made")
 {
     const temporary_directory directory;
-    const pack_stream pack(pack_of({{"sky/day/up.png", "one"}, {"sky/down.png", "two"}}));
+    const pack_in_file pack(pack_of({{"sky/day/up.png", "one"}, {"sky/down.png", "two"}}));
     std::string errors;
-    CHECK(extract(pack.file, directory.path, errors));
+    CHECK(extract(pack.pack, directory.path, errors));
     CHECK(read_bytes(directory.path + "sky/day/up.png") == "one");
     CHECK(read_bytes(directory.path + "sky/down.png") == "two");
 }
@@ -461,9 +458,9 @@ TEST_CASE("an existing file is overwritten whole")
 {
     const temporary_directory directory;
     write_bytes(directory.path + "a", "something longer");
-    const pack_stream pack(pack_of({{"a", "one"}}));
+    const pack_in_file pack(pack_of({{"a", "one"}}));
     std::string errors;
-    CHECK(extract(pack.file, directory.path, errors));
+    CHECK(extract(pack.pack, directory.path, errors));
     CHECK(read_bytes(directory.path + "a") == "one");
 }
 
@@ -471,13 +468,13 @@ TEST_CASE("an existing file is left as it is where nothing may be replaced")
 {
     const temporary_directory directory;
     write_bytes(directory.path + "a", "precious");
-    const pack_stream pack(pack_of({{"a", "one"}, {"b", "two"}}));
-    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_extract_all(pack.file, directory.path.c_str(), false)); })
+    const pack_in_file pack(pack_of({{"a", "one"}, {"b", "two"}}));
+    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_extract_all(pack.pack, directory.path.c_str(), false)); })
         == "Error: cannot write " + directory.path + "a: File exists.\n");
     CHECK(read_bytes(directory.path + "a") == "precious");
     CHECK(read_bytes(directory.path + "b") == "two");
     pack_file_list* list = list_of({{"a", nullptr}, {"b", nullptr}});
-    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_export_list(list, pack.file, directory.path.c_str(), false)); })
+    CHECK(printed_on(stderr, [&] { CHECK_FALSE(pack_export_list(list, pack.pack, directory.path.c_str(), false)); })
         == "Error: cannot write " + directory.path + "a: File exists.\nError: cannot write " + directory.path
             + "b: File exists.\n");
     pack_file_list_free(list);
@@ -489,14 +486,14 @@ TEST_CASE("a disk without room leaves the file that was there, and no part of th
     const temporary_directory directory;
     write_bytes(directory.path + "a", "precious");
     const std::string large(200000, 'l');
-    const pack_stream pack(pack_of({{"a", large}, {"b", large}}));
+    const pack_in_file pack(pack_of({{"a", large}, {"b", large}}));
     struct rlimit before;
     REQUIRE(getrlimit(RLIMIT_FSIZE, &before) == 0);
     const struct rlimit small = {100000, before.rlim_max};
     const auto action = std::signal(SIGXFSZ, SIG_IGN);
     std::string errors;
     setrlimit(RLIMIT_FSIZE, &small);
-    const bool complete = extract(pack.file, directory.path, errors);
+    const bool complete = extract(pack.pack, directory.path, errors);
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, action);
     CHECK_FALSE(complete);
@@ -511,11 +508,11 @@ TEST_CASE("folders that cannot be made say why")
 {
     const temporary_directory directory;
     write_bytes(directory.path + "d", "a file");
-    const pack_stream pack(pack_of({{"d/b", "two"}}));
+    const pack_in_file pack(pack_of({{"d/b", "two"}}));
     std::string errors;
-    CHECK_FALSE(extract(pack.file, directory.path, errors));
+    CHECK_FALSE(extract(pack.pack, directory.path, errors));
     CHECK(errors == "Error: " + directory.path + "d is not a folder.\n");
-    CHECK_FALSE(extract(pack.file, directory.path + "none/", errors));
+    CHECK_FALSE(extract(pack.pack, directory.path + "none/", errors));
     CHECK(errors == "Error: cannot make the folder " + directory.path + "none/d: No such file or directory.\n");
 }
 
@@ -524,9 +521,9 @@ TEST_CASE("entries whose names lead elsewhere are left out and reported")
     const temporary_directory directory;
     mkdir((directory.path + "in").c_str(), 0700);
     const std::string full(32, 'n');
-    const pack_stream pack(pack_of({{"../out", "x"}, {directory.path + "q", "x"}, {full, "x"}, {"good", "one"}}));
+    const pack_in_file pack(pack_of({{"../out", "x"}, {directory.path + "q", "x"}, {full, "x"}, {"good", "one"}}));
     std::string errors;
-    CHECK_FALSE(extract(pack.file, directory.path + "in/", errors));
+    CHECK_FALSE(extract(pack.pack, directory.path + "in/", errors));
     CHECK(errors
         == "Error: the name \"../out\" has \"..\" in it.\n"
            "Error: the name \""
@@ -544,10 +541,10 @@ TEST_CASE("a damaged entry is left out and leaves its file alone")
 {
     const temporary_directory directory;
     write_bytes(directory.path + "a", "what was there");
-    const pack_stream pack(
+    const pack_in_file pack(
         "DP\x01" + slot_bytes("a", 115, 200) + slot_bytes("b", 115, 117) + std::string(32, '\0') + "two");
     std::string errors;
-    CHECK_FALSE(extract(pack.file, directory.path, errors));
+    CHECK_FALSE(extract(pack.pack, directory.path, errors));
     CHECK(errors == "Error: the entry \"a\" is damaged.\n");
     CHECK(read_bytes(directory.path + "a") == "what was there");
     CHECK(read_bytes(directory.path + "b") == "two");
@@ -561,9 +558,9 @@ TEST_CASE("extracting passes through no symbolic link")
     write_bytes(directory.path + "target", "precious");
     CHECK(symlink("../target", (directory.path + "in/a").c_str()) == 0);
     CHECK(symlink("../elsewhere", (directory.path + "in/d").c_str()) == 0);
-    const pack_stream pack(pack_of({{"a", "one"}, {"d/b", "two"}}));
+    const pack_in_file pack(pack_of({{"a", "one"}, {"d/b", "two"}}));
     std::string errors;
-    CHECK_FALSE(extract(pack.file, directory.path + "in/", errors));
+    CHECK_FALSE(extract(pack.pack, directory.path + "in/", errors));
     CHECK(errors
         == "Error: cannot write " + directory.path + "in/a: it is a symbolic link.\n" + "Error: " + directory.path
             + "in/d is a symbolic link.\n");
@@ -576,13 +573,12 @@ TEST_CASE("the pack is not overwritten by one of its entries")
     const temporary_directory directory;
     const std::string before = pack_of({{"x.dpk", "one"}, {"b", "two"}});
     write_bytes(directory.path + "x.dpk", before);
-    FILE* pack = std::fopen((directory.path + "x.dpk").c_str(), "rb");
+    const owned_pack pack(pack_open(std::fopen((directory.path + "x.dpk").c_str(), "rb")));
     std::string errors;
-    CHECK_FALSE(extract(pack, directory.path, errors));
+    CHECK_FALSE(extract(pack.get(), directory.path, errors));
     CHECK(errors == "Error: cannot write " + directory.path + "x.dpk: it is being read.\n");
     CHECK((read_bytes(directory.path + "x.dpk") == before));
     CHECK(read_bytes(directory.path + "b") == "two");
-    std::fclose(pack);
 }
 
 TEST_CASE("what is no file is not written into")
@@ -590,9 +586,9 @@ TEST_CASE("what is no file is not written into")
     const temporary_directory directory;
     mkdir((directory.path + "a").c_str(), 0700);
     mkfifo((directory.path + "b").c_str(), 0600);
-    const pack_stream pack(pack_of({{"a", "one"}, {"b", "two"}}));
+    const pack_in_file pack(pack_of({{"a", "one"}, {"b", "two"}}));
     std::string errors;
-    CHECK_FALSE(extract(pack.file, directory.path, errors));
+    CHECK_FALSE(extract(pack.pack, directory.path, errors));
     CHECK(errors.find("Error: cannot write " + directory.path + "a: ") == 0);
     CHECK(errors.find("Error: cannot write " + directory.path + "b: ") != std::string::npos);
     CHECK_FALSE(extract(nullptr, directory.path, errors));
@@ -604,9 +600,9 @@ TEST_CASE("a list is exported from its directories and from the pack")
     const std::string out = directory.path + "out/";
     mkdir(out.c_str(), 0700);
     write_bytes(directory.path + "disk", std::string(200000, 'd'));
-    const pack_stream pack(pack_of({{"disk", "not this"}, {"packed", "one"}, {"other", "two"}}));
+    const pack_in_file pack(pack_of({{"disk", "not this"}, {"packed", "one"}, {"other", "two"}}));
     pack_file_list* list = list_of({{"disk", directory.path.c_str()}, {"packed", nullptr}});
-    CHECK(pack_export_list(list, pack.file, out.c_str()));
+    CHECK(pack_export_list(list, pack.pack, out.c_str()));
     CHECK((read_bytes(out + "disk") == std::string(200000, 'd')));
     CHECK(read_bytes(out + "packed") == "one");
     CHECK_FALSE(file_exists(out + "other"));
@@ -618,11 +614,11 @@ TEST_CASE("an export goes on behind what it cannot do")
 {
     const temporary_directory directory;
     write_bytes(directory.path + "self", "precious");
-    const pack_stream pack(pack_of({{"packed", "one"}}));
+    const pack_in_file pack(pack_of({{"packed", "one"}}));
     pack_file_list* list = list_of({{"self", directory.path.c_str()}, {"gone", directory.path.c_str()},
         {"missing", nullptr}, {"../x", nullptr}, {"packed", nullptr}});
     std::string errors
-        = printed_on(stderr, [&] { CHECK_FALSE(pack_export_list(list, pack.file, directory.path.c_str())); });
+        = printed_on(stderr, [&] { CHECK_FALSE(pack_export_list(list, pack.pack, directory.path.c_str())); });
     CHECK(errors
         == "Error: cannot write " + directory.path + "self: it is being read.\n" + "Error: cannot open "
             + directory.path + "gone: No such file or directory.\n"

@@ -12,30 +12,30 @@ static const std::string terminator(32, '\0');
 
 TEST_CASE("a damaged entry is null for those who need no reason")
 {
-    const pack_stream pack("DP\x01" + slot_bytes("x", 75, 85) + terminator + "0123456789");
+    const pack_in_file pack("DP\x01" + slot_bytes("x", 75, 85) + terminator + "0123456789");
     uint32_t size = 77;
-    CHECK(pack_find_entry(pack.file, "x", &size) == nullptr);
+    CHECK(pack_find_entry(pack.pack, "x", &size) == nullptr);
     CHECK(size == 77);
 }
 
 TEST_CASE("a texture's other form is asked for with its last three letters replaced")
 {
-    const pack_stream pack(
+    const pack_in_file pack(
         "DP\x01" + slot_bytes("rock.ktx", 115, 117) + slot_bytes("ktx", 118, 118) + terminator + "abcd");
     uint32_t size = 0;
-    void* bytes = pack_find_entry_ktx(pack.file, "rock.png", &size);
+    void* bytes = pack_find_entry_ktx(pack.pack, "rock.png", &size);
     REQUIRE(bytes);
     CHECK(size == 3);
     std::free(bytes);
-    bytes = pack_find_entry_ktx(pack.file, "png", &size);
+    bytes = pack_find_entry_ktx(pack.pack, "png", &size);
     REQUIRE(bytes);
     CHECK(size == 1);
     std::free(bytes);
     size = 77;
-    CHECK(pack_find_entry_ktx(pack.file, "stone.png", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, "ab", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, "", &size) == nullptr);
-    CHECK(pack_find_entry_ktx(pack.file, nullptr, &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.pack, "stone.png", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.pack, "ab", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.pack, "", &size) == nullptr);
+    CHECK(pack_find_entry_ktx(pack.pack, nullptr, &size) == nullptr);
     CHECK(size == 77);
 }
 
@@ -61,17 +61,17 @@ static pack_file_list* list_of_three()
 TEST_CASE("names are listed in index order, duplicates too")
 {
     const std::string full(32, 'n');
-    const pack_stream pack("DP\x01" + slot_bytes("b", 0, 0) + slot_bytes("a", 0, 0) + slot_bytes("b", 0, 0)
+    const pack_in_file pack("DP\x01" + slot_bytes("b", 0, 0) + slot_bytes("a", 0, 0) + slot_bytes("b", 0, 0)
         + slot_bytes(full, 0, 0) + terminator);
-    pack_file_list* list = pack_list_names(pack.file);
+    pack_file_list* list = pack_list_names(pack.pack);
     CHECK(names_of(list) == "b,-;a,-;b,-;" + full + ",-;");
     pack_file_list_free(list);
 }
 
 TEST_CASE("the names of an empty pack and of no pack are an empty list")
 {
-    const pack_stream pack("DP\x01" + terminator);
-    pack_file_list* list = pack_list_names(pack.file);
+    const pack_in_file pack("DP\x01" + terminator);
+    pack_file_list* list = pack_list_names(pack.pack);
     CHECK(names_of(list) == "");
     pack_file_list_free(list);
     list = pack_list_names(nullptr);
@@ -81,9 +81,9 @@ TEST_CASE("the names of an empty pack and of no pack are an empty list")
 
 TEST_CASE("the names of an index without a terminator end with a line")
 {
-    const pack_stream pack("DP\x01" + slot_bytes("x", 0, 0) + "yy");
+    const pack_in_file pack("DP\x01" + slot_bytes("x", 0, 0) + "yy");
     pack_file_list* list = nullptr;
-    CHECK(printed_on(stdout, [&] { list = pack_list_names(pack.file); }) == "unexpected error\n");
+    CHECK(printed_on(stdout, [&] { list = pack_list_names(pack.pack); }) == "unexpected error\n");
     CHECK(names_of(list) == "x,-;");
     pack_file_list_free(list);
 }

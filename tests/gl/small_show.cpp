@@ -429,14 +429,14 @@ small_show::small_show(const show_text& text, const show_options& options)
     caps = caps_for(options);
     reset_rippler_cache(test_renderer().tools.rippler);
     xml_node* root = xml_parse(text.document().c_str());
-    FILE* pack = open_pack(text.entries);
+    pack_file* pack = open_pack(text.entries);
     document_create(d, "demo.xmlz", timeline_new());
     document_loader loader;
     document_loader_begin(loader, d, root, pack, {caps, driver_formats(), glsl, options.first_images});
     output_capture capture;
     const bool loaded = document_loader_run(loader);
     const std::string lines = capture.end();
-    std::fclose(pack);
+    pack_close(pack);
     xml_free(root);
     CHECK_MESSAGE(only_warnings(lines), lines);
     CHECK_MESSAGE((options.dangling ? !lines.empty() : lines.find(" does not exist.") == std::string::npos), lines);

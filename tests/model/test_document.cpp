@@ -376,9 +376,9 @@ TEST_CASE("a reference that a material names as a texture is no scene object's")
 
 static xml_node* tree_from_pack(const std::vector<pack_content>& entries, std::string& problem)
 {
-    FILE* pack = open_pack(entries);
+    pack_file* pack = open_pack(entries);
     xml_node* root = load_document_tree(pack, "demo.xmlz", problem);
-    std::fclose(pack);
+    pack_close(pack);
     return root;
 }
 
@@ -425,10 +425,10 @@ TEST_CASE("a document that does not inflate is a problem")
 TEST_CASE("a document whose entry leaves the pack is a problem")
 {
     std::string problem;
-    FILE* pack = open_pack({{"demo.xmlz", in_envelope("<a/>")}});
-    std::fseek(pack, 39, SEEK_SET); // the end offset of the first slot
-    std::fputc(0x7F, pack);
+    std::string bytes = packed({{"demo.xmlz", in_envelope("<a/>")}});
+    bytes[39] = 0x7F; // the end offset of the first slot
+    pack_file* pack = open_packed(bytes);
     CHECK(load_document_tree(pack, "demo.xmlz", problem) == nullptr);
     CHECK(problem == "Error: demo.xmlz: the document is damaged.");
-    std::fclose(pack);
+    pack_close(pack);
 }

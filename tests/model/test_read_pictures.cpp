@@ -64,9 +64,9 @@ TEST_CASE("what is wrong with a mesh's entry is said in one line")
 
 TEST_CASE("an entry whose offsets leave the pack is damaged")
 {
-    FILE* pack = open_pack(with_mesh(in_envelope(mesh_text(3, 1, {}))));
-    std::fseek(pack, 39, SEEK_SET); // the end offset of the first slot
-    std::fputc(0x7F, pack);
+    std::string bytes = packed(with_mesh(in_envelope(mesh_text(3, 1, {}))));
+    bytes[39] = 0x7F; // the end offset of the first slot
+    pack_file* pack = open_packed(bytes);
     document_text text;
     text.records[3] = "<m filename=\"x.mesh\"/>";
     xml_node* root = xml_parse(to_text(text).c_str());
@@ -80,7 +80,7 @@ TEST_CASE("an entry whose offsets leave the pack is damaged")
     CHECK(reader.problems[0].text == "Error: demo.xmlz: section 3 (meshes), record 1: entry \"x.mesh\" is damaged.");
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 TEST_CASE("without a pack every entry is missing")
@@ -104,7 +104,7 @@ TEST_CASE("one entry named again and again cannot fill the memory")
     document_text text;
     text.records[3] = repeated("<m filename=\"x.mesh\"/>", 2);
     xml_node* root = xml_parse(to_text(text).c_str());
-    FILE* pack = open_pack(with_mesh(in_envelope(mesh_text(3, 1, {}))));
+    pack_file* pack = open_pack(with_mesh(in_envelope(mesh_text(3, 1, {}))));
     document d;
     document_create(d, "demo.xmlz", nullptr);
     document_reader reader;
@@ -118,7 +118,7 @@ TEST_CASE("one entry named again and again cannot fill the memory")
         == "Error: demo.xmlz: section 3 (meshes), record 2: meshes and images unfold to more than 2048 MiB.");
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 // ---- image textures -----------------------------------------------------------------
@@ -162,7 +162,7 @@ TEST_CASE("images and faces count towards what a document unfolds to")
     text.records[8] = "<c xp=\"f.tga\" xn=\"f.tga\" yp=\"f.tga\" yn=\"f.tga\" zp=\"f.tga\" zn=\"f.tga\" "
                       "texture_format=\"0\" texture_filter=\"0\"/>";
     xml_node* root = xml_parse(to_text(text).c_str());
-    FILE* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}, {"f.tga", tga_picture(3, 3, 3)}});
+    pack_file* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}, {"f.tga", tga_picture(3, 3, 3)}});
     document d;
     document_create(d, "demo.xmlz", nullptr);
     document_reader reader;
@@ -175,7 +175,7 @@ TEST_CASE("images and faces count towards what a document unfolds to")
     CHECK(reader.unfolded_bytes == 3 * 140 + 6 * 27);
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 TEST_CASE("the last byte that a document may unfold to is still its own")
@@ -183,7 +183,7 @@ TEST_CASE("the last byte that a document may unfold to is still its own")
     document_text text;
     text.records[7] = repeated("<i filename=\"a.tga\" texture_format=\"0\" texture_filter=\"0\"/>", 3);
     xml_node* root = xml_parse(to_text(text).c_str());
-    FILE* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}});
+    pack_file* pack = open_pack({{"a.tga", tga_picture(5, 7, 4)}});
     document d;
     document_create(d, "demo.xmlz", nullptr);
     document_reader reader;
@@ -195,7 +195,7 @@ TEST_CASE("the last byte that a document may unfold to is still its own")
     CHECK(document_read_step(reader) == read_failed);
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 TEST_CASE("ready-made levels are taken when they have half and a quarter of the size")

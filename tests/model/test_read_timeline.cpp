@@ -163,7 +163,7 @@ TEST_CASE("tracks beyond the thirty-second are stepped over in silence")
 TEST_CASE("a document without a timeline has its tracks stepped over")
 {
     xml_node* root = xml_parse(to_text(complete_document()).c_str());
-    FILE* pack = open_pack(complete_pack());
+    pack_file* pack = open_pack(complete_pack());
     document d;
     document_create(d, "loading.xmlz", nullptr);
     document_reader reader;
@@ -174,7 +174,7 @@ TEST_CASE("a document without a timeline has its tracks stepped over")
     CHECK(step == read_done);
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 TEST_CASE("what a clip names and does not exist is warned about")

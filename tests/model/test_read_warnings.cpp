@@ -534,7 +534,7 @@ static std::string timeline_lines(const std::string& timeline, const char* name 
     document_text text = complete_document();
     text.records[14] = timeline;
     const owned_tree root(xml_parse(to_text(text).c_str()));
-    FILE* pack = open_pack(complete_pack());
+    pack_file* pack = open_pack(complete_pack());
     document d;
     document_create(d, name, timeline_new());
     document_reader reader;
@@ -547,7 +547,7 @@ static std::string timeline_lines(const std::string& timeline, const char* name 
     for (const document_problem& problem : reader.problems)
         all += problem.text + "\n";
     document_free(d);
-    std::fclose(pack);
+    pack_close(pack);
     return all;
 }
 
@@ -721,7 +721,7 @@ TEST_CASE("warnings are counted, and the first 4096 kept, with what is fatal beh
     document_text text = complete_document();
     text.records[11] = "<material>" + repeated("<x/>", 5000) + "</material><material><red/></material>";
     xml_node* root = xml_parse(to_text(text).c_str());
-    FILE* pack = open_pack(complete_pack());
+    pack_file* pack = open_pack(complete_pack());
     document d;
     document_create(d, "demo.xmlz", timeline_new());
     document_reader reader;
@@ -736,5 +736,5 @@ TEST_CASE("warnings are counted, and the first 4096 kept, with what is fatal beh
     CHECK(reader.problems[4096].fatal);
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }

@@ -84,7 +84,7 @@ namespace {
 // A document read to its end with a handover, and never uploaded: what it takes is there to be looked at.
 struct asked_reading {
     document d = {};
-    FILE* pack;
+    pack_file* pack;
     xml_node* root;
     record_handover h;
     document_reader reader;
@@ -121,7 +121,7 @@ struct asked_reading {
         }
         document_free(d);
         xml_free(root);
-        std::fclose(pack);
+        pack_close(pack);
     }
     asked_reading(const asked_reading&) = delete;
     asked_reading& operator=(const asked_reading&) = delete;

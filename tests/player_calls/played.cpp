@@ -121,8 +121,7 @@ static void write_show(const scripted_show& show)
             {"loading.xmlz", bytes_of(show, "loading.xmlz", production_text({.is_complete = show.is_complete}))});
     if (show.has_production)
         entries.push_back({"demo.xmlz", bytes_of(show, "demo.xmlz", production_text(show))});
-    FILE* pack = open_pack(entries);
-    write_file("demo.dpk", read_to_end(pack));
+    write_file("demo.dpk", packed(entries));
     FILE* tone = std::fopen(TONE_FILE, "rb");
     std::string music = read_to_end(tone);
     write_file("tone.ogg", music);

@@ -2,7 +2,7 @@
 
 #include "authoring/check/read_documents.h"
 #include "authoring/lua/source.h"
-#include "content/owners.h"
+#include "content/pack.h"
 #include "frame_bench.h"
 #include "tools/preview/pick.h"
 
@@ -253,8 +253,8 @@ static layer_plan layer_of_source(const std::string& source)
     std::error_code ignored;
     std::filesystem::remove_all(folder, ignored);
     REQUIRE(!has_errors(built.problems));
-    std::vector<uint8_t> pack = pack_bytes(built.entries);
-    const owned_file file(fmemopen(pack.data(), pack.size(), "rb"));
+    const std::vector<uint8_t> pack = pack_bytes(built.entries);
+    const owned_pack file(pack_open_bytes(pack));
     const owned_read_document read = read_packed_document(show_document_name, file.get());
     const frame_layers layers = plan_layers(read->d, 50, {800, 600, 4.0f / 3.0f, {0, 0, 0, 0}}, initial_caps);
     REQUIRE(layers.layer_count == 1);

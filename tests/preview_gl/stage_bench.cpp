@@ -1,6 +1,6 @@
 #include "stage_bench.h"
 
-#include "content/owners.h"
+#include "content/pack.h"
 #include "model/record_handover.h"
 #include "shell/loading.h"
 #include "tools/frames/frame_clock.h"
@@ -76,7 +76,7 @@ void stage_bench::load_plainly(const show_build& build)
 {
     REQUIRE(!s.has_show);
     s.pack = build.pack;
-    s.file = fmemopen(s.pack.data(), s.pack.size(), "rb");
+    s.file = pack_open_bytes(s.pack);
     owned_tree tree;
     std::string problem;
     std::srand(s.wish.seed);
@@ -252,15 +252,10 @@ show_build built_from(const document_text& text, const std::vector<pack_content>
 {
     std::vector<pack_content> all = entries;
     all.push_back({"demo.xmlz", in_envelope(to_text(text))});
-    const owned_file pack(open_pack(all));
-    std::vector<uint8_t> bytes;
-    REQUIRE(std::fseek(pack.get(), 0, SEEK_END) == 0);
-    bytes.resize(static_cast<size_t>(std::ftell(pack.get())));
-    std::rewind(pack.get());
-    REQUIRE(std::fread(bytes.data(), 1, bytes.size(), pack.get()) == bytes.size());
+    const std::string bytes = packed(all);
     show_build result;
     result.can_play = true;
-    result.pack = std::move(bytes);
+    result.pack.assign(bytes.begin(), bytes.end());
     return result;
 }
 

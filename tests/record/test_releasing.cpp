@@ -90,7 +90,7 @@ struct releasing_case {
 static void load(document& d, const releasing_case& c, const gl_caps& caps)
 {
     const document_text text = drawn_document();
-    FILE* pack = open_pack(complete_pack());
+    pack_file* pack = open_pack(complete_pack());
     xml_node* root = xml_parse(to_text(text).c_str());
     document_create(d, "demo.xmlz", timeline_new());
     document_loader loader;
@@ -98,7 +98,7 @@ static void load(document& d, const releasing_case& c, const gl_caps& caps)
     const bool loaded = document_loader_run(loader);
     CHECK_MESSAGE(loaded, loader.error);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 // Loads and draws, the second time in a window of another size: the target is made anew twice.

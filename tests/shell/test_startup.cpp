@@ -1,3 +1,4 @@
+#include "content/pack.h"
 #include "shell/log.h"
 #include "shell/startup.h"
 
@@ -232,12 +233,12 @@ struct discovery {
 static discovery discover()
 {
     const output_capture capture = capture_begin();
-    FILE* const pack = discover_pack();
+    pack_file* const pack = discover_pack();
     discovery result = {pack != nullptr, capture_end(capture), ""};
     if (pack != nullptr) {
         char line[64] = "";
-        result.content = std::fgets(line, sizeof line, pack) != nullptr ? line : "";
-        std::fclose(pack);
+        result.content = std::fgets(line, sizeof line, pack->stream) != nullptr ? line : "";
+        pack_close(pack);
     }
     return result;
 }

@@ -2,6 +2,8 @@
 // directory of its own that goes with the test.
 #pragma once
 
+#include "content/pack.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -76,23 +78,23 @@ inline std::string slot_bytes(std::string name, uint32_t start, uint32_t end)
     return name + big_endian(start) + big_endian(end);
 }
 
-// A stream over bytes of its own, of exactly that size.
-struct pack_stream {
+// An open pack of these bytes in a file of its own.
+struct pack_in_file {
     std::string path;
-    FILE* file;
-    explicit pack_stream(const std::string& bytes)
+    pack_file* pack;
+    explicit pack_in_file(const std::string& bytes)
     {
         char pattern[] = "/tmp/test_content_XXXXXX";
         close(mkstemp(pattern));
         path = pattern;
         write_bytes(path, bytes);
-        file = std::fopen(pattern, "rb");
+        pack = pack_open(std::fopen(pattern, "rb"));
     }
-    ~pack_stream()
+    ~pack_in_file()
     {
-        std::fclose(file);
+        pack_close(pack);
         std::remove(path.c_str());
     }
-    pack_stream(const pack_stream&) = delete;
-    pack_stream& operator=(const pack_stream&) = delete;
+    pack_in_file(const pack_in_file&) = delete;
+    pack_in_file& operator=(const pack_in_file&) = delete;
 };

@@ -139,7 +139,7 @@ static void append_big_endian(std::string& text, uint32_t value)
         text += static_cast<char>(value >> shift);
 }
 
-FILE* open_pack(const std::vector<pack_content>& entries)
+std::string packed(const std::vector<pack_content>& entries)
 {
     std::string index = std::string("DP\1", 3);
     std::string data;
@@ -150,12 +150,21 @@ FILE* open_pack(const std::vector<pack_content>& entries)
         append_big_endian(index, static_cast<uint32_t>(start + entry.bytes.size() - 1));
         data += entry.bytes;
     }
-    const std::string all = index + std::string(32, '\0') + data;
-    FILE* pack = std::tmpfile();
-    REQUIRE(pack != nullptr);
-    REQUIRE(std::fwrite(all.data(), 1, all.size(), pack) == all.size());
-    std::rewind(pack);
-    return pack;
+    return index + std::string(32, '\0') + data;
+}
+
+pack_file* open_packed(const std::string& bytes)
+{
+    FILE* file = std::tmpfile();
+    REQUIRE(file != nullptr);
+    REQUIRE(std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size());
+    REQUIRE(std::fflush(file) == 0);
+    return pack_open(file);
+}
+
+pack_file* open_pack(const std::vector<pack_content>& entries)
+{
+    return open_packed(packed(entries));
 }
 
 std::vector<pack_content> complete_pack()
@@ -264,7 +273,7 @@ reading::~reading()
 {
     document_free(d);
     xml_free(root);
-    std::fclose(pack);
+    pack_close(pack);
 }
 
 std::string joined(const reading& r)

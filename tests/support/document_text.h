@@ -4,6 +4,7 @@
 // below are valid records that tests change by a word. Packs are temporary files.
 #pragma once
 
+#include "content/pack.h"
 #include "content/xml.h"
 #include "model/document_reader.h"
 
@@ -59,8 +60,12 @@ struct pack_content {
     std::string bytes;
 };
 
-// A pack with these entries as an open temporary file; the caller closes it.
-FILE* open_pack(const std::vector<pack_content>& entries);
+// The bytes of a pack with these entries.
+std::string packed(const std::vector<pack_content>& entries);
+
+// An open pack of these bytes, or with these entries, in a temporary file; the caller closes it.
+pack_file* open_packed(const std::string& bytes);
+pack_file* open_pack(const std::vector<pack_content>& entries);
 
 // The entries that complete_document names.
 std::vector<pack_content> complete_pack();
@@ -82,7 +87,7 @@ std::string tga_picture(uint16_t width, uint16_t height, uint32_t components, ui
 struct reading {
     document d;
     xml_node* root;
-    FILE* pack;
+    pack_file* pack;
     std::vector<std::string> lines; // all problems
     std::vector<document_problem> problems;
     bool failed;

@@ -324,7 +324,7 @@ struct entry_content {
 } // namespace
 
 // Of two entries with one name the first, which the player takes.
-static std::map<std::string, entry_content> entries_of(FILE* pack)
+static std::map<std::string, entry_content> entries_of(const pack_file* pack)
 {
     std::map<std::string, entry_content> entries;
     pack_slot slot{};
@@ -372,7 +372,8 @@ static std::string reading_problem(const read_document& before, const read_docum
     return "";
 }
 
-static void compare_documents(const char* name, FILE* before, FILE* after, pack_difference& difference)
+static void compare_documents(
+    const char* name, const pack_file* before, const pack_file* after, pack_difference& difference)
 {
     const owned_read_document a = read_packed_document(name, before);
     const owned_read_document b = read_packed_document(name, after);
@@ -388,7 +389,7 @@ static void compare_documents(const char* name, FILE* before, FILE* after, pack_
     difference.documents.push_back(std::move(change));
 }
 
-pack_difference diff_packs(FILE* before, FILE* after)
+pack_difference diff_packs(const pack_file* before, const pack_file* after)
 {
     pack_difference difference;
     std::map<std::string, entry_content> a = entries_of(before);

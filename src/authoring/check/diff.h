@@ -7,7 +7,6 @@
 #include "authoring/check/read_documents.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -58,7 +57,7 @@ struct pack_difference {
 };
 
 // Documents whose bytes are equal are not read. A null pack is an empty one.
-pack_difference diff_packs(FILE* before, FILE* after);
+pack_difference diff_packs(const pack_file* before, const pack_file* after);
 
 // The records of two documents that differ, in the order of the sections.
 std::vector<record_change> diff_documents(const read_document& before, const read_document& after);

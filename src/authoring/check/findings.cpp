@@ -146,7 +146,7 @@ static void drop_attributes_of_swapped(finding_list& findings)
     }
 }
 
-static void check_read_document(read_document& read, FILE* pack, const music_facts& music, finding_list& all)
+static void check_read_document(read_document& read, const pack_file* pack, const music_facts& music, finding_list& all)
 {
     finding_list findings;
     for (const document_problem& problem : read.problems)
@@ -163,7 +163,7 @@ static void check_read_document(read_document& read, FILE* pack, const music_fac
     all.insert(all.end(), std::make_move_iterator(findings.begin()), std::make_move_iterator(findings.end()));
 }
 
-finding_list check_documents(FILE* pack, const music_facts& music, known_documents* known)
+finding_list check_documents(const pack_file* pack, const music_facts& music, known_documents* known)
 {
     finding_list findings;
     if (!looks_like_a_pack(pack)) {
@@ -184,7 +184,7 @@ finding_list check_documents(FILE* pack, const music_facts& music, known_documen
     return findings;
 }
 
-finding_list check_tree(const char* name, const xml_node* root, FILE* pack, const music_facts& music)
+finding_list check_tree(const char* name, const xml_node* root, const pack_file* pack, const music_facts& music)
 {
     finding_list findings;
     const owned_read_document read = read_document_tree(name, root, pack);
@@ -192,7 +192,7 @@ finding_list check_tree(const char* name, const xml_node* root, FILE* pack, cons
     return findings;
 }
 
-std::string music_file_of(FILE* pack)
+std::string music_file_of(const pack_file* pack)
 {
     std::string problem;
     const owned_tree tree(load_document_tree(pack, show_document_name, problem));

@@ -11,11 +11,11 @@
 #include "content/xml.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
-// What whoever checks a show again and again owns, and hands to each check: as it stands it belongs to the check before.
+// What whoever checks a show again and again owns, and hands to each check: as it stands it belongs to the check
+// before.
 struct known_documents {
     known_document loading;
     known_document show;
@@ -24,13 +24,13 @@ struct known_documents {
 // Both documents of a pack, and the pack: entries that nobody names, names that stand twice. In the order
 // loading.xmlz, demo.xmlz, the pack; a document's findings are ordered by section and record.
 // What is `known` of the pack before costs less; null: nothing is.
-finding_list check_documents(FILE* pack, const music_facts& music = {}, known_documents* known = nullptr);
+finding_list check_documents(const pack_file* pack, const music_facts& music = {}, known_documents* known = nullptr);
 
 // One document as a tree, called "demo.xmlz" or "loading.xmlz"; its entries come from `pack`, which may be null.
-finding_list check_tree(const char* name, const xml_node* root, FILE* pack, const music_facts& music = {});
+finding_list check_tree(const char* name, const xml_node* root, const pack_file* pack, const music_facts& music = {});
 
 // The file that the show's music element names; empty: none, or no such document.
-std::string music_file_of(FILE* pack);
+std::string music_file_of(const pack_file* pack);
 
 // Where a finding's record, or the part of it, stands in a source: sets both and says true, or leaves them.
 using find_source_line

@@ -23,8 +23,8 @@ namespace {
 
 // Where the bytes come from, and what may lie beside them.
 struct inspected_source {
-    FILE* pack;         // null: a file
-    std::string folder; // of a file, with its last "/"
+    const pack_file* pack; // null: a file
+    std::string folder;    // of a file, with its last "/"
 };
 
 struct bytes_read {
@@ -404,14 +404,14 @@ static bool look_at_music(const std::string& path, std::span<const uint8_t> byte
     return true;
 }
 
-static bool look_at_pack(FILE* file, uint64_t size, inspection& found)
+static bool look_at_pack(const pack_file* pack, inspection& found)
 {
-    if (!pack_begins(file))
+    if (!pack_begins(pack))
         return false;
     found.kind = inspected_pack;
-    found.size = size;
+    found.size = pack->size;
     pack_slot slot;
-    while (pack_read_slot(file, found.entries, slot))
+    while (pack_read_slot(pack, found.entries, slot))
         ++found.entries;
     return true;
 }
@@ -425,7 +425,7 @@ static owned_block<uint8_t> with_end(const uint8_t* bytes, uint32_t size)
     return copy;
 }
 
-bool inspect_entry(FILE* pack, const std::string& name, inspection& found, std::string& problem)
+bool inspect_entry(const pack_file* pack, const std::string& name, inspection& found, std::string& problem)
 {
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
@@ -471,16 +471,14 @@ bool inspect_file(const std::string& path, inspection& found, std::string& probl
     const char* reason = nullptr;
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
-    const owned_file file(open_plain_file(path.c_str(), &reason));
+    const owned_pack pack(pack_open(open_plain_file(path.c_str(), &reason)));
     found = {};
     found.name = path.substr(path.rfind('/') + 1);
-    if (file && look_at_pack(file.get(), 0, found)) { // of any size
-        std::fseek(file.get(), 0, SEEK_END);
-        found.size = static_cast<uint64_t>(std::max(std::ftell(file.get()), 0L));
+    if (look_at_pack(pack.get(), found)) { // of any size
         problem.clear();
         return true;
     }
-    if (!file || !read_whole_file(path.c_str(), largest_file, &bytes, &size, &reason)) {
+    if (!pack || !read_whole_file(path.c_str(), largest_file, &bytes, &size, &reason)) {
         problem = "\"" + printable(path) + "\" cannot be read: " + reason + ".";
         return false;
     }

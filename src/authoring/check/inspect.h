@@ -11,9 +11,10 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
+
+struct pack_file;
 
 enum inspected_kind : uint8_t {
     inspected_other, // nothing that the player knows: its first bytes are told
@@ -112,7 +113,8 @@ struct inspection {
 
 // Looks at an entry of a pack. False, with one line in `problem`, when there is none of that name or it cannot be
 // read.
-[[nodiscard]] bool inspect_entry(FILE* pack, const std::string& name, inspection& found, std::string& problem);
+[[nodiscard]] bool inspect_entry(
+    const pack_file* pack, const std::string& name, inspection& found, std::string& problem);
 
 // The same for a file of up to 1 GiB; ready-made levels are looked for beside it.
 [[nodiscard]] bool inspect_file(const std::string& path, inspection& found, std::string& problem);

@@ -12,9 +12,9 @@
 
 struct lint_target {
     read_document& read;
-    const document& d; // its records
-    bool is_show;      // demo.xmlz; else the loading screen
-    FILE* pack;        // may be null
+    const document& d;     // its records
+    bool is_show;          // demo.xmlz; else the loading screen
+    const pack_file* pack; // may be null
     const music_facts& music;
     finding_list& findings;
 };

@@ -43,7 +43,7 @@ static void add_named_entries(const read_document& read, std::set<std::string>& 
         }
 }
 
-bool looks_like_a_pack(FILE* pack)
+bool looks_like_a_pack(const pack_file* pack)
 {
     if (pack_begins(pack))
         return true;
@@ -65,7 +65,7 @@ static bool names_are_known(const read_document& read)
     return !read.present || read.root != nullptr;
 }
 
-void check_pack(FILE* pack, const read_document& loading, const read_document& show, finding_list& findings)
+void check_pack(const pack_file* pack, const read_document& loading, const read_document& show, finding_list& findings)
 {
     if (pack == nullptr)
         return;

@@ -33,7 +33,7 @@ static bool can_go_on(const document_reader& reader, uint32_t errors)
     return reader.section != 0 && errors < max_errors && reader.unfolded_bytes <= max_unfolded_bytes;
 }
 
-static void read_all(read_document& document, FILE* pack, record_handover* handover = nullptr)
+static void read_all(read_document& document, const pack_file* pack, record_handover* handover = nullptr)
 {
     document_reader reader;
     document_reader_begin(reader, document.d, document.root, pack);
@@ -70,7 +70,7 @@ static owned_read_document new_read_document(const char* name)
     return document;
 }
 
-owned_read_document read_document_tree(const char* name, const xml_node* root, FILE* pack)
+owned_read_document read_document_tree(const char* name, const xml_node* root, const pack_file* pack)
 {
     owned_read_document document = new_read_document(name);
     document->root = root;
@@ -107,7 +107,7 @@ static void forget_taken(document& before, const std::vector<taken_record>& take
     }
 }
 
-static void read_again(read_document& document, FILE* pack, known_document& known)
+static void read_again(read_document& document, const pack_file* pack, known_document& known)
 {
     record_handover handover;
     offer_known(known, handover);
@@ -132,7 +132,7 @@ void know_document(known_document& known, owned_read_document document)
     known.read = std::move(document);
 }
 
-owned_read_document read_packed_document(const char* name, FILE* pack, known_document* known)
+owned_read_document read_packed_document(const char* name, const pack_file* pack, known_document* known)
 {
     owned_read_document document = new_read_document(name);
     std::string problem;

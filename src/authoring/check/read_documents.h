@@ -10,7 +10,6 @@
 #include "model/record_handover.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <vector>
 
@@ -34,7 +33,7 @@ using owned_read_document = std::unique_ptr<read_document, free_read_document>;
 
 // Reads the document below `root`, which has to outlive the result, as `name` (one of the two above): entries
 // come from `pack`, which may be null. Never null.
-owned_read_document read_document_tree(const char* name, const xml_node* root, FILE* pack);
+owned_read_document read_document_tree(const char* name, const xml_node* root, const pack_file* pack);
 
 // A document that was read before, and how: whoever reads a show again and again need not decode the same pictures each
 // time. Empty: there was none.
@@ -46,7 +45,7 @@ struct known_document {
 // The same of the entry `name` of a pack. `present` is false where there is none; one that is damaged is a
 // problem of the document as a whole. Meshes and pictures of equal bytes are taken out of `known`, which may be null;
 // the result is the same. Then know_document is to be called before the next time.
-owned_read_document read_packed_document(const char* name, FILE* pack, known_document* known = nullptr);
+owned_read_document read_packed_document(const char* name, const pack_file* pack, known_document* known = nullptr);
 
 // Hands a document that read_packed_document has given, and nobody needs any more, to the next reading. One with errors
 // is not kept, as a record may be half of one.

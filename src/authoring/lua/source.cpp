@@ -5,6 +5,7 @@
 #include "authoring/lua/source_wording.h"
 #include "authoring/lua/word_state.h"
 #include "authoring/lua/words.h"
+#include "content/pack.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -46,7 +47,8 @@ static void order_problems(problem_list& problems, const std::vector<std::string
 static void take_tries(const try_calls& tries, built_show& built)
 {
     for (const std::string& file : built.files_taken)
-        for (auto call = tries.made.lower_bound({file, 0}); call != tries.made.end() && call->first.first == file; ++call)
+        for (auto call = tries.made.lower_bound({file, 0}); call != tries.made.end() && call->first.first == file;
+             ++call)
             built.tried.push_back(call->second);
 }
 
@@ -124,14 +126,11 @@ static bool is_told(const problem_list& problems, const show_problem& problem)
 static void check_built(
     const show_description& show, const std::string& main_file, built_show& built, known_documents* known)
 {
-    std::vector<uint8_t> bytes = pack_bytes(built.entries);
-    FILE* pack = fmemopen(bytes.data(), bytes.size(), "rb");
-    if (pack == nullptr)
-        return;
+    const std::vector<uint8_t> bytes = pack_bytes(built.entries);
+    const owned_pack pack(pack_open_bytes(bytes));
     const bool has_music = !built.music.empty();
-    finding_list findings = check_documents(
-        pack, {has_music, has_music, built.music_seconds > 0, built.music_seconds}, known);
-    std::fclose(pack);
+    finding_list findings
+        = check_documents(pack.get(), {has_music, has_music, built.music_seconds > 0, built.music_seconds}, known);
     std::erase_if(findings, [&show](const document_finding& finding) { return is_meant(show, finding); });
     const checked_show checked = {show, built, main_file};
     problem_list problems = findings_as_problems(findings, source_line, &checked);

@@ -36,7 +36,8 @@ static bool is_document(const std::string& name)
         [&name](const char* document) { return name == document; });
 }
 
-static void take_entries(FILE* pack, opened_show& show, opened_entries& entries, std::vector<std::string>& notes)
+static void take_entries(
+    const pack_file* pack, opened_show& show, opened_entries& entries, std::vector<std::string>& notes)
 {
     pack_slot slot;
     for (uint32_t index = 0; pack_read_slot(pack, index, slot); ++index) {
@@ -58,7 +59,7 @@ static void take_entries(FILE* pack, opened_show& show, opened_entries& entries,
 
 // The text of a document; false: there is none, or, with a note, none that can be read.
 static bool document_content(
-    FILE* pack, const char* name, std::vector<uint8_t>& content, std::vector<std::string>& notes)
+    const pack_file* pack, const char* name, std::vector<uint8_t>& content, std::vector<std::string>& notes)
 {
     uint8_t* bytes = nullptr;
     uint32_t size = 0;
@@ -133,7 +134,7 @@ static bool is_named(const std::string& source, const std::string& entry)
         || source.find("= " + lua_text(entry) + " ") != std::string::npos;
 }
 
-void open_pack(FILE* pack, const std::array<opening_rules, opened_document_count>& rules, opened_show& show,
+void open_pack(const pack_file* pack, const std::array<opening_rules, opened_document_count>& rules, opened_show& show,
     std::vector<std::string>& notes)
 {
     show = {};

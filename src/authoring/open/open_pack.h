@@ -7,9 +7,10 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
+
+struct pack_file;
 
 struct opened_file {
     std::string name; // below the folder
@@ -32,5 +33,5 @@ extern const char* const opened_documents[opened_document_count]; // "demo.xmlz"
 
 // Opens a pack: an entry that several have the name of is the first one. Damaged entries are left out, and told as
 // lines in `notes`.
-void open_pack(FILE* pack, const std::array<opening_rules, opened_document_count>& rules, opened_show& show,
+void open_pack(const pack_file* pack, const std::array<opening_rules, opened_document_count>& rules, opened_show& show,
     std::vector<std::string>& notes);

@@ -1,37 +1,42 @@
 #include "content/pack.h"
 #include "content/owners.h"
 
+#include <algorithm>
 #include <cassert>
+#include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
-// ---- the index -------------------------------------------------------------------
+static constexpr uint32_t slots_per_read = 1024;
+static constexpr uint32_t no_slot = UINT32_MAX;
 
-namespace {
+// ---- bytes -----------------------------------------------------------------------
 
-// A slot as it stands in the file. What the file lacks is zero.
-struct raw_slot {
-    uint8_t bytes[pack_slot_size];
-    size_t read; // bytes that were there
-};
-
-} // namespace
-
-static bool seek(FILE* pack, uint64_t offset)
+static size_t read_file_at(FILE* stream, uint64_t offset, uint8_t* bytes, size_t size)
 {
-    assert(pack != nullptr);
-    return fseeko(pack, static_cast<off_t>(offset), SEEK_SET) == 0;
+    size_t done = 0;
+    while (done < size) {
+        const ssize_t length = pread(fileno(stream), bytes + done, size - done, static_cast<off_t>(offset + done));
+        if (length == 0 || (length < 0 && errno != EINTR))
+            break;
+        done += length > 0 ? static_cast<size_t>(length) : 0;
+    }
+    return done;
 }
 
-static uint64_t slot_offset(uint32_t index)
+// Fills `bytes` from the pack. Returns how many there are: fewer where the pack ends.
+static size_t read_at(const pack_file& pack, uint64_t offset, uint8_t* bytes, size_t size)
 {
-    return pack_index_offset + uint64_t{index} * pack_slot_size;
-}
-
-static raw_slot read_raw_slot(FILE* pack)
-{
-    raw_slot slot = {};
-    slot.read = std::fread(slot.bytes, 1, sizeof slot.bytes, pack);
-    return slot;
+    assert(bytes != nullptr || size == 0);
+    if (pack.stream)
+        return read_file_at(pack.stream, offset, bytes, size);
+    if (offset >= pack.memory.size())
+        return 0;
+    const size_t length = std::min(size, pack.memory.size() - static_cast<size_t>(offset));
+    if (length > 0)
+        std::memcpy(bytes, pack.memory.data() + offset, length);
+    return length;
 }
 
 static uint32_t read_big_endian(const uint8_t* bytes)
@@ -40,137 +45,286 @@ static uint32_t read_big_endian(const uint8_t* bytes)
         | static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
 }
 
-static uint64_t stream_size(FILE* pack)
+// ---- slots -----------------------------------------------------------------------
+
+namespace {
+
+// A slot as it stands in the pack. What the pack lacks is zero.
+struct raw_slot {
+    uint8_t bytes[pack_slot_size];
+    size_t read; // bytes that were there
+};
+
+} // namespace
+
+static uint64_t slot_offset(uint32_t index)
 {
-    if (fseeko(pack, 0, SEEK_END) != 0)
-        return 0;
-    const off_t size = ftello(pack);
-    return size > 0 ? static_cast<uint64_t>(size) : 0;
+    return pack_index_offset + uint64_t{index} * pack_slot_size;
+}
+
+static uint32_t kept_slot_count(const pack_file& pack)
+{
+    return static_cast<uint32_t>(pack.slots.size() / pack_slot_size);
+}
+
+static raw_slot read_raw_slot(const pack_file& pack, uint32_t index)
+{
+    raw_slot slot = {};
+    if (index >= kept_slot_count(pack)) {
+        slot.read = read_at(pack, slot_offset(index), slot.bytes, sizeof slot.bytes);
+        return slot;
+    }
+    const size_t at = size_t{index} * pack_slot_size;
+    std::memcpy(slot.bytes, pack.slots.data() + at, sizeof slot.bytes);
+    slot.read = static_cast<size_t>(std::min<uint64_t>(pack.slot_bytes - at, pack_slot_size));
+    return slot;
 }
 
 // The entry that a slot points to; false when its offsets leave the pack.
-static bool entry_range(FILE* pack, const raw_slot& slot, uint32_t& start, uint32_t& size)
+static bool entry_range(const pack_file& pack, const raw_slot& slot, uint32_t& start, uint32_t& size)
 {
     if (slot.read < pack_slot_size)
         return false;
     start = read_big_endian(slot.bytes + pack_name_size);
     const uint32_t end = read_big_endian(slot.bytes + pack_name_size + 4);
     size = end + 1 - start; // wraps to 0 for the empty entry at the very start
-    const uint64_t available = stream_size(pack);
-    return (end >= start || size == 0) && start <= available && size <= available - start;
+    return (end >= start || size == 0) && start <= pack.size && size <= pack.size - start;
 }
 
-// Whether the slot at `offset` is called `name`: every byte of the name, and a zero
+// Whether `rest`, its zero included, stands in the pack at `offset`.
+static bool stands_at(const pack_file& pack, uint64_t offset, const char* rest)
+{
+    uint8_t block[256];
+    for (size_t left = std::strlen(rest) + 1; left > 0;) {
+        const size_t size = std::min(left, sizeof block);
+        if (read_at(pack, offset, block, size) != size || std::memcmp(block, rest, size) != 0)
+            return false;
+        offset += size;
+        rest += size;
+        left -= size;
+    }
+    return true;
+}
+
+// Whether slot number `index` is called `name`: every byte of the name, and a zero
 // right behind it. The comparison does not end with the name field: behind it come
 // the slot's offsets and whatever follows in the file, so that a name of 32 bytes
 // meets the first byte of the start offset.
-static bool slot_has_name(FILE* pack, uint64_t offset, const raw_slot& slot, const char* name)
+static bool slot_has_name(const pack_file& pack, uint32_t index, const uint8_t* slot, const char* name)
 {
     assert(name[0] != '\0');
-    size_t i = 0;
-    for (; i < pack_slot_size; ++i) {
-        if (slot.bytes[i] != static_cast<uint8_t>(name[i]))
+    for (size_t i = 0; i < pack_slot_size; ++i) {
+        if (slot[i] != static_cast<uint8_t>(name[i]))
             return false;
         if (name[i] == '\0')
             return true;
     }
-    bool matches = true;
-    for (; matches; ++i) {
-        matches = std::fgetc(pack) == static_cast<uint8_t>(name[i]);
-        if (name[i] == '\0')
-            break;
-    }
-    return seek(pack, offset + pack_slot_size) && matches; // back to where the next slot begins
+    return stands_at(pack, slot_offset(index) + pack_slot_size, name + pack_slot_size);
 }
 
-// The first slot of that name. Ends at the empty name, or at the end of the file.
-static pack_status find_slot(FILE* pack, const char* name, raw_slot& slot)
+// ---- the index in memory -----------------------------------------------------------
+
+// Takes the slots up to the index's end, or up to `most` of them.
+static void keep_slots(pack_file& pack, uint32_t most)
 {
-    if (!seek(pack, pack_index_offset))
-        return pack_missing;
-    if (name[0] == '\0') { // the first slot, unseen (deliberate; pinned by "the empty name takes the first entry")
-        slot = read_raw_slot(pack);
-        return pack_found;
+    pack.end = pack_index_goes_on;
+    for (uint32_t count = 0; count < most;) {
+        const uint32_t wanted = std::min(most - count, slots_per_read);
+        const size_t begin = size_t{count} * pack_slot_size;
+        pack.slots.resize(begin + size_t{wanted} * pack_slot_size);
+        uint8_t* slots = pack.slots.data() + begin;
+        const size_t read = read_at(pack, slot_offset(count), slots, size_t{wanted} * pack_slot_size);
+        pack.slot_bytes = begin + read;
+        for (uint32_t i = 0; i < wanted; ++i, ++count) {
+            const uint8_t* slot = slots + size_t{i} * pack_slot_size;
+            const bool is_whole = size_t{i} * pack_slot_size + pack_name_size <= read;
+            if (is_whole && slot[0] != 0)
+                continue;
+            pack.end = is_whole ? pack_index_terminated : pack_index_cut;
+            count += slot[0] != 0 ? 1 : 0; // a piece of a slot may have a name, too
+            pack.slots.resize(size_t{count} * pack_slot_size);
+            return;
+        }
     }
-    for (uint32_t index = 0;; ++index) {
-        slot = read_raw_slot(pack);
+}
+
+// Of slots with one name the first one counts.
+static void name_slots(pack_file& pack)
+{
+    const uint32_t count = kept_slot_count(pack);
+    pack.numbers.reserve(count);
+    for (uint32_t index = 0; index < count; ++index) {
+        const char* slot = reinterpret_cast<const char*>(pack.slots.data()) + size_t{index} * pack_slot_size;
+        const size_t length = strnlen(slot, pack_slot_size);
+        if (length < pack_slot_size)
+            pack.numbers.try_emplace(std::string_view(slot, length), index);
+        else
+            pack.endless.push_back(index);
+    }
+}
+
+static pack_file* open_pack(const pack_file& source, uint32_t kept_slots)
+{
+    pack_file* pack = new pack_file(source);
+    keep_slots(*pack, kept_slots);
+    pack->slots.shrink_to_fit(); // before names point into it
+    name_slots(*pack);
+    return pack;
+}
+
+pack_file* pack_open(FILE* stream, uint32_t kept_slots)
+{
+    if (!stream)
+        return nullptr;
+    assert(fileno(stream) >= 0);
+    struct stat status;
+    pack_file source = {};
+    source.stream = stream;
+    source.size = fstat(fileno(stream), &status) == 0 && status.st_size > 0 ? static_cast<uint64_t>(status.st_size) : 0;
+    return open_pack(source, kept_slots);
+}
+
+pack_file* pack_open_bytes(std::span<const uint8_t> bytes, uint32_t kept_slots)
+{
+    pack_file source = {};
+    source.memory = bytes;
+    source.size = bytes.size();
+    return open_pack(source, kept_slots);
+}
+
+void pack_close(pack_file* pack)
+{
+    if (!pack)
+        return;
+    if (pack->stream)
+        std::fclose(pack->stream);
+    delete pack;
+}
+
+// ---- looking up --------------------------------------------------------------------
+
+static uint32_t find_kept_slot(const pack_file& pack, const char* name)
+{
+    const size_t length = std::strlen(name);
+    if (length < pack_slot_size) {
+        const auto found = pack.numbers.find(std::string_view(name, length));
+        return found != pack.numbers.end() ? found->second : no_slot;
+    }
+    for (const uint32_t index : pack.endless)
+        if (slot_has_name(pack, index, pack.slots.data() + size_t{index} * pack_slot_size, name))
+            return index;
+    return no_slot;
+}
+
+// Goes through the slots that are not kept, down to the end of the index.
+static pack_status find_behind_kept(const pack_file& pack, const char* name, raw_slot& slot)
+{
+    std::vector<uint8_t> block(size_t{slots_per_read} * pack_slot_size);
+    size_t block_read = 0;
+    uint32_t in_block = slots_per_read;
+    for (uint32_t index = kept_slot_count(pack);; ++index, ++in_block) {
+        if (in_block == slots_per_read) {
+            block_read = read_at(pack, slot_offset(index), block.data(), block.size());
+            std::memset(block.data() + block_read, 0, block.size() - block_read);
+            in_block = 0;
+        }
+        const size_t at = size_t{in_block} * pack_slot_size;
+        std::memcpy(slot.bytes, block.data() + at, sizeof slot.bytes);
+        slot.read = std::min<size_t>(block_read - std::min(at, block_read), pack_slot_size);
         if (slot.read < pack_name_size)
             std::puts("unexpected error");
         if (slot.bytes[0] == 0)
             return pack_missing;
-        if (slot_has_name(pack, slot_offset(index), slot, name))
+        if (slot_has_name(pack, index, slot.bytes, name))
             return pack_found;
         if (slot.read < pack_name_size)
             return pack_missing;
     }
 }
 
+// The first slot of that name. Ends at the empty name, or at the end of the file.
+static pack_status find_slot(const pack_file& pack, const char* name, raw_slot& slot)
+{
+    if (name[0] == '\0') { // the first slot, unseen (deliberate; pinned by "the empty name takes the first entry")
+        slot = read_raw_slot(pack, 0);
+        return pack_found;
+    }
+    const uint32_t index = find_kept_slot(pack, name);
+    if (index == no_slot && pack.end == pack_index_goes_on)
+        return find_behind_kept(pack, name, slot);
+    if (index != no_slot)
+        slot = read_raw_slot(pack, index);
+    if (pack.end == pack_index_cut && (index == no_slot || slot.read < pack_name_size))
+        std::puts("unexpected error");
+    return index != no_slot ? pack_found : pack_missing;
+}
+
 // ---- reading ---------------------------------------------------------------------
 
-static pack_status read_range(FILE* pack, uint32_t start, uint32_t size, uint8_t** bytes)
+static pack_status read_range(const pack_file& pack, uint32_t start, uint32_t size, uint8_t** bytes)
 {
     assert(bytes != nullptr);
     owned_block<uint8_t> block(static_cast<uint8_t*>(std::malloc(size > 0 ? size : 1)));
     if (!block)
         return pack_out_of_memory;
-    if (!seek(pack, start) || std::fread(block.get(), 1, size, pack) != size)
+    if (read_at(pack, start, block.get(), size) != size)
         return pack_damaged;
     *bytes = block.release();
     return pack_found;
 }
 
-pack_status pack_read_entry(FILE* pack, const char* name, uint8_t** bytes, uint32_t* size)
+pack_status pack_read_entry(const pack_file* pack, const char* name, uint8_t** bytes, uint32_t* size)
 {
     assert(bytes != nullptr && size != nullptr);
     if (!pack || !name)
         return pack_missing;
     raw_slot slot;
-    pack_status status = find_slot(pack, name, slot);
+    pack_status status = find_slot(*pack, name, slot);
     if (status != pack_found)
         return status;
     uint32_t start = 0;
     uint32_t entry_size = 0;
-    if (!entry_range(pack, slot, start, entry_size))
+    if (!entry_range(*pack, slot, start, entry_size))
         return pack_damaged;
-    status = read_range(pack, start, entry_size, bytes);
+    status = read_range(*pack, start, entry_size, bytes);
     if (status == pack_found)
         *size = entry_size;
     return status;
 }
 
-bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot)
+bool pack_read_slot(const pack_file* pack, uint32_t index, pack_slot& slot)
 {
-    if (!pack || !seek(pack, slot_offset(index)))
+    if (!pack)
         return false;
-    const raw_slot raw = read_raw_slot(pack);
+    const raw_slot raw = read_raw_slot(*pack, index);
     if (raw.read < pack_name_size || raw.bytes[0] == 0)
         return false;
     slot = {};
     std::memcpy(slot.name, raw.bytes, pack_name_size);
-    slot.damaged = !entry_range(pack, raw, slot.start, slot.size);
+    slot.damaged = !entry_range(*pack, raw, slot.start, slot.size);
     if (slot.damaged)
         slot.size = 0;
     return true;
 }
 
-bool pack_begins(FILE* pack)
+bool pack_begins(const pack_file* pack)
 {
     uint8_t first[sizeof pack_magic] = {};
-    return pack && seek(pack, 0) && std::fread(first, 1, sizeof first, pack) == sizeof first
+    return pack && read_at(*pack, 0, first, sizeof first) == sizeof first
         && std::memcmp(first, pack_magic, sizeof first) == 0;
 }
 
-bool pack_index_ends(FILE* pack, uint32_t index)
+bool pack_index_ends(const pack_file* pack, uint32_t index)
 {
-    if (!pack || !seek(pack, slot_offset(index)))
+    if (!pack)
         return false;
-    const raw_slot raw = read_raw_slot(pack);
+    const raw_slot raw = read_raw_slot(*pack, index);
     return raw.read >= pack_name_size && raw.bytes[0] == 0;
 }
 
-pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** bytes)
+pack_status pack_read_slot_bytes(const pack_file* pack, const pack_slot& slot, uint8_t** bytes)
 {
     if (!pack)
         return pack_missing;
-    return slot.damaged ? pack_damaged : read_range(pack, slot.start, slot.size, bytes);
+    return slot.damaged ? pack_damaged : read_range(*pack, slot.start, slot.size, bytes);
 }

@@ -11,18 +11,72 @@
 // before its start. Names are plain bytes, compared exactly; the first of two
 // entries with one name wins.
 //
-// Streams stay the caller's; calls move their position. Buffers that are handed
-// out belong to the caller: free(). Nothing is printed but "unexpected error" for an index
-// that ends without a terminator. Packs are written and taken apart by editing/pack_files.
+// A pack is opened once and read by whoever is given it: its index is taken into memory
+// then, and nothing changes it later, so that several threads may read one pack at a time.
+// A pack that changes while it is open is read by the index that it had.
+//
+// Buffers that are handed out belong to the caller: free(). Nothing is printed but
+// "unexpected error" for an index that ends without a terminator, whenever a look-up gets
+// there. Packs are written and taken apart by editing/pack_files.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
 constexpr uint32_t pack_name_size = 32; // bytes of a slot's name field
 constexpr uint32_t pack_slot_size = 40;
 constexpr uint32_t pack_index_offset = 3;
 constexpr uint8_t pack_magic[pack_index_offset] = {0x44, 0x50, 0x01}; // what every pack of ours begins with
+
+// ---- opening ---------------------------------------------------------------------
+
+// Slots that are kept in memory; those behind them are read at each look-up that gets there.
+// Bounds what a large file that is no pack at all can take.
+constexpr uint32_t pack_kept_slots = 1u << 18;
+
+enum pack_index_end : uint32_t {
+    pack_index_terminated, // by an empty name
+    pack_index_cut,        // by the end of the file
+    pack_index_goes_on     // more slots than are kept
+};
+
+// An open pack: where its bytes are, and its index. Made by the functions below.
+struct pack_file {
+    FILE* stream;                    // closed with the pack; null: its bytes lie in memory
+    std::span<const uint8_t> memory; // of a pack in memory, not owned
+    uint64_t size;                   // bytes of the pack when it was opened
+    std::vector<uint8_t> slots;      // the index without its terminator; a last slot that is cut is zero-filled
+    uint64_t slot_bytes;             // of `slots`, those that the pack has
+    pack_index_end end;
+    std::unordered_map<std::string_view, uint32_t> numbers; // the first slot of each name; the names lie in `slots`
+    std::vector<uint32_t> endless; // slots without a zero byte, in order: their names go on in the slot behind
+};
+
+// Opens the pack in a file that can be read at any place; `stream` passes to the pack. Null
+// for a null stream.
+[[nodiscard]] pack_file* pack_open(FILE* stream, uint32_t kept_slots = pack_kept_slots);
+
+// Opens the pack in these bytes, which stay the caller's and must outlive it. Never null.
+[[nodiscard]] pack_file* pack_open_bytes(std::span<const uint8_t> bytes, uint32_t kept_slots = pack_kept_slots);
+
+// Frees the pack and closes its file. Null does nothing.
+void pack_close(pack_file* pack);
+
+// A pack that is closed at the end of its scope.
+struct close_pack {
+    void operator()(pack_file* pack) const
+    {
+        pack_close(pack);
+    }
+};
+using owned_pack = std::unique_ptr<pack_file, close_pack>;
+
+// ---- reading ---------------------------------------------------------------------
 
 enum pack_status : uint32_t {
     pack_found,
@@ -34,9 +88,9 @@ enum pack_status : uint32_t {
 // The bytes of the first entry called `name`: a new block of exactly *size bytes,
 // not zero-terminated, never null. The empty name takes the first slot unseen, even
 // in an empty index. Anything but pack_found leaves both results untouched. Sizes
-// are checked against the file's own size before memory is taken. A null `pack` or
+// are checked against the pack's own size before memory is taken. A null `pack` or
 // `name` finds nothing.
-[[nodiscard]] pack_status pack_read_entry(FILE* pack, const char* name, uint8_t** bytes, uint32_t* size);
+[[nodiscard]] pack_status pack_read_entry(const pack_file* pack, const char* name, uint8_t** bytes, uint32_t* size);
 
 struct pack_slot {
     char name[pack_name_size + 1]; // always terminated
@@ -47,15 +101,15 @@ struct pack_slot {
 
 // Slot number `index`, counted from 0. False at the end of the index (the
 // terminator, or the end of the file), which prints nothing, and for a null pack.
-bool pack_read_slot(FILE* pack, uint32_t index, pack_slot& slot);
+bool pack_read_slot(const pack_file* pack, uint32_t index, pack_slot& slot);
 
 // Whether the file begins with the bytes of pack_magic; playing does without them. False
 // for a null pack.
-bool pack_begins(FILE* pack);
+bool pack_begins(const pack_file* pack);
 
 // Whether the index ends at slot number `index` as it should, with an empty name of 32
 // bytes: false where a slot stands there, and where the file ends instead.
-bool pack_index_ends(FILE* pack, uint32_t index);
+bool pack_index_ends(const pack_file* pack, uint32_t index);
 
 // The bytes of that slot's entry, as pack_read_entry hands them out.
-[[nodiscard]] pack_status pack_read_slot_bytes(FILE* pack, const pack_slot& slot, uint8_t** bytes);
+[[nodiscard]] pack_status pack_read_slot_bytes(const pack_file* pack, const pack_slot& slot, uint8_t** bytes);

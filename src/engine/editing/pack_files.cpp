@@ -21,13 +21,13 @@ static constexpr uint64_t offset_count = uint64_t{1} << 32; // what 32-bit offse
 
 // ---- single entries ----------------------------------------------------------------
 
-void* pack_find_entry(FILE* pack, const char* name, uint32_t* out_size)
+void* pack_find_entry(const pack_file* pack, const char* name, uint32_t* out_size)
 {
     uint8_t* bytes = nullptr;
     return pack_read_entry(pack, name, &bytes, out_size) == pack_found ? bytes : nullptr;
 }
 
-void* pack_find_entry_ktx(FILE* pack, const char* name, uint32_t* out_size)
+void* pack_find_entry_ktx(const pack_file* pack, const char* name, uint32_t* out_size)
 {
     if (!name || std::strlen(name) < 3)
         return nullptr;
@@ -108,10 +108,10 @@ static new_file_rules rules_of_packs(bool may_replace)
     return {.permissions = 0600, .may_replace = may_replace, .signals_wait = true, .safe_on_disk = true};
 }
 
-static file_identity identity_of_stream(FILE* file)
+static file_identity identity_of_pack(const pack_file* pack)
 {
     struct stat status;
-    return file && fstat(fileno(file), &status) == 0 ? identity(status) : file_identity{};
+    return pack && pack->stream && fstat(fileno(pack->stream), &status) == 0 ? identity(status) : file_identity{};
 }
 
 static bool same_file(const file_identity& a, const file_identity& b)
@@ -178,7 +178,7 @@ static bool prepare_file(pack_source& source, const file_identity& output)
     return !same_file(which, output) || refuse("", source.path, " is the pack to be written");
 }
 
-static bool prepare_old_entry(pack_source& source, FILE* old_pack)
+static bool prepare_old_entry(pack_source& source, const pack_file* old_pack)
 {
     assert(source.name != nullptr && source.path.empty());
     uint8_t* bytes = nullptr;
@@ -203,8 +203,8 @@ static bool prepare_old_entry(pack_source& source, FILE* old_pack)
 }
 
 // Looks at everything that is to be written, and takes what comes from the old pack.
-static bool prepare_sources(
-    const pack_file_list* list, const char* out_path, FILE* old_pack, bool tell, std::vector<pack_source>& sources)
+static bool prepare_sources(const pack_file_list* list, const char* out_path, const pack_file* old_pack, bool tell,
+    std::vector<pack_source>& sources)
 {
     assert(sources.empty());
     int old_count = 0;
@@ -303,7 +303,7 @@ static bool keep_written(new_file& out, const std::string& out_path)
     return !problem || refuse_writing(out_path, problem);
 }
 
-static bool write_pack(const pack_file_list* list, const char* out_path, FILE* old_pack, bool tell)
+static bool write_pack(const pack_file_list* list, const char* out_path, const pack_file* old_pack, bool tell)
 {
     std::vector<pack_source> sources;
     if (!prepare_sources(list, out_path, old_pack, tell, sources))
@@ -322,12 +322,12 @@ static bool write_pack(const pack_file_list* list, const char* out_path, FILE* o
     return false;
 }
 
-bool pack_write(const pack_file_list* list, const char* out_path, FILE* old_pack)
+bool pack_write(const pack_file_list* list, const char* out_path, const pack_file* old_pack)
 {
     return write_pack(list, out_path, old_pack, false);
 }
 
-bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE* old_pack)
+bool pack_write_in_place(const pack_file_list* list, const char* out_path, const pack_file* old_pack)
 {
     return write_pack(list, out_path, old_pack, true);
 }
@@ -373,11 +373,11 @@ static bool open_target(
     return !problem || refuse_writing(path, problem);
 }
 
-static bool extract_bytes(FILE* pack, const pack_source& source, const char* prefix, bool replace)
+static bool extract_bytes(const pack_file* pack, const pack_source& source, const char* prefix, bool replace)
 {
     const std::string path = std::string(prefix) + source.name;
     new_file target;
-    if (!open_target(target, path, std::strlen(prefix), replace, {identity_of_stream(pack), {}}))
+    if (!open_target(target, path, std::strlen(prefix), replace, {identity_of_pack(pack), {}}))
         return false;
     if (write_bytes(source.bytes.get(), source.size, target, path))
         return keep_written(target, path);
@@ -385,7 +385,7 @@ static bool extract_bytes(FILE* pack, const pack_source& source, const char* pre
     return false;
 }
 
-static bool extract_slot(FILE* pack, const pack_slot& slot, const char* prefix, bool replace)
+static bool extract_slot(const pack_file* pack, const pack_slot& slot, const char* prefix, bool replace)
 {
     uint8_t* bytes = nullptr;
     if (!name_is_accepted(slot.name))
@@ -397,7 +397,7 @@ static bool extract_slot(FILE* pack, const pack_slot& slot, const char* prefix, 
 }
 
 // Of entries with one name the first counts, as in every look-up.
-bool pack_extract_all(FILE* pack, const char* prefix, bool replace)
+bool pack_extract_all(const pack_file* pack, const char* prefix, bool replace)
 {
     bool complete = pack != nullptr;
     std::unordered_set<std::string> names;
@@ -408,7 +408,7 @@ bool pack_extract_all(FILE* pack, const char* prefix, bool replace)
     return complete;
 }
 
-static bool export_file(const pack_file_list* node, FILE* pack, const char* prefix, bool replace)
+static bool export_file(const pack_file_list* node, const pack_file* pack, const char* prefix, bool replace)
 {
     assert(node->source_dir != nullptr);
     const std::string source_path = std::string(node->source_dir) + node->name;
@@ -417,7 +417,7 @@ static bool export_file(const pack_file_list* node, FILE* pack, const char* pref
     file_identity which = {};
     const owned_file source = open_source(source_path, size, which);
     new_file target;
-    if (!source || !open_target(target, path, std::strlen(prefix), replace, {identity_of_stream(pack), which}))
+    if (!source || !open_target(target, path, std::strlen(prefix), replace, {identity_of_pack(pack), which}))
         return false;
     if (copy_stream(source.get(), source_path, target, size, path))
         return keep_written(target, path);
@@ -425,13 +425,13 @@ static bool export_file(const pack_file_list* node, FILE* pack, const char* pref
     return false;
 }
 
-static bool export_old_entry(const pack_file_list* node, FILE* pack, const char* prefix, bool replace)
+static bool export_old_entry(const pack_file_list* node, const pack_file* pack, const char* prefix, bool replace)
 {
     pack_source source = {node->name, "", {}, 0};
     return prepare_old_entry(source, pack) && extract_bytes(pack, source, prefix, replace);
 }
 
-bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix, bool replace)
+bool pack_export_list(const pack_file_list* list, const pack_file* pack, const char* prefix, bool replace)
 {
     bool complete = true;
     for (const pack_file_list* node = list; node && node->name; node = node->next) {

@@ -7,17 +7,16 @@
 #include "editing/pack_list.h"
 
 #include <cstdint>
-#include <cstdio>
 
 // ---- single entries --------------------------------------------------------------
 
 // The bytes of the first entry called `name`, as pack_read_entry hands them out, for callers that
 // need no reason: null for everything but pack_found.
-void* pack_find_entry(FILE* pack, const char* name, uint32_t* out_size);
+void* pack_find_entry(const pack_file* pack, const char* name, uint32_t* out_size);
 
 // The entry called like `name` with its last three characters replaced by "ktx".
 // Names of less than three characters find nothing.
-void* pack_find_entry_ktx(FILE* pack, const char* name, uint32_t* out_size);
+void* pack_find_entry_ktx(const pack_file* pack, const char* name, uint32_t* out_size);
 
 // ---- writing ---------------------------------------------------------------------
 
@@ -35,21 +34,21 @@ const char* pack_name_problem(const char* name);
 // well when writing fails, and then what was there is there still. A new pack gets the
 // permissions 0600, one that replaces a file those of that file; a symbolic link stays,
 // and what it points to is replaced; other hard links to that keep the old bytes.
-bool pack_write(const pack_file_list* list, const char* out_path, FILE* old_pack);
+bool pack_write(const pack_file_list* list, const char* out_path, const pack_file* old_pack);
 
 // The same, and tells what it does: "count = %d\n" with the number of entries taken
 // from the old pack, "NAME: %s\n" for each of them, then "size of the file: %d\n"
 // or "size=%d\n" for each entry written. `out_path` may be the very file that
 // `old_pack` reads, which goes on reading the old bytes.
-bool pack_write_in_place(const pack_file_list* list, const char* out_path, FILE* old_pack);
+bool pack_write_in_place(const pack_file_list* list, const char* out_path, const pack_file* old_pack);
 
 // Writes each entry to the file `prefix` + name; folders that the name asks for are made.
 // A new file gets the permissions 0600; one that is there is replaced by the whole new
 // one, or left as it is and reported where `replace` is false. An entry that is damaged
 // or has a refused name, a target that is a symbolic link or the pack itself:
 // reported and left out, and the result is false.
-bool pack_extract_all(FILE* pack, const char* prefix, bool replace = true);
+bool pack_extract_all(const pack_file* pack, const char* prefix, bool replace = true);
 
 // The same for the entries of a list, taken from source_dir + name where a
 // directory is set.
-bool pack_export_list(const pack_file_list* list, FILE* pack, const char* prefix, bool replace = true);
+bool pack_export_list(const pack_file_list* list, const pack_file* pack, const char* prefix, bool replace = true);

@@ -78,7 +78,7 @@ void pack_file_list_clear(pack_file_list* list)
     list->next = nullptr;
 }
 
-pack_file_list* pack_list_names(FILE* pack)
+pack_file_list* pack_list_names(const pack_file* pack)
 {
     pack_file_list* list = pack_file_list_new();
     pack_file_list* last = list;

@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+
+struct pack_file;
 
 // A singly linked list that ends in an empty node (`name` null); an empty list is
 // that node alone.
@@ -29,4 +30,4 @@ void pack_file_list_clear(pack_file_list* list); // `list` itself stays, as an e
 
 // All names of a pack in index order, taken from no directory; an empty list for a null pack.
 // Prints "unexpected error" for an index that ends without a terminator. The stream's position moves.
-pack_file_list* pack_list_names(FILE* pack);
+pack_file_list* pack_list_names(const pack_file* pack);

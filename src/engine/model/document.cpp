@@ -164,7 +164,7 @@ static std::nullptr_t refuse(const char* name, const char* what, std::string& pr
 }
 
 // The text of a document's entry; null as load_document_tree is.
-static owned_block<uint8_t> load_document_text(FILE* pack, const char* name, std::string& problem)
+static owned_block<uint8_t> load_document_text(const pack_file* pack, const char* name, std::string& problem)
 {
     assert(name != nullptr);
     problem.clear();
@@ -187,7 +187,7 @@ static owned_block<uint8_t> load_document_text(FILE* pack, const char* name, std
     return owned_block<uint8_t>(text);
 }
 
-xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
+xml_node* load_document_tree(const pack_file* pack, const char* name, std::string& problem)
 {
     const owned_block<uint8_t> text = load_document_text(pack, name, problem);
     if (text == nullptr)
@@ -198,7 +198,7 @@ xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem)
     return root;
 }
 
-std::string find_text_fault(FILE* pack, const char* name)
+std::string find_text_fault(const pack_file* pack, const char* name)
 {
     std::string problem;
     const owned_block<uint8_t> text = load_document_text(pack, name, problem);

@@ -9,10 +9,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <tuple>
 
+struct pack_file;
 struct xml_node;
 
 enum document_section : uint32_t {
@@ -108,9 +108,9 @@ uint32_t resolve_scene_object(const document& d, const scene_object& object);
 // Reads a document's entry of the pack into a tree (free it with xml_free).
 // Null when there is no such entry (`problem` stays empty) or when it is damaged
 // or does not inflate (`problem` gets the line "Error: demo.xmlz: ...").
-xml_node* load_document_tree(FILE* pack, const char* name, std::string& problem);
+xml_node* load_document_tree(const pack_file* pack, const char* name, std::string& problem);
 
 // For a document that was refused: what its text probably means otherwise than it is read,
 // with the line, "<scene> of line 31 is not closed"; "" when its tags match, and when
 // there is no such entry.
-std::string find_text_fault(FILE* pack, const char* name);
+std::string find_text_fault(const pack_file* pack, const char* name);

@@ -13,7 +13,7 @@ static const xml_node* document_element(const xml_node* root)
     return root != nullptr ? root->first_child : nullptr;
 }
 
-void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack)
+void document_reader_begin(document_reader& reader, document& target, const xml_node* root, const pack_file* pack)
 {
     reader = {};
     reader.target = &target;

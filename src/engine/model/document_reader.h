@@ -9,7 +9,6 @@
 #include "model/reading.h"
 
 #include <cstdint>
-#include <cstdio>
 
 enum read_step : uint32_t {
     read_record,      // `record` of `section` was read into `handle`
@@ -20,7 +19,7 @@ enum read_step : uint32_t {
 
 // Prepares to read the document below `root` (the unnamed root of the tree) into
 // `target`, which document_create has prepared.
-void document_reader_begin(document_reader& reader, document& target, const xml_node* root, FILE* pack);
+void document_reader_begin(document_reader& reader, document& target, const xml_node* root, const pack_file* pack);
 
 // Reads the next record, or ends the section under way. Where it fails, the last problem
 // names what is wrong with the text's tags, too, if the pack holds the document. One with

@@ -6,11 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
 struct document;
+struct pack_file;
 struct record_handover;
 struct xml_node;
 
@@ -41,7 +41,7 @@ struct document_reader {
     document* target;
     const xml_node* section_node; // the section under way, null at the end
     const xml_node* record_node;  // the record to read next
-    FILE* pack;                   // where entries come from; not owned, may be null
+    const pack_file* pack;        // where entries come from; not owned, may be null
     record_handover* handover;    // what meshes and pictures may be taken from, undecoded; not owned, null: nothing
     uint32_t section;             // number of the section under way, from 1
     uint32_t record;              // number of the record read last, from 1

@@ -13,8 +13,8 @@
 #include <cassert>
 #include <cstdlib>
 
-void document_loader_begin(
-    document_loader& loader, document& target, const xml_node* root, FILE* pack, const loading_options& options)
+void document_loader_begin(document_loader& loader, document& target, const xml_node* root, const pack_file* pack,
+    const loading_options& options)
 {
     assert(target.name != nullptr); // document_create was called
     loader = {};
@@ -183,8 +183,8 @@ bool document_loader_run(document_loader& loader)
     }
 }
 
-bool load_document(FILE* pack, const char* name, timeline* t, const loading_options& options, document& target,
-    owned_tree& tree, std::string& problem)
+bool load_document(const pack_file* pack, const char* name, timeline* t, const loading_options& options,
+    document& target, owned_tree& tree, std::string& problem)
 {
     assert(name != nullptr && tree == nullptr);
     document_create(target, name, t);

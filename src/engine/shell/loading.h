@@ -13,7 +13,6 @@
 #include "model/record_handover.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -44,8 +43,8 @@ struct document_loader {
 };
 
 // Prepares to load the document of a tree into `target` (document_create).
-void document_loader_begin(
-    document_loader& loader, document& target, const xml_node* root, FILE* pack, const loading_options& options);
+void document_loader_begin(document_loader& loader, document& target, const xml_node* root, const pack_file* pack,
+    const loading_options& options);
 
 // Reads and makes one record, or finishes a section.
 read_step document_loader_step(document_loader& loader);
@@ -56,8 +55,8 @@ bool document_loader_run(document_loader& loader);
 // Creates `target` with the timeline `t`, which becomes the document's, and loads the pack's
 // entry `name` into it, whole. A document that the pack lacks stays empty and leaves `tree`
 // null; else `tree` holds its elements. False: `problem` holds the fatal line.
-bool load_document(FILE* pack, const char* name, timeline* t, const loading_options& options, document& target,
-    owned_tree& tree, std::string& problem);
+bool load_document(const pack_file* pack, const char* name, timeline* t, const loading_options& options,
+    document& target, owned_tree& tree, std::string& problem);
 
 // Deletes all OpenGL objects of a document (textures, buffers, programs and their shaders) and
 // forgets their names; the states of its dynamic textures go with them. Twice is harmless. Needs the

@@ -1,5 +1,6 @@
 #include "shell/player.h"
 
+#include "content/pack.h"
 #include "content/xml.h"
 #include "model/sections.h"
 #include "music/device.h"
@@ -127,10 +128,10 @@ static void print_benchmark(const player_clock& clock)
     std::printf("Benchmark result: %.2f fps\n", static_cast<double>(clock.frame_count) / seconds);
 }
 
-static void close_pack(player_show& show)
+static void close_show_pack(player_show& show)
 {
     assert(show.pack != nullptr);
-    std::fclose(show.pack);
+    pack_close(show.pack);
     show.pack = nullptr;
 }
 
@@ -145,7 +146,7 @@ static void play(player_settings& settings, renderer& drawing)
         const uint32_t drawn = compose_frame(settings.show.production, clock.production_time_ms / 10,
             screen_view(display), display.caps, display.glsl_path == 1, drawing);
         if (drawn == 0) {
-            close_pack(settings.show);
+            close_show_pack(settings.show);
             print_benchmark(clock);
             return;
         }
@@ -155,7 +156,7 @@ static void play(player_settings& settings, renderer& drawing)
         if (closed || interrupted())
             std::exit(0);
         if (window_escape_held()) {
-            close_pack(settings.show);
+            close_show_pack(settings.show);
             return;
         }
         window_swap(settings.display.window);

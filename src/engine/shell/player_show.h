@@ -6,10 +6,8 @@
 #include "model/document.h"
 #include "music/music.h"
 
-#include <cstdio>
-
 struct player_show {
-    FILE* pack = nullptr;                    // open until the main loop ends
+    pack_file* pack = nullptr;               // open until the main loop ends
     timeline* loading_timeline = nullptr;    // until its document takes it over
     timeline* production_timeline = nullptr; // the same
     document loading = {};                   // the loading screen's tables and timeline

@@ -1,6 +1,7 @@
 #include "shell/startup.h"
 
 #include "content/file_bytes.h"
+#include "content/pack.h"
 #include "shell/log.h"
 
 #include <dirent.h>
@@ -67,7 +68,7 @@ std::string first_pack_name(const char* folder)
     return name;
 }
 
-FILE* discover_pack()
+pack_file* discover_pack()
 {
     const std::string name = first_pack_name();
     if (name.empty()) {
@@ -75,7 +76,7 @@ FILE* discover_pack()
         return nullptr;
     }
     std::printf("Found %s.\n", name.c_str());
-    FILE* pack = open_plain_file(name.c_str());
+    pack_file* pack = pack_open(open_plain_file(name.c_str()));
     if (pack == nullptr) {
         log_message(0, ("Error: cannot open " + name + "!").c_str());
         return nullptr;

@@ -1,8 +1,9 @@
 // The first steps of the process: the standard streams, the drivers of sound and picture, the pack.
 #pragma once
 
-#include <cstdio>
 #include <string>
+
+struct pack_file;
 
 // The program's name and version: its first line and its windows' title.
 constexpr const char* banner_text = "Brimlow Engine v1.0";
@@ -27,4 +28,4 @@ std::string first_pack_name(const char* folder = ".");
 // Opens the first file of the working directory whose name ends in "dpk", in the
 // directory's own order. Null when there is none, or it cannot be opened or is no regular
 // file; a line says so. The caller closes it.
-FILE* discover_pack();
+pack_file* discover_pack();

@@ -116,7 +116,7 @@ static FILE* open_file(const std::string& path, std::string& problem)
 
 // ---- is it a pack -----------------------------------------------------------------------
 
-bool pack_has_entry(FILE* pack, const char* name)
+bool pack_has_entry(const pack_file* pack, const char* name)
 {
     pack_slot slot;
     for (uint32_t index = 0; index < most_slots && pack_read_slot(pack, index, slot); ++index)
@@ -125,9 +125,9 @@ bool pack_has_entry(FILE* pack, const char* name)
     return false;
 }
 
-static bool is_pack(FILE* file)
+static bool is_pack(const pack_file* pack)
 {
-    return pack_begins(file) || pack_has_entry(file, "demo.xmlz") || pack_has_entry(file, "loading.xmlz");
+    return pack_begins(pack) || pack_has_entry(pack, "demo.xmlz") || pack_has_entry(pack, "loading.xmlz");
 }
 
 // Whoever forgets "-o" names the output where the pack stands.
@@ -151,21 +151,21 @@ static std::string name_of_production(const std::filesystem::path& pack)
     return stem == "demo" && !folder.empty() ? folder : stem;
 }
 
-FILE* open_pack_input(const std::string& name, production_files& files, std::string& problem)
+pack_file* open_pack_input(const std::string& name, production_files& files, std::string& problem)
 {
     const bool from_input = name == "-";
     files.pack = from_input ? "standard input" : name;
     if (!from_input && (name.empty() || is_folder(name)) && !find_in_folder(name, files.pack, problem))
         return nullptr;
-    owned_file file(from_input ? open_standard_input(problem) : open_file(files.pack, problem));
-    if (!file)
+    owned_pack pack(pack_open(from_input ? open_standard_input(problem) : open_file(files.pack, problem)));
+    if (!pack)
         return nullptr;
-    if (!is_pack(file.get())) {
+    if (!is_pack(pack.get())) {
         problem = files.pack + " is no pack: a pack begins with the letters DP and holds a demo.xmlz";
         problem += hint_for(files.pack);
         return nullptr;
     }
     files.folder = from_input ? "" : files.pack.substr(0, files.pack.rfind('/') + 1);
     files.name = from_input ? "standard-input" : name_of_production(files.pack);
-    return file.release();
+    return pack.release();
 }

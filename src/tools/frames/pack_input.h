@@ -5,8 +5,9 @@
 // first bytes, so a pack with others is taken as long as it holds a document.
 #pragma once
 
-#include <cstdio>
 #include <string>
+
+struct pack_file;
 
 struct production_files {
     std::string pack;   // path, or "standard input"
@@ -19,7 +20,7 @@ struct production_files {
 // the player takes it; a folder: its first pack; "-": what comes from standard input, kept
 // in a file without a name. The caller closes. Null with one sentence in `problem`: there
 // is none, it cannot be opened, or it is no pack.
-[[nodiscard]] FILE* open_pack_input(const std::string& name, production_files& files, std::string& problem);
+[[nodiscard]] pack_file* open_pack_input(const std::string& name, production_files& files, std::string& problem);
 
 // Whether a pack has an entry of that name.
-bool pack_has_entry(FILE* pack, const char* name);
+bool pack_has_entry(const pack_file* pack, const char* name);

@@ -82,7 +82,7 @@ exit_status run_inspect(const make_options& options)
         is_found = inspect_file(options.input, found, problem);
     } else {
         const char* reason = nullptr;
-        const owned_file pack(open_plain_file(options.input.c_str(), &reason));
+        const owned_pack pack(pack_open(open_plain_file(options.input.c_str(), &reason)));
         if (!pack)
             return fail("cannot open ", options.input, std::string(": ") + reason);
         is_found = inspect_entry(pack.get(), options.names[0], found, problem);

@@ -5,7 +5,6 @@
 #include "authoring/open/open_pack.h"
 #include "content/file_bytes.h"
 #include "content/new_file.h"
-#include "content/owners.h"
 #include "content/pack.h"
 #include "content/printable.h"
 
@@ -44,7 +43,7 @@ static void add_other_problems(const read_document& a, const read_document& b, r
 
 // What of a document the source does not give back: records that differ are to be written as they stand. False:
 // nothing differs.
-static bool find_differences(FILE* before, FILE* after, uint32_t index, opening_rules& rules)
+static bool find_differences(const pack_file* before, const pack_file* after, uint32_t index, opening_rules& rules)
 {
     const owned_read_document a = read_packed_document(opened_documents[index], before);
     const owned_read_document b = read_packed_document(opened_documents[index], after);
@@ -64,7 +63,8 @@ static bool find_differences(FILE* before, FILE* after, uint32_t index, opening_
 }
 
 // Opens the pack into the folder, builds what came out, and opens again until both are the same.
-static bool open_until_equal(FILE* pack, const std::string& folder, opened_show& show, std::vector<std::string>& notes)
+static bool open_until_equal(
+    const pack_file* pack, const std::string& folder, opened_show& show, std::vector<std::string>& notes)
 {
     std::array<opening_rules, opened_document_count> rules;
     for (uint32_t tries = 0;; ++tries) {
@@ -74,8 +74,8 @@ static bool open_until_equal(FILE* pack, const std::string& folder, opened_show&
             return false;
         built_show built;
         build_source({folder, "show.lua"}, built);
-        std::vector<uint8_t> bytes = pack_bytes(built.entries);
-        const owned_file rebuilt(fmemopen(bytes.data(), bytes.size(), "rb"));
+        const std::vector<uint8_t> bytes = pack_bytes(built.entries);
+        const owned_pack rebuilt(pack_open_bytes(bytes));
         bool differs = false;
         for (uint32_t index = 0; index < opened_document_count; ++index)
             differs = find_differences(pack, rebuilt.get(), index, rules[index]) || differs;
@@ -109,7 +109,7 @@ static bool copy_music(const make_options& options, const std::string& music)
 exit_status run_open(const make_options& options)
 {
     const char* problem = nullptr;
-    const owned_file pack(open_plain_file(options.input.c_str(), &problem));
+    const owned_pack pack(pack_open(open_plain_file(options.input.c_str(), &problem)));
     if (pack == nullptr)
         return fail("cannot open ", options.input, std::string(": ") + problem);
     pack_slot slot;

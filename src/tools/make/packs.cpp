@@ -2,7 +2,6 @@
 #include "problem_lines.h"
 
 #include "content/file_bytes.h"
-#include "content/owners.h"
 #include "content/pack.h"
 #include "content/printable.h"
 #include "editing/pack_files.h"
@@ -20,18 +19,12 @@
 namespace {
 
 struct pack_index {
-    owned_file file;
+    owned_pack file;
     std::vector<pack_slot> slots; // all, in order
     size_t damaged;               // how many of them do not lie inside the file
 };
 
 } // namespace
-
-static bool is_empty(FILE* file)
-{
-    struct stat status;
-    return fstat(fileno(file), &status) == 0 && status.st_size == 0;
-}
 
 // Opens a pack and reads its index. False, with a line, for what is none or has lost a part
 // of its index. A pack is known by its first bytes; the player does without them, so what
@@ -39,10 +32,10 @@ static bool is_empty(FILE* file)
 static bool open_pack(const std::string& path, bool to_write, pack_index& pack)
 {
     const char* problem = nullptr;
-    pack.file.reset(open_plain_file(path.c_str(), &problem));
+    pack.file.reset(pack_open(open_plain_file(path.c_str(), &problem)));
     if (!pack.file)
         return fail("cannot open ", path, std::string(": ") + problem) == exit_done;
-    if (is_empty(pack.file.get()))
+    if (pack.file->size == 0)
         return fail("", path, " is no pack: it is empty") == exit_done;
     const bool begins = pack_begins(pack.file.get());
     pack.damaged = 0;
@@ -265,10 +258,10 @@ bool may_become_pack(const std::string& path, bool force)
     if (!exists(path))
         return true;
     const char* problem = nullptr;
-    const owned_file file(open_plain_file(path.c_str(), &problem));
-    if (!file)
+    const owned_pack pack(pack_open(open_plain_file(path.c_str(), &problem)));
+    if (!pack)
         return fail("cannot write ", path, std::string(": ") + problem) == exit_done;
-    if (!is_empty(file.get()) && !pack_begins(file.get()))
+    if (pack->size > 0 && !pack_begins(pack.get()))
         return fail("", path, " exists and is no pack: it is left as it is") == exit_done;
     return force || fail("", path, " exists: it is left as it is. \"--force\" replaces it") == exit_done;
 }

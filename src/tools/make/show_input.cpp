@@ -6,6 +6,7 @@
 #include "authoring/check/pack_check.h"
 #include "authoring/lua/source.h"
 #include "content/file_bytes.h"
+#include "content/owners.h"
 #include "content/printable.h"
 
 #include <filesystem>
@@ -49,10 +50,10 @@ static bool is_source(const std::string& path)
 }
 
 // False with a line.
-static bool open_pack_of(const std::string& path, owned_file& pack)
+static bool open_pack_of(const std::string& path, owned_pack& pack)
 {
     const char* reason = nullptr;
-    pack.reset(open_plain_file(path.c_str(), &reason));
+    pack.reset(pack_open(open_plain_file(path.c_str(), &reason)));
     if (!pack)
         return fail("cannot open ", path, std::string(": ") + reason) == exit_done;
     return looks_like_a_pack(pack.get())
@@ -70,8 +71,8 @@ bool open_show(const std::string& path, bool json, show_input& show)
     if (has_errors(show.built.problems))
         return true;
     show.bytes = pack_bytes(show.built.entries);
-    show.pack.reset(fmemopen(show.bytes.data(), show.bytes.size(), "rb"));
-    return show.pack != nullptr || fail("there is not enough memory for the pack of ", path, "") == exit_done;
+    show.pack.reset(pack_open_bytes(show.bytes));
+    return true;
 }
 
 bool open_whole_show(const std::string& path, show_input& show)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "authoring/show/show.h"
-#include "content/owners.h"
+#include "content/pack.h"
 
 #include <cstdint>
 #include <string>
@@ -25,7 +25,7 @@ struct show_input {
     show_source source;         // of one
     built_show built;           // of one, with its problems; with errors among them there is no pack
     std::vector<uint8_t> bytes; // of its pack
-    owned_file pack;
+    owned_pack pack;
 };
 
 // Opens a pack, or builds a source: a folder, or a file that ends in ".lua". False with a line where there is

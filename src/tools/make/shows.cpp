@@ -146,7 +146,7 @@ static bool find_problems(const make_options& options, problem_list& problems, s
         problems = show.built.problems;
         return true;
     }
-    FILE* pack = show.pack.get();
+    const pack_file* pack = show.pack.get();
     const std::string beside = options.input.substr(0, options.input.rfind('/') + 1);
     problems = findings_as_problems(check_documents(pack, facts_of_music(beside, music_file_of(pack))));
     return true;

@@ -5,6 +5,7 @@
 #include "authoring/lua/source.h"
 #include "content/file_bytes.h"
 #include "content/owners.h"
+#include "content/pack.h"
 #include "content/xml.h"
 #include "model/document.h"
 
@@ -135,7 +136,7 @@ static std::string path_of_music(const std::string& folder, const std::string& f
     return "";
 }
 
-static std::string title_of_pack(FILE* pack)
+static std::string title_of_pack(const pack_file* pack)
 {
     std::string ignored;
     const owned_tree tree(load_document_tree(pack, "demo.xmlz", ignored));
@@ -147,9 +148,7 @@ static std::string title_of_pack(FILE* pack)
 static void check_pack_bytes(
     const std::string& folder, const std::string& file, show_build& build, known_documents* known)
 {
-    const owned_file pack(fmemopen(build.pack.data(), build.pack.size(), "rb"));
-    if (pack == nullptr)
-        return build.problems.push_back({problem_error, file, 0, "", "there is not enough memory for this pack."});
+    const owned_pack pack(pack_open_bytes(build.pack));
     build.title = title_of_pack(pack.get());
     build.music = path_of_music(folder, music_file_of(pack.get()));
     music_facts music = {true, !build.music.empty(), false, 0};

@@ -43,7 +43,7 @@ static void draw_for_record(const document_reader& reader, const document& d)
         }
 }
 
-void draw_chance_of_loading_screen(FILE* pack)
+void draw_chance_of_loading_screen(const pack_file* pack)
 {
     std::string problem;
     const owned_tree tree(load_document_tree(pack, loading_screen, problem));

@@ -3,8 +3,8 @@
 // screen.
 #pragma once
 
-#include <cstdio>
+struct pack_file;
 
 // Draws as many. Nothing for a pack without a loading screen, or with one that nobody can read, and nothing costs time
 // where it holds neither a swarm nor "Amoba".
-void draw_chance_of_loading_screen(FILE* pack);
+void draw_chance_of_loading_screen(const pack_file* pack);

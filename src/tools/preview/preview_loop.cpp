@@ -1,7 +1,7 @@
 #include "tools/preview/preview_loop.h"
 
 #include "authoring/lua/source.h"
-#include "content/owners.h"
+#include "content/pack.h"
 #include "tools/common/words.h"
 #include "tools/frames/pack_input.h"
 #include "tools/preview/actions.h"
@@ -16,10 +16,10 @@
 #include <filesystem>
 #include <utility>
 
-constexpr double jump_budget_ms = 60;    // for a picture at once
-constexpr double reload_budget_ms = 15;  // for the first one of a new show, which is waited for most
-constexpr double settle_budget_ms = 12;  // beside the interface
-constexpr uint32_t idle_wait_ms = 500;   // a watch that has to look at the times of files does it then
+constexpr double jump_budget_ms = 60;   // for a picture at once
+constexpr double reload_budget_ms = 15; // for the first one of a new show, which is waited for most
+constexpr double settle_budget_ms = 12; // beside the interface
+constexpr uint32_t idle_wait_ms = 500;  // a watch that has to look at the times of files does it then
 constexpr uint32_t lively_wait_ms = 100;
 constexpr uint32_t unquiet_wait_ms = 2;  // a save that may not be the last, a line that is half sent, who waits
 constexpr uint32_t settling_windows = 3; // until the interface shows all that follows from a change
@@ -44,7 +44,7 @@ static bool find_show(preview& p, std::string& problem)
     if (p.from_source && find_source(path, p.folder, p.file))
         return true;
     production_files files;
-    const owned_file pack(open_pack_input(path, files, problem));
+    const owned_pack pack(open_pack_input(path, files, problem));
     if (pack == nullptr) {
         if (std::filesystem::is_directory(path))
             problem = path + " has neither a show.lua nor a pack";
@@ -221,8 +221,8 @@ static void show_window(preview& p)
 // Something moves in the interface though nothing happens: what waits, what is said for a moment, a caret, a waveform.
 static bool is_lively(const preview& p)
 {
-    return p.waits_for_build || p.keeper.settling || p.window.typing || p.face.waits || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0
-        || (p.sound.music && !p.sound.music->ready);
+    return p.waits_for_build || p.keeper.settling || p.window.typing || p.face.waits
+        || steady_seconds() < p.face.notice_until + lively_wait_ms / 1000.0 || (p.sound.music && !p.sound.music->ready);
 }
 
 static bool has_unsent(const control_socket& control)
@@ -278,8 +278,8 @@ static void take_input(preview& p, window_input& input)
             do_key(p, key);
 }
 
-// A new show is seen at once, everything else as often as the window is drawn, and not while a save is about to be built.
-// One that nobody sees counts as seen.
+// A new show is seen at once, everything else as often as the window is drawn, and not while a save is about to be
+// built. One that nobody sees counts as seen.
 static void show_what_is_new(preview& p, bool new_picture)
 {
     const bool is_reload = p.reload.loaded > 0 && p.reload.shown == 0;

@@ -73,7 +73,7 @@ struct stage {
     player_display display; // screen size, what the card can do
     bool has_show = false;
     std::vector<uint8_t> pack; // bytes that `file` reads
-    FILE* file = nullptr;
+    pack_file* file = nullptr;
     document production = {};
     uint64_t end = 0;          // frames of the show
     uint32_t muted_tracks = 0; // bit n: track n is not drawn

@@ -1,6 +1,6 @@
 #include "tools/preview/stage.h"
 
-#include "content/owners.h"
+#include "content/pack.h"
 #include "render/frame_text.h"
 #include "shell/driver_gl.h"
 #include "shell/loading.h"
@@ -212,7 +212,7 @@ namespace {
 // A show that is not on the stage yet.
 struct arriving_show {
     std::vector<uint8_t> pack;
-    owned_file file;
+    owned_pack file;
     document production = {};
     record_handover handover;
     std::vector<loading_remark> remarks;
@@ -261,10 +261,10 @@ static bool load_arriving(const player_display& display, uint32_t seed, arriving
 {
     owned_tree tree;
     std::srand(seed);
-    if (!show.pack.empty()) // the library has no files of nothing
-        show.file.reset(fmemopen(show.pack.data(), show.pack.size(), "rb"));
-    if (show.file != nullptr)
+    if (!show.pack.empty()) {
+        show.file.reset(pack_open_bytes(show.pack));
         draw_chance_of_loading_screen(show.file.get());
+    }
     loading_options options = {display.caps, display.texture_formats, display.glsl_path == 1, true, true};
     options.handover = &show.handover;
     options.remarks = &show.remarks;
@@ -282,8 +282,7 @@ static void drop_show(stage& s)
     s.production = {};
     s.has_show = false;
     s.end = 0;
-    if (s.file != nullptr)
-        std::fclose(s.file);
+    pack_close(s.file);
     s.file = nullptr;
     timeline_free(s.shown);
     s.shown = nullptr;

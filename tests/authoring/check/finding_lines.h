@@ -2,7 +2,7 @@
 #pragma once
 
 #include "authoring/check/findings.h"
-#include "content/owners.h"
+#include "content/pack.h"
 #include "document_text.h"
 #include "model/records.h"
 
@@ -81,7 +81,7 @@ inline std::string findings_in(const document_text& text, const std::vector<pack
     const char* name = "demo.xmlz", const music_facts& music = {})
 {
     const owned_tree root(xml_parse(to_text(text).c_str()));
-    const owned_file pack(open_pack(entries));
+    const owned_pack pack(open_pack(entries));
     return lines_of(check_tree(name, root.get(), pack.get(), music));
 }
 

@@ -16,8 +16,8 @@ static std::vector<pack_content> pack_of(const document_text& show)
 
 static std::string differences(const std::vector<pack_content>& before, const std::vector<pack_content>& after)
 {
-    const owned_file a(open_pack(before));
-    const owned_file b(open_pack(after));
+    const owned_pack a(open_pack(before));
+    const owned_pack b(open_pack(after));
     const pack_difference difference = diff_packs(a.get(), b.get());
     const std::string text = difference_text(difference);
     CHECK(text.empty() == is_without_difference(difference));
@@ -35,7 +35,7 @@ static std::string inequality(const std::string& a, const std::string& b,
     const std::vector<pack_content>& b_entries = complete_pack())
 {
     const owned_tree trees[2] = {owned_tree(xml_parse(a.c_str())), owned_tree(xml_parse(b.c_str()))};
-    const owned_file packs[2] = {owned_file(open_pack(a_entries)), owned_file(open_pack(b_entries))};
+    const owned_pack packs[2] = {owned_pack(open_pack(a_entries)), owned_pack(open_pack(b_entries))};
     const owned_read_document first = read_document_tree("demo.xmlz", trees[0].get(), packs[0].get());
     const owned_read_document second = read_document_tree("demo.xmlz", trees[1].get(), packs[1].get());
     std::string why = "x";
@@ -225,8 +225,8 @@ TEST_CASE("differences are an object of JSON, too")
     other.records[11] = with(other.records[11], "value=\"0.5\"", "value=\"0.7\"");
     std::vector<pack_content> after = pack_of(other);
     after.push_back({"b\xFF", "12"});
-    const owned_file a(open_pack(pack_of(quiet_show())));
-    const owned_file b(open_pack(after));
+    const owned_pack a(open_pack(pack_of(quiet_show())));
+    const owned_pack b(open_pack(after));
     std::string text = difference_json(diff_packs(a.get(), b.get()));
     std::string dense;
     for (const char letter : text)

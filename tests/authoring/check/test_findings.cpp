@@ -12,7 +12,7 @@ static finding_list findings_in_pack(const document_text& show, const std::vecto
     std::vector<pack_content> entries = {{"demo.xmlz", in_envelope(to_text(show))},
         {"cube.mesh", in_envelope(mesh_text(3, 1, {0, 1, 2}))}, {"rock.tga", tga_picture(4, 8, 3)}};
     entries.insert(entries.end(), more.begin(), more.end());
-    const owned_file pack(open_pack(entries));
+    const owned_pack pack(open_pack(entries));
     return check_documents(pack.get());
 }
 
@@ -136,7 +136,7 @@ TEST_CASE("of a pack's entries those are told of that no document names, and nam
 
 TEST_CASE("a document that cannot be read is an error, and nothing is said of what it may name")
 {
-    const owned_file pack(open_pack({{"demo.xmlz", "no envelope"}, {"cube.mesh", "."}}));
+    const owned_pack pack(open_pack({{"demo.xmlz", "no envelope"}, {"cube.mesh", "."}}));
     const finding_list findings = check_documents(pack.get());
     REQUIRE(findings.size() == 1);
     CHECK(findings[0].severity == problem_error);
@@ -146,22 +146,20 @@ TEST_CASE("a document that cannot be read is an error, and nothing is said of wh
 
 TEST_CASE("a pack without documents is an empty show, and any other file no pack")
 {
-    const owned_file empty(open_pack({{"a", "b"}}));
+    const owned_pack empty(open_pack({{"a", "b"}}));
     CHECK(lines_of(check_documents(empty.get()))
         == "warning 0/0: there is no entry \"demo.xmlz\": the show is over at once.\n"
            "note 0/0: entry \"a\" is named by no document.\n");
-    const owned_file other(std::tmpfile());
-    std::fputs("OggS, and so on, for longer than a slot of a pack would be", other.get());
+    const owned_pack other(open_packed("OggS, and so on, for longer than a slot of a pack would be"));
     CHECK(lines_of(check_documents(other.get())) == "error 0/0: this is no pack.\n");
     CHECK(lines_of(check_documents(nullptr)) == "error 0/0: this is no pack.\n");
 }
 
 TEST_CASE("a cut index and entries beyond the pack are told")
 {
-    const owned_file cut(std::tmpfile());
     std::string bytes("DP\1", 3);
     bytes += std::string("far") + std::string(29, '\0') + std::string("\0\0\0\7\0\1\0\0", 8);
-    std::fwrite(bytes.data(), 1, bytes.size(), cut.get());
+    const owned_pack cut(open_packed(bytes));
     CHECK(lines_of(check_documents(cut.get())).find("warning 0/0: entry \"far\" lies outside the pack.\n")
         != std::string::npos);
     CHECK(lines_of(check_documents(cut.get())).find("warning 0/0: the index does not end with an empty name.\n")
@@ -195,9 +193,9 @@ TEST_CASE("the music file is the show's")
 {
     document_text text = quiet_show();
     text.music_attributes = " file=\"tune.ogg\"";
-    const owned_file pack(open_pack({{"demo.xmlz", in_envelope(to_text(text))}}));
+    const owned_pack pack(open_pack({{"demo.xmlz", in_envelope(to_text(text))}}));
     CHECK(music_file_of(pack.get()) == "tune.ogg");
-    const owned_file silent(open_pack({{"demo.xmlz", in_envelope(to_text(quiet_show()))}}));
+    const owned_pack silent(open_pack({{"demo.xmlz", in_envelope(to_text(quiet_show()))}}));
     CHECK(music_file_of(silent.get()) == "");
     CHECK(music_file_of(nullptr) == "");
 }

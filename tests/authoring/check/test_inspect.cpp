@@ -13,12 +13,12 @@ using namespace std::string_literals;
 
 static inspection inspected(const std::string& name, const std::vector<pack_content>& entries)
 {
-    FILE* pack = open_pack(entries);
+    pack_file* pack = open_pack(entries);
     inspection found;
     std::string problem = "left over";
     REQUIRE_MESSAGE(inspect_entry(pack, name, found, problem), problem);
     CHECK(problem.empty());
-    std::fclose(pack);
+    pack_close(pack);
     return found;
 }
 
@@ -414,13 +414,13 @@ TEST_CASE("Of other bytes the first are told")
 
 TEST_CASE("What is not there is refused with a line")
 {
-    FILE* pack = open_pack({{"a", "b"}});
+    pack_file* pack = open_pack({{"a", "b"}});
     inspection found;
     std::string problem;
     CHECK(!inspect_entry(pack, "c\x1B", found, problem));
     CHECK(problem == "The pack has no entry \"c\\x1B\".");
     CHECK(!inspect_entry(pack, "", found, problem));
-    std::fclose(pack);
+    pack_close(pack);
     CHECK(!inspect_file("/nowhere/a", found, problem));
     CHECK(problem == "\"/nowhere/a\" cannot be read: No such file or directory.");
     CHECK(!inspect_file("/tmp", found, problem));

@@ -67,7 +67,7 @@ TEST_CASE("pictures and meshes of a document that is known are taken and not dec
     CHECK(table_get(third->d.cube_map_table, 1)->faces[0] == face);
 }
 
-static std::string lines_with(FILE* pack, known_documents* known)
+static std::string lines_with(const pack_file* pack, known_documents* known)
 {
     std::string lines;
     for (const show_problem& problem : findings_as_problems(check_documents(pack, {}, known)))
@@ -89,8 +89,8 @@ TEST_CASE("what is found of a show is the same whether the show before is known 
     for (pack_entry& entry : entries)
         if (entry.name == "skin.png")
             entry.bytes.resize(entry.bytes.size() / 2);
-    std::vector<uint8_t> bytes = pack_bytes(entries);
-    const owned_file broken(fmemopen(bytes.data(), bytes.size(), "rb"));
+    const std::vector<uint8_t> bytes = pack_bytes(entries);
+    const owned_pack broken(pack_open_bytes(bytes));
     const std::string told = lines_with(broken.get(), nullptr);
     REQUIRE(told.find("cannot decode") != std::string::npos);
     for (uint32_t round = 0; round < 3; ++round) // a record that could not be read must not be taken for a good one

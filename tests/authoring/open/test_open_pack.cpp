@@ -1,7 +1,7 @@
 // Packs as strangers make them, opened into files.
 #include "authoring/open/open_pack.h"
 
-#include "content/owners.h"
+#include "content/pack.h"
 #include "document_text.h"
 
 #include <doctest/doctest.h>
@@ -10,7 +10,7 @@
 
 static opened_show opened(const std::vector<pack_content>& entries, std::vector<std::string>& notes)
 {
-    const owned_file pack(open_pack(entries));
+    const owned_pack pack(open_pack(entries));
     opened_show show;
     open_pack(pack.get(), {}, show, notes);
     return show;

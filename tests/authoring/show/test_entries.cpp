@@ -1,6 +1,7 @@
 #include "../built_source.h"
 
 #include "authoring/show/entries.h"
+#include "content/owners.h"
 #include "content/pack.h"
 #include "content/xmlz.h"
 
@@ -167,8 +168,7 @@ TEST_CASE("the same source gives the same bytes")
 TEST_CASE("a pack is its index and its entries")
 {
     const std::vector<uint8_t> bytes = pack_bytes({{"a", {1, 2, 3}, ""}, {"bc", {4}, ""}});
-    std::vector<uint8_t> two(bytes);
-    const owned_file pack(fmemopen(two.data(), two.size(), "rb"));
+    const owned_pack pack(pack_open_bytes(bytes));
     pack_slot slot;
     REQUIRE(pack_read_slot(pack.get(), 1, slot));
     CHECK(std::string(slot.name) == "bc");
