@@ -2,6 +2,7 @@
 
 #include "content/numbers.h"
 #include "texgen/cosine_table.h"
+#include "texgen/neighbour_kernels.h"
 #include "texgen/point_kernels.h"
 
 #include <algorithm>
@@ -12,19 +13,11 @@
 #include <memory>
 #include <new>
 
-constexpr double ninth = 0.111111111;  // short of 1/9 on purpose: nine times 255 blurs to 254
 constexpr double cosine_turn = 4096.0; // steps of the cosine table in a full turn
-
-// ---- bytes --------------------------------------------------------------------------
-
-static uint8_t clamped_byte(int32_t value)
-{
-    return static_cast<uint8_t>(std::clamp(value, 0, 255));
-}
 
 // ---- neighbourhood operations -------------------------------------------------------
 //
-// They read pixels that they have not reached yet, so source and result differ.
+// They read pixels around the one that they write, so source and result differ.
 
 static const uint8_t* pixel_at(const uint8_t* picture, uint32_t size, uint32_t x, uint32_t y)
 {
@@ -45,9 +38,13 @@ static void offset_picture(const float* values, const uint8_t* a, uint8_t* out, 
 {
     const uint32_t rows = wrap(truncate_to_int(values[0]), size);
     const uint32_t columns = wrap(truncate_to_int(values[1]), size);
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x, out += 3)
-            std::memcpy(out, pixel_at(a, size, (x + columns) % size, (y + rows) % size), 3);
+    const size_t row = size_t{3} * size;
+    const size_t begin = size_t{3} * columns;
+    for (uint32_t y = 0; y < size; ++y, out += row) {
+        const uint8_t* source = a + row * ((size_t{y} + rows) % size);
+        std::memcpy(out, source + begin, row - begin);
+        std::memcpy(out + row - begin, source, begin);
+    }
 }
 
 namespace {
@@ -122,92 +119,34 @@ static void ripple(const float* values, const uint8_t* a, uint8_t* out, uint32_t
     }
 }
 
-namespace {
-
-// Factors of the nine pixels around one, the row above first.
-struct kernel {
-    int8_t factor[3][3];
-};
-
-} // namespace
-
-static constexpr kernel box_kernel = {{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}};
-
-static constexpr kernel emboss_kernels[4] = {
-    {{{-2, -1, 0}, {-1, 1, 1}, {0, 1, 2}}},
-    {{{0, -1, -2}, {1, 1, -1}, {2, 1, 0}}},
-    {{{2, 1, 0}, {1, 1, -1}, {0, -1, -2}}},
-    {{{0, 1, 2}, {-1, 1, 1}, {-2, -1, 0}}},
-};
-
-namespace {
-
-// The nine pixels around (x, y), the row above first, wrapping at the edges.
-struct neighbourhood {
-    const uint8_t* pixel[3][3];
-};
-
-} // namespace
-
-static neighbourhood neighbours_of(const uint8_t* a, uint32_t size, uint32_t x, uint32_t y)
+static uint32_t emboss_direction(float value)
 {
-    const uint32_t columns[3] = {(x + size - 1) % size, x, (x + 1) % size};
-    const uint32_t rows[3] = {(y + size - 1) % size, y, (y + 1) % size};
-    neighbourhood around = {};
-    for (uint32_t i = 0; i < 3; ++i)
-        for (uint32_t j = 0; j < 3; ++j)
-            around.pixel[i][j] = pixel_at(a, size, columns[j], rows[i]);
-    return around;
+    return static_cast<uint32_t>(std::clamp(truncate_to_int(value), 1, 4));
 }
 
-static int32_t filtered(const neighbourhood& around, const kernel& k, uint32_t channel)
-{
-    int32_t sum = 0;
-    for (uint32_t i = 0; i < 3; ++i)
-        for (uint32_t j = 0; j < 3; ++j)
-            sum += k.factor[i][j] * around.pixel[i][j][channel];
-    return sum;
-}
-
-static void blur(const uint8_t* a, uint8_t* out, uint32_t size)
-{
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x) {
-            const neighbourhood around = neighbours_of(a, size, x, y);
-            for (uint32_t c = 0; c < 3; ++c)
-                *out++ = low_byte(truncate_to_int(ninth * filtered(around, box_kernel, c)));
-        }
-}
-
-static void emboss(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
-{
-    const int32_t direction = std::clamp(truncate_to_int(values[0]), 1, 4);
-    const kernel& k = emboss_kernels[direction - 1];
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x) {
-            const neighbourhood around = neighbours_of(a, size, x, y);
-            for (uint32_t c = 0; c < 3; ++c)
-                *out++ = clamped_byte(filtered(around, k, c));
-        }
-}
-
+// They read pixels that they have written already where the result is the source: the source is then a copy. Without
+// memory for it the result keeps its contents.
 static void apply_neighbourhood_operation(
     node_code code, const float* values, const uint8_t* a, uint8_t* result, uint32_t size)
 {
     assert(code >= node_offset && code <= node_emboss);
-    const size_t bytes = size_t{3} * size * size;
-    const std::unique_ptr<uint8_t[]> made(new (std::nothrow) uint8_t[bytes]);
-    if (made == nullptr)
-        return;
+    std::unique_ptr<uint8_t[]> copy;
+    if (result == a) {
+        const size_t bytes = size_t{3} * size * size;
+        copy.reset(new (std::nothrow) uint8_t[bytes]);
+        if (copy == nullptr)
+            return;
+        std::memcpy(copy.get(), a, bytes);
+        a = copy.get();
+    }
     if (code == node_offset)
-        offset_picture(values, a, made.get(), size);
+        offset_picture(values, a, result, size);
     else if (code == node_ripple)
-        ripple(values, a, made.get(), size);
+        ripple(values, a, result, size);
     else if (code == node_blur)
-        blur(a, made.get(), size);
+        blur_picture(best_instructions(), a, result, size);
     else
-        emboss(values, a, made.get(), size);
-    std::memcpy(result, made.get(), bytes);
+        emboss_picture(best_instructions(), emboss_direction(values[0]), a, result, size);
 }
 
 void apply_texture_operation(uint8_t code, const float values[max_node_values], const uint8_t* a, const uint8_t* b,
