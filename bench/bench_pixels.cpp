@@ -241,6 +241,7 @@ static const picture_work works[] = {
     {"scale up", node_multiply, {1.35f}, scale_opencv, scale_plain},
     {"invert", node_invert, {}, invert_opencv, invert_plain},
     {"offset", node_offset, {100.0f, 33.0f}, nullptr, offset_plain},
+    {"offset by half", node_offset, {128.0f, 128.0f}, nullptr, offset_plain},
     {"blur", node_blur, {}, blur_opencv, blur_plain},
     {"emboss", node_emboss, {1.0f}, emboss_opencv, emboss_plain},
 };

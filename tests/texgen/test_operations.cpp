@@ -162,6 +162,17 @@ TEST_CASE("offsets are truncated; negative and large ones wrap around")
     CHECK(is_moved(operated(node_offset, {-8, -15}, odd), odd, 6, 6));
 }
 
+TEST_CASE("an offset moves by any number of rows and columns")
+{
+    for (const uint32_t size : {1u, 2u, 3u, 5u, 16u, 33u})
+        for (uint32_t columns = 0; columns < size; ++columns)
+            for (const uint32_t rows : {0u, 1 % size, size / 2, size - 1}) {
+                const picture a = scrambled_picture(size, columns + 1);
+                const picture made = operated(node_offset, {static_cast<float>(rows), static_cast<float>(columns)}, a);
+                CHECK(is_moved(made, a, columns, rows));
+            }
+}
+
 // ---- ripple ---------------------------------------------------------------------------
 
 TEST_CASE("a ripple of no amplitude mixes the three neighbours in equal parts, without the pixel itself")

@@ -32,19 +32,36 @@ static uint32_t wrap(int64_t position, uint32_t size)
     return static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder);
 }
 
+// Rows that begin with their byte `begin` and go on with what stood before it. A long part is copied from all rows at
+// one go, with the ends of the next or last rows, over which the short part is written.
+static void turn_rows(const uint8_t* a, uint8_t* out, size_t row, size_t count, size_t begin)
+{
+    if (count == 0)
+        return;
+    const size_t end = row - begin;
+    const bool first_at_once = begin <= row / 4;
+    const bool last_at_once = end <= row / 4;
+    if (first_at_once)
+        std::memcpy(out, a + begin, count * row - begin);
+    if (last_at_once)
+        std::memcpy(out + end, a, count * row - end);
+    for (size_t y = 0; y < count && begin != 0; ++y, a += row, out += row) {
+        if (!first_at_once)
+            std::memcpy(out, a + begin, end);
+        if (!last_at_once)
+            std::memcpy(out + end, a, begin);
+    }
+}
+
 // "X offset" moves along the rows and "Y offset" along the columns: crossed on
 // purpose, as documents count on it.
 static void offset_picture(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
 {
     const uint32_t rows = wrap(truncate_to_int(values[0]), size);
-    const uint32_t columns = wrap(truncate_to_int(values[1]), size);
+    const size_t begin = size_t{3} * wrap(truncate_to_int(values[1]), size);
     const size_t row = size_t{3} * size;
-    const size_t begin = size_t{3} * columns;
-    for (uint32_t y = 0; y < size; ++y, out += row) {
-        const uint8_t* source = a + row * ((size_t{y} + rows) % size);
-        std::memcpy(out, source + begin, row - begin);
-        std::memcpy(out + row - begin, source, begin);
-    }
+    turn_rows(a + row * rows, out, row, size - rows, begin);
+    turn_rows(a, out + row * (size - rows), row, rows, begin);
 }
 
 namespace {
