@@ -1,5 +1,7 @@
 #include "texgen/mipmaps.h"
 
+#include "texgen/mipmap_kernels.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cstddef>
@@ -49,15 +51,10 @@ static void reduce_to_row(const mipmap_source& source, uint32_t width, uint8_t* 
 static void reduce_by_boxes(const mipmap_source& source, uint32_t width, uint32_t height, uint8_t* out)
 {
     assert(source.row >= 2 * width * source.components);
-    for (uint32_t y = 0; y < height; ++y) {
+    const instruction_set set = best_instructions();
+    for (uint32_t y = 0; y < height; ++y, out += width * source.components) {
         const uint8_t* upper = source.pixels + 2 * y * source.row;
-        const uint8_t* lower = upper + source.row;
-        for (uint32_t x = 0; x < width; ++x)
-            for (size_t c = 0; c < source.components; ++c) {
-                const size_t left = 2 * x * source.components + c;
-                const size_t right = left + source.components;
-                *out++ = static_cast<uint8_t>((upper[left] + upper[right] + lower[left] + lower[right]) >> 2);
-            }
+        halve_row_pair(set, {upper, upper + source.row, source.components}, out, width);
     }
 }
 
