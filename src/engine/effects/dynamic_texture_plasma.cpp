@@ -1,11 +1,14 @@
 #include "effects/dynamic_texture_plasma.h"
 
 #include "content/numbers.h"
+#include "effects/plasma_kernels.h"
 #include "texgen/cosine_table.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <iterator>
+
+static_assert(max_effect_side % plasma_run == 0);
 
 constexpr double steps_per_radian = 651.8986469; // 4096 / (2 pi): entries of the cosine table
 
@@ -35,21 +38,7 @@ static double table_cosine(double steps)
 
 // ---- colours -----------------------------------------------------------------------------
 
-namespace {
-
-struct wave {
-    double density; // table steps per unit of the field
-    double drift;   // table steps
-};
-
-struct colour_channel {
-    wave p;
-    wave q;
-};
-
-} // namespace
-
-static colour_channel make_channel(uint32_t channel, double cb, double cc, double t)
+static plasma_channel make_channel(uint32_t channel, double cb, double cc, double t)
 {
     assert(channel < 3);
     const double* k = colour_coefficients + 2 * channel;
@@ -61,7 +50,7 @@ static colour_channel make_channel(uint32_t channel, double cb, double cc, doubl
 namespace {
 
 struct colour_waves {
-    colour_channel channels[3]; // R, G, B
+    plasma_channel channels[3]; // R, G, B
 };
 
 } // namespace
@@ -71,24 +60,16 @@ static colour_waves make_colours(double cb, double cc, double t)
     return {{make_channel(0, cb, cc, t), make_channel(1, cb, cc, t), make_channel(2, cb, cc, t)}};
 }
 
-// Both factors lie in 0..2, so that the value lies in 0..252.
-static uint8_t channel_value(const colour_channel& channel, double p, double q)
+// Times so far away that steps leave the integers, and what is not a number, go the plain way.
+static instruction_set instructions_for(std::span<const plasma_channel> channels, double p_bound, double q_bound)
 {
-    const double from_q = table_cosine(channel.q.density * q + channel.q.drift) + 1.0;
-    const double from_p = table_cosine(channel.p.density * p + channel.p.drift) + 1.0;
-    return low_byte(truncate_to_int(from_q * from_p * 63.0));
-}
-
-// Writes one pixel and returns the place of the next.
-static uint8_t* write_pixel(uint8_t* out, uint32_t channels, const colour_waves& colours, double p, double q)
-{
-    assert(channels <= std::size(colours.channels));
-    for (uint32_t c = 0; c < channels; ++c)
-        *out++ = channel_value(colours.channels[c], p, q);
-    return out;
+    return plasma_steps_fit(channels, p_bound, q_bound) ? best_instructions() : instructions_plain;
 }
 
 // ---- the two fields ----------------------------------------------------------------------
+//
+// Each is a function of a row's term and a column's term. Columns beyond the picture's width, up to a whole run of the
+// kernels, are 0.
 
 void render_plasma(const effect_picture& out, float step)
 {
@@ -105,24 +86,36 @@ void render_plasma(const effect_picture& out, float step)
     const double fy = (0.2 * ca + 0.8) * 12.96912246068074;
     const double fx = (0.3 * ca + 0.7) * 9.72684185518603;
     const colour_waves colours = make_colours(cb, cc, t);
+    const auto channels = std::span(colours.channels).first(out.channels);
 
-    double column_terms[max_effect_side];
-    for (uint32_t x = 0; x < out.width; ++x)
-        column_terms[x] = (1.0 - table_cosine(x * fx)) * 63.0 + 0.06 * t;
-
-    uint8_t* pixel = out.pixels;
-    for (uint32_t y = 0; y < out.height; ++y) {
-        const double row_term = (1.0 - table_cosine(y * fy)) * 63.0 + 0.08 * t;
-        for (uint32_t x = 0; x < out.width; ++x) {
-            const double p = amplitude * c * column_terms[x] + a * row_term;
-            const double q = a * column_terms[x] + b * row_term;
-            pixel = write_pixel(pixel, out.channels, colours, p, q);
-        }
+    double p_columns[max_effect_side] = {};
+    double q_columns[max_effect_side] = {};
+    for (uint32_t x = 0; x < out.width; ++x) {
+        const double column_term = (1.0 - table_cosine(x * fx)) * 63.0 + 0.06 * t;
+        p_columns[x] = amplitude * c * column_term;
+        q_columns[x] = a * column_term;
     }
+    const double farthest = 2.0 * (126.0 + 0.08 * std::fabs(t)); // the sum of a row's and a column's term
+    const double bound = 3.0 * farthest; // no factor of a term is larger than the amplitude's 2.88
+    const instruction_set set = instructions_for(channels, bound, 2.0 * bound);
+
+    uint8_t* row = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y, row += out.width * out.channels) {
+        const double row_term = (1.0 - table_cosine(y * fy)) * 63.0 + 0.08 * t;
+        summed_plasma_row(set, channels, {p_columns, a * row_term}, {q_columns, b * row_term}, row, out.width);
+    }
+}
+
+// The table steps of a field between the corners of a picture, where it is least and most.
+static step_range steps_between(double columns, double rows, double scale)
+{
+    return {(std::min(columns, 0.0) + std::min(rows, 0.0)) * scale - 1.0,
+        (std::max(columns, 0.0) + std::max(rows, 0.0)) * scale + 1.0};
 }
 
 void render_rotating_plasma(const effect_picture& out, float step)
 {
+    assert(out.width <= max_effect_side);
     const double t = 0.5 * static_cast<double>(step);
     const double a = (sine(0.1 * t) + 1.88) * 20.0;
     const double amplitude = 63.0 * a;
@@ -134,15 +127,24 @@ void render_rotating_plasma(const effect_picture& out, float step)
     const double sin_r = sine(0.15 * t);
     const double cos_r = cosine(0.15 * t);
     const colour_waves colours = make_colours(cb, cc, t);
+    const auto channels = std::span(colours.channels).first(out.channels);
+    const turned_plasma plasma = {.p = {.scale = gx, .amplitude = amplitude, .drift = 0.08 * a * t},
+        .q = {.scale = gy, .amplitude = amplitude, .drift = 0.06 * a * t},
+        .channels = std::span(colours.channels).first(out.channels)};
 
-    uint8_t* pixel = out.pixels;
-    for (uint32_t y = 0; y < out.height; ++y) {
-        for (uint32_t x = 0; x < out.width; ++x) {
-            const double along = (sin_r * y + cos_r * x) * gx;
-            const double across = (sin_r * x + (1.0 - cos_r) * y) * gy;
-            const double p = (1.0 - table_cosine(along)) * amplitude + 0.08 * a * t;
-            const double q = (1.0 - table_cosine(across)) * amplitude + 0.06 * a * t;
-            pixel = write_pixel(pixel, out.channels, colours, p, q);
-        }
+    double p_columns[max_effect_side] = {};
+    double q_columns[max_effect_side] = {};
+    for (uint32_t x = 0; x < out.width; ++x) {
+        p_columns[x] = cos_r * x;
+        q_columns[x] = sin_r * x;
     }
+    const double bound = 2.0 * amplitude + 0.08 * a * std::fabs(t);
+    const instruction_set set = instructions_for(plasma.channels, bound, bound);
+    turned_tables tables; // for one picture
+    fill_turned_tables(set, plasma, steps_between(cos_r * out.width, sin_r * out.height, gx),
+        steps_between(sin_r * out.width, (1.0 - cos_r) * out.height, gy), tables);
+
+    uint8_t* row = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y, row += out.width * out.channels)
+        turned_plasma_row(set, plasma, tables, {p_columns, sin_r * y}, {q_columns, (1.0 - cos_r) * y}, row, out.width);
 }

@@ -1,0 +1,395 @@
+#include "effects/plasma_kernels.h"
+
+#include "content/numbers.h"
+#include "texgen/packed_pixels.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+constexpr uint32_t max_channels = 3;
+
+// ---- the formulas ------------------------------------------------------------------------
+
+static double table_cosine(double steps)
+{
+    return static_cast<double>(cosine_at(truncate_to_int(steps)));
+}
+
+// Both factors lie in 0..2, so that the value lies in 0..252.
+static uint8_t channel_value(const plasma_channel& channel, double p, double q)
+{
+    const double from_q = table_cosine(channel.q.density * q + channel.q.drift) + 1.0;
+    const double from_p = table_cosine(channel.p.density * p + channel.p.drift) + 1.0;
+    return low_byte(truncate_to_int(from_q * from_p * 63.0));
+}
+
+// The value of a field where the cosine of its turned coordinate is `cosine`.
+FAST_INLINE static double turned_value(const turned_field& field, double cosine)
+{
+    return (1.0 - cosine) * field.amplitude + field.drift;
+}
+
+static void summed_row_plain(std::span<const plasma_channel> channels, const summed_field& p, const summed_field& q,
+    uint8_t* out, uint32_t count)
+{
+    for (uint32_t x = 0; x < count; ++x)
+        for (const plasma_channel& channel : channels)
+            *out++ = channel_value(channel, p.columns[x] + p.row, q.columns[x] + q.row);
+}
+
+static void turned_row_plain(
+    const turned_plasma& plasma, const summed_field& p, const summed_field& q, uint8_t* out, uint32_t count)
+{
+    for (uint32_t x = 0; x < count; ++x) {
+        const double along = table_cosine((p.columns[x] + p.row) * plasma.p.scale);
+        const double across = table_cosine((q.columns[x] + q.row) * plasma.q.scale);
+        for (const plasma_channel& channel : plasma.channels)
+            *out++ = channel_value(channel, turned_value(plasma.p, along), turned_value(plasma.q, across));
+    }
+}
+
+bool plasma_steps_fit(std::span<const plasma_channel> channels, double p_bound, double q_bound)
+{
+    constexpr double room = 2147483000.0;
+    return std::all_of(channels.begin(), channels.end(), [=](const plasma_channel& channel) {
+        return std::fabs(channel.p.density) * p_bound + std::fabs(channel.p.drift) < room
+            && std::fabs(channel.q.density) * q_bound + std::fabs(channel.q.drift) < room;
+    });
+}
+
+// ---- bytes without the table -------------------------------------------------------------
+//
+// Since 1 + cos a is twice the square of cos (a / 2), a byte is 252 times the square of the product of two cosines of
+// half angles. For these a short polynomial does instead of a look-up: it is right to some 10^-7, and so the byte with
+// 16 bits behind the point to less than `doubt`. Where that is near a whole number, the byte is computed from the
+// table.
+
+constexpr int32_t doubt = 8;               // of 65536
+constexpr float byte_scale = 4063.8742f;   // the square root of 252 * 65536, in one of the two factors
+constexpr float certain_half = 181.01933f; // times 1 a product whose square, a half, is never in doubt
+
+// `scale` times cos(pi n / 4096) of the table's step n, brought into -2048..2047.
+FAST_INLINE static float half_cosine(int32_t steps, float scale)
+{
+    const float n = static_cast<float>((steps << 20) >> 20);
+    const float z = n * n;
+    return 0.9999999534666967f * scale
+        + z
+        * (-2.9413657538149514e-07f * scale
+            + z
+                * (1.4418375521655253e-14f * scale
+                    + z * (-2.820365945823363e-22f * scale + z * (2.772963445046067e-30f * scale))));
+}
+
+// A byte with 16 bits behind the point, `doubt` too large.
+FAST_INLINE static int32_t fixed_value(float half_q, float half_p)
+{
+    const float product = half_q * half_p;
+    return static_cast<int32_t>(product * product + static_cast<float>(doubt));
+}
+
+FAST_INLINE static bool is_doubtful(int32_t value)
+{
+    return (value & 0xFFFF) < 2 * doubt;
+}
+
+// ---- fields that are sums ----------------------------------------------------------------
+
+namespace {
+
+struct field_run {
+    double p[plasma_run];
+    double q[plasma_run];
+};
+
+} // namespace
+
+// The bytes of a channel for a run of pixels, in the upper halves of words of which the lower are rubbish.
+FAST_INLINE static void summed_channel_run(const plasma_channel& channel, const field_run& fields, int32_t* values)
+{
+    int32_t steps_p[plasma_run];
+    int32_t steps_q[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        steps_p[n] = static_cast<int32_t>(channel.p.density * fields.p[n] + channel.p.drift);
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        steps_q[n] = static_cast<int32_t>(channel.q.density * fields.q[n] + channel.q.drift);
+    uint32_t any = 0;
+    for (uint32_t n = 0; n < plasma_run; ++n) {
+        values[n] = fixed_value(half_cosine(steps_q[n], byte_scale), half_cosine(steps_p[n], 1.0f));
+        any |= is_doubtful(values[n]) ? 1u : 0u;
+    }
+    if (any == 0)
+        return;
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        if (is_doubtful(values[n]))
+            values[n] = channel_value(channel, fields.p[n], fields.q[n]) << 16;
+}
+
+FAST_INLINE static void summed_run_of_3(
+    const plasma_channel* channels, const field_run& fields, uint8_t* out, uint32_t count)
+{
+    int32_t values[max_channels][plasma_run];
+    for (uint32_t c = 0; c < max_channels; ++c)
+        summed_channel_run(channels[c], fields, values[c]);
+    uint32_t pixels[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        pixels[n]
+            = static_cast<uint32_t>(values[0][n] >> 16 | (values[1][n] >> 8 & 0xFF00) | (values[2][n] & 0xFF0000));
+    store_packed_pixels(pixels, out, count);
+}
+
+FAST_INLINE static void store_run_of_1(const int32_t* values, uint8_t* out, uint32_t count)
+{
+    uint8_t bytes[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        bytes[n] = static_cast<uint8_t>(values[n] >> 16);
+    std::memcpy(out, bytes, count);
+}
+
+FAST_INLINE static void summed_run_of_1(
+    const plasma_channel& channel, const field_run& fields, uint8_t* out, uint32_t count)
+{
+    int32_t values[plasma_run];
+    summed_channel_run(channel, fields, values);
+    store_run_of_1(values, out, count);
+}
+
+FAST_INLINE static void summed_row_fast(std::span<const plasma_channel> channels, const summed_field& p,
+    const summed_field& q, uint8_t* out, uint32_t count)
+{
+    for (uint32_t begin = 0; begin < count; begin += plasma_run) {
+        const uint32_t run = std::min(plasma_run, count - begin);
+        field_run fields;
+        for (uint32_t n = 0; n < plasma_run; ++n)
+            fields.p[n] = p.columns[begin + n] + p.row;
+        for (uint32_t n = 0; n < plasma_run; ++n)
+            fields.q[n] = q.columns[begin + n] + q.row;
+        if (channels.size() == max_channels)
+            summed_run_of_3(channels.data(), fields, out + size_t{3} * begin, run);
+        else
+            summed_run_of_1(channels.front(), fields, out + begin, run);
+    }
+}
+
+// ---- fields on turned coordinates --------------------------------------------------------
+
+// The half cosines of one channel's wave from entry `first` to `last`, rounded up to a whole run.
+FAST_INLINE static void fill_wave(const turned_field& field, const plasma_wave& wave, float scale, uint32_t first,
+    uint32_t last, float* halves, uint32_t stride)
+{
+    for (uint32_t begin = first - first % plasma_run; begin <= last; begin += plasma_run) {
+        float made[plasma_run];
+        for (uint32_t n = 0; n < plasma_run; ++n) {
+            const double value = turned_value(field, static_cast<double>(cosine_table[begin + n]));
+            made[n] = half_cosine(static_cast<int32_t>(wave.density * value + wave.drift), scale);
+        }
+        for (uint32_t n = 0; n < plasma_run; ++n)
+            halves[(begin + n) * stride] = made[n];
+    }
+}
+
+// Entries 1..4095 are those of negative steps, from 4096 on of the others; a full turn needs all of its half.
+static uint32_t first_entry(step_range steps)
+{
+    return static_cast<uint32_t>(std::clamp(4096.0 + std::trunc(steps.least), 0.0, 4096.0));
+}
+
+static uint32_t last_entry(step_range steps)
+{
+    return static_cast<uint32_t>(std::clamp(4096.0 + std::trunc(steps.most), 4096.0, 8191.0));
+}
+
+FAST_INLINE static void fill_turned_fast(const turned_plasma& plasma, step_range p, step_range q, turned_tables& tables)
+{
+    const auto channel_count = static_cast<uint32_t>(plasma.channels.size());
+    const uint32_t stride = channel_count == max_channels ? 4 : 1;
+    for (uint32_t c = 0; c < channel_count; ++c) {
+        const plasma_channel& channel = plasma.channels[c];
+        fill_wave(plasma.p, channel.p, 1.0f, first_entry(p), last_entry(p), tables.p.halves + c, stride);
+        fill_wave(plasma.q, channel.q, byte_scale, first_entry(q), last_entry(q), tables.q.halves + c, stride);
+    }
+    if (stride == 1)
+        return;
+    for (uint32_t entry = first_entry(p); entry <= last_entry(p); ++entry)
+        tables.p.halves[4 * entry + 3] = 1.0f;
+    for (uint32_t entry = first_entry(q); entry <= last_entry(q); ++entry)
+        tables.q.halves[4 * entry + 3] = certain_half;
+}
+
+FAST_INLINE static void turned_entries(const turned_field& field, const double* columns, double row, int32_t* entries)
+{
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        entries[n] = 4096 + static_cast<int32_t>((columns[n] + row) * field.scale) % 4096;
+}
+
+static uint32_t exact_pixel(const turned_plasma& plasma, int32_t p_entry, int32_t q_entry)
+{
+    const double p = turned_value(plasma.p, static_cast<double>(cosine_table[p_entry]));
+    const double q = turned_value(plasma.q, static_cast<double>(cosine_table[q_entry]));
+    uint32_t pixel = 0;
+    for (size_t c = 0; c < plasma.channels.size(); ++c)
+        pixel |= uint32_t{channel_value(plasma.channels[c], p, q)} << (8 * c);
+    return pixel;
+}
+
+FAST_INLINE static void turned_run_of_1(const turned_plasma& plasma, const turned_tables& tables,
+    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
+{
+    float half_p[plasma_run];
+    float half_q[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; ++n) {
+        half_p[n] = tables.p.halves[p_entries[n]];
+        half_q[n] = tables.q.halves[q_entries[n]];
+    }
+    int32_t values[plasma_run];
+    uint32_t any = 0;
+    for (uint32_t n = 0; n < plasma_run; ++n) {
+        values[n] = fixed_value(half_q[n], half_p[n]);
+        any |= is_doubtful(values[n]) ? 1u : 0u;
+    }
+    for (uint32_t n = 0; any != 0 && n < plasma_run; ++n)
+        if (is_doubtful(values[n]))
+            values[n] = static_cast<int32_t>(exact_pixel(plasma, p_entries[n], q_entries[n]) << 16);
+    store_run_of_1(values, out, count);
+}
+
+#ifdef __SSE2__
+
+// A pixel's fixed values: R, G, B and one that is never in doubt.
+FAST_INLINE static __m128i turned_pixel(const turned_tables& tables, int32_t p_entry, int32_t q_entry)
+{
+    const __m128 product = _mm_mul_ps(
+        _mm_loadu_ps(tables.q.halves + ptrdiff_t{4} * q_entry), _mm_loadu_ps(tables.p.halves + ptrdiff_t{4} * p_entry));
+    return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(product, product), _mm_set1_ps(static_cast<float>(doubt))));
+}
+
+FAST_INLINE static __m128i doubtful_lanes(__m128i values)
+{
+    return _mm_cmplt_epi32(_mm_and_si128(values, _mm_set1_epi32(0xFFFF)), _mm_set1_epi32(2 * doubt));
+}
+
+// Four pixels at a time; if a byte of them is in doubt, the four are computed from the table.
+FAST_INLINE static void turned_run_of_3(const turned_plasma& plasma, const turned_tables& tables,
+    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
+{
+    uint32_t pixels[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; n += 4) {
+        const __m128i a = turned_pixel(tables, p_entries[n], q_entries[n]);
+        const __m128i b = turned_pixel(tables, p_entries[n + 1], q_entries[n + 1]);
+        const __m128i c = turned_pixel(tables, p_entries[n + 2], q_entries[n + 2]);
+        const __m128i d = turned_pixel(tables, p_entries[n + 3], q_entries[n + 3]);
+        const __m128i in_doubt = _mm_or_si128(
+            _mm_or_si128(doubtful_lanes(a), doubtful_lanes(b)), _mm_or_si128(doubtful_lanes(c), doubtful_lanes(d)));
+        const __m128i ab = _mm_packs_epi32(_mm_srli_epi32(a, 16), _mm_srli_epi32(b, 16));
+        const __m128i cd = _mm_packs_epi32(_mm_srli_epi32(c, 16), _mm_srli_epi32(d, 16));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels + n), _mm_packus_epi16(ab, cd));
+        if (_mm_movemask_epi8(in_doubt) != 0)
+            for (uint32_t k = n; k < n + 4; ++k)
+                pixels[k] = exact_pixel(plasma, p_entries[k], q_entries[k]);
+    }
+    store_packed_pixels(pixels, out, count);
+}
+
+#else
+
+FAST_INLINE static void turned_run_of_3(const turned_plasma& plasma, const turned_tables&, const int32_t* p_entries,
+    const int32_t* q_entries, uint8_t* out, uint32_t count)
+{
+    uint32_t pixels[plasma_run];
+    for (uint32_t n = 0; n < plasma_run; ++n)
+        pixels[n] = exact_pixel(plasma, p_entries[n], q_entries[n]);
+    store_packed_pixels(pixels, out, count);
+}
+
+#endif
+
+FAST_INLINE static void turned_row_fast(const turned_plasma& plasma, const turned_tables& tables, const summed_field& p,
+    const summed_field& q, uint8_t* out, uint32_t count)
+{
+    for (uint32_t begin = 0; begin < count; begin += plasma_run) {
+        const uint32_t run = std::min(plasma_run, count - begin);
+        int32_t p_entries[plasma_run];
+        int32_t q_entries[plasma_run];
+        turned_entries(plasma.p, p.columns + begin, p.row, p_entries);
+        turned_entries(plasma.q, q.columns + begin, q.row, q_entries);
+        if (plasma.channels.size() == max_channels)
+            turned_run_of_3(plasma, tables, p_entries, q_entries, out + size_t{3} * begin, run);
+        else
+            turned_run_of_1(plasma, tables, p_entries, q_entries, out + begin, run);
+    }
+}
+
+// ---- by instructions ---------------------------------------------------------------------
+
+FAST_AVX2 static void summed_row_avx2(std::span<const plasma_channel> channels, const summed_field& p,
+    const summed_field& q, uint8_t* out, uint32_t count)
+{
+    summed_row_fast(channels, p, q, out, count);
+}
+
+void summed_plasma_row(instruction_set set, std::span<const plasma_channel> channels, const summed_field& p,
+    const summed_field& q, uint8_t* out, uint32_t count)
+{
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
+    assert(channels.size() == 1 || channels.size() == max_channels);
+    switch (set) {
+    case instructions_avx2:
+        return summed_row_avx2(channels, p, q, out, count);
+    case instructions_sse2:
+        return summed_row_fast(channels, p, q, out, count);
+    case instructions_plain:
+    case instruction_set_count:
+        break;
+    }
+    summed_row_plain(channels, p, q, out, count);
+}
+
+FAST_AVX2 static void fill_turned_avx2(const turned_plasma& plasma, step_range p, step_range q, turned_tables& tables)
+{
+    fill_turned_fast(plasma, p, q, tables);
+}
+
+void fill_turned_tables(
+    instruction_set set, const turned_plasma& plasma, step_range p, step_range q, turned_tables& tables)
+{
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
+    switch (set) {
+    case instructions_avx2:
+        return fill_turned_avx2(plasma, p, q, tables);
+    case instructions_sse2:
+        return fill_turned_fast(plasma, p, q, tables);
+    case instructions_plain:
+    case instruction_set_count:
+        break;
+    }
+}
+
+FAST_AVX2 static void turned_row_avx2(const turned_plasma& plasma, const turned_tables& tables, const summed_field& p,
+    const summed_field& q, uint8_t* out, uint32_t count)
+{
+    turned_row_fast(plasma, tables, p, q, out, count);
+}
+
+void turned_plasma_row(instruction_set set, const turned_plasma& plasma, const turned_tables& tables,
+    const summed_field& p, const summed_field& q, uint8_t* out, uint32_t count)
+{
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
+    assert(plasma.channels.size() == 1 || plasma.channels.size() == max_channels);
+    switch (set) {
+    case instructions_avx2:
+        return turned_row_avx2(plasma, tables, p, q, out, count);
+    case instructions_sse2:
+        return turned_row_fast(plasma, tables, p, q, out, count);
+    case instructions_plain:
+    case instruction_set_count:
+        break;
+    }
+    turned_row_plain(plasma, p, q, out, count);
+}
