@@ -1,3 +1,4 @@
+#include "content/extended_trig.h"
 #include "content/matrix.h"
 
 #include <doctest/doctest.h>
@@ -345,4 +346,165 @@ TEST_CASE("A perspective gives the bits of exact arithmetic")
     const float picked[4] = {t.m[0], t.m[5], t.m[10], t.m[14]};
     const uint32_t expected[4] = {0x3F926D1Bu, 0x3FEA482Cu, 0xBF8013ABu, 0xBE4CDC89u};
     check_bits(picked, expected, 4);
+}
+
+// ---- extended precision ------------------------------------------------------------------
+
+// Matrices are computed in double precision where that leads to the same single-precision
+// number; here all is carried in extended precision.
+
+constexpr long double exact_pi = 3.14159265358979323846264338327950288L;
+
+static sine_cosine extended_turn(float angle)
+{
+    return extended_sine_cosine(static_cast<long double>(angle) * 0.0055555557f * exact_pi);
+}
+
+static float extended_sum(const float* row, const float point[3])
+{
+    const long double x = point[0], y = point[1], z = point[2];
+    return static_cast<float>(row[12] + (row[0] * x + row[4] * y + row[8] * z));
+}
+
+// The inverse of the upper left 3 x 3; false: there is none.
+static bool extended_inverse(const float m[16], float inverse[9])
+{
+    const auto at = [m](int r, int c) -> long double { return m[c % 3 * 4 + r % 3]; };
+    const auto minor
+        = [&at](int r, int c) { return at(r + 1, c + 1) * at(r + 2, c + 2) - at(r + 1, c + 2) * at(r + 2, c + 1); };
+    const long double determinant = at(0, 0) * minor(0, 0) + at(0, 1) * minor(0, 1) + at(0, 2) * minor(0, 2);
+    for (int i = 0; i < 9; ++i)
+        inverse[i] = static_cast<float>(minor(i % 3, i / 3) / determinant);
+    return determinant != 0.0L && std::isfinite(determinant);
+}
+
+namespace {
+
+struct number_source {
+    uint32_t state = 1;
+};
+
+} // namespace
+
+// -1..1; now and then a number with few bits, zeros and ones among them.
+static float next_number(number_source& source)
+{
+    source.state = source.state * 1664525u + 1013904223u;
+    const uint32_t bits = source.state >> 4;
+    if (bits % 8 == 0)
+        return static_cast<float>(static_cast<int32_t>(bits / 8 % 5) - 2) * 0.5f;
+    return static_cast<float>(static_cast<int32_t>(bits) - (1 << 27)) * 0x1p-27f;
+}
+
+// The number between a single-precision one and the next, from which both are as far away.
+static long double boundary_at(long double value)
+{
+    const float below = std::nextafter(static_cast<float>(value), 0.0f);
+    return (static_cast<long double>(below) + std::nextafter(below, 2.0f * below)) / 2;
+}
+
+TEST_CASE("Turns give the bits of extended precision, at every angle")
+{
+    number_source source;
+    for (int i = 0; i < 100000; ++i) {
+        float m[16];
+        for (float& number : m)
+            number = next_number(source);
+        const float angle = next_number(source) * (i % 3 == 0 ? 1000000.0f : 360.0f);
+        float expected[16];
+        std::copy_n(m, 16, expected);
+        const auto [s, c] = extended_turn(angle);
+        for (int r = 0; r < 4 && angle != 0.0f; ++r) {
+            const long double a = m[r], b = m[4 + r];
+            expected[r] = static_cast<float>(a * c + b * s);
+            expected[4 + r] = static_cast<float>(b * c - a * s);
+        }
+        rotate_z(m, angle);
+        CAPTURE(angle);
+        for (int n = 0; n < 16; ++n)
+            REQUIRE(std::bit_cast<uint32_t>(m[n] + 0.0f) == std::bit_cast<uint32_t>(expected[n] + 0.0f));
+    }
+}
+
+TEST_CASE("Turns by whole quarters keep the signs of zeros as extended precision does")
+{
+    for (const float angle : {90.0f, -90.0f, 180.0f, 270.0f, 360.0f, 450.0f, 720000.0f, 1.0e7f, 3.0e38f})
+        for (const float a : {0.0f, -0.0f, 1.0f})
+            for (const float b : {0.0f, -0.0f, -1.0f}) {
+                float m[16] = {a, 0, 0, 0, b};
+                const auto [s, c] = extended_turn(angle);
+                rotate_z(m, angle);
+                check_same(m[0], static_cast<float>(a * c + b * s));
+                check_same(m[4], static_cast<float>(b * c - a * s));
+            }
+}
+
+TEST_CASE("Turns that end near the boundary between two numbers give the bits of extended precision")
+{
+    number_source source;
+    for (int i = 0; i < 20000; ++i) {
+        const float angle = next_number(source) * 360.0f;
+        const auto [s, c] = extended_turn(angle);
+        const float a = 1.0f + next_number(source) * 0.5f;
+        if (std::fabs(s) < 0.1L || std::fabs(c) < 0.1L)
+            continue;
+        const float b = static_cast<float>((boundary_at(a * c) - a * c) / s); // tiny: fills a c up
+        float m[16] = {a, 0, 0, 0, b};
+        rotate_z(m, angle);
+        CAPTURE(angle);
+        REQUIRE(m[0] == static_cast<float>(a * c + b * s));
+    }
+}
+
+TEST_CASE("Moves and points give the bits of extended precision, boundaries included")
+{
+    number_source source;
+    for (int i = 0; i < 100000; ++i) {
+        float m[16];
+        for (float& number : m)
+            number = next_number(source);
+        float point[3] = {next_number(source) * 10.0f, next_number(source), next_number(source) * 0.001f};
+        if (i % 4 == 0) { // one and a half steps above 1, and a little more, which double precision loses
+            m[0] = m[4] = 1.0f;
+            m[8] = 0.0f;
+            m[12] = 1.0f;
+            point[0] = 0x1p-24f;
+            point[1] = i % 8 == 0 ? 0x1p-60f : -0x1p-60f;
+        }
+        float expected[3];
+        for (int r = 0; r < 3; ++r)
+            expected[r] = extended_sum(m + r, point);
+        float moved[3];
+        transform_point(m, point, moved);
+        translate(m, point[0], point[1], point[2]);
+        for (int r = 0; r < 3; ++r) {
+            REQUIRE(m[12 + r] == expected[r]);
+            REQUIRE(moved[r] == expected[r]);
+        }
+    }
+}
+
+TEST_CASE("Normal matrices have the bits of extended precision, boundaries included")
+{
+    number_source source;
+    for (int i = 0; i < 100000; ++i) {
+        float m[16];
+        for (float& number : m)
+            number = next_number(source);
+        if (i % 2 == 0) { // a d - b fills d / (a d - b) up to a boundary
+            std::copy_n(identity, 16, m);
+            m[0] = 1.0f + std::fabs(next_number(source)) * 0.5f;
+            m[5] = 1.0f + std::fabs(next_number(source)) * 0.5f;
+            m[1] = 1.0f;
+            const long double a = m[0], d = m[5];
+            m[4] = static_cast<float>(a * d - d / boundary_at(1.0L / a));
+        }
+        float expected[9];
+        if (!extended_inverse(m, expected))
+            continue;
+        float normal[9];
+        compute_normal_matrix(m, normal);
+        for (int n = 0; n < 9; ++n)
+            REQUIRE(std::bit_cast<uint32_t>(normal[n]) == std::bit_cast<uint32_t>(expected[n]));
+    }
 }
