@@ -311,10 +311,11 @@ constexpr uint32_t ticks_between = 100; // one frame of every second
 
 namespace {
 
-// A mesh effect that steps, or a picture that is made.
+// A mesh effect that steps, a mesh that is rippled, or a picture that is made.
 struct computed_thing {
-    uint32_t effect;          // handle; 0: a picture
-    dynamic_texture* picture; // null: an effect
+    uint32_t effect;            // handle; 0: none
+    const mesh_arrays* rippled; // null: none
+    dynamic_texture* picture;   // null: none
     uint32_t time;
 };
 
@@ -373,9 +374,11 @@ static void add_computed(const frame& f, const mesh_to_draw& mesh, uint32_t time
 {
     uint32_t handle = 0;
     if (is_of_effect(mesh, handle))
-        computed.push_back({handle, nullptr, time});
+        computed.push_back({handle, nullptr, nullptr, time});
+    if (mesh.moved != no_index && handle == 0)
+        computed.push_back({0, mesh.mesh, nullptr, time});
     for (uint32_t i = 0; i < mesh.fresh_count; ++i)
-        computed.push_back({0, f.pictures[mesh.fresh + i].texture, time});
+        computed.push_back({0, nullptr, f.pictures[mesh.fresh + i].texture, time});
 }
 
 static std::vector<computed_thing> what_was_computed(const frame& f, const frame_layers& layers)
@@ -391,9 +394,13 @@ static std::vector<computed_thing> what_was_computed(const frame& f, const frame
 static void compute(const std::vector<computed_thing>& computed)
 {
     const document& d = production();
+    const float still_ripple[3] = {0.0f, 0.0f, 4.0f};
     scratch_pixels.clear();
     for (const computed_thing& thing : computed) {
-        if (thing.picture != nullptr)
+        if (thing.rippled != nullptr)
+            apply_manipulator(
+                drawing.tools.list, manipulator_rippler, still_ripple, thing.rippled, nullptr, drawing.tools);
+        else if (thing.picture != nullptr)
             update_dynamic_texture(*thing.picture, d.function_table, thing.time, scratch_pixels);
         else
             update_mesh_effect(thing.effect, d.effect_table, d.function_table, thing.time);

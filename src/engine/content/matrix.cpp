@@ -7,6 +7,7 @@
 #include <cassert>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
 constexpr long double pi = 3.14159265358979323846264338327950288L;
@@ -108,6 +109,22 @@ static fast_turn turn_of(float angle)
     return with_errors(-c, s, radians); // three quarter turns
 }
 
+// ---- columns ---------------------------------------------------------------------------------
+
+using four_singles = float __attribute__((vector_size(16)));
+
+static four_singles load_four(const float from[4])
+{
+    four_singles column;
+    std::memcpy(&column, from, sizeof column);
+    return column;
+}
+
+static void store_four(four_singles column, float to[4])
+{
+    std::memcpy(to, &column, sizeof column);
+}
+
 // ---- matrices --------------------------------------------------------------------------------
 
 void copy_matrix(const float from[16], float to[16])
@@ -148,18 +165,26 @@ void set_orthographic(
 }
 
 // Matrices are affine: the fourth row is left as it is.
-void translate(float matrix[16], float x, float y, float z)
+void transform_origin(const float matrix[16], const float position[3], float column[4])
 {
     for (int r = 0; r < 3; ++r) {
-        const double a = static_cast<double>(matrix[r]) * static_cast<double>(x);
-        const double b = static_cast<double>(matrix[4 + r]) * static_cast<double>(y);
-        const double c = static_cast<double>(matrix[8 + r]) * static_cast<double>(z);
-        if (settle_sum(a, b, c, static_cast<double>(matrix[12 + r]), matrix[12 + r]))
+        const double a = static_cast<double>(matrix[r]) * static_cast<double>(position[0]);
+        const double b = static_cast<double>(matrix[4 + r]) * static_cast<double>(position[1]);
+        const double c = static_cast<double>(matrix[8 + r]) * static_cast<double>(position[2]);
+        if (settle_sum(a, b, c, static_cast<double>(matrix[12 + r]), column[r]))
             continue;
-        const long double moved = static_cast<long double>(matrix[r]) * x + static_cast<long double>(matrix[4 + r]) * y
-            + static_cast<long double>(matrix[8 + r]) * z;
-        matrix[12 + r] = static_cast<float>(matrix[12 + r] + moved);
+        const long double moved = static_cast<long double>(matrix[r]) * position[0]
+            + static_cast<long double>(matrix[4 + r]) * position[1]
+            + static_cast<long double>(matrix[8 + r]) * position[2];
+        column[r] = static_cast<float>(matrix[12 + r] + moved);
     }
+    column[3] = matrix[15];
+}
+
+void translate(float matrix[16], float x, float y, float z)
+{
+    const float position[3] = {x, y, z};
+    transform_origin(matrix, position, matrix + 12);
 }
 
 // Two columns turned into each other: A' = A c + B s, B' = B c - A s.
@@ -201,11 +226,10 @@ static bool turn_columns_fast(float a[4], float b[4], const fast_turn& t)
 static void rotate_columns(float a[4], float b[4], float angle)
 {
     if (angle == 0.0f) { // most of a frame's turns; what is not finite shows as it does below
-        for (int r = 0; r < 4; ++r) {
-            const float old_a = a[r];
-            a[r] = old_a + b[r] * angle;
-            b[r] = b[r] - old_a * angle;
-        }
+        const four_singles old_a = load_four(a);
+        const four_singles old_b = load_four(b);
+        store_four(old_a + old_b * angle, a);
+        store_four(old_b - old_a * angle, b);
         return;
     }
     if (!(std::fabs(angle) <= max_fast_angle) || !turn_columns_fast(a, b, turn_of(angle)))
@@ -230,11 +254,9 @@ void rotate_z(float matrix[16], float angle)
 
 void scale(float matrix[16], float x, float y, float z)
 {
-    for (int r = 0; r < 4; ++r) {
-        matrix[r] *= x;
-        matrix[4 + r] *= y;
-        matrix[8 + r] *= z;
-    }
+    store_four(load_four(matrix) * x, matrix);
+    store_four(load_four(matrix + 4) * y, matrix + 4);
+    store_four(load_four(matrix + 8) * z, matrix + 8);
 }
 
 static void invert_extended(const float modelview[16], float normal_matrix[9])

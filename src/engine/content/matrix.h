@@ -21,6 +21,9 @@ void set_orthographic(
 // M = M x T.
 void translate(float matrix[16], float x, float y, float z);
 
+// The last column of M x T(position), M as it was: where the origin of what stands there comes to.
+void transform_origin(const float matrix[16], const float position[3], float column[4]);
+
 // M = M x R(angle) about an axis.
 void rotate_x(float matrix[16], float angle);
 void rotate_y(float matrix[16], float angle);

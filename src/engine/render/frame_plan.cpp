@@ -7,10 +7,22 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
+#include <cstring>
 
 constexpr float near_distance = 0.1f;
 
 namespace {
+
+// A copy and how it was turned. Where it stands is in its last column alone, how it is turned and
+// scaled in the others and in the normal matrix.
+struct turned_copy {
+    copy_transform copy;
+    float rotation[3];
+    float scale[3];
+    bool facing_camera;
+    bool has_columns; // the first three columns hold
+    bool has_normals; // the normal matrix holds
+};
 
 // What the meshes of one layer share while they are planned.
 struct planning {
@@ -22,6 +34,7 @@ struct planning {
     uint32_t material;              // index of what stands in frame.materials; no_index: to be written down
     const material_record* applied; // the last one, while nothing else has changed what stands
     uint32_t numbers;               // that it was applied with
+    turned_copy turned;             // the last copy: most have the turn of the one before
 };
 
 } // namespace
@@ -301,12 +314,19 @@ static void choose_elements(planning& p, const mesh_to_draw& mesh, draw_command&
 
 // ---- copies -------------------------------------------------------------------------------
 
-// modelview = camera x the placement's transform.
-static void transform_copy(const planning& p, const mesh_to_draw& mesh, const placement& place, float modelview[16])
+static bool is_turned_alike(const turned_copy& turned, const placement& place, bool facing_camera)
 {
+    return turned.has_columns && turned.facing_camera == facing_camera
+        && std::memcmp(turned.rotation, place.rotation, sizeof place.rotation) == 0
+        && std::memcmp(turned.scale, place.scale, sizeof place.scale) == 0;
+}
+
+// The first three columns of camera x the placement's transform.
+static void turn_copy(const planning& p, const placement& place, bool facing_camera, turned_copy& turned)
+{
+    float* modelview = turned.copy.modelview;
     copy_matrix(p.f.views[p.view].camera, modelview);
-    translate(modelview, place.position[0] + mesh.pen, place.position[1], place.position[2]);
-    if (mesh.facing_camera) {
+    if (facing_camera) {
         rotate_y(modelview, -p.layer.rotation[1]);
         rotate_x(modelview, -p.layer.rotation[0]);
         rotate_z(modelview, -p.layer.rotation[2]);
@@ -315,20 +335,33 @@ static void transform_copy(const planning& p, const mesh_to_draw& mesh, const pl
     rotate_y(modelview, place.rotation[1]);
     rotate_z(modelview, place.rotation[2]);
     scale(modelview, place.scale[0], place.scale[1], place.scale[2]);
+    std::copy_n(place.rotation, 3, turned.rotation);
+    std::copy_n(place.scale, 3, turned.scale);
+    turned.facing_camera = facing_camera;
+    turned.has_columns = true;
+    turned.has_normals = false;
 }
 
+// modelview = camera x the placement's transform.
 static void transform_copies(planning& p, const mesh_to_draw& mesh, draw_command& draw)
 {
     assert(size_t{mesh.first_placement} + mesh.placement_count <= p.f.placements.size());
     draw.first_copy = static_cast<uint32_t>(p.f.copies.size());
     draw.copy_count = mesh.placement_count;
     const bool turns_normals = draw.program != no_index && p.standing.program.normal_matrix >= 0;
-    p.f.copies.resize(p.f.copies.size() + mesh.placement_count);
+    const float* camera = p.f.views[p.view].camera;
+    turned_copy& turned = p.turned;
     for (uint32_t i = 0; i < mesh.placement_count; ++i) {
-        copy_transform& copy = p.f.copies[draw.first_copy + i];
-        transform_copy(p, mesh, p.f.placements[mesh.first_placement + i], copy.modelview);
-        if (turns_normals)
-            compute_normal_matrix(copy.modelview, copy.normal_matrix);
+        const placement& place = p.f.placements[mesh.first_placement + i];
+        if (!is_turned_alike(turned, place, mesh.facing_camera))
+            turn_copy(p, place, mesh.facing_camera, turned);
+        if (turns_normals && !turned.has_normals) {
+            compute_normal_matrix(turned.copy.modelview, turned.copy.normal_matrix);
+            turned.has_normals = true;
+        }
+        const float position[3] = {place.position[0] + mesh.pen, place.position[1], place.position[2]};
+        transform_origin(camera, position, turned.copy.modelview + 12);
+        p.f.copies.push_back(turned.copy);
     }
 }
 
@@ -385,7 +418,7 @@ void plan_layer_commands(const layer_plan& layer, uint32_t first_mesh, uint32_t 
     plan_viewport(layer, view.tile, standing, f);
     plan_clearing(layer, standing, f);
     standing.material.depth_test = layer.depth_test != 0;
-    planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr, no_index};
+    planning p = {layer, context, standing, f, add_view(layer, view, standing, f), no_index, nullptr, no_index, {}};
     for (uint32_t i = first_mesh; i < end_mesh; ++i)
         plan_mesh(p, i);
 }
