@@ -64,6 +64,20 @@ static uint32_t fitting_side(uint32_t side, const gl_caps& caps)
     return caps.npot != 0 ? std::max(side, 1u) : round_target_side(side);
 }
 
+target_fit fit_target(
+    const layer_record& layer, uint32_t width, uint32_t height, const frame_view& view, const gl_caps& caps)
+{
+    target_fit fit = {false, width, height};
+    if (render_mode_of(layer.type).quarter) {
+        fit.width = fitting_side(view.width / 2, caps);
+        fit.height = fitting_side(view.height / 2, caps);
+        fit.recreate = fit.width != width || fit.height != height;
+    }
+    if (fit.width > view.width || fit.height > view.height)
+        fit = {true, fitting_side(view.width, caps), fitting_side(view.height, caps)};
+    return fit;
+}
+
 static void plan_flush(planning& p, layer_plan& plan)
 {
     const image_texture* texture = table_get(p.d.image_texture_table, p.pending_texture);
@@ -93,27 +107,17 @@ static void plan_texture_target(planning& p, const layer_record& layer, layer_pl
     if (texture == nullptr)
         return;
 
-    target_size size = size_of_target(p, layer.rtex, *texture);
-    bool recreate = false;
-    if (render_mode_of(layer.type).quarter) {
-        const uint32_t width = fitting_side(p.view.width / 2, p.caps);
-        const uint32_t height = fitting_side(p.view.height / 2, p.caps);
-        recreate = size.width != width || size.height != height;
-        size = {layer.rtex, width, height};
-    }
-    if (size.width > p.view.width || size.height > p.view.height) {
-        recreate = true;
-        size = {layer.rtex, fitting_side(p.view.width, p.caps), fitting_side(p.view.height, p.caps)};
-    }
-    if (recreate) {
-        assert(size.width > 0 && size.height > 0);
-        plan.recreate_width = size.width;
-        plan.recreate_height = size.height;
-        remember_size(p, size);
+    const target_size size = size_of_target(p, layer.rtex, *texture);
+    const target_fit fit = fit_target(layer, size.width, size.height, p.view, p.caps);
+    if (fit.recreate) {
+        assert(fit.width > 0 && fit.height > 0);
+        plan.recreate_width = fit.width;
+        plan.recreate_height = fit.height;
+        remember_size(p, {layer.rtex, fit.width, fit.height});
     }
     plan.target = layer.rtex;
-    plan.viewport_width = size.width;
-    plan.viewport_height = size.height;
+    plan.viewport_width = fit.width;
+    plan.viewport_height = fit.height;
     p.pending_texture = layer.rtex;
 }
 

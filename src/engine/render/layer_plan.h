@@ -7,6 +7,7 @@
 
 #include "model/capabilities.h"
 #include "model/document.h"
+#include "model/timeline.h"
 
 #include <cstdint>
 
@@ -69,6 +70,17 @@ struct frame_view {
 // a recreated target counts with its new size for the rest of the frame. The
 // document's function caches change, nothing else.
 frame_layers plan_layers(const document& d, uint32_t time, const frame_view& view, const gl_caps& caps);
+
+// What a layer that draws into a texture makes of its size: the texture is made anew where that is not the one it has.
+struct target_fit {
+    bool recreate;
+    uint32_t width; // pixels, from then on
+    uint32_t height;
+};
+
+// For a texture of width x height pixels that the layer's `rtex` names, on a screen of the view's size.
+target_fit fit_target(
+    const layer_record& layer, uint32_t width, uint32_t height, const frame_view& view, const gl_caps& caps);
 
 // A side of a render target without non-power-of-two textures: 64 below 128, 128
 // below 256, else 256.
