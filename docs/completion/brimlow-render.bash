@@ -12,7 +12,7 @@ _brimlow_render()
     --*=*) option=${value%%=*} value=${value#*=} ;;
     -*)
         offer=word
-        words='--size --aspect --path --samples --caps --seed --tile --window --fps --from --to --at --loading --output --crf --ffmpeg --contact-sheet --shots --flashes --times --commands --compare --yes --no --verbose --quiet --help --version'
+        words='--size --aspect --path --samples --caps --seed --tile --window --fps --from --to --at --loading --output --png-level --crf --ffmpeg --contact-sheet --shots --flashes --times --commands --compare --yes --no --verbose --quiet --help --version'
         ;;
     *) [ ${#given[@]} -eq 0 ] || option=${given[-1]} ;;
     esac
@@ -30,6 +30,7 @@ _brimlow_render()
     --at) offer=nothing ;;
     --loading) offer=nothing ;;
     -o | --output) offer='' ;;
+    --png-level) offer=nothing ;;
     --crf) offer=nothing ;;
     --ffmpeg) offer=nothing ;;
     --contact-sheet) offer=.png ;;

@@ -33,6 +33,8 @@ TEST_CASE("Without choices a picture is 1280 x 720, with shaders, 60 times a sec
     CHECK(options.kind == output_none);
     CHECK(options.pack.empty());
     CHECK_FALSE(options.seed_given);
+    CHECK(options.png_level == 1);
+    CHECK_FALSE(options.png_level_given);
 }
 
 TEST_CASE("Values stand behind an option or behind an equals sign")
@@ -71,6 +73,8 @@ TEST_CASE("Each option goes into its field")
     CHECK(options.times == "t");
     CHECK(options.flashes);
     CHECK(accepted({"--compare", "d"}).compare == "d");
+    CHECK(accepted({"-o", "%d.png", "--png-level", "12"}).png_level == 12);
+    CHECK(accepted({"-o", "a.png", "--at", "1", "--png-level", "0"}).png_level_given);
     CHECK(accepted({"--commands", "c.txt"}).commands == "c.txt");
     CHECK(accepted({"--commands", "-"}).commands == "-");
     CHECK(accepted({"--help", "--size", "1x1"}).help);

@@ -53,6 +53,24 @@ TEST_CASE("Pictures become files called by their numbers")
     }
 }
 
+TEST_CASE("Files are packed as hard as is asked for")
+{
+    const scratch_directory scratch;
+    const shared_picture image = std::make_shared<const picture>(make_picture(100, 100, 1, 2, 3));
+    uintmax_t sizes[2] = {};
+    for (const uint32_t level : {0u, 1u}) {
+        picture_worker worker;
+        worker.pattern = scratch.path + "/%d.png";
+        worker.png_level = level;
+        worker_begin(worker);
+        REQUIRE(worker_give(worker, level, image));
+        REQUIRE(worker_end(worker));
+        sizes[level] = std::filesystem::file_size(scratch.path + "/" + std::to_string(level) + ".png");
+    }
+    CHECK(sizes[0] > 30000);
+    CHECK(sizes[1] < 1000);
+}
+
 TEST_CASE("Raw pictures come in the order in which they were given")
 {
     const scratch_directory scratch;

@@ -329,6 +329,12 @@ class CommandLineTest(RenderTest):
                 (ending % 'utput', ['-output', 'a.mp4']),
                 (place % '%d-%d.png', ['-o', '%d-%d.png']),
                 (place % '%s.png', ['-o', '%s.png']),
+                ('--png-level takes a number from 0 (not packed) to 12 (the smallest), not "13"',
+                 ['-o', '%d.png', '--png-level', '13']),
+                ('--png-level takes a number from 0 (not packed) to 12 (the smallest), not "-1"',
+                 ['-o', '%d.png', '--png-level=-1']),
+                ('--png-level is for pictures, like -o frames/%05d.png', ['-o', 'a.mkv', '--png-level', '1']),
+                ('--png-level is for pictures, like -o frames/%05d.png', ['--shots', 's', '--at', '1', '--png-level', '1']),
                 ('--crf takes a number from 0 (the best) to 63, not "64"', ['-o', 'a.webm', '--crf', '64']),
                 ('--crf of an .mp4 is at most 51, not 52', ['-o', 'a.mp4', '--crf', '52']),
                 ('--crf is for .mp4 and .webm: an .mkv is without loss', ['-o', 'a.mkv', '--crf', '5']),
@@ -577,6 +583,18 @@ class PictureTest(RenderTest):
             for run in ('first', 'second'):
                 self.done('-o', path + run + '/%d.png', '--fps', '25', '--size', '64x48', '--path', path)
             self.assertEqual(self.frames(path + 'first'), self.frames(path + 'second'))
+
+    def test_pictures_are_packed_as_hard_as_is_asked_for(self):
+        shapes().write(self.folder)
+        sizes, pixels = [], []
+        for level in (0, 1, 9):
+            self.done('-o', '%d-%%d.png' % level, '--at', '5f', '--fps', '10', '--png-level', str(level),
+                      '--size', '160x120')
+            sizes.append(os.path.getsize(self.path('%d-5.png' % level)))
+            pixels.append(Picture(self.path('%d-5.png' % level)).rgb)
+        self.assertEqual(sizes, sorted(sizes, reverse=True))
+        self.assertGreater(sizes[0], 2 * sizes[1])
+        self.assertEqual(pixels, 3 * pixels[:1])
 
     def test_stills_are_the_frames_that_are_on_the_screen(self):
         remembering().write(self.folder)

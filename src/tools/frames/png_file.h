@@ -19,7 +19,7 @@ struct png_text {
 
 // How hard pixels are packed: 0 not at all, 1 fast, up to 12 slower and smaller.
 constexpr uint32_t png_level_fast = 1;
-constexpr uint32_t png_level_small = 9; // a tenth less than 1, for thirty times the time
+constexpr uint32_t png_level_small = 6; // a tenth less than 1, for four times the time
 constexpr uint32_t max_png_level = 12;
 
 // The picture as a PNG file with its texts (tEXt) before the pixels; empty for a picture that

@@ -132,6 +132,12 @@ static std::string of_large_pictures(const render_options& o)
         + " is too large for a .png, which has at most 18900 x 18900 pixels or as many in another shape";
 }
 
+static std::string of_png_level(const render_options& o)
+{
+    const bool files = o.kind == output_still || o.kind == output_pictures;
+    return o.png_level_given && !files ? "--png-level is for pictures, like -o frames/%05d.png" : "";
+}
+
 static std::string of_videos(const render_options& o)
 {
     const char* option = first_given({{"--crf", !o.crf.empty()}, {"--ffmpeg", !o.ffmpeg.empty()}});
@@ -176,7 +182,7 @@ static std::string of_nothing_to_do(const render_options& o)
 std::string find_conflict(const render_options& options)
 {
     for (const auto rule : {of_comparing, of_loading, of_stills, of_shots, of_a_single_picture, of_large_pictures,
-             of_videos, of_equal_names, of_nothing_to_do})
+             of_png_level, of_videos, of_equal_names, of_nothing_to_do})
         if (std::string conflict = rule(options); !conflict.empty())
             return conflict;
     return "";

@@ -136,6 +136,16 @@ constexpr option_row option_rows[option_count] = {
                 "\"-\" writes YUV4MPEG2 to standard output.\n"
                 "\n"
                 "An .mp4 and a .webm have even sides: an odd one gets its last column or row twice."},
+    {.id = option_png_level,
+        .group = group_output,
+        .name = "--png-level",
+        .value = "N",
+        .wants = "takes a number from 0 (not packed) to 12 (the smallest)",
+        .help = "how hard pictures of -o are packed (1); more is slower",
+        .page = "How hard the pictures of `-o` are packed: 0 (not at all) to 12 (the smallest); 1 unless given.\n"
+                "6 makes files a tenth smaller than 1 and takes four times as long, 9 another twentieth and thirty\n"
+                "times.\n"
+                "The pixels are the same."},
     {.id = option_crf,
         .group = group_output,
         .name = "--crf",

@@ -23,6 +23,7 @@ enum option_id : int32_t {
     option_at,
     option_loading,
     option_output,
+    option_png_level,
     option_crf,
     option_ffmpeg,
     option_contact_sheet,

@@ -175,6 +175,9 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
         return read_per_cents(value, options.loading);
     case option_output:
         return read_text(value, options.output);
+    case option_png_level:
+        options.png_level_given = true;
+        return read_number(value, max_png_level, options.png_level);
     case option_crf:
         options.crf = value;
         return read_number(value, max_crf, number);

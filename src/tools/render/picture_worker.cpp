@@ -3,7 +3,6 @@
 #include "content/file_bytes.h"
 #include "options.h"
 #include "tools/frames/output_file.h"
-#include "tools/frames/png_file.h"
 #include "y4m.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@ constexpr unsigned most_file_threads = 8;
 
 static bool write_picture_file(const picture_worker& worker, const picture_worker::job& job, std::string& problem)
 {
-    const std::vector<uint8_t> png = encode_png(*job.image, {{"Driver", worker.driver}});
+    const std::vector<uint8_t> png = encode_png(*job.image, {{"Driver", worker.driver}}, worker.png_level);
     if (png.empty()) {
         problem = "cannot make a PNG of " + numbered_name(worker.pattern, job.number)
             + ": the picture is too large, or there is no memory";

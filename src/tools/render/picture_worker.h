@@ -9,6 +9,7 @@
 #include "flash_report.h"
 #include "tools/frames/frame_rate.h"
 #include "tools/frames/picture.h"
+#include "tools/frames/png_file.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -30,14 +31,15 @@ using shared_picture = std::shared_ptr<const picture>;
 
 struct picture_worker {
     worker_kind kind = worker_files;
-    std::string pattern; // files
-    std::string driver;  // files: what made them, kept inside
-    int descriptor = -1; // video, stream; not owned
-    bool even = false;   // video: pictures get even sides
-    frame_rate rate;     // flashes
-    flash_report report; // flashes; to be read after the end
-    bool failed = false; // nothing more is written after the first problem
-    std::string problem; // one sentence
+    std::string pattern;                 // files
+    std::string driver;                  // files: what made them, kept inside
+    uint32_t png_level = png_level_fast; // files
+    int descriptor = -1;                 // video, stream; not owned
+    bool even = false;                   // video: pictures get even sides
+    frame_rate rate;                     // flashes
+    flash_report report;                 // flashes; to be read after the end
+    bool failed = false;                 // nothing more is written after the first problem
+    std::string problem;                 // one sentence
 
     struct job {
         uint64_t number;

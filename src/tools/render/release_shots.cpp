@@ -10,7 +10,7 @@
 encoded_shot encode_below(const picture& p, size_t limit)
 {
     encoded_shot shot;
-    shot.bytes = encode_png(p);
+    shot.bytes = encode_png(p, {}, png_level_small);
     if (shot.bytes.size() <= limit)
         return shot;
     shot.is_jpeg = true;
@@ -50,12 +50,14 @@ bool write_release_shots(const picture& full, const std::string& directory, cons
         return false;
     }
     const std::string stem = directory + "/" + name;
-    if (!write_shot(stem + "-1920x1080.png", encode_png(scale_picture(full, shot_width, shot_height)), written, error))
+    if (!write_shot(stem + "-1920x1080.png",
+            encode_png(scale_picture(full, shot_width, shot_height), {}, png_level_small), written, error))
         return false;
     const encoded_shot middle = encode_below(scale_picture(full, 400, 225), shot_limit);
     if (!write_shot(stem + (middle.is_jpeg ? "-400x225.jpg" : "-400x225.png"), middle.bytes, written, error))
         return false;
-    return write_shot(stem + "-160x90.png", encode_png(scale_picture(full, 160, 90)), written, error);
+    return write_shot(
+        stem + "-160x90.png", encode_png(scale_picture(full, 160, 90), {}, png_level_small), written, error);
 }
 
 std::vector<std::string> release_shot_names(const std::string& directory, const std::string& name)

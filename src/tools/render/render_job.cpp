@@ -356,6 +356,7 @@ static bool open_pictures(render_job& job, std::string& problem)
         job.pictures.kind = worker_files;
         job.pictures.pattern = job.options.output;
         job.pictures.driver = job.session.driver;
+        job.pictures.png_level = job.options.png_level;
         return true;
     case output_video:
         return open_video(job, problem);

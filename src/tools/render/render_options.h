@@ -3,6 +3,7 @@
 
 #include "tools/frames/frame_clock.h"
 #include "tools/frames/lesser_card.h"
+#include "tools/frames/png_file.h"
 
 #include <cstdint>
 #include <string>
@@ -51,9 +52,11 @@ struct render_options {
     // what comes out
     output_kind kind = output_none;
     std::string output;
-    std::string crf;                 // of videos: quality as the encoder counts it; empty: ours
-    std::vector<std::string> ffmpeg; // more words for ffmpeg
-    std::string contact_sheet;       // paths; empty: not wanted
+    bool png_level_given = false;
+    uint32_t png_level = png_level_fast; // of -o: 0 (not packed) to max_png_level
+    std::string crf;                     // of videos: quality as the encoder counts it; empty: ours
+    std::vector<std::string> ffmpeg;     // more words for ffmpeg
+    std::string contact_sheet;           // paths; empty: not wanted
     std::string shots;
     std::string times;
     std::string commands; // "-": standard output
