@@ -6,6 +6,7 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <fstream>
+#include <sched.h>
 #include <unistd.h>
 
 namespace {
@@ -51,6 +52,77 @@ TEST_CASE("Pictures become files called by their numbers")
         REQUIRE(load_png(scratch.path + "/" + digits + ".png", read, error));
         CHECK(read.rgb == shade(n)->rgb);
     }
+}
+
+TEST_CASE("There is a thread for each processor, but no more than memory has place for")
+{
+    constexpr uint64_t gib = uint64_t{1} << 30;
+    constexpr uint64_t hd = 1920 * 1080 * 3;
+    CHECK(file_threads(2, 16 * gib, hd) == 2);
+    CHECK(file_threads(48, 16 * gib, hd) == 48);
+    CHECK(file_threads(500, 1000 * gib, hd) == 64);
+    CHECK(file_threads(48, 1 * gib, hd) == 10);                         // 256 MiB for four times 5.9
+    CHECK(file_threads(48, 64 * gib, uint64_t{7680} * 4320 * 3) == 10); // 4 GiB for four times 95
+    CHECK(file_threads(48, 64 * gib, gib) == 1);
+    CHECK(file_threads(48, 64 * gib, 4 * gib) == 1);
+    CHECK(file_threads(3, 0, 0) == 1);
+    CHECK(file_threads(3, 16 * gib, 0) == 3);
+}
+
+TEST_CASE("Processors that the process may not use are none")
+{
+    cpu_set_t before;
+    REQUIRE(sched_getaffinity(0, sizeof before, &before) == 0);
+    size_t first = 0;
+    while (!CPU_ISSET(first, &before))
+        ++first;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(first, &one);
+    CHECK(usable_processors() == static_cast<uint32_t>(CPU_COUNT(&before)));
+    REQUIRE(sched_setaffinity(0, sizeof one, &one) == 0);
+    CHECK(usable_processors() == 1);
+    picture_worker worker;
+    worker_begin(worker);
+    CHECK(worker.threads.size() == 1);
+    CHECK(worker_end(worker));
+    REQUIRE(sched_setaffinity(0, sizeof before, &before) == 0);
+}
+
+TEST_CASE("Pictures that are large are few at a time")
+{
+    picture_worker worker;
+    worker.picture_bytes = uint64_t{4} << 30;
+    worker_begin(worker);
+    CHECK(worker.threads.size() == 1);
+    CHECK(worker.most_waiting == 2);
+    CHECK(worker_end(worker));
+}
+
+TEST_CASE("A disk that is full amid many pictures ends the work, and every file that is there is whole")
+{
+    const scratch_directory scratch;
+    REQUIRE(symlink("/dev/full", (scratch.path + "/100.png").c_str()) == 0);
+    picture_worker worker;
+    worker.pattern = scratch.path + "/%03d.png";
+    worker_begin(worker);
+    uint32_t given = 0;
+    while (given < 200 && worker_give(worker, given, shade(static_cast<uint8_t>(given))))
+        ++given;
+    CHECK_FALSE(worker_end(worker));
+    CHECK(worker.problem == "cannot write \"" + scratch.path + "/100.png\": No space left on device");
+    CHECK(given < 200);
+    uint32_t whole = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(scratch.path)) {
+        picture read;
+        std::string error;
+        if (entry.is_symlink())
+            continue;
+        const bool loaded = load_png(entry.path().string(), read, error);
+        REQUIRE(loaded); // nothing half done, and no temporary file
+        ++whole;
+    }
+    CHECK(whole >= 100);
 }
 
 TEST_CASE("Files are packed as hard as is asked for")

@@ -8,8 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <sched.h>
+#include <unistd.h>
 
-constexpr unsigned most_file_threads = 8;
+constexpr uint32_t most_file_threads = 64;
+constexpr uint64_t most_bytes_in_work = uint64_t{4} << 30; // of pictures that wait or are packed
+constexpr uint64_t pictures_a_thread = 4; // one that waits, one that it has, and that one filtered and packed
 
 // ---- one picture -------------------------------------------------------------------------
 
@@ -64,14 +68,14 @@ static void work(picture_worker* worker)
     for (;;) {
         std::unique_lock lock(worker->guard);
         while (worker->jobs.empty() && !worker->ending)
-            worker->changed.wait(lock);
+            worker->work_there.wait(lock);
         if (worker->jobs.empty())
             return;
         const picture_worker::job job = std::move(worker->jobs.front());
         worker->jobs.pop_front();
         const bool skip = worker->failed;
         lock.unlock();
-        worker->changed.notify_all();
+        worker->place_there.notify_one();
 
         std::string problem;
         if (!skip && !do_job(*worker, job, problem)) {
@@ -79,16 +83,41 @@ static void work(picture_worker* worker)
             if (!worker->failed)
                 worker->problem = problem;
             worker->failed = true;
+            worker->place_there.notify_one();
         }
     }
 }
 
+// A farm's job, or taskset, may have been given fewer processors than the machine has.
+uint32_t usable_processors()
+{
+    cpu_set_t set;
+    if (sched_getaffinity(0, sizeof set, &set) != 0) // more than the set has bits for
+        return std::max(std::thread::hardware_concurrency(), 1u);
+    return static_cast<uint32_t>(std::max(CPU_COUNT(&set), 1));
+}
+
+static uint64_t memory_of_machine()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page = sysconf(_SC_PAGESIZE);
+    return pages > 0 && page > 0 ? static_cast<uint64_t>(pages) * static_cast<uint64_t>(page) : 0;
+}
+
+uint32_t file_threads(uint32_t processors, uint64_t memory_bytes, uint64_t picture_bytes)
+{
+    const uint64_t in_work = std::min(memory_bytes / 4, most_bytes_in_work);
+    const uint64_t fitting = in_work / (pictures_a_thread * std::max<uint64_t>(picture_bytes, 1));
+    return static_cast<uint32_t>(std::clamp<uint64_t>(std::min<uint64_t>(processors, fitting), 1, most_file_threads));
+}
+
 void worker_begin(picture_worker& worker)
 {
-    const unsigned processors = std::clamp(std::thread::hardware_concurrency(), 1u, most_file_threads);
-    const unsigned count = worker.kind == worker_files ? processors : 1;
+    const uint32_t count = worker.kind == worker_files
+        ? file_threads(usable_processors(), memory_of_machine(), worker.picture_bytes)
+        : 1;
     worker.most_waiting = count + 1;
-    for (unsigned i = 0; i < count; ++i)
+    for (uint32_t i = 0; i < count; ++i)
         worker.threads.emplace_back(work, &worker);
 }
 
@@ -96,12 +125,12 @@ bool worker_give(picture_worker& worker, uint64_t number, const shared_picture& 
 {
     std::unique_lock lock(worker.guard);
     while (worker.jobs.size() >= worker.most_waiting && !worker.failed)
-        worker.changed.wait(lock);
+        worker.place_there.wait(lock);
     if (worker.failed)
         return false;
     worker.jobs.push_back({number, image});
     lock.unlock();
-    worker.changed.notify_all();
+    worker.work_there.notify_one();
     return true;
 }
 
@@ -111,7 +140,7 @@ bool worker_end(picture_worker& worker)
         const std::lock_guard lock(worker.guard);
         worker.ending = true;
     }
-    worker.changed.notify_all();
+    worker.work_there.notify_all();
     for (std::thread& thread : worker.threads)
         thread.join();
     worker.threads.clear();

@@ -2,8 +2,8 @@
 // files, feed a video or a stream, look for flashes.
 //
 // A worker takes pictures in the order in which it is given them; several threads are
-// used only where each picture is a file of its own. Few pictures wait: whoever gives
-// more waits with them.
+// used only where each picture is a file of its own. Few pictures wait, and large ones in
+// few threads, so that memory has an end: whoever gives more waits with them.
 #pragma once
 
 #include "flash_report.h"
@@ -38,6 +38,7 @@ struct picture_worker {
     bool even = false;                   // video: pictures get even sides
     frame_rate rate;                     // flashes
     flash_report report;                 // flashes; to be read after the end
+    uint64_t picture_bytes = 0;          // files: of each, more or less
     bool failed = false;                 // nothing more is written after the first problem
     std::string problem;                 // one sentence
 
@@ -48,10 +49,18 @@ struct picture_worker {
     std::deque<job> jobs;
     bool ending = false;
     size_t most_waiting = 2;
-    std::mutex guard; // of jobs, ending, failed, problem
-    std::condition_variable changed;
+    std::mutex guard;                    // of jobs, ending, failed, problem
+    std::condition_variable work_there;  // or the end
+    std::condition_variable place_there; // for a job, or a failure
     std::vector<std::thread> threads;
 };
+
+// How many processors this process may use, at least 1.
+uint32_t usable_processors();
+
+// How many threads make files of pictures of that many bytes: one a processor, fewer where all of
+// them would hold more than a quarter of the machine's memory or 4 GiB, at least 1.
+uint32_t file_threads(uint32_t processors, uint64_t memory_bytes, uint64_t picture_bytes);
 
 // Starts the threads; the record stays where it is until worker_end.
 void worker_begin(picture_worker& worker);

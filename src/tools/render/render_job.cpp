@@ -357,6 +357,7 @@ static bool open_pictures(render_job& job, std::string& problem)
         job.pictures.pattern = job.options.output;
         job.pictures.driver = job.session.driver;
         job.pictures.png_level = job.options.png_level;
+        job.pictures.picture_bytes = uint64_t{job.options.width} * job.options.height * 3;
         return true;
     case output_video:
         return open_video(job, problem);
