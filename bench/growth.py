@@ -1,0 +1,220 @@
+#!/usr/bin/env python3
+"""How time grows with the size of a show: measures, prints an exponent for every curve, and draws them on one page.
+
+    growth.py --build FOLDER [--draw FILE.svg] [--quick] [PLOT ...]
+
+FOLDER is a build with bench_growth, brimlow-make and brimlow-render in it (build/native). Shows of growing size are made
+in a temporary folder (growth_shows.py). In a plot both axes are logarithmic: a straight line is a power, and the thin
+lines behind it are those of exponent 1. The exponent of a curve is that of its large end, the sizes from an eighth
+of the largest one on; of whole programs, less what they take for the smallest show. Above 1.1 it is told, and the status
+is 1. With --quick there are fewer sizes, and they are smaller.
+"""
+import argparse
+import math
+import os
+import subprocess
+import sys
+import tempfile
+
+sys.dont_write_bytecode = True
+import growth_shows as shows  # noqa: E402
+from growth_page import page  # noqa: E402
+
+LINEAR = 1.1   # the largest exponent that counts as linear: caches end, and clocks are not exact
+REPEATS = 3    # of a program
+
+
+# ---- what is measured ---------------------------------------------------------------------------
+
+class Curve:
+    """`measure(folder, n)` gives seconds; `whole` says that it is a program's, whose start counts in."""
+
+    def __init__(self, name, largest, measure, whole=False, smallest=None):
+        self.name, self.measure, self.whole = name, measure, whole
+        self.sizes = sizes_up_to(largest, smallest or max(largest // 4096, 1))
+        self.times = []
+
+
+def sizes_up_to(largest, smallest):
+    """The largest and its halves to an eighth, then quarters."""
+    sizes, step = [largest], largest
+    while step > smallest:
+        step = step // 2 if len(sizes) < 4 else step // 4
+        sizes.insert(0, max(step, smallest))
+    return sizes
+
+
+class Bench:
+    """The programs of a build."""
+
+    def __init__(self, build):
+        self.engine = os.path.join(build, 'bench', 'bench_growth')
+        self.make = os.path.join(build, 'brimlow-make')
+        self.render = os.path.join(build, 'brimlow-render')
+
+    def step(self, name, make):
+        """Seconds of one step of the engine with a show."""
+        def measure(folder, n):
+            done = subprocess.run([self.engine, name, make(folder, n)], stdout=subprocess.PIPE, check=True)
+            return int(done.stdout) / 1e9
+        return measure
+
+    def program(self, *commands):
+        """Seconds of CPU time of the last of these commands, the fewest of some runs; the others prepare each run."""
+        def measure(folder, n):
+            lists = [command(folder, n) for command in commands]
+            return min([run(each, folder) for each in lists][-1] for _ in range(REPEATS))
+        return measure
+
+
+def run(command, folder):
+    """Seconds of CPU time, of both kinds."""
+    with open(os.path.join(folder, 'said'), 'wb') as said:
+        program = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=said, stderr=said,
+                                   env=dict(os.environ, EGL_PLATFORM='surfaceless', GALLIUM_NOOP='1'))
+        _, status, used = os.wait4(program.pid, 0)
+        program.returncode = os.waitstatus_to_exitcode(status)
+    if program.returncode != 0:
+        with open(os.path.join(folder, 'said'), encoding='utf-8', errors='replace') as said:
+            raise RuntimeError('%s ended with %d: %s' % (' '.join(command[:3]), program.returncode, said.read()[-500:]))
+    return used.ru_utime + used.ru_stime
+
+
+def plots(bench):
+    """(title, what the sizes count, curves), in the order of the page."""
+    def frame(name, largest, make):
+        return Curve(name, largest, bench.step('frame', make))
+
+    def reading(*names, largest=4096):
+        return [Curve(name, largest, bench.step('read', shows.RECORDS[name])) for name in names]
+
+    def text(name, make):
+        return Curve(name, 1 << 24, bench.step('tree', make), smallest=1 << 10)
+
+    def building(name, largest=4096):
+        return Curve(name, largest, bench.program(
+            lambda folder, n: [bench.make, 'build', '-o', 'demo.dpk', shows.source(name)(folder, n)]), whole=True)
+
+    def opened(name, *command):
+        return Curve(name, 4096, bench.program(
+            lambda folder, n: [bench.make, 'build', '-o', 'demo.dpk', shows.source('shapes')(folder, n)],
+            lambda folder, n: ['rm', '-rf', 'opened'], lambda folder, n: [bench.make, *command]), whole=True)
+
+    def of_entries(name, *command):
+        return Curve(name, 4000, bench.program(
+            lambda folder, n: ['rm', '-rf', os.path.basename(shows.pack_of(folder, max(n, 2))) + '.out'],
+            lambda folder, n: [bench.make, *command]), whole=True)
+
+    def drawn(name, largest, make):
+        return Curve(name, largest, bench.program(
+            lambda folder, n: [bench.render, '-q', '-y', '--path', 'fixed', '--size', '64x36', '--at', '3', '-o',
+                               'still.png', make(folder, n)]), whole=True)
+
+    create = Curve('create', 4000, bench.program(
+        lambda folder, n: [bench.make, 'create', '-f', 'made.dpk', *shows.files_of(folder, n)]), whole=True)
+    add = Curve('add', 4000, bench.program(
+        lambda folder, n: [bench.make, 'create', '-f', 'made.dpk', *shows.files_of(folder, n)[:1]],
+        lambda folder, n: [bench.make, 'add', 'made.dpk', *shows.files_of(folder, n)]), whole=True)
+    return [
+        ('A frame', 'copies of an object', [
+            frame('XYZ multiplier', 100000, shows.xyz_copies), frame('X multiplier', 100000, shows.x_copies),
+            frame('model placer', 100000, shows.placed_copies)]),
+        ('A frame', 'objects', [
+            frame('models', 4096, shows.model_objects), frame('models that move', 1365, shows.moving_objects),
+            frame('texts of 32 letters', 4096, shows.text_objects), frame('waters', 1024, shows.effect_objects)]),
+        ('A frame', 'tracks', [frame('one object each', 32, shows.tracks)]),
+        ('What a moment shows', 'tracks, clips', [
+            Curve('tracks', 32, bench.step('layers', shows.tracks)),
+            Curve('clips', 8192, bench.step('layers', shows.clips))]),
+        ('A frame', 'points', [frame('rippler', 65535, shows.rippled_points)]),
+        ('Reading records', 'records', reading('generated images', 'texture nodes', 'texture nodes in a chain',
+                                               'dynamic textures')),
+        ('Reading records', 'records', reading('meshes, each an entry', 'images, each an entry', 'cube maps')),
+        ('Reading records', 'records', reading('functions', 'values', 'references', 'materials')),
+        ('Reading records', 'records', reading('fonts', 'mesh effects', 'scenes')
+         + reading('clips', largest=8192)),
+        ('Reading a text', 'bytes', [text('elements beside each other', shows.flat_text),
+                                     text('in each other', shows.nested_text),
+                                     text('attributes of one', shows.attribute_text),
+                                     text('between two tags', shows.content_text)]),
+        ('brimlow-make build', 'things', [building('objects'), building('shapes'), building('materials'),
+                                          building('curves')]),
+        ('brimlow-make build', 'things', [building('clips'), building('generated pictures', 1024)]),
+        ('brimlow-make, of a show', 'shapes', [opened('check', 'check', 'demo.dpk'),
+                                               opened('open', 'open', 'demo.dpk', '-o', 'opened'),
+                                               opened('diff', 'diff', 'demo.dpk', 'demo.dpk')]),
+        ('brimlow-make, of a pack', 'entries', [of_entries('list', 'list', 'demo.dpk'),
+                                                of_entries('extract', 'extract', '-f', 'demo.dpk', 'demo.dpk.out'),
+                                                create, add]),
+        ('brimlow-render, a still', 'records', [drawn('images', 4000, shows.RECORDS['images, each an entry']),
+                                                drawn('meshes', 4000, shows.RECORDS['meshes, each an entry']),
+                                                drawn('materials', 4000, shows.RECORDS['materials']),
+                                                drawn('texture nodes', 512, shows.RECORDS['texture nodes in a chain'])]),
+        ('brimlow-render, a still', 'copies, objects', [drawn('copies', 100000, shows.xyz_copies),
+                                                        drawn('objects', 4096, shows.model_objects),
+                                                        drawn('texts', 4096, shows.text_objects)]),
+    ]
+
+
+# ---- measuring ----------------------------------------------------------------------------------
+
+def measure(curve, quick):
+    if quick:
+        curve.sizes = [max(size // 16, 1) for size in curve.sizes[-3:]]
+    curve.times = []
+    for size in curve.sizes:
+        with tempfile.TemporaryDirectory(prefix='growth ') as folder:
+            curve.times.append(curve.measure(folder, size))
+
+
+def exponent(curve):
+    """The slope of the best line through the logarithms at the large end."""
+    start = curve.times[0] if curve.whole and curve.times[-1] > 2 * curve.times[0] else 0.0
+    points = [(math.log(size), math.log(time - start)) for size, time in zip(curve.sizes, curve.times)
+              if size * 8 >= curve.sizes[-1] and time > start]
+    if len(points) < 2:
+        return 0.0
+    middle = sum(x for x, _ in points) / len(points)
+    return sum((x - middle) * y for x, y in points) / sum((x - middle) ** 2 for x, _ in points)
+
+
+def line_of(title, unit, curve):
+    each = (curve.times[-1] - (curve.times[0] if curve.whole else 0)) / curve.sizes[-1]
+    return '%-26s %-26s %9d %-18s %10.3f ms %10.3f us each  exponent %.2f%s' % (
+        title, curve.name, curve.sizes[-1], unit, 1e3 * curve.times[-1], 1e6 * each, exponent(curve),
+        '  (more than linear)' if exponent(curve) > LINEAR else '')
+
+
+def measure_all(wanted, quick):
+    """Measures and prints; the curves that grow too fast."""
+    steep = []
+    for title, unit, curves in wanted:
+        for curve in curves:
+            measure(curve, quick)
+            print(line_of(title, unit, curve), flush=True)
+            steep += [curve] if exponent(curve) > LINEAR else []
+    return steep
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split('\n')[0])
+    parser.add_argument('plots', nargs='*', metavar='PLOT', help='words of a title or of a curve; without any all')
+    parser.add_argument('--build', required=True)
+    parser.add_argument('--draw', metavar='FILE.svg')
+    parser.add_argument('--quick', action='store_true')
+    options = parser.parse_args()
+    wanted = [(title, unit, [curve for curve in curves if not options.plots or any(
+        word.lower() in (title + ' ' + curve.name).lower() for word in options.plots)])
+        for title, unit, curves in plots(Bench(os.path.abspath(options.build)))]
+    wanted = [plot for plot in wanted if plot[2]]
+    steep = measure_all(wanted, options.quick)
+    if options.draw:
+        with open(options.draw, 'w', encoding='utf-8') as file:
+            file.write(page([(title, unit, [(curve.name, list(zip(curve.sizes, curve.times)), exponent(curve))
+                                            for curve in curves]) for title, unit, curves in wanted]))
+    print('%d curves, %d of them more than linear.' % (sum(len(curves) for _, _, curves in wanted), len(steep)))
+    return 1 if steep else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
