@@ -107,7 +107,7 @@ def plots(bench):
 
     def drawn(name, largest, make):
         return Curve(name, largest, bench.program(
-            lambda folder, n: [bench.render, '-q', '-y', '--path', 'fixed', '--size', '64x36', '--at', '3', '-o',
+            lambda folder, n: [bench.render, '-q', '-y', '--path', 'fixed', '--size', '64x36', '--at', '0', '-o',
                                'still.png', make(folder, n)]), whole=True)
 
     create = Curve('create', 4000, bench.program(
