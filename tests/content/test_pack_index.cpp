@@ -43,7 +43,9 @@ static std::string entry_at(const std::string& pack, size_t slot)
     const uint64_t end = number_at(pack, slot + 36);
     const uint64_t size = end == 0xFFFFFFFF && start == 0 ? 0 : end + 1 - start;
     const bool fits = end + 1 >= start || size == 0;
-    return fits && start + size <= pack.size() ? "found " + pack.substr(start, size) + "\n" : "damaged\n";
+    return fits && start + size <= pack.size()
+        ? "found " + pack.substr(static_cast<size_t>(start), static_cast<size_t>(size)) + "\n"
+        : "damaged\n";
 }
 
 // What a look-up prints and finds, slot by slot.
