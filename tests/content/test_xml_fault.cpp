@@ -1,5 +1,5 @@
 // The second look at a text: which tag is lost.
-#include "content/xml.h"
+#include "content/xml_fault.h"
 
 #include <doctest/doctest.h>
 #include <string>

@@ -153,7 +153,7 @@ TEST_CASE("freeing null does nothing")
     xml_free(nullptr);
 }
 
-TEST_CASE("freeing a child leaves its siblings")
+TEST_CASE("freeing a node below the top leaves the tree as it is")
 {
     xml_node* root = xml_parse("<a><b><x/></b><c/></a>");
     xml_node* a = root->first_child;
@@ -228,7 +228,6 @@ TEST_CASE("attributes without a name or a value are written as far as they go")
 {
     xml_node* root = xml_parse("<a x=>");
     CHECK(written(root->first_child) == "<a x=\"\"/>\n");
-    std::free(root->first_child->attributes[0].name);
     root->first_child->attributes[0].name = nullptr;
     CHECK(written(root->first_child) == "<a \"\"/>\n");
     xml_free(root);

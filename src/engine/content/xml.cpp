@@ -1,40 +1,96 @@
 #include "content/xml.h"
 
-#include <algorithm>
 #include <cassert>
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
-#include <vector>
 
-// ---- strings ---------------------------------------------------------------------
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
-static char* copy_bytes(const char* begin, size_t length)
+// ---- scanning --------------------------------------------------------------------
+
+static constexpr size_t scan_width = 16; // bytes that a scan may look at behind the zero that ends the text
+
+#if defined(__SSE2__)
+
+static uint32_t places_of(__m128i equal)
 {
-    assert(begin != nullptr);
-    char* copy = static_cast<char*>(std::malloc(length + 1));
-    if (!copy)
-        return nullptr;
-    std::memcpy(copy, begin, length);
-    copy[length] = '\0';
-    return copy;
+    return static_cast<uint32_t>(_mm_movemask_epi8(equal));
+}
+
+static __m128i load_bytes(const char* at)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+}
+
+// The first of `mark`, ">" and the end of the text.
+static char* find_mark(char* at, char mark)
+{
+    const __m128i marks = _mm_set1_epi8(mark);
+    const __m128i greater = _mm_set1_epi8('>');
+    for (;; at += scan_width) {
+        const __m128i bytes = load_bytes(at);
+        const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, marks), _mm_cmpeq_epi8(bytes, greater)),
+            _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+        if (const uint32_t places = places_of(found); places != 0)
+            return at + __builtin_ctz(places);
+    }
+}
+
+// The first blank, ">" or end of the text.
+static char* find_name_end(char* at)
+{
+    const __m128i blank = _mm_set1_epi8(' ');
+    const __m128i greater = _mm_set1_epi8('>');
+    const __m128i first_control = _mm_set1_epi8('\t');
+    const __m128i controls = _mm_set1_epi8('\r' - '\t');
+    for (;; at += scan_width) {
+        const __m128i bytes = load_bytes(at);
+        const __m128i behind_tab = _mm_sub_epi8(bytes, first_control);
+        const __m128i is_blank = _mm_or_si128(_mm_cmpeq_epi8(bytes, blank),
+            _mm_cmpeq_epi8(_mm_min_epu8(behind_tab, controls), behind_tab)); // "\t\n\v\f\r" lie side by side
+        const __m128i found = _mm_or_si128(
+            _mm_or_si128(is_blank, _mm_cmpeq_epi8(bytes, greater)), _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
+        if (const uint32_t places = places_of(found); places != 0)
+            return at + __builtin_ctz(places);
+    }
+}
+
+#endif
+
+static bool is_blank(char byte)
+{
+    return byte == ' ' || (byte >= '\t' && byte <= '\r');
+}
+
+#if !defined(__SSE2__)
+
+static char* find_mark(char* at, char mark)
+{
+    while (*at != mark && *at != '>' && *at != '\0')
+        ++at;
+    return at;
+}
+
+static char* find_name_end(char* at)
+{
+    while (!is_blank(*at) && *at != '>' && *at != '\0')
+        ++at;
+    return at;
+}
+
+#endif
+
+static char* skip_blanks(char* at)
+{
+    while (is_blank(*at))
+        ++at;
+    return at;
 }
 
 // ---- reading ---------------------------------------------------------------------
 
 namespace {
-
-enum reader_state : uint32_t {
-    state_text = 0,   // between tags
-    state_opened = 1, // behind "<", before the name
-    state_name = 2,
-    state_tag = 3, // inside a start tag, between attributes
-    state_attribute_name = 5,
-    state_before_value = 6, // behind "="
-    state_value = 7,        // inside double quotes
-    state_skipped_tag = 8,  // a closing tag or an instruction
-    state_comment = 9
-};
 
 enum reader_event : uint32_t {
     event_open = 0, // a start tag that stays open: the current element has no child yet
@@ -42,177 +98,169 @@ enum reader_event : uint32_t {
     event_self_close = 2
 };
 
+// Reads a copy of the text in the tree's memory. Names, values and texts are pieces of the
+// copy, each ended by a zero in place of the mark that ended it.
 struct xml_reader {
     xml_node* root;
     xml_node* current;
     xml_node* last_top_level; // the root's last child
-    const char* token;        // where the name, value or text under way began
-    reader_state state;
+    char* text_begin;         // behind the last tag
     reader_event event;
     uint32_t items_left; // elements and attributes that may still come
-    bool exhausted;      // no memory, or too many items: the text counts as ended
 };
 
 } // namespace
 
-static bool is_space(char byte)
+// Each of these reads on from `at` and returns where the text between tags goes on; at the
+// end of the text its zero. Null: no memory, or too many items, and the text counts as ended.
+
+// Ends a tag, or what stands where one could, at its ">". A slash before it ends the element
+// wherever that stands: in quoted values, text and comments (deliberate; pinned by "a slash
+// and a greater-than sign end an element wherever they stand").
+static char* end_tag(xml_reader& reader, char* greater, bool opens)
 {
-    return std::isspace(static_cast<unsigned char>(byte)) != 0;
+    assert(*greater == '>');
+    if (greater[-1] == '/')
+        reader.event = event_self_close;
+    else if (opens)
+        reader.event = event_open;
+    reader.text_begin = greater + 1;
+    return greater + 1;
 }
 
-static char* copy_token(xml_reader& reader, const char* end)
+// A closing tag or an instruction.
+static char* skip_tag(xml_reader& reader, char* at)
 {
-    assert(reader.token <= end);
-    char* copy = copy_bytes(reader.token, static_cast<size_t>(end - reader.token));
-    reader.exhausted = reader.exhausted || !copy;
-    return copy;
+    char* end = find_mark(at, '>');
+    return *end == '>' ? end_tag(reader, end, false) : end;
 }
 
-static bool count_item(xml_reader& reader)
+// Behind a comment the text goes on where it began: the comment is part of it.
+static char* skip_comment(xml_reader& reader, char* at)
 {
-    reader.exhausted = reader.exhausted || reader.items_left == 0;
-    --reader.items_left;
-    return !reader.exhausted;
-}
-
-static void open_element(xml_reader& reader)
-{
-    xml_node* node = count_item(reader) ? xml_new_empty_node() : nullptr;
-    if (!node) {
-        reader.exhausted = true;
-        return;
+    for (;; ++at) {
+        at = find_mark(at, '>');
+        if (*at == '\0')
+            return at;
+        if (at[-1] == '/')
+            return end_tag(reader, at, false);
+        if (at[-1] == '-' && at[-2] == '-')
+            return at + 1;
     }
-    xml_node* current = reader.current;
-    assert(current == reader.root || current->parent != nullptr);
-    if (current == reader.root) // whatever came last: the root has no siblings
-        xml_append_child(current, reader.last_top_level, node);
-    else if (reader.event == event_open)
-        xml_append_child(current, nullptr, node);
-    else
-        xml_append_child(current->parent, current, node);
-    if (node->parent == reader.root)
-        reader.last_top_level = node;
-    reader.current = node;
-    reader.state = state_opened;
 }
 
 // "</": the first one behind a start tag ends an element without children, which
 // stays current so that a sibling can follow; the next one ends its parent.
-static void close_element(xml_reader& reader, const char* at)
+static void close_element(xml_reader& reader, char* at)
 {
-    reader.state = state_skipped_tag;
     if (reader.current == reader.root)
         return;
-    if (reader.event != event_open)
+    if (reader.event != event_open) {
         reader.current = reader.current->parent;
-    else if (at > reader.token)
-        reader.current->text = copy_token(reader, at);
+    } else if (at > reader.text_begin) {
+        *at = '\0';
+        reader.current->text = reader.text_begin;
+    }
     reader.event = event_close;
 }
 
-static void read_less_than(xml_reader& reader, const char* at)
+static bool open_element(xml_reader& reader)
 {
-    if (at[1] == '/')
+    if (reader.items_left-- == 0)
+        return false;
+    xml_node* current = reader.current;
+    assert(current == reader.root || current->parent != nullptr);
+    xml_node* node = nullptr;
+    if (current == reader.root) // whatever came last: the root has no siblings
+        node = xml_new_child(current, reader.last_top_level);
+    else if (reader.event == event_open)
+        node = xml_new_child(current, nullptr);
+    else
+        node = xml_new_child(current->parent, current);
+    if (!node)
+        return false;
+    if (node->parent == reader.root)
+        reader.last_top_level = node;
+    reader.current = node;
+    return true;
+}
+
+// From behind "=". The value, if there is one, is that of the last attribute.
+static char* read_value(xml_attribute& attribute, char* at)
+{
+    at = find_mark(at, '"');
+    if (*at != '"')
+        return at;
+    char* begin = at + 1;
+    at = find_mark(begin, '"');
+    if (*at != '"')
+        return at;
+    *at = '\0';
+    attribute.value = begin;
+    return at + 1;
+}
+
+static char* read_attributes(xml_reader& reader, char* at)
+{
+    for (;;) {
+        char* name = skip_blanks(at);
+        at = find_mark(name, '=');
+        if (*at == '\0')
+            return at;
+        if (*at == '>')
+            return end_tag(reader, at, true);
+        *at = '\0';
+        xml_attribute* attribute = reader.items_left-- > 0 ? xml_append_attribute(reader.current, name) : nullptr;
+        if (!attribute)
+            return nullptr;
+        at = read_value(*attribute, at + 1);
+    }
+}
+
+// A start tag, from behind its "<". Its name begins with the first byte that is no blank,
+// whatever that is, so that "<>" has an empty one, as `<a ="1">` has an attribute with an
+// empty name.
+static char* read_start_tag(xml_reader& reader, char* at)
+{
+    char* name = skip_blanks(at);
+    char* end = find_name_end(name);
+    if (*end == '\0')
+        return end;
+    reader.current->name = name;
+    if (*end != '>') {
+        *end = '\0';
+        return read_attributes(reader, end + 1);
+    }
+    char* behind = end_tag(reader, end, true);
+    *(end > name && end[-1] == '/' ? end - 1 : end) = '\0';
+    return behind;
+}
+
+// At a "<" between tags.
+static char* read_less_than(xml_reader& reader, char* at)
+{
+    if (at[1] == '/') {
         close_element(reader, at);
-    else if (at[1] == '?')
-        reader.state = state_skipped_tag;
-    else if (at[1] != '!')
-        open_element(reader);
-    else if (at[2] == '-' && at[3] == '-')
-        reader.state = state_comment;
-}
-
-static void take_name(xml_reader& reader, const char* end)
-{
-    assert(reader.current != reader.root && reader.current->name == nullptr);
-    reader.current->name = copy_token(reader, end);
-}
-
-static void take_attribute_name(xml_reader& reader, const char* end)
-{
-    assert(reader.current != reader.root);
-    char* name = count_item(reader) ? copy_token(reader, end) : nullptr;
-    if (!name || !xml_append_attribute(reader.current, name)) {
-        std::free(name);
-        reader.exhausted = true;
-        return;
+        return skip_tag(reader, at + 1);
     }
-    reader.state = state_before_value;
+    if (at[1] == '?')
+        return skip_tag(reader, at + 1);
+    if (at[1] != '!')
+        return open_element(reader) ? read_start_tag(reader, at + 1) : nullptr;
+    return at[2] == '-' && at[3] == '-' ? skip_comment(reader, at + 1) : at + 1;
 }
 
-static void take_value(xml_reader& reader, const char* end)
+static void read_text(xml_reader& reader, char* text)
 {
-    xml_node* node = reader.current;
-    assert(node->attribute_count > 0);
-    node->attributes[node->attribute_count - 1].value = copy_token(reader, end);
-    reader.state = state_tag;
-}
-
-// "/>" counts in every state, also in quoted values, text and comments (deliberate;
-// pinned by "a slash and a greater-than sign end an element wherever they stand").
-static void self_close(xml_reader& reader, const char* at)
-{
-    if (reader.state == state_name)
-        take_name(reader, at);
-    reader.state = state_text;
-    reader.event = event_self_close;
-    reader.token = at + 2;
-}
-
-static void end_tag(xml_reader& reader, const char* at)
-{
-    if (reader.state == state_name)
-        take_name(reader, at);
-    if (reader.state != state_skipped_tag)
-        reader.event = event_open;
-    reader.state = state_text;
-    reader.token = at + 1;
-}
-
-// One byte. Names begin before anything else is looked at, so that "<>" has an
-// empty name and `<a ="1">` an attribute with an empty one.
-static void read_byte(xml_reader& reader, const char* at)
-{
-    if (is_space(*at)) {
-        if (reader.state == state_name) {
-            take_name(reader, at);
-            reader.state = state_tag;
-        }
-        return;
-    }
-    if (reader.state == state_opened || reader.state == state_tag) {
-        reader.token = at;
-        reader.state = reader.state == state_opened ? state_name : state_attribute_name;
-    }
-    switch (*at) {
-    case '<':
-        if (reader.state == state_text)
-            read_less_than(reader, at);
-        break;
-    case '=':
-        if (reader.state == state_attribute_name)
-            take_attribute_name(reader, at);
-        break;
-    case '"':
-        if (reader.state == state_value) {
-            take_value(reader, at);
-        } else if (reader.state == state_before_value) {
-            reader.token = at + 1;
-            reader.state = state_value;
-        }
-        break;
-    case '/':
-        if (at[1] == '>')
-            self_close(reader, at);
-        break;
-    case '>':
-        if (reader.state != state_text && reader.state != state_comment)
-            end_tag(reader, at);
-        break;
-    case '-':
-        if (reader.state == state_comment && at[1] == '-' && at[2] == '>')
-            reader.state = state_text; // the token stays: the comment is part of the text
-        break;
+    reader.text_begin = text;
+    for (char* at = text; at != nullptr;) {
+        at = find_mark(at, '<');
+        if (*at == '\0')
+            return;
+        if (*at == '<')
+            at = read_less_than(reader, at);
+        else
+            at = at[-1] == '/' ? end_tag(reader, at, false) : at + 1;
     }
 }
 
@@ -223,154 +271,19 @@ xml_node* xml_parse(const char* text)
 
 xml_node* xml_parse_bounded(const char* text, uint32_t max_items)
 {
+    const size_t length = text ? std::strlen(text) : 0;
+    const size_t room = 2 * scan_width + length; // what looks one byte back finds one in front
     xml_reader reader = {};
-    reader.root = reader.current = xml_new_empty_node();
-    reader.token = text;
-    reader.items_left = max_items;
-    if (!reader.root || !text)
+    reader.root = reader.current = xml_new_tree(room);
+    if (!reader.root || length == 0)
         return reader.root;
-    for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)
-        read_byte(reader, at);
+    char* copy = static_cast<char*>(xml_take(reader.root, room)) + scan_width;
+    std::memset(copy - scan_width, 0, scan_width);
+    std::memcpy(copy, text, length);
+    std::memset(copy + length, 0, scan_width);
+    reader.items_left = max_items;
+    read_text(reader, copy);
     return reader.root;
-}
-
-// ---- looking for faults ------------------------------------------------------------
-
-static constexpr uint32_t fault_max_items = 1u << 20;
-static constexpr size_t fault_max_depth = 64; // elements that a closing tag is compared with
-
-namespace {
-
-struct tag_start {
-    const xml_node* node; // whose name is there once its tag has been read
-    uint32_t line;
-};
-
-struct fault_search {
-    xml_reader reader;
-    std::vector<tag_start> open; // by their names, as far as they tell
-    uint32_t line;               // of the byte to be read
-    uint32_t comment_line;       // of the comment under way
-    xml_fault unclosed;          // the first of each kind
-    xml_fault stray;
-    xml_fault misread; // of a value or a comment
-    bool unbalanced;   // a closing tag came while nothing was open
-};
-
-} // namespace
-
-static void note_fault(xml_fault& fault, xml_fault_kind kind, uint32_t line, const char* name, size_t length)
-{
-    if (fault.kind == xml_no_fault)
-        fault = {kind, line, std::string(name, length)};
-}
-
-static void note_unclosed(fault_search& search, const tag_start& element)
-{
-    assert(element.node != nullptr);
-    const char* name = element.node->name ? element.node->name : "";
-    note_fault(search.unclosed, xml_unclosed_element, element.line, name, std::strlen(name));
-}
-
-// A closing tag, whose name stands at `name`. One of no open element closes the last one,
-// as the reader takes it: it may be no more than misspelt.
-static void close_by_name(fault_search& search, const char* name)
-{
-    const size_t length = std::strcspn(name, "> \t\r\n");
-    const auto is_meant = [name, length](const tag_start& element) {
-        return element.node->name && std::strlen(element.node->name) == length
-            && std::strncmp(element.node->name, name, length) == 0;
-    };
-    auto& open = search.open;
-    const auto outermost = open.rbegin() + static_cast<std::ptrdiff_t>(std::min(open.size(), fault_max_depth));
-    const auto meant = std::find_if(open.rbegin(), outermost, is_meant);
-    if (meant != outermost) {
-        if (meant != open.rbegin())
-            note_unclosed(search, open.back());
-        open.erase(meant.base() - 1, open.end());
-        return;
-    }
-    note_fault(search.stray, xml_stray_closing_tag, search.line, name, length);
-    search.unbalanced = search.unbalanced || open.empty();
-    if (!open.empty())
-        open.pop_back();
-}
-
-static bool is_in_start_tag(reader_state state)
-{
-    return state != state_text && state != state_skipped_tag && state != state_comment;
-}
-
-// What the byte does to a value or a comment that no author means. `is_open`: an element is
-// open that a "/>" ends.
-static void note_misread(fault_search& search, const char* at, bool is_open)
-{
-    const xml_reader& reader = search.reader;
-    const bool ends_element = *at == '/' && at[1] == '>';
-    if (reader.state == state_comment && ends_element && is_open)
-        return note_fault(search.misread, xml_cut_comment, search.comment_line, "", 0);
-    const bool is_cut = reader.state == state_value && (ends_element || *at == '>');
-    const bool is_bare
-        = reader.state == state_before_value && !is_space(*at) && *at != '"' && *at != '>' && !ends_element;
-    if (!is_cut && !is_bare)
-        return;
-    assert(reader.current->attribute_count > 0);
-    const char* name = reader.current->attributes[reader.current->attribute_count - 1].name;
-    note_fault(search.misread, is_cut ? xml_cut_value : xml_unquoted_value, search.line, name, std::strlen(name));
-}
-
-// Reads one byte as the reader does, and looks at what that does to the open elements.
-static void search_byte(fault_search& search, const char* at)
-{
-    xml_reader& reader = search.reader;
-    const reader_state before = reader.state;
-    const bool is_open = is_in_start_tag(before) || reader.event == event_open;
-    note_misread(search, at, is_open && !search.open.empty());
-    read_byte(reader, at);
-    search.line += *at == '\n' ? 1 : 0;
-    if (*at == '/' && at[1] == '>' && is_open && !search.open.empty())
-        search.open.pop_back();
-    if (*at != '<' || before != state_text)
-        return;
-    if (reader.state == state_opened)
-        search.open.push_back({reader.current, search.line});
-    if (reader.state == state_skipped_tag && at[1] == '/')
-        close_by_name(search, at + 2);
-    if (reader.state == state_comment)
-        search.comment_line = search.line;
-}
-
-static xml_fault fault_of(const fault_search& search)
-{
-    if (search.reader.state == state_comment)
-        return {xml_unfinished_comment, search.comment_line, ""};
-    xml_fault tag = search.unclosed;
-    if (tag.kind == xml_no_fault && search.unbalanced)
-        tag = search.stray;
-    if (search.misread.kind == xml_no_fault)
-        return tag;
-    return tag.kind != xml_no_fault && tag.line < search.misread.line ? tag : search.misread;
-}
-
-xml_fault xml_find_fault(const char* text)
-{
-    if (!text)
-        return {};
-    fault_search search = {};
-    xml_reader& reader = search.reader;
-    reader.root = reader.current = xml_new_empty_node();
-    reader.token = text;
-    reader.items_left = fault_max_items;
-    search.line = 1;
-    if (!reader.root)
-        return {};
-    for (const char* at = text; *at != '\0' && !reader.exhausted; ++at)
-        search_byte(search, at);
-    if (!search.open.empty())
-        note_unclosed(search, search.open.back());
-    const xml_fault fault = reader.exhausted ? xml_fault{} : fault_of(search);
-    xml_free(reader.root);
-    return fault;
 }
 
 // ---- queries ---------------------------------------------------------------------
@@ -385,33 +298,8 @@ const char* xml_get_attribute(const xml_node* node, const char* name)
 
 // ---- freeing ---------------------------------------------------------------------
 
-static void free_one_node(xml_node* node)
-{
-    assert(node->attribute_count == 0 || node->attributes != nullptr);
-    for (int32_t i = 0; i < node->attribute_count; ++i) {
-        std::free(node->attributes[i].name);
-        std::free(node->attributes[i].value);
-    }
-    std::free(node->attributes);
-    std::free(node->name);
-    std::free(node->text);
-    std::free(node);
-}
-
-// Works through one chain: each node's children are linked behind the chain's end
-// before the node goes, so a deep tree needs no stack.
 void xml_free(xml_node* node)
 {
-    if (!node)
-        return;
-    node->next_sibling = nullptr;
-    xml_node* chain_end = node;
-    while (node) {
-        chain_end->next_sibling = node->first_child;
-        while (chain_end->next_sibling)
-            chain_end = chain_end->next_sibling;
-        xml_node* next = node->next_sibling;
-        free_one_node(node);
-        node = next;
-    }
+    if (node && !node->parent)
+        xml_free_tree(node);
 }

@@ -15,9 +15,9 @@
 
 static constexpr size_t number_text_size = 32; // longer numbers are cut
 
-static char* copy_string(const char* text)
+static char* copy_into(xml_node* node, const char* text)
 {
-    return text ? strdup(text) : nullptr;
+    return text ? xml_take_copy(node, text, std::strlen(text)) : nullptr;
 }
 
 // ---- files -----------------------------------------------------------------------
@@ -40,17 +40,13 @@ char* xml_set_attribute(xml_node* node, const char* name, const char* value)
         return nullptr;
     xml_attribute* attribute = xml_find_attribute(node, name);
     if (!attribute) {
-        char* name_copy = copy_string(name);
+        char* name_copy = copy_into(node, name);
         attribute = name_copy ? xml_append_attribute(node, name_copy) : nullptr;
-        if (!attribute) {
-            std::free(name_copy);
+        if (!attribute)
             return nullptr;
-        }
     }
-    char* copy = copy_string(value); // before the old value goes: it may be the same
-    std::free(attribute->value);
-    attribute->value = copy;
-    return copy;
+    attribute->value = copy_into(node, value);
+    return attribute->value;
 }
 
 char* xml_set_attribute_u32(xml_node* node, const char* name, uint32_t value)
@@ -76,31 +72,29 @@ char* xml_set_attribute_f32(xml_node* node, const char* name, float value)
 
 xml_node* xml_new_node(const char* name)
 {
-    xml_node* node = xml_new_empty_node();
+    xml_node* node = xml_new_tree(0);
     if (node)
-        node->name = copy_string(name);
+        node->name = copy_into(node, name);
     return node;
 }
 
 xml_node* xml_add_child(xml_node* parent, const char* name)
 {
-    xml_node* child = parent ? xml_new_node(name) : nullptr;
-    if (!child)
+    if (!parent)
         return nullptr;
     xml_node* last_child = parent->first_child;
     while (last_child && last_child->next_sibling)
         last_child = last_child->next_sibling;
-    xml_append_child(parent, last_child, child);
+    xml_node* child = xml_new_child(parent, last_child);
+    if (child)
+        child->name = copy_into(child, name);
     return child;
 }
 
 void xml_set_text(xml_node* node, const char* text)
 {
-    if (!node)
-        return;
-    char* copy = copy_string(text); // before the old text goes: it may be the same
-    std::free(node->text);
-    node->text = copy;
+    if (node)
+        node->text = copy_into(node, text);
 }
 
 void xml_set_text_u32(xml_node* node, uint32_t value)

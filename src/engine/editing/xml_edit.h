@@ -1,7 +1,7 @@
 // Element trees for who makes documents: from a file, changed, and written back as text.
 //
-// Trees are those of content/xml.h and are owned and freed as there. Texts that are handed in
-// are copied.
+// Trees are those of content/xml.h and are owned and freed as there: what a change replaces
+// keeps its memory until its tree is freed. Texts that are handed in are copied.
 #pragma once
 
 #include "content/xml.h"
@@ -18,7 +18,7 @@ char* xml_set_attribute_u32(xml_node* node, const char* name, uint32_t value); /
 char* xml_set_attribute_i32(xml_node* node, const char* name, int32_t value);  // "%d"
 char* xml_set_attribute_f32(xml_node* node, const char* name, float value);    // "%f", cut at 31 bytes
 
-// A detached node; `name` is copied and may be null.
+// The top node of a new tree; `name` is copied and may be null.
 xml_node* xml_new_node(const char* name);
 
 // A new node behind the parent's last child; walks over the children.

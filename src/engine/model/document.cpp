@@ -4,6 +4,7 @@
 #include "content/pack.h"
 #include "content/printable.h"
 #include "content/xml.h"
+#include "content/xml_fault.h"
 #include "content/xmlz.h"
 
 #include <cassert>
