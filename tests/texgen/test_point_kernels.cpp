@@ -18,7 +18,7 @@ static std::vector<float> varied_scales()
         0.62f, 1.0f / 255.0f, 1.0f / 180.0f, 1.0f / 150.0f, 1.0f / 3.0f, 0.333333f, 0.00392f, 0.99999994f, 1.0000001f,
         3.7f, 100.3f, 127.99999f, 128.0f, 254.5f, 255.0f, 255.99998f, 256.0f, 300.7f, 32767.99f, 32768.0f, 33025.0f,
         33026.0f, 65536.0f, 8421504.0f, 8421505.0f, 1e9f, 2147483648.0f, 1e30f, 0.007f, 0.0039062f, 1.0f / 65025.0f,
-        1.0f / 65536.0f, 1.52e-5f, 0.000123f, 1e-8f, 1e-30f, 1e-42f, std::numeric_limits<float>::max(),
+        1.0f / 65536.0f, 1.52e-5f, 1.53788e-5f, 0.000123f, 1e-8f, 1e-30f, 1e-42f, std::numeric_limits<float>::max(),
         std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()};
     uint32_t state = 5;
     for (uint32_t n = 0; n < 40; ++n) {
@@ -109,11 +109,15 @@ static void require_same(const std::vector<uint8_t>& made, const std::vector<uin
 
 // ---- scales -----------------------------------------------------------------------------
 
+namespace {
+
 // a is byte n / 256 and b byte n % 256: all pairs.
 struct all_pairs {
     std::vector<uint8_t> a = std::vector<uint8_t>(65536);
     std::vector<uint8_t> b = std::vector<uint8_t>(65536);
 };
+
+} // namespace
 
 static all_pairs make_all_pairs()
 {
