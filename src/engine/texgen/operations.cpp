@@ -32,6 +32,19 @@ static uint32_t wrap(int64_t position, uint32_t size)
     return static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder);
 }
 
+// A short copy, which does not ask each time how it is done best.
+static void copy_part(const uint8_t* a, uint8_t* out, size_t count)
+{
+    constexpr size_t step = 32;
+    if (count < step) {
+        std::memcpy(out, a, count);
+        return;
+    }
+    for (size_t n = 0; n + step < count; n += step)
+        std::memcpy(out + n, a + n, step);
+    std::memcpy(out + count - step, a + count - step, step);
+}
+
 // Rows that begin with their byte `begin` and go on with what stood before it. A long part is copied from all rows at
 // one go, with the ends of the next or last rows, over which the short part is written.
 static void turn_rows(const uint8_t* a, uint8_t* out, size_t row, size_t count, size_t begin)
@@ -47,9 +60,9 @@ static void turn_rows(const uint8_t* a, uint8_t* out, size_t row, size_t count, 
         std::memcpy(out + end, a, count * row - end);
     for (size_t y = 0; y < count && begin != 0; ++y, a += row, out += row) {
         if (!first_at_once)
-            std::memcpy(out, a + begin, end);
+            copy_part(a + begin, out, end);
         if (!last_at_once)
-            std::memcpy(out + end, a, begin);
+            copy_part(a, out + end, begin);
     }
 }
 
