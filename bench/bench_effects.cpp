@@ -6,6 +6,7 @@
 #include "effects/dynamic_texture.h"
 #include "effects/mesh_effect.h"
 #include "effects/mesh_effect_kinds.h"
+#include "effects/normal_kernels.h"
 #include "model/records.h"
 #include "texgen/cosine_table.h"
 
@@ -410,16 +411,23 @@ static void mesh_plain(benchmark::State& state, uint32_t kind)
     free_mesh_effect(effect);
 }
 
-// Normals alone, of a lake that stands in the middle of a wave.
-static void normals(benchmark::State& state, bool ours)
+namespace {
+
+enum normals_case : uint32_t { normals_of_grid, normals_of_any_mesh, normals_plain };
+
+} // namespace
+
+// Normals alone, of a lake in the middle of a wave.
+static void normals(benchmark::State& state, normals_case which)
 {
     mesh_effect effect = begin_mesh(mesh_effect_lake);
-    const float params[2] = {0.0f, 0.0f};
-    step_mesh_effect(effect, params);
+    std::vector<float> heights(effect.mesh.vertex_count);
     for (uint32_t k = 0; k < effect.mesh.vertex_count; ++k)
-        effect.mesh.positions[3 * k + 1] = static_cast<float>(std::sin(k * 0.37));
+        heights[k] = effect.mesh.positions[3 * k + 1] = static_cast<float>(std::sin(k * 0.37));
     for (auto _ : state) {
-        if (ours)
+        if (which == normals_of_grid)
+            compute_grid_normals(best_instructions(), heights.data(), lake_side, effect.mesh.normals);
+        else if (which == normals_of_any_mesh)
             recompute_normals(effect.mesh);
         else
             plain_normals(effect.mesh);
@@ -461,8 +469,10 @@ int main(int argc, char** argv)
     add_mesh("swirl", mesh_effect_swirl);
     add_mesh("swarm", mesh_effect_particles);
     add_mesh("lake 2", mesh_effect_lake_2);
-    benchmark::RegisterBenchmark("normals of a lake/ours", normals, true);
-    benchmark::RegisterBenchmark("normals of a lake/plain", normals, false);
+    benchmark::RegisterBenchmark("normals of a grid/ours", normals, normals_of_grid);
+    benchmark::RegisterBenchmark("normals of a grid/plain", normals, normals_plain);
+    benchmark::RegisterBenchmark("normals of any mesh/ours", normals, normals_of_any_mesh);
+    benchmark::RegisterBenchmark("normals of any mesh/plain", normals, normals_plain);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

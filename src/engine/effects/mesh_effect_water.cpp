@@ -1,5 +1,7 @@
 #include "content/numbers.h"
 #include "effects/mesh_effect_kinds.h"
+#include "effects/normal_kernels.h"
+#include "effects/water_kernels.h"
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
@@ -66,6 +68,25 @@ static void init_grid(mesh_arrays& mesh, uint32_t side)
     fill_grid_indices(mesh.indices, side);
 }
 
+static_assert(lake_side <= max_grid_side && lake_2_side <= max_grid_side);
+
+static bool has_heights(const mesh_arrays& mesh, const float* heights)
+{
+    for (uint32_t k = 0; k < mesh.vertex_count; ++k)
+        if (mesh.positions[3 * k + 1] != heights[k])
+            return false;
+    return true;
+}
+
+// Heights of all vertices, and the normals that belong to them.
+static void set_heights(mesh_arrays& mesh, const float* heights, uint32_t side)
+{
+    assert(mesh.vertex_count == side * side && mesh.normals != nullptr);
+    for (uint32_t k = 0; k < side * side; ++k)
+        mesh.positions[3 * k + 1] = heights[k];
+    compute_grid_normals(best_instructions(), heights, side, mesh.normals);
+}
+
 // ---- what both lakes share ---------------------------------------------------------------
 
 // Whether the time has come to step. A jump of two or more, either way, only moves the
@@ -112,9 +133,9 @@ static double water_phase(const water_state& water, double time)
 }
 
 // The fields are read by their place, although the last two change places at every step.
-static double blended_height(const water_state& water, uint32_t k, double f)
+static water_fields fields_of(const water_state& water)
 {
-    return (water.fields[1][k] * 0.5 + water.fields[2][k] * f * 0.5 + water.fields[0][k] * (1.0 - f) * 0.5) * 0.2;
+    return {.before = water.fields[0], .heights = {water.fields[1], water.fields[2]}};
 }
 
 void init_lake(mesh_effect& effect, uint32_t side)
@@ -125,16 +146,10 @@ void init_lake(mesh_effect& effect, uint32_t side)
 
 // ---- "Lake water": the discrete wave equation --------------------------------------------
 
-// Sums are 64 bits wide and stored as their low 32, so that no height can overflow.
+// What passes 4.8 falls to 4, not to 4.8; troughs have no limit (on purpose).
 static void spread_wave(const int32_t* a, int32_t* b, uint32_t side)
 {
-    for (uint32_t k = side; k < side * side - side; ++k) {
-        const int64_t around = int64_t{a[k - 1]} + a[k + 1] + a[k - side] + a[k + side];
-        b[k] = static_cast<int32_t>((around >> 1) - b[k]);
-        b[k] -= b[k] >> 5;
-        if (b[k] > 4.8) // what passes 4.8 falls to 4, not to 4.8; troughs have no limit (on purpose)
-            b[k] = 4;
-    }
+    spread_wave_entries(best_instructions(), a + side, b + side, side, side * side - 2 * side);
     clear_border_columns(b, side);
 }
 
@@ -151,10 +166,9 @@ void step_lake(mesh_effect& effect, float time)
             water.fields[1][random_entry(entries)] = depth;
     }
 
-    const double f = water_phase(water, t);
-    for (uint32_t k = 0; k < entries; ++k)
-        effect.mesh.positions[3 * k + 1] = to_single(blended_height(water, k, f));
-    recompute_normals(effect.mesh);
+    float heights[entries];
+    blend_heights(best_instructions(), fields_of(water), water_phase(water, t), entries, heights);
+    set_heights(effect.mesh, heights, lake_side);
 }
 
 // ---- "Lake water 2": a damped grid of springs --------------------------------------------
@@ -194,15 +208,10 @@ void step_lake_2(mesh_effect& effect, float time)
 
     // Whole heights only, on purpose: the surface has steps. It mostly stands still so,
     // and its normals with it.
-    const double f = water_phase(water, t);
-    for (uint32_t k = 0; k < entries; ++k) {
-        float& height = effect.mesh.positions[3 * k + 1];
-        const float whole = static_cast<float>(truncate_to_int(blended_height(water, k, f)));
-        water.normals_made = water.normals_made && whole == height;
-        height = whole;
-    }
-    if (!water.normals_made)
-        recompute_normals(effect.mesh);
+    float heights[entries];
+    blend_whole_heights(best_instructions(), fields_of(water), water_phase(water, t), entries, heights);
+    if (!water.normals_made || !has_heights(effect.mesh, heights))
+        set_heights(effect.mesh, heights, lake_2_side);
     water.normals_made = true;
 }
 
@@ -219,15 +228,17 @@ void init_centerwave(mesh_effect& effect)
     init_grid(effect.mesh, lake_side);
 }
 
-static double centerwave_height(int32_t a, int32_t b, double time)
+// The height at a distance of the square root of `squares`.
+static float centerwave_height(int32_t squares, double time)
 {
-    const double d = std::sqrt(static_cast<double>(a * a + b * b));
+    const double d = std::sqrt(static_cast<double>(squares));
     if (d > wave_radius)
-        return 0.0;
+        return 0.0f;
     const int32_t steps = truncate_to_int((d - time) * steps_per_radian);
-    return (wave_radius - d) * 0.1 * static_cast<double>(cosine_at(steps));
+    return static_cast<float>((wave_radius - d) * 0.1 * static_cast<double>(cosine_at(steps)));
 }
 
+// Vertices at the same distance have the same height: it is computed where the offsets are 0 <= b <= a, an eighth.
 void step_centerwave(mesh_effect& effect, float time)
 {
     assert(effect.state != nullptr && effect.mesh.vertex_count == lake_side * lake_side);
@@ -238,10 +249,17 @@ void step_centerwave(mesh_effect& effect, float time)
         return;
     state.last = time;
 
-    constexpr int32_t side = lake_side;
-    for (int32_t i = 0; i < side; ++i)
-        for (int32_t j = 0; j < side; ++j)
-            effect.mesh.positions[3 * (i * side + j) + 1]
-                = static_cast<float>(centerwave_height(i - side / 2, j - side / 2, t));
-    recompute_normals(effect.mesh);
+    constexpr int32_t center = lake_side / 2;
+    float eighth[center + 1][center + 1];
+    for (int32_t a = 0; a <= center; ++a)
+        for (int32_t b = 0; b <= a; ++b)
+            eighth[a][b] = centerwave_height(a * a + b * b, t);
+    float heights[lake_side * lake_side];
+    for (int32_t i = 0; i < 2 * center; ++i)
+        for (int32_t j = 0; j < 2 * center; ++j) {
+            const int32_t a = std::abs(i - center);
+            const int32_t b = std::abs(j - center);
+            heights[2 * center * i + j] = eighth[std::max(a, b)][std::min(a, b)];
+        }
+    set_heights(effect.mesh, heights, lake_side);
 }
