@@ -1,29 +1,20 @@
 #include "texgen/operations.h"
 
 #include "content/numbers.h"
-#include "texgen/cosine_table.h"
 #include "texgen/neighbour_kernels.h"
 #include "texgen/point_kernels.h"
+#include "texgen/ripple.h"
 
 #include <algorithm>
 #include <cassert>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <memory>
 #include <new>
 
-constexpr double cosine_turn = 4096.0; // steps of the cosine table in a full turn
-
 // ---- neighbourhood operations -------------------------------------------------------
 //
 // They read pixels around the one that they write, so source and result differ.
-
-static const uint8_t* pixel_at(const uint8_t* picture, uint32_t size, uint32_t x, uint32_t y)
-{
-    assert(x < size && y < size);
-    return picture + size_t{3} * (size_t{y} * size + x);
-}
 
 static uint32_t wrap(int64_t position, uint32_t size)
 {
@@ -77,78 +68,6 @@ static void offset_picture(const float* values, const uint8_t* a, uint8_t* out, 
     turn_rows(a, out + row * (size - rows), row, rows, begin);
 }
 
-namespace {
-
-// A sample's place along one axis: the pixel before it, the one behind it, and how
-// far it lies between them.
-struct sample_place {
-    uint32_t before;
-    uint32_t behind;
-    double fraction; // 0..1
-};
-
-} // namespace
-
-static sample_place place_sample(double position, uint32_t size)
-{
-    if (position < 0.0)
-        position += size;
-    if (!std::isfinite(position))
-        position = 0.0;
-    const double whole = std::floor(position);
-    double pixel = std::fmod(whole, size);
-    if (pixel < 0.0)
-        pixel += size;
-    const auto before = static_cast<uint32_t>(pixel);
-    assert(before < size);
-    return {before, (before + 1) % size, position - whole};
-}
-
-// The corners are weighted by their distances themselves, and the last corner's
-// distance leaves the x fraction out: the look of existing productions.
-static void mix_corners(const uint8_t* a, uint32_t size, const sample_place& u, const sample_place& v, uint8_t* out)
-{
-    const double fx = u.fraction;
-    const double fy = v.fraction;
-    const double d00 = std::sqrt(fx * fx + fy * fy);
-    const double d10 = std::sqrt((1.0 - fx) * (1.0 - fx) + fy * fy);
-    const double d01 = std::sqrt(fx * fx + (1.0 - fy) * (1.0 - fy));
-    const double d11 = std::sqrt(fy * fy + (1.0 - fy) * (1.0 - fy));
-    const uint8_t* p00 = pixel_at(a, size, u.before, v.before);
-    const uint8_t* p10 = pixel_at(a, size, u.behind, v.before);
-    const uint8_t* p01 = pixel_at(a, size, u.before, v.behind);
-    const uint8_t* p11 = pixel_at(a, size, u.behind, v.behind);
-    for (uint32_t c = 0; c < 3; ++c) {
-        const double sum = p00[c] * d00 + p10[c] * d10 + p01[c] * d01 + p11[c] * d11;
-        out[c] = low_byte(truncate_to_int(sum / (d00 + d10 + d01 + d11)));
-    }
-}
-
-// Whole waves across the picture; a sign is of no matter to a cosine.
-static double wave_count(float wavelength)
-{
-    return std::fabs(static_cast<double>(truncate_to_int(wavelength)));
-}
-
-// The x displacement follows the row and the "Y wavelength", the y displacement the
-// column and the "X wavelength".
-static void ripple(const float* values, const uint8_t* a, uint8_t* out, uint32_t size)
-{
-    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
-    const double x_reach = static_cast<double>(values[0]) * size;
-    const double y_reach = static_cast<double>(values[1]) * size;
-    const double x_waves = wave_count(values[2]);
-    const double y_waves = wave_count(values[3]);
-    for (uint32_t y = 0; y < size; ++y) {
-        const double x_shift = x_reach * cosine_at(truncate_to_int(y_waves * cosine_turn / size * y));
-        for (uint32_t x = 0; x < size; ++x, out += 3) {
-            const double column = static_cast<double>(x) / size;
-            const double y_shift = y_reach * cosine_at(truncate_to_int(column * x_waves * cosine_turn));
-            mix_corners(a, size, place_sample(x + x_shift, size), place_sample(y + y_shift, size), out);
-        }
-    }
-}
-
 static uint32_t emboss_direction(float value)
 {
     return static_cast<uint32_t>(std::clamp(truncate_to_int(value), 1, 4));
@@ -172,7 +91,7 @@ static void apply_neighbourhood_operation(
     if (code == node_offset)
         offset_picture(values, a, result, size);
     else if (code == node_ripple)
-        ripple(values, a, result, size);
+        ripple_picture(values, a, result, size);
     else if (code == node_blur)
         blur_picture(best_instructions(), a, result, size);
     else
