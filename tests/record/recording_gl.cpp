@@ -52,7 +52,7 @@ static constexpr named_constant constants[] = {NAMED(GL_LINES), NAMED(GL_TRIANGL
     NAMED(GL_BLEND), NAMED(GL_COLOR_MATERIAL), NAMED(GL_CULL_FACE), NAMED(GL_DEPTH_TEST), NAMED(GL_FOG),
     NAMED(GL_LIGHTING), NAMED(GL_LIGHT0), NAMED(GL_LIGHT1), NAMED(GL_NORMALIZE), NAMED(GL_TEXTURE_2D),
     NAMED(GL_TEXTURE_CUBE_MAP), NAMED(GL_TEXTURE_GEN_S), NAMED(GL_TEXTURE_GEN_T), NAMED(GL_TEXTURE_GEN_R),
-    NAMED(GL_NORMAL_ARRAY), NAMED(GL_VERTEX_ARRAY), NAMED(GL_TEXTURE_COORD_ARRAY),
+    NAMED(GL_SCISSOR_TEST), NAMED(GL_NORMAL_ARRAY), NAMED(GL_VERTEX_ARRAY), NAMED(GL_TEXTURE_COORD_ARRAY),
     // polygons, depth, blending
     NAMED(GL_FRONT), NAMED(GL_FRONT_AND_BACK), NAMED(GL_LINE), NAMED(GL_FILL), NAMED(GL_SMOOTH), NAMED(GL_LEQUAL),
     NAMED(GL_SRC_ALPHA), NAMED(GL_ONE_MINUS_SRC_ALPHA), NAMED(GL_FUNC_ADD), NAMED(GL_FUNC_REVERSE_SUBTRACT),
@@ -382,6 +382,11 @@ void GLAPIENTRY glEnableClientState(GLenum array)
     record(__func__, name(array));
 }
 
+void GLAPIENTRY glFinish()
+{
+    record(__func__);
+}
+
 void GLAPIENTRY glFogf(GLenum parameter, GLfloat value)
 {
     record(__func__, name(parameter), value);
@@ -456,6 +461,11 @@ void GLAPIENTRY glPixelStorei(GLenum parameter, GLint value)
 void GLAPIENTRY glPolygonMode(GLenum face, GLenum mode)
 {
     record(__func__, name(face), name(mode));
+}
+
+void GLAPIENTRY glScissor(GLint x, GLint y, GLsizei width, GLsizei height)
+{
+    record(__func__, x, y, width, height);
 }
 
 void GLAPIENTRY glShadeModel(GLenum mode)

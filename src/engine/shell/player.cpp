@@ -6,6 +6,7 @@
 #include "music/device.h"
 #include "music/music.h"
 #include "render/compositor_gl.h"
+#include "render/warming_gl.h"
 #include "shell/dialog.h"
 #include "shell/display_gl.h"
 #include "shell/driver_gl.h"
@@ -243,6 +244,8 @@ int run_player(int argc, char** argv)
         if (!load_loading_screen(settings.show, settings.display, problem)
             || !load_production(settings.show, settings.display, settings.clock, drawing, tree, problem))
             return report_broken(settings.display.window, problem);
+        warm_show_gl(settings.show.production, screen_view(settings.display), settings.display.caps,
+            settings.display.glsl_path == 1, drawing);
         if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
         unload_document_memory(settings.show.loading); // its OpenGL objects may be seen in the show's first frames
