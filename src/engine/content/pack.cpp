@@ -273,22 +273,44 @@ static pack_status read_range(const pack_file& pack, uint32_t start, uint32_t si
     return pack_found;
 }
 
+static bool fill_slot(const pack_file& pack, const raw_slot& raw, pack_slot& slot)
+{
+    pack_slot found = {};
+    if (!entry_range(pack, raw, found.start, found.size))
+        return false;
+    std::memcpy(found.name, raw.bytes, pack_name_size);
+    slot = found;
+    return true;
+}
+
+pack_status pack_find_entry(const pack_file* pack, const char* name, pack_slot& slot)
+{
+    if (!pack || !name)
+        return pack_missing;
+    raw_slot raw;
+    const pack_status status = find_slot(*pack, name, raw);
+    if (status != pack_found)
+        return status;
+    return fill_slot(*pack, raw, slot) ? pack_found : pack_damaged;
+}
+
+bool pack_knows_entry(const pack_file* pack, const char* name, pack_slot& slot)
+{
+    if (!pack || !name || name[0] == '\0' || std::strlen(name) >= pack_name_size)
+        return false;
+    const uint32_t index = find_kept_slot(*pack, name);
+    return index != no_slot && fill_slot(*pack, read_raw_slot(*pack, index), slot);
+}
+
 pack_status pack_read_entry(const pack_file* pack, const char* name, uint8_t** bytes, uint32_t* size)
 {
     assert(bytes != nullptr && size != nullptr);
-    if (!pack || !name)
-        return pack_missing;
-    raw_slot slot;
-    pack_status status = find_slot(*pack, name, slot);
-    if (status != pack_found)
-        return status;
-    uint32_t start = 0;
-    uint32_t entry_size = 0;
-    if (!entry_range(*pack, slot, start, entry_size))
-        return pack_damaged;
-    status = read_range(*pack, start, entry_size, bytes);
+    pack_slot slot;
+    pack_status status = pack_find_entry(pack, name, slot);
     if (status == pack_found)
-        *size = entry_size;
+        status = read_range(*pack, slot.start, slot.size, bytes);
+    if (status == pack_found)
+        *size = slot.size;
     return status;
 }
 

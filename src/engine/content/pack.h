@@ -85,19 +85,28 @@ enum pack_status : uint32_t {
     pack_out_of_memory
 };
 
-// The bytes of the first entry called `name`: a new block of exactly *size bytes,
-// not zero-terminated, never null. The empty name takes the first slot unseen, even
-// in an empty index. Anything but pack_found leaves both results untouched. Sizes
-// are checked against the pack's own size before memory is taken. A null `pack` or
-// `name` finds nothing.
-[[nodiscard]] pack_status pack_read_entry(const pack_file* pack, const char* name, uint8_t** bytes, uint32_t* size);
-
 struct pack_slot {
     char name[pack_name_size + 1]; // always terminated
     uint32_t start;                // offset of the first byte
     uint32_t size;                 // bytes; 0 when damaged
     bool damaged;                  // the offsets leave the pack
 };
+
+// Where the first entry called `name` lies, the rest as pack_read_entry has it: pack_found,
+// pack_missing or pack_damaged. `slot` changes with pack_found only, and its name is what the
+// index has.
+[[nodiscard]] pack_status pack_find_entry(const pack_file* pack, const char* name, pack_slot& slot);
+
+// The same for a name of 1 to 31 bytes by the index in memory alone: prints nothing, and knows
+// nothing of slots behind the kept ones.
+[[nodiscard]] bool pack_knows_entry(const pack_file* pack, const char* name, pack_slot& slot);
+
+// The bytes of the first entry called `name`: a new block of exactly *size bytes,
+// not zero-terminated, never null. The empty name takes the first slot unseen, even
+// in an empty index. Anything but pack_found leaves both results untouched. Sizes
+// are checked against the pack's own size before memory is taken. A null `pack` or
+// `name` finds nothing.
+[[nodiscard]] pack_status pack_read_entry(const pack_file* pack, const char* name, uint8_t** bytes, uint32_t* size);
 
 // Slot number `index`, counted from 0. False at the end of the index (the
 // terminator, or the end of the file), which prints nothing, and for a null pack.
