@@ -4,6 +4,7 @@
 #include "content/owners.h"
 #include "content/pack.h"
 #include "content/xmlz.h"
+#include "model/decode_ahead.h"
 #include "model/document.h"
 #include "model/image_decode.h"
 #include "model/mesh_bytes.h"
@@ -12,15 +13,6 @@
 #include <cassert>
 #include <cstdlib>
 #include <utility>
-
-namespace {
-
-struct entry_bytes {
-    owned_block<uint8_t> bytes;
-    uint32_t size;
-};
-
-} // namespace
 
 // The empty name takes the first slot unseen: what the pack begins with.
 static const char* read_entry_name(const document_place& at, const xml_node& node, const char* attribute)
@@ -31,12 +23,8 @@ static const char* read_entry_name(const document_place& at, const xml_node& nod
     return name;
 }
 
-static bool read_entry(const document_place& at, const char* name, entry_bytes& entry)
+static bool fail_at_entry(const document_place& at, const char* name, pack_status status)
 {
-    assert(name != nullptr && entry.bytes == nullptr);
-    uint8_t* bytes = nullptr;
-    const pack_status status = pack_read_entry(at.reader.pack, name, &bytes, &entry.size);
-    entry.bytes.reset(bytes);
     switch (status) {
     case pack_found:
         return true;
@@ -51,6 +39,20 @@ static bool read_entry(const document_place& at, const char* name, entry_bytes& 
         break;
     }
     return fail(at, "entry " + quoted(name) + " does not fit in memory.");
+}
+
+static bool find_entry(const document_place& at, const char* name, pack_slot& entry)
+{
+    assert(name != nullptr);
+    return fail_at_entry(at, name, pack_find_entry(at.reader.pack, name, entry));
+}
+
+static bool read_entry(const document_place& at, const char* name, const pack_slot& entry, owned_block<uint8_t>& bytes)
+{
+    uint8_t* block = nullptr;
+    const pack_status status = pack_read_slot_bytes(at.reader.pack, entry, &block);
+    bytes.reset(block);
+    return fail_at_entry(at, name, status);
 }
 
 // Entries may be named again and again, so the sum of what they unfold to is bounded.
@@ -91,12 +93,12 @@ static uint32_t bytes_of_mesh(const mesh_arrays& arrays)
     return static_cast<uint32_t>(end - reinterpret_cast<const uint8_t*>(arrays.positions)) + 4;
 }
 
-static const mesh_record* take_known_mesh(const document_place& at, const entry_bytes& entry)
+static const mesh_record* take_known_mesh(const document_place& at, const uint8_t* bytes, uint32_t size)
 {
     if (at.reader.handover == nullptr)
         return nullptr;
     source_key key;
-    add_to_key(key, entry.bytes.get(), entry.size);
+    add_to_key(key, bytes, size);
     return take_known(at, &document::mesh_table, key);
 }
 
@@ -109,36 +111,56 @@ static void check_mesh_end(const document_place& at, const char* name, uint32_t 
         warn(at, quoted(name) + line_of(": the last bytes, %u, make no triangle and are dropped.", size - used));
 }
 
+static bool lay_out(const document_place& at, const char* name, mesh_record& mesh, uint32_t size)
+{
+    if (const std::string fault = lay_out_mesh(mesh.data, size, mesh.arrays); !fault.empty())
+        return fail(at, quoted(name) + " is not a mesh: " + fault + ".");
+    check_mesh_end(at, name, size, mesh.arrays);
+    return count_unfolded(at, size);
+}
+
+// Unpacks the entry, or takes the mesh from the document before.
+static bool read_mesh_entry(const document_place& at, const char* name, const pack_slot& entry, mesh_record& mesh)
+{
+    owned_block<uint8_t> bytes;
+    if (!read_entry(at, name, entry, bytes))
+        return false;
+    if (const mesh_record* known = take_known_mesh(at, bytes.get(), entry.size)) {
+        mesh = *known;
+        return count_unfolded(at, bytes_of_mesh(mesh.arrays));
+    }
+    const uint32_t warnings = at.reader.warning_count;
+    uint32_t size = 0;
+    if (const xmlz_status status = xmlz_inflate(bytes.get(), entry.size, &mesh.data, &size); status != xmlz_ok)
+        return fail(at, "entry " + quoted(name) + " " + xmlz_status_text(status) + ".");
+    bytes.reset();
+    const bool read = lay_out(at, name, mesh, size);
+    drop_key_of_warning(at, warnings);
+    return read;
+}
+
 bool read_mesh(const document_place& at, const xml_node& node)
 {
     mesh_record* mesh = add_record(at, at.reader.target->mesh_table);
     const char* name = mesh != nullptr ? read_entry_name(at, node, "filename") : nullptr;
-    entry_bytes entry{};
-    if (name == nullptr || !read_entry(at, name, entry))
+    pack_slot entry;
+    if (name == nullptr || !find_entry(at, name, entry))
         return false;
-    if (const mesh_record* known = take_known_mesh(at, entry)) {
-        *mesh = *known;
-        return count_unfolded(at, bytes_of_mesh(mesh->arrays));
-    }
-    const uint32_t warnings = at.reader.warning_count;
-    uint32_t size = 0;
-    if (const xmlz_status status = xmlz_inflate(entry.bytes.get(), entry.size, &mesh->data, &size); status != xmlz_ok)
-        return fail(at, "entry " + quoted(name) + " " + xmlz_status_text(status) + ".");
-    if (const std::string fault = lay_out_mesh(mesh->data, size, mesh->arrays); !fault.empty())
-        return fail(at, quoted(name) + " is not a mesh: " + fault + ".");
-    check_mesh_end(at, name, size, mesh->arrays);
-    drop_key_of_warning(at, warnings);
-    return count_unfolded(at, size);
+    unpacked_mesh unpacked;
+    if (!take_mesh_ahead(at.reader.ahead, at.reader.record, unpacked))
+        return read_mesh_entry(at, name, entry, *mesh);
+    mesh->data = unpacked.bytes;
+    return lay_out(at, name, *mesh, unpacked.size);
 }
 
 // ---- image textures ----------------------------------------------------------------
 
-static bool decode_entry(const document_place& at, const char* name, decoded_image& image)
+static bool decode_entry(const document_place& at, const char* name, const pack_slot& entry, decoded_image& image)
 {
-    entry_bytes entry{};
-    if (!read_entry(at, name, entry))
+    owned_block<uint8_t> bytes;
+    if (!read_entry(at, name, entry, bytes))
         return false;
-    switch (decode_image(entry.bytes.get(), entry.size, 0, image)) {
+    switch (decode_image(bytes.get(), entry.size, 0, image)) {
     case image_decoded:
         return true;
     case image_undecodable:
@@ -212,7 +234,6 @@ bool read_image_texture(const document_place& at, const xml_node& node)
 {
     image_texture* texture = add_record(at, at.reader.target->image_texture_table);
     const char* name = texture != nullptr ? read_entry_name(at, node, "filename") : nullptr;
-    decoded_image image{};
     if (name == nullptr
         || !read_format_and_filter(at, node, "it acts as 2", texture->texture_format, texture->texture_filter))
         return false;
@@ -221,14 +242,19 @@ bool read_image_texture(const document_place& at, const xml_node& node)
         return count_unfolded(at, uint64_t{texture->width} * texture->height * texture->components);
     }
     const uint32_t warnings = at.reader.warning_count;
-    if (!decode_entry(at, name, image))
+    pack_slot entry;
+    unpacked_picture unpacked = {};
+    if (!find_entry(at, name, entry)
+        || (!take_picture_ahead(at.reader.ahead, at.reader.record, unpacked)
+            && !decode_entry(at, name, entry, unpacked.image)))
         return false;
+    const decoded_image& image = unpacked.image;
     texture->width = image.width;
     texture->height = image.height;
     texture->components = image.components;
     texture->pixels = image.pixels;
-    texture->level1 = read_level(at, name, 1, *texture);
-    texture->level2 = read_level(at, name, 2, *texture);
+    texture->level1 = unpacked.levels[0] != nullptr ? unpacked.levels[0] : read_level(at, name, 1, *texture);
+    texture->level2 = unpacked.levels[1] != nullptr ? unpacked.levels[1] : read_level(at, name, 2, *texture);
     drop_key_of_warning(at, warnings);
     return count_unfolded(at, uint64_t{image.width} * image.height * image.components);
 }
@@ -239,7 +265,9 @@ static bool read_face(const document_place& at, const char* name, cube_map& cube
 {
     assert(face < cube_face_count && cube.faces[face] == nullptr);
     decoded_image image{};
-    if (!decode_entry(at, name, image))
+    pack_slot entry;
+    if (!find_entry(at, name, entry)
+        || (!take_face_ahead(at.reader.ahead, at.reader.record, face, image) && !decode_entry(at, name, entry, image)))
         return false;
     cube.faces[face] = image.pixels;
     cube.components[face] = image.components;

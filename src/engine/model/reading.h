@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+struct decode_ahead;
 struct document;
 struct pack_file;
 struct record_handover;
@@ -42,6 +43,7 @@ struct document_reader {
     const xml_node* section_node; // the section under way, null at the end
     const xml_node* record_node;  // the record to read next
     const pack_file* pack;        // where entries come from; not owned, may be null
+    decode_ahead* ahead;          // what unpacks entries beforehand; not owned, null: nobody does
     record_handover* handover;    // what meshes and pictures may be taken from, undecoded; not owned, null: nothing
     uint32_t section;             // number of the section under way, from 1
     uint32_t record;              // number of the record read last, from 1

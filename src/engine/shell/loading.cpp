@@ -10,6 +10,7 @@
 #include "texgen/texture_graph.h"
 #include "texgen/texture_upload_gl.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdlib>
 
@@ -21,6 +22,9 @@ void document_loader_begin(document_loader& loader, document& target, const xml_
     loader.options = options;
     document_reader_begin(loader.reader, target, root, pack);
     loader.reader.handover = options.handover;
+    if (options.handover == nullptr) // else most entries stay packed
+        loader.ahead.reset(decode_ahead_begin(root, pack, std::min(options.workers, decode_worker_count())));
+    loader.reader.ahead = loader.ahead.get();
 }
 
 // ---- generated textures -------------------------------------------------------------

@@ -9,6 +9,7 @@
 
 #include "content/xml.h"
 #include "model/capabilities.h"
+#include "model/decode_ahead.h"
 #include "model/document_reader.h"
 #include "model/record_handover.h"
 
@@ -31,11 +32,13 @@ struct loading_options {
     bool glsl;                           // materials get programs
     bool first_images;                   // dynamic textures get their picture of time 0 (the production)
     bool shader_log = false;             // programs that do not build are explained on standard error
+    uint32_t workers = max_decode_workers; // that unpack entries beforehand, at the most; 0: none
     record_handover* handover = nullptr; // not owned; a document that is loaded again takes from it what stays the same
     std::vector<loading_remark>* remarks = nullptr; // takes what is told; then nothing is written to standard error
 };
 
 struct document_loader {
+    owned_decode_ahead ahead; // unpacks entries beside the reader; null: the reader does it alone
     document_reader reader;
     loading_options options;
     size_t problems_seen; // of the reader's: printed, or passed over

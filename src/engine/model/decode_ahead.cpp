@@ -1,0 +1,368 @@
+#include "model/decode_ahead.h"
+
+#include "content/owners.h"
+#include "content/pack.h"
+#include "content/xml.h"
+#include "content/xmlz.h"
+#include "model/document.h"
+
+#include <algorithm>
+#include <cassert>
+#include <condition_variable>
+#include <csignal>
+#include <iterator>
+#include <mutex>
+#include <pthread.h>
+#include <sched.h>
+#include <utility>
+#include <vector>
+
+namespace {
+
+enum job_state : uint8_t {
+    job_waiting,
+    job_running,
+    job_done,  // unpacked, or found that it cannot be
+    job_taken, // by the reader
+};
+
+// One entry, for pictures with its ready-made levels.
+struct decode_job {
+    bool mesh;
+    bool known; // the pack has the entry; else there is nothing to do
+    pack_slot slot;
+    pack_slot levels[2]; // size 0: none
+    job_state state;
+    bool unpacked;
+    uint64_t room; // bytes of its results, or what they are expected to be
+    unpacked_mesh made_mesh;
+    unpacked_picture made;
+};
+
+} // namespace
+
+struct decode_ahead {
+    const pack_file* pack;
+    std::vector<decode_job> jobs; // in the reader's order; never moves once there are workers
+    size_t first_picture;         // the meshes' jobs come first, one a record
+    size_t first_face;            // six a record
+    pthread_t workers[max_decode_workers];
+    uint32_t worker_count;
+
+    std::mutex lock; // of all that follows, and of the states of jobs
+    std::condition_variable changed;
+    size_t next_job;          // no job before this one waits
+    const decode_job* wanted; // what the reader waits for; null: nothing
+    uint64_t room_used;
+    uint64_t room;
+    bool stopping;
+};
+
+// ---- which entries ------------------------------------------------------------------
+
+static bool find_slot(const pack_file* pack, const char* name, pack_slot& slot)
+{
+    return name != nullptr && name[0] != '\0' && pack_knows_entry(pack, name, slot) && slot.size > 0;
+}
+
+static decode_job job_for(const pack_file* pack, const xml_node& record, const char* attribute)
+{
+    decode_job job = {};
+    job.known = find_slot(pack, xml_get_attribute(&record, attribute), job.slot);
+    return job;
+}
+
+static decode_job job_for_picture(const pack_file* pack, const xml_node& record)
+{
+    decode_job job = job_for(pack, record, "filename");
+    for (const uint32_t level : {1u, 2u})
+        if (job.known && !find_slot(pack, name_of_level(job.slot.name, level).text, job.levels[level - 1]))
+            job.levels[level - 1].size = 0;
+    return job;
+}
+
+// The reader ends at the first record that does not fit into a table.
+template <typename visitor> static void for_each_record(const xml_node* section, visitor&& visit)
+{
+    uint32_t count = 0;
+    const xml_node* record = section != nullptr ? section->first_child : nullptr;
+    for (; record != nullptr && count < record_table_capacity; record = record->next_sibling, ++count)
+        visit(*record);
+}
+
+static const xml_node* section_element(const xml_node* root, uint32_t section)
+{
+    const xml_node* document = root != nullptr ? root->first_child : nullptr;
+    const xml_node* node = document != nullptr ? document->first_child : nullptr;
+    for (uint32_t number = 1; node != nullptr && number < section; ++number)
+        node = node->next_sibling;
+    return node;
+}
+
+static void list_jobs(decode_ahead& ahead, const xml_node* root)
+{
+    for_each_record(section_element(root, section_meshes), [&](const xml_node& record) {
+        ahead.jobs.push_back(job_for(ahead.pack, record, "filename"));
+        ahead.jobs.back().mesh = true;
+    });
+    ahead.first_picture = ahead.jobs.size();
+    for_each_record(section_element(root, section_image_textures),
+        [&](const xml_node& record) { ahead.jobs.push_back(job_for_picture(ahead.pack, record)); });
+    ahead.first_face = ahead.jobs.size();
+    for_each_record(section_element(root, section_cube_maps), [&](const xml_node& record) {
+        for (const char* face : {"xp", "xn", "yp", "yn", "zp", "zn"})
+            ahead.jobs.push_back(job_for(ahead.pack, record, face));
+    });
+}
+
+// ---- unpacking an entry -------------------------------------------------------------
+
+static owned_block<uint8_t> read_slot(const pack_file* pack, const pack_slot& slot)
+{
+    uint8_t* bytes = nullptr;
+    return owned_block<uint8_t>(pack_read_slot_bytes(pack, slot, &bytes) == pack_found ? bytes : nullptr);
+}
+
+// What the entry's results will take, as far as its first bytes say; 0: it cannot be unpacked.
+static uint64_t expected_bytes(const decode_job& job, const uint8_t* bytes)
+{
+    if (job.mesh)
+        return job.slot.size >= 4 ? bytes[0] | bytes[1] << 8 | bytes[2] << 16 | uint32_t{bytes[3]} << 24 : 0;
+    uint32_t width = 0;
+    uint32_t height = 0;
+    if (measure_image(bytes, job.slot.size, width, height) != image_decoded)
+        return 0;
+    const uint64_t base = uint64_t{width} * height * 4;
+    return base + (job.levels[0].size != 0 ? base / 4 : 0) + (job.levels[1].size != 0 ? base / 16 : 0);
+}
+
+// Of another size than the level has: there is none. The reader says so.
+static uint8_t* unpack_level(const pack_file* pack, const pack_slot& slot, uint32_t level, const decoded_image& base)
+{
+    if (slot.size == 0)
+        return nullptr;
+    const owned_block<uint8_t> bytes = read_slot(pack, slot);
+    uint32_t width = 0;
+    uint32_t height = 0;
+    decoded_image decoded = {};
+    if (bytes == nullptr || measure_image(bytes.get(), slot.size, width, height) != image_decoded
+        || width != base.width >> level || height != base.height >> level)
+        return nullptr;
+    return decode_image(bytes.get(), slot.size, base.components, decoded) == image_decoded ? decoded.pixels : nullptr;
+}
+
+static bool unpack(const pack_file* pack, decode_job& job, owned_block<uint8_t> bytes)
+{
+    if (job.mesh)
+        return xmlz_inflate(bytes.get(), job.slot.size, &job.made_mesh.bytes, &job.made_mesh.size) == xmlz_ok;
+    if (decode_image(bytes.get(), job.slot.size, 0, job.made.image) != image_decoded)
+        return false;
+    bytes.reset(); // before more is read
+    for (const uint32_t level : {1u, 2u})
+        job.made.levels[level - 1] = unpack_level(pack, job.levels[level - 1], level, job.made.image);
+    return true;
+}
+
+static void free_results(decode_job& job)
+{
+    std::free(job.made_mesh.bytes);
+    std::free(job.made.image.pixels);
+    for (uint8_t* level : job.made.levels)
+        std::free(level);
+    job.made_mesh = {};
+    job.made = {};
+}
+
+// ---- one after the other --------------------------------------------------------------
+
+// The first job that nobody has begun; null: there is none. With the lock held.
+static decode_job* claim_job(decode_ahead& ahead)
+{
+    for (; ahead.next_job < ahead.jobs.size(); ++ahead.next_job) {
+        decode_job& job = ahead.jobs[ahead.next_job];
+        if (job.state != job_waiting || !job.known)
+            continue;
+        job.state = job_running;
+        return &job;
+    }
+    return nullptr;
+}
+
+static bool has_room(const decode_ahead& ahead, const decode_job& job)
+{
+    return ahead.room_used == 0 || ahead.room_used + job.room <= ahead.room || ahead.wanted == &job;
+}
+
+// Unpacks a job that was claimed. A worker waits for room, the reader (who is the one that makes room) gives the job
+// back: false.
+static bool run_job(decode_ahead& ahead, decode_job& job, bool is_reader)
+{
+    owned_block<uint8_t> bytes = read_slot(ahead.pack, job.slot);
+    job.room = bytes != nullptr ? expected_bytes(job, bytes.get()) : 0;
+    bool runs = job.room > 0;
+    {
+        std::unique_lock held(ahead.lock);
+        while (runs && !is_reader && !ahead.stopping && !has_room(ahead, job))
+            ahead.changed.wait(held);
+        if (is_reader && runs && !has_room(ahead, job)) {
+            job.state = job_waiting;
+            ahead.next_job = std::min(ahead.next_job, static_cast<size_t>(&job - ahead.jobs.data()));
+            return false;
+        }
+        runs = runs && !ahead.stopping;
+        ahead.room_used += runs ? job.room : 0;
+    }
+    const bool unpacked = runs && unpack(ahead.pack, job, std::move(bytes));
+    const std::scoped_lock held(ahead.lock);
+    job.unpacked = unpacked;
+    job.state = job_done;
+    if (runs && !unpacked)
+        ahead.room_used -= job.room;
+    ahead.changed.notify_all();
+    return true;
+}
+
+static void* work(void* argument)
+{
+    decode_ahead& ahead = *static_cast<decode_ahead*>(argument);
+    for (;;) {
+        decode_job* job = nullptr;
+        {
+            const std::scoped_lock held(ahead.lock);
+            job = ahead.stopping ? nullptr : claim_job(ahead);
+        }
+        if (job == nullptr)
+            return nullptr;
+        run_job(ahead, *job, false);
+    }
+}
+
+// ---- workers --------------------------------------------------------------------------
+
+uint32_t decode_worker_count()
+{
+    cpu_set_t cores;
+    if (sched_getaffinity(0, sizeof cores, &cores) != 0)
+        return 0; // also with more cores than the set holds: then the reader is the only one, and all is well
+    return std::min(static_cast<uint32_t>(CPU_COUNT(&cores)) - 1, max_decode_workers);
+}
+
+// Signals are for the thread that was there before.
+static void hire_workers(decode_ahead& ahead, uint32_t count)
+{
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    while (ahead.worker_count < count && pthread_create(&ahead.workers[ahead.worker_count], nullptr, work, &ahead) == 0)
+        ++ahead.worker_count;
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+decode_ahead* decode_ahead_begin(const xml_node* root, const pack_file* pack, uint32_t workers)
+{
+    if (pack == nullptr || workers == 0)
+        return nullptr;
+    owned_decode_ahead ahead(new decode_ahead{});
+    ahead->pack = pack;
+    list_jobs(*ahead, root);
+    uint64_t bytes = 0;
+    uint32_t entries = 0;
+    for (const decode_job& job : ahead->jobs) {
+        bytes += job.slot.size;
+        entries += job.known ? 1 : 0;
+    }
+    if (bytes < decode_ahead_least || entries < 2)
+        return nullptr;
+    const uint32_t count = std::min({workers, max_decode_workers, entries - 1});
+    ahead->room = decode_ahead_room * (count + 1);
+    hire_workers(*ahead, count);
+    return ahead->worker_count > 0 ? ahead.release() : nullptr;
+}
+
+void decode_ahead_end(decode_ahead* ahead)
+{
+    if (ahead == nullptr)
+        return;
+    {
+        const std::scoped_lock held(ahead->lock);
+        ahead->stopping = true;
+        ahead->changed.notify_all();
+    }
+    for (uint32_t i = 0; i < ahead->worker_count; ++i)
+        pthread_join(ahead->workers[i], nullptr);
+    for (decode_job& job : ahead->jobs)
+        free_results(job);
+    delete ahead;
+}
+
+// ---- asking ---------------------------------------------------------------------------
+
+// While a worker is at the wanted job the reader unpacks one that comes later, as long as there is one with room.
+static void wait_for(decode_ahead& ahead, decode_job& job, std::unique_lock<std::mutex>& held)
+{
+    bool helps = true;
+    while (job.state == job_running) {
+        decode_job* other = helps ? claim_job(ahead) : nullptr;
+        if (other == nullptr) {
+            ahead.changed.wait(held);
+            continue;
+        }
+        held.unlock();
+        helps = run_job(ahead, *other, true);
+        held.lock();
+    }
+}
+
+// The job with its results, which are the caller's then; null: it has none.
+static decode_job* take_job(decode_ahead* ahead, size_t number, size_t end)
+{
+    if (ahead == nullptr || number >= end)
+        return nullptr;
+    decode_job& job = ahead->jobs[number];
+    std::unique_lock held(ahead->lock);
+    if (job.state == job_running) {
+        ahead->wanted = &job;
+        ahead->changed.notify_all();
+        wait_for(*ahead, job, held);
+        ahead->wanted = nullptr;
+    }
+    const bool unpacked = job.state == job_done && job.unpacked;
+    job.state = job_taken;
+    if (unpacked)
+        ahead->room_used -= job.room;
+    ahead->changed.notify_all();
+    return unpacked ? &job : nullptr;
+}
+
+bool take_mesh_ahead(decode_ahead* ahead, uint32_t record, unpacked_mesh& mesh)
+{
+    assert(record >= 1);
+    decode_job* job = ahead != nullptr ? take_job(ahead, record - 1, ahead->first_picture) : nullptr;
+    if (job == nullptr)
+        return false;
+    mesh = std::exchange(job->made_mesh, {});
+    return true;
+}
+
+bool take_picture_ahead(decode_ahead* ahead, uint32_t record, unpacked_picture& picture)
+{
+    assert(record >= 1);
+    decode_job* job
+        = ahead != nullptr ? take_job(ahead, ahead->first_picture + record - 1, ahead->first_face) : nullptr;
+    if (job == nullptr)
+        return false;
+    picture = std::exchange(job->made, {});
+    return true;
+}
+
+bool take_face_ahead(decode_ahead* ahead, uint32_t record, uint32_t face, decoded_image& image)
+{
+    assert(record >= 1 && face < cube_face_count);
+    const size_t number = size_t{record - 1} * cube_face_count + face;
+    decode_job* job = ahead != nullptr ? take_job(ahead, ahead->first_face + number, ahead->jobs.size()) : nullptr;
+    if (job == nullptr)
+        return false;
+    image = std::exchange(job->made.image, {});
+    return true;
+}
