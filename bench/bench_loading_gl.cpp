@@ -329,7 +329,7 @@ static void drop(made_objects& made)
 namespace {
 
 struct show {
-    FILE* pack;
+    const pack_file* pack;
     std::vector<pack_slot> pictures; // entries that its document names, in its order
     std::vector<pack_slot> inflated; // and its document
 };
@@ -339,18 +339,10 @@ player_display display;
 
 } // namespace
 
-static bool find_slot(FILE* pack, const std::string& name, pack_slot& slot)
-{
-    for (uint32_t i = 0; pack_read_slot(pack, i, slot); ++i)
-        if (name == slot.name)
-            return true;
-    return false;
-}
-
-static void add_entry(FILE* pack, const std::string& name, std::vector<pack_slot>& entries)
+static void add_entry(const pack_file* pack, const std::string& name, std::vector<pack_slot>& entries)
 {
     pack_slot slot;
-    if (!name.empty() && find_slot(pack, name, slot))
+    if (pack_knows_entry(pack, name.c_str(), slot))
         entries.push_back(slot);
 }
 
@@ -371,7 +363,7 @@ static void add_records(show& s, uint32_t section, const xml_node& node)
     }
 }
 
-static show open_show(FILE* pack)
+static show open_show(const pack_file* pack)
 {
     show s = {pack, {}, {}};
     std::string problem;
@@ -545,6 +537,7 @@ static FILE* pack_of(const std::vector<std::pair<std::string, std::string>>& ent
     std::fwrite(index.data(), 1, index.size(), pack);
     for (const auto& entry : entries)
         std::fwrite(entry.second.data(), 1, entry.second.size(), pack);
+    std::fflush(pack); // others read the file, not the stream
     return pack;
 }
 
@@ -606,25 +599,25 @@ static bool open_context()
 // Made when they are asked for, since that takes longer than loading them.
 static show& first_light()
 {
-    static show s = open_show(std::fopen(first_light_path().c_str(), "rb"));
+    static show s = open_show(pack_open(std::fopen(first_light_path().c_str(), "rb")));
     return s;
 }
 
 static show& many_pictures()
 {
-    static show s = open_show(generated_pack(50, 1024, 100, 2000));
+    static show s = open_show(pack_open(generated_pack(50, 1024, 100, 2000)));
     return s;
 }
 
 static show& many_meshes()
 {
-    static show s = open_show(generated_pack(0, 0, 4096, 24));
+    static show s = open_show(pack_open(generated_pack(0, 0, 4096, 24)));
     return s;
 }
 
 static show& half_as_many_meshes()
 {
-    static show s = open_show(generated_pack(0, 0, 2048, 24));
+    static show s = open_show(pack_open(generated_pack(0, 0, 2048, 24)));
     return s;
 }
 
