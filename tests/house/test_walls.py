@@ -38,7 +38,7 @@ LIBRARIES = [  # headers that are neither ours nor the language's, and the place
     (r'stb/stb_image_resize\.h', ('authoring/asset/',)), (r'stb/stb_image_write\.h', ('tools/frames/',)), (r'stb/stb_truetype\.h', ('tools/render/',)),
     (r'stb/stb_vorbis\.h', ('music/', 'authoring/asset/', 'tools/preview/', 'tools/render/')),
     (r'nlohmann/', ('authoring/check/', 'tools/make/', 'tools/preview/', 'tools/render/')),
-    (r'sys/|(unistd|fcntl|strings|dirent|poll|spawn|getopt|locale|[ei]mmintrin)\.h$', ('',)),  # the system's own
+    (r'sys/|(unistd|fcntl|strings|dirent|poll|spawn|getopt|locale|emmintrin|immintrin|pthread|sched)\.h$', ('',)),  # the system's own
     (r'imgui', ('tools/preview/interface*', 'tools/preview/window_sdl.cpp')),
     (r'[a-z_]+$', ('',))]  # the language's
 FACES = {'music/device_sdl.cpp', 'shell/window_sdl.cpp',  # the player's, and the preview's:

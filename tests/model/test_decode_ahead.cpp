@@ -202,7 +202,6 @@ TEST_CASE("nobody is hired for small documents, without workers and without a pa
     const owned_pack small(open_pack(complete_pack()));
     const owned_tree complete(xml_parse(to_text(complete_document()).c_str()));
     CHECK(decode_ahead_begin(complete.get(), small.get(), 2) == nullptr);
-    decode_ahead_end(nullptr);
     unpacked_picture picture;
     CHECK_FALSE(take_picture_ahead(nullptr, 1, picture));
     CHECK(decode_worker_count() < max_decode_workers + 1);

@@ -280,10 +280,8 @@ decode_ahead* decode_ahead_begin(const xml_node* root, const pack_file* pack, ui
     return ahead->worker_count > 0 ? ahead.release() : nullptr;
 }
 
-void decode_ahead_end(decode_ahead* ahead)
+void end_decode_ahead::operator()(decode_ahead* ahead) const
 {
-    if (ahead == nullptr)
-        return;
     {
         const std::scoped_lock held(ahead->lock);
         ahead->stopping = true;

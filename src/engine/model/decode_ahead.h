@@ -32,14 +32,9 @@ uint32_t decode_worker_count();
 // Begins to unpack what the document below `root` names, with at most `workers` of them. Null: nothing is worth it.
 decode_ahead* decode_ahead_begin(const xml_node* root, const pack_file* pack, uint32_t workers);
 
-// Stops the workers, each when it has unpacked the entry at hand, and frees what nobody asked for. Null does nothing.
-void decode_ahead_end(decode_ahead* ahead);
-
+// Stops the workers, each when it has unpacked the entry at hand, and frees what nobody asked for.
 struct end_decode_ahead {
-    void operator()(decode_ahead* ahead) const
-    {
-        decode_ahead_end(ahead);
-    }
+    void operator()(decode_ahead* ahead) const;
 };
 using owned_decode_ahead = std::unique_ptr<decode_ahead, end_decode_ahead>;
 
