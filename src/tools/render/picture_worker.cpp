@@ -37,11 +37,10 @@ static bool write_to_descriptor(int descriptor, std::span<const uint8_t> bytes, 
     return false;
 }
 
-static bool write_stream_frame(const picture_worker& worker, const picture& image, std::string& problem)
+static bool write_stream_frame(picture_worker& worker, const picture& image, std::string& problem)
 {
-    std::vector<uint8_t> bytes;
-    y4m_frame(image, matrix_for_size(image.width, image.height), bytes);
-    return write_to_descriptor(worker.descriptor, bytes, problem);
+    y4m_frame(image, matrix_for_size(image.width, image.height), worker.stream_frame);
+    return write_to_descriptor(worker.descriptor, worker.stream_frame, problem);
 }
 
 static bool do_job(picture_worker& worker, const picture_worker::job& job, std::string& problem)

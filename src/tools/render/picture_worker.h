@@ -46,6 +46,7 @@ struct picture_worker {
         uint64_t number;
         shared_picture image;
     };
+    std::vector<uint8_t> stream_frame; // its one thread's: kept from frame to frame
     std::deque<job> jobs;
     bool ending = false;
     size_t most_waiting = 2;

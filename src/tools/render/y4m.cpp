@@ -1,25 +1,30 @@
 #include "y4m.h"
 
+#include "yuv_kernels.h"
+
 #include <algorithm>
 #include <cmath>
-
-// Weights of red, green, blue (of bytes 0..255) for Y, Cb, Cr, in 1 / 2^20: sums of
-// four pixels times a weight stay within 32 bits.
-constexpr int32_t weight_bits = 20;
 
 namespace {
 
 struct yuv_weights {
-    int32_t y[3];
-    int32_t cb[3];
-    int32_t cr[3];
+    luma_weights luma;
+    chroma_weights cb;
+    chroma_weights cr;
+};
+
+// Two rows of a picture, their colours apart.
+struct row_pair {
+    std::vector<uint8_t> bytes;
+    split_row top;
+    split_row bottom;
 };
 
 } // namespace
 
-static int32_t fixed(double value)
+static uint32_t fixed(double value)
 {
-    return static_cast<int32_t>(std::lround(value * (1 << weight_bits)));
+    return static_cast<uint32_t>(std::lround(value * (1 << weight_bits)));
 }
 
 static yuv_weights weights_of(yuv_matrix matrix)
@@ -29,24 +34,14 @@ static yuv_weights weights_of(yuv_matrix matrix)
     const double luma = 219.0 / 255;
     const double chroma = 224.0 / 255 / 2;
     yuv_weights w = {};
-    w.y[0] = fixed(luma * kr);
-    w.y[2] = fixed(luma * kb);
-    w.y[1] = fixed(luma) - w.y[0] - w.y[2]; // white stays exactly white
-    w.cb[0] = -fixed(chroma * kr / (1 - kb));
-    w.cb[2] = fixed(chroma);
-    w.cb[1] = -w.cb[0] - w.cb[2]; // grey has no colour
-    w.cr[2] = -fixed(chroma * kb / (1 - kr));
-    w.cr[0] = fixed(chroma);
-    w.cr[1] = -w.cr[2] - w.cr[0];
+    w.luma.red = fixed(luma * kr);
+    w.luma.blue = fixed(luma * kb);
+    w.luma.green = fixed(luma) - w.luma.red - w.luma.blue; // white stays exactly white
+    w.cb.first_other = fixed(chroma * kr / (1 - kb));
+    w.cb.second_other = fixed(chroma) - w.cb.first_other; // grey has no colour
+    w.cr.second_other = fixed(chroma * kb / (1 - kr));
+    w.cr.first_other = fixed(chroma) - w.cr.second_other;
     return w;
-}
-
-// offset + weights * rgb / count, rounded; rgb are sums of `count` pixels (1 or 4).
-static uint8_t combine(const int32_t weights[3], const int32_t rgb[3], int32_t offset, int32_t count)
-{
-    const int32_t sum = weights[0] * rgb[0] + weights[1] * rgb[1] + weights[2] * rgb[2];
-    const int32_t scale = count << weight_bits;
-    return static_cast<uint8_t>(offset + ((sum + scale / 2) >> (weight_bits + (count == 4 ? 2 : 0))));
 }
 
 yuv_matrix matrix_for_size(uint32_t width, uint32_t height)
@@ -72,44 +67,53 @@ uint64_t y4m_frame_size(uint32_t width, uint32_t height)
     return sizeof frame_line + uint64_t{width} * height + 2 * chroma_size(width) * chroma_size(height);
 }
 
-static void write_luma(const picture& p, const yuv_weights& w, uint8_t* to)
+static row_pair make_rows(size_t width)
 {
-    for (size_t i = 0; i < p.rgb.size(); i += 3) {
-        const int32_t rgb[3] = {p.rgb[i], p.rgb[i + 1], p.rgb[i + 2]};
-        *to++ = combine(w.y, rgb, 16, 1);
+    row_pair rows;
+    rows.bytes.resize(6 * width);
+    uint8_t* at = rows.bytes.data();
+    for (uint8_t** row :
+        {&rows.top.red, &rows.top.green, &rows.top.blue, &rows.bottom.red, &rows.bottom.green, &rows.bottom.blue}) {
+        *row = at;
+        at += width;
     }
+    return rows;
 }
 
-// One sample for each 2 x 2 pixels. At odd borders the last pixel is taken twice, which
-// is the mean of what is there.
-static void write_chroma(const picture& p, const yuv_weights& w, uint8_t* cb, uint8_t* cr)
+// The colours of row y, the last pixel twice where the width is odd; and its luma.
+static void write_luma(
+    instruction_set set, const picture& p, uint32_t y, const yuv_weights& w, const split_row& row, uint8_t* luma)
 {
-    for (uint32_t y = 0; y < p.height; y += 2) {
-        const uint8_t* top = &p.rgb[size_t{y} * p.width * 3];
-        const uint8_t* bottom = y + 1 < p.height ? top + size_t{p.width} * 3 : top;
-        for (uint32_t x = 0; x < p.width; x += 2) {
-            const size_t a = size_t{x} * 3;
-            const size_t b = x + 1 < p.width ? a + 3 : a;
-            int32_t rgb[3];
-            for (size_t k = 0; k < 3; ++k)
-                rgb[k] = top[a + k] + top[b + k] + bottom[a + k] + bottom[b + k];
-            *cb++ = combine(w.cb, rgb, 128, 4);
-            *cr++ = combine(w.cr, rgb, 128, 4);
-        }
-    }
+    const size_t width = p.width;
+    split_pixels(set, &p.rgb[y * width * 3], row, width);
+    luma_row(set, row, w.luma, luma + y * width, width);
+    for (uint8_t* colour : {row.red, row.green, row.blue})
+        if (width % 2 != 0)
+            colour[width] = colour[width - 1];
 }
 
 void y4m_frame(const picture& p, yuv_matrix matrix, std::vector<uint8_t>& bytes)
 {
-    bytes.clear();
-    if (!is_whole(p))
+    if (!is_whole(p)) {
+        bytes.clear();
         return;
+    }
     bytes.resize(static_cast<size_t>(y4m_frame_size(p.width, p.height)));
     std::copy(std::begin(frame_line), std::end(frame_line), bytes.begin());
     uint8_t* luma = bytes.data() + sizeof frame_line;
     uint8_t* cb = luma + size_t{p.width} * p.height;
     uint8_t* cr = cb + static_cast<size_t>(chroma_size(p.width) * chroma_size(p.height));
     const yuv_weights w = weights_of(matrix);
-    write_luma(p, w, luma);
-    write_chroma(p, w, cb, cr);
+    const instruction_set set = best_instructions();
+    const size_t samples = static_cast<size_t>(chroma_size(p.width));
+    row_pair rows = make_rows(samples * 2);
+    // One sample for each 2 x 2 pixels. At odd borders the last pixel is taken twice, which is
+    // the mean of what is there.
+    for (uint32_t y = 0; y < p.height; y += 2, cb += samples, cr += samples) {
+        write_luma(set, p, y, w, rows.top, luma);
+        if (y + 1 < p.height)
+            write_luma(set, p, y + 1, w, rows.bottom, luma);
+        const split_row& bottom = y + 1 < p.height ? rows.bottom : rows.top;
+        chroma_row(set, rows.top, bottom, w.cb, w.cr, cb, cr, samples);
+    }
 }
