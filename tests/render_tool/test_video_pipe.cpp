@@ -1,7 +1,12 @@
 #include "video_pipe.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <doctest/doctest.h>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 static video_plan plan_of(const char* path, uint32_t width, uint32_t height)
 {
@@ -97,4 +102,23 @@ TEST_CASE("Closing a video that was never opened is no problem")
     std::string problem;
     CHECK(video_close(pipe, 0, problem));
     CHECK(problem.empty());
+}
+
+TEST_CASE("The pipe holds more than a new one, so that neither side waits for a few lines of a picture")
+{
+    char folder[] = "/tmp/brimlow-pipe-XXXXXX";
+    REQUIRE(mkdtemp(folder));
+    const std::string program = std::string(folder) + "/ffmpeg";
+    std::ofstream(program) << "#!/bin/sh\nexec cat >/dev/null\n";
+    REQUIRE(chmod(program.c_str(), 0755) == 0);
+    const std::string path = std::getenv("PATH");
+    setenv("PATH", (std::string(folder) + ":" + path).c_str(), 1);
+    video_pipe pipe;
+    std::string problem;
+    CHECK(video_open(pipe, plan_of("a.mkv", 4, 4), problem));
+    setenv("PATH", path.c_str(), 1);
+    CHECK(fcntl(pipe.pictures, F_GETPIPE_SZ) == 1 << 20);
+    CHECK(video_close(pipe, 0, problem));
+    unlink(program.c_str());
+    rmdir(folder);
 }

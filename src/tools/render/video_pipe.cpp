@@ -15,6 +15,7 @@
 extern char** environ;
 
 constexpr int sound_descriptor = 3; // in the process
+constexpr int pipe_bytes = 1 << 20; // what everyone may have: sixteen times as many as a new pipe has
 
 // ---- the command line ------------------------------------------------------------------
 
@@ -150,6 +151,7 @@ bool video_open(video_pipe& pipe, const video_plan& plan, std::string& problem)
     std::vector<std::string> command = video_command(plan, "/proc/self/fd/" + std::to_string(sound_descriptor));
     const int failed = start_process(pipe, ends[0], command);
     close(ends[0]);
+    fcntl(ends[1], F_SETPIPE_SZ, pipe_bytes); // refused, it stays as it was
     pipe.pictures = ends[1];
     if (failed == 0)
         return true;
