@@ -167,12 +167,12 @@ def textured_material(show, number):
 RECORDS = {
     'generated images': records(lambda show, number: show.generated_image(0, 1, 0.5, 0.25)),
     'texture nodes': records(unfed_node),
-    'texture nodes in a chain': records(node),
-    'meshes, each an entry': records(lambda show, number: show.mesh(quad())),
+    'chained nodes': records(node),
+    'meshes (entries)': records(lambda show, number: show.mesh(quad())),
     'functions': records(lambda show, number: show.function((1, 100, 1, number))),
     'values': records(lambda show, number: show.values(*range(9))),
     'dynamic textures': records(lambda show, number: show.dynamic_texture(PLASMA)),
-    'images, each an entry': records(image),
+    'images (entries)': records(image),
     'cube maps': records(cube_map),
     'fonts': records(lambda show, number: show.font(1, 1)),
     'references': records(lambda show, number: show.reference(GENERATED, number + 1)),
@@ -260,7 +260,7 @@ SOURCES = {
     'shapes': 'for k = 1, n do show_it(tile(k) { material = paint }) end',
     'materials': 'for k = 1, n do show_it(first { material = material { color = { k / n, 0, 0 } } }) end',
     'curves': 'for k = 1, n do show_it(first { material = paint, at = { linear(0, k, 100), 0, 0 } }) end',
-    'generated pictures': '''
+    'generated': '''
 local picture = texture.noise { color = "white", random_seed = 1 }
 for k = 1, n do picture = picture:invert() end
 show_it(first { material = material { texture = picture } })''',
