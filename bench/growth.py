@@ -127,7 +127,7 @@ def plots(bench):
             Curve('tracks', 32, bench.step('layers', shows.tracks)),
             Curve('clips', 8192, bench.step('layers', shows.clips))]),
         ('A frame', 'points', [frame('rippler', 65535, shows.rippled_points)]),
-        ('Reading records', 'records', reading('generated images', 'texture nodes', 'chained nodes',
+        ('Reading records', 'records', reading('generated images', 'chained nodes', 'texture nodes',
                                                'dynamic textures')),
         ('Reading records', 'records', reading('meshes (entries)', 'images (entries)', 'cube maps')),
         ('Reading records', 'records', reading('functions', 'values', 'references', 'materials')),
