@@ -20,7 +20,7 @@ BODY = re.compile(r'^(?!struct|enum|union|namespace|class|using|static_assert)(?
                   r'(?: const)?\s*\n\{\n(?P<body>.*?)^\}', re.M | re.S)
 DECLARATION = re.compile(r'^(?!using|struct|enum|static_assert|constexpr|extern const)[A-Za-z\[][^;{}=()]*?'
                          r'\b(?P<name>[a-z]\w*)\([^;{}]*\);', re.M)
-NO_BODY = re.compile(r'^[^\n;{}=]*\([^;{}=]*\)(?:;| \{ \}$)', re.M)  # declared, or empty
+NO_BODY = re.compile(r'^(?![ \t])[^\n;{}=]*\([^;{}=]*\)(?:;| \{ \}$)', re.M)  # declared, or empty
 NAME = re.compile(r'([A-Za-z_]\w*)\s*\(')
 
 
