@@ -7,79 +7,49 @@
 #include <emmintrin.h>
 #endif
 
-// ---- scanning --------------------------------------------------------------------
+// ---- marks -----------------------------------------------------------------------
 
-static constexpr size_t scan_width = 16; // bytes that a scan may look at behind the zero that ends the text
+static constexpr uint32_t block_size = 32; // bytes that are looked at together, a bit for each
 
 #if defined(__SSE2__)
 
-static uint32_t places_of(__m128i equal)
+// Which of the bytes are marks: "<", ">", "=", a double quote, or zero.
+static uint32_t marks_of_half(const char* bytes)
 {
-    return static_cast<uint32_t>(_mm_movemask_epi8(equal));
+    const __m128i half = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i tags
+        = _mm_or_si128(_mm_cmpeq_epi8(half, _mm_set1_epi8('<')), _mm_cmpeq_epi8(half, _mm_set1_epi8('>')));
+    const __m128i values
+        = _mm_or_si128(_mm_cmpeq_epi8(half, _mm_set1_epi8('=')), _mm_cmpeq_epi8(half, _mm_set1_epi8('"')));
+    const __m128i ends = _mm_cmpeq_epi8(half, _mm_setzero_si128());
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(tags, values), ends)));
 }
 
-static __m128i load_bytes(const char* at)
+static uint32_t marks_of(const char* bytes)
 {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    return marks_of_half(bytes) | marks_of_half(bytes + block_size / 2) << block_size / 2;
 }
 
-// The first of `mark`, ">" and the end of the text.
-static char* find_mark(char* at, char mark)
+#else
+
+static uint32_t marks_of(const char* bytes)
 {
-    const __m128i marks = _mm_set1_epi8(mark);
-    const __m128i greater = _mm_set1_epi8('>');
-    for (;; at += scan_width) {
-        const __m128i bytes = load_bytes(at);
-        const __m128i found = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, marks), _mm_cmpeq_epi8(bytes, greater)),
-            _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
-        if (const uint32_t places = places_of(found); places != 0)
-            return at + __builtin_ctz(places);
+    uint32_t marks = 0;
+    for (uint32_t n = 0; n < block_size; ++n) {
+        const char byte = bytes[n];
+        const bool is_mark = byte == '<' || byte == '>' || byte == '=' || byte == '"' || byte == '\0';
+        marks |= static_cast<uint32_t>(is_mark) << n;
     }
-}
-
-// The first blank, ">" or end of the text.
-static char* find_name_end(char* at)
-{
-    const __m128i blank = _mm_set1_epi8(' ');
-    const __m128i greater = _mm_set1_epi8('>');
-    const __m128i first_control = _mm_set1_epi8('\t');
-    const __m128i controls = _mm_set1_epi8('\r' - '\t');
-    for (;; at += scan_width) {
-        const __m128i bytes = load_bytes(at);
-        const __m128i behind_tab = _mm_sub_epi8(bytes, first_control);
-        const __m128i is_blank = _mm_or_si128(_mm_cmpeq_epi8(bytes, blank),
-            _mm_cmpeq_epi8(_mm_min_epu8(behind_tab, controls), behind_tab)); // "\t\n\v\f\r" lie side by side
-        const __m128i found = _mm_or_si128(
-            _mm_or_si128(is_blank, _mm_cmpeq_epi8(bytes, greater)), _mm_cmpeq_epi8(bytes, _mm_setzero_si128()));
-        if (const uint32_t places = places_of(found); places != 0)
-            return at + __builtin_ctz(places);
-    }
+    return marks;
 }
 
 #endif
 
+// "\t\n\v\f\r" lie side by side.
 static bool is_blank(char byte)
 {
     return byte == ' ' || (byte >= '\t' && byte <= '\r');
 }
-
-#if !defined(__SSE2__)
-
-static char* find_mark(char* at, char mark)
-{
-    while (*at != mark && *at != '>' && *at != '\0')
-        ++at;
-    return at;
-}
-
-static char* find_name_end(char* at)
-{
-    while (!is_blank(*at) && *at != '>' && *at != '\0')
-        ++at;
-    return at;
-}
-
-#endif
 
 static char* skip_blanks(char* at)
 {
@@ -107,17 +77,40 @@ struct xml_reader {
     char* text_begin;         // behind the last tag
     reader_event event;
     uint32_t items_left; // elements and attributes that may still come
+    uint32_t marks;      // of the block under way, those that come
+    char* block;
 };
 
 } // namespace
 
-// Each of these reads on from `at` and returns where the text between tags goes on; at the
-// end of the text its zero. Null: no memory, or too many items, and the text counts as ended.
+// The next mark; null at the end of the text.
+static char* next_mark(xml_reader& reader)
+{
+    while (reader.marks == 0) {
+        reader.block += block_size;
+        reader.marks = marks_of(reader.block);
+    }
+    char* at = reader.block + __builtin_ctz(reader.marks);
+    reader.marks &= reader.marks - 1;
+    return *at != '\0' ? at : nullptr;
+}
+
+// The next one of `mark` and ">", which ends all but texts and comments.
+static char* next_of(xml_reader& reader, char mark)
+{
+    char* at = next_mark(reader);
+    while (at && *at != mark && *at != '>')
+        at = next_mark(reader);
+    return at;
+}
+
+// Each of these reads on behind the mark that it is given. False: the text is at its end, or
+// counts as ended, without memory or with too many items.
 
 // Ends a tag, or what stands where one could, at its ">". A slash before it ends the element
 // wherever that stands: in quoted values, text and comments (deliberate; pinned by "a slash
 // and a greater-than sign end an element wherever they stand").
-static char* end_tag(xml_reader& reader, char* greater, bool opens)
+static bool end_tag(xml_reader& reader, char* greater, bool opens)
 {
     assert(*greater == '>');
     if (greater[-1] == '/')
@@ -125,28 +118,26 @@ static char* end_tag(xml_reader& reader, char* greater, bool opens)
     else if (opens)
         reader.event = event_open;
     reader.text_begin = greater + 1;
-    return greater + 1;
+    return true;
 }
 
 // A closing tag or an instruction.
-static char* skip_tag(xml_reader& reader, char* at)
+static bool skip_tag(xml_reader& reader)
 {
-    char* end = find_mark(at, '>');
-    return *end == '>' ? end_tag(reader, end, false) : end;
+    char* end = next_of(reader, '>');
+    return end && end_tag(reader, end, false);
 }
 
 // Behind a comment the text goes on where it began: the comment is part of it.
-static char* skip_comment(xml_reader& reader, char* at)
+static bool skip_comment(xml_reader& reader)
 {
-    for (;; ++at) {
-        at = find_mark(at, '>');
-        if (*at == '\0')
-            return at;
+    while (char* at = next_of(reader, '>')) {
         if (at[-1] == '/')
             return end_tag(reader, at, false);
         if (at[-1] == '-' && at[-2] == '-')
-            return at + 1;
+            return true;
     }
+    return false;
 }
 
 // "</": the first one behind a start tag ends an element without children, which
@@ -185,82 +176,79 @@ static bool open_element(xml_reader& reader)
     return true;
 }
 
-// From behind "=". The value, if there is one, is that of the last attribute.
-static char* read_value(xml_attribute& attribute, char* at)
+// The attributes of an element, whose name ends at the blank `name_end`.
+static bool read_attributes(xml_reader& reader, char* name_end)
 {
-    at = find_mark(at, '"');
-    if (*at != '"')
-        return at;
-    char* begin = at + 1;
-    at = find_mark(begin, '"');
-    if (*at != '"')
-        return at;
-    *at = '\0';
-    attribute.value = begin;
-    return at + 1;
-}
-
-static char* read_attributes(xml_reader& reader, char* at)
-{
-    for (;;) {
-        char* name = skip_blanks(at);
-        at = find_mark(name, '=');
-        if (*at == '\0')
-            return at;
-        if (*at == '>')
-            return end_tag(reader, at, true);
+    char* name = skip_blanks(name_end);
+    char* at = next_of(reader, '=');
+    while (at && at < name_end) // in the element's name
+        at = next_of(reader, '=');
+    *name_end = '\0'; // now that no block with it is looked at again
+    while (at && *at == '=') {
         *at = '\0';
         xml_attribute* attribute = reader.items_left-- > 0 ? xml_append_attribute(reader.current, name) : nullptr;
         if (!attribute)
-            return nullptr;
-        at = read_value(*attribute, at + 1);
+            return false;
+        char* quote = next_of(reader, '"');
+        at = quote && *quote == '"' ? next_of(reader, '"') : quote;
+        if (!at || *at == '>') // the tag ends before the value does
+            break;
+        *at = '\0';
+        attribute->value = quote + 1;
+        name = skip_blanks(at + 1);
+        at = next_of(reader, '=');
     }
+    return at && end_tag(reader, at, true);
 }
 
 // A start tag, from behind its "<". Its name begins with the first byte that is no blank,
 // whatever that is, so that "<>" has an empty one, as `<a ="1">` has an attribute with an
 // empty name.
-static char* read_start_tag(xml_reader& reader, char* at)
+static bool read_start_tag(xml_reader& reader, char* at)
 {
     char* name = skip_blanks(at);
-    char* end = find_name_end(name);
+    char* end = name;
+    while (!is_blank(*end) && *end != '>' && *end != '\0')
+        ++end;
     if (*end == '\0')
-        return end;
+        return false;
     reader.current->name = name;
-    if (*end != '>') {
-        *end = '\0';
-        return read_attributes(reader, end + 1);
-    }
-    char* behind = end_tag(reader, end, true);
+    if (*end != '>')
+        return read_attributes(reader, end);
+    while (next_mark(reader) != end) { } // marks in the name
+    end_tag(reader, end, true);
     *(end > name && end[-1] == '/' ? end - 1 : end) = '\0';
-    return behind;
+    return true;
 }
 
 // At a "<" between tags.
-static char* read_less_than(xml_reader& reader, char* at)
+static bool read_less_than(xml_reader& reader, char* at)
 {
     if (at[1] == '/') {
         close_element(reader, at);
-        return skip_tag(reader, at + 1);
+        return skip_tag(reader);
     }
     if (at[1] == '?')
-        return skip_tag(reader, at + 1);
+        return skip_tag(reader);
     if (at[1] != '!')
-        return open_element(reader) ? read_start_tag(reader, at + 1) : nullptr;
-    return at[2] == '-' && at[3] == '-' ? skip_comment(reader, at + 1) : at + 1;
+        return open_element(reader) && read_start_tag(reader, at + 1);
+    return at[2] != '-' || at[3] != '-' || skip_comment(reader);
 }
 
 static void read_text(xml_reader& reader, char* text)
 {
     reader.text_begin = text;
-    for (char* at = text; at != nullptr;) {
-        at = find_mark(at, '<');
-        if (*at == '\0')
+    reader.block = text;
+    reader.marks = marks_of(text);
+    bool goes_on = true;
+    while (goes_on) {
+        char* at = next_of(reader, '<');
+        if (!at)
             return;
         if (*at == '<')
-            at = read_less_than(reader, at);
-        else
-            at = at[-1] == '/' ? end_tag(reader, at, false) : at + 1;
+            goes_on = read_less_than(reader, at);
+        else if (at[-1] == '/')
+            end_tag(reader, at, false);
     }
 }
 
@@ -272,15 +260,15 @@ xml_node* xml_parse(const char* text)
 xml_node* xml_parse_bounded(const char* text, uint32_t max_items)
 {
     const size_t length = text ? std::strlen(text) : 0;
-    const size_t room = 2 * scan_width + length; // what looks one byte back finds one in front
+    const size_t room = size_t{2} * block_size + length; // what looks one byte back finds one in front
     xml_reader reader = {};
     reader.root = reader.current = xml_new_tree(room);
     if (!reader.root || length == 0)
         return reader.root;
-    char* copy = static_cast<char*>(xml_take(reader.root, room)) + scan_width;
-    std::memset(copy - scan_width, 0, scan_width);
+    char* copy = static_cast<char*>(xml_take(reader.root, room)) + block_size;
+    std::memset(copy - block_size, 0, block_size);
     std::memcpy(copy, text, length);
-    std::memset(copy + length, 0, scan_width);
+    std::memset(copy + length, 0, block_size);
     reader.items_left = max_items;
     read_text(reader, copy);
     return reader.root;
