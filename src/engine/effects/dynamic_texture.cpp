@@ -2,6 +2,7 @@
 
 #include "content/numbers.h"
 #include "effects/dynamic_texture_plasma.h"
+#include "effects/row_kernels.h"
 #include "model/values.h"
 #include "texgen/cosine_table.h"
 
@@ -9,6 +10,8 @@
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
+
+static_assert(max_effect_side % effect_run == 0);
 
 // ---- "Test 2d effect" --------------------------------------------------------------------
 
@@ -27,15 +30,17 @@ static void render_ramp(const effect_picture& out, std::span<const float> params
     const double second = static_cast<double>(out.channels == 3 ? params[1] : params[2]);
     const uint32_t o = static_cast<uint32_t>(truncate_to_int(static_cast<double>(params[0]) + second));
 
-    uint8_t* pixel = out.pixels;
-    for (uint32_t y = 0; y < out.height; ++y) {
-        for (uint32_t x = 0; x < out.width; ++x) {
-            if (out.channels == 3) {
-                *pixel++ = ramp_byte(o + y);
-                *pixel++ = ramp_byte(o + x);
-            }
-            *pixel++ = ramp_byte(o + x + y);
-        }
+    // A row is a window into the bytes of all sums.
+    assert(out.width <= max_effect_side && out.height <= max_effect_side);
+    uint8_t ramp[2 * max_effect_side + effect_run] = {};
+    for (uint32_t n = 0; n < out.width + out.height; ++n)
+        ramp[n] = ramp_byte(o + n);
+    uint8_t* row = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y, row += out.width * out.channels) {
+        if (out.channels == 3)
+            interleave_row(best_instructions(), ramp[y], ramp, ramp + y, row, out.width);
+        else
+            std::memcpy(row, ramp + y, out.width);
     }
 }
 
@@ -111,6 +116,21 @@ static double table_entry(uint32_t steps)
     return static_cast<double>(cosine_at(static_cast<int32_t>(steps)));
 }
 
+namespace {
+
+struct cosine_columns {
+    double cosines[max_effect_side];
+    float scaled[max_effect_side]; // times 255
+};
+
+} // namespace
+
+static void set_column(cosine_columns& columns, uint32_t x, double cosine)
+{
+    columns.cosines[x] = cosine;
+    columns.scaled[x] = static_cast<float>(cosine * 255.0);
+}
+
 // Sums of two cosines times 255 pass the byte and wrap, on purpose. Steps are unsigned:
 // they wrap, and the masks keep what stays inside the table.
 static void render_normal_map(const effect_picture& out, float time)
@@ -118,16 +138,20 @@ static void render_normal_map(const effect_picture& out, float time)
     if (out.channels != 3)
         return;
     const uint32_t t = static_cast<uint32_t>(truncate_to_int(static_cast<double>(time)));
-    uint8_t* pixel = out.pixels;
-    for (uint32_t y = 0; y < out.height; ++y) {
-        const double row_x = table_entry(2 * ((5 * (t + y)) & 2047));
-        const double row_y = table_entry((t + y + 1000) & 4095);
-        for (uint32_t x = 0; x < out.width; ++x) {
-            const uint32_t u = t + 10 * x;
-            *pixel++ = low_byte(truncate_to_int((table_entry(u & 4095) + row_x) * 255.0));
-            *pixel++ = low_byte(truncate_to_int((table_entry((9 * t + 10000 + u) & 4095) + row_y) * 255.0));
-            *pixel++ = 255;
-        }
+    assert(out.width <= max_effect_side);
+    cosine_columns red = {};
+    cosine_columns green = {};
+    for (uint32_t x = 0; x < out.width; ++x) {
+        const uint32_t u = t + 10 * x;
+        set_column(red, x, table_entry(u & 4095));
+        set_column(green, x, table_entry((9 * t + 10000 + u) & 4095));
+    }
+    uint8_t* row = out.pixels;
+    for (uint32_t y = 0; y < out.height; ++y, row += size_t{3} * out.width) {
+        const double row_red = table_entry(2 * ((5 * (t + y)) & 2047));
+        const double row_green = table_entry((t + y + 1000) & 4095);
+        normal_map_row(best_instructions(), {red.cosines, red.scaled, row_red},
+            {green.cosines, green.scaled, row_green}, row, out.width);
     }
 }
 

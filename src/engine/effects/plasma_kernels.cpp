@@ -133,7 +133,7 @@ FAST_INLINE static void summed_channel_run(const plasma_channel& channel, const 
 }
 
 FAST_INLINE static void summed_run_of_3(
-    const plasma_channel* channels, const field_run& fields, uint8_t* out, uint32_t count)
+    instruction_set set, const plasma_channel* channels, const field_run& fields, uint8_t* out, uint32_t count)
 {
     int32_t values[max_channels][plasma_run];
     for (uint32_t c = 0; c < max_channels; ++c)
@@ -142,7 +142,7 @@ FAST_INLINE static void summed_run_of_3(
     for (uint32_t n = 0; n < plasma_run; ++n)
         pixels[n]
             = static_cast<uint32_t>(values[0][n] >> 16 | (values[1][n] >> 8 & 0xFF00) | (values[2][n] & 0xFF0000));
-    store_packed_pixels(pixels, out, count);
+    store_packed_pixels(set, pixels, out, count);
 }
 
 FAST_INLINE static void store_run_of_1(const int32_t* values, uint8_t* out, uint32_t count)
@@ -161,8 +161,8 @@ FAST_INLINE static void summed_run_of_1(
     store_run_of_1(values, out, count);
 }
 
-FAST_INLINE static void summed_row_fast(std::span<const plasma_channel> channels, const summed_field& p,
-    const summed_field& q, uint8_t* out, uint32_t count)
+FAST_INLINE static void summed_row_fast(instruction_set set, std::span<const plasma_channel> channels,
+    const summed_field& p, const summed_field& q, uint8_t* out, uint32_t count)
 {
     for (uint32_t begin = 0; begin < count; begin += plasma_run) {
         const uint32_t run = std::min(plasma_run, count - begin);
@@ -172,7 +172,7 @@ FAST_INLINE static void summed_row_fast(std::span<const plasma_channel> channels
         for (uint32_t n = 0; n < plasma_run; ++n)
             fields.q[n] = q.columns[begin + n] + q.row;
         if (channels.size() == max_channels)
-            summed_run_of_3(channels.data(), fields, out + size_t{3} * begin, run);
+            summed_run_of_3(set, channels.data(), fields, out + size_t{3} * begin, run);
         else
             summed_run_of_1(channels.front(), fields, out + begin, run);
     }
@@ -276,7 +276,7 @@ FAST_INLINE static __m128i doubtful_lanes(__m128i values)
 }
 
 // Four pixels at a time; if a byte of them is in doubt, the four are computed from the table.
-FAST_INLINE static void turned_run_of_3(const turned_plasma& plasma, const turned_tables& tables,
+FAST_INLINE static void turned_run_of_3(instruction_set set, const turned_plasma& plasma, const turned_tables& tables,
     const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
 {
     uint32_t pixels[plasma_run];
@@ -294,24 +294,24 @@ FAST_INLINE static void turned_run_of_3(const turned_plasma& plasma, const turne
             for (uint32_t k = n; k < n + 4; ++k)
                 pixels[k] = exact_pixel(plasma, p_entries[k], q_entries[k]);
     }
-    store_packed_pixels(pixels, out, count);
+    store_packed_pixels(set, pixels, out, count);
 }
 
 #else
 
-FAST_INLINE static void turned_run_of_3(const turned_plasma& plasma, const turned_tables&, const int32_t* p_entries,
-    const int32_t* q_entries, uint8_t* out, uint32_t count)
+FAST_INLINE static void turned_run_of_3(instruction_set set, const turned_plasma& plasma, const turned_tables&,
+    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
 {
     uint32_t pixels[plasma_run];
     for (uint32_t n = 0; n < plasma_run; ++n)
         pixels[n] = exact_pixel(plasma, p_entries[n], q_entries[n]);
-    store_packed_pixels(pixels, out, count);
+    store_packed_pixels(set, pixels, out, count);
 }
 
 #endif
 
-FAST_INLINE static void turned_row_fast(const turned_plasma& plasma, const turned_tables& tables, const summed_field& p,
-    const summed_field& q, uint8_t* out, uint32_t count)
+FAST_INLINE static void turned_row_fast(instruction_set set, const turned_plasma& plasma, const turned_tables& tables,
+    const summed_field& p, const summed_field& q, uint8_t* out, uint32_t count)
 {
     for (uint32_t begin = 0; begin < count; begin += plasma_run) {
         const uint32_t run = std::min(plasma_run, count - begin);
@@ -320,7 +320,7 @@ FAST_INLINE static void turned_row_fast(const turned_plasma& plasma, const turne
         turned_entries(plasma.p, p.columns + begin, p.row, p_entries);
         turned_entries(plasma.q, q.columns + begin, q.row, q_entries);
         if (plasma.channels.size() == max_channels)
-            turned_run_of_3(plasma, tables, p_entries, q_entries, out + size_t{3} * begin, run);
+            turned_run_of_3(set, plasma, tables, p_entries, q_entries, out + size_t{3} * begin, run);
         else
             turned_run_of_1(plasma, tables, p_entries, q_entries, out + begin, run);
     }
@@ -331,7 +331,7 @@ FAST_INLINE static void turned_row_fast(const turned_plasma& plasma, const turne
 FAST_AVX2 static void summed_row_avx2(std::span<const plasma_channel> channels, const summed_field& p,
     const summed_field& q, uint8_t* out, uint32_t count)
 {
-    summed_row_fast(channels, p, q, out, count);
+    summed_row_fast(instructions_avx2, channels, p, q, out, count);
 }
 
 void summed_plasma_row(instruction_set set, std::span<const plasma_channel> channels, const summed_field& p,
@@ -343,7 +343,7 @@ void summed_plasma_row(instruction_set set, std::span<const plasma_channel> chan
     case instructions_avx2:
         return summed_row_avx2(channels, p, q, out, count);
     case instructions_sse2:
-        return summed_row_fast(channels, p, q, out, count);
+        return summed_row_fast(instructions_sse2, channels, p, q, out, count);
     case instructions_plain:
     case instruction_set_count:
         break;
@@ -374,7 +374,7 @@ void fill_turned_tables(
 FAST_AVX2 static void turned_row_avx2(const turned_plasma& plasma, const turned_tables& tables, const summed_field& p,
     const summed_field& q, uint8_t* out, uint32_t count)
 {
-    turned_row_fast(plasma, tables, p, q, out, count);
+    turned_row_fast(instructions_avx2, plasma, tables, p, q, out, count);
 }
 
 void turned_plasma_row(instruction_set set, const turned_plasma& plasma, const turned_tables& tables,
@@ -386,7 +386,7 @@ void turned_plasma_row(instruction_set set, const turned_plasma& plasma, const t
     case instructions_avx2:
         return turned_row_avx2(plasma, tables, p, q, out, count);
     case instructions_sse2:
-        return turned_row_fast(plasma, tables, p, q, out, count);
+        return turned_row_fast(instructions_sse2, plasma, tables, p, q, out, count);
     case instructions_plain:
     case instruction_set_count:
         break;

@@ -182,7 +182,8 @@ FAST_INLINE static void mix_run(const corner_run& corners, uint32_t* pixels)
         pixels[n] = red[n] | green[n] << 8 | blue[n] << 16;
 }
 
-FAST_INLINE static void ripple_row_fast(const ripple_source& source, const ripple_shift& shift, uint8_t* out)
+FAST_INLINE static void ripple_row_fast(
+    instruction_set set, const ripple_source& source, const ripple_shift& shift, uint8_t* out)
 {
     for (uint32_t begin = 0; begin < source.size; begin += ripple_run) {
         const uint32_t run = std::min(ripple_run, source.size - begin);
@@ -203,7 +204,7 @@ FAST_INLINE static void ripple_row_fast(const ripple_source& source, const rippl
         weigh_corners(u, v, last, corners);
         uint32_t pixels[ripple_run];
         mix_run(corners, pixels);
-        store_packed_pixels(pixels, out + size_t{3} * begin, run);
+        store_packed_pixels(set, pixels, out + size_t{3} * begin, run);
     }
 }
 
@@ -226,7 +227,7 @@ void spread_to_words(const uint8_t* pixels, uint32_t size, uint32_t* words)
 
 FAST_AVX2 static void ripple_row_avx2(const ripple_source& source, const ripple_shift& shift, uint8_t* out)
 {
-    ripple_row_fast(source, shift, out);
+    ripple_row_fast(instructions_avx2, source, shift, out);
 }
 
 void ripple_row(instruction_set set, const ripple_source& source, const ripple_shift& shift, uint8_t* out)
@@ -235,7 +236,7 @@ void ripple_row(instruction_set set, const ripple_source& source, const ripple_s
     case instructions_avx2:
         return ripple_row_avx2(source, shift, out);
     case instructions_sse2:
-        return ripple_row_fast(source, shift, out);
+        return ripple_row_fast(instructions_sse2, source, shift, out);
     case instructions_plain:
     case instruction_set_count:
         break;
