@@ -1,6 +1,7 @@
 #include "texgen/generators.h"
 
 #include "content/numbers.h"
+#include "texgen/generator_kernels.h"
 #include "texgen/maze_tables.h"
 
 #include <algorithm>
@@ -87,53 +88,74 @@ static double draw(random_state& random)
 
 // ---- the kinds --------------------------------------------------------------------
 
+// Repeats the first of `count` units to all of them, as often as it takes by doubling.
+static void repeat_first(uint8_t* units, size_t unit, size_t count)
+{
+    const size_t bytes = unit * count;
+    for (size_t filled = unit; filled < bytes; filled *= 2)
+        std::memcpy(units + filled, units, std::min(filled, bytes - filled));
+}
+
 static void generate_color(const float* values, uint8_t* pixels, uint32_t size)
 {
-    const color_bytes color = weighted_color(values, 255.0);
-    for (size_t n = 0; n < size_t{size} * size; ++n)
-        pixels = put_pixel(pixels, color);
+    put_pixel(pixels, weighted_color(values, 255.0));
+    repeat_first(pixels, 3, size_t{size} * size);
+}
+
+// How many elements a row has that kernels read and fill: whole runs.
+static size_t padded(uint32_t size)
+{
+    return (size_t{size} + generator_run - 1) / generator_run * generator_run;
+}
+
+static uint32_t word_of(const color_bytes& color)
+{
+    return uint32_t{color.channel[0]} | uint32_t{color.channel[1]} << 8 | uint32_t{color.channel[2]} << 16;
 }
 
 static void generate_sinus_plasma(const float* values, uint8_t* pixels, uint32_t size)
 {
-    const std::unique_ptr<double[]> across(new (std::nothrow) double[size]);
+    const std::unique_ptr<double[]> across(new (std::nothrow) double[padded(size)]{});
     if (across == nullptr)
         return;
     const double step = 2.0 * pi / size;
     for (uint32_t x = 0; x < size; ++x)
         across[x] = sine(x * step * values[3]);
-    for (uint32_t y = 0; y < size; ++y) {
-        const double down = sine(y * step * values[4]);
-        for (uint32_t x = 0; x < size; ++x) {
-            const int32_t v = truncate_to_int(127.0 + 63.5 * (across[x] + down));
-            pixels = put_pixel(pixels, weighted_color(values, v)); // v carries the 255
-        }
-    }
+    uint32_t palette[256]; // a value carries the 255
+    for (int32_t v = 0; v < 255; ++v)
+        palette[v] = word_of(weighted_color(values, v));
+    palette[255] = word_of(weighted_color(values, unrepresentable));
+
+    const bool finite = std::isfinite(values[3]) && std::isfinite(values[4]); // as are their sines
+    const instruction_set set = finite ? best_instructions() : instructions_plain;
+    for (uint32_t y = 0; y < size; ++y, pixels += size_t{3} * size)
+        sine_row(set, {across.get(), palette}, sine(y * step * values[4]), pixels, size);
 }
 
-// How far a pixel is on the way from the centre's colour to the margin's, 0..255.
-static double margin_weight(double distance, double inverse_radian, int32_t offset, int32_t center)
-{
-    const double beyond = inverse_radian * distance - offset;
-    const double t = center * ((beyond > 0.0 ? beyond : 0.0) / (center - offset));
-    return t <= 127.0 ? 2.0 * t : 255.0;
-}
-
+// Rows and columns mirror each other around the centre.
 static void generate_radial_colors(const float* values, uint8_t* pixels, uint32_t size)
 {
-    const float* center_color = values;
-    const float* margin_color = values + 3;
-    const auto center = static_cast<int32_t>(size / 2);
-    const int32_t offset = std::clamp(truncate_to_int(values[7]), 0, 127);
-    for (uint32_t y = 0; y < size; ++y)
-        for (uint32_t x = 0; x < size; ++x) {
-            const double dx = static_cast<double>(center) - x;
-            const double dy = static_cast<double>(center) - y;
-            const double a = margin_weight(std::sqrt(dx * dx + dy * dy), values[6], offset, center);
-            const double b = 255.0 - a;
-            for (uint32_t c = 0; c < 3; ++c)
-                *pixels++ = byte_of(a * margin_color[c] + b * center_color[c]);
+    radial_rings rings = {.inverse_radian = values[6],
+        .center = static_cast<int32_t>(size / 2),
+        .offset = std::clamp(truncate_to_int(values[7]), 0, 127),
+        .center_color = {values[0], values[1], values[2]},
+        .margin_color = {values[3], values[4], values[5]}};
+    const std::unique_ptr<uint32_t[]> words(new (std::nothrow) uint32_t[padded(size + 1)]);
+    if (words == nullptr)
+        return;
+    const instruction_set set = radial_rings_fit(rings) ? best_instructions() : instructions_plain;
+    const uint32_t center = size / 2;
+    const size_t row_bytes = size_t{3} * size;
+    for (uint32_t y = 0; y < size; ++y) {
+        if (y > center) {
+            std::memcpy(pixels + row_bytes * y, pixels + row_bytes * (2 * center - y), row_bytes);
+            continue;
         }
+        radial_half_row(set, rings, y, words.get());
+        for (uint32_t x = center + 1; x < size; ++x)
+            words[x] = words[2 * center - x];
+        store_words(best_instructions(), words.get(), pixels + row_bytes * y, size);
+    }
 }
 
 // ---- maze -------------------------------------------------------------------------
@@ -212,21 +234,40 @@ static uint32_t maze_cell_case(const maze_grid& grid, uint32_t row, uint32_t col
     return 8u * top[0] + 4u * top[1] + 2u * bottom[0] + bottom[1];
 }
 
-// The weight 0..255 of pixel (j, i) of a cell of side 2^level; the full case is not
-// smoothed and so brighter than any corner.
-static uint8_t maze_weight(uint32_t level, uint32_t cell_case, uint32_t i, uint32_t j)
+namespace {
+
+// A row of a cell's weights: one table entry for each column.
+struct maze_cell_row {
+    const uint8_t* first;
+    ptrdiff_t step;
+};
+
+} // namespace
+
+static maze_cell_row find_cell_row(uint32_t level, uint32_t cell_case, uint32_t i)
 {
-    if (cell_case == 0)
-        return 0;
-    if (cell_case == 15)
-        return 255;
-    assert(cell_case < 15);
+    assert(cell_case > 0 && cell_case < 15);
     const maze_cell_plan plan = maze_cell_plans[cell_case];
     const uint32_t last = (1u << level) - 1;
     const uint32_t row = plan.flip_rows ? last - i : i;
-    const uint32_t column = plan.flip_columns ? last - j : j;
-    const uint32_t index = plan.transpose ? (column << level) + row : (row << level) + column;
-    return maze_table(level, plan.table)[index];
+    const uint32_t column = plan.flip_columns ? last : 0;
+    const ptrdiff_t step = plan.transpose ? ptrdiff_t{1} << level : 1;
+    const uint8_t* first = maze_table(level, plan.table).data();
+    first += plan.transpose ? (column << level) + row : (row << level) + column;
+    return {first, plan.flip_columns ? -step : step};
+}
+
+// Row `i` of a cell in words of the palette; the full case is not smoothed and so brighter than any corner.
+static void paint_cell_row(uint32_t level, uint32_t cell_case, uint32_t i, const uint32_t* palette, uint32_t* words)
+{
+    const uint32_t side = 1u << level;
+    if (cell_case == 0 || cell_case == 15) {
+        std::fill_n(words, side, palette[cell_case == 0 ? 0 : 255]);
+        return;
+    }
+    const maze_cell_row weights = find_cell_row(level, cell_case, i);
+    for (uint32_t j = 0; j < side; ++j)
+        words[j] = palette[weights.first[static_cast<ptrdiff_t>(j) * weights.step]];
 }
 
 static void generate_maze(const float* values, uint8_t* pixels, uint32_t size)
@@ -235,18 +276,21 @@ static void generate_maze(const float* values, uint8_t* pixels, uint32_t size)
     assert(maze_table(1, 0)[0] == maze_curve[255]); // build_maze_tables was called
     const auto level = static_cast<uint32_t>(std::fmin(std::fmax(wanted, 1.0), maze_level_count));
     const maze_grid grid = random_maze_grid(size >> level, values[4], values[5]);
-    if (grid.bits == nullptr)
+    const std::unique_ptr<uint32_t[]> words(new (std::nothrow) uint32_t[size]{}); // a rest beside the cells is black
+    if (grid.bits == nullptr || words == nullptr)
         return;
-    std::memset(pixels, 0, size_t{3} * size * size); // a rest beside the whole cells stays black
+    uint32_t palette[256];
+    for (int32_t weight = 0; weight < 256; ++weight)
+        palette[weight] = word_of(weighted_color(values, weight));
     const uint32_t covered = grid.cells << level;
     const uint32_t last = (1u << level) - 1;
     for (uint32_t y = 0; y < covered; ++y) {
-        uint8_t* pixel = pixels + size_t{3} * size * y;
-        for (uint32_t x = 0; x < covered; ++x) {
-            const uint32_t cell_case = maze_cell_case(grid, y >> level, x >> level);
-            pixel = put_pixel(pixel, weighted_color(values, maze_weight(level, cell_case, y & last, x & last)));
-        }
+        for (uint32_t column = 0; column < grid.cells; ++column)
+            paint_cell_row(
+                level, maze_cell_case(grid, y >> level, column), y & last, palette, words.get() + (column << level));
+        store_words(best_instructions(), words.get(), pixels + size_t{3} * size * y, size);
     }
+    std::memset(pixels + size_t{3} * size * covered, 0, size_t{3} * size * (size - covered));
 }
 
 // ---- bricks -----------------------------------------------------------------------
@@ -305,18 +349,23 @@ static void generate_bricks(const float* values, uint8_t* pixels, uint32_t size)
     const int64_t remainder = int64_t{truncate_to_int(values[10])} % size;
     const auto shift = static_cast<uint32_t>(remainder < 0 ? remainder + size : remainder); // a true modulo
     assert(shift < size);
-    const std::unique_ptr<bool[]> brick_columns(new (std::nothrow) bool[size]);
-    if (brick_columns == nullptr)
+    const std::unique_ptr<uint8_t[]> rows(new (std::nothrow) uint8_t[size_t{9} * size]);
+    if (rows == nullptr)
         return;
+    // A row is one of three: wall, bricks, bricks that are shifted.
+    const size_t row_bytes = size_t{3} * size;
+    uint8_t* wall_row = rows.get();
+    uint8_t* brick_row = wall_row + row_bytes;
+    uint8_t* shifted_row = brick_row + row_bytes;
+    put_pixel(wall_row, wall);
+    repeat_first(wall_row, 3, size);
     for (uint32_t x = 0; x < size; ++x)
-        brick_columns[x] = find_brick(joints, x).is_brick;
+        put_pixel(brick_row + size_t{3} * x, find_brick(joints, x).is_brick ? brick : wall);
+    std::rotate_copy(brick_row, brick_row + size_t{3} * shift, brick_row + row_bytes, shifted_row);
     for (uint32_t y = 0; y < size; ++y) {
         const brick_place course = find_brick(courses, y);
-        const uint32_t offset = course.period % 2 == 1 ? shift : 0;
-        for (uint32_t x = 0; x < size; ++x) {
-            const bool is_brick = course.is_brick && brick_columns[(x + offset) % size];
-            pixels = put_pixel(pixels, is_brick ? brick : wall);
-        }
+        const uint8_t* bricks = course.period % 2 == 1 ? shifted_row : brick_row;
+        std::memcpy(pixels + row_bytes * y, course.is_brick ? bricks : wall_row, row_bytes);
     }
 }
 
@@ -324,9 +373,8 @@ static void generate_bricks(const float* values, uint8_t* pixels, uint32_t size)
 
 static void generate_noise(const float* values, uint8_t* pixels, uint32_t size)
 {
-    random_state random = seeded_from(values[3]);
-    for (size_t n = 0; n < size_t{size} * size; ++n)
-        pixels = put_pixel(pixels, weighted_color(values, draw(random) * 255.0));
+    const instruction_set set = noise_color_fits(values) ? best_instructions() : instructions_plain;
+    noise_pixels(set, seeded_from(values[3]).state, values, pixels, size_t{size} * size);
 }
 
 void generate_image(generated_image& image, uint32_t size)
