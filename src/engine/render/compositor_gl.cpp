@@ -14,13 +14,30 @@
 
 // ---- commands -------------------------------------------------------------------------
 
+// False: the texture was told before.
+static bool remember_linear(uint32_t texture, gl_state& gl)
+{
+    if (texture >= gl.linear.size())
+        gl.linear.resize(size_t{texture} + 1, 0);
+    const bool is_new = gl.linear[texture] == 0;
+    gl.linear[texture] = 1;
+    return is_new;
+}
+
+static void filter_linearly(uint32_t texture, gl_state& gl)
+{
+    if (!remember_linear(texture, gl))
+        return;
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+}
+
 // Copies the lower left corner of the frame buffer into a target's texture.
 static void copy_into_texture(const copy_command& copy, gl_state& gl)
 {
     select_unit_gl(0, gl);
     bind_texture_gl(0, false, copy.texture, gl);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    filter_linearly(copy.texture, gl);
     glCopyTexSubImage2D(
         GL_TEXTURE_2D, 0, 0, 0, 0, 0, static_cast<GLsizei>(copy.width), static_cast<GLsizei>(copy.height));
 }
@@ -31,6 +48,7 @@ static void recreate(const recreate_command& command, gl_state& gl)
     select_unit_gl(0, gl);
     recreate_target_gl(command.old_texture, command.texture, command.width, command.height);
     forget_textures(gl); // the old name is free for another texture
+    remember_linear(command.texture, gl);
 }
 
 static void set_viewport(const viewport_command& viewport, gl_state& gl)
@@ -66,8 +84,10 @@ static void upload_picture(const frame& f, const upload_command& upload, const g
 static void upload_lines(const lines_command& lines, gl_state& gl)
 {
     assert(lines.mesh != nullptr && lines.mesh->line_indices != nullptr);
+    const bool had_buffer = lines.mesh->line_index_buffer != 0; // drawn twice in the frame of its first use
     create_line_buffer_gl(*lines.mesh);
-    gl.element_buffer = unknown_name;
+    if (!had_buffer)
+        gl.element_buffer = 0; // none is bound behind the making of one
 }
 
 static void carry_out(const frame& f, const frame_command& command, const draw_context& context, gl_state& gl)

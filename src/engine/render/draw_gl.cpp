@@ -117,6 +117,7 @@ static void feed_attribute(int32_t location, int32_t components, const array_sou
     const GLuint index = static_cast<GLuint>(location);
     known_array& known = gl.attributes[index];
     fed |= 1u << index;
+    gl.attribute_at_origin[index] = false;
     if (points_elsewhere(array, known)) {
         bind_array_buffer_gl(array.buffer, gl);
         glVertexAttribPointer(index, components, GL_FLOAT, GL_FALSE, 0, array.data);
@@ -127,10 +128,15 @@ static void feed_attribute(int32_t location, int32_t components, const array_sou
 }
 
 // (0, 0) at every vertex, as on the fixed path.
-static void set_origin_attribute(int32_t location)
+static void set_origin_attribute(int32_t location, gl_state& gl)
 {
-    if (location >= 0 && glVertexAttrib4f != nullptr)
-        glVertexAttrib4f(static_cast<GLuint>(location), 0.0f, 0.0f, 0.0f, 1.0f);
+    if (location < 0 || location >= static_cast<int32_t>(max_known_attributes) || glVertexAttrib4f == nullptr)
+        return;
+    const GLuint index = static_cast<GLuint>(location);
+    if (gl.attribute_at_origin[index])
+        return;
+    gl.attribute_at_origin[index] = true;
+    glVertexAttrib4f(index, 0.0f, 0.0f, 0.0f, 1.0f);
 }
 
 static void switch_others_off(uint32_t fed, gl_state& gl)
@@ -156,7 +162,7 @@ static void feed_program(const draw_command& draw, const program_state& program,
     switch_others_off(fed, gl);
     for (uint32_t i = 0; i < texture_unit_count; ++i)
         if (!has_array(draw.coordinates[i]))
-            set_origin_attribute(program.texcoord[i]);
+            set_origin_attribute(program.texcoord[i], gl);
 }
 
 // ---- copies -----------------------------------------------------------------------------
@@ -183,9 +189,10 @@ static void draw_copies_glsl(
         glUniformMatrix4fv(program.projection, 1, GL_FALSE, projection);
     for (uint32_t i = 0; i < draw.copy_count; ++i) {
         const copy_transform& copy = f.copies[draw.first_copy + i];
-        if (program.modelview >= 0)
+        if (program.modelview >= 0 && remember_numbers(copy.modelview, known.modelview, 16, known.has_modelview))
             glUniformMatrix4fv(program.modelview, 1, GL_FALSE, copy.modelview);
-        if (program.normal_matrix >= 0) // stored by rows, read by columns: the inverse transpose
+        if (program.normal_matrix >= 0 // stored by rows, read by columns: the inverse transpose
+            && remember_numbers(copy.normal_matrix, known.normal_matrix, 9, known.has_normal_matrix))
             glUniformMatrix3fv(program.normal_matrix, 1, GL_FALSE, copy.normal_matrix);
         draw_elements(draw);
     }

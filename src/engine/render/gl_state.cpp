@@ -12,6 +12,7 @@ void forget_textures(gl_state& gl)
         unit.cube_texture = unknown_name;
     }
     gl.wraps.clear();
+    gl.linear.clear();
 }
 
 void forget_objects(gl_state& gl)

@@ -22,13 +22,20 @@ struct known_array {
     array_source source = {};
 };
 
+constexpr uint32_t known_combiner_count = 35; // parameters of a unit's combiner
+
 struct known_unit {
     uint8_t flat = switch_unknown; // texturing
     uint8_t cube = switch_unknown;
     uint32_t flat_texture = unknown_name;
     uint32_t cube_texture = unknown_name;
-    uint16_t coordinates = unknown_kind;
-    uint16_t combine_mode = unknown_kind;
+    uint16_t coordinates = unknown_kind; // as a whole, and in its parts, for S, T and R
+    uint8_t generated[3] = {switch_unknown, switch_unknown, switch_unknown};
+    uint16_t generation[3] = {unknown_kind, unknown_kind, unknown_kind};
+    uint16_t combine_mode = unknown_kind;         // as a whole
+    bool has_combiner[known_combiner_count] = {}; // `combiner` holds, by texture_unit_gl's numbers
+    uint16_t combiner[known_combiner_count] = {};
+    bool has_constant = false; // the combiner's colour is told
     bool has_matrix = false;
     float matrix[16] = {};
     known_array coordinate_array;
@@ -46,8 +53,12 @@ struct known_light {
 struct known_program {
     bool told = false; // `values` hold
     bool has_projection = false;
+    bool has_modelview = false;
+    bool has_normal_matrix = false;
     program_state values = {};
     float projection[16] = {};
+    float modelview[16] = {};
+    float normal_matrix[9] = {};
 };
 
 constexpr uint32_t max_known_attributes = 32;
@@ -61,6 +72,7 @@ struct gl_state {
     uint8_t fog = switch_unknown;
     uint16_t fog_type = unknown_kind; // that the hint speaks of
     uint16_t blending = unknown_kind;
+    uint16_t blend_equation = unknown_kind;
     float line_width = 0.0f; // 0: unknown
     bool has_color = false;
     bool has_fog = false;
@@ -78,6 +90,7 @@ struct gl_state {
     uint32_t client_unit = unknown_name;
     known_unit units[texture_unit_count];
     std::vector<uint16_t> wraps; // how the coordinates of each texture wrap, by its name
+    std::vector<uint8_t> linear; // 1: the texture of that name was told to be filtered linearly
 
     known_array positions;
     known_array normals;
@@ -90,6 +103,8 @@ struct gl_state {
     std::vector<uint32_t> program_names;          // of the programs that were met
     std::vector<known_program> programs;          // what is known of each, in the same order
     known_array attributes[max_known_attributes]; // by location
+    bool attribute_at_origin[max_known_attributes]
+        = {}; // its current value is (0, 0), and no array has been drawn since
 
     uint32_t viewport_width = 0; // 0: unknown
     uint32_t viewport_height = 0;

@@ -12,6 +12,11 @@
 
 // ---- what both paths share ------------------------------------------------------
 
+static bool same_numbers(const float* a, const float* b, uint32_t count)
+{
+    return std::memcmp(a, b, size_t{count} * sizeof(float)) == 0;
+}
+
 namespace {
 
 struct blend_constants {
@@ -56,8 +61,10 @@ static void set_blending(uint8_t blending, gl_state& gl)
         return;
     gl.blending = wanted;
     const blend_constants constants = constants_of(wanted);
-    if (glBlendEquation != nullptr)
+    if (glBlendEquation != nullptr && gl.blend_equation != constants.equation) {
+        gl.blend_equation = static_cast<uint16_t>(constants.equation);
         glBlendEquation(constants.equation);
+    }
     glBlendFunc(constants.source, constants.destination);
 }
 
@@ -86,23 +93,27 @@ static void set_polygons(const material_state& material, gl_state& gl)
     set_line_width(material.line_width, gl);
 }
 
+static void tell_light(GLenum light, GLenum name, const float values[3])
+{
+    const GLfloat four[4] = {values[0], values[1], values[2], 1.0f};
+    glLightfv(light, name, four);
+}
+
 // OpenGL turns a light's position by the modelview matrix of the moment.
 static void set_light(GLenum light, const light_state& wanted, const float view[16], known_light& known, gl_state& gl)
 {
     switch_gl(light, true, known.on);
-    if (known.told && std::memcmp(&known.light, &wanted, sizeof wanted) == 0
-        && std::memcmp(known.view, view, sizeof known.view) == 0)
-        return;
+    if (!known.told || !same_numbers(known.light.position, wanted.position, 3) || !same_numbers(known.view, view, 16)) {
+        load_modelview_gl(view, gl);
+        tell_light(light, GL_POSITION, wanted.position);
+        std::copy_n(view, 16, known.view);
+    }
+    if (!known.told || !same_numbers(known.light.ambient, wanted.ambient, 3))
+        tell_light(light, GL_AMBIENT, wanted.ambient);
+    if (!known.told || !same_numbers(known.light.diffuse, wanted.diffuse, 3))
+        tell_light(light, GL_DIFFUSE, wanted.diffuse);
     known.told = true;
     known.light = wanted;
-    std::copy_n(view, 16, known.view);
-    const GLfloat position[4] = {wanted.position[0], wanted.position[1], wanted.position[2], 1.0f};
-    const GLfloat ambient[4] = {wanted.ambient[0], wanted.ambient[1], wanted.ambient[2], 1.0f};
-    const GLfloat diffuse[4] = {wanted.diffuse[0], wanted.diffuse[1], wanted.diffuse[2], 1.0f};
-    load_modelview_gl(view, gl);
-    glLightfv(light, GL_POSITION, position);
-    glLightfv(light, GL_AMBIENT, ambient);
-    glLightfv(light, GL_DIFFUSE, diffuse);
 }
 
 static void set_lights(const material_state& material, gl_state& gl)
@@ -119,14 +130,16 @@ static void set_lights(const material_state& material, gl_state& gl)
 
 static void set_fog_values(const fog_state& fog, gl_state& gl)
 {
-    if (gl.has_fog && std::memcmp(&fog, &gl.fog_values, sizeof fog) == 0)
-        return;
+    const fog_state& known = gl.fog_values;
+    const GLfloat color[4] = {fog.color[0], fog.color[1], fog.color[2], 1.0f};
+    if (!gl.has_fog || !same_numbers(fog.color, known.color, 3))
+        glFogfv(GL_FOG_COLOR, color);
+    if (!gl.has_fog || !same_numbers(&fog.start, &known.start, 1))
+        glFogf(GL_FOG_START, fog.start);
+    if (!gl.has_fog || !same_numbers(&fog.end, &known.end, 1))
+        glFogf(GL_FOG_END, fog.end);
     gl.has_fog = true;
     gl.fog_values = fog;
-    const GLfloat color[4] = {fog.color[0], fog.color[1], fog.color[2], 1.0f};
-    glFogfv(GL_FOG_COLOR, color);
-    glFogf(GL_FOG_START, fog.start);
-    glFogf(GL_FOG_END, fog.end);
 }
 
 static void set_fog(const material_state& material, gl_state& gl)
@@ -185,11 +198,6 @@ static known_program& find_known_program(uint32_t program, gl_state& gl)
         gl.programs.emplace_back();
     }
     return gl.programs[index];
-}
-
-static bool same_numbers(const float* a, const float* b, uint32_t count)
-{
-    return std::memcmp(a, b, size_t{count} * sizeof(float)) == 0;
 }
 
 static void set_texture_matrix(const program_state& program, const known_program& known)

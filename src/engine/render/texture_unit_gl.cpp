@@ -51,39 +51,50 @@ void bind_unit_gl(uint32_t number, const unit_state& unit, gl_state& gl)
 
 // ---- coordinates ----------------------------------------------------------------
 
-static void set_enabled(GLenum capability, bool on)
+constexpr GLenum coordinate_names[] = {GL_S, GL_T, GL_R};
+constexpr uint32_t coordinate_count = 3;
+
+static void set_generation(uint32_t number, uint32_t coordinate, GLint mode, gl_state& gl)
 {
-    if (on)
-        glEnable(capability);
-    else
-        glDisable(capability);
+    uint16_t& known = gl.units[number].generation[coordinate];
+    if (known == mode)
+        return;
+    known = static_cast<uint16_t>(mode);
+    select_unit_gl(number, gl);
+    glTexGeni(coordinate_names[coordinate], GL_TEXTURE_GEN_MODE, mode);
 }
 
-static void set_generation(bool s_and_t, bool r)
+static void switch_generation(uint32_t number, uint32_t coordinate, bool on, gl_state& gl)
 {
-    set_enabled(GL_TEXTURE_GEN_S, s_and_t);
-    set_enabled(GL_TEXTURE_GEN_T, s_and_t);
-    set_enabled(GL_TEXTURE_GEN_R, r);
+    uint8_t& known = gl.units[number].generated[coordinate];
+    if (known == (on ? switched_on : switched_off))
+        return;
+    select_unit_gl(number, gl);
+    switch_gl(GL_TEXTURE_GEN_S + coordinate, on, known);
 }
 
-static void set_coordinate_generation(uint8_t coordinates)
+// The first `count` coordinates are generated, the others are not.
+static void generate_coordinates(uint32_t number, uint32_t count, GLint mode, gl_state& gl)
+{
+    for (uint32_t i = 0; i < count; ++i)
+        set_generation(number, i, mode, gl);
+    for (uint32_t i = 0; i < coordinate_count; ++i)
+        switch_generation(number, i, i < count, gl);
+}
+
+static void set_coordinate_generation(uint32_t number, uint8_t coordinates, gl_state& gl)
 {
     switch (static_cast<coordinate_generation>(coordinates)) {
     case coordinates_off:
         break;
     case coordinates_sphere:
-        glTexGeni(GL_S, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
-        glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_SPHERE_MAP);
-        return set_generation(true, false);
+        return generate_coordinates(number, 2, GL_SPHERE_MAP, gl);
     case coordinates_cube:
-        glTexGeni(GL_S, GL_TEXTURE_GEN_MODE, GL_REFLECTION_MAP);
-        glTexGeni(GL_T, GL_TEXTURE_GEN_MODE, GL_REFLECTION_MAP);
-        glTexGeni(GL_R, GL_TEXTURE_GEN_MODE, GL_REFLECTION_MAP);
-        return set_generation(true, true);
+        return generate_coordinates(number, 3, GL_REFLECTION_MAP, gl);
     case coordinate_generation_count:
         break;
     }
-    set_generation(false, false);
+    generate_coordinates(number, 0, GL_SPHERE_MAP, gl);
 }
 
 static void load_texture_matrix(const float matrix[16])
@@ -95,60 +106,91 @@ static void load_texture_matrix(const float matrix[16])
 
 // ---- the combiner ---------------------------------------------------------------
 
-static void set_environment(GLenum name, GLint value)
+// One parameter's place among the known ones. Sources and operands, of colours and of alphas, lie
+// in fours between GL_SOURCE0_RGB and GL_OPERAND3_ALPHA_NV.
+static uint32_t number_of_parameter(GLenum name)
 {
+    if (name == GL_TEXTURE_ENV_MODE)
+        return 0;
+    if (name == GL_COMBINE_RGB)
+        return 1;
+    if (name == GL_COMBINE_ALPHA)
+        return 2;
+    assert(name >= GL_SOURCE0_RGB && name < GL_SOURCE0_RGB + known_combiner_count - 3);
+    return 3 + (name - GL_SOURCE0_RGB);
+}
+
+namespace {
+
+// The combiner of one unit.
+struct unit_combiner {
+    uint32_t number;
+    gl_state& gl;
+};
+
+} // namespace
+
+static void set_environment(const unit_combiner& unit, GLenum name, GLint value)
+{
+    known_unit& known = unit.gl.units[unit.number];
+    const uint32_t parameter = number_of_parameter(name);
+    if (known.has_combiner[parameter] && known.combiner[parameter] == value)
+        return;
+    known.has_combiner[parameter] = true;
+    known.combiner[parameter] = static_cast<uint16_t>(value);
+    select_unit_gl(unit.number, unit.gl);
     glTexEnvi(GL_TEXTURE_ENV, name, value);
 }
 
 // Argument 0..2 of the colour combiner.
-static void set_color_argument(uint32_t number, GLint source, GLint operand)
+static void set_color_argument(const unit_combiner& unit, uint32_t number, GLint source, GLint operand)
 {
     assert(number < 3);
-    set_environment(GL_SOURCE0_RGB + number, source);
-    set_environment(GL_OPERAND0_RGB + number, operand);
+    set_environment(unit, GL_SOURCE0_RGB + number, source);
+    set_environment(unit, GL_OPERAND0_RGB + number, operand);
 }
 
-static void set_alpha_argument(uint32_t number, GLint source)
+static void set_alpha_argument(const unit_combiner& unit, uint32_t number, GLint source)
 {
     assert(number < 3);
-    set_environment(GL_SOURCE0_ALPHA + number, source);
-    set_environment(GL_OPERAND0_ALPHA + number, GL_SRC_ALPHA);
+    set_environment(unit, GL_SOURCE0_ALPHA + number, source);
+    set_environment(unit, GL_OPERAND0_ALPHA + number, GL_SRC_ALPHA);
 }
 
-static void combine_colors(GLint function, GLint first, GLint second)
+static void combine_colors(const unit_combiner& unit, GLint function, GLint first, GLint second)
 {
-    set_environment(GL_COMBINE_RGB, function);
-    set_color_argument(0, first, GL_SRC_COLOR);
-    set_color_argument(1, second, GL_SRC_COLOR);
+    set_environment(unit, GL_COMBINE_RGB, function);
+    set_color_argument(unit, 0, first, GL_SRC_COLOR);
+    set_color_argument(unit, 1, second, GL_SRC_COLOR);
 }
 
-static void combine_alphas(GLint function, GLint first, GLint second)
+static void combine_alphas(const unit_combiner& unit, GLint function, GLint first, GLint second)
 {
-    set_environment(GL_COMBINE_ALPHA, function);
-    set_alpha_argument(0, first);
-    set_alpha_argument(1, second);
+    set_environment(unit, GL_COMBINE_ALPHA, function);
+    set_alpha_argument(unit, 0, first);
+    set_alpha_argument(unit, 1, second);
 }
 
-static void set_first_combine(uint8_t mode)
+static void set_first_combine(const unit_combiner& unit, uint8_t mode)
 {
-    set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE);
+    set_environment(unit, GL_TEXTURE_ENV_MODE, GL_COMBINE);
     switch (static_cast<first_unit_combine>(mode)) {
     case first_multiply_color:
         break;
     case first_ignore_alpha:
-        combine_colors(GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
-        return combine_alphas(GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
+        combine_colors(unit, GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
+        return combine_alphas(unit, GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
     case first_replace:
-        combine_colors(GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
-        return combine_alphas(GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
+        combine_colors(unit, GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
+        return combine_alphas(unit, GL_REPLACE, GL_TEXTURE, GL_TEXTURE);
     case first_add_color:
-        combine_colors(GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
-        return combine_alphas(GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
+        combine_colors(unit, GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
+        return combine_alphas(unit, GL_ADD, GL_PRIMARY_COLOR, GL_TEXTURE);
     case first_unit_combine_count:
         break;
     }
-    combine_colors(GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
-    combine_alphas(GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
+    combine_colors(unit, GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
+    combine_alphas(unit, GL_MODULATE, GL_PRIMARY_COLOR, GL_TEXTURE);
 }
 
 static GLint second_color_function(uint8_t mode)
@@ -174,64 +216,68 @@ static GLint second_color_function(uint8_t mode)
 
 // The alpha combine is written out in every mode, so that "Add previous without alpha"
 // of an earlier material does not stay.
-static void set_second_combine(uint8_t mode)
+static void set_second_combine(const unit_combiner& unit, uint8_t mode)
 {
-    set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE);
-    combine_colors(second_color_function(mode), GL_TEXTURE, GL_PREVIOUS);
+    set_environment(unit, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+    combine_colors(unit, second_color_function(mode), GL_TEXTURE, GL_PREVIOUS);
     if (mode == second_interpolate_color)
-        set_color_argument(2, GL_PRIMARY_COLOR, GL_SRC_COLOR);
+        set_color_argument(unit, 2, GL_PRIMARY_COLOR, GL_SRC_COLOR);
     if (mode == second_interpolate_alpha)
-        set_color_argument(2, GL_PRIMARY_COLOR, GL_SRC_ALPHA);
+        set_color_argument(unit, 2, GL_PRIMARY_COLOR, GL_SRC_ALPHA);
     if (mode == second_add_without_alpha)
-        combine_alphas(GL_REPLACE, GL_PREVIOUS, GL_PREVIOUS);
+        combine_alphas(unit, GL_REPLACE, GL_PREVIOUS, GL_PREVIOUS);
     else
-        combine_alphas(GL_MODULATE, GL_TEXTURE, GL_PREVIOUS);
+        combine_alphas(unit, GL_MODULATE, GL_TEXTURE, GL_PREVIOUS);
 }
 
 // texture x primary + previous x 1: the constant's alpha is the 1. The mode knows sums of
 // two products only, for alpha too: texture x previous + 0 x 0.
-static void multiply_and_add_nv()
+static void multiply_and_add_nv(const unit_combiner& unit)
 {
     constexpr GLfloat constant[4] = {0.0f, 0.0f, 0.0f, 1.0f};
-    set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE4_NV);
-    set_environment(GL_COMBINE_RGB, GL_ADD);
-    set_color_argument(0, GL_TEXTURE, GL_SRC_COLOR);
-    set_color_argument(1, GL_PRIMARY_COLOR, GL_SRC_COLOR);
-    set_color_argument(2, GL_PREVIOUS, GL_SRC_COLOR);
-    set_environment(GL_SOURCE3_RGB_NV, GL_CONSTANT);
-    set_environment(GL_OPERAND3_RGB_NV, GL_SRC_ALPHA);
-    glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, constant);
-    combine_alphas(GL_ADD, GL_TEXTURE, GL_PREVIOUS);
-    set_alpha_argument(2, GL_ZERO);
-    set_environment(GL_SOURCE3_ALPHA_NV, GL_ZERO);
-    set_environment(GL_OPERAND3_ALPHA_NV, GL_SRC_ALPHA);
+    set_environment(unit, GL_TEXTURE_ENV_MODE, GL_COMBINE4_NV);
+    set_environment(unit, GL_COMBINE_RGB, GL_ADD);
+    set_color_argument(unit, 0, GL_TEXTURE, GL_SRC_COLOR);
+    set_color_argument(unit, 1, GL_PRIMARY_COLOR, GL_SRC_COLOR);
+    set_color_argument(unit, 2, GL_PREVIOUS, GL_SRC_COLOR);
+    set_environment(unit, GL_SOURCE3_RGB_NV, GL_CONSTANT);
+    set_environment(unit, GL_OPERAND3_RGB_NV, GL_SRC_ALPHA);
+    if (!unit.gl.units[unit.number].has_constant) { // there is no other
+        unit.gl.units[unit.number].has_constant = true;
+        select_unit_gl(unit.number, unit.gl);
+        glTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, constant);
+    }
+    combine_alphas(unit, GL_ADD, GL_TEXTURE, GL_PREVIOUS);
+    set_alpha_argument(unit, 2, GL_ZERO);
+    set_environment(unit, GL_SOURCE3_ALPHA_NV, GL_ZERO);
+    set_environment(unit, GL_OPERAND3_ALPHA_NV, GL_SRC_ALPHA);
 }
 
-static void set_multiply_and_add(const gl_caps& caps)
+static void set_multiply_and_add(const unit_combiner& unit, const gl_caps& caps)
 {
     if (caps.nv_combine4 == 1)
-        return multiply_and_add_nv();
+        return multiply_and_add_nv(unit);
     if (caps.ati_combine3 == 1) { // argument 0 x argument 2 + argument 1
-        set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE);
-        combine_colors(GL_MODULATE_ADD_ATI, GL_TEXTURE, GL_PREVIOUS);
-        set_color_argument(2, GL_PRIMARY_COLOR, GL_SRC_COLOR);
+        set_environment(unit, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+        combine_colors(unit, GL_MODULATE_ADD_ATI, GL_TEXTURE, GL_PREVIOUS);
+        set_color_argument(unit, 2, GL_PRIMARY_COLOR, GL_SRC_COLOR);
     } else { // the factor is dropped
-        set_environment(GL_TEXTURE_ENV_MODE, GL_COMBINE);
-        combine_colors(GL_ADD, GL_TEXTURE, GL_PREVIOUS);
+        set_environment(unit, GL_TEXTURE_ENV_MODE, GL_COMBINE);
+        combine_colors(unit, GL_ADD, GL_TEXTURE, GL_PREVIOUS);
     }
-    combine_alphas(GL_MODULATE, GL_TEXTURE, GL_PREVIOUS);
+    combine_alphas(unit, GL_MODULATE, GL_TEXTURE, GL_PREVIOUS);
 }
 
-static void set_combine(uint32_t number, uint8_t mode, const gl_caps& caps)
+static void set_combine(const unit_combiner& unit, uint8_t mode, const gl_caps& caps)
 {
-    if (number == 0)
-        set_first_combine(mode);
-    else if (number == 1)
-        set_second_combine(mode);
+    if (unit.number == 0)
+        set_first_combine(unit, mode);
+    else if (unit.number == 1)
+        set_second_combine(unit, mode);
     else if (mode == third_multiply_and_add || mode >= third_unit_shift + second_unit_combine_count)
-        set_multiply_and_add(caps);
+        set_multiply_and_add(unit, caps);
     else
-        set_second_combine(static_cast<uint8_t>(mode - third_unit_shift));
+        set_second_combine(unit, static_cast<uint8_t>(mode - third_unit_shift));
 }
 
 // ---- the unit -------------------------------------------------------------------
@@ -266,8 +312,7 @@ void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& c
     bind_unit_gl(number, unit, gl);
     if (known.coordinates != unit.coordinates) {
         known.coordinates = unit.coordinates;
-        select_unit_gl(number, gl);
-        set_coordinate_generation(unit.coordinates);
+        set_coordinate_generation(number, unit.coordinates, gl);
     }
     if (remember_numbers(unit.matrix, known.matrix, 16, known.has_matrix)) {
         select_unit_gl(number, gl);
@@ -275,7 +320,6 @@ void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& c
     }
     if (known.combine_mode != unit.combine_mode) {
         known.combine_mode = unit.combine_mode;
-        select_unit_gl(number, gl);
-        set_combine(number, unit.combine_mode, caps);
+        set_combine({number, gl}, unit.combine_mode, caps);
     }
 }
