@@ -418,6 +418,8 @@ static void begin_drawing_anew()
     forget_objects(drawing.gl);
     forget_pictures(production().dynamic_texture_table);
     glUseProgram(0);
+    for (GLuint attribute = 0; attribute < 16; ++attribute)
+        glDisableVertexAttribArray(attribute);
 }
 
 // Frames follow each other round and round, so that the first one follows the last.

@@ -3,7 +3,6 @@
 #include <GL/glew.h>
 
 #include <cassert>
-#include <cstring>
 
 void switch_gl(uint32_t capability, bool on, uint8_t& known)
 {
@@ -56,26 +55,15 @@ void bind_element_buffer_gl(uint32_t buffer, gl_state& gl)
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffer);
 }
 
-bool remember_numbers(const float* wanted, float* known, uint32_t count, bool& has)
-{
-    assert(wanted != nullptr && known != nullptr);
-    const size_t bytes = size_t{count} * sizeof(float);
-    if (has && std::memcmp(wanted, known, bytes) == 0)
-        return false;
-    std::memcpy(known, wanted, bytes);
-    has = true;
-    return true;
-}
-
 void load_modelview_gl(const float matrix[16], gl_state& gl)
 {
-    if (remember_numbers(matrix, gl.modelview, 16, gl.has_modelview))
+    if (remember_numbers(matrix, gl.modelview, gl.has_modelview))
         glLoadMatrixf(matrix);
 }
 
 void load_projection_gl(const float matrix[16], gl_state& gl)
 {
-    if (!remember_numbers(matrix, gl.projection, 16, gl.has_projection))
+    if (!remember_numbers(matrix, gl.projection, gl.has_projection))
         return;
     glMatrixMode(GL_PROJECTION);
     glLoadMatrixf(matrix);

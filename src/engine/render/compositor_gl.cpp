@@ -68,7 +68,7 @@ static void clear(const clear_command& command, gl_state& gl)
         buffers |= GL_COLOR_BUFFER_BIT;
     if ((command.bits & clear_depth) != 0)
         buffers |= GL_DEPTH_BUFFER_BIT;
-    if ((command.bits & clear_color) != 0 && remember_numbers(command.color, gl.clear_color, 4, gl.has_clear_color))
+    if ((command.bits & clear_color) != 0 && remember_numbers(command.color, gl.clear_color, gl.has_clear_color))
         glClearColor(command.color[0], command.color[1], command.color[2], command.color[3]);
     glClear(buffers);
 }

@@ -5,6 +5,7 @@
 
 #include <GL/glew.h>
 
+#include <bit>
 #include <cassert>
 #include <cstring>
 
@@ -122,9 +123,9 @@ static void feed_attribute(int32_t location, int32_t components, const array_sou
         bind_array_buffer_gl(array.buffer, gl);
         glVertexAttribPointer(index, components, GL_FLOAT, GL_FALSE, 0, array.data);
     }
-    if (known.on != switched_on)
+    if ((gl.attributes_on & (1u << index)) == 0)
         glEnableVertexAttribArray(index);
-    known.on = switched_on;
+    gl.attributes_on |= 1u << index;
 }
 
 // (0, 0) at every vertex, as on the fixed path.
@@ -141,12 +142,9 @@ static void set_origin_attribute(int32_t location, gl_state& gl)
 
 static void switch_others_off(uint32_t fed, gl_state& gl)
 {
-    for (uint32_t i = 0; i < max_known_attributes; ++i) {
-        if (gl.attributes[i].on != switched_on || (fed & (1u << i)) != 0)
-            continue;
-        gl.attributes[i].on = switched_off;
-        glDisableVertexAttribArray(i);
-    }
+    for (uint32_t others = gl.attributes_on & ~fed; others != 0; others &= others - 1)
+        glDisableVertexAttribArray(static_cast<GLuint>(std::countr_zero(others)));
+    gl.attributes_on &= fed;
 }
 
 static void feed_program(const draw_command& draw, const program_state& program, gl_state& gl)
@@ -185,14 +183,14 @@ static void draw_copies_glsl(
     const frame& f, const draw_command& draw, const program_state& program, known_program& known)
 {
     const float* projection = f.views[draw.view].projection;
-    if (program.projection >= 0 && remember_numbers(projection, known.projection, 16, known.has_projection))
+    if (program.projection >= 0 && remember_numbers(projection, known.projection, known.has_projection))
         glUniformMatrix4fv(program.projection, 1, GL_FALSE, projection);
     for (uint32_t i = 0; i < draw.copy_count; ++i) {
         const copy_transform& copy = f.copies[draw.first_copy + i];
-        if (program.modelview >= 0 && remember_numbers(copy.modelview, known.modelview, 16, known.has_modelview))
+        if (program.modelview >= 0 && remember_numbers(copy.modelview, known.modelview, known.has_modelview))
             glUniformMatrix4fv(program.modelview, 1, GL_FALSE, copy.modelview);
         if (program.normal_matrix >= 0 // stored by rows, read by columns: the inverse transpose
-            && remember_numbers(copy.normal_matrix, known.normal_matrix, 9, known.has_normal_matrix))
+            && remember_numbers(copy.normal_matrix, known.normal_matrix, known.has_normal_matrix))
             glUniformMatrix3fv(program.normal_matrix, 1, GL_FALSE, copy.normal_matrix);
         draw_elements(draw);
     }

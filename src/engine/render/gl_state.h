@@ -102,7 +102,9 @@ struct gl_state {
     uint32_t program = unknown_name;
     std::vector<uint32_t> program_names;          // of the programs that were met
     std::vector<known_program> programs;          // what is known of each, in the same order
-    known_array attributes[max_known_attributes]; // by location
+    size_t program_index = 0;                     // of the one that was asked for last
+    known_array attributes[max_known_attributes]; // by location; `on` is not used
+    uint32_t attributes_on = 0;                   // one bit each; a new context has none
     bool attribute_at_origin[max_known_attributes]
         = {}; // its current value is (0, 0), and no array has been drawn since
 

@@ -12,11 +12,6 @@
 
 // ---- what both paths share ------------------------------------------------------
 
-static bool same_numbers(const float* a, const float* b, uint32_t count)
-{
-    return std::memcmp(a, b, size_t{count} * sizeof(float)) == 0;
-}
-
 namespace {
 
 struct blend_constants {
@@ -103,14 +98,14 @@ static void tell_light(GLenum light, GLenum name, const float values[3])
 static void set_light(GLenum light, const light_state& wanted, const float view[16], known_light& known, gl_state& gl)
 {
     switch_gl(light, true, known.on);
-    if (!known.told || !same_numbers(known.light.position, wanted.position, 3) || !same_numbers(known.view, view, 16)) {
+    if (!known.told || !same_numbers<3>(known.light.position, wanted.position) || !same_numbers<16>(known.view, view)) {
         load_modelview_gl(view, gl);
         tell_light(light, GL_POSITION, wanted.position);
         std::copy_n(view, 16, known.view);
     }
-    if (!known.told || !same_numbers(known.light.ambient, wanted.ambient, 3))
+    if (!known.told || !same_numbers<3>(known.light.ambient, wanted.ambient))
         tell_light(light, GL_AMBIENT, wanted.ambient);
-    if (!known.told || !same_numbers(known.light.diffuse, wanted.diffuse, 3))
+    if (!known.told || !same_numbers<3>(known.light.diffuse, wanted.diffuse))
         tell_light(light, GL_DIFFUSE, wanted.diffuse);
     known.told = true;
     known.light = wanted;
@@ -132,11 +127,11 @@ static void set_fog_values(const fog_state& fog, gl_state& gl)
 {
     const fog_state& known = gl.fog_values;
     const GLfloat color[4] = {fog.color[0], fog.color[1], fog.color[2], 1.0f};
-    if (!gl.has_fog || !same_numbers(fog.color, known.color, 3))
+    if (!gl.has_fog || !same_numbers<3>(fog.color, known.color))
         glFogfv(GL_FOG_COLOR, color);
-    if (!gl.has_fog || !same_numbers(&fog.start, &known.start, 1))
+    if (!gl.has_fog || !same_numbers<1>(&fog.start, &known.start))
         glFogf(GL_FOG_START, fog.start);
-    if (!gl.has_fog || !same_numbers(&fog.end, &known.end, 1))
+    if (!gl.has_fog || !same_numbers<1>(&fog.end, &known.end))
         glFogf(GL_FOG_END, fog.end);
     gl.has_fog = true;
     gl.fog_values = fog;
@@ -161,7 +156,7 @@ void set_material_fixed_gl(const material_state& material, const gl_caps& caps, 
         return switch_gl(GL_DEPTH_TEST, material.depth_test, gl.depth_test);
     set_polygons(material, gl);
     const float* color = material.applied ? material.color : white;
-    if (remember_numbers(color, gl.color, 4, gl.has_color))
+    if (remember_numbers(color, gl.color, gl.has_color))
         glColor4fv(color);
     set_blending(material.blending, gl);
     set_lights(material, gl);
@@ -191,13 +186,15 @@ void set_material_glsl_gl(const material_state& material, gl_state& gl)
 static known_program& find_known_program(uint32_t program, gl_state& gl)
 {
     assert(gl.program_names.size() == gl.programs.size());
+    if (gl.program_index < gl.program_names.size() && gl.program_names[gl.program_index] == program)
+        return gl.programs[gl.program_index];
     const auto found = std::find(gl.program_names.begin(), gl.program_names.end(), program);
-    const size_t index = static_cast<size_t>(found - gl.program_names.begin());
+    gl.program_index = static_cast<size_t>(found - gl.program_names.begin());
     if (found == gl.program_names.end()) {
         gl.program_names.push_back(program);
         gl.programs.emplace_back();
     }
-    return gl.programs[index];
+    return gl.programs[gl.program_index];
 }
 
 static void set_texture_matrix(const program_state& program, const known_program& known)
@@ -205,7 +202,7 @@ static void set_texture_matrix(const program_state& program, const known_program
     if (!program.turns_texture || program.texture_matrix_location < 0)
         return;
     const bool is_known = known.told && known.values.turns_texture;
-    if (is_known && same_numbers(program.texture_matrix, known.values.texture_matrix, 16))
+    if (is_known && same_numbers<16>(program.texture_matrix, known.values.texture_matrix))
         return;
     glUniformMatrix4fv(
         program.texture_matrix_location, 1, program.transposed ? GL_TRUE : GL_FALSE, program.texture_matrix);
@@ -216,7 +213,7 @@ static void set_uniforms(const program_state& program, const known_program& know
     for (uint32_t i = 0; i < user_uniform_count; ++i) {
         if (program.uniform_location[i] < 0)
             continue;
-        if (!known.told || !same_numbers(program.uniforms + i, known.values.uniforms + i, 1))
+        if (!known.told || !same_numbers<1>(program.uniforms + i, known.values.uniforms + i))
             glUniform1f(program.uniform_location[i], program.uniforms[i]);
     }
 }
@@ -227,7 +224,7 @@ static void set_light_positions(const program_state& program, const known_progra
         if (!program.has_light[i] || program.light_location[i] < 0)
             continue;
         const bool is_known = known.told && known.values.has_light[i];
-        if (!is_known || !same_numbers(program.light_position[i], known.values.light_position[i], 3))
+        if (!is_known || !same_numbers<3>(program.light_position[i], known.values.light_position[i]))
             glUniform3fv(program.light_location[i], 1, program.light_position[i]);
     }
 }
@@ -248,6 +245,8 @@ known_program& set_program_gl(const program_state& program, gl_state& gl)
         glUseProgram(program.program);
     }
     known_program& known = find_known_program(program.program, gl);
+    if (known.told && std::memcmp(&known.values, &program, sizeof program) == 0)
+        return known; // to the last bit, so the uniforms are the same
     set_texture_matrix(program, known);
     set_uniforms(program, known);
     set_light_positions(program, known);

@@ -314,7 +314,7 @@ void set_fixed_unit_gl(uint32_t number, const unit_state& unit, const gl_caps& c
         known.coordinates = unit.coordinates;
         set_coordinate_generation(number, unit.coordinates, gl);
     }
-    if (remember_numbers(unit.matrix, known.matrix, 16, known.has_matrix)) {
+    if (remember_numbers(unit.matrix, known.matrix, known.has_matrix)) {
         select_unit_gl(number, gl);
         load_texture_matrix(unit.matrix);
     }
