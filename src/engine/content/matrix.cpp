@@ -1,6 +1,7 @@
 #include "content/matrix.h"
 
 #include "content/extended_trig.h"
+#include "content/instructions.h"
 
 #include <algorithm>
 #include <bit>
@@ -28,7 +29,7 @@ constexpr float identity_3x3[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 static bool settles(double value, double error, float& single)
 {
     const float low = static_cast<float>(value - error);
-    const float high = error == 0.0 ? low : static_cast<float>(value + error);
+    const float high = static_cast<float>(-(-value - error)); // value + error, but for the sign of zeros
     if (std::bit_cast<uint32_t>(low) != std::bit_cast<uint32_t>(high))
         return false;
     single = low;
@@ -37,11 +38,51 @@ static bool settles(double value, double error, float& single)
 
 constexpr double step = 0x1p-52; // of double precision, relative
 
-// m0 x + m4 y + m8 z + m12 of a row, whose products are exact in double precision.
-static bool settle_sum(double a, double b, double c, double d, float& single)
+// The same of a column of four.
+
+using four_singles = float __attribute__((vector_size(16)));
+using four_bits = int32_t __attribute__((vector_size(16)));
+using four_doubles = double __attribute__((vector_size(32)));
+using four_long_bits = int64_t __attribute__((vector_size(32)));
+
+FAST_INLINE void load_four(const float from[4], four_singles& column)
 {
-    return settles(d + (a + b + c), (std::fabs(a) + std::fabs(b) + std::fabs(c) + std::fabs(d)) * (4 * step), single);
+    std::memcpy(&column, from, sizeof column);
 }
+
+FAST_INLINE void store_four(const four_singles& column, float to[4])
+{
+    std::memcpy(to, &column, sizeof column);
+}
+
+FAST_INLINE void load_doubles(const float from[4], four_doubles& column)
+{
+    four_singles singles;
+    load_four(from, singles);
+    column = __builtin_convertvector(singles, four_doubles);
+}
+
+FAST_INLINE void make_positive(four_doubles& column)
+{
+    constexpr int64_t without_sign = 0x7FFFFFFFFFFFFFFF;
+    column = reinterpret_cast<four_doubles>(reinterpret_cast<four_long_bits>(column) & without_sign);
+}
+
+// `open` is 0 where `singles` has settled.
+FAST_INLINE void settle_four(
+    const four_doubles& value, const four_doubles& error, four_singles& singles, four_bits& open)
+{
+    singles = __builtin_convertvector(value - error, four_singles);
+    const four_singles high = __builtin_convertvector(-(-value - error), four_singles);
+    open = reinterpret_cast<four_bits>(singles) ^ reinterpret_cast<four_bits>(high);
+}
+
+FAST_INLINE bool is_any(const four_bits& bits)
+{
+    return (bits[0] | bits[1] | bits[2] | bits[3]) != 0;
+}
+
+// ---- turns in double precision -----------------------------------------------------------------
 
 namespace {
 
@@ -109,22 +150,6 @@ static fast_turn turn_of(float angle)
     return with_errors(-c, s, radians); // three quarter turns
 }
 
-// ---- columns ---------------------------------------------------------------------------------
-
-using four_singles = float __attribute__((vector_size(16)));
-
-static four_singles load_four(const float from[4])
-{
-    four_singles column;
-    std::memcpy(&column, from, sizeof column);
-    return column;
-}
-
-static void store_four(four_singles column, float to[4])
-{
-    std::memcpy(to, &column, sizeof column);
-}
-
 // ---- matrices --------------------------------------------------------------------------------
 
 void copy_matrix(const float from[16], float to[16])
@@ -164,21 +189,39 @@ void set_orthographic(
     matrix[15] = 1.0f;
 }
 
-// Matrices are affine: the fourth row is left as it is.
-void transform_origin(const float matrix[16], const float position[3], float column[4])
+static void transform_origin_extended(const float matrix[16], const float position[3], float column[4])
 {
     for (int r = 0; r < 3; ++r) {
-        const double a = static_cast<double>(matrix[r]) * static_cast<double>(position[0]);
-        const double b = static_cast<double>(matrix[4 + r]) * static_cast<double>(position[1]);
-        const double c = static_cast<double>(matrix[8 + r]) * static_cast<double>(position[2]);
-        if (settle_sum(a, b, c, static_cast<double>(matrix[12 + r]), column[r]))
-            continue;
         const long double moved = static_cast<long double>(matrix[r]) * position[0]
             + static_cast<long double>(matrix[4 + r]) * position[1]
             + static_cast<long double>(matrix[8 + r]) * position[2];
         column[r] = static_cast<float>(matrix[12 + r] + moved);
     }
     column[3] = matrix[15];
+}
+
+// m0 x + m4 y + m8 z + m12 of each row: products are exact in double precision. Matrices are affine:
+// the fourth row is left as it is.
+void transform_origin(const float matrix[16], const float position[3], float column[4])
+{
+    four_doubles parts[4];
+    for (int i = 0; i < 4; ++i) {
+        load_doubles(matrix + 4 * i, parts[i]);
+        if (i < 3)
+            parts[i] *= static_cast<double>(position[i]);
+    }
+    const four_doubles sum = parts[3] + (parts[0] + parts[1] + parts[2]);
+    for (four_doubles& part : parts)
+        make_positive(part);
+    four_singles moved;
+    four_bits open;
+    settle_four(sum, (parts[0] + parts[1] + parts[2] + parts[3]) * (4 * step), moved, open);
+    open[3] = 0;
+    moved[3] = matrix[15];
+    if (is_any(open))
+        transform_origin_extended(matrix, position, column);
+    else
+        store_four(moved, column);
 }
 
 void translate(float matrix[16], float x, float y, float z)
@@ -205,29 +248,34 @@ static bool turn_columns_fast(float a[4], float b[4], const fast_turn& t)
 {
     // single-precision degrees come no closer to whole quarter turns: zeros get the right sign
     assert(std::fabs(t.sine) > t.sine_error && std::fabs(t.cosine) > t.cosine_error);
-    float new_a[4];
-    float new_b[4];
-    bool settled = true;
-    for (int r = 0; r < 4; ++r) {
-        const double old_a = static_cast<double>(a[r]);
-        const double old_b = static_cast<double>(b[r]);
-        const double error_a = std::fabs(old_a) * t.cosine_error + std::fabs(old_b) * t.sine_error;
-        const double error_b = std::fabs(old_b) * t.cosine_error + std::fabs(old_a) * t.sine_error;
-        settled &= settles(old_a * t.cosine + old_b * t.sine, error_a, new_a[r]);
-        settled &= settles(old_b * t.cosine - old_a * t.sine, error_b, new_b[r]);
-    }
-    if (!settled)
+    four_doubles old_a;
+    four_doubles old_b;
+    load_doubles(a, old_a);
+    load_doubles(b, old_b);
+    const four_doubles new_a = old_a * t.cosine + old_b * t.sine;
+    const four_doubles new_b = old_b * t.cosine - old_a * t.sine;
+    make_positive(old_a);
+    make_positive(old_b);
+    four_singles settled_a;
+    four_singles settled_b;
+    four_bits open_a;
+    four_bits open_b;
+    settle_four(new_a, old_a * t.cosine_error + old_b * t.sine_error, settled_a, open_a);
+    settle_four(new_b, old_b * t.cosine_error + old_a * t.sine_error, settled_b, open_b);
+    if (is_any(open_a | open_b))
         return false;
-    std::copy_n(new_a, 4, a);
-    std::copy_n(new_b, 4, b);
+    store_four(settled_a, a);
+    store_four(settled_b, b);
     return true;
 }
 
 static void rotate_columns(float a[4], float b[4], float angle)
 {
     if (angle == 0.0f) { // most of a frame's turns; what is not finite shows as it does below
-        const four_singles old_a = load_four(a);
-        const four_singles old_b = load_four(b);
+        four_singles old_a;
+        four_singles old_b;
+        load_four(a, old_a);
+        load_four(b, old_b);
         store_four(old_a + old_b * angle, a);
         store_four(old_b - old_a * angle, b);
         return;
@@ -254,9 +302,12 @@ void rotate_z(float matrix[16], float angle)
 
 void scale(float matrix[16], float x, float y, float z)
 {
-    store_four(load_four(matrix) * x, matrix);
-    store_four(load_four(matrix + 4) * y, matrix + 4);
-    store_four(load_four(matrix + 8) * z, matrix + 8);
+    const float factors[3] = {x, y, z};
+    for (int i = 0; i < 3; ++i) {
+        four_singles column;
+        load_four(matrix + 4 * i, column);
+        store_four(column * factors[i], matrix + 4 * i);
+    }
 }
 
 static void invert_extended(const float modelview[16], float normal_matrix[9])
@@ -324,16 +375,7 @@ void compute_normal_matrix(const float modelview[16], float normal_matrix[9])
 
 void transform_point(const float matrix[16], const float point[3], float result[3])
 {
-    const float from[3] = {point[0], point[1], point[2]}; // the result may lie there
-    for (int r = 0; r < 3; ++r) {
-        const double a = static_cast<double>(matrix[r]) * static_cast<double>(from[0]);
-        const double b = static_cast<double>(matrix[4 + r]) * static_cast<double>(from[1]);
-        const double c = static_cast<double>(matrix[8 + r]) * static_cast<double>(from[2]);
-        if (settle_sum(a, b, c, static_cast<double>(matrix[12 + r]), result[r]))
-            continue;
-        const long double x = from[0];
-        const long double y = from[1];
-        const long double z = from[2];
-        result[r] = static_cast<float>(matrix[r] * x + matrix[4 + r] * y + matrix[8 + r] * z + matrix[12 + r]);
-    }
+    float column[4];
+    transform_origin(matrix, point, column);
+    std::copy_n(column, 3, result);
 }

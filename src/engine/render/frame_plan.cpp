@@ -226,10 +226,11 @@ static void write_state(planning& p)
 {
     if (p.material != no_index)
         return;
-    p.f.materials.push_back(p.standing.material);
+    const material_state& material = p.standing.material;
+    p.f.materials.insert(p.f.materials.end(), &material, &material + 1); // as bytes in one go
     p.material = static_cast<uint32_t>(p.f.materials.size() - 1);
     if (p.context.glsl)
-        p.f.programs.push_back(p.standing.program);
+        p.f.programs.insert(p.f.programs.end(), &p.standing.program, &p.standing.program + 1);
     assert(p.f.programs.size() == (p.context.glsl ? p.f.materials.size() : 0)); // they have the same numbers
 }
 
