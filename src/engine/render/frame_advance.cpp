@@ -133,10 +133,22 @@ static placed_object place_object(
 
 // ---- pictures ---------------------------------------------------------------------
 
+// Most materials have none: they need not be looked through unit by unit.
+static bool may_have_moving_pictures(const material_record& material, const document& d)
+{
+    for (const uint32_t reference : material.texture)
+        if (const object_reference* object = table_get(d.object_table, reference))
+            if (object->type == texture_dynamic)
+                return true;
+    return false;
+}
+
 // Brings the moving pictures of a material up to date, in the order of its units.
 static void refresh_pictures(const advancing& a, const material_record& material)
 {
     document& d = *a.context.d;
+    if (!may_have_moving_pictures(material, d))
+        return;
     unit_plan units[texture_unit_count];
     const uint32_t limit = unit_limit(a.context.caps, a.context.glsl);
     const uint32_t count = plan_units(material, texture_tables_of(d), limit, units);
