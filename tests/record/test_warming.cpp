@@ -327,7 +327,7 @@ TEST_CASE("units show again what they showed before warming, those that the card
     }
 }
 
-TEST_CASE("a target is warmed in the size that it will have, with a texture that is lent to it")
+TEST_CASE("a target is warmed in the size that it will have, with a texture that is lent to it, and in its own before")
 {
     record_bench b;
     const uint32_t picture = b.add_image(21);
@@ -336,6 +336,8 @@ TEST_CASE("a target is warmed in the size that it will have, with a texture that
     image.width = image.height = 64;
     uint32_t handle = 0;
     b.add_material(&handle).texture[0] = picture;
+    ::add_layer(
+        b.content, 0, make_layer(render_simple, 500, b.add_scene({b.object(object_model, b.add_triangle(), handle)})));
     layer_record layer
         = make_layer(render_quarter, 500, b.add_scene({b.object(object_model, b.add_triangle(), handle)}));
     layer.rtex = target;
@@ -349,6 +351,8 @@ glGenTextures(1) = 1
 glBindTexture(GL_TEXTURE_2D, 1)
 glTexImage2D(GL_TEXTURE_2D, 0, 3, 400, 300, 0, GL_RGB, GL_UNSIGNED_BYTE, 0)
 glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 400, 300)
+glBindTexture(GL_TEXTURE_2D, 21)
+glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])
 glBindTexture(GL_TEXTURE_2D, 1)
 glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])
 glDeleteTextures(1, [1])

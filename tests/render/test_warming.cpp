@@ -15,6 +15,7 @@ namespace {
 // A bench with a timeline.
 struct warming_bench : frame_bench {
     frame warmed = {};
+    std::vector<warmed_target> targets; // lent
 
     uint32_t scene(const std::vector<scene_object>& objects)
     {
@@ -29,7 +30,7 @@ struct warming_bench : frame_bench {
     size_t draws()
     {
         warmed = {};
-        plan_warming(context, standing, warmed);
+        plan_warming(context, standing, targets, warmed);
         CHECK(warmed.commands.empty());
         CHECK(warmed.materials.size() == warmed.draws.size());
         return warmed.draws.size();
@@ -347,4 +348,25 @@ TEST_CASE("targets have the size and format that their first frame gives them")
     CHECK(is(targets[1], quarter, 400, 300, recreated_target_format));
     CHECK(is(targets[2], large, 800, 600, recreated_target_format));
     CHECK(table_get(b.d.image_texture_table, quarter)->width == 256);
+}
+
+TEST_CASE("a target is its own texture until a layer draws into it, and the lent one from then on")
+{
+    warming_bench b;
+    uint32_t handle = 0;
+    const uint32_t picture = add_image(b, 7);
+    const uint32_t target = table_get(b.d.object_table, picture)->id;
+    add_material(b, &handle).texture[0] = picture;
+    const scene_object shown = object_at_origin(object_model, add_mesh(b), handle);
+    b.targets = {{target, 400, 300, recreated_target_format, 99}};
+    b.show(0, b.scene({shown}), 1000);
+    layer_record into = make_layer(render_quarter, 500, b.scene({}));
+    into.rtex = target;
+    into.space_before = 300;
+    add_layer(b.content, 3, into);
+    b.show(5, b.scene({shown}), 1000);
+    REQUIRE(b.draws() == 2);
+    CHECK(b.state(0).units[0].flat_texture == 7);
+    CHECK(b.state(1).units[0].flat_texture == 99);
+    CHECK(table_get(b.d.image_texture_table, target)->texture == 7);
 }

@@ -28,6 +28,7 @@ using moment_look = std::vector<uint32_t>;
 struct warming {
     const draw_context& context;
     standing_state standing;
+    std::span<const warmed_target> targets;
     frame& f;
     std::set<drawing_way> known;
     uint32_t looks; // meshes that were looked at
@@ -35,7 +36,8 @@ struct warming {
 
 // A layer as its meshes are drawn.
 struct warmed_layer {
-    uint32_t scene; // handle of scene_table
+    uint32_t scene;  // handle of scene_table
+    uint32_t target; // handle of image_texture_table; 0: none of its own
     bool depth_test;
     float camera_angles[2]; // about y, about x
 };
@@ -76,8 +78,10 @@ static std::vector<warmed_layer> layers_at(const timeline& t, uint32_t time)
         if (!active.found)
             continue;
         const layer_record& layer = t.layers[track][active.layer];
-        layers.push_back({layer.model_id, layer.camera_mode[camera_fov] != fov_orthographic,
-            {camera_angle(layer, camera_rotation_y), camera_angle(layer, camera_rotation_x)}});
+        const bool into_texture = render_mode_of(layer.type).target == mode_draws_to_texture;
+        layers.push_back(
+            {layer.model_id, into_texture ? layer.rtex : 0, layer.camera_mode[camera_fov] != fov_orthographic,
+                {camera_angle(layer, camera_rotation_y), camera_angle(layer, camera_rotation_x)}});
     }
     return layers;
 }
@@ -87,6 +91,7 @@ static moment_look look_of(const std::vector<warmed_layer>& layers)
     moment_look look;
     for (const warmed_layer& layer : layers) {
         look.push_back(layer.scene);
+        look.push_back(layer.target);
         look.push_back(layer.depth_test);
         for (const float angle : layer.camera_angles)
             look.push_back(std::bit_cast<uint32_t>(angle));
@@ -256,8 +261,16 @@ static void look_at_object(warming& w, const warmed_layer& layer, const scene_ob
     // beyond the catalogue: nothing is drawn
 }
 
+static void lend_target(const warming& w, uint32_t handle)
+{
+    for (const warmed_target& target : w.targets)
+        if (target.texture == handle)
+            table_get(w.context.d->image_texture_table, handle)->texture = target.lent;
+}
+
 static void look_at_layer(warming& w, const warmed_layer& layer)
 {
+    lend_target(w, layer.target);
     w.standing.material.depth_test = layer.depth_test;
     const scene_record* scene = table_get(w.context.d->scene_table, layer.scene);
     if (scene == nullptr || scene->objects == nullptr)
@@ -268,17 +281,12 @@ static void look_at_layer(warming& w, const warmed_layer& layer)
 
 // ---- the whole --------------------------------------------------------------------------------
 
-void plan_warming(const draw_context& context, const standing_state& standing, frame& f)
+static void look_at_moments(warming& w, const timeline& t)
 {
-    assert(context.d != nullptr && f.draws.empty() && f.materials.empty() && f.programs.empty());
-    if (context.d->timeline == nullptr)
-        return;
-    const timeline& t = *context.d->timeline;
-    warming w = {context, standing, f, {}, 0};
     std::set<moment_look> seen;
     for (const uint32_t moment : moments_of_change(t)) {
         if (timeline_is_over(t, moment) || w.looks >= max_warming_looks)
-            break;
+            return;
         const std::vector<warmed_layer> layers = layers_at(t, moment);
         if (!seen.insert(look_of(layers)).second)
             continue;
@@ -286,6 +294,27 @@ void plan_warming(const draw_context& context, const standing_state& standing, f
             for (const warmed_layer& layer : layers)
                 look_at_layer(w, layer);
     }
+}
+
+static std::vector<uint32_t> textures_of(const document& d, std::span<const warmed_target> targets)
+{
+    std::vector<uint32_t> textures;
+    for (const warmed_target& target : targets)
+        textures.push_back(table_get(d.image_texture_table, target.texture)->texture);
+    return textures;
+}
+
+void plan_warming(
+    const draw_context& context, const standing_state& standing, std::span<const warmed_target> targets, frame& f)
+{
+    assert(context.d != nullptr && f.draws.empty() && f.materials.empty() && f.programs.empty());
+    if (context.d->timeline == nullptr)
+        return;
+    warming w = {context, standing, targets, f, {}, 0};
+    const std::vector<uint32_t> own = textures_of(*context.d, targets);
+    look_at_moments(w, *context.d->timeline);
+    for (size_t i = 0; i < targets.size(); ++i)
+        table_get(context.d->image_texture_table, targets[i].texture)->texture = own[i];
     f.views.push_back({});
     copy_matrix(identity, f.views[0].projection);
     copy_matrix(identity, f.views[0].camera);
@@ -309,7 +338,7 @@ static void add_target(const document& d, const layer_record& layer, const frame
         || is_among(targets, layer.rtex))
         return;
     const target_fit fit = fit_target(layer, texture->width, texture->height, view, caps);
-    targets.push_back({layer.rtex, fit.width, fit.height, fit.recreate ? recreated_target_format : texture->format});
+    targets.push_back({layer.rtex, fit.width, fit.height, fit.recreate ? recreated_target_format : texture->format, 0});
 }
 
 std::vector<warmed_target> find_warmed_targets(const document& d, const frame_view& view, const gl_caps& caps)

@@ -15,16 +15,12 @@
 #include "render/layer_plan.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 // Looking at meshes ends here, so that a timeline of many layers with many objects is not walked for longer than its
 // loading takes. What comes later is not warmed.
 constexpr uint32_t max_warming_looks = 65536;
-
-// Fills an empty frame: draws with their states, programs, views and copies, and no commands. A draw is of one triangle
-// (or one line) whose corners are all the mesh's first vertex, so it has no size. `standing` is what stands before the
-// show's first frame. Textures and arrays are the document's, streamed ones those in memory.
-void plan_warming(const draw_context& context, const standing_state& standing, frame& f);
 
 // A texture that layers draw into, as their frames will have made it.
 struct warmed_target {
@@ -32,7 +28,15 @@ struct warmed_target {
     uint32_t width;   // pixels
     uint32_t height;
     uint32_t format; // GL internal format
+    uint32_t lent;   // OpenGL name of one like that, which stands in for it; 0 until there is one
 };
 
 // Each target of the timeline once, of the size that its first layer gives it.
 std::vector<warmed_target> find_warmed_targets(const document& d, const frame_view& view, const gl_caps& caps);
+
+// Fills an empty frame: draws with their states, programs, views and copies, and no commands. A draw is of one triangle
+// (or one line) whose corners are all the mesh's first vertex, so it has no size. `standing` is what stands before the
+// show's first frame. Textures and arrays are the document's, streamed ones those in memory; a target is its own
+// texture until a layer draws into it, and the lent one from then on. The document is as it was on return.
+void plan_warming(
+    const draw_context& context, const standing_state& standing, std::span<const warmed_target> targets, frame& f);

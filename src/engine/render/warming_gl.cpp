@@ -10,11 +10,12 @@
 
 #include <GL/glew.h>
 
-#include <utility>
+#include <vector>
 
 // ---- targets ------------------------------------------------------------------------
 
-static uint32_t make_target(const warmed_target& target)
+// Copying into it is warmed, too.
+static uint32_t make_lent(const warmed_target& target)
 {
     uint32_t texture = 0;
     glGenTextures(1, &texture);
@@ -28,22 +29,10 @@ static uint32_t make_target(const warmed_target& target)
     return texture;
 }
 
-// While they are warmed, targets of the document have textures of the size that frames will give them. Copying into
-// them is warmed, too.
-static std::vector<uint32_t> lend_targets(document& d, const std::vector<warmed_target>& targets)
+static void release_lent(const std::vector<warmed_target>& targets)
 {
-    std::vector<uint32_t> own;
     for (const warmed_target& target : targets)
-        own.push_back(std::exchange(table_get(d.image_texture_table, target.texture)->texture, make_target(target)));
-    return own;
-}
-
-static void take_targets_back(document& d, const std::vector<warmed_target>& targets, const std::vector<uint32_t>& own)
-{
-    for (size_t i = 0; i < targets.size(); ++i) {
-        const uint32_t lent = std::exchange(table_get(d.image_texture_table, targets[i].texture)->texture, own[i]);
-        glDeleteTextures(1, &lent);
-    }
+        glDeleteTextures(1, &target.lent);
 }
 
 // ---- putting back -------------------------------------------------------------------
@@ -127,16 +116,17 @@ void warm_show_gl(document& d, const frame_view& view, const gl_caps& caps, bool
     const draw_context context = context_for(d, caps, glsl);
     const uint32_t unit_count = unit_limit(context.caps, glsl);
     const unit_bindings bindings = ask_bindings(unit_count);
-    const std::vector<warmed_target> targets = find_warmed_targets(d, view, context.caps);
-    const std::vector<uint32_t> own = lend_targets(d, targets);
+    std::vector<warmed_target> targets = find_warmed_targets(d, view, context.caps);
+    for (warmed_target& target : targets)
+        target.lent = make_lent(target);
     forget_objects(r.gl);
     frame f = {};
-    plan_warming(context, r.standing, f);
+    plan_warming(context, r.standing, targets, f);
     if (!f.draws.empty()) {
         draw_unseen(f, context, view, r.gl);
         put_context_back(r.standing, glsl, r.gl);
     }
-    take_targets_back(d, targets, own);
+    release_lent(targets);
     put_wraps_back(d, r.gl);
     put_bindings_back(bindings, unit_count);
     forget_objects(r.gl);
