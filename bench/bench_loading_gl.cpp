@@ -621,12 +621,31 @@ static show& half_as_many_meshes()
     return s;
 }
 
+// ---- one picture --------------------------------------------------------------------
+
+static void decode_picture(benchmark::State& state, bool ours)
+{
+    static const std::string jpeg = jpeg_picture(1024, 7);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(jpeg.data());
+    for (auto _ : state) {
+        decoded_image image = {};
+        int w, h, n;
+        if (!ours)
+            std::free(stbi_load_from_memory(bytes, static_cast<int>(jpeg.size()), &w, &h, &n, 3));
+        else if (decode_image(bytes, static_cast<uint32_t>(jpeg.size()), 0, image) == image_decoded)
+            std::free(image.pixels);
+    }
+}
+
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     build_cosine_table();
     if (!open_context())
         return 1;
+    for (const bool ours : {true, false})
+        benchmark::RegisterBenchmark(ours ? "decode jpeg 1024/ours" : "decode jpeg 1024/stb", decode_picture, ours)
+            ->Unit(benchmark::kMillisecond);
     add_pair("load first light, fixed", first_light, false);
     add_pair("load first light, shaders", first_light, true);
     add_pair("load 50 pictures, 100 meshes", many_pictures, false);

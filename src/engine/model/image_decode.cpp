@@ -2,6 +2,7 @@
 
 #include "content/owners.h"
 #include "content/pack.h"
+#include "model/component_kernels.h"
 #include "model/picture_check.h"
 
 #include <cassert>
@@ -59,28 +60,6 @@ static bool begins_as_jpeg(const uint8_t* data, uint32_t size)
     return size >= 2 && data[0] == 0xFF && data[1] == 0xD8;
 }
 
-// Four pixels of four bytes become twelve bytes at a time; `pixels` becomes a smaller block.
-static uint8_t* drop_fourth_component(uint8_t* pixels, size_t count)
-{
-    assert(pixels != nullptr);
-    const uint8_t* source = pixels;
-    uint8_t* target = pixels; // never ahead of the source
-    size_t left = count;
-    for (; left >= 4; left -= 4, source += 16, target += 12) {
-        uint32_t in[4];
-        std::memcpy(in, source, sizeof in);
-        const uint32_t a = in[0] & 0xFFFFFF;
-        const uint32_t b = in[1] & 0xFFFFFF;
-        const uint32_t c = in[2] & 0xFFFFFF;
-        const uint32_t out[3] = {a | b << 24, b >> 8 | c << 16, c >> 16 | in[3] << 8};
-        std::memcpy(target, out, sizeof out);
-    }
-    for (; left > 0; --left, source += 4, target += 3)
-        std::memmove(target, source, 3);
-    void* smaller = std::realloc(pixels, count * 3);
-    return smaller != nullptr ? static_cast<uint8_t*>(smaller) : pixels;
-}
-
 image_status decode_image(const uint8_t* data, uint32_t size, uint32_t components, decoded_image& image)
 {
     assert(components == 0 || components == 3 || components == 4);
@@ -101,7 +80,7 @@ image_status decode_image(const uint8_t* data, uint32_t size, uint32_t component
     const uint32_t kept = stored == 1 || stored == 3 ? 3 : 4; // grey, and grey with alpha, become colours
     const uint32_t wanted = components != 0 ? components : kept;
     if (jpeg && wanted == 3)
-        pixels = drop_fourth_component(pixels, size_t{width} * height);
+        drop_fourth_components(best_instructions(), pixels, size_t{width} * height); // the block stays as it is
     else if (!jpeg && wanted != stored)
         pixels = change_components(pixels, size_t{width} * height, stored, wanted);
     if (pixels == nullptr)
