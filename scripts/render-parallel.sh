@@ -28,6 +28,7 @@ command -v parallel >/dev/null || fail "GNU parallel is not installed (Debian: p
 
 # Software rasterisers would each take every processor.
 export LP_NUM_THREADS=${LP_NUM_THREADS:-$((($(nproc) + slots - 1) / slots))}
-seq 0 $((segments - 1)) | parallel --no-notice --quote --jobs "$slots" --halt soon,fail=1 --tag --line-buffer \
+seq 0 $((segments - 1)) | parallel --no-notice --quote --env LP_NUM_THREADS --env BRIMLOW_RENDER --jobs "$slots" \
+    --halt soon,fail=1 --tag --line-buffer \
     "$here/render-segment.sh" {} "$segments" "$@"
 "$here/render-join.sh" "$segments" "$1"
