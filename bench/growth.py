@@ -22,6 +22,7 @@ from growth_page import page  # noqa: E402
 
 LINEAR = 1.15  # the largest exponent that counts as linear: caches end, while counted instructions grow with 1.01
 REPEATS = 3    # of a program
+MEMORY = '/dev/shm' if os.access('/dev/shm', os.W_OK) else None   # a disk has growth of its own: thousands of files
 
 
 # ---- what is measured ---------------------------------------------------------------------------
@@ -163,7 +164,7 @@ def measure(curve, quick):
         curve.sizes = [max(size // 16, 1) for size in curve.sizes[-3:]]
     curve.times = []
     for size in curve.sizes:
-        with tempfile.TemporaryDirectory(prefix='growth ') as folder:
+        with tempfile.TemporaryDirectory(prefix='growth ', dir=MEMORY) as folder:
             curve.times.append(curve.measure(folder, size))
 
 
