@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <set>
 #include <tuple>
+#include <unordered_set>
 
 bool find_source(const std::string& path, std::string& folder, std::string& file)
 {
@@ -186,10 +187,9 @@ void build_source(const build_request& request, built_show& built)
         check_built(show, request.file, built, request.kept != nullptr ? &request.kept->documents : nullptr);
     for (const std::string& missing : sandbox_missing_files(*box))
         want_file(show, missing);
-    built.files_wanted = std::move(show.files_wanted);
-    std::erase_if(built.files_wanted, [&built](const std::string& file) {
-        return std::find(built.files_taken.begin(), built.files_taken.end(), file) != built.files_taken.end();
-    });
+    built.files_wanted = std::move(show.files_wanted.in_order);
+    const std::unordered_set<std::string> taken(built.files_taken.begin(), built.files_taken.end());
+    std::erase_if(built.files_wanted, [&taken](const std::string& file) { return taken.contains(file); });
     for (show_problem& problem : built.problems)
         if (problem.file.empty())
             problem.file = request.file;

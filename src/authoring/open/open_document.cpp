@@ -13,6 +13,8 @@
 #include <cstring>
 #include <functional>
 #include <iterator>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -24,7 +26,9 @@ struct opening {
     raw_records raw;
     std::string indent;
     std::string out;
-    bool is_sayable = true; // of the record under way
+    bool is_sayable = true;                                // of the record under way
+    std::unordered_set<std::string> taken = {};            // all names
+    std::unordered_map<std::string, uint32_t> copies = {}; // of a name that more records wish for: the last one taken
 };
 
 } // namespace
@@ -117,9 +121,14 @@ static void name_record(opening& o, uint32_t section, uint32_t number, const std
     std::string base = identifier(wish + ".");
     if (base.empty())
         base = "n" + std::to_string(number);
-    std::string name = std::string(tables[section]) + "." + base;
-    for (uint32_t copy = 2; std::find(names.begin(), names.end(), name) != names.end(); ++copy)
-        name = std::string(tables[section]) + "." + base + "_" + std::to_string(copy);
+    const std::string wished = std::string(tables[section]) + "." + base;
+    std::string name = wished;
+    if (!o.taken.insert(name).second) {
+        uint32_t& copy = o.copies.try_emplace(wished, 1).first->second;
+        do
+            name = wished + "_" + std::to_string(++copy);
+        while (!o.taken.insert(name).second);
+    }
     names[number - 1] = name;
 }
 

@@ -27,17 +27,24 @@ static std::string base_of(const std::string& file)
 void note_file(lowering& l, const std::string& file)
 {
     std::vector<std::string>& taken = l.built.files_taken;
-    if (std::find(taken.begin(), taken.end(), file) == taken.end())
+    if (l.files_known.empty())
+        l.files_known.insert(taken.begin(), taken.end()); // the sources
+    if (l.files_known.insert(file).second)
         taken.push_back(file);
+}
+
+void add_name(distinct_names& names, const std::string& name)
+{
+    if (names.known.insert(name).second)
+        names.in_order.push_back(name);
 }
 
 void want_file(show_description& show, const std::string& file)
 {
     const std::filesystem::path wish = std::filesystem::path(file).lexically_normal();
     const bool is_inside = !file.empty() && !wish.is_absolute() && wish.begin()->string() != "..";
-    std::vector<std::string>& wanted = show.files_wanted;
-    if (is_inside && std::find(wanted.begin(), wanted.end(), wish.string()) == wanted.end())
-        wanted.push_back(wish.string());
+    if (is_inside)
+        add_name(show.files_wanted, wish.string());
 }
 
 std::string near_file(const std::string& path)

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <unordered_set>
 #include <vector>
 
 // What a thing is used as: the same material is one record in space and another in a flat scene.
@@ -36,6 +37,7 @@ struct lowering {
     std::list<imported_model> own_models = {};               // of meshes that have no file
     std::map<const thing*, const imported_font*> fonts = {};
     std::map<std::string, uint32_t> pictures = {};    // components of those taken, by their keys
+    std::unordered_set<std::string> files_known = {}; // built.files_taken; empty: not looked at yet
     std::map<std::string, std::string> files = {};    // whole paths of those found, by the names that the source has
 };
 

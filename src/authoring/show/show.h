@@ -12,7 +12,14 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
+
+// Names in the order in which they came, each once; empty ones, too.
+struct distinct_names {
+    std::vector<std::string> in_order;
+    std::unordered_set<std::string> known; // the same
+};
 
 constexpr uint32_t authored_document_count = 2; // the show, the loading screen
 
@@ -31,7 +38,7 @@ struct show_description {
     kept_work own_work;
     kept_work* kept = nullptr; // what models, fonts, pictures and music are read into; null: own_work
     int compression = 9;       // of documents and meshes, as zlib has it: 0 to 9
-    std::vector<std::string> files_wanted; // below the folder: looked for, whether they are there or not
+    distinct_names files_wanted; // below the folder: looked for, whether they are there or not
     std::vector<std::vector<const thing*>> tracks[authored_document_count]; // clips of each track {}, in drawing order
 };
 
@@ -57,6 +64,9 @@ struct built_show {
     std::vector<tried_call> tried;        // in the order of the files and their texts
     problem_list problems;
 };
+
+// Adds a name that is not known yet.
+void add_name(distinct_names& names, const std::string& name);
 
 // Tells that a file is looked for: once it is there, or is another, the show may be another. Names that lead out of the
 // folder are passed over.

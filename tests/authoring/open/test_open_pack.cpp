@@ -44,3 +44,17 @@ TEST_CASE("A document that is damaged is left out with a note, one that is not t
     opened({{"a.bin", "1"}}, notes);
     CHECK(notes.empty());
 }
+
+TEST_CASE("Records of one name get numbers behind it, none of them twice")
+{
+    document_text text;
+    for (const char* name : {"a", "a", "a_2", "a", "b", "a_2"})
+        text.records[section_scenes] += std::string("<scene name=\"") + name + "\"></scene>";
+    std::vector<std::string> notes;
+    const std::string source = source_of(opened({{"demo.xmlz", in_envelope(to_text(text))}}, notes));
+    size_t at = 0;
+    for (const char* name : {"a", "a_2", "a_2_2", "a_3", "b", "a_2_3"}) {
+        at = source.find("\nscenes." + std::string(name) + " = ", at);
+        CHECK_MESSAGE(at != std::string::npos, name);
+    }
+}
