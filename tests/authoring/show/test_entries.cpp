@@ -202,3 +202,11 @@ TEST_CASE("an entry has no name that leads out of a folder")
         CHECK_MESSAGE(b.told.find(fault) != std::string::npos, b.told);
     }
 }
+
+TEST_CASE("a file is looked for once, however often and by whatever way it is named")
+{
+    show_description show;
+    for (const char* file : {"b.png", "a.png", "./b.png", "a.png", "../a.png", "/a.png", "", "c/../b.png", "c.png"})
+        want_file(show, file);
+    CHECK(show.files_wanted.in_order == std::vector<std::string>{"b.png", "a.png", "c.png"});
+}
