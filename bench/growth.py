@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """How time grows with the size of a show: measures, prints an exponent for every curve, and draws them on one page.
 
-    growth.py --build FOLDER [--draw FILE.svg] [--quick] [PLOT ...]
+    growth.py --build FOLDER [--write] [--draw FILE.svg] [--quick] [PLOT ...]
 
 FOLDER is a build with bench_growth, brimlow-make and brimlow-render in it (build/native). Shows of growing size are made
 in a temporary folder (growth_shows.py). In a plot both axes are logarithmic: a straight line is a power, and the thin
 lines behind it are those of exponent 1. The exponent of a curve is that of its large end, the sizes from an eighth
 of the largest one on; of whole programs, less what they take for the smallest show. Above 1.15 it is told, and the status
-is 1. With --quick there are fewer sizes, and they are smaller.
+is 1. With --quick there are fewer sizes, and they are smaller. --write draws docs/images/growth.svg, and puts what
+single things cost into docs/performance.md.
 """
 import argparse
 import math
@@ -19,10 +20,33 @@ import tempfile
 sys.dont_write_bytecode = True
 import growth_shows as shows  # noqa: E402
 from growth_page import page  # noqa: E402
+from table import PAGE, as_time, between  # noqa: E402
 
 LINEAR = 1.15  # the largest exponent that counts as linear: caches end, while counted instructions grow with 1.01
 REPEATS = 3    # of a program
 MEMORY = '/dev/shm' if os.access('/dev/shm', os.W_OK) else None   # a disk has growth of its own: thousands of files
+
+DRAWING = os.path.join(os.path.dirname(PAGE), 'images', 'growth.svg')
+
+# What docs/performance.md says of single things: the plot, the curve, and what it is for who makes a show.
+COSTS = (('A frame', 'model placer', 'a copy by the model placer'),
+         ('A frame', 'XYZ multiplier', 'a copy by the XYZ multiplier'),
+         ('A frame', 'X multiplier', 'a copy by the X multiplier'),
+         ('A frame', 'models', 'an object that stands still'),
+         ('A frame', 'moving models', 'an object with three numbers that move'),
+         ('A frame', 'texts', 'a text of 32 letters'),
+         ('A frame', 'waters', 'a lake of 30 × 30 points that moves'),
+         ('A frame', 'rippler', 'a point that the rippler moves'),
+         ('A frame', 'one object each', 'a track with an object'),
+         ('Reading records', 'meshes (entries)', 'loading: a small mesh of its own entry'),
+         ('Reading records', 'images (entries)', 'loading: a picture of 4 × 4 of its own entry'),
+         ('Reading records', 'materials', 'loading: a material\'s record'),
+         ('Reading records', 'scenes', 'loading: a scene of one object'),
+         ('Reading a text', 'flat elements', 'loading: a byte of the document'),
+         ('brimlow-make build', 'objects', 'building: an object'),
+         ('brimlow-make build', 'materials', 'building: an object with a material of its own'),
+         ('brimlow-make build', 'curves', 'building: an object with a curve of its own'),
+         ('brimlow-make build', 'shapes', 'building: an object with a shape of its own'))
 
 
 # ---- what is measured ---------------------------------------------------------------------------
@@ -128,7 +152,7 @@ def plots(bench):
             Curve('tracks', 32, bench.step('layers', shows.tracks)),
             Curve('clips', 8192, bench.step('layers', shows.clips))]),
         ('A frame', 'points', [frame('rippler', 65535, shows.rippled_points)]),
-        ('Reading records', 'records', reading('generated images', 'chained nodes', 'texture nodes',
+        ('Reading records', 'records', reading('generators', 'chained nodes', 'texture nodes',
                                                'dynamic textures')),
         ('Reading records', 'records', reading('meshes (entries)', 'images (entries)', 'cube maps')),
         ('Reading records', 'records', reading('functions', 'values', 'references', 'materials')),
@@ -179,11 +203,32 @@ def exponent(curve):
     return sum((x - middle) * y for x, y in points) / sum((x - middle) ** 2 for x, _ in points)
 
 
+def each_of(curve):
+    """Seconds that one of them takes."""
+    return (curve.times[-1] - (curve.times[0] if curve.whole else 0)) / curve.sizes[-1]
+
+
 def line_of(title, unit, curve):
-    each = (curve.times[-1] - (curve.times[0] if curve.whole else 0)) / curve.sizes[-1]
+    each = each_of(curve)
     return '%-26s %-26s %9d %-18s %10.3f ms %10.3f us each  exponent %.2f%s' % (
         title, curve.name, curve.sizes[-1], unit, 1e3 * curve.times[-1], 1e6 * each, exponent(curve),
         '  (more than linear)' if exponent(curve) > LINEAR else '')
+
+
+def costs_table(measured):
+    """Of (title, unit, curves): the rows of COSTS that were measured."""
+    known = {(title, curve.name): curve for title, _, curves in measured for curve in curves}
+    rows = ['| %s | %s |' % (words, as_time(1e9 * each_of(known[title, name]))) for title, name, words in COSTS
+            if (title, name) in known]
+    return '\n'.join(['| thing | each |', '|---|--:|'] + rows)
+
+
+def write_page(measured):
+    with open(PAGE, encoding='utf-8') as file:
+        text = between(file.read(), 'costs', costs_table(measured))
+    assert text, 'docs/performance.md has no place for "costs"'
+    with open(PAGE, 'w', encoding='utf-8') as file:
+        file.write(text)
 
 
 def measure_all(wanted, quick):
@@ -202,6 +247,7 @@ def main():
     parser.add_argument('plots', nargs='*', metavar='PLOT', help='words of a title or of a curve; without any all')
     parser.add_argument('--build', required=True)
     parser.add_argument('--draw', metavar='FILE.svg')
+    parser.add_argument('--write', action='store_true')
     parser.add_argument('--quick', action='store_true')
     options = parser.parse_args()
     wanted = [(title, unit, [curve for curve in curves if not options.plots or any(
@@ -209,8 +255,10 @@ def main():
         for title, unit, curves in plots(Bench(os.path.abspath(options.build)))]
     wanted = [plot for plot in wanted if plot[2]]
     steep = measure_all(wanted, options.quick)
-    if options.draw:
-        with open(options.draw, 'w', encoding='utf-8') as file:
+    if options.write:
+        write_page(wanted)
+    for drawing in [options.draw] * bool(options.draw) + [DRAWING] * options.write:
+        with open(drawing, 'w', encoding='utf-8') as file:
             file.write(page([(title, unit, [(curve.name, list(zip(curve.sizes, curve.times)), exponent(curve))
                                             for curve in curves]) for title, unit, curves in wanted]))
     print('%d curves, %d of them more than linear.' % (sum(len(curves) for _, _, curves in wanted), len(steep)))

@@ -165,7 +165,7 @@ def textured_material(show, number):
 
 
 RECORDS = {
-    'generated images': records(lambda show, number: show.generated_image(0, 1, 0.5, 0.25)),
+    'generators': records(lambda show, number: show.generated_image(0, 1, 0.5, 0.25)),
     'texture nodes': records(unfed_node),
     'chained nodes': records(node),
     'meshes (entries)': records(lambda show, number: show.mesh(quad())),

@@ -26,6 +26,7 @@ import re
 import statistics
 import subprocess
 import sys
+import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(HERE)
@@ -33,6 +34,7 @@ PAGE = os.path.join(ROOT, 'docs', 'performance.md')
 UNITS = (('ns', 1.0), ('µs', 1e3), ('ms', 1e6), ('s', 1e9))
 NANOSECONDS = {'ns': 1.0, 'us': 1e3, 'ms': 1e6, 's': 1e9}
 SUFFIX = re.compile(r'/(real_time|process_time|manual_time|repeats:\d+|iterations:\d+|min_time:[\d.]+s?|threads:\d+)$')
+NO_NUMBER = re.compile(r': -NaN\b')   # of counters: the programs write what no JSON has
 
 Row = collections.namedtuple('Row', 'work who goal before')                           # numbers, or None
 Subject = collections.namedtuple('Subject', 'name rows environment programs scripts')
@@ -234,7 +236,7 @@ def programs_of(subject, build):
 
 
 def commands_of(subject, build, quick):
-    options = ['--benchmark_filter=' + only(subject.rows), '--benchmark_format=json',
+    options = ['--benchmark_filter=' + only(subject.rows), '--benchmark_out_format=json',
                '--benchmark_enable_random_interleaving=true', '--benchmark_repetitions=%d' % (3 if quick else 9)]
     options += ['--benchmark_min_time=0.05'] if quick else []
     commands = [[path] + options for path in programs_of(subject, build)]
@@ -244,15 +246,36 @@ def commands_of(subject, build, quick):
 
 
 def run_one(command, environment):
-    """(what it printed as a dictionary, what was wrong); one of them is empty."""
+    """(what it measured as a dictionary, what was wrong); one of them is empty.
+
+    Programs write their times into a file, since the engine prints lines of its own; scripts print them."""
     name = next(os.path.basename(part) for part in command if part != sys.executable)
+    with tempfile.TemporaryDirectory() as folder:
+        times = os.path.join(folder, 'times.json')
+        more = [] if command[0] == sys.executable else ['--benchmark_out=' + times]
+        try:
+            done = subprocess.run(command + more, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        except OSError as error:
+            return {}, '%s cannot be started: %s' % (name, error.strerror)
+        text = done.stdout.decode('utf-8', 'replace')
+        if more:
+            text = read_if_there(times)
+    return results_from(name, text, done)
+
+
+def read_if_there(path):
     try:
-        done = subprocess.run(command, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
-    except OSError as error:
-        return {}, '%s cannot be started: %s' % (name, error.strerror)
+        with open(path, encoding='utf-8', errors='replace') as file:
+            return file.read()
+    except OSError:
+        return ''
+
+
+def results_from(name, text, done):
+    """The same pair, of the text of its times and of a program that has ended."""
     said = done.stderr.decode('utf-8', 'replace').strip().splitlines()
     try:
-        results = json.loads(done.stdout.decode() or '{}')
+        results = json.loads(NO_NUMBER.sub(': 0', text) or '{}')
     except ValueError:
         return {}, '%s printed no times: %s' % (name, said[-1] if said else 'status %d' % done.returncode)
     failed = [run.get('name', '') + ': ' + run.get('error_message', '') for run in results.get('benchmarks', [])

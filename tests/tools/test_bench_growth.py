@@ -44,6 +44,17 @@ class GrowthTest(unittest.TestCase):
     def test_a_program_that_hardly_grows_has_no_exponent_of_noise(self):
         self.assertLess(growth.exponent(curve(lambda n: 1e-2 + 1e-9 * n ** 1.5, whole=True)), 0.1)
 
+    def test_the_table_of_costs_has_what_was_measured(self):
+        alone, whole = curve(lambda n: n * 2e-6), curve(lambda n: 1e-2 + (n - 1) * 3e-6, whole=True)
+        alone.name, whole.name = "models", "objects"
+        self.assertEqual(growth.costs_table([("A frame", "objects", [alone]), ("brimlow-make build", "things", [whole])]),
+                         "| thing | each |\n|---|--:|\n| an object that stands still | 2.00 µs |\n"
+                         "| building: an object | 3.00 µs |")
+
+    def test_every_cost_is_a_curve_that_there_is(self):
+        known = {(title, each.name) for title, _, curves in growth.plots(growth.Bench("")) for each in curves}
+        self.assertEqual([cost[:2] for cost in growth.COSTS if cost[:2] not in known], [])
+
     def test_the_page_has_every_plot_with_its_curves_and_exponents(self):
         plots = [("A frame & more", "objects", [("models", [(1, 1e-6), (1000, 1e-3)], 1.0),
                                                 ("texts", [(1, 1e-5), (1000, 2e-2)], 1.1)]),

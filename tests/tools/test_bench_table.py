@@ -15,7 +15,11 @@ PROGRAM = '''#!%s
 import os, sys
 with open(os.path.join(os.path.dirname(__file__), 'asked'), 'a') as file:
     file.write(os.environ.get('GALLIUM_NOOP', 'unset') + ' ' + ' '.join(sys.argv[1:]) + '\\n')
-print(%r)
+print('a line of the engine')
+for option in sys.argv:
+    if option.startswith('--benchmark_out='):
+        with open(option.partition('=')[2], 'w') as file:
+            file.write(%r)
 sys.exit(%d)
 '''
 PAGE = "# Times\n<!-- bench: machine -->\nold\n<!-- bench end -->\nwords\n<!-- bench: blur -->\n<!-- bench end -->\nend\n"
@@ -165,6 +169,14 @@ end
         os.rename(self.path("build/bench/results/blur.json"), self.path("results/blur.json"))
         self.assertEqual(self.table()[1], measured)
 
+    def test_counters_that_are_no_numbers_do_no_harm(self):
+        self.put("rows/blur.txt", "a | b | 1 | 2")
+        self.put_program("bench_blur", run("a/ours", 1, calls="?") + run("a/b", 4, calls="!"))
+        program = self.read("build/bench/bench_blur").replace('"?"', "-NaN").replace('"!"', "NaN")
+        self.put("build/bench/bench_blur", program)
+        status, lines, wrong = self.table(measured=True)
+        self.assertEqual((status, lines[2][4], wrong), (0, "0.25", ""))
+
     def test_a_program_that_fails_or_is_not_there_is_told(self):
         self.put("rows/blur.txt", "a | b | 1 | 2")
         self.assertIn("Sorry: bench_blur cannot be started: No such file", self.table(measured=True)[2])
@@ -174,6 +186,13 @@ end
         self.assertIn("Sorry: bench_blur: status 3.", wrong)
         self.put_program("bench_blur", run("a/ours", 1, error_occurred=True, error_message="no context"))
         self.assertIn("Sorry: bench_blur: a/ours: no context.", self.table(measured=True)[2])
+
+    def test_the_page_of_the_house_has_room_for_every_subject(self):
+        with open(os.path.join(ROOT, "docs", "performance.md"), encoding="utf-8") as file:
+            page = file.read()
+        subjects = [name[:-4] for name in os.listdir(os.path.join(ROOT, "bench", "rows")) if name.endswith(".txt")]
+        self.assertEqual([name for name in subjects if "<!-- bench: %s -->\n" % name not in page], [])
+        self.assertEqual(page.count("<!-- bench: "), page.count("<!-- bench end -->"))
 
     def test_the_rows_of_the_house_can_be_read(self):
         done = subprocess.run([sys.executable, "-B", os.path.join(ROOT, "bench", "table.py"), "--look"],
