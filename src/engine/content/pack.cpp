@@ -2,9 +2,12 @@
 #include "content/owners.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cerrno>
 #include <cstring>
+#include <functional>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -148,18 +151,34 @@ static void keep_slots(pack_file& pack, uint32_t most)
     }
 }
 
+// Up to its zero byte; a whole slot where it has none.
+static std::string_view name_of_slot(const pack_file& pack, uint32_t index)
+{
+    const char* slot = reinterpret_cast<const char*>(pack.slots.data()) + size_t{index} * pack_slot_size;
+    return {slot, strnlen(slot, pack_slot_size)};
+}
+
+// Where a name of less than a slot's bytes stands in pack.places, or would: there is room.
+static size_t place_of(const pack_file& pack, std::string_view name)
+{
+    const size_t mask = pack.places.size() - 1; // their number is a power of two
+    size_t place = std::hash<std::string_view>()(name) & mask;
+    while (pack.places[place] != 0 && name_of_slot(pack, pack.places[place] - 1) != name)
+        place = (place + 1) & mask;
+    return place;
+}
+
 // Of slots with one name the first one counts.
 static void name_slots(pack_file& pack)
 {
     const uint32_t count = kept_slot_count(pack);
-    pack.numbers.reserve(count);
+    pack.places.resize(std::bit_ceil(size_t{2} * count + 1));
     for (uint32_t index = 0; index < count; ++index) {
-        const char* slot = reinterpret_cast<const char*>(pack.slots.data()) + size_t{index} * pack_slot_size;
-        const size_t length = strnlen(slot, pack_slot_size);
-        if (length < pack_slot_size)
-            pack.numbers.try_emplace(std::string_view(slot, length), index);
-        else
+        const std::string_view name = name_of_slot(pack, index);
+        if (name.size() == pack_slot_size)
             pack.endless.push_back(index);
+        else if (uint32_t& number = pack.places[place_of(pack, name)]; number == 0)
+            number = index + 1;
     }
 }
 
@@ -207,8 +226,8 @@ static uint32_t find_kept_slot(const pack_file& pack, const char* name)
 {
     const size_t length = std::strlen(name);
     if (length < pack_slot_size) {
-        const auto found = pack.numbers.find(std::string_view(name, length));
-        return found != pack.numbers.end() ? found->second : no_slot;
+        const uint32_t number = pack.places[place_of(pack, std::string_view(name, length))];
+        return number != 0 ? number - 1 : no_slot;
     }
     for (const uint32_t index : pack.endless)
         if (slot_has_name(pack, index, pack.slots.data() + size_t{index} * pack_slot_size, name))

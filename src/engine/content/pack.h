@@ -24,8 +24,6 @@
 #include <cstdio>
 #include <memory>
 #include <span>
-#include <string_view>
-#include <unordered_map>
 #include <vector>
 
 constexpr uint32_t pack_name_size = 32; // bytes of a slot's name field
@@ -53,7 +51,7 @@ struct pack_file {
     std::vector<uint8_t> slots;      // the index without its terminator; a last slot that is cut is zero-filled
     uint64_t slot_bytes;             // of `slots`, those that the pack has
     pack_index_end end;
-    std::unordered_map<std::string_view, uint32_t> numbers; // the first slot of each name; the names lie in `slots`
+    std::vector<uint32_t> places;  // a slot's number + 1 at or behind its name's hash, 0: none; of one name the first
     std::vector<uint32_t> endless; // slots without a zero byte, in order: their names go on in the slot behind
 };
 
