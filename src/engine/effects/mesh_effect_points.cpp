@@ -1,5 +1,6 @@
 #include "content/numbers.h"
 #include "effects/mesh_effect_kinds.h"
+#include "effects/swarm_kernels.h"
 #include "texgen/cosine_table.h"
 
 #include <algorithm>
@@ -68,8 +69,10 @@ static void place_particle(swarm_particle& particle)
 static void copy_swarm_to_mesh(const swarm_state& swarm, mesh_arrays& mesh)
 {
     assert(mesh.vertex_count == swarm_size);
-    for (uint32_t i = 0; i < swarm_size; ++i)
-        std::copy_n(swarm.particles[i].position, 3, mesh.positions + size_t{i} * 3);
+    float* vertex = mesh.positions;
+    for (const swarm_particle& particle : swarm.particles)
+        for (const float coordinate : particle.position)
+            *vertex++ = coordinate;
 }
 
 void init_swarm(mesh_effect& effect)
@@ -85,31 +88,12 @@ void init_swarm(mesh_effect& effect)
     copy_swarm_to_mesh(*swarm, effect.mesh);
 }
 
-// The pull has the strength of the old distance and, on every axis, the direction of the
-// new coordinate. At the origin 2 / r^2 is infinite, which the limit turns into 1.
-static void move_particle(swarm_particle& particle, double dt)
-{
-    double squares = 0.0;
-    for (const float coordinate : particle.position)
-        squares += static_cast<double>(coordinate) * static_cast<double>(coordinate);
-    const double r = std::sqrt(squares);
-    const double pull = std::min(2.0 / (r * r), 1.0) * dt;
-
-    for (uint32_t axis = 0; axis < 3; ++axis) {
-        float& position = particle.position[axis];
-        float& velocity = particle.velocity[axis];
-        position = to_single(static_cast<double>(position) + static_cast<double>(velocity) * dt);
-        velocity = to_single(static_cast<double>(velocity) + (position >= 0.0f ? -pull : pull));
-    }
-}
-
 void step_swarm(mesh_effect& effect, float time)
 {
     assert(effect.state != nullptr && std::isfinite(time));
     swarm_state& swarm = *static_cast<swarm_state*>(effect.state);
     const double dt = std::fabs(static_cast<double>(time) - static_cast<double>(swarm.last));
     swarm.last = time;
-    for (swarm_particle& particle : swarm.particles)
-        move_particle(particle, dt);
+    move_particles(best_instructions(), swarm.particles, dt);
     copy_swarm_to_mesh(swarm, effect.mesh);
 }

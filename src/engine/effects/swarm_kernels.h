@@ -1,0 +1,9 @@
+// A kernel for the particles of a swarm, which are pulled toward the origin.
+#pragma once
+
+#include "content/instructions.h"
+#include "effects/mesh_effect_kinds.h"
+
+// Moves all particles by `dt` (0 or more, finite) of their velocities, and then these by the pull. What passes a
+// single's range stays at its end.
+void move_particles(instruction_set set, swarm_particle (&particles)[swarm_size], double dt);

@@ -1,0 +1,68 @@
+// Each form of the swarm's kernel against the plain one, bit for bit.
+
+#include "effects/swarm_kernels.h"
+#include "faster_sets.h"
+#include "reference.h"
+
+#include <doctest/doctest.h>
+
+#include <cstring>
+#include <iterator>
+#include <limits>
+
+// Particles as far away as `reach`, some of them where they are special.
+static swarm_state scattered_swarm(uint32_t seed, double reach)
+{
+    swarm_state swarm = {};
+    uint32_t n = seed * 1000;
+    for (swarm_particle& particle : swarm.particles)
+        for (uint32_t k = 0; k < 3; ++k) {
+            particle.position[k] = static_cast<float>(static_cast<int32_t>(++n * 2654435761u) / 2147483648.0 * reach);
+            particle.velocity[k] = static_cast<float>(static_cast<int32_t>(++n * 2246822519u) / 2147483648.0);
+        }
+    swarm.particles[3] = {};                                                  // at the origin, at rest
+    swarm.particles[4] = {{-0.0f, 0.0f, -0.0f}, {-0.0f, -0.0f, 1.0f}};        // on both sides of it
+    swarm.particles[5] = {{1e-30f, -1e-30f, 0.0f}, {-1e-30f, 1e-30f, -0.0f}}; // about to cross
+    return swarm;
+}
+
+static bool moves_alike(instruction_set set, swarm_state swarm, double dt)
+{
+    swarm_state expected = swarm;
+    for (uint32_t step = 0; step < 5; ++step) {
+        move_particles(instructions_plain, expected.particles, dt);
+        move_particles(set, swarm.particles, dt);
+        if (std::memcmp(&swarm, &expected, sizeof swarm) != 0)
+            return false;
+    }
+    return true;
+}
+
+TEST_CASE("a swarm moves to the same places with all instructions")
+{
+    for (const instruction_set set : faster_sets())
+        for (const double reach : {1e-20, 0.01, 1.0, 10.0, 1e5, 9e14})
+            for (const double dt : {0.0, 1e-3, 0.5, 1.0, 77.7, 9e14})
+                for (uint32_t seed = 0; seed < 20; ++seed) {
+                    CAPTURE(static_cast<uint32_t>(set));
+                    CAPTURE(reach);
+                    CAPTURE(dt);
+                    CHECK(moves_alike(set, scattered_swarm(seed, reach), dt));
+                }
+}
+
+TEST_CASE("a swarm that reaches the end of its numbers stays there with all instructions")
+{
+    constexpr float largest = std::numeric_limits<float>::max();
+    for (const instruction_set set : faster_sets())
+        for (const float odd : {1e16f, largest, -largest, infinity, not_a_number})
+            for (uint32_t k = 0; k < 6; ++k) {
+                swarm_state swarm = scattered_swarm(1, 10.0);
+                (k < 3 ? swarm.particles[7].position : swarm.particles[31].velocity)[k % 3] = odd;
+                CAPTURE(static_cast<uint32_t>(set));
+                CAPTURE(odd);
+                CAPTURE(k);
+                CHECK(moves_alike(set, swarm, 1.5));
+                CHECK(moves_alike(set, swarm, static_cast<double>(largest)));
+            }
+}
