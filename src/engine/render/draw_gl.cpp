@@ -147,16 +147,17 @@ static void switch_others_off(uint32_t fed, gl_state& gl)
     gl.attributes_on &= fed;
 }
 
+// Positions first: their buffer is the one that is bound.
 static void feed_program(const draw_command& draw, const program_state& program, gl_state& gl)
 {
     uint32_t fed = 0;
-    for (uint32_t i = 0; i < texture_unit_count; ++i)
-        if (has_array(draw.coordinates[i]))
-            feed_attribute(program.texcoord[i], 2, draw.coordinates[i], fed, gl);
     feed_attribute(program.position, 3, resolved(draw.positions, gl.moved_positions), fed, gl);
     const array_source normals = resolved(draw.normals, gl.moved_normals);
     if (has_array(normals))
         feed_attribute(program.normal, 3, normals, fed, gl);
+    for (uint32_t i = 0; i < texture_unit_count; ++i)
+        if (has_array(draw.coordinates[i]))
+            feed_attribute(program.texcoord[i], 2, draw.coordinates[i], fed, gl);
     switch_others_off(fed, gl);
     for (uint32_t i = 0; i < texture_unit_count; ++i)
         if (!has_array(draw.coordinates[i]))
