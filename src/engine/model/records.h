@@ -298,6 +298,7 @@ struct shader_program {
     uint32_t fragment_shader;
     uint32_t program;
     uint32_t shared_program;     // stays 0
+    bool is_borrowed;            // the names are an earlier material's, which gives them back
     int32_t projection_location; // -1: the program has none
     int32_t modelview_location;
     int32_t position_location;

@@ -195,6 +195,9 @@ void release_shader_gl(shader_program& program)
 {
     if (glCreateShader == nullptr)
         return;
+    if (program.is_borrowed)
+        program.program = program.vertex_shader = program.fragment_shader = 0;
+    program.is_borrowed = false;
     if (program.program != 0)
         glDeleteProgram(program.program);
     if (program.vertex_shader != 0)

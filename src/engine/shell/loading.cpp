@@ -62,23 +62,31 @@ static void explain_failure(const document& d, uint32_t handle, const material_r
         options.remarks->push_back({section_materials, handle, has_custom_program(material), lines});
 }
 
-static void make_program(document& d, uint32_t handle, material_record& material, const loading_options& options)
+static void make_program(document_loader& loader, document& d, uint32_t handle, material_record& material)
 {
+    const loading_options& options = loader.options;
     shader_unit units[texture_unit_count];
     resolve_shader_units(material, d.object_table, d.texture_table, d.image_texture_table, d.dynamic_texture_table,
         d.cube_map_table, units);
     generate_shader(material, d.transform_table, units);
-    if (options.handover != nullptr && take_program(*options.handover, d, handle, material, units))
+    if (material.program == nullptr)
         return;
-    build_shader(material, units);
-    if (options.shader_log)
-        explain_failure(d, handle, material, units, options);
+    const source_key key = key_of_program(d, material, units);
+    if (share_program(loader.programs, key, d, material))
+        return;
+    if (options.handover == nullptr || !take_program(*options.handover, key, handle, material)) {
+        build_shader(material, units);
+        if (options.shader_log)
+            explain_failure(d, handle, material, units, options);
+    }
+    list_program(loader.programs, key, handle, material);
 }
 
 // ---- records ------------------------------------------------------------------------
 
-static void make_record(document& d, uint32_t section, uint32_t handle, const loading_options& options)
+static void make_record(document_loader& loader, document& d, uint32_t section, uint32_t handle)
 {
+    const loading_options& options = loader.options;
     assert(section >= 1 && section < no_more_sections);
     switch (static_cast<document_section>(section)) {
     case section_generated_images:
@@ -110,7 +118,7 @@ static void make_record(document& d, uint32_t section, uint32_t handle, const lo
         break;
     case section_materials:
         if (material_record* material = table_get(d.material_table, handle); material && options.glsl)
-            make_program(d, handle, *material, options);
+            make_program(loader, d, handle, *material);
         break;
     case section_mesh_effects:
         if (mesh_effect* effect = table_get(d.effect_table, handle))
@@ -162,7 +170,7 @@ read_step document_loader_step(document_loader& loader)
     if ((step == read_done || step == read_failed) && loader.options.remarks == nullptr)
         print_count_of_the_rest(reader);
     if (step == read_record)
-        make_record(*reader.target, reader.section, reader.handle, loader.options);
+        make_record(loader, *reader.target, reader.section, reader.handle);
     if (step == read_section_end && reader.section == section_texture_nodes) {
         if (loader.options.handover != nullptr)
             make_texture_graph_again(*loader.options.handover, *reader.target, loader.options.formats);

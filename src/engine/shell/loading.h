@@ -12,6 +12,7 @@
 #include "model/decode_ahead.h"
 #include "model/document_reader.h"
 #include "model/record_handover.h"
+#include "shell/shared_programs.h"
 
 #include <cstdint>
 #include <string>
@@ -41,7 +42,8 @@ struct document_loader {
     owned_decode_ahead ahead; // unpacks entries beside the reader; null: the reader does it alone
     document_reader reader;
     loading_options options;
-    size_t problems_seen; // of the reader's: printed, or passed over
+    program_list programs; // that the document has built
+    size_t problems_seen;  // of the reader's: printed, or passed over
     std::string error;    // the fatal line; empty while all is well
 };
 

@@ -1,6 +1,6 @@
 #include "shell/loading_again.h"
 
-#include "render/shader_source.h"
+#include "shell/shared_programs.h"
 #include "texgen/generators.h"
 #include "texgen/texture_graph.h"
 #include "texgen/texture_keys.h"
@@ -69,44 +69,9 @@ void make_texture_graph_again(record_handover& h, document& d, const texture_for
 
 // ---- programs ---------------------------------------------------------------------------
 
-// All that a program and its locations come from, and which of its uniforms are ever set: what nobody sets has to be
-// what it is in a new program.
-static source_key key_of_program(
-    const document& d, const material_record& material, const shader_unit units[texture_unit_count])
+bool take_program(record_handover& h, const source_key& key, uint32_t handle, const material_record& material)
 {
-    source_key key;
-    const shader_program& program = *material.program;
-    add_to_key(key, program.vertex_source, static_cast<size_t>(program.vertex_length));
-    add_to_key(key, program.fragment_source, static_cast<size_t>(program.fragment_length));
-    for (uint32_t i = 0; i < texture_unit_count; ++i) {
-        add_number(key, units[i].used);
-        add_number(key, units[i].cube_map);
-        add_number(key, material.cgenmode[i]);
-        add_number(key, material.rotation[i]);
-    }
-    add_number(key, table_get(d.transform_table, material.light1) != nullptr);
-    add_number(key, table_get(d.transform_table, material.light2) != nullptr);
-    for (const uint32_t function : program.uniform_functions)
-        add_number(key, function != 0);
-    return key;
-}
-
-// Its texts and functions are the material's own.
-static void adopt_program(const shader_program& known, shader_program& program)
-{
-    shader_program adopted = known;
-    adopted.vertex_source = program.vertex_source;
-    adopted.fragment_source = program.fragment_source;
-    std::copy_n(program.uniform_functions, user_uniform_count, adopted.uniform_functions);
-    program = adopted;
-}
-
-bool take_program(record_handover& h, const document& d, uint32_t handle, const material_record& material,
-    const shader_unit units[texture_unit_count])
-{
-    if (material.program == nullptr)
-        return false;
-    const uint32_t from = take_record(h, section_materials, handle, key_of_program(d, material, units));
+    const uint32_t from = take_record(h, section_materials, handle, key);
     if (from == 0)
         return false;
     adopt_program(*table_get(h.before->material_table, from)->program, *material.program);
@@ -138,7 +103,7 @@ static bool is_whole(const cube_map& cube)
 
 static bool is_whole(const material_record& material)
 {
-    return material.program != nullptr && material.program->program != 0;
+    return material.program != nullptr && material.program->program != 0 && !material.program->is_borrowed;
 }
 
 template <typename record_type>

@@ -14,7 +14,6 @@
 
 #include "model/capabilities.h"
 #include "model/record_handover.h"
-#include "render/shader_source.h"
 
 #include <cstdint>
 #include <vector>
@@ -35,7 +34,6 @@ void give_taken_back(record_handover& h, document& target);
 // pixels.
 void make_texture_graph_again(record_handover& h, document& d, const texture_format_table& formats);
 
-// Takes the program of a material whose texts are there. False: it has to be built. One that failed is built each time,
-// so that it is told each time.
-bool take_program(record_handover& h, const document& d, uint32_t handle, const material_record& material,
-    const shader_unit units[texture_unit_count]);
+// Takes the program of a material whose texts are there, by its key (key_of_program). False: it has to be built. One that
+// failed is built each time, so that it is told each time.
+bool take_program(record_handover& h, const source_key& key, uint32_t handle, const material_record& material);
