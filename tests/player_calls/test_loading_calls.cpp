@@ -132,6 +132,25 @@ document_free_generated_images()
             + image + freed);
 }
 
+TEST_CASE("everything that the show draws is drawn once behind its last record, before the loading screen goes")
+{
+    const auto warmed = [](const sdl_script& script) {
+        const played_run run = play(script, {.has_loading = true, .is_complete = true});
+        return lines_of(run.calls,
+            {"glCreateProgram", "glScissor", "glDraw", "glFinish", "document_free(loading", "compose_frame("});
+    };
+    const std::string unseen = "glScissor(0, 0, 0, 0)\n";
+    const std::string seen = "glScissor(0, 0, 800, 600)\nglFinish()\ndocument_free(loading.xmlz)\n";
+    CHECK(warmed(started(0))
+        == "\nglCreateProgram() = 301\nglCreateProgram() = 302\n" + unseen
+            + "glDrawElements(GL_LINES, 2, GL_UNSIGNED_SHORT, [0 0])\n" + seen + over);
+    sdl_script fixed = started(0);
+    fixed.clicks = {fixed_path_row, start_button};
+    const std::string calls = warmed(fixed);
+    CHECK(calls.starts_with(
+        "\n" + unseen + "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])\n" + seen + "compose_frame("));
+}
+
 TEST_CASE("the loading screen's OpenGL objects stay, as the show may be drawn with them; the show's go at its end")
 {
     const played_run run = play(started(0), {.has_loading = true, .is_complete = true});

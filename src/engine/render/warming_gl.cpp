@@ -109,23 +109,31 @@ static void draw_unseen(const frame& f, const draw_context& context, const frame
     glScissor(0, 0, static_cast<GLsizei>(view.width), static_cast<GLsizei>(view.height));
 }
 
-void warm_show_gl(document& d, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r)
+// The same with the targets as they will be.
+static void plan_with_lent(
+    const draw_context& context, const standing_state& standing, std::vector<warmed_target>& targets, frame& f)
 {
-    if (d.timeline == nullptr) // a pack without a production
-        return;
-    const draw_context context = context_for(d, caps, glsl);
-    const uint32_t unit_count = unit_limit(context.caps, glsl);
-    const unit_bindings bindings = ask_bindings(unit_count);
-    std::vector<warmed_target> targets = find_warmed_targets(d, view, context.caps);
     for (warmed_target& target : targets)
         target.lent = make_lent(target);
-    forget_objects(r.gl);
+    f = {};
+    plan_warming(context, standing, targets, f);
+}
+
+void warm_show_gl(document& d, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r)
+{
+    const draw_context context = context_for(d, caps, glsl);
+    std::vector<warmed_target> targets = find_warmed_targets(d, view, context.caps);
     frame f = {};
-    plan_warming(context, r.standing, targets, f);
-    if (!f.draws.empty()) {
-        draw_unseen(f, context, view, r.gl);
-        put_context_back(r.standing, glsl, r.gl);
-    }
+    plan_warming(context, r.standing, {}, f);
+    if (f.draws.empty()) // nor is OpenGL told anything
+        return;
+    const uint32_t unit_count = unit_limit(context.caps, glsl);
+    const unit_bindings bindings = ask_bindings(unit_count);
+    if (!targets.empty())
+        plan_with_lent(context, r.standing, targets, f);
+    forget_objects(r.gl);
+    draw_unseen(f, context, view, r.gl);
+    put_context_back(r.standing, glsl, r.gl);
     release_lent(targets);
     put_wraps_back(d, r.gl);
     put_bindings_back(bindings, unit_count);

@@ -101,9 +101,10 @@ static bool is_whole(const cube_map& cube)
     return cube.texture != 0;
 }
 
+// One that is borrowed has no key.
 static bool is_whole(const material_record& material)
 {
-    return material.program != nullptr && material.program->program != 0 && !material.program->is_borrowed;
+    return material.program != nullptr && material.program->program != 0;
 }
 
 template <typename record_type>
