@@ -7,7 +7,8 @@ Plays First Light from its start on both paths, with the driver's cache of shade
 the player does: everything is warmed while it is loaded (--cold-show: not). A scene lasts from one beginning of a clip
 to the next. Each is played twice in one process. In the second play nothing is new to the driver, so what its frames
 cost is the show's own; what a frame costs more the first time is a hitch ("own": above the goal in the second
-play, too). --scenes prints a row for each scene, not only the worst. Needs bench_hitches_gl (ninja bench_hitches_gl). Times are processor time of all threads.
+play, too). --scenes prints a row for each scene, not only the worst. Needs bench_hitches_gl (ninja bench_hitches_gl).
+Times are processor time of all threads.
 """
 import argparse
 import os
@@ -69,7 +70,8 @@ def main():
     options = parser.parse_args()
     options.pack = options.pack or os.path.join(options.build, 'productions', 'first-light', 'demo.dpk')
     missed = 0
-    print('path    cache  loading  warming | scenes  above %.0f  own | the worst: at   slowest   median  ratio  again' % GOAL)
+    print('path    cache  loading  warming | scenes  above %.0f  own | the worst: at   slowest   median  ratio  again'
+          % GOAL)
     for path in ('fixed', 'shaders'):
         with tempfile.TemporaryDirectory() as cache:
             for state in ('new', 'known'):
