@@ -82,14 +82,21 @@ static bool has_no_segment(uint8_t marker)
     return marker == marker_stuffed || (marker >= marker_first_restart && marker <= marker_start);
 }
 
+// What follows the next byte that may begin a marker; the picture's size: there is none.
+static uint32_t behind_prefix(const picture_bytes& jpeg, uint32_t at)
+{
+    assert(at < jpeg.size);
+    const void* found = std::memchr(jpeg.data + at, marker_prefix, jpeg.size - at);
+    return found != nullptr ? static_cast<uint32_t>(static_cast<const uint8_t*>(found) - jpeg.data) + 1 : jpeg.size;
+}
+
 // Goes from marker to marker: over the segments by their lengths, so that nothing inside of
-// one is taken for a marker, and through the coded picture byte by byte.
+// one is taken for a marker, and through the coded picture by its bytes.
 static bool jpeg_is_harmless(const picture_bytes& jpeg)
 {
     uint32_t at = 0;
     while (at < jpeg.size) {
-        if (jpeg.data[at++] != marker_prefix)
-            continue;
+        at = behind_prefix(jpeg, at);
         while (byte_at(jpeg, at) == marker_prefix)
             ++at;
         const auto marker = static_cast<uint8_t>(byte_at(jpeg, at++));
