@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <sched.h>
+#include <set>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -87,6 +89,44 @@ TEST_CASE("Processors that the process may not use are none")
     CHECK(worker.threads.size() == 1);
     CHECK(worker_end(worker));
     REQUIRE(sched_setaffinity(0, sizeof before, &before) == 0);
+}
+
+// The threads of this process, by their numbers.
+static std::set<id_t> all_threads()
+{
+    std::set<id_t> found;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task"))
+        found.insert(static_cast<id_t>(std::stoul(task.path().filename().string())));
+    return found;
+}
+
+// How nice those are that were not there before.
+static std::vector<int> niceness_of_new(const std::set<id_t>& before)
+{
+    std::vector<int> niceness;
+    for (const id_t thread : all_threads())
+        if (!before.contains(thread))
+            niceness.push_back(getpriority(PRIO_PROCESS, thread));
+    return niceness;
+}
+
+TEST_CASE("Threads that pack pictures give way to those that draw, and those that hand them on do not")
+{
+    const int ours = getpriority(PRIO_PROCESS, 0);
+    for (const worker_kind kind : {worker_files, worker_flashes, worker_video, worker_stream}) {
+        const std::set<id_t> before = all_threads();
+        picture_worker worker;
+        worker.kind = kind;
+        worker_begin(worker);
+        const bool gives_way = kind == worker_files || kind == worker_flashes;
+        const std::vector<int> expected(worker.threads.size(), ours + (gives_way ? 10 : 0));
+        usleep(30000); // time for those to be nice that should not
+        for (int tries = 0; tries < 500 && niceness_of_new(before) != expected; ++tries)
+            usleep(2000); // until all have begun
+        CHECK(niceness_of_new(before) == expected);
+        CHECK(worker_end(worker));
+    }
+    CHECK(getpriority(PRIO_PROCESS, 0) == ours);
 }
 
 TEST_CASE("Pictures that are large are few at a time")

@@ -9,8 +9,10 @@
 #include <cerrno>
 #include <cstring>
 #include <sched.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+constexpr int less_than_drawing = 10; // a step of nice(1) is a fourth of a processor's share
 constexpr uint32_t most_file_threads = 64;
 constexpr uint64_t most_bytes_in_work = uint64_t{4} << 30; // of pictures that wait or are packed
 constexpr uint64_t pictures_a_thread = 4; // one that waits, one that it has, and that one filtered and packed
@@ -62,8 +64,17 @@ static bool do_job(picture_worker& worker, const picture_worker::job& job, std::
 
 // ---- the threads ---------------------------------------------------------------------------
 
+// Packing takes what the drawing leaves free. As equals the two share processors in the midst of
+// a frame, which then comes later, and nobody has work while the next one is begun.
+static void give_way_to_drawing()
+{
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), less_than_drawing); // of this thread; refused, it stays
+}
+
 static void work(picture_worker* worker)
 {
+    if (worker->kind == worker_files || worker->kind == worker_flashes)
+        give_way_to_drawing();
     for (;;) {
         std::unique_lock lock(worker->guard);
         while (worker->jobs.empty() && !worker->ending)
