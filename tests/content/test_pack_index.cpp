@@ -74,10 +74,13 @@ static void print_look_up(const pack_file* pack, const std::string& name)
     uint32_t size = 0;
     const pack_status status = pack_read_entry(pack, name.c_str(), &bytes, &size);
     const owned_block<uint8_t> block(bytes);
-    if (status == pack_found)
-        std::fputs("found ", stdout);
-    std::fwrite(bytes, 1, status == pack_found ? size : 0, stdout);
-    std::puts(status == pack_found ? "" : status == pack_damaged ? "damaged" : "missing");
+    if (status != pack_found) {
+        std::puts(status == pack_damaged ? "damaged" : "missing");
+        return;
+    }
+    std::fputs("found ", stdout);
+    std::fwrite(bytes, 1, size, stdout);
+    std::puts("");
 }
 
 static uint32_t below(std::mt19937& chance, size_t limit)

@@ -138,7 +138,7 @@ TEST_CASE("documents give the trees and faults of the plain reader")
 {
     std::mt19937 chance(2);
     uint32_t different = 0;
-    for (uint32_t n = 0; n < 20000; ++n) {
+    for (uint32_t n = 0; n < 10000; ++n) {
         const std::string text = random_document(chance);
         if (!reads_alike(text) || !faults_alike(text)) {
             ++different;
@@ -151,7 +151,7 @@ TEST_CASE("documents give the trees and faults of the plain reader")
 TEST_CASE("a text ends for both readers where the items do")
 {
     std::mt19937 chance(3);
-    for (uint32_t n = 0; n < 20000; ++n) {
+    for (uint32_t n = 0; n < 5000; ++n) {
         const std::string text = random_document(chance);
         const uint32_t most = below(chance, 40);
         if (!reads_alike(text, most))
