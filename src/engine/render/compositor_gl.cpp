@@ -131,6 +131,7 @@ void draw_lasting_gl(const draw_context& context, renderer& r)
 void draw_frame(const frame_layers& layers, const draw_context& context, renderer& r, frame_cost_record* costs)
 {
     assert(context.d != nullptr && layers.layer_count <= track_count);
+    r.gl.drawn_material = no_index; // numbers are of this frame
     uint32_t next = 0;
     for (uint32_t i = 0; i < layers.layer_count; ++i) {
         assert(next <= r.f.command_end[i] && r.f.command_end[i] <= r.f.commands.size());

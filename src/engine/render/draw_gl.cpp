@@ -225,12 +225,16 @@ void draw_mesh_gl(const frame& f, const draw_command& draw, const gl_caps& caps,
     load_projection_gl(view.projection, gl);
     point_vertices(draw, gl);
     bind_element_buffer_gl(draw.indices.buffer, gl);
+    const bool stands = gl.drawn_material == draw.material;
+    gl.drawn_material = draw.material;
     if (!glsl) {
-        set_material_fixed_gl(material, caps, gl);
+        if (!stands)
+            set_material_fixed_gl(material, caps, gl);
         point_coordinates(draw, material, gl);
         return draw_copies_fixed(f, draw, gl);
     }
-    set_material_glsl_gl(material, gl);
+    if (!stands)
+        set_material_glsl_gl(material, gl);
     if (draw.program == no_index) {
         use_no_program_gl(gl);
         switch_others_off(0, gl);

@@ -86,6 +86,10 @@ struct gl_state {
     float modelview[16] = {};
     known_light lights[2];
 
+    // The state that the last mesh of the frame at hand was drawn with, told whole. Planning writes
+    // down another one behind whatever binds textures itself.
+    uint32_t drawn_material = no_index;
+
     uint32_t active_unit = unknown_name;
     uint32_t client_unit = unknown_name;
     known_unit units[texture_unit_count];
