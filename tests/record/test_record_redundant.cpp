@@ -9,7 +9,11 @@
 #include <string>
 #include <vector>
 
+namespace {
+
 using lines = std::vector<std::string>;
+
+} // namespace
 
 // ---- the test's own eyes ------------------------------------------------------------------
 

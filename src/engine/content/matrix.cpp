@@ -40,10 +40,14 @@ constexpr double step = 0x1p-52; // of double precision, relative
 
 // The same of a column of four.
 
+namespace {
+
 using four_singles = float __attribute__((vector_size(16)));
 using four_bits = int32_t __attribute__((vector_size(16)));
 using four_doubles = double __attribute__((vector_size(32)));
 using four_long_bits = int64_t __attribute__((vector_size(32)));
+
+} // namespace
 
 FAST_INLINE void load_four(const float from[4], four_singles& column)
 {
