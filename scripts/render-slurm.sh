@@ -34,7 +34,7 @@ export LP_NUM_THREADS=${LP_NUM_THREADS:-$cpus}
 run() { # NAME LOG COMMAND-LINE [OPTION ...]; waits for the job, and has its status: of an array the greatest
     local name=$1 log=$2 command=$3
     shift 3
-    sbatch --wait --parsable --job-name="$name" --output="$logs.$log.log" "$@" --wrap "exec $command" >/dev/null
+    sbatch --wait --job-name="$name" --output="$logs.$log.log" "$@" --wrap "exec $command"
 }
 run brimlow-render %a "$(printf '%q ' "$here/render-segment.sh") \$SLURM_ARRAY_TASK_ID $(printf '%q ' "$segments" "$@")" \
     --array="0-$((segments - 1))" --cpus-per-task="$cpus" || fail "a segment was not rendered: see $output.*.log"
