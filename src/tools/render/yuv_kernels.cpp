@@ -18,6 +18,7 @@ static void split_plain(const uint8_t* rgb, const split_row& to, size_t begin, s
 namespace {
 
 using sixteen_bytes = uint8_t __attribute__((vector_size(16)));
+using thirty_two_bytes = uint8_t __attribute__((vector_size(32)));
 
 struct three_vectors {
     sixteen_bytes v[3];
@@ -49,8 +50,6 @@ static void split_sse2(const uint8_t* rgb, const split_row& to, size_t count)
     }
     split_plain(rgb, to, n, count);
 }
-
-using thirty_two_bytes = uint8_t __attribute__((vector_size(32)));
 
 // Sixteen bytes, and those 48 behind them: the same ones of the next sixteen pixels.
 FAST_AVX2 static inline thirty_two_bytes twice_sixteen(const uint8_t* from)
