@@ -184,6 +184,17 @@ def check_keys(pages, source):
 
 # ---- listings --------------------------------------------------------------------------------------
 
+def commands_of(page):
+    """The scripts of ours that a table's rows begin with."""
+    return re.findall(r'^\| `((?:scripts|bench)/[\w.-]+)', page, re.M)
+
+
+def check_commands(root, page):
+    """Commands are typed as they stand there, so each is a program."""
+    return ['CONTRIBUTING.md: %s cannot be run as it stands there' % name for name in commands_of(page)
+            if not os.access(os.path.join(root, name), os.X_OK)]
+
+
 def bare(document):
     """Without comments and blanks between elements."""
     return re.sub(r'>\s+<', '><', re.sub(r'<!--.*?-->', '', document, flags=re.S)).strip()
@@ -229,6 +240,8 @@ def check_the_checker():
     assert check_whole_document(whole, '<production><a/></production>') == []
     assert check_whole_document(whole, '<production><b/></production>') != []
     assert check_whole_document('', '<production/>') != []
+    assert commands_of('| `bench/run`, or `bench/run X` | a |\n| `scripts/a-b.py --c` | `scripts/d` |\n') \
+        == ['bench/run', 'scripts/a-b.py']
 
 
 def main():
@@ -247,6 +260,7 @@ def main():
     wrong += check_links(root, {name: read(name) for name in ['README.md', 'CONTRIBUTING.md']
                                 + ['docs/' + name for name in names]})
     wrong += check_front_page(read('README.md'), names)
+    wrong += check_commands(root, read('CONTRIBUTING.md'))
     wrong += check_explanations(pages['documents.md'], read('src', 'engine', 'model', 'catalogues.cpp'))
     wrong += check_contents(pages['documents.md'])
     wrong += check_whole_document(pages['documents.md'], read('productions', 'examples', 'document', 'demo.xml'))
