@@ -4,6 +4,8 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <malloc.h>
 
@@ -83,35 +85,37 @@ TEST_CASE("what a failed load took from the show before is there to be taken aga
     CHECK(stage_count_names() == names);
 }
 
-// Bytes that are taken and not given back; what a sanitizer takes is its own matter, and 0.
+// Bytes that are taken and not given back, in the heap and in blocks of their own: the C library moves large ones from
+// there to here in the middle of a run. What a sanitizer takes is its own matter, and 0.
 static size_t memory_in_use()
 {
-    return mallinfo2().uordblks;
+    glFinish();
+    const struct mallinfo2 m = mallinfo2();
+    return m.uordblks + m.hblkhd;
 }
 
-TEST_CASE("five hundred loads in turn, of which every third fails, lose no name and no memory")
+TEST_CASE("six hundred loads in turn, of which every third fails, lose no name and no memory")
 {
     const show_build shows[] = {built_from("first-light", {}),
         built_from("first-light", {{"palette.lua", "0.86, 0.46", "0.36, 0.46"}}), built_from("examples/many", {})};
     const std::vector<show_build> failing = failing_builds();
     stage_bench b(true);
     uint32_t names = 0;
-    size_t memory = 0;
-    for (uint32_t n = 0; n < 500; ++n) {
+    size_t least[3] = {SIZE_MAX, SIZE_MAX, SIZE_MAX}; // of each two hundred: what is taken for a moment does not count
+    for (uint32_t n = 0; n < 600; ++n) {
         std::string problem;
         const show_build& next = n % 3 == 2 ? failing[n / 3 % failing.size()] : shows[n % 50 == 49 ? 2 : n % 2];
         CHECK(stage_load(b.s, next, problem) == (n % 3 != 2));
         if (n % 10 == 0)
             stage_draw(b.s, 0);
-        if (n % 100 != 3) // a First Light each time
+        if (n % 20 != 3)
             continue;
         CAPTURE(n);
         if (n > 100)
             CHECK(stage_count_names() == names);
         else
             names = stage_count_names();
-        if (n == 403) // the driver has all that it keeps for itself by 303
-            CHECK(memory_in_use() < memory + (size_t{1} << 20));
-        memory = memory_in_use();
+        least[n / 200] = std::min(least[n / 200], memory_in_use());
     }
+    CHECK(least[2] < least[1] + (size_t{1} << 20)); // the driver has all that it keeps for itself by 200
 }
