@@ -23,7 +23,8 @@ static const char* read_entry_name(const document_place& at, const xml_node& nod
     return name;
 }
 
-static bool fail_at_entry(const document_place& at, const char* name, pack_status status)
+// False, with the problem told, unless the pack gave what was asked of its entry.
+static bool check_entry(const document_place& at, const char* name, pack_status status)
 {
     switch (status) {
     case pack_found:
@@ -44,7 +45,7 @@ static bool fail_at_entry(const document_place& at, const char* name, pack_statu
 static bool find_entry(const document_place& at, const char* name, pack_slot& entry)
 {
     assert(name != nullptr);
-    return fail_at_entry(at, name, pack_find_entry(at.reader.pack, name, entry));
+    return check_entry(at, name, pack_find_entry(at.reader.pack, name, entry));
 }
 
 static bool read_entry(const document_place& at, const char* name, const pack_slot& entry, owned_block<uint8_t>& bytes)
@@ -52,7 +53,7 @@ static bool read_entry(const document_place& at, const char* name, const pack_sl
     uint8_t* block = nullptr;
     const pack_status status = pack_read_slot_bytes(at.reader.pack, entry, &block);
     bytes.reset(block);
-    return fail_at_entry(at, name, status);
+    return check_entry(at, name, status);
 }
 
 // Entries may be named again and again, so the sum of what they unfold to is bounded.
