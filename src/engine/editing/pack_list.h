@@ -29,5 +29,5 @@ void pack_file_list_free(pack_file_list* list);  // null does nothing
 void pack_file_list_clear(pack_file_list* list); // `list` itself stays, as an empty list
 
 // All names of a pack in index order, taken from no directory; an empty list for a null pack.
-// Prints "unexpected error" for an index that ends without a terminator. The stream's position moves.
+// Prints "unexpected error" for an index that ends without a terminator.
 pack_file_list* pack_list_names(const pack_file* pack);
