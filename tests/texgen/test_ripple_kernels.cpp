@@ -47,10 +47,16 @@ TEST_CASE("rippled rows have the same bytes with all instructions, at any size a
     std::vector<double> scattered;
     for (uint32_t n = 0; n < 500; ++n)
         scattered.push_back(static_cast<double>(static_cast<int32_t>(n * 2654435761u)) / 2147483648.0);
+    std::vector<double> rounded; // with y they do not fit a double, so that the fractions change from row to row
+    for (const double shift : scattered)
+        rounded.push_back(shift / 3.0);
+    std::vector<double> halves(ripple_run); // the same, behind columns that stand still
+    for (uint32_t x = ripple_run / 2; x < ripple_run; ++x)
+        halves[(x * 7 + 3) % ripple_run] = rounded[x];
     for (const instruction_set set : faster_sets())
         for (const uint32_t size : {1u, 2u, 3u, 5u, 17u, 63u, 64u, 65u, 130u, 256u})
             for (const bool flat : {false, true})
-                for (const std::vector<double>& shifts : {none, whole, tiny, scattered}) {
+                for (const std::vector<double>& shifts : {none, whole, tiny, scattered, rounded, halves}) {
                     const std::vector<uint8_t> source = source_picture(size, flat);
                     CAPTURE(static_cast<uint32_t>(set));
                     CAPTURE(size);
