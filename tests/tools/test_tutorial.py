@@ -4,7 +4,7 @@
     test_tutorial.py FOLDER_OF_PROGRAMS ROOT [--write]
 
 Commands stand behind "$ " in blocks of `console`; below each is what it shows, and "..." stands for any lines. How many
-bytes or entries something has is not compared. `<!-- write: FILE -->`, `<!-- append: FILE -->` and
+bytes something has is not compared. `<!-- write: FILE -->`, `<!-- append: FILE -->` and
 `<!-- first line: FILE -->` before a listing say what becomes of it. --write puts what is shown into the page.
 """
 import os
@@ -14,7 +14,7 @@ import sys
 import tempfile
 
 BLOCK = re.compile(r'^(?:<!-- ([a-z ]+): (\S+) -->\n)?```(\w+)\n(.*?)^```\n', re.S | re.M)
-COUNTS = re.compile(r'[\d,]+(?= (?:entries|bytes|seconds))|^ +\d+(?=  )', re.M)
+COUNTS = re.compile(r'[\d,]+(?= (?:bytes|seconds))|^ +\d+(?=  )', re.M)
 
 
 def commands_of(block):
@@ -72,7 +72,8 @@ def follow(page, folder, environment):
 def check_the_checker():
     assert commands_of('$ a\n1\n2\n$ b\n') == [('a', '1\n2\n'), ('b', '')]
     assert is_shown('a\n...\n', 'a\nb\nc\n') and not is_shown('a\n', 'b\n') and not is_shown('', 'b\n')
-    assert is_shown('x: 12 entries\n', 'x: 7 entries\n') and not is_shown('x:12: no\n', 'x:13: no\n')
+    assert is_shown('x: 12 bytes\n', 'x: 7 bytes\n') and not is_shown('x: 12 entries\n', 'x: 7 entries\n')
+    assert not is_shown('x:12: no\n', 'x:13: no\n')
 
 
 def main():
