@@ -3,7 +3,9 @@
 
 Nothing is installed or built: those two steps are replaced."""
 
+import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -208,6 +210,16 @@ class PlayTest(unittest.TestCase):
         self.refuses("the folder shut cannot be read.", "shut", user=user)
         self.refuses("the pack open/a.dpk cannot be read.", "open/a.dpk", user=user)
         os.chmod(os.path.join(self.folder, "shut"), 0o755)
+
+    def test_a_preset_has_again_what_playing_left_out_of_the_build(self):
+        with open(os.path.join(ROOT, "scripts", "setup.sh"), encoding="utf-8") as file:
+            left_out = re.findall(r"-D (BRIMLOW_\w+)=", file.read())
+        with open(os.path.join(ROOT, "CMakePresets.json"), encoding="utf-8") as file:
+            base = json.load(file)["configurePresets"][0]
+        self.assertEqual(base["name"], "base")
+        self.assertEqual(len(left_out), 2)
+        for option in left_out:  # or it would stay as it was found in the folder
+            self.assertEqual(base["cacheVariables"].get(option), "ON")
 
 
 if __name__ == "__main__":
