@@ -35,7 +35,7 @@ byte_scale make_byte_scale(float scale)
     if (!(scale >= 0.0f && scale < 2147483648.0f))
         return {};
     const double whole = std::floor(static_cast<double>(scale));
-    const double part = std::min((scale - whole) * 65536.0, 65535.0);
+    const double part = (scale - whole) * 65536.0; // below 65,536, since a single has 24 bits
     byte_scale fixed = {static_cast<uint16_t>(std::min(whole, 255.0)), static_cast<uint16_t>(part), true};
     if (agrees_on_all_bytes(fixed, scale))
         return fixed;
