@@ -8,6 +8,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 // ---- the walk ----------------------------------------------------------------------
 
@@ -201,4 +202,22 @@ TEST_CASE("no more slots are kept than are asked for, and all that fit are")
     CHECK(whole->slots.size() == 3000 * pack_slot_size);
     CHECK(whole->end == pack_index_terminated);
     CHECK(printed_on(stdout, [&] { print_look_up(every.get(), "x"); }) == "missing\n");
+}
+
+TEST_CASE("a pack that changes while it is open is read by the index and the size that it had")
+{
+    constexpr uint32_t begin = pack_index_offset + 2 * pack_slot_size + pack_name_size;
+    const std::string slots = slot_bytes("near", begin, begin + 3) + slot_bytes("far", begin + 4, begin + 8);
+    const pack_in_file pack("DP\1" + slots + std::string(pack_name_size, '\0') + "nearthere");
+    const auto look_up
+        = [&pack](const char* name) { return printed_on(stdout, [&] { print_look_up(pack.pack, name); }); };
+    CHECK(look_up("far") == "found there\n");
+    const std::string others = slot_bytes("new", begin, begin + 3) + slot_bytes("far", begin, begin + 20);
+    write_bytes(pack.path, "DP\1" + others + std::string(pack_name_size, '\0') + "somewhere, and more");
+    CHECK(look_up("new") == "missing\n");
+    CHECK(look_up("near") == "found some\n");
+    CHECK(look_up("far") == "found where\n");
+    REQUIRE(truncate(pack.path.c_str(), begin + 8) == 0);
+    CHECK(look_up("near") == "found some\n");
+    CHECK(look_up("far") == "damaged\n");
 }
