@@ -449,10 +449,32 @@ TEST_CASE("Turns that end near the boundary between two numbers give the bits of
         if (std::fabs(s) < 0.1L || std::fabs(c) < 0.1L)
             continue;
         const float b = static_cast<float>((boundary_at(a * c) - a * c) / s); // tiny: fills a c up
+        const float b_of_sine = static_cast<float>((boundary_at(a * s) - a * s) / -c);
         float m[16] = {a, 0, 0, 0, b};
+        float of_sine[16] = {a, 0, 0, 0, b_of_sine};
         rotate_z(m, angle);
+        rotate_z(of_sine, angle);
         CAPTURE(angle);
         REQUIRE(m[0] == static_cast<float>(a * c + b * s));
+        REQUIRE(of_sine[4] == static_cast<float>(b_of_sine * c - a * s));
+    }
+}
+
+// There the sine is so small that the last bit of the radians, as extended precision rounds them, is seen in it.
+TEST_CASE("Turns close to many half turns give the bits of extended precision")
+{
+    number_source source;
+    for (int half_turns = 1; half_turns <= 5555; ++half_turns) {
+        const float angle = 180.0f * static_cast<float>(half_turns);
+        const auto [s, c] = extended_turn(angle);
+        CAPTURE(angle);
+        for (int i = 0; i < 40; ++i) {
+            const float b = next_number(source);
+            float m[16] = {0, 0, 0, 0, b};
+            rotate_z(m, angle);
+            REQUIRE(m[0] == static_cast<float>(b * s));
+            REQUIRE(m[4] == static_cast<float>(b * c));
+        }
     }
 }
 
@@ -498,6 +520,10 @@ TEST_CASE("Normal matrices have the bits of extended precision, boundaries inclu
             m[1] = 1.0f;
             const long double a = m[0], d = m[5];
             m[4] = static_cast<float>(a * d - d / boundary_at(1.0L / a));
+        } else if (i % 4 == 1) { // nearly flat: what is left of the determinant's sum has lost half of its digits
+            const float first = next_number(source), second = next_number(source), left = 1.0e-6f;
+            for (int r = 0; r < 3; ++r)
+                m[8 + r] = first * m[r] + second * m[4 + r] + left * m[8 + r];
         }
         float expected[9];
         if (!extended_inverse(m, expected))
