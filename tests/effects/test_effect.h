@@ -6,6 +6,7 @@
 #include "effects/mesh_effect_kinds.h"
 #include "texgen/cosine_table.h"
 
+#include <array>
 #include <cstdlib>
 #include <vector>
 
@@ -42,6 +43,25 @@ inline water_state& water(test_effect& effect)
 inline swarm_state& swarm(test_effect& effect)
 {
     return *static_cast<swarm_state*>(effect.e.state);
+}
+
+// A particle's place and velocity: x, y, z, vx, vy, vz.
+inline std::array<float, 6> particle(const swarm_state& swarm, uint32_t i)
+{
+    std::array<float, 6> values;
+    for (uint32_t axis = 0; axis < 3; ++axis) {
+        values[axis] = swarm.axes[axis].position[i];
+        values[3 + axis] = swarm.axes[axis].velocity[i];
+    }
+    return values;
+}
+
+inline void place_particle(swarm_state& swarm, uint32_t i, const std::array<float, 6>& values)
+{
+    for (uint32_t axis = 0; axis < 3; ++axis) {
+        swarm.axes[axis].position[i] = values[axis];
+        swarm.axes[axis].velocity[i] = values[3 + axis];
+    }
 }
 
 inline std::vector<float> positions(const test_effect& effect)

@@ -77,56 +77,50 @@ TEST_CASE("particles are drawn x, y, z, vx, vy, vz, one after the other")
     for (uint32_t i = 0; i < swarm_size; ++i) {
         for (uint32_t axis = 0; axis < 3; ++axis) {
             const auto expected = static_cast<float>(random_real() * 10);
-            wrong += swarm(effect).particles[i].position[axis] != expected
+            wrong += swarm(effect).axes[axis].position[i] != expected
                 || effect.e.mesh.positions[3 * i + axis] != expected;
         }
         for (uint32_t axis = 0; axis < 3; ++axis)
-            wrong += swarm(effect).particles[i].velocity[axis] != static_cast<float>(random_real() * 0.1);
+            wrong += swarm(effect).axes[axis].velocity[i] != static_cast<float>(random_real() * 0.1);
     }
     CHECK(wrong == 0);
     CHECK(swarm(effect).last == 0.0f);
 }
 
-static void place(test_effect& effect, const std::array<float, 6>& values)
-{
-    std::copy_n(values.begin(), 3, swarm(effect).particles[0].position);
-    std::copy_n(values.begin() + 3, 3, swarm(effect).particles[0].velocity);
-}
-
 TEST_CASE("a particle at the origin is pulled with strength 1")
 {
     test_effect effect(mesh_effect_particles);
-    place(effect, {0.0f, 0.0f, 0.0f, 0.5f, -0.5f, 0.0f});
+    place_particle(swarm(effect), 0, {0.0f, 0.0f, 0.0f, 0.5f, -0.5f, 0.0f});
     step(effect, 0.5f);
-    const swarm_particle& p = swarm(effect).particles[0];
-    CHECK(p.position[0] == 0.25f);
-    CHECK(p.position[1] == -0.25f);
-    CHECK(p.position[2] == 0.0f);
-    CHECK(p.velocity[0] == 0.0f);
-    CHECK(p.velocity[1] == 0.0f);
-    CHECK(p.velocity[2] == -0.5f); // a coordinate of 0 counts as positive
+    const std::array<float, 6> p = particle(swarm(effect), 0);
+    CHECK(p[0] == 0.25f);
+    CHECK(p[1] == -0.25f);
+    CHECK(p[2] == 0.0f);
+    CHECK(p[3] == 0.0f);
+    CHECK(p[4] == 0.0f);
+    CHECK(p[5] == -0.5f); // a coordinate of 0 counts as positive
 }
 
 TEST_CASE("a particle is pulled by its old radius toward the side opposite to its new coordinate")
 {
     test_effect effect(mesh_effect_particles);
-    place(effect, {2.0f, 0.0f, 0.0f, -3.0f, 0.0f, 0.0f}); // 2 / 4 = 0.5
+    place_particle(swarm(effect), 0, {2.0f, 0.0f, 0.0f, -3.0f, 0.0f, 0.0f}); // 2 / 4 = 0.5
     step(effect, 1.0f);
-    CHECK(swarm(effect).particles[0].position[0] == -1.0f);
-    CHECK(swarm(effect).particles[0].velocity[0] == -2.5f);
+    CHECK(swarm(effect).axes[0].position[0] == -1.0f);
+    CHECK(swarm(effect).axes[0].velocity[0] == -2.5f);
 }
 
 TEST_CASE("the swarm's time counts both ways, and the mesh shows the new positions")
 {
     test_effect effect(mesh_effect_particles);
-    place(effect, {2.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f});
+    place_particle(swarm(effect), 0, {2.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f});
     step(effect, -2.0f);
-    CHECK(swarm(effect).particles[0].position[0] == 4.0f);
+    CHECK(swarm(effect).axes[0].position[0] == 4.0f);
     CHECK(swarm(effect).last == -2.0f);
     CHECK(effect.e.mesh.positions[0] == 4.0f);
     step(effect, -2.0f); // no time, no change
     CHECK(effect.e.mesh.positions[0] == 4.0f);
-    CHECK(swarm(effect).particles[0].velocity[0] == 0.0f);
+    CHECK(swarm(effect).axes[0].velocity[0] == 0.0f);
 }
 
 TEST_CASE("the swarm follows its rules for 300 updates and stays near the origin")
@@ -134,8 +128,8 @@ TEST_CASE("the swarm follows its rules for 300 updates and stays near the origin
     std::srand(8);
     test_effect effect(mesh_effect_particles);
     std::vector<std::array<float, 6>> reference;
-    for (const swarm_particle& p : swarm(effect).particles)
-        reference.push_back({p.position[0], p.position[1], p.position[2], p.velocity[0], p.velocity[1], p.velocity[2]});
+    for (uint32_t i = 0; i < swarm_size; ++i)
+        reference.push_back(particle(swarm(effect), i));
     uint32_t wrong = 0;
     float farthest = 0.0f;
     for (int time = 1; time <= 300; ++time) {
@@ -153,7 +147,7 @@ TEST_CASE("the swarm follows its rules for 300 updates and stays near the origin
                 wrong += std::fabs(computed - p[axis]) > 1e-3f;
                 farthest = std::max(farthest, std::fabs(computed));
                 p[axis] = computed; // rounding may differ in the last bit: start again from the same place
-                p[3 + axis] = swarm(effect).particles[i].velocity[axis];
+                p[3 + axis] = swarm(effect).axes[axis].velocity[i];
             }
         }
         CHECK(all_finite(positions(effect)));

@@ -3,6 +3,7 @@
 #include "effects/swarm_kernels.h"
 #include "faster_sets.h"
 #include "reference.h"
+#include "test_effect.h"
 
 #include <doctest/doctest.h>
 
@@ -15,24 +16,27 @@ static swarm_state scattered_swarm(uint32_t seed, double reach)
 {
     swarm_state swarm = {};
     uint32_t n = seed * 1000;
-    for (swarm_particle& particle : swarm.particles)
-        for (uint32_t k = 0; k < 3; ++k) {
-            particle.position[k] = static_cast<float>(static_cast<int32_t>(++n * 2654435761u) / 2147483648.0 * reach);
-            particle.velocity[k] = static_cast<float>(static_cast<int32_t>(++n * 2246822519u) / 2147483648.0);
+    for (uint32_t i = 0; i < swarm_size; ++i)
+        for (swarm_axis& axis : swarm.axes) {
+            axis.position[i] = static_cast<float>(static_cast<int32_t>(++n * 2654435761u) / 2147483648.0 * reach);
+            axis.velocity[i] = static_cast<float>(static_cast<int32_t>(++n * 2246822519u) / 2147483648.0);
         }
-    swarm.particles[3] = {};                                                  // at the origin, at rest
-    swarm.particles[4] = {{-0.0f, 0.0f, -0.0f}, {-0.0f, -0.0f, 1.0f}};        // on both sides of it
-    swarm.particles[5] = {{1e-30f, -1e-30f, 0.0f}, {-1e-30f, 1e-30f, -0.0f}}; // about to cross
+    place_particle(swarm, 3, {0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f});            // at the origin, at rest
+    place_particle(swarm, 4, {-0.0f, 0.0f, -0.0f, -0.0f, -0.0f, 1.0f});        // on both sides of it
+    place_particle(swarm, 5, {1e-30f, -1e-30f, 0.0f, -1e-30f, 1e-30f, -0.0f}); // about to cross
     return swarm;
 }
 
 static bool moves_alike(instruction_set set, swarm_state swarm, double dt)
 {
     swarm_state expected = swarm;
+    float vertices[3 * swarm_size];
+    float expected_vertices[3 * swarm_size];
     for (uint32_t step = 0; step < 5; ++step) {
-        move_particles(instructions_plain, expected.particles, dt);
-        move_particles(set, swarm.particles, dt);
-        if (std::memcmp(&swarm, &expected, sizeof swarm) != 0)
+        move_particles(instructions_plain, expected.axes, dt, expected_vertices);
+        move_particles(set, swarm.axes, dt, vertices);
+        if (std::memcmp(&swarm, &expected, sizeof swarm) != 0
+            || std::memcmp(vertices, expected_vertices, sizeof vertices) != 0)
             return false;
     }
     return true;
@@ -58,7 +62,7 @@ TEST_CASE("a swarm that reaches the end of its numbers stays there with all inst
         for (const float odd : {1e16f, largest, -largest, infinity, not_a_number})
             for (uint32_t k = 0; k < 6; ++k) {
                 swarm_state swarm = scattered_swarm(1, 10.0);
-                (k < 3 ? swarm.particles[7].position : swarm.particles[31].velocity)[k % 3] = odd;
+                (k < 3 ? swarm.axes[k].position[7] : swarm.axes[k - 3].velocity[31]) = odd;
                 CAPTURE(static_cast<uint32_t>(set));
                 CAPTURE(odd);
                 CAPTURE(k);

@@ -65,14 +65,15 @@ void step_swirl(mesh_effect& effect, float x, float y);
 
 constexpr uint32_t swarm_size = 32;
 
-struct swarm_particle {
-    float position[3];
-    float velocity[3]; // per unit of time
+// A coordinate of all particles, and its velocity per unit of time.
+struct swarm_axis {
+    float position[swarm_size];
+    float velocity[swarm_size];
 };
 
 struct swarm_state {
     float last; // time of the last update
-    swarm_particle particles[swarm_size];
+    swarm_axis axes[3];
 };
 
 void init_swarm(mesh_effect& effect);

@@ -58,21 +58,13 @@ void step_swirl(mesh_effect& effect, float x, float y)
 
 // ---- "Particles": a swarm pulled toward the origin ---------------------------------------
 
-static void place_particle(swarm_particle& particle)
+// Coordinates lie axis by axis, for the kernel; a particle's six numbers are drawn together.
+static void place_particle(swarm_axis (&axes)[3], uint32_t particle)
 {
-    for (float& coordinate : particle.position)
-        coordinate = static_cast<float>(random_unit() * 10.0);
-    for (float& component : particle.velocity)
-        component = static_cast<float>(random_unit() * 0.1);
-}
-
-static void copy_swarm_to_mesh(const swarm_state& swarm, mesh_arrays& mesh)
-{
-    assert(mesh.vertex_count == swarm_size);
-    float* vertex = mesh.positions;
-    for (const swarm_particle& particle : swarm.particles)
-        for (const float coordinate : particle.position)
-            *vertex++ = coordinate;
+    for (swarm_axis& axis : axes)
+        axis.position[particle] = static_cast<float>(random_unit() * 10.0);
+    for (swarm_axis& axis : axes)
+        axis.velocity[particle] = static_cast<float>(random_unit() * 0.1);
 }
 
 void init_swarm(mesh_effect& effect)
@@ -83,17 +75,17 @@ void init_swarm(mesh_effect& effect)
     effect.mesh.positions = allocate_cleared<float>(size_t{swarm_size} * 3);
     if (swarm == nullptr || effect.mesh.positions == nullptr)
         return;
-    for (swarm_particle& particle : swarm->particles)
-        place_particle(particle);
-    copy_swarm_to_mesh(*swarm, effect.mesh);
+    for (uint32_t i = 0; i < swarm_size; ++i)
+        place_particle(swarm->axes, i);
+    write_particles(swarm->axes, effect.mesh.positions);
 }
 
 void step_swarm(mesh_effect& effect, float time)
 {
     assert(effect.state != nullptr && std::isfinite(time));
+    assert(effect.mesh.vertex_count == swarm_size);
     swarm_state& swarm = *static_cast<swarm_state*>(effect.state);
     const double dt = std::fabs(static_cast<double>(time) - static_cast<double>(swarm.last));
     swarm.last = time;
-    move_particles(best_instructions(), swarm.particles, dt);
-    copy_swarm_to_mesh(swarm, effect.mesh);
+    move_particles(best_instructions(), swarm.axes, dt, effect.mesh.positions);
 }

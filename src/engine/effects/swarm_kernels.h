@@ -5,5 +5,8 @@
 #include "effects/mesh_effect_kinds.h"
 
 // Moves all particles by `dt` (0 or more, finite) of their velocities, and then these by the pull. What passes a
-// single's range stays at its end.
-void move_particles(instruction_set set, swarm_particle (&particles)[swarm_size], double dt);
+// single's range stays at its end. Writes the new places to `vertices`, three coordinates each.
+void move_particles(instruction_set set, swarm_axis (&axes)[3], double dt, float* vertices);
+
+// The places as they are.
+void write_particles(const swarm_axis (&axes)[3], float* vertices);
