@@ -6,6 +6,7 @@
 #include "effects/dynamic_texture.h"
 #include "effects/mesh_effect.h"
 #include "effects/mesh_effect_kinds.h"
+#include "effects/mesh_normals.h"
 #include "effects/normal_kernels.h"
 #include "model/records.h"
 #include "texgen/cosine_table.h"
@@ -458,7 +459,9 @@ static void normals(benchmark::State& state, normals_case which)
         if (which == normals_of_grid)
             compute_grid_normals(best_instructions(), heights.data(), lake_side, effect.mesh.normals);
         else if (which == normals_of_any_mesh)
-            recompute_normals(effect.mesh);
+            compute_mesh_normals({effect.mesh.positions, size_t{3} * effect.mesh.vertex_count},
+                {effect.mesh.indices, effect.mesh.index_count},
+                {effect.mesh.normals, size_t{3} * effect.mesh.vertex_count});
         else
             plain_normals(effect.mesh);
         benchmark::ClobberMemory();

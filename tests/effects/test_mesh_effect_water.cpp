@@ -1,3 +1,4 @@
+#include "effects/mesh_normals.h"
 #include "reference.h"
 #include "test_effect.h"
 

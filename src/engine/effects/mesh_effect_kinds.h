@@ -6,10 +6,8 @@
 // the kind has them, normals. Internal to this room.
 #pragma once
 
-#include "effects/mesh_normals.h"
 #include "model/records.h"
 
-#include <cassert>
 #include <cstdint>
 #include <cstdlib>
 
@@ -17,13 +15,6 @@
 template <typename T> T* allocate_cleared(size_t count)
 {
     return static_cast<T*>(std::calloc(count, sizeof(T)));
-}
-
-inline void recompute_normals(mesh_arrays& mesh)
-{
-    assert(mesh.positions != nullptr && mesh.normals != nullptr && mesh.indices != nullptr);
-    compute_mesh_normals({mesh.positions, size_t{mesh.vertex_count} * 3}, {mesh.indices, mesh.index_count},
-        {mesh.normals, size_t{mesh.vertex_count} * 3});
 }
 
 // One draw of the C library's generator, 0 up to but not including 1.

@@ -1,5 +1,6 @@
 #include "content/numbers.h"
 #include "effects/mesh_effect_kinds.h"
+#include "effects/mesh_normals.h"
 #include "effects/swarm_kernels.h"
 #include "texgen/cosine_table.h"
 
@@ -39,6 +40,52 @@ void init_swirl(mesh_effect& effect)
         fill_fan_indices(mesh.indices);
 }
 
+// The faces' normals, of which only z is not 0: the fan lies in the plane of its middle, the origin. So the length that
+// a normal is divided by is its z without the sign, and what is left is 1 or -1 for all but the shortest, which keep
+// theirs. Returns whether there are such.
+static bool make_fan_faces(const mesh_arrays& mesh, double faces[swirl_vertices])
+{
+    bool has_short = false;
+    for (uint32_t k = 1; k < swirl_vertices; ++k) {
+        const float* b = mesh.positions + size_t{3} * k;
+        const float* c = k + 1 < swirl_vertices ? b + 3 : mesh.positions + 3;
+        const double bx = static_cast<double>(b[0]);
+        const double by = static_cast<double>(b[1]);
+        const double z = (0.0 - bx) * (by - static_cast<double>(c[1])) - (0.0 - by) * (bx - static_cast<double>(c[0]));
+        const bool is_short = std::fabs(z) < shortest_normal;
+        faces[k] = is_short ? z : std::copysign(1.0, z);
+        has_short |= is_short;
+    }
+    return has_short;
+}
+
+// Sums are singles that are rounded at every face; whole numbers add up to the same in any order.
+static float add_fan_faces(const double faces[swirl_vertices], bool has_short)
+{
+    float sum = 0.0f;
+    double whole_sum = 0.0;
+    for (uint32_t k = 1; k < swirl_vertices; ++k)
+        if (has_short)
+            sum = static_cast<float>(static_cast<double>(sum) + faces[k]);
+        else
+            whole_sum += faces[k];
+    return has_short ? sum : static_cast<float>(whole_sum);
+}
+
+// What compute_mesh_normals makes of the fan: all faces meet in the middle, two at every other point.
+static void make_fan_normals(mesh_arrays& mesh)
+{
+    double faces[swirl_vertices];
+    const float sum = add_fan_faces(faces, make_fan_faces(mesh, faces));
+    mesh.normals[2] = static_cast<float>(static_cast<double>(sum) / (swirl_vertices - 1));
+    for (uint32_t k = 1; k < swirl_vertices; ++k) {
+        const bool is_first = k == 1; // its own face comes before the last one, which it closes
+        const auto before = static_cast<float>(0.0 + faces[is_first ? 1 : k - 1]);
+        const auto both = static_cast<float>(static_cast<double>(before) + faces[is_first ? swirl_vertices - 1 : k]);
+        mesh.normals[3 * k + 2] = static_cast<float>(static_cast<double>(both) / 2.0);
+    }
+}
+
 void step_swirl(mesh_effect& effect, float x, float y)
 {
     assert(effect.mesh.vertex_count == swirl_vertices);
@@ -51,9 +98,8 @@ void step_swirl(mesh_effect& effect, float x, float y)
         float* position = effect.mesh.positions + size_t{k} * 3;
         position[0] = to_single((radius + k + c) * c);
         position[1] = to_single((k + radius + s) * s);
-        position[2] = 0.0f;
     }
-    recompute_normals(effect.mesh);
+    make_fan_normals(effect.mesh);
 }
 
 // ---- "Particles": a swarm pulled toward the origin ---------------------------------------

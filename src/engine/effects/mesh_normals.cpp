@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 
-constexpr double shortest_normal = 0.001;      // what is shorter is left at its length
 constexpr size_t max_indexed_vertices = 65536; // what indices of 16 bits can name
 
 namespace {

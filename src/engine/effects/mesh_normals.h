@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <span>
 
-// For each triangle (a, b, c): e1 = a - b, e2 = b - c, n = e1 x e2 over its length (a
-// length below 0.001 counts as 1), added to the three vertices; sums of more than one
+constexpr double shortest_normal = 0.001; // a face normal below this length is left as long as it is
+
+// For each triangle (a, b, c): e1 = a - b, e2 = b - c, n = e1 x e2 over its length (one
+// below shortest_normal counts as 1), added to the three vertices; sums of more than one
 // are divided by their count. `normals` has as many floats as `positions` (3 a vertex);
 // indices beyond the vertices are passed over.
 void compute_mesh_normals(
