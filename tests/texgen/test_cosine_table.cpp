@@ -48,3 +48,14 @@ TEST_CASE("the cosine of any whole number is an entry 4096 above its remainder")
     CHECK(cosine_at(-9000) == cosine_table[4096 - 808]);
     CHECK(cosine_at(std::numeric_limits<int32_t>::min()) == 1.0f);
 }
+
+TEST_CASE("half angles go once around half a turn, in steps that are half of the table's")
+{
+    build_cosine_table();
+    for (uint32_t i = 0; i <= half_angle_count; ++i) {
+        const double angle = i * 3.14159265358979323846 / 4096.0;
+        CAPTURE(i);
+        REQUIRE(static_cast<double>(half_angles[i].cosine) == doctest::Approx(std::cos(angle)).epsilon(1e-7));
+        REQUIRE(static_cast<double>(half_angles[i].sine) == doctest::Approx(std::sin(angle)).epsilon(1e-7));
+    }
+}

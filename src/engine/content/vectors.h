@@ -35,3 +35,6 @@ FAST_INLINE uint8_t full_sum(uint8_t a, uint8_t b)
     const auto room = static_cast<uint8_t>(255 - a);
     return static_cast<uint8_t>(a + (b < room ? b : room));
 }
+
+// Nothing here is ever called, so it does not matter how thirty-two bytes are passed.
+#pragma GCC diagnostic ignored "-Wpsabi"

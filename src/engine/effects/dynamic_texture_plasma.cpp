@@ -98,11 +98,14 @@ void render_plasma(const effect_picture& out, float step)
     const double farthest = 2.0 * (126.0 + 0.08 * std::fabs(t)); // the sum of a row's and a column's term
     const double bound = 3.0 * farthest; // no factor of a term is larger than the amplitude's 2.88
     const instruction_set set = instructions_for(channels, bound, 2.0 * bound);
+    const summed_plasma plasma = {p_columns, q_columns, channels};
+    summed_tables tables; // for one picture
+    fill_summed_tables(set, plasma, out.width, tables);
 
     uint8_t* row = out.pixels;
     for (uint32_t y = 0; y < out.height; ++y, row += out.width * out.channels) {
         const double row_term = (1.0 - table_cosine(y * fy)) * 63.0 + 0.08 * t;
-        summed_plasma_row(set, channels, {p_columns, a * row_term}, {q_columns, b * row_term}, row, out.width);
+        summed_plasma_row(set, plasma, tables, a * row_term, b * row_term, row, out.width);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -36,12 +37,11 @@ FAST_INLINE static double turned_value(const turned_field& field, double cosine)
     return (1.0 - cosine) * field.amplitude + field.drift;
 }
 
-static void summed_row_plain(std::span<const plasma_channel> channels, const summed_field& p, const summed_field& q,
-    uint8_t* out, uint32_t count)
+static void summed_row_plain(const summed_plasma& plasma, double p_row, double q_row, uint8_t* out, uint32_t count)
 {
     for (uint32_t x = 0; x < count; ++x)
-        for (const plasma_channel& channel : channels)
-            *out++ = channel_value(channel, p.columns[x] + p.row, q.columns[x] + q.row);
+        for (const plasma_channel& channel : plasma.channels)
+            *out++ = channel_value(channel, plasma.p_columns[x] + p_row, plasma.q_columns[x] + q_row);
 }
 
 static void turned_row_plain(
@@ -67,11 +67,11 @@ bool plasma_steps_fit(std::span<const plasma_channel> channels, double p_bound, 
 // ---- bytes without the table -------------------------------------------------------------
 //
 // Since 1 + cos a is twice the square of cos (a / 2), a byte is 252 times the square of the product of two cosines of
-// half angles. For these a short polynomial does instead of a look-up: it is right to some 10^-7, and so the byte with
-// 16 bits behind the point to less than `doubt`. Where that is near a whole number, the byte is computed from the
-// table.
+// half angles. For these a short polynomial does instead of a look-up, or the cosine of a sum: both are right to some
+// 10^-7, and so the byte with 16 bits behind the point to less than `doubt`. Where that is near a whole number, the
+// byte is computed from the table.
 
-constexpr int32_t doubt = 8;               // of 65536
+constexpr int32_t doubt = 16;              // of 65536
 constexpr float byte_scale = 4063.8742f;   // the square root of 252 * 65536, in one of the two factors
 constexpr float certain_half = 181.01933f; // times 1 a product whose square, a half, is never in doubt
 
@@ -88,11 +88,12 @@ FAST_INLINE static float half_cosine(int32_t steps, float scale)
                     + z * (-2.820365945823363e-22f * scale + z * (2.772963445046067e-30f * scale))));
 }
 
-// A byte with 16 bits behind the point, `doubt` too large.
+// A byte with 16 bits behind the point, `doubt` too large. None is below 0, and so those near 0 are beyond doubt.
 FAST_INLINE static int32_t fixed_value(float half_q, float half_p)
 {
     const float product = half_q * half_p;
-    return static_cast<int32_t>(product * product + static_cast<float>(doubt));
+    const float value = product * product + static_cast<float>(doubt);
+    return static_cast<int32_t>(std::max(value, 2.0f * doubt));
 }
 
 FAST_INLINE static bool is_doubtful(int32_t value)
@@ -102,42 +103,229 @@ FAST_INLINE static bool is_doubtful(int32_t value)
 
 // ---- fields that are sums ----------------------------------------------------------------
 
+constexpr int32_t whole_part = 1 << 30; // parts of a step
+constexpr int32_t part_doubt = 1 << 12; // more than the parts of a column and a row are wrong together
+
 namespace {
 
-struct field_run {
-    double p[plasma_run];
-    double q[plasma_run];
+// A number of table steps.
+struct step_sum {
+    int32_t whole; // the next whole number below, or itself
+    int32_t part;  // what is left, of whole_part
+};
+
+} // namespace
+
+FAST_INLINE static step_sum split_steps(double steps)
+{
+    int32_t whole = static_cast<int32_t>(steps);
+    whole -= steps < whole ? 1 : 0;
+    return {whole, static_cast<int32_t>((steps - whole) * whole_part)};
+}
+
+FAST_INLINE static void fill_wave_columns(
+    const plasma_wave& wave, const double* columns, float factor, uint32_t width, wave_columns& made)
+{
+    for (uint32_t begin = 0; begin < width; begin += plasma_run) {
+        int32_t least = INT32_MAX;
+        int32_t most = INT32_MIN;
+        for (uint32_t x = begin; x < begin + plasma_run; ++x) {
+            const step_sum steps = split_steps(wave.density * columns[x]);
+            const direction& half = half_angles[static_cast<uint32_t>(steps.whole) % half_angle_count];
+            made.cosines[x] = half.cosine * factor;
+            made.sines[x] = half.sine * factor;
+            made.parts[x] = steps.part;
+            made.wholes[x] = steps.whole;
+            least = std::min(least, steps.whole);
+            most = std::max(most, steps.whole);
+        }
+        made.least[begin / plasma_run] = least;
+        made.most[begin / plasma_run] = most;
+    }
+}
+
+FAST_INLINE static void fill_summed_fast(const summed_plasma& plasma, uint32_t width, summed_tables& tables)
+{
+    for (size_t c = 0; c < plasma.channels.size(); ++c) {
+        fill_wave_columns(plasma.channels[c].p, plasma.p_columns, 1.0f, width, tables.p[c]);
+        fill_wave_columns(plasma.channels[c].q, plasma.q_columns, byte_scale, width, tables.q[c]);
+    }
+}
+
+namespace {
+
+// What a row adds to the steps of its columns.
+struct row_steps {
+    step_sum steps;
+    bool is_nothing; // exactly none: the columns' own steps are the pixels'
+};
+
+// One wave of a row over a run of columns.
+struct wave_run {
+    const float* cosines;
+    const float* sines;
+    const int32_t* parts;
+    const int32_t* wholes;
+    step_sum row;
+    int32_t enough; // parts of a column that make one more step with the row's, less the doubt
+    bool is_sure;   // the row's part alone is not in doubt
+    bool is_across; // steps on both sides of 0
+    bool is_negative;
+};
+
+} // namespace
+
+FAST_INLINE static row_steps make_row_steps(const plasma_wave& wave, double row)
+{
+    return {split_steps(wave.density * row + wave.drift), row == 0.0 && wave.drift == 0.0};
+}
+
+FAST_INLINE static wave_run make_wave_run(const wave_columns& columns, uint32_t begin, const row_steps& row)
+{
+    const step_sum& steps = row.steps;
+    const int32_t least = columns.least[begin / plasma_run] + steps.whole;
+    const int32_t most = columns.most[begin / plasma_run] + steps.whole + 1;
+    const bool is_exact = row.is_nothing && least >= 0;
+    return {.cosines = columns.cosines + begin,
+        .sines = columns.sines + begin,
+        .parts = columns.parts + begin,
+        .wholes = columns.wholes + begin,
+        .row = steps,
+        .enough = is_exact ? whole_part + (1 << 16) : whole_part - steps.part - part_doubt,
+        .is_sure = is_exact || (steps.part >= part_doubt && steps.part <= whole_part - part_doubt),
+        .is_across = least < 0 && most >= 0,
+        .is_negative = least < 0};
+}
+
+// Values below the doubts of parts are doubtful, whichever of the three they come from.
+FAST_INLINE static uint32_t least_certainty(int32_t beyond_p, int32_t beyond_q, int32_t value)
+{
+    constexpr uint32_t as_parts = 2 * part_doubt / (2 * doubt);
+    const uint32_t of_parts = std::min(static_cast<uint32_t>(beyond_p), static_cast<uint32_t>(beyond_q));
+    return std::min(of_parts, (static_cast<uint32_t>(value) & 0xFFFF) * as_parts);
+}
+
+template <typename vector> FAST_INLINE static vector load(const void* from)
+{
+    vector loaded;
+    std::memcpy(&loaded, from, sizeof loaded);
+    return loaded;
+}
+
+// The half cosines of a wave: of the steps of both, or of one more.
+template <typename singles, typename words>
+FAST_INLINE static singles half_cosines(const wave_run& wave, const direction* row, uint32_t n, words beyond)
+{
+    return (beyond < 0 ? row[0].cosine : row[1].cosine) * load<singles>(wave.cosines + n)
+        - (beyond < 0 ? row[0].sine : row[1].sine) * load<singles>(wave.sines + n);
+}
+
+// The values of a run of pixels whose steps are all below 0 or all not, for each wave: truncation takes the next whole
+// step below the sum, or the one after it. False where one may be in doubt: its upper half, of a value the lower, is
+// small.
+template <typename singles, typename words, typename shorts>
+FAST_INLINE static bool values_of_one_sign(const wave_run& p, const wave_run& q, int32_t* values)
+{
+    static_assert(2 * part_doubt <= 1 << 16);
+    const direction* row_p = &half_angles[static_cast<uint32_t>(p.row.whole + p.is_negative) % half_angle_count];
+    const direction* row_q = &half_angles[static_cast<uint32_t>(q.row.whole + q.is_negative) % half_angle_count];
+    shorts least_beyond = ~shorts{};
+    shorts least_value = ~shorts{};
+#pragma GCC unroll 1 // unrolled it has too few registers
+    for (uint32_t n = 0; n < plasma_run; n += sizeof(words) / sizeof(int32_t)) {
+        const words beyond_p = load<words>(p.parts + n) - p.enough;
+        const words beyond_q = load<words>(q.parts + n) - q.enough;
+        const singles product
+            = half_cosines<singles>(p, row_p, n, beyond_p) * half_cosines<singles>(q, row_q, n, beyond_q);
+        const singles value = product * product + static_cast<float>(doubt);
+        const words cut = __builtin_convertvector(value, words);
+        const words sure = words{} + 2 * doubt;
+        const words made = cut > sure ? cut : sure;
+        std::memcpy(values + n, &made, sizeof made);
+        const auto shorts_p = reinterpret_cast<shorts>(beyond_p);
+        const auto shorts_q = reinterpret_cast<shorts>(beyond_q);
+        const auto shorts_value = reinterpret_cast<shorts>(made);
+        least_beyond = shorts_p < least_beyond ? shorts_p : least_beyond;
+        least_beyond = shorts_q < least_beyond ? shorts_q : least_beyond;
+        least_value = shorts_value < least_value ? shorts_value : least_value;
+    }
+    const words unsure = (reinterpret_cast<words>(least_beyond) >> 16 == 0)
+        | ((reinterpret_cast<words>(least_value) & 0xFFFF) < 2 * doubt);
+    uint64_t halves[sizeof(words) / sizeof(uint64_t)];
+    std::memcpy(halves, &unsure, sizeof halves);
+    uint64_t any = 0;
+    for (const uint64_t half : halves)
+        any |= half;
+    return any == 0;
+}
+
+using four_singles = float __attribute__((vector_size(16)));
+using four_words = int32_t __attribute__((vector_size(16)));
+using eight_shorts = uint16_t __attribute__((vector_size(16)));
+using eight_singles = float __attribute__((vector_size(32)));
+using eight_words = int32_t __attribute__((vector_size(32)));
+using sixteen_shorts = uint16_t __attribute__((vector_size(32)));
+
+FAST_INLINE static bool values_of_one_sign(instruction_set set, const wave_run& p, const wave_run& q, int32_t* values)
+{
+    if (set == instructions_avx2)
+        return values_of_one_sign<eight_singles, eight_words, sixteen_shorts>(p, q, values);
+    return values_of_one_sign<four_singles, four_words, eight_shorts>(p, q, values);
+}
+
+// Towards 0 from the whole step at or below.
+FAST_INLINE static int32_t truncated_step(int32_t column, int32_t row, int32_t beyond)
+{
+    const int32_t below = column + row + (beyond < 0 ? 0 : 1);
+    return below + (below < 0 ? 1 : 0);
+}
+
+// The same where a wave has steps on both sides of 0.
+FAST_INLINE static bool values_across_0(const wave_run& p, const wave_run& q, int32_t* values)
+{
+    uint32_t least = UINT32_MAX;
+    for (uint32_t n = 0; n < plasma_run; ++n) {
+        const int32_t beyond_p = p.parts[n] - p.enough;
+        const int32_t beyond_q = q.parts[n] - q.enough;
+        const float half_p = half_cosine(truncated_step(p.wholes[n], p.row.whole, beyond_p), 1.0f);
+        const float half_q = half_cosine(truncated_step(q.wholes[n], q.row.whole, beyond_q), byte_scale);
+        values[n] = fixed_value(half_q, half_p);
+        least = std::min(least, least_certainty(beyond_p, beyond_q, values[n]));
+    }
+    return least >= 2 * part_doubt;
+}
+
+namespace {
+
+// A picture's row.
+struct summed_row {
+    double p;
+    double q;
+    row_steps p_steps[max_channels];
+    row_steps q_steps[max_channels];
 };
 
 } // namespace
 
 // The bytes of a channel for a run of pixels, in the upper halves of words of which the lower are rubbish.
-FAST_INLINE static void summed_channel_run(const plasma_channel& channel, const field_run& fields, int32_t* values)
+FAST_INLINE static void summed_channel_run(instruction_set set, const summed_plasma& plasma,
+    const summed_tables& tables, const summed_row& row, uint32_t c, uint32_t begin, int32_t* values)
 {
-    int32_t steps_p[plasma_run];
-    int32_t steps_q[plasma_run];
-    for (uint32_t n = 0; n < plasma_run; ++n)
-        steps_p[n] = static_cast<int32_t>(channel.p.density * fields.p[n] + channel.p.drift);
-    for (uint32_t n = 0; n < plasma_run; ++n)
-        steps_q[n] = static_cast<int32_t>(channel.q.density * fields.q[n] + channel.q.drift);
-    uint32_t any = 0;
-    for (uint32_t n = 0; n < plasma_run; ++n) {
-        values[n] = fixed_value(half_cosine(steps_q[n], byte_scale), half_cosine(steps_p[n], 1.0f));
-        any |= is_doubtful(values[n]) ? 1u : 0u;
-    }
-    if (any == 0)
+    const wave_run p = make_wave_run(tables.p[c], begin, row.p_steps[c]);
+    const wave_run q = make_wave_run(tables.q[c], begin, row.q_steps[c]);
+    const bool is_sure = p.is_sure && q.is_sure;
+    if (is_sure && (p.is_across || q.is_across ? values_across_0(p, q, values) : values_of_one_sign(set, p, q, values)))
         return;
     for (uint32_t n = 0; n < plasma_run; ++n)
-        if (is_doubtful(values[n]))
-            values[n] = channel_value(channel, fields.p[n], fields.q[n]) << 16;
+        if (!is_sure || least_certainty(p.parts[n] - p.enough, q.parts[n] - q.enough, values[n]) < 2 * part_doubt)
+            values[n] = channel_value(plasma.channels[c], plasma.p_columns[begin + n] + row.p,
+                            plasma.q_columns[begin + n] + row.q)
+                << 16;
 }
 
-FAST_INLINE static void summed_run_of_3(
-    instruction_set set, const plasma_channel* channels, const field_run& fields, uint8_t* out, uint32_t count)
+FAST_INLINE static void store_run_of_3(
+    instruction_set set, const int32_t values[max_channels][plasma_run], uint8_t* out, uint32_t count)
 {
-    int32_t values[max_channels][plasma_run];
-    for (uint32_t c = 0; c < max_channels; ++c)
-        summed_channel_run(channels[c], fields, values[c]);
     uint32_t pixels[plasma_run];
     for (uint32_t n = 0; n < plasma_run; ++n)
         pixels[n]
@@ -153,28 +341,25 @@ FAST_INLINE static void store_run_of_1(const int32_t* values, uint8_t* out, uint
     std::memcpy(out, bytes, count);
 }
 
-FAST_INLINE static void summed_run_of_1(
-    const plasma_channel& channel, const field_run& fields, uint8_t* out, uint32_t count)
+FAST_INLINE static void summed_row_fast(instruction_set set, const summed_plasma& plasma, const summed_tables& tables,
+    double p_row, double q_row, uint8_t* out, uint32_t count)
 {
-    int32_t values[plasma_run];
-    summed_channel_run(channel, fields, values);
-    store_run_of_1(values, out, count);
-}
-
-FAST_INLINE static void summed_row_fast(instruction_set set, std::span<const plasma_channel> channels,
-    const summed_field& p, const summed_field& q, uint8_t* out, uint32_t count)
-{
+    const auto channel_count = static_cast<uint32_t>(plasma.channels.size());
+    summed_row row = {.p = p_row, .q = q_row, .p_steps = {}, .q_steps = {}};
+    for (uint32_t c = 0; c < channel_count; ++c) {
+        const plasma_channel& channel = plasma.channels[c];
+        row.p_steps[c] = make_row_steps(channel.p, p_row);
+        row.q_steps[c] = make_row_steps(channel.q, q_row);
+    }
     for (uint32_t begin = 0; begin < count; begin += plasma_run) {
         const uint32_t run = std::min(plasma_run, count - begin);
-        field_run fields;
-        for (uint32_t n = 0; n < plasma_run; ++n)
-            fields.p[n] = p.columns[begin + n] + p.row;
-        for (uint32_t n = 0; n < plasma_run; ++n)
-            fields.q[n] = q.columns[begin + n] + q.row;
-        if (channels.size() == max_channels)
-            summed_run_of_3(set, channels.data(), fields, out + size_t{3} * begin, run);
+        int32_t values[max_channels][plasma_run];
+        for (uint32_t c = 0; c < channel_count; ++c)
+            summed_channel_run(set, plasma, tables, row, c, begin, values[c]);
+        if (channel_count == max_channels)
+            store_run_of_3(set, values, out + size_t{3} * begin, run);
         else
-            summed_run_of_1(channels.front(), fields, out + begin, run);
+            store_run_of_1(values[0], out + begin, run);
     }
 }
 
@@ -267,7 +452,8 @@ FAST_INLINE static __m128i turned_pixel(const turned_tables& tables, int32_t p_e
 {
     const __m128 product = _mm_mul_ps(
         _mm_loadu_ps(tables.q.halves + ptrdiff_t{4} * q_entry), _mm_loadu_ps(tables.p.halves + ptrdiff_t{4} * p_entry));
-    return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(product, product), _mm_set1_ps(static_cast<float>(doubt))));
+    const __m128 value = _mm_add_ps(_mm_mul_ps(product, product), _mm_set1_ps(static_cast<float>(doubt)));
+    return _mm_cvttps_epi32(_mm_max_ps(value, _mm_set1_ps(2.0f * doubt)));
 }
 
 FAST_INLINE static __m128i doubtful_lanes(__m128i values)
@@ -328,27 +514,47 @@ FAST_INLINE static void turned_row_fast(instruction_set set, const turned_plasma
 
 // ---- by instructions ---------------------------------------------------------------------
 
-FAST_AVX2 static void summed_row_avx2(std::span<const plasma_channel> channels, const summed_field& p,
-    const summed_field& q, uint8_t* out, uint32_t count)
+FAST_AVX2 static void fill_summed_avx2(const summed_plasma& plasma, uint32_t width, summed_tables& tables)
 {
-    summed_row_fast(instructions_avx2, channels, p, q, out, count);
+    fill_summed_fast(plasma, width, tables);
 }
 
-void summed_plasma_row(instruction_set set, std::span<const plasma_channel> channels, const summed_field& p,
-    const summed_field& q, uint8_t* out, uint32_t count)
+void fill_summed_tables(instruction_set set, const summed_plasma& plasma, uint32_t width, summed_tables& tables)
 {
-    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
-    assert(channels.size() == 1 || channels.size() == max_channels);
+    assert(half_angles[0].cosine == 1.0f); // build_cosine_table was called
+    assert(plasma.channels.size() <= max_channels && width <= max_effect_side);
     switch (set) {
     case instructions_avx2:
-        return summed_row_avx2(channels, p, q, out, count);
+        return fill_summed_avx2(plasma, width, tables);
     case instructions_sse2:
-        return summed_row_fast(instructions_sse2, channels, p, q, out, count);
+        return fill_summed_fast(plasma, width, tables);
     case instructions_plain:
     case instruction_set_count:
         break;
     }
-    summed_row_plain(channels, p, q, out, count);
+}
+
+FAST_AVX2 static void summed_row_avx2(
+    const summed_plasma& plasma, const summed_tables& tables, double p_row, double q_row, uint8_t* out, uint32_t count)
+{
+    summed_row_fast(instructions_avx2, plasma, tables, p_row, q_row, out, count);
+}
+
+void summed_plasma_row(instruction_set set, const summed_plasma& plasma, const summed_tables& tables, double p_row,
+    double q_row, uint8_t* out, uint32_t count)
+{
+    assert(cosine_table[0] == 1.0f); // build_cosine_table was called
+    assert(plasma.channels.size() == 1 || plasma.channels.size() == max_channels);
+    switch (set) {
+    case instructions_avx2:
+        return summed_row_avx2(plasma, tables, p_row, q_row, out, count);
+    case instructions_sse2:
+        return summed_row_fast(instructions_sse2, plasma, tables, p_row, q_row, out, count);
+    case instructions_plain:
+    case instruction_set_count:
+        break;
+    }
+    summed_row_plain(plasma, p_row, q_row, out, count);
 }
 
 FAST_AVX2 static void fill_turned_avx2(const turned_plasma& plasma, step_range p, step_range q, turned_tables& tables)

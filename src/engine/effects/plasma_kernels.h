@@ -6,6 +6,7 @@
 #pragma once
 
 #include "content/instructions.h"
+#include "effects/dynamic_texture_plasma.h"
 #include "texgen/cosine_table.h"
 
 #include <cstdint>
@@ -25,21 +26,43 @@ struct plasma_channel {
     plasma_wave q;
 };
 
-// Whether all table steps of fields within -bound..bound fit an integer with room to spare, which all but the plain
-// forms below ask for; false for what is not a number.
+// Whether all table steps of fields whose terms' magnitudes add up to no more than these bounds fit an integer with
+// room to spare, which all but the plain forms below ask for; false for what is not a number.
 bool plasma_steps_fit(std::span<const plasma_channel> channels, double p_bound, double q_bound);
 
 // ---- fields that are sums ----------------------------------------------------------------
 
-// The terms of a row's pixels: the row's one and one for each column.
-struct summed_field {
-    const double* columns;
-    double row;
+// Two fields whose values are a row's term plus a column's. Columns are padded with 0 to whole runs.
+struct summed_plasma {
+    const double* p_columns;
+    const double* q_columns;
+    std::span<const plasma_channel> channels;
 };
 
-// Writes `count` pixels (1..) of one byte for each channel (1 or 3).
-void summed_plasma_row(instruction_set set, std::span<const plasma_channel> channels, const summed_field& p,
-    const summed_field& q, uint8_t* out, uint32_t count);
+// What a wave makes of the columns, apart from the rows: the table step of a pixel is the sum of the whole steps of
+// its column and its row, and one more where what is left of both makes a step. The cosine of a sum of two angles comes
+// from the cosines and sines of both.
+struct wave_columns {
+    float cosines[max_effect_side]; // of half the angle of the whole steps, times a factor
+    float sines[max_effect_side];
+    int32_t parts[max_effect_side];              // what is left of a step, of 2^30
+    int32_t wholes[max_effect_side];             // steps
+    int32_t least[max_effect_side / plasma_run]; // whole steps of a run of columns
+    int32_t most[max_effect_side / plasma_run];
+};
+
+// Kept for one picture, for each channel.
+struct summed_tables {
+    wave_columns p[3];
+    wave_columns q[3];
+};
+
+// Fills what rows of this width (1..512) read; the plain form needs no tables.
+void fill_summed_tables(instruction_set set, const summed_plasma& plasma, uint32_t width, summed_tables& tables);
+
+// Writes `count` pixels (1..) of one byte for each channel (1 or 3), of the row with these terms.
+void summed_plasma_row(instruction_set set, const summed_plasma& plasma, const summed_tables& tables, double p_row,
+    double q_row, uint8_t* out, uint32_t count);
 
 // ---- fields on turned coordinates --------------------------------------------------------
 
@@ -48,6 +71,12 @@ struct turned_field {
     double scale; // table steps per pixel
     double amplitude;
     double drift;
+};
+
+// A row's own term and one for each column.
+struct summed_field {
+    const double* columns;
+    double row;
 };
 
 struct turned_plasma {
