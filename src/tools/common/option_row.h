@@ -2,7 +2,9 @@
 // manual page and the completion of bash are written.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
 // What a shell can offer for a value, or for an argument that is no option.
 enum value_offer : int32_t {
@@ -32,3 +34,29 @@ struct option_row {
     const char* help;                   // for --help
     const char* page;                   // for the manual page: `bold`, _italic_; an empty line parts paragraphs
 };
+
+// What every program has.
+constexpr option_row help_row(int32_t id, int32_t group)
+{
+    return {
+        .id = id, .group = group, .letter = 'h', .name = "--help", .help = "this text", .page = "Prints a summary."};
+}
+
+constexpr option_row version_row(int32_t id, int32_t group)
+{
+    return {.id = id,
+        .group = group,
+        .letter = 'V',
+        .name = "--version",
+        .help = "the version",
+        .page = "Prints the version."};
+}
+
+// For tables whose row n is option n: whether it is, and whether all rows with a value say what that must be.
+constexpr bool rows_are_in_order(std::span<const option_row> rows)
+{
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (rows[i].id != static_cast<int32_t>(i) || (rows[i].value == nullptr) != (rows[i].wants[0] == '\0'))
+            return false;
+    return true;
+}

@@ -101,10 +101,29 @@ static written_argument take_option(
         written.name = std::string("-") + static_cast<char>(code == '?' || code == ':' ? optopt : code);
     written.row = find_option(rows, written.name);
     written.problem = option_problem(rows, argument, written, optarg != nullptr && optarg == next);
+    if (written.value == nullptr)
+        written.value = "";
     return written;
 }
 
-std::vector<written_argument> part_arguments(std::span<const option_row> rows, std::span<const char* const> arguments)
+bool is_given(std::span<const written_argument> written, int32_t id)
+{
+    return std::any_of(written.begin(), written.end(),
+        [id](const written_argument& argument) { return argument.row != nullptr && argument.row->id == id; });
+}
+
+std::string take_only_name(const char* what, const char* name, std::string& given)
+{
+    if (name[0] == '\0')
+        return std::string("the name of the ") + what + " is empty";
+    if (!given.empty())
+        return std::string("one ") + what + " at a time: \"" + given + "\" and \"" + name + "\" are two";
+    given = name;
+    return "";
+}
+
+std::vector<written_argument> part_arguments(
+    std::span<const option_row> rows, std::span<const char* const> arguments, repeated_option repeated)
 {
     const getopt_words words = make_getopt_words(rows);
     std::vector<char*> list = {const_cast<char*>("program")};
@@ -119,10 +138,14 @@ std::vector<written_argument> part_arguments(std::span<const option_row> rows, s
         code = getopt_long(count, list.data(), words.letters.c_str(), words.names.data(), nullptr);
         if (code == -1)
             break;
-        if (code == 1)
+        if (code == 1) {
             written.push_back(plain_argument(list[at]));
-        else
-            written.push_back(take_option(rows, list[at], code, list[at + 1]));
+            continue;
+        }
+        written_argument option = take_option(rows, list[at], code, list[at + 1]);
+        if (repeated == repeated_refused && option.row != nullptr && is_given(written, option.row->id))
+            option.problem = option.name + " is given twice";
+        written.push_back(option);
     }
     if (written.empty() || written.back().problem.empty())
         for (int at = optind; at < count; ++at) // behind "--"

@@ -297,7 +297,7 @@ static constexpr option_row json_row(make_command command, const char* page)
         .page = page};
 }
 
-static constexpr option_row help_row(make_command command)
+static constexpr option_row help_of(make_command command)
 {
     return {.id = make_help,
         .group = command,
@@ -410,13 +410,8 @@ static constexpr option_row option_rows_of_make[] = {
         "What exists and is no pack is never replaced."),
     force_row(command_wrap, "replaces ENTRY when it exists", "Replaces _ENTRY_ when it exists."),
     force_row(command_unwrap, "replaces FILE when it exists", "Replaces _FILE_ when it exists."),
-    help_row(command_count),
-    {.id = make_version,
-        .group = command_count,
-        .letter = 'V',
-        .name = "--version",
-        .help = "the version",
-        .page = "Prints the version."},
+    help_of(command_count),
+    version_row(make_version, command_count),
 };
 
 std::span<const option_row> make_option_rows()
@@ -431,6 +426,6 @@ std::vector<option_row> options_of(make_command command)
         if (row.group == command)
             rows.push_back(row);
     if (command != command_count)
-        rows.push_back(help_row(command));
+        rows.push_back(help_of(command));
     return rows;
 }

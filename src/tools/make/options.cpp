@@ -213,7 +213,8 @@ static std::vector<const char*> read_beginning(
         } else if (argument == "--") {
             options_end = true;
         } else {
-            for (const written_argument& written : part_arguments(rows, arguments.subspan(next - 1, 1))) {
+            for (const written_argument& written :
+                part_arguments(rows, arguments.subspan(next - 1, 1), repeated_taken)) {
                 problem = argument_problem(written, command_count);
                 if (problem.empty())
                     take_option(written, options, none);
@@ -234,7 +235,7 @@ static bool read_rest(std::span<const char* const> arguments, make_options& opti
 {
     const std::vector<option_row> rows = options_of(options.command);
     const char* below = nullptr;
-    for (const written_argument& written : part_arguments(rows, arguments)) {
+    for (const written_argument& written : part_arguments(rows, arguments, repeated_taken)) {
         problem = argument_problem(written, options.command);
         if (!problem.empty())
             return false;

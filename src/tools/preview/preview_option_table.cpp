@@ -11,43 +11,15 @@ constexpr option_row preview_option_rows[preview_option_count] = {
         .help = "pixels (as many as the window has for it)",
         .page = "Pixels of the picture, which is shown smaller or larger where the window has another place for it.\n"
                 "Without this option it has the size of that place."},
-    {.id = preview_option_aspect,
-        .group = preview_group_picture,
-        .name = "--aspect",
-        .value = "SHAPE",
-        .wants = aspect_wants,
-        .offers = offer_word,
-        .words = aspect_words,
-        .help = aspect_help,
-        .page = "The shape that the show is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."},
-    {.id = preview_option_path,
-        .group = preview_group_picture,
-        .name = "--path",
-        .value = "PATH",
-        .wants = path_wants,
-        .offers = offer_word,
-        .words = path_words,
-        .help = path_help,
-        .page = "`glsl` (shaders, as without this option) or `fixed` (texture combiners); keys 1 and 2 choose later."},
-    {.id = preview_option_caps,
-        .group = preview_group_picture,
-        .name = "--caps",
-        .value = "LIST",
-        .wants = caps_wants,
-        .offers = offer_words,
-        .words = caps_words,
-        .help = caps_help,
-        .page
-        = "Shows the show as a lesser card would:\n"
-          "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
-          "with commas between them; the key c goes through some of them."},
-    {.id = preview_option_seed,
-        .group = preview_group_picture,
-        .name = "--seed",
-        .value = "N",
-        .wants = seed_wants,
-        .help = seed_help,
-        .page = "Starts the random numbers anew; 1 is what the player has."},
+    aspect_row(preview_option_aspect, preview_group_picture,
+        "The shape that the show is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."),
+    path_row(preview_option_path, preview_group_picture,
+        "`glsl` (shaders, as without this option) or `fixed` (texture combiners); keys 1 and 2 choose later."),
+    caps_row(preview_option_caps, preview_group_picture,
+        "Shows the show as a lesser card would:\n"
+        "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
+        "with commas between them; the key c goes through some of them."),
+    seed_row(preview_option_seed, preview_group_picture),
     {.id = preview_option_fps,
         .group = preview_group_time,
         .name = "--fps",
@@ -60,7 +32,7 @@ constexpr option_row preview_option_rows[preview_option_count] = {
         .group = preview_group_time,
         .name = "--at",
         .value = "TIME",
-        .wants = "takes a time like 12.5, 1:02.25, 750f or 40%",
+        .wants = moment_wants,
         .help = "begins at TIME",
         .page = "Begins at _TIME_ in the place of the beginning."},
     {.id = preview_option_paused,
@@ -96,26 +68,8 @@ constexpr option_row preview_option_rows[preview_option_count] = {
         = "Makes a Unix socket of this name, which the user alone can open, and answers the requests in JSON that\n"
           "come through it, a line each.\n"
           "A socket of that name that nobody serves any more is replaced; any other file stays, and is an error."},
-    {.id = preview_option_help,
-        .group = preview_group_window,
-        .letter = 'h',
-        .name = "--help",
-        .help = "this text",
-        .page = "Prints a summary."},
-    {.id = preview_option_version,
-        .group = preview_group_window,
-        .letter = 'V',
-        .name = "--version",
-        .help = "the version",
-        .page = "Prints the version."},
+    help_row(preview_option_help, preview_group_window),
+    version_row(preview_option_version, preview_group_window),
 };
 
-static constexpr bool rows_are_in_order()
-{
-    for (int32_t i = 0; i < preview_option_count; ++i)
-        if (preview_option_rows[i].id != i
-            || (preview_option_rows[i].value == nullptr) != (preview_option_rows[i].wants[0] == '\0'))
-            return false;
-    return true;
-}
-static_assert(rows_are_in_order());
+static_assert(rows_are_in_order(preview_option_rows));

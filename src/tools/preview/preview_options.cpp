@@ -4,8 +4,6 @@
 #include "tools/frames/option_values.h"
 #include "tools/preview/preview_option_table.h"
 
-#include <vector>
-
 constexpr uint32_t min_window_width = 320; // points
 constexpr uint32_t min_window_height = 240;
 constexpr uint32_t max_window_side = 16384;
@@ -63,36 +61,20 @@ static bool read_value(preview_option id, std::string_view value, preview_option
     return true;
 }
 
-static std::string take_show(const std::string& name, preview_options& options)
-{
-    if (name.empty())
-        return "the name of the show is empty";
-    if (!options.show.empty())
-        return "one show at a time: \"" + options.show + "\" and \"" + name + "\" are two";
-    options.show = name;
-    return "";
-}
-
 // Takes over an argument; what is wrong with it otherwise.
-static std::string take_argument(const written_argument& written, std::vector<bool>& seen, preview_options& options)
+static std::string take_argument(const written_argument& written, preview_options& options)
 {
-    if (written.row == nullptr)
-        return written.problem.empty() ? take_show(written.value, options) : written.problem;
-    const size_t id = static_cast<size_t>(written.row->id);
-    if (seen[id])
-        return written.name + " is given twice";
-    seen[id] = true;
     if (!written.problem.empty())
         return written.problem;
-    const char* value = written.row->value == nullptr ? "" : written.value;
-    return read_value(static_cast<preview_option>(id), value, options) ? "" : wrong_value(written);
+    if (written.row == nullptr)
+        return take_only_name("show", written.value, options.show);
+    return read_value(static_cast<preview_option>(written.row->id), written.value, options) ? "" : wrong_value(written);
 }
 
 bool read_preview_options(std::span<const char* const> arguments, preview_options& options, std::string& problem)
 {
-    std::vector<bool> seen(preview_option_count);
-    for (const written_argument& written : part_arguments(preview_option_rows, arguments)) {
-        problem = take_argument(written, seen, options);
+    for (const written_argument& written : part_arguments(preview_option_rows, arguments, repeated_refused)) {
+        problem = take_argument(written, options);
         if (!problem.empty())
             return false;
     }

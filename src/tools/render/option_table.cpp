@@ -10,24 +10,9 @@ constexpr option_row option_rows[option_count] = {
         .wants = size_wants,
         .help = "pixels (1280x720; 1920x1080 with --shots)",
         .page = "Pixels; 1280x720 unless given, 1920x1080 with `--shots`."},
-    {.id = option_aspect,
-        .group = group_picture,
-        .name = "--aspect",
-        .value = "SHAPE",
-        .wants = aspect_wants,
-        .offers = offer_word,
-        .words = aspect_words,
-        .help = aspect_help,
-        .page = "The shape that the production is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."},
-    {.id = option_path,
-        .group = group_picture,
-        .name = "--path",
-        .value = "PATH",
-        .wants = path_wants,
-        .offers = offer_word,
-        .words = path_words,
-        .help = path_help,
-        .page = "`glsl` (shaders, as without this option) or `fixed` (texture combiners)."},
+    aspect_row(option_aspect, group_picture,
+        "The shape that the production is drawn for: `auto` (that of the size), `4:3`, `16:9` or `16:10`."),
+    path_row(option_path, group_picture, "`glsl` (shaders, as without this option) or `fixed` (texture combiners)."),
     {.id = option_samples,
         .group = group_picture,
         .name = "--samples",
@@ -37,25 +22,11 @@ constexpr option_row option_rows[option_count] = {
         .page = "Antialiasing with at least _N_ samples a pixel; 0 is none.\n"
                 "A driver with fewer ends the run with status 3 and a line that says how many it has: the software\n"
                 "rasteriser has 4."},
-    {.id = option_caps,
-        .group = group_picture,
-        .name = "--caps",
-        .value = "LIST",
-        .wants = caps_wants,
-        .offers = offer_words,
-        .words = caps_words,
-        .help = caps_help,
-        .page
-        = "Shows the production as a lesser card would:\n"
-          "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
-          "with commas between them."},
-    {.id = option_seed,
-        .group = group_picture,
-        .name = "--seed",
-        .value = "N",
-        .wants = seed_wants,
-        .help = seed_help,
-        .page = "Starts the random numbers anew; 1 is what the player has."},
+    caps_row(option_caps, group_picture,
+        "Shows the production as a lesser card would:\n"
+        "`no-vbo`, `no-pbo`, `no-npot`, `no-compression`, `no-combine4`, `no-combine3` and `units=1` to `units=4`,\n"
+        "with commas between them."),
+    seed_row(option_seed, group_picture),
     {.id = option_tile,
         .group = group_picture,
         .name = "--tile",
@@ -87,7 +58,7 @@ constexpr option_row option_rows[option_count] = {
         .group = group_moments,
         .name = "--from",
         .value = "TIME",
-        .wants = "takes a time like 12.5, 1:02.25, 750f or 40%",
+        .wants = moment_wants,
         .help = "begins at TIME; the frames before it are played unseen",
         .page = "Begins with the first frame at or after _TIME_.\n"
                 "The frames before it are played unseen, so that effects are where they would be."},
@@ -95,7 +66,7 @@ constexpr option_row option_rows[option_count] = {
         .group = group_moments,
         .name = "--to",
         .value = "TIME",
-        .wants = "takes a time like 12.5, 1:02.25, 750f or 40%",
+        .wants = moment_wants,
         .help = "ends before TIME",
         .page = "Ends before the first frame at or after _TIME_.\n"
                 "A segment that begins there has no gap to this one, in pictures and in sound."},
@@ -243,25 +214,8 @@ constexpr option_row option_rows[option_count] = {
         .name = "--quiet",
         .help = "tells problems only",
         .page = "Tells errors and warnings only."},
-    {.id = option_help,
-        .group = group_other,
-        .letter = 'h',
-        .name = "--help",
-        .help = "this text",
-        .page = "Prints a summary."},
-    {.id = option_version,
-        .group = group_other,
-        .letter = 'V',
-        .name = "--version",
-        .help = "the version",
-        .page = "Prints the version."},
+    help_row(option_help, group_other),
+    version_row(option_version, group_other),
 };
 
-static constexpr bool rows_are_in_order()
-{
-    for (int32_t i = 0; i < option_count; ++i)
-        if (option_rows[i].id != i || (option_rows[i].value == nullptr) != (option_rows[i].wants[0] == '\0'))
-            return false;
-    return true;
-}
-static_assert(rows_are_in_order());
+static_assert(rows_are_in_order(option_rows));

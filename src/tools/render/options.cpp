@@ -217,37 +217,21 @@ static bool read_value(option_id id, std::string_view value, render_options& opt
 
 // ---- the command line --------------------------------------------------------------------
 
-static std::string take_pack(const std::string& name, render_options& options)
-{
-    if (name.empty())
-        return "the name of the pack is empty";
-    if (!options.pack.empty())
-        return "one pack at a time: \"" + options.pack + "\" and \"" + name + "\" are two";
-    options.pack = name;
-    return "";
-}
-
 // Takes over an argument; what is wrong with it otherwise.
-static std::string take_argument(const written_argument& written, std::vector<bool>& seen, render_options& options)
+static std::string take_argument(const written_argument& written, render_options& options)
 {
-    if (written.row == nullptr)
-        return written.problem.empty() ? take_pack(written.value, options) : written.problem;
-    const size_t id = static_cast<size_t>(written.row->id);
-    if (seen[id])
-        return written.name + " is given twice";
-    seen[id] = true;
     if (!written.problem.empty())
         return written.problem;
-    const char* value = written.row->value == nullptr ? "" : written.value;
-    return read_value(static_cast<option_id>(id), value, options) ? "" : wrong_value(written);
+    if (written.row == nullptr)
+        return take_only_name("pack", written.value, options.pack);
+    return read_value(static_cast<option_id>(written.row->id), written.value, options) ? "" : wrong_value(written);
 }
 
 // The arguments in their order, up to the first problem.
-static std::string read_arguments(
-    std::span<const char* const> arguments, std::vector<bool>& seen, render_options& options)
+static std::string take_arguments(std::span<const written_argument> all, render_options& options)
 {
-    for (const written_argument& written : part_arguments(option_rows, arguments))
-        if (std::string problem = take_argument(written, seen, options); !problem.empty())
+    for (const written_argument& written : all)
+        if (std::string problem = take_argument(written, options); !problem.empty())
             return problem;
     return "";
 }
@@ -255,15 +239,15 @@ static std::string read_arguments(
 bool read_options(std::span<const char* const> arguments, render_options& options, std::string& problem)
 {
     options = {};
-    std::vector<bool> seen(option_count);
-    problem = read_arguments(arguments, seen, options);
+    const std::vector<written_argument> written = part_arguments(option_rows, arguments, repeated_refused);
+    problem = take_arguments(written, options);
     if (!problem.empty())
         return false;
     if (options.help || options.version)
         return true;
-    if (seen[option_output])
+    if (is_given(written, option_output))
         problem = read_output(options.output, options);
-    if (problem.empty() && seen[option_yes] && seen[option_no])
+    if (problem.empty() && is_given(written, option_yes) && is_given(written, option_no))
         problem = "-y replaces files that exist, and -n keeps them: give one of the two";
     if (problem.empty() && options.verbose && options.quiet)
         problem = "-v tells more, and -q less: give one of the two";
