@@ -9,6 +9,9 @@ brimlow-render (64-bit) and, on a virtual display, of the player of build/x86 (3
 textures and buffers in the process, so what a show decodes to counts as follows: documents as they are inflated, meshes
 twice, for the engine and for the driver, pictures with all their levels, four bytes a pixel. What a process has
 behind its peak is what it goes on with; what the peak is above that was needed for loading alone.
+
+Last comes a poster of brimlow-render: what its peak is above that of a small picture of the same frame, beside its
+pixels. The software rasteriser has a surface of one tile in the process, colours and depth of four bytes each.
 """
 import argparse
 import os
@@ -33,6 +36,9 @@ MIB = 1 << 20
 DRIVER_PIXEL = 4        # bytes
 GENERATED_SIDE = 256    # of generated pictures
 ENOUGH_FRAMES = 30      # behind those of the loading screen
+POSTER = 15360, 8640
+POSTER_AT = '2'
+TILE = 4096             # the largest side of the software rasteriser's surfaces
 
 
 # ---- what a show decodes to ---------------------------------------------------------------------
@@ -123,12 +129,12 @@ def memory_of(process):
                  for found in (re.search(r'^%s:\s*(\d+)' % name, text, re.M) for name in ('VmHWM', 'VmRSS')))
 
 
-def peak_of_render(build, pack):
+def peak_of_render(build, pack, size='64x36', at='0'):
     """Looked at while it runs: what wait4 tells counts this script, too."""
     peak = 0
     with tempfile.TemporaryDirectory() as folder:
-        program = subprocess.Popen([os.path.join(build, 'brimlow-render'), '-q', '-y', '--path', 'fixed', '--size', '64x36',
-                                    '--at', '0', '-o', os.path.join(folder, 'still.png'), pack],
+        program = subprocess.Popen([os.path.join(build, 'brimlow-render'), '-q', '-y', '--path', 'fixed', '--size', size,
+                                    '--at', at, '-o', os.path.join(folder, 'still.png'), pack],
                                    env=dict(os.environ, EGL_PLATFORM='surfaceless', LIBGL_ALWAYS_SOFTWARE='1'))
         while program.poll() is None:
             peak = max(peak, memory_of(program.pid)[0])
@@ -159,6 +165,14 @@ def as_row(name, decoded, base, render, player):
         less[1] / max(sum(decoded), 1), less[2] / MIB, less[1] / max(less[2], 1))
 
 
+def tell_poster(build, pack):
+    width, height = POSTER
+    more = peak_of_render(build, pack, '%dx%d' % POSTER, POSTER_AT) - peak_of_render(build, pack, at=POSTER_AT)
+    pixels, surface = 3 * width * height, 8 * min(width, TILE) * min(height, TILE)
+    print('A poster of %d x %d: %.1f MiB more than a small picture, %.2f x its pixels (%.1f MiB); with a surface %.1f MiB, '
+          '%.2f x.' % (*POSTER, more / MIB, more / pixels, pixels / MIB, (pixels + surface) / MIB, more / (pixels + surface)))
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split('\n')[0])
     parser.add_argument('packs', nargs='*', metavar='PACK')
@@ -179,6 +193,7 @@ def main():
             render, player = peak_of_render(build, pack), memory_of_player(build, pack, display, watch)
             base = base or (render, *player)
             print(as_row(name, decoded_bytes(pack), base, render, player), flush=True)
+        tell_poster(build, shows[1][1])
         print('The small show alone: %.1f, %.1f, %.1f MiB, which are taken off.' % tuple(value / MIB for value in base))
     return 0
 

@@ -84,6 +84,14 @@ TEST_CASE("A picture of one colour keeps it at every size")
     }
 }
 
+TEST_CASE("A picture to be filled is whole, with room for a byte more in every row")
+{
+    const picture p = make_picture_to_fill(7, 5);
+    CHECK(is_whole(p));
+    CHECK(p.width == 7);
+    CHECK(p.rgb.capacity() >= 7 * 5 * 3 + 5);
+}
+
 TEST_CASE("Twice the size repeats every pixel, the same size changes nothing")
 {
     picture p = make_picture(2, 1, 10, 20, 30);

@@ -74,6 +74,27 @@ TEST_CASE("Pictures of any size come back from every level as they were")
         }
 }
 
+TEST_CASE("A picture that is not needed any more gives the same file, with or without room behind its pixels")
+{
+    for (const auto& [width, height] : {std::pair{1u, 1u}, {1u, 7u}, {7u, 1u}, {2u, 3u}, {33u, 17u}, {301u, 90u}}) {
+        const picture p = varied_picture(width, height);
+        picture tight = p;
+        tight.rgb.shrink_to_fit();
+        picture roomy = make_picture_to_fill(width, height);
+        roomy.rgb.assign(p.rgb.begin(), p.rgb.end());
+        const std::vector<png_text> texts = {{"Driver", "some"}};
+        const std::vector<uint8_t> expected = encode_png(p, texts, 3);
+        REQUIRE(!expected.empty());
+        CHECK(encode_png(std::move(tight), texts, 3) == expected);
+        CHECK(encode_png(std::move(roomy), texts, 3) == expected);
+        CHECK(roomy.rgb.capacity() == 0);
+    }
+    picture broken = varied_picture(2, 2);
+    broken.rgb.pop_back();
+    CHECK(encode_png(std::move(broken)).empty());
+    CHECK(encode_png(make_picture(1, 1, 0, 0, 0), {{"", "no keyword"}}).empty());
+}
+
 TEST_CASE("Higher levels pack a smooth picture into less, and those above the last are the last")
 {
     const picture p = varied_picture(200, 100);

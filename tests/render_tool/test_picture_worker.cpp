@@ -35,7 +35,7 @@ struct scratch_directory {
 
 static shared_picture shade(uint8_t value)
 {
-    return std::make_shared<const picture>(make_picture(3, 2, value, value, value));
+    return std::make_shared<picture>(make_picture(3, 2, value, value, value));
 }
 
 TEST_CASE("Pictures become files called by their numbers")
@@ -168,7 +168,7 @@ TEST_CASE("A disk that is full amid many pictures ends the work, and every file 
 TEST_CASE("Files are packed as hard as is asked for")
 {
     const scratch_directory scratch;
-    const shared_picture image = std::make_shared<const picture>(make_picture(100, 100, 1, 2, 3));
+    const shared_picture image = std::make_shared<picture>(make_picture(100, 100, 1, 2, 3));
     uintmax_t sizes[2] = {};
     for (const uint32_t level : {0u, 1u}) {
         picture_worker worker;
@@ -232,7 +232,7 @@ TEST_CASE("A picture that cannot be encoded is a failure, and no file")
     picture_worker worker;
     worker.pattern = scratch.path + "/%d.png";
     worker_begin(worker);
-    worker_give(worker, 3, std::make_shared<const picture>());
+    worker_give(worker, 3, std::make_shared<picture>());
     CHECK_FALSE(worker_end(worker));
     CHECK(worker.problem.find("cannot make a PNG of " + scratch.path + "/3.png") == 0);
     CHECK(std::filesystem::is_empty(scratch.path));

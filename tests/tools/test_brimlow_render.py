@@ -42,18 +42,22 @@ class Picture:
 
     def __init__(self, path):
         with open(path, 'rb') as file:
-            content = file.read()
-        assert content[:8] == b'\x89PNG\r\n\x1a\n', path
-        self.chunks, at = {}, 8
+            self.chunks = self.chunks_of(file.read())
+        self.width, self.height, depth, channels = struct.unpack_from('>IIBB', self.chunks[b'IHDR'])
+        assert (depth, channels) == (8, 2), path
+        self.rgb = self.unfiltered(zlib.decompress(self.chunks[b'IDAT']))
+
+    @staticmethod
+    def chunks_of(content):
+        assert content[:8] == b'\x89PNG\r\n\x1a\n'
+        chunks, at = {}, 8
         while at < len(content):
             size, = struct.unpack_from('>I', content, at)
             kind, data = content[at + 4:at + 8], content[at + 8:at + 8 + size]
             assert zlib.crc32(kind + data) == struct.unpack_from('>I', content, at + 8 + size)[0], kind
-            self.chunks[kind] = self.chunks.get(kind, b'') + data
+            chunks[kind] = chunks.get(kind, b'') + data
             at += size + 12
-        self.width, self.height, depth, channels = struct.unpack_from('>IIBB', self.chunks[b'IHDR'])
-        assert (depth, channels) == (8, 2), path
-        self.rgb = self.unfiltered(zlib.decompress(self.chunks[b'IDAT']))
+        return chunks
 
     def unfiltered(self, raw):
         row, out = 3 * self.width, bytearray()
@@ -1057,6 +1061,34 @@ class TileTest(RenderTest):
         picture = Picture(self.path('wide.png'))
         self.assertEqual((picture.width, picture.height), (17000, 16))
         self.assertEqual(picture.rgb, bytes((255, 0, 0)) * (17000 * 16))
+
+    def test_a_large_tile_is_read_in_parts(self):
+        show = Production()
+        bars = [(RED, quad(0, 0, 1, .07)), (GREEN, quad(0, .07, .64, .35)), (BLUE, quad(.3, .51, 1, 1))]
+        show.layer(show.scene(*[placed(show.mesh(bar), show.material(color=color)) for color, bar in bars]), 100)
+        show.write(self.folder)
+        size = ('--size', '1800x1400')  # 7.6 MB, of which a tile has two thirds
+        self.done('--at', '0', '-o', 'whole/%d.png', *size)
+        self.done('--at', '0', '-o', 'tiled/%d.png', '--tile', '1300', *size)
+        files = []
+        for name in ('whole', 'tiled'):
+            with open(self.path(name, '0.png'), 'rb') as file:
+                files.append(file.read())
+        self.assertEqual(*files)
+        self.assertGreater(len(set(zlib.decompress(Picture.chunks_of(files[0])[b'IDAT']))), 2)
+
+    def test_a_poster_takes_little_more_memory_than_its_pixels(self):
+        two_colours(10).write(self.folder)
+        peaks = {}
+        for size in ('64x64', '6144x6144'):
+            run = subprocess.Popen([RENDER, '-q', '--at', '0', '-o', size + '.png', '--size', size, '--tile', '512'],
+                                   cwd=self.folder, env=self.environment())
+            _, status, usage = os.wait4(run.pid, 0)
+            run.returncode = os.waitstatus_to_exitcode(status)
+            self.assertEqual(run.returncode, 0)
+            peaks[size] = usage.ru_maxrss * 1024
+        pixels = 6144 * 6144 * 3
+        self.assertLess((peaks['6144x6144'] - peaks['64x64']) / pixels, 1.3)
 
     def test_what_cannot_be_tiled_is_said_plainly(self):
         into_a_texture().write(self.folder)

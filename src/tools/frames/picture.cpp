@@ -19,6 +19,16 @@ picture make_picture(uint32_t width, uint32_t height, uint8_t red, uint8_t green
     return p;
 }
 
+picture make_picture_to_fill(uint32_t width, uint32_t height)
+{
+    picture p;
+    p.width = width;
+    p.height = height;
+    p.rgb.reserve((size_t{width} * 3 + 1) * height);
+    p.rgb.resize(size_t{width} * 3 * height);
+    return p;
+}
+
 bool is_whole(const picture& p)
 {
     return p.width > 0 && p.height > 0 && p.rgb.size() == uint64_t{p.width} * p.height * 3;

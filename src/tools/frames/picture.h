@@ -16,6 +16,10 @@ struct picture {
 // A picture of one colour.
 picture make_picture(uint32_t width, uint32_t height, uint8_t red, uint8_t green, uint8_t blue);
 
+// A picture whose pixels are still to come, with room behind them for the byte a row that files have more:
+// who packs it needs no other memory for that.
+picture make_picture_to_fill(uint32_t width, uint32_t height);
+
 // True when there are pixels and exactly as many bytes as the size tells.
 bool is_whole(const picture& p);
 

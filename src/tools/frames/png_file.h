@@ -24,9 +24,13 @@ constexpr uint32_t max_png_level = 12;
 
 // The picture as a PNG file with its texts (tEXt) before the pixels; empty for a picture that
 // is not whole or above max_encoded_bytes, and when there is no memory. The same pixels give
-// the same bytes. While it works it has the pixels once more, and what they are packed to twice.
+// the same bytes. While it works it has the pixels once more, and behind them what they are packed to twice.
 std::vector<uint8_t> encode_png(
     const picture& p, const std::vector<png_text>& texts = {}, uint32_t level = png_level_fast);
+
+// The same file of a picture that nobody needs any more, without having its pixels once more: they are filtered
+// where they lie, and are gone afterwards.
+std::vector<uint8_t> encode_png(picture&& p, const std::vector<png_text>& texts = {}, uint32_t level = png_level_fast);
 
 // The first text of a keyword before the pixels of a file; empty when there is none. Stops at
 // damage.

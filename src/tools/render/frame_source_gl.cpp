@@ -1,8 +1,8 @@
 #include "frame_source_gl.h"
 
-#include "tools/frames/frame_clock.h"
 #include "frame_commands.h"
 #include "tiles.h"
+#include "tools/frames/frame_clock.h"
 
 #include "effects/dynamic_texture.h"
 #include "render/frame_text.h"
@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+
+constexpr size_t bytes_at_a_time = size_t{4} << 20; // of a tile that is read
 
 namespace {
 
@@ -117,28 +119,33 @@ static void copy_upside_down(const uint8_t* from, uint32_t width, uint32_t heigh
 
 static picture empty_picture(const player_settings& settings)
 {
-    picture p;
-    p.width = settings.display.screen_width;
-    p.height = settings.display.screen_height;
-    p.rgb.resize(size_t{p.width} * p.height * 3);
-    return p;
+    return make_picture_to_fill(settings.display.screen_width, settings.display.screen_height);
 }
 
-static void read_into(gl_session& session, uint32_t width, uint32_t height, void* pixels)
+// Rows from `first` on, counted from the bottom.
+static void read_rows(uint32_t first, uint32_t width, uint32_t height, void* pixels)
 {
-    session_begin_reading(session);
-    glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glReadPixels(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height), GL_RGB, GL_UNSIGNED_BYTE, pixels);
-    session_end_reading(session);
+    glReadPixels(0, static_cast<GLint>(first), static_cast<GLsizei>(width), static_cast<GLsizei>(height), GL_RGB,
+        GL_UNSIGNED_BYTE, pixels);
 }
 
+// Some rows at a time: beside a large picture neither we nor the driver have a whole tile once more.
 static void read_tile(frame_source& source, const frame_tile& tile, picture& image, std::vector<uint8_t>& rows)
 {
-    rows.resize(size_t{tile.width} * tile.height * 3);
-    const auto begin = stopwatch::now();
-    read_into(*source.session, tile.width, tile.height, rows.data());
-    source.gl_seconds += seconds_since(begin);
-    copy_upside_down(rows.data(), tile.width, tile.height, image, tile.x, tile.y);
+    const size_t row = size_t{tile.width} * 3;
+    const uint32_t most = std::clamp(static_cast<uint32_t>(bytes_at_a_time / row), 1u, tile.height);
+    rows.resize(row * most);
+    auto begin = stopwatch::now();
+    session_begin_reading(*source.session);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    for (uint32_t y = 0; y < tile.height; y += most) {
+        const uint32_t count = std::min(most, tile.height - y);
+        read_rows(y, tile.width, count, rows.data());
+        source.gl_seconds += seconds_since(begin);
+        copy_upside_down(rows.data(), tile.width, count, image, tile.x, tile.y + y);
+        begin = stopwatch::now();
+    }
+    session_end_reading(*source.session);
 }
 
 // The driver copies the picture into a buffer of its own while the next frame is drawn.
@@ -153,7 +160,10 @@ static bool begin_reading(gl_session& session, drawn_frame& slot, const player_s
     glBindBuffer(GL_PIXEL_PACK_BUFFER, slot.buffer);
     if (is_new)
         glBufferData(GL_PIXEL_PACK_BUFFER, static_cast<GLsizeiptr>(bytes), nullptr, GL_STREAM_READ);
-    read_into(session, settings.display.screen_width, settings.display.screen_height, nullptr);
+    session_begin_reading(session);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    read_rows(0, settings.display.screen_width, settings.display.screen_height, nullptr);
+    session_end_reading(session);
     glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
     return true;
 }
@@ -265,6 +275,12 @@ void source_draw(frame_source& source, uint64_t frame)
     else
         draw_in_tiles(source, slot);
     ++source.waiting_count;
+}
+
+// A picture of tiles is there at once: who waited with it had one more.
+bool source_is_full(const frame_source& source)
+{
+    return source.waiting_count == (source.tiles.size() == 1 ? pictures_in_flight : 1);
 }
 
 bool source_take(frame_source& source, uint64_t& frame, picture& image, frame_time* times)

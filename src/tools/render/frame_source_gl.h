@@ -1,13 +1,13 @@
 // The frames of a production as pictures, in order.
 //
 // Frames are drawn strictly one after the other, because effects remember the frames
-// before. A picture is read while the next frame is drawn: up to two wait in the driver.
+// before. A picture is read while the next frame is drawn: up to two wait in the driver, but of tiles none.
 #pragma once
 
-#include "tools/frames/picture.h"
 #include "session_gl.h"
 #include "shell/settings.h"
 #include "time_report.h"
+#include "tools/frames/picture.h"
 
 #include "render/compositor_gl.h"
 
@@ -49,8 +49,11 @@ void source_begin(frame_source& source, gl_session& session, player_settings& se
 // false nothing is drawn, which saves most of the time.
 void source_pass(frame_source& source, uint64_t frame, bool pixels);
 
-// Draws a frame and begins to read it; at most two may wait.
+// Draws a frame and begins to read it; not while the source is full.
 void source_draw(frame_source& source, uint64_t frame);
+
+// Whether a picture is to be taken before the next frame is drawn.
+bool source_is_full(const frame_source& source);
 
 // Why a frame cannot be put together from tiles, as one sentence; empty when it can, and
 // where there is one tile only.

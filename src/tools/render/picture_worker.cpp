@@ -15,13 +15,16 @@
 constexpr int less_than_drawing = 10; // a step of nice(1) is a fourth of a processor's share
 constexpr uint32_t most_file_threads = 64;
 constexpr uint64_t most_bytes_in_work = uint64_t{4} << 30; // of pictures that wait or are packed
-constexpr uint64_t pictures_a_thread = 4; // one that waits, one that it has, and that one filtered and packed
+constexpr uint64_t pictures_a_thread = 4; // one that waits, one that it has, and, where others have that, too, one
+                                          // filtered and packed
 
 // ---- one picture -------------------------------------------------------------------------
 
 static bool write_picture_file(const picture_worker& worker, const picture_worker::job& job, std::string& problem)
 {
-    const std::vector<uint8_t> png = encode_png(*job.image, {{"Driver", worker.driver}}, worker.png_level);
+    const std::vector<png_text> texts = {{"Driver", worker.driver}};
+    const std::vector<uint8_t> png = worker.alone ? encode_png(std::move(*job.image), texts, worker.png_level)
+                                                  : encode_png(*job.image, texts, worker.png_level);
     if (png.empty()) {
         problem = "cannot make a PNG of " + numbered_name(worker.pattern, job.number)
             + ": the picture is too large, or there is no memory";

@@ -27,7 +27,7 @@ enum worker_kind : int32_t {
     worker_flashes // a flash report
 };
 
-using shared_picture = std::shared_ptr<const picture>;
+using shared_picture = std::shared_ptr<picture>; // who is not alone with one leaves it as it is
 
 struct picture_worker {
     worker_kind kind = worker_files;
@@ -39,6 +39,7 @@ struct picture_worker {
     frame_rate rate;                     // flashes
     flash_report report;                 // flashes; to be read after the end
     uint64_t picture_bytes = 0;          // files: of each, more or less
+    bool alone = false;                  // files: nobody else is given the pictures; they are packed where they lie
     bool failed = false;                 // nothing more is written after the first problem
     std::string problem;                 // one sentence
 

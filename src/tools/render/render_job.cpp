@@ -357,6 +357,7 @@ static bool open_pictures(render_job& job, std::string& problem)
         job.pictures.pattern = job.options.output;
         job.pictures.driver = job.session.driver;
         job.pictures.png_level = job.options.png_level;
+        job.pictures.alone = !job.options.flashes;
         job.pictures.picture_bytes = uint64_t{job.options.width} * job.options.height * 3;
         return true;
     case output_video:
@@ -440,7 +441,7 @@ static bool take_picture(render_job& job, std::string& problem)
     compare(job, frame, image);
     if (!write_shots(job, frame, image, problem))
         return false;
-    const shared_picture shared = std::make_shared<const picture>(std::move(image));
+    const shared_picture shared = std::make_shared<picture>(std::move(image));
     if (job.options.flashes)
         give(job, job.flashes, frame, shared);
     return !job.writes_pictures || give(job, job.pictures, frame, shared);
@@ -473,7 +474,7 @@ static void run_frames(render_job& job, frame_loop& loop, progress& shown)
         } else {
             source_draw(job.source, frame);
             loop.failed = !commands_write(job.commands, job.source.commands, loop.problem)
-                || (job.source.waiting_count == pictures_in_flight && !take_picture(job, loop.problem));
+                || (source_is_full(job.source) && !take_picture(job, loop.problem));
             if (loop.failed)
                 return;
             ++loop.done;
@@ -698,7 +699,7 @@ static exit_status render_loading(render_job& job)
         picture image;
         const bool wanted = std::binary_search(per_cents.begin(), per_cents.end(), per_cent);
         source_draw_loading(job.source, per_cent, wanted ? &image : nullptr);
-        if (wanted && !worker_give(job.pictures, per_cent, std::make_shared<const picture>(std::move(image))))
+        if (wanted && !worker_give(job.pictures, per_cent, std::make_shared<picture>(std::move(image))))
             break;
         done += wanted ? 1 : 0;
     }
