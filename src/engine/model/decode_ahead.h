@@ -8,8 +8,8 @@
 //
 // There is a worker for each core but the one that reads; none with a single core, for small documents, and where no
 // thread is to be had. What has been unpacked and not asked for is bounded (decode_ahead_room), so that memory does not
-// fill with what comes later. Workers print nothing and call no OpenGL; signals are not theirs. The pack must outlive
-// them, the elements need not.
+// fill with what comes later, and not with the cores of a machine either. Workers print nothing and call no OpenGL;
+// signals are not theirs. The pack must be there until they are ended, the elements need not.
 #pragma once
 
 #include "model/image_decode.h"
@@ -21,8 +21,9 @@ struct pack_file;
 struct xml_node;
 
 constexpr uint32_t max_decode_workers = 16;
-constexpr uint64_t decode_ahead_room = 4u << 20;  // bytes that each worker, and the reader, may be ahead
-constexpr uint32_t decode_ahead_least = 1u << 15; // bytes of entries below which nobody is hired
+constexpr uint64_t decode_ahead_room = 4u << 20;       // bytes that each worker, and the reader, may be ahead,
+constexpr uint64_t most_decode_ahead_room = 32u << 20; // and all of them
+constexpr uint32_t decode_ahead_least = 1u << 15;      // bytes of entries below which nobody is hired
 
 struct decode_ahead; // the entries, the workers, and how far they are
 
@@ -32,7 +33,9 @@ uint32_t decode_worker_count();
 // Begins to unpack what the document below `root` names, with at most `workers` of them. Null: nothing is worth it.
 decode_ahead* decode_ahead_begin(const xml_node* root, const pack_file* pack, uint32_t workers);
 
-// Stops the workers, each when it has unpacked the entry at hand, and frees what nobody asked for.
+// Stops the workers and frees what nobody asked for. Never waits for a decoder: a worker that is inside one is left
+// behind there, uses neither pack nor elements any more, and frees what it has when it comes out, or ends with the
+// process.
 struct end_decode_ahead {
     void operator()(decode_ahead* ahead) const;
 };
