@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstring>
 #include <sched.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 constexpr int less_than_drawing = 10; // a step of nice(1) is a fourth of a processor's share
@@ -71,7 +70,7 @@ static bool do_job(picture_worker& worker, const picture_worker::job& job, std::
 // a frame, which then comes later, and nobody has work while the next one is begun.
 static void give_way_to_drawing()
 {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), less_than_drawing); // of this thread; refused, it stays
+    [[maybe_unused]] const int now = nice(less_than_drawing); // of this thread alone, and 19 at the most
 }
 
 static void work(picture_worker* worker)
