@@ -58,7 +58,8 @@ static void warm(player_settings& settings, renderer& drawing)
 {
     const player_display& display = settings.display;
     const double begin = process_ms();
-    warm_show_gl(settings.show.production, screen_view(display), display.caps, display.glsl_path == 1, drawing);
+    show_warming w = {&settings.show.production, screen_view(display), display.caps, display.glsl_path == 1};
+    warm_some_gl(w, drawing, nullptr, 0);
     std::printf("warm %.3f\n", process_ms() - begin);
 }
 

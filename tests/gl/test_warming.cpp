@@ -67,24 +67,49 @@ show_text show_of_every_sort()
 
 } // namespace
 
+// All at once.
+static void warm(small_show& show)
+{
+    show_warming w = {&show.d, show.view, show.caps, show.glsl};
+    CHECK_FALSE(warm_some_gl(w, test_renderer(), nullptr, 0));
+}
+
+static uint32_t moving_ticks()
+{
+    static uint32_t ticks = 0;
+    return ticks++;
+}
+
+// Each way of drawing in a piece of its own; a number of them, or all.
+static void warm_in_pieces(small_show& show, size_t count)
+{
+    show_warming w = {&show.d, show.view, show.caps, show.glsl};
+    for (size_t piece = 0; piece < count && warm_some_gl(w, test_renderer(), moving_ticks, 0);)
+        ++piece;
+    end_warming_gl(w);
+}
+
 TEST_CASE("no pixel of a show depends on whether it was warmed")
 {
     const show_text s = show_of_every_sort();
     for (const show_options& options : {show_options{.glsl = false}, show_options{.glsl = true},
              show_options{.glsl = false, .vbo = true, .pbo = true, .npot = false},
              show_options{.glsl = true, .vbo = true, .pbo = true}}) {
-        std::vector<picture> seen[2];
-        for (const bool warmed : {false, true}) {
+        std::vector<picture> seen[4];
+        for (const size_t how : {0u, 1u, 2u, 3u}) {
             std::srand(1); // the swarm and the drops
             small_show show(s, options);
-            if (warmed)
-                warm_show_gl(show.d, show.view, show.caps, show.glsl, test_renderer());
+            if (how == 1)
+                warm(show);
+            else if (how > 1)
+                warm_in_pieces(show, how == 2 ? 3 : 1000);
             CHECK(glGetError() == GL_NO_ERROR);
             for (const uint32_t time : {0u, 1u, 2u, 299u, 300u, 301u, 350u, 500u})
-                seen[warmed].push_back(show.frame(time));
+                seen[how].push_back(show.frame(time));
         }
         for (size_t n = 0; n < seen[0].size(); ++n)
-            CHECK(greatest_difference(seen[0][n], seen[1][n]) == 0);
+            for (const size_t how : {1u, 2u, 3u})
+                CHECK(greatest_difference(seen[0][n], seen[how][n]) == 0);
         CHECK(greatest_difference(seen[0][0], seen[0].back()) > 50);
     }
 }
@@ -98,7 +123,7 @@ TEST_CASE("warming changes nothing of what is on the screen")
             show.frame(time);
         const picture before = read_window();
         forget_state();
-        warm_show_gl(show.d, show.view, show.caps, show.glsl, test_renderer());
+        warm(show);
         CHECK(greatest_difference(before, read_window()) == 0);
     }
 }
@@ -118,7 +143,7 @@ TEST_CASE("a target that is shown before it is drawn into shows its own picture,
                 .space_before = 100,
                 .length = 100});
         small_show show(s, glsl);
-        warm_show_gl(show.d, show.view, show.caps, show.glsl, test_renderer());
+        warm(show);
         check_pixel(show.frame(0), 80, 60, {0, 0, 255});
     }
 }

@@ -3,6 +3,7 @@
 #include "document_text.h"
 #include "recording_gl.h"
 #include "render/compositor_gl.h"
+#include "render/draw_gl.h"
 #include "shell/player.h"
 
 #include <doctest/doctest.h>
@@ -13,6 +14,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -24,7 +26,7 @@
 
 // Stands in for the renderer: which frame was asked for, and with what.
 extern "C" uint32_t __wrap__Z13compose_frameR8documentjRK10frame_viewRK7gl_capsbR8rendererP17frame_cost_record(
-    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, renderer&, frame_cost_record*)
+    document& d, uint32_t time, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r, frame_cost_record*)
 {
     const bool loading = d.name != nullptr && std::string(d.name) == "loading.xmlz";
     char line[200];
@@ -35,6 +37,9 @@ extern "C" uint32_t __wrap__Z13compose_frameR8documentjRK10frame_viewRK7gl_capsb
         caps.texture_units, caps.nv_combine4, caps.ati_combine3, glsl ? "glsl" : "fixed");
     const bool is_over = !loading && time > current_script().last_tick;
     record_line(std::string(line) + (is_over ? " = 0" : ""));
+    if (!loading && current_script().tells_standing && r.standing.material.applied)
+        record_line("* it is drawn with what the loading screen left");
+    r.standing.material.applied |= loading;
     pass_time(is_over ? 0 : current_script().ms_per_frame);
     return is_over ? 0 : 1;
 }
@@ -47,6 +52,19 @@ extern "C" int __wrap_inflate(z_stream* stream, int flush)
 {
     pass_time(current_script().ms_per_document);
     return __real_inflate(stream, flush);
+}
+
+extern "C" void __real__Z12draw_mesh_glRK5frameRK12draw_commandRK7gl_capsbR8gl_state(
+    const frame& f, const draw_command& draw, const gl_caps& caps, bool glsl, gl_state& gl);
+
+extern "C" void __wrap__Z12draw_mesh_glRK5frameRK12draw_commandRK7gl_capsbR8gl_state(
+    const frame& f, const draw_command& draw, const gl_caps& caps, bool glsl, gl_state& gl)
+{
+    static uint32_t number = 0;
+    if (++number == current_script().interrupting_mesh)
+        std::raise(SIGTERM);
+    pass_time(current_script().ms_per_mesh);
+    __real__Z12draw_mesh_glRK5frameRK12draw_commandRK7gl_capsbR8gl_state(f, draw, caps, glsl, gl);
 }
 
 extern "C" void __real__Z13document_freeR8document(document& d);
@@ -74,6 +92,20 @@ extern "C" void __wrap__Z30document_free_generated_imagesR8document(document& d)
 
 // ---- the show -------------------------------------------------------------------
 
+// Lines of so many widths, one object each.
+static void add_ways(document_text& text, uint32_t ways)
+{
+    std::string objects;
+    for (uint32_t way = 1; way <= ways; ++way) {
+        const std::string width = std::to_string(way);
+        text.records[section_materials]
+            += "<material><wireframe value=\"1\"/><linewidth type=\"static\" value=\"" + width + "\"/></material>";
+        objects += scene_object_text(0, 1, static_cast<int>(way), 0, "");
+    }
+    text.records[section_meshes] = "<mesh filename=\"cube.mesh\"/>";
+    text.records[section_scenes] = "<scene name=\"lines\">" + objects + "</scene>";
+}
+
 static document_text production_text(const scripted_show& show)
 {
     document_text text = show.is_complete ? complete_document() : document_text();
@@ -81,6 +113,8 @@ static document_text production_text(const scripted_show& show)
         return text;
     text.records[section_functions] = repeated(function_text(), show.functions);
     text.records[section_scenes] = "<scene name=\"empty\"/>";
+    if (show.ways > 0)
+        add_ways(text, show.ways);
     text.records[section_timeline] = "<track>" + clip_text(1, 0, 100) + "</track>";
     text.records[section_music] = repeated("<note/>", show.notes);
     if (!show.music.empty())

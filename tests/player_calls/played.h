@@ -19,6 +19,7 @@ struct scripted_show {
     std::string damaged = "";      // the name of a document that is none
     std::string empty_record = ""; // the name of a document with a record that lacks everything
     bool has_production = true;    // demo.xmlz
+    uint32_t ways = 0;             // of drawing that the production comes to, by materials of one each
     bool is_complete = false;      // instead of all that: a record in every section of both documents
 };
 

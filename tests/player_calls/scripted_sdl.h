@@ -31,8 +31,10 @@ struct sdl_script {
     uint32_t now = 1000;
     uint32_t ms_per_reading = 0; // passes behind each reading of the clock by the main thread
     uint32_t ms_per_swap = 0;
-    uint32_t ms_per_frame = 0;    // that composing one takes
-    uint32_t ms_per_document = 0; // that inflating one takes
+    uint32_t ms_per_frame = 0;      // that composing one takes
+    uint32_t ms_per_document = 0;   // that inflating one takes
+    uint32_t ms_per_mesh = 0;       // that drawing one takes, outside of frames
+    uint32_t interrupting_mesh = 0; // the one at which the process is asked to end, from 1; 0: never
     // The display.
     bool has_display = true;
     int desktop_width = 800;
@@ -46,7 +48,8 @@ struct sdl_script {
     uint32_t ms_to_start = 0;        // that SDL_PauseAudio(0) takes
     std::vector<uint32_t> requests;  // when each comes, behind SDL_PauseAudio(0)
     // The show.
-    int64_t last_tick = 0; // of the production; later frames are empty
+    int64_t last_tick = 0;       // of the production; later frames are empty
+    bool tells_standing = false; // a line where a frame of the production finds what one of the loading screen left
 };
 
 // Begins a run: SDL is fresh, and does what `script` says from here on.

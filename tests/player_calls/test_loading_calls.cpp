@@ -1,9 +1,13 @@
 // Loading, its frames, and how it ends when a document is broken.
 #include "played.h"
 
+#include "document_text.h"
+
 #include <doctest/doctest.h>
 
+#include <csignal>
 #include <initializer_list>
+#include <string>
 
 // What can be clicked in the dialog.
 constexpr scripted_click buffers_box = {289, 113};
@@ -149,6 +153,81 @@ TEST_CASE("everything that the show draws is drawn once behind its last record, 
     const std::string calls = warmed(fixed);
     CHECK(calls.starts_with(
         "\n" + unseen + "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])\n" + seen + "compose_frame("));
+}
+
+// ---- a driver that compiles -----------------------------------------------------------
+
+// The lines that tell of drawing and of frames, behind the last record.
+static std::string warming_of(const sdl_script& script, uint32_t ways)
+{
+    sdl_script fixed = script;
+    fixed.clicks = {fixed_path_row, start_button};
+    const auto take_signals = [] { std::signal(SIGTERM, SIG_DFL); }; // the test program has its own handler
+    const played_run run = play(fixed, {.has_loading = true, .ways = ways}, {}, take_signals);
+    return lines_of(run.calls,
+        {"glDrawElements", "compose_frame(", "SDL_GL_Swap", "glClear(", "glFinish", "* it is drawn",
+            "document_free(l"});
+}
+
+static std::string with_path(const std::string& text)
+{
+    return with(text, ", glsl)", ", fixed)");
+}
+
+constexpr const char* way = "glDrawElements(GL_TRIANGLES, 3, GL_UNSIGNED_SHORT, [0 0 0])\n";
+constexpr const char* window_opened = "\nglClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)\nSDL_GL_SwapBuffers()\n"
+                                      "SDL_GL_SwapBuffers()\n";
+
+TEST_CASE("a driver that has everything is not kept waiting by loading frames: half a second is a moment")
+{
+    sdl_script script = started(0);
+    script.ms_per_mesh = 30; // two make a piece
+    CHECK(warming_of(script, 16)
+        == window_opened + repeated(std::string(way) + way + "glFinish()\n", 8) + "document_free(loading.xmlz)\n"
+            + with_path(over));
+}
+
+TEST_CASE("while a driver compiles for longer, the loading screen goes on behind every 50 ms, with all items done")
+{
+    sdl_script script = started(0);
+    script.ms_per_mesh = 200;
+    const std::string piece = std::string(way) + "glFinish()\n";
+    // It leaves nothing: the second clear is with the colour of a new context.
+    const std::string shown = with_path(frame(100)) + "glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT)\n";
+    CHECK(warming_of(script, 5)
+        == window_opened + piece + piece + piece + shown + piece + shown + piece + "document_free(loading.xmlz)\n"
+            + with_path(over));
+}
+
+TEST_CASE("a loading frame that came only because a driver compiled leaves nothing behind, one between records does")
+{
+    sdl_script script = started(0);
+    script.tells_standing = true;
+    script.ms_per_mesh = 300;
+    const std::string mark = "* it is drawn with what the loading screen left\n";
+    CHECK(warming_of(script, 4).find(with_path(frame(100))) != std::string::npos);
+    CHECK(warming_of(script, 4).find(mark) == std::string::npos);
+    script.ms_per_reading = 51;
+    CHECK(warming_of(script, 1).find(mark) != std::string::npos);
+    CHECK(warming_of(script, 4).find(mark) != std::string::npos);
+}
+
+TEST_CASE("no show is warmed for longer than ten seconds, nor on when the process is asked to end")
+{
+    sdl_script script = started(0);
+    script.ms_per_mesh = 1000;
+    const auto ways_drawn = [&](uint32_t ways) {
+        const std::string calls = warming_of(script, ways);
+        CHECK(calls.ends_with("document_free(loading.xmlz)\n" + with_path(over)));
+        size_t count = 0;
+        for (size_t at = calls.find(way); at != std::string::npos; at = calls.find(way, at + 1))
+            ++count;
+        return count;
+    };
+    CHECK(ways_drawn(10) == 10);
+    CHECK(ways_drawn(20) == 11); // the one that passes ten seconds is the last
+    script.interrupting_mesh = 3;
+    CHECK(ways_drawn(10) == 3);
 }
 
 TEST_CASE("the loading screen's OpenGL objects stay, as the show may be drawn with them; the show's go at its end")

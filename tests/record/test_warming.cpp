@@ -61,7 +61,8 @@ struct warmed_show : record_bench {
     std::string warm(bool glsl)
     {
         take_gl_calls();
-        warm_show_gl(d, view, caps, glsl, r);
+        show_warming w = {&d, view, caps, glsl};
+        CHECK_FALSE(warm_some_gl(w, r, nullptr, 0));
         return take_gl_calls();
     }
     std::string frame(uint32_t tick, bool glsl)
@@ -227,10 +228,12 @@ TEST_CASE("of a show without anything to draw, or that is not there, OpenGL is t
     record_bench b;
     ::add_layer(b.content, 0, make_layer(render_simple, 500, b.add_scene({})));
     take_gl_calls();
-    warm_show_gl(b.d, b.view, b.caps, true, b.r);
+    show_warming empty = {&b.d, b.view, b.caps, true};
+    CHECK_FALSE(warm_some_gl(empty, b.r, nullptr, 0));
     CHECK(take_gl_calls() == "\n");
     document nothing = {};
-    warm_show_gl(nothing, b.view, b.caps, true, b.r);
+    show_warming none = {&nothing, b.view, b.caps, true};
+    CHECK_FALSE(warm_some_gl(none, b.r, nullptr, 0));
     CHECK(take_gl_calls() == "\n");
 }
 
@@ -282,6 +285,43 @@ TEST_CASE("a show is drawn in the same states, whether it has been warmed or not
             REQUIRE(seen[0].size() == seen[1].size());
             for (size_t n = 0; n < seen[0].size(); ++n)
                 CHECK(seen[1][n] == seen[0][n]);
+        }
+    }
+}
+
+// A clock that moves on at each look.
+static uint32_t moving_ticks()
+{
+    static uint32_t ticks = 0;
+    return ticks++;
+}
+
+TEST_CASE("a show that is warmed in pieces is drawn in the same states, and so is what comes between them")
+{
+    for (const bool glsl : {false, true}) {
+        for (const bool first_is_bare : {false, true}) {
+            warmed_show untouched(first_is_bare);
+            driver_state wanted_state;
+            const std::vector<std::string> wanted = drawn_states(untouched.frame(0, glsl), wanted_state);
+            for (const size_t pieces : {1u, 2u, 100u}) {
+                warmed_show b(first_is_bare);
+                warmed_show at_once(first_is_bare);
+                driver_state state;
+                driver_state state_at_once;
+                const size_t ways = drawn_states(at_once.warm(glsl), state_at_once).size();
+                show_warming w = {&b.d, b.view, b.caps, glsl};
+                size_t drawn = 0;
+                for (bool more = true; more && drawn < pieces;) {
+                    take_gl_calls();
+                    more = warm_some_gl(w, b.r, moving_ticks, 0);
+                    const std::string calls = take_gl_calls();
+                    CHECK(calls.ends_with("glFinish()\n"));
+                    CHECK(drawn_states(calls, state).size() == 1);
+                    CHECK(more == (++drawn < ways));
+                }
+                end_warming_gl(w);
+                CHECK(drawn_states(b.frame(0, glsl), state) == wanted);
+            }
         }
     }
 }
@@ -343,7 +383,8 @@ TEST_CASE("a target is warmed in the size that it will have, with a texture that
     layer.rtex = target;
     add_layer(b.content, 0, layer);
     take_gl_calls();
-    warm_show_gl(b.d, b.view, b.caps, false, b.r);
+    show_warming w = {&b.d, b.view, b.caps, false};
+    CHECK_FALSE(warm_some_gl(w, b.r, nullptr, 0));
     const std::string calls = take_gl_calls({"glGenTextures", "glTexImage2D", "glCopyTexSubImage2D", "glDrawElements",
         "glBindTexture", "glDeleteTextures"});
     CHECK(part_before(calls, "glBindTexture(GL_TEXTURE_2D, 0)") == R"(
@@ -359,4 +400,28 @@ glDeleteTextures(1, [1])
 )");
     CHECK(image.texture == 21);
     CHECK(image.width == 64);
+}
+
+TEST_CASE("what was lent to a show that is not warmed to its end is given back, once")
+{
+    record_bench b;
+    const uint32_t picture = b.add_image(21);
+    const uint32_t target = table_get(b.d.object_table, picture)->id;
+    const uint32_t mesh = b.add_triangle();
+    std::vector<scene_object> objects;
+    for (const uint8_t blending : {blend_add, blend_alpha}) {
+        uint32_t handle = 0;
+        b.add_material(&handle).blend_function = blending;
+        objects.push_back(b.object(object_model, mesh, handle));
+    }
+    layer_record layer = make_layer(render_quarter, 500, b.add_scene(objects));
+    layer.rtex = target;
+    add_layer(b.content, 0, layer);
+    show_warming w = {&b.d, b.view, b.caps, false};
+    take_gl_calls();
+    CHECK(warm_some_gl(w, b.r, moving_ticks, 0));
+    CHECK(take_gl_calls({"glGenTextures", "glDeleteTextures"}) == "\nglGenTextures(1) = 1\n");
+    end_warming_gl(w);
+    end_warming_gl(w);
+    CHECK(take_gl_calls() == "\nglDeleteTextures(1, [1])\n");
 }

@@ -5,7 +5,6 @@
 #include "render/draw_gl.h"
 #include "render/material_gl.h"
 #include "render/material_state.h"
-#include "render/warming.h"
 #include "texgen/texture_upload_gl.h"
 
 #include <GL/glew.h>
@@ -29,10 +28,11 @@ static uint32_t make_lent(const warmed_target& target)
     return texture;
 }
 
-static void release_lent(const std::vector<warmed_target>& targets)
+static void release_lent(std::vector<warmed_target>& targets)
 {
     for (const warmed_target& target : targets)
         glDeleteTextures(1, &target.lent);
+    targets.clear();
 }
 
 // ---- putting back -------------------------------------------------------------------
@@ -98,45 +98,64 @@ static void put_context_back(const standing_state& standing, bool glsl, gl_state
 
 // ---- drawing ------------------------------------------------------------------------
 
-// Nothing has a size, and nothing of the screen may be drawn on.
-static void draw_unseen(const frame& f, const draw_context& context, const frame_view& view, gl_state& gl)
+// Targets are told as they will be.
+static void plan(show_warming& w, const draw_context& context, const renderer& r)
 {
+    w.is_planned = true;
+    plan_warming(context, r.standing, {}, w.f);
+    if (!w.f.draws.empty())
+        w.targets = find_warmed_targets(*w.d, w.view, context.caps);
+}
+
+static void lend_targets(show_warming& w, const draw_context& context, const renderer& r)
+{
+    for (warmed_target& target : w.targets)
+        target.lent = make_lent(target);
+    w.f = {};
+    plan_warming(context, r.standing, w.targets, w.f);
+}
+
+// Nothing has a size, and nothing of the screen may be drawn on.
+static void draw_unseen(show_warming& w, const draw_context& context, gl_state& gl, uint32_t (*ticks)(), uint32_t ms)
+{
+    const uint32_t begin = ticks != nullptr ? ticks() : 0;
+    if (w.drawn == 0)
+        w.begin_ticks = begin;
     glScissor(0, 0, 0, 0);
     glEnable(GL_SCISSOR_TEST);
-    for (const draw_command& draw : f.draws)
-        draw_mesh_gl(f, draw, context.caps, context.glsl, gl);
+    do
+        draw_mesh_gl(w.f, w.f.draws[w.drawn++], context.caps, context.glsl, gl);
+    while (w.drawn < w.f.draws.size() && (ticks == nullptr || ticks() - begin <= ms));
     glDisable(GL_SCISSOR_TEST);
-    glScissor(0, 0, static_cast<GLsizei>(view.width), static_cast<GLsizei>(view.height));
+    glScissor(0, 0, static_cast<GLsizei>(w.view.width), static_cast<GLsizei>(w.view.height));
 }
 
-// The same with the targets as they will be.
-static void plan_with_lent(
-    const draw_context& context, const standing_state& standing, std::vector<warmed_target>& targets, frame& f)
+bool warm_some_gl(show_warming& w, renderer& r, uint32_t (*ticks)(), uint32_t ms)
 {
-    for (warmed_target& target : targets)
-        target.lent = make_lent(target);
-    f = {};
-    plan_warming(context, standing, targets, f);
-}
-
-void warm_show_gl(document& d, const frame_view& view, const gl_caps& caps, bool glsl, renderer& r)
-{
-    const draw_context context = context_for(d, caps, glsl);
-    std::vector<warmed_target> targets = find_warmed_targets(d, view, context.caps);
-    frame f = {};
-    plan_warming(context, r.standing, {}, f);
-    if (f.draws.empty()) // nor is OpenGL told anything
-        return;
-    const uint32_t unit_count = unit_limit(context.caps, glsl);
+    const draw_context context = context_for(*w.d, w.caps, w.glsl);
+    const bool is_first = !w.is_planned;
+    if (is_first)
+        plan(w, context, r);
+    if (w.drawn == w.f.draws.size()) // nor is OpenGL told anything
+        return false;
+    const uint32_t unit_count = unit_limit(context.caps, w.glsl);
     const unit_bindings bindings = ask_bindings(unit_count);
-    if (!targets.empty())
-        plan_with_lent(context, r.standing, targets, f);
+    if (is_first && !w.targets.empty())
+        lend_targets(w, context, r);
     forget_objects(r.gl);
-    draw_unseen(f, context, view, r.gl);
-    put_context_back(r.standing, glsl, r.gl);
-    release_lent(targets);
-    put_wraps_back(d, r.gl);
+    draw_unseen(w, context, r.gl, ticks, ms);
+    put_context_back(r.standing, w.glsl, r.gl);
+    const bool is_done = w.drawn == w.f.draws.size();
+    if (is_done)
+        release_lent(w.targets);
+    put_wraps_back(*w.d, r.gl);
     put_bindings_back(bindings, unit_count);
     forget_objects(r.gl);
     glFinish(); // drivers may put their work off
+    return !is_done;
+}
+
+void end_warming_gl(show_warming& w)
+{
+    release_lent(w.targets);
 }

@@ -26,6 +26,12 @@
 
 constexpr uint32_t loading_frame_interval_ms = 50;
 
+// Warming is a moment where the driver has kept what it compiled: no frame makes it longer. Where it compiles all of it
+// for the first time, that takes seconds, and of a very large show minutes: then the loading screen goes on, and at
+// some time the show begins, to wait for the driver where it comes to the rest.
+constexpr uint32_t quiet_warming_ms = 500;
+constexpr uint32_t longest_warming_ms = 10000;
+
 // For who writes programs of their own; the show itself stays silent.
 static bool wants_shader_log()
 {
@@ -49,6 +55,7 @@ static void show_loading_frame(document& loading, player_display& display, playe
         display.glsl_path == 1, drawing);
     window_swap(display.window);
     clear_standing_gl(drawing);
+    ++clock.loading_frames;
     clock.progress_ticks = window_ticks();
 }
 
@@ -93,6 +100,32 @@ static bool load_production(player_show& show, player_display& display, player_c
             return false;
         }
     }
+}
+
+// What a loading frame leaves may be seen in the show. One that comes only because a driver compiles leaves nothing.
+static void show_warming_frame(document& loading, player_display& display, player_clock& clock, renderer& drawing)
+{
+    const bool is_first = clock.loading_frames == 0;
+    show_loading_frame(loading, display, clock, drawing);
+    if (!is_first)
+        return;
+    clock.loading_frames = 0;
+    drawing.standing = initial_standing_state();
+    clear_standing_gl(drawing);
+}
+
+// Draws everything that the show comes to where nobody sees it, with loading frames in between where that takes long.
+static void warm_production(player_show& show, player_display& display, player_clock& clock, renderer& drawing)
+{
+    show_warming warming = {&show.production, screen_view(display), display.caps, display.glsl_path == 1};
+    while (warm_some_gl(warming, drawing, window_ticks, loading_frame_interval_ms)) {
+        const uint32_t passed = window_ticks() - warming.begin_ticks;
+        if (passed > longest_warming_ms || interrupted())
+            break;
+        if (passed > quiet_warming_ms && window_ticks() - clock.progress_ticks > loading_frame_interval_ms)
+            show_warming_frame(show.loading, display, clock, drawing);
+    }
+    end_warming_gl(warming);
 }
 
 // False: the audio device cannot be opened, which ends the process.
@@ -244,8 +277,7 @@ int run_player(int argc, char** argv)
         if (!load_loading_screen(settings.show, settings.display, problem)
             || !load_production(settings.show, settings.display, settings.clock, drawing, tree, problem))
             return report_broken(settings.display.window, problem);
-        warm_show_gl(settings.show.production, screen_view(settings.display), settings.display.caps,
-            settings.display.glsl_path == 1, drawing);
+        warm_production(settings.show, settings.display, settings.clock, drawing);
         if (!start_music(settings.show.music, settings.choices, tree.get()))
             return 1;
         unload_document_memory(settings.show.loading); // its OpenGL objects may be seen in the show's first frames
