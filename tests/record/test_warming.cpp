@@ -326,6 +326,19 @@ TEST_CASE("a show that is warmed in pieces is drawn in the same states, and so i
     }
 }
 
+TEST_CASE("the first way is told whole, whatever number the last frame's state had")
+{
+    for (const bool glsl : {false, true}) {
+        warmed_show b;
+        b.r.gl.drawn_material = 0;
+        driver_state state;
+        const std::vector<std::string> states = drawn_states(b.warm(glsl), state);
+        warmed_show other;
+        driver_state other_state;
+        CHECK(states == drawn_states(other.warm(glsl), other_state));
+    }
+}
+
 TEST_CASE("pictures that a material clamps repeat again behind warming, until a material says it")
 {
     for (const bool glsl : {false, true}) {

@@ -121,6 +121,7 @@ static void draw_unseen(show_warming& w, const draw_context& context, gl_state& 
     const uint32_t begin = ticks != nullptr ? ticks() : 0;
     if (w.drawn == 0)
         w.begin_ticks = begin;
+    gl.drawn_material = no_index; // numbers are of this frame
     glScissor(0, 0, 0, 0);
     glEnable(GL_SCISSOR_TEST);
     do
