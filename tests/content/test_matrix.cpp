@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 
 static bool is_identity(const float m[16])
@@ -502,6 +503,36 @@ TEST_CASE("Moves and points give the bits of extended precision, boundaries incl
         for (int r = 0; r < 3; ++r) {
             REQUIRE(m[12 + r] == expected[r]);
             REQUIRE(moved[r] == expected[r]);
+        }
+    }
+}
+
+TEST_CASE("Turning and scaling at once gives the bits of one after the other")
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const float odd_angles[] = {0.0f, -0.0f, 90.0f, 1.0e7f, inf, std::nanf("")};
+    number_source source;
+    for (int i = 0; i < 50000; ++i) {
+        test_matrix one;
+        for (float& number : one.m)
+            number = next_number(source);
+        float rotation[3];
+        float factors[3];
+        for (int axis = 0; axis < 3; ++axis) {
+            rotation[axis] = next_number(source) * 360.0f;
+            if (i % 3 == axis)
+                rotation[axis] = odd_angles[static_cast<size_t>(i / 3) % std::size(odd_angles)];
+            factors[axis] = next_number(source) * 3.0f;
+        }
+        test_matrix other = one;
+        rotate_x(one.m, rotation[0]);
+        rotate_y(one.m, rotation[1]);
+        rotate_z(one.m, rotation[2]);
+        scale(one.m, factors[0], factors[1], factors[2]);
+        turn_and_scale(other.m, rotation, factors);
+        for (int n = 0; n < 16; ++n) {
+            CAPTURE(n);
+            check_same(other.m[n], one.m[n]);
         }
     }
 }

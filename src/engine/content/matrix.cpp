@@ -11,6 +11,10 @@
 #include <cstring>
 #include <iterator>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 constexpr long double pi = 3.14159265358979323846264338327950288L;
 constexpr float half_turns_per_degree = 0.0055555557f; // 1 / 180 in single precision, on purpose
 constexpr float half_fov_per_degree = 0.0027777778f;   // 1 / 360
@@ -24,34 +28,30 @@ constexpr float identity_3x3[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 // once in millions, and then extended precision decides. Errors below are how far a number may
 // be from the one in extended precision, with a factor of two and more to spare.
 
-// False, and nothing written, where extended precision must decide, as for zeros whose sign is in
-// doubt. Without an error the number is the same, zeros and their signs too.
-static bool settles(double value, double error, float& single)
-{
-    const float low = static_cast<float>(value - error);
-    const float high = static_cast<float>(-(-value - error)); // value + error, but for the sign of zeros
-    if (std::bit_cast<uint32_t>(low) != std::bit_cast<uint32_t>(high))
-        return false;
-    single = low;
-    return true;
-}
-
 constexpr double step = 0x1p-52; // of double precision, relative
 
-// The same of a column of four.
+// Columns of four are computed at once. Double precision is carried in two halves, since SSE2 has no more in a register
+// and the compiler puts a number that is to fill four lanes together in memory.
 
 namespace {
 
 using four_singles = float __attribute__((vector_size(16)));
 using four_bits = int32_t __attribute__((vector_size(16)));
-using four_doubles = double __attribute__((vector_size(32)));
-using four_long_bits = int64_t __attribute__((vector_size(32)));
+using two_doubles = double __attribute__((vector_size(16)));
+using two_long_bits = int64_t __attribute__((vector_size(16)));
+
+struct four_doubles {
+    two_doubles low;
+    two_doubles high;
+};
 
 } // namespace
 
-FAST_INLINE void load_four(const float from[4], four_singles& column)
+FAST_INLINE four_singles load_four(const float from[4])
 {
+    four_singles column;
     std::memcpy(&column, from, sizeof column);
+    return column;
 }
 
 FAST_INLINE void store_four(const four_singles& column, float to[4])
@@ -59,31 +59,80 @@ FAST_INLINE void store_four(const four_singles& column, float to[4])
     std::memcpy(to, &column, sizeof column);
 }
 
-FAST_INLINE void load_doubles(const float from[4], four_doubles& column)
+FAST_INLINE two_doubles widen_first(const four_singles& column)
 {
-    four_singles singles;
-    load_four(from, singles);
-    column = __builtin_convertvector(singles, four_doubles);
+#ifdef __SSE2__
+    return _mm_cvtps_pd(column);
+#else
+    return {column[0], column[1]};
+#endif
 }
 
-FAST_INLINE void make_positive(four_doubles& column)
+FAST_INLINE four_doubles widen(const four_singles& column)
+{
+    return {widen_first(column), widen_first(__builtin_shuffle(column, four_bits{2, 3, 2, 3}))};
+}
+
+FAST_INLINE four_singles narrow(const four_doubles& column)
+{
+#ifdef __SSE2__
+    return _mm_movelh_ps(_mm_cvtpd_ps(column.low), _mm_cvtpd_ps(column.high));
+#else
+    return {static_cast<float>(column.low[0]), static_cast<float>(column.low[1]), static_cast<float>(column.high[0]),
+        static_cast<float>(column.high[1])};
+#endif
+}
+
+FAST_INLINE four_doubles operator+(const four_doubles& a, const four_doubles& b)
+{
+    return {a.low + b.low, a.high + b.high};
+}
+
+FAST_INLINE four_doubles operator-(const four_doubles& a, const four_doubles& b)
+{
+    return {a.low - b.low, a.high - b.high};
+}
+
+FAST_INLINE four_doubles operator-(const four_doubles& a)
+{
+    return {-a.low, -a.high};
+}
+
+FAST_INLINE four_doubles operator*(const four_doubles& a, double factor)
+{
+    const two_doubles both = {factor, factor};
+    return {a.low * both, a.high * both};
+}
+
+FAST_INLINE two_doubles sizes_of_two(const two_doubles& values)
 {
     constexpr int64_t without_sign = 0x7FFFFFFFFFFFFFFF;
-    column = reinterpret_cast<four_doubles>(reinterpret_cast<four_long_bits>(column) & without_sign);
+    return reinterpret_cast<two_doubles>(reinterpret_cast<two_long_bits>(values) & without_sign);
 }
 
-// `open` is 0 where `singles` has settled.
-FAST_INLINE void settle_four(
-    const four_doubles& value, const four_doubles& error, four_singles& singles, four_bits& open)
+FAST_INLINE four_doubles sizes_of(const four_doubles& values)
 {
-    singles = __builtin_convertvector(value - error, four_singles);
-    const four_singles high = __builtin_convertvector(-(-value - error), four_singles);
-    open = reinterpret_cast<four_bits>(singles) ^ reinterpret_cast<four_bits>(high);
+    return {sizes_of_two(values.low), sizes_of_two(values.high)};
+}
+
+// What is returned is 0 where `singles` has settled, else extended precision must decide, as for zeros whose sign is in
+// doubt. Without an error the number is the same, zeros and their signs too.
+FAST_INLINE four_bits settle_four(const four_doubles& value, const four_doubles& error, four_singles& singles)
+{
+    singles = narrow(value - error);
+    const four_singles high = narrow(-(-value - error)); // value + error, but for the sign of zeros
+    return reinterpret_cast<four_bits>(singles) ^ reinterpret_cast<four_bits>(high);
+}
+
+FAST_INLINE bool is_any_of_three(const four_bits& bits)
+{
+    return (bits[0] | bits[1] | bits[2]) != 0;
 }
 
 FAST_INLINE bool is_any(const four_bits& bits)
 {
-    return (bits[0] | bits[1] | bits[2] | bits[3]) != 0;
+    const two_long_bits pairs = reinterpret_cast<two_long_bits>(bits);
+    return (pairs[0] | pairs[1]) != 0;
 }
 
 // ---- turns in double precision -----------------------------------------------------------------
@@ -109,20 +158,24 @@ constexpr double radians_low = static_cast<double>(radians_per_degree - static_c
 constexpr double quarter_high = static_cast<double>(quarter_turn_high);
 constexpr double quarter_low = static_cast<double>(quarter_turn_middle + quarter_turn_low);
 
-// Taylor's series within 45 degrees of 0; what is left out is below 2^-60.
+// Taylor's series within 45 degrees of 0; what is left out is below 2^-60. Sums of two and four terms side by side,
+// since each step of a long chain waits for the one before.
 static double short_sine(double x)
 {
     const double q = x * x;
-    const double tail = 1.0 / 362880 + q * (-1.0 / 39916800 + q * (1.0 / 6227020800.0 + q * (-1.0 / 1307674368000.0)));
-    return x + x * q * (-1.0 / 6 + q * (1.0 / 120 + q * (-1.0 / 5040 + q * tail)));
+    const double q2 = q * q;
+    const double first = (-1.0 / 6 + q * (1.0 / 120)) + q2 * (-1.0 / 5040 + q * (1.0 / 362880));
+    const double last = (-1.0 / 39916800 + q * (1.0 / 6227020800.0)) + q2 * (-1.0 / 1307674368000.0);
+    return x + x * q * (first + q2 * q2 * last);
 }
 
 static double short_cosine(double x)
 {
     const double q = x * x;
-    const double tail
-        = -1.0 / 3628800 + q * (1.0 / 479001600 + q * (-1.0 / 87178291200.0 + q * (1.0 / 20922789888000.0)));
-    return 1.0 - q * (0.5 - q * (1.0 / 24 - q * (1.0 / 720 - q * (1.0 / 40320 + q * tail))));
+    const double q2 = q * q;
+    const double first = (1.0 / 24 - q * (1.0 / 720)) + q2 * (1.0 / 40320 - q * (1.0 / 3628800));
+    const double last = (1.0 / 479001600 - q * (1.0 / 87178291200.0)) + q2 * (1.0 / 20922789888000.0);
+    return 1.0 - q * (0.5 - q * (first + q2 * q2 * last));
 }
 
 // Extended precision has rounded the radians themselves, which tells where sine or cosine is small.
@@ -208,21 +261,15 @@ static void transform_origin_extended(const float matrix[16], const float positi
 // the fourth row is left as it is.
 void transform_origin(const float matrix[16], const float position[3], float column[4])
 {
-    four_doubles parts[4];
-    for (int i = 0; i < 4; ++i) {
-        load_doubles(matrix + 4 * i, parts[i]);
-        if (i < 3)
-            parts[i] *= static_cast<double>(position[i]);
-    }
-    const four_doubles sum = parts[3] + (parts[0] + parts[1] + parts[2]);
-    for (four_doubles& part : parts)
-        make_positive(part);
+    const four_doubles x = widen(load_four(matrix)) * static_cast<double>(position[0]);
+    const four_doubles y = widen(load_four(matrix + 4)) * static_cast<double>(position[1]);
+    const four_doubles z = widen(load_four(matrix + 8)) * static_cast<double>(position[2]);
+    const four_doubles origin = widen(load_four(matrix + 12));
+    const four_doubles size = sizes_of(x) + sizes_of(y) + sizes_of(z) + sizes_of(origin);
     four_singles moved;
-    four_bits open;
-    settle_four(sum, (parts[0] + parts[1] + parts[2] + parts[3]) * (4 * step), moved, open);
-    open[3] = 0;
+    const four_bits open = settle_four(origin + (x + y + z), size * (4 * step), moved);
     moved[3] = matrix[15];
-    if (is_any(open))
+    if (is_any_of_three(open))
         transform_origin_extended(matrix, position, column);
     else
         store_four(moved, column);
@@ -248,70 +295,89 @@ static void turn_columns_extended(float a[4], float b[4], float angle)
 }
 
 // False, and nothing changed, where one of the eight numbers is left to extended precision.
-static bool turn_columns_fast(float a[4], float b[4], const fast_turn& t)
+FAST_INLINE bool turn_columns_fast(four_singles& a, four_singles& b, const fast_turn& t)
 {
     // single-precision degrees come no closer to whole quarter turns: zeros get the right sign
     assert(std::fabs(t.sine) > t.sine_error && std::fabs(t.cosine) > t.cosine_error);
-    four_doubles old_a;
-    four_doubles old_b;
-    load_doubles(a, old_a);
-    load_doubles(b, old_b);
-    const four_doubles new_a = old_a * t.cosine + old_b * t.sine;
-    const four_doubles new_b = old_b * t.cosine - old_a * t.sine;
-    make_positive(old_a);
-    make_positive(old_b);
-    four_singles settled_a;
-    four_singles settled_b;
-    four_bits open_a;
-    four_bits open_b;
-    settle_four(new_a, old_a * t.cosine_error + old_b * t.sine_error, settled_a, open_a);
-    settle_four(new_b, old_b * t.cosine_error + old_a * t.sine_error, settled_b, open_b);
+    const four_doubles old_a = widen(a);
+    const four_doubles old_b = widen(b);
+    const four_doubles size_a = sizes_of(old_a);
+    const four_doubles size_b = sizes_of(old_b);
+    four_singles new_a;
+    four_singles new_b;
+    const four_bits open_a
+        = settle_four(old_a * t.cosine + old_b * t.sine, size_a * t.cosine_error + size_b * t.sine_error, new_a);
+    const four_bits open_b
+        = settle_four(old_b * t.cosine - old_a * t.sine, size_b * t.cosine_error + size_a * t.sine_error, new_b);
     if (is_any(open_a | open_b))
         return false;
-    store_four(settled_a, a);
-    store_four(settled_b, b);
+    a = new_a;
+    b = new_b;
     return true;
 }
 
-static void rotate_columns(float a[4], float b[4], float angle)
+[[gnu::noinline]] static void turn_columns(four_singles& a, four_singles& b, float angle)
 {
-    if (angle == 0.0f) { // most of a frame's turns; what is not finite shows as it does below
-        four_singles old_a;
-        four_singles old_b;
-        load_four(a, old_a);
-        load_four(b, old_b);
-        store_four(old_a + old_b * angle, a);
-        store_four(old_b - old_a * angle, b);
+    if (std::fabs(angle) <= max_fast_angle && turn_columns_fast(a, b, turn_of(angle)))
         return;
-    }
-    if (!(std::fabs(angle) <= max_fast_angle) || !turn_columns_fast(a, b, turn_of(angle)))
-        turn_columns_extended(a, b, angle);
+    float columns[2][4];
+    store_four(a, columns[0]);
+    store_four(b, columns[1]);
+    turn_columns_extended(columns[0], columns[1], angle);
+    a = load_four(columns[0]);
+    b = load_four(columns[1]);
+}
+
+FAST_INLINE void rotate_columns(four_singles& a, four_singles& b, float angle)
+{
+    if (angle == 0.0f) { // most of a frame's turns; what is not finite shows as it does otherwise
+        const four_singles old_a = a;
+        a = old_a + b * angle;
+        b = b - old_a * angle;
+    } else
+        turn_columns(a, b, angle);
+}
+
+static void rotate_stored_columns(float a[4], float b[4], float angle)
+{
+    four_singles column_a = load_four(a);
+    four_singles column_b = load_four(b);
+    rotate_columns(column_a, column_b, angle);
+    store_four(column_a, a);
+    store_four(column_b, b);
 }
 
 void rotate_x(float matrix[16], float angle)
 {
-    rotate_columns(matrix + 4, matrix + 8, angle);
+    rotate_stored_columns(matrix + 4, matrix + 8, angle);
 }
 
 // About y the third column turns into the first: C2' = C2 c + C0 s, C0' = C0 c - C2 s.
 void rotate_y(float matrix[16], float angle)
 {
-    rotate_columns(matrix + 8, matrix, angle);
+    rotate_stored_columns(matrix + 8, matrix, angle);
 }
 
 void rotate_z(float matrix[16], float angle)
 {
-    rotate_columns(matrix, matrix + 4, angle);
+    rotate_stored_columns(matrix, matrix + 4, angle);
 }
 
 void scale(float matrix[16], float x, float y, float z)
 {
     const float factors[3] = {x, y, z};
-    for (int i = 0; i < 3; ++i) {
-        four_singles column;
-        load_four(matrix + 4 * i, column);
-        store_four(column * factors[i], matrix + 4 * i);
-    }
+    for (int i = 0; i < 3; ++i)
+        store_four(load_four(matrix + 4 * i) * factors[i], matrix + 4 * i);
+}
+
+void turn_and_scale(float matrix[16], const float rotation[3], const float factors[3])
+{
+    four_singles columns[3] = {load_four(matrix), load_four(matrix + 4), load_four(matrix + 8)};
+    rotate_columns(columns[1], columns[2], rotation[0]);
+    rotate_columns(columns[2], columns[0], rotation[1]);
+    rotate_columns(columns[0], columns[1], rotation[2]);
+    for (int i = 0; i < 3; ++i)
+        store_four(columns[i] * factors[i], matrix + 4 * i);
 }
 
 static void invert_extended(const float modelview[16], float normal_matrix[9])
@@ -335,40 +401,67 @@ static void invert_extended(const float modelview[16], float normal_matrix[9])
             normal_matrix[r * 3 + c] = static_cast<float>(cofactor(c, r) / determinant);
 }
 
+// (y, z, x) and (z, x, y) of (x, y, z); the fourth number is none of any.
+FAST_INLINE four_doubles next_axes(const four_doubles& v)
+{
+    return {two_doubles{v.low[1], v.high[0]}, two_doubles{v.low[0], v.low[0]}};
+}
+
+FAST_INLINE four_doubles last_axes(const four_doubles& v)
+{
+    return {two_doubles{v.high[0], v.low[0]}, two_doubles{v.low[1], v.low[1]}};
+}
+
+FAST_INLINE four_doubles operator*(const four_doubles& a, const four_doubles& b)
+{
+    return {a.low * b.low, a.high * b.high};
+}
+
+FAST_INLINE double sum_of_three(const four_doubles& v)
+{
+    return v.low[0] + v.low[1] + v.high[0];
+}
+
+namespace {
+
+// The cofactors of one column, from the two others, and of what size they are the differences.
+struct column_cofactors {
+    four_doubles values;
+    four_doubles sizes;
+};
+
+} // namespace
+
+FAST_INLINE column_cofactors cofactors_of(const four_doubles& next, const four_doubles& last)
+{
+    const four_doubles down = next_axes(next) * last_axes(last);
+    const four_doubles up = next_axes(last) * last_axes(next);
+    return {down - up, sizes_of(down) + sizes_of(up)};
+}
+
 // False, and some numbers written, where one of the nine is left to extended precision.
 static bool invert_fast(const float modelview[16], float normal_matrix[9])
 {
-    double m[3][3];
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            m[r][c] = static_cast<double>(modelview[c * 4 + r]);
-    double cofactor[3][3];
-    double size[3][3]; // of what a cofactor is the difference of
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) {
-            const double down = m[(r + 1) % 3][(c + 1) % 3] * m[(r + 2) % 3][(c + 2) % 3];
-            const double up = m[(r + 1) % 3][(c + 2) % 3] * m[(r + 2) % 3][(c + 1) % 3];
-            cofactor[r][c] = down - up;
-            size[r][c] = std::fabs(down) + std::fabs(up);
-        }
-    double determinant = 0.0;
-    double sum = 0.0;
-    for (int c = 0; c < 3; ++c) {
-        determinant += m[0][c] * cofactor[0][c];
-        sum += std::fabs(m[0][c]) * size[0][c];
-    }
+    const four_doubles columns[3]
+        = {widen(load_four(modelview)), widen(load_four(modelview + 4)), widen(load_four(modelview + 8))};
+    const column_cofactors rows[3] = {cofactors_of(columns[1], columns[2]), cofactors_of(columns[2], columns[0]),
+        cofactors_of(columns[0], columns[1])};
+    const double determinant = sum_of_three(columns[0] * rows[0].values);
     const double inverse = 1.0 / std::fabs(determinant);
-    const double doubt = sum * (8 * step) * inverse; // of the determinant, relative
+    const double doubt // of the determinant, relative
+        = sum_of_three(sizes_of(columns[0]) * rows[0].sizes) * (8 * step) * inverse;
     if (!(doubt < 0x1p-20))
         return false;
-    bool settled = true;
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) {
-            const double quotient = cofactor[c][r] / determinant;
-            const double error = size[c][r] * inverse * (4 * step) + std::fabs(quotient) * (2 * doubt);
-            settled &= settles(quotient, error, normal_matrix[r * 3 + c]);
-        }
-    return settled;
+    const two_doubles divisor = {determinant, determinant};
+    four_bits open = {};
+    for (int r = 0; r < 3; ++r) {
+        const four_doubles quotients = {rows[r].values.low / divisor, rows[r].values.high / divisor};
+        const four_doubles errors = rows[r].sizes * (inverse * (4 * step)) + sizes_of(quotients) * (2 * doubt);
+        four_singles settled;
+        open |= settle_four(quotients, errors, settled);
+        std::memcpy(normal_matrix + 3 * r, &settled, 3 * sizeof(float));
+    }
+    return !is_any_of_three(open);
 }
 
 void compute_normal_matrix(const float modelview[16], float normal_matrix[9])

@@ -32,6 +32,9 @@ void rotate_z(float matrix[16], float angle);
 // M = M x S.
 void scale(float matrix[16], float x, float y, float z);
 
+// M = M x R(x) x R(y) x R(z) x S: the four above, one after the other, to the last bit.
+void turn_and_scale(float matrix[16], const float rotation[3], const float factors[3]);
+
 // The inverse of the upper left 3 x 3 of a modelview matrix, row by row (a program reads it
 // by columns: the inverse transpose, which turns normals); the identity where there is none.
 void compute_normal_matrix(const float modelview[16], float normal_matrix[9]);

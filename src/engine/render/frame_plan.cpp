@@ -34,7 +34,7 @@ struct planning {
     uint32_t material;              // index of what stands in frame.materials; no_index: to be written down
     const material_record* applied; // the last one, while nothing else has changed what stands
     uint32_t numbers;               // that it was applied with
-    turned_copy turned;             // the last copy: most have the turn of the one before
+    alignas(16) turned_copy turned; // the last copy: most have the turn of the one before
 };
 
 } // namespace
@@ -332,10 +332,7 @@ static void turn_copy(const planning& p, const placement& place, bool facing_cam
         rotate_x(modelview, -p.layer.rotation[0]);
         rotate_z(modelview, -p.layer.rotation[2]);
     }
-    rotate_x(modelview, place.rotation[0]);
-    rotate_y(modelview, place.rotation[1]);
-    rotate_z(modelview, place.rotation[2]);
-    scale(modelview, place.scale[0], place.scale[1], place.scale[2]);
+    turn_and_scale(modelview, place.rotation, place.scale);
     std::copy_n(place.rotation, 3, turned.rotation);
     std::copy_n(place.scale, 3, turned.scale);
     turned.facing_camera = facing_camera;
