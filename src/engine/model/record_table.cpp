@@ -43,13 +43,6 @@ uint32_t record_table_add(record_table* table)
     return handle;
 }
 
-void* record_table_get(const record_table* table, uint32_t handle)
-{
-    if (table == nullptr || handle < 1 || handle > record_table_capacity)
-        return nullptr;
-    return table->records[handle];
-}
-
 void* record_table_at(const record_table* table, uint32_t position)
 {
     return record_table_get(table, record_table_handle_at(table, position));

@@ -35,7 +35,12 @@ record_table* record_table_new(uint32_t record_size);
 uint32_t record_table_add(record_table* table);
 
 // The record of a handle; null for a null table, a free handle or one outside 1..4096.
-void* record_table_get(const record_table* table, uint32_t handle);
+inline void* record_table_get(const record_table* table, uint32_t handle)
+{
+    if (table == nullptr || handle < 1 || handle > record_table_capacity)
+        return nullptr;
+    return table->records[handle];
+}
 
 // The record at a position; null outside 1..count.
 void* record_table_at(const record_table* table, uint32_t position);
