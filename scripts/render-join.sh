@@ -12,6 +12,7 @@ fail() { echo "Error: $*." >&2; exit 2; }
 count=$1 output=$2
 [[ $count =~ ^[1-9][0-9]{0,4}$ ]] || fail "the count of segments is a number from 1 to 99999, not \"$count\""
 [[ $output == *.mkv ]] || exit 0
+[ -d "$output.parts" ] || fail "$output has no parts: the folder $output.parts is missing"
 
 for ((number = 0; number < count; ++number)); do
     part=$(printf 'part-%05d.mkv' "$number")

@@ -132,6 +132,9 @@ class SegmentTest(FarmTest):
         self.assertFalse(os.path.exists(self.path('a.mkv')))
         self.assertTrue(os.path.exists(self.path('a.mkv.parts', 'part-00001.mkv')))
 
+    def test_an_output_without_parts_is_told(self):
+        self.told(2, 'Error: b.mkv has no parts: the folder b.mkv.parts is missing.', 'render-join.sh', '2', 'b.mkv')
+
     def test_misuse_is_one_line(self):
         segment = 'render-segment.sh'
         self.told(2, 'Error: render-segment.sh takes NUMBER COUNT OUTPUT PACK [OPTION ...].', segment, '0', '2', 'a.mkv')
