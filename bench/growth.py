@@ -231,6 +231,26 @@ def write_page(measured):
         file.write(text)
 
 
+def chosen(all_plots, words):
+    """The plots with the curves that one of the words stands in, in the title or in the name; without words all."""
+    plots_left = [(title, unit, [curve for curve in curves if not words or any(
+        word.lower() in (title + ' ' + curve.name).lower() for word in words)]) for title, unit, curves in all_plots]
+    return [plot for plot in plots_left if plot[2]]
+
+
+def fault_of(options, bench, wanted):
+    """Why nothing can be measured, as a sentence; "" where it can."""
+    if not wanted:
+        return 'no plot and no curve has %s in its name; there are: %s' % (
+            ' or '.join('"%s"' % word for word in options.plots), '; '.join(dict.fromkeys(plot[0] for plot in plots(bench))))
+    if options.write and (options.plots or options.quick):
+        return '--write puts all curves into the page: it goes without PLOT and --quick'
+    for program in (bench.engine, bench.make, bench.render):
+        if not os.access(program, os.X_OK):
+            return '%s is missing: ninja -C %s %s' % (program, options.build, os.path.basename(program))
+    return ''
+
+
 def measure_all(wanted, quick):
     """Measures and prints; the curves that grow too fast."""
     steep = []
@@ -250,10 +270,11 @@ def main():
     parser.add_argument('--write', action='store_true')
     parser.add_argument('--quick', action='store_true')
     options = parser.parse_args()
-    wanted = [(title, unit, [curve for curve in curves if not options.plots or any(
-        word.lower() in (title + ' ' + curve.name).lower() for word in options.plots)])
-        for title, unit, curves in plots(Bench(os.path.abspath(options.build)))]
-    wanted = [plot for plot in wanted if plot[2]]
+    bench = Bench(os.path.abspath(options.build))
+    wanted = chosen(plots(bench), options.plots)
+    fault = fault_of(options, bench, wanted)
+    if fault:
+        parser.error(fault)
     steep = measure_all(wanted, options.quick)
     if options.write:
         write_page(wanted)

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """What bench/growth.py makes of times: exponents, and the page with them: test_bench_growth.py ROOT."""
 
+import argparse
 import os
 import re
 import sys
@@ -50,6 +51,26 @@ class GrowthTest(unittest.TestCase):
         self.assertEqual(growth.costs_table([("A frame", "objects", [alone]), ("brimlow-make build", "things", [whole])]),
                          "| thing | each |\n|---|--:|\n| an object that stands still | 2.00 µs |\n"
                          "| building: an object | 3.00 µs |")
+
+    def test_words_pick_plots_and_curves(self):
+        everything = growth.plots(growth.Bench(""))
+        self.assertEqual(growth.chosen(everything, []), everything)
+        self.assertEqual([[curve.name for curve in curves] for _, _, curves in growth.chosen(everything, ["WATERS"])],
+                         [["waters"]])
+        self.assertEqual({title for title, _, _ in growth.chosen(everything, ["reading"])},
+                         {"Reading records", "Reading a text"})
+        self.assertEqual(growth.chosen(everything, ["nothing such"]), [])
+
+    def test_what_cannot_be_measured_is_told(self):
+        def told(plots=(), write=False, quick=False):
+            options = argparse.Namespace(build="nowhere", plots=list(plots), write=write, quick=quick)
+            bench = growth.Bench(options.build)
+            return growth.fault_of(options, bench, growth.chosen(growth.plots(bench), options.plots))
+        self.assertEqual(told(), "nowhere/bench/bench_growth is missing: ninja -C nowhere bench_growth")
+        self.assertIn('no plot and no curve has "x9" or "y9" in its name; there are: A frame; ', told(["x9", "y9"]))
+        for chosen in ({"plots": ["waters"]}, {"quick": True}):
+            self.assertEqual(told(write=True, **chosen),
+                             "--write puts all curves into the page: it goes without PLOT and --quick")
 
     def test_every_cost_is_a_curve_that_there_is(self):
         known = {(title, each.name) for title, _, curves in growth.plots(growth.Bench("")) for each in curves}
