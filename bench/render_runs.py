@@ -75,6 +75,11 @@ def main():
     programs = {'': given.program, **({', beside': given.beside} if given.beside else {})}
     works = [(work, name) for work in [*OUTPUTS, *PROCESSES] if given.only in work
              for name in programs if not (name and 'level' in work)]
+    for program in programs.values():
+        if not os.access(program, os.X_OK):
+            parser.error('%s is no program: "ninja -C build/native brimlow-render" makes one' % program)
+    if not works:
+        parser.error('no work has "%s" in its name; there are: %s' % (given.only, '; '.join([*OUTPUTS, *PROCESSES])))
     times = {key: [] for key in works}
     for _ in range(given.repeats):
         for key in works:
