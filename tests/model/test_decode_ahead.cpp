@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <doctest/doctest.h>
+#include <pthread.h>
+#include <unistd.h>
 
 namespace {
 
@@ -81,9 +83,12 @@ static void note_records(const document& d, std::vector<std::string>& unpacked)
             unpacked.push_back(bytes_of(cube.faces[face], size_t{cube.size} * cube.size * cube.components[face]));
 }
 
-static read_result read_with(const packed_show& s, uint32_t workers)
+// Of an open pack that loses its end only the first `kept` bytes are there when it is read.
+static read_result read_with(const packed_show& s, uint32_t workers, uint64_t kept = UINT64_MAX)
 {
     const owned_pack pack(open_pack(s.entries));
+    if (kept < pack->size)
+        REQUIRE(ftruncate(fileno(pack->stream), static_cast<off_t>(kept)) == 0);
     const owned_tree tree(xml_parse(to_text(s.text).c_str()));
     document d;
     document_create(d, "demo.xmlz", timeline_new());
@@ -103,13 +108,13 @@ static read_result read_with(const packed_show& s, uint32_t workers)
     return result;
 }
 
-static void check_alike(const packed_show& s, const std::string& part_of_lines)
+static void check_alike(const packed_show& s, const std::string& part_of_lines, uint64_t kept = UINT64_MAX)
 {
-    const read_result alone = read_with(s, 0);
+    const read_result alone = read_with(s, 0, kept);
     CHECK_FALSE(alone.with_workers);
     CHECK(alone.lines.find(part_of_lines) != std::string::npos);
     for (const uint32_t workers : {1u, 2u, 7u}) {
-        const read_result beside = read_with(s, workers);
+        const read_result beside = read_with(s, workers, kept);
         CHECK(beside.with_workers);
         CHECK(beside.lines == alone.lines);
         CHECK(beside.unpacked == alone.unpacked);
@@ -155,6 +160,30 @@ TEST_CASE("what cannot be unpacked fails at its record with workers as without")
     s.text.records[section_image_textures]
         = with(s.text.records[section_image_textures], " filename=\"elsewhere.tga\"", "");
     check_alike(s, "record 21: attribute \"filename\" is missing.");
+}
+
+TEST_CASE("a pack that loses its end while it is open fails at the same record with workers as without")
+{
+    const packed_show s = many_entries();
+    uint64_t size = 0;
+    for (const pack_content& entry : s.entries)
+        size += entry.bytes.size();
+    for (const uint64_t part : {3u, 10u, 50u, 90u})
+        check_alike(s, "is damaged.", size * part / 100);
+}
+
+TEST_CASE("where no thread can be started the reader is alone")
+{
+    pthread_attr_t before;
+    pthread_attr_t huge;
+    REQUIRE(pthread_getattr_default_np(&before) == 0);
+    REQUIRE(pthread_attr_init(&huge) == 0);
+    REQUIRE(pthread_attr_setstacksize(&huge, SIZE_MAX - 0xFFFFF) == 0); // which no memory has place for
+    REQUIRE(pthread_setattr_default_np(&huge) == 0);
+    const read_result result = read_with(many_entries(), 3);
+    REQUIRE(pthread_setattr_default_np(&before) == 0);
+    CHECK_FALSE(result.with_workers);
+    CHECK(result.unpacked == read_with(many_entries(), 0).unpacked);
 }
 
 TEST_CASE("the empty name and names of 32 bytes are the reader's, with workers as without")

@@ -23,7 +23,7 @@ void document_loader_begin(document_loader& loader, document& target, const xml_
     document_reader_begin(loader.reader, target, root, pack);
     loader.reader.handover = options.handover;
     if (options.handover == nullptr) // else most entries stay packed
-        loader.ahead.reset(decode_ahead_begin(root, pack, std::min(options.workers, decode_worker_count())));
+        loader.ahead.reset(decode_ahead_begin(root, pack, options.workers));
     loader.reader.ahead = loader.ahead.get();
 }
 

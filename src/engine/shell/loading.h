@@ -33,7 +33,7 @@ struct loading_options {
     bool glsl;                           // materials get programs
     bool first_images;                   // dynamic textures get their picture of time 0 (the production)
     bool shader_log = false;             // programs that do not build are explained on standard error
-    uint32_t workers = max_decode_workers; // that unpack entries beforehand, at the most; 0: none
+    uint32_t workers = decode_worker_count(); // that unpack entries beforehand, at the most; 0: none
     record_handover* handover = nullptr; // not owned; a document that is loaded again takes from it what stays the same
     std::vector<loading_remark>* remarks = nullptr; // takes what is told; then nothing is written to standard error
 };
