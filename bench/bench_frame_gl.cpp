@@ -76,8 +76,9 @@ template <typename call_type> static void add_to_tape(const call_type& call)
     ++taping->count;
 }
 
+// Never inlined: what is only passed on shall pay for the question alone.
 template <typename... arguments>
-static void tape(void (*function)(arguments...), std::type_identity_t<arguments>... given)
+[[gnu::noinline]] static void tape(void (*function)(arguments...), std::type_identity_t<arguments>... given)
 {
     using call_type = taped_call<arguments...>;
     add_to_tape(call_type{{play_call<arguments...>, sizeof(call_type)}, function, {given...}});
@@ -132,7 +133,7 @@ template <typename function> static function in_library(const char* name)
     static const auto real_##name = in_library<decltype(&name)>(#name);                                                \
     extern "C" void name parameters                                                                                    \
     {                                                                                                                  \
-        if (taping != nullptr)                                                                                         \
+        if (taping != nullptr) [[unlikely]]                                                                            \
             tape taped;                                                                                                \
         real_##name given;                                                                                             \
     }
