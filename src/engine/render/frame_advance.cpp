@@ -117,7 +117,11 @@ static placed_object place_object(
 {
     scene_object& object = scene.objects[number];
     placed_object placed
-        = {number, static_cast<uint32_t>(a.f.placements.size()), 0, faces_camera(scene, number), false};
+        = {number, static_cast<uint32_t>(a.f.placements.size()), 1, faces_camera(scene, number), false};
+    if (object.manipulator_count == 0) { // most have none: no list is needed
+        a.f.placements.push_back(object_placement(object, a.context.d->function_table, time));
+        return placed;
+    }
     a.list.items.clear();
     a.list.cut = false;
     a.list.items.push_back(object_placement(object, a.context.d->function_table, time));

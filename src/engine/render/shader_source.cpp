@@ -604,16 +604,27 @@ static void widen_fog_uniforms(const material_record& material, uint32_t uniform
         *start = first;
 }
 
+// Up to the last one that a function drives: of 24 most programs have none or a few.
+static uint32_t count_uniforms(const shader_program& program)
+{
+    uint32_t any = 0;
+    for (const uint32_t function : program.uniform_functions)
+        any |= function;
+    uint32_t count = any != 0 ? user_uniform_count : 0;
+    while (count > 0 && program.uniform_functions[count - 1] == 0)
+        --count;
+    return count;
+}
+
 void evaluate_uniforms(const material_record& material, const table<animation_function>& functions, uint32_t time,
     float values[user_uniform_count])
 {
     assert(material.program != nullptr);
-    uint32_t count = 0;
-    for (uint32_t i = 0; i < user_uniform_count; ++i) {
-        const uint32_t function = material.program->uniform_functions[i];
-        values[i] = function != 0 ? function_value(functions, function, time) : 0.0f;
-        count = function != 0 ? i + 1 : count;
-    }
+    std::fill_n(values, user_uniform_count, 0.0f);
+    const uint32_t count = count_uniforms(*material.program);
+    for (uint32_t i = 0; i < count; ++i)
+        if (const uint32_t function = material.program->uniform_functions[i])
+            values[i] = function_value(functions, function, time);
     const bool fog_moves = material.fogstart_dynamic != 0 || material.fogend_dynamic != 0;
     if (material.fogtype != fog_none && fog_moves && !has_custom_program(material))
         widen_fog_uniforms(material, count, values);
