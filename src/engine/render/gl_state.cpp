@@ -26,7 +26,7 @@ void forget_objects(gl_state& gl)
     gl.array_buffer = unknown_name;
     gl.element_buffer = unknown_name;
     gl.program = unknown_name;
-    gl.program_names.clear();
+    gl.program_places.clear();
     gl.programs.clear();
     for (known_array& array : gl.attributes)
         forget_array(array);

@@ -104,9 +104,8 @@ struct gl_state {
     uint32_t moved_normals = 0;
 
     uint32_t program = unknown_name;
-    std::vector<uint32_t> program_names;          // of the programs that were met
-    std::vector<known_program> programs;          // what is known of each, in the same order
-    size_t program_index = 0;                     // of the one that was asked for last
+    std::vector<uint32_t> program_places;         // by name: 0, or one more than its place in `programs`
+    std::vector<known_program> programs;          // what is known of those that were met
     known_array attributes[max_known_attributes]; // by location; `on` is not used
     uint32_t attributes_on = 0;                   // one bit each; a new context has none
     bool attribute_at_origin[max_known_attributes]

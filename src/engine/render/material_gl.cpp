@@ -181,20 +181,18 @@ void set_material_glsl_gl(const material_state& material, gl_state& gl)
             bind_unit_gl(i, material.units[i], gl);
 }
 
-// A new record for a program that was not met yet. Names stand apart, close together: most
-// meshes change the program.
+// A new record for a program that was not met yet. Most meshes change the program, and some shows have hundreds.
 static known_program& find_known_program(uint32_t program, gl_state& gl)
 {
-    assert(gl.program_names.size() == gl.programs.size());
-    if (gl.program_index < gl.program_names.size() && gl.program_names[gl.program_index] == program)
-        return gl.programs[gl.program_index];
-    const auto found = std::find(gl.program_names.begin(), gl.program_names.end(), program);
-    gl.program_index = static_cast<size_t>(found - gl.program_names.begin());
-    if (found == gl.program_names.end()) {
-        gl.program_names.push_back(program);
+    if (program >= gl.program_places.size())
+        gl.program_places.resize(size_t{program} + 1, 0);
+    uint32_t& place = gl.program_places[program];
+    if (place == 0) {
         gl.programs.emplace_back();
+        place = static_cast<uint32_t>(gl.programs.size());
     }
-    return gl.programs[gl.program_index];
+    assert(place <= gl.programs.size());
+    return gl.programs[place - 1];
 }
 
 static void set_texture_matrix(const program_state& program, const known_program& known)
@@ -210,6 +208,8 @@ static void set_texture_matrix(const program_state& program, const known_program
 
 static void set_uniforms(const program_state& program, const known_program& known)
 {
+    if (known.told && same_numbers<user_uniform_count>(program.uniforms, known.values.uniforms))
+        return;
     for (uint32_t i = 0; i < user_uniform_count; ++i) {
         if (program.uniform_location[i] < 0)
             continue;
