@@ -848,3 +848,46 @@ TEST_CASE("a picture of a text's material is computed before the first letter th
     CHECK(b.f.meshes[2].fresh_count == 0);
     CHECK(fresh_pixels(b, 0) == moving_picture(6.0f));
 }
+
+TEST_CASE("functions of a text's materials are asked letter by letter, as far as that tells")
+{
+    for (const bool glsl : {false, true}) {
+        frame_bench b;
+        b.context.glsl = glsl;
+        uint32_t materials[2] = {};
+        for (uint32_t& material : materials) {
+            const uint32_t forgetful = add_forgetful(b);
+            material_record& record = add_material(b, &material);
+            record.color[0] = static_cast<float>(forgetful);
+            record.color_dynamic[0] = 1;
+            give_program(record, 50).uniform_functions[0] = forgetful;
+        }
+        const uint32_t mesh = add_mesh(b);
+        const scene_object text = text_object(add_font(b, mesh, materials[0], materials[1]), "abcbbbcbaab");
+        advance(b, layers_of(b, {text}, 100));
+        REQUIRE(b.f.meshes.size() == 9);
+        for (uint32_t i = 0; i < 9; ++i) {
+            const bool is_a = i == 0 || i == 6 || i == 7;
+            CAPTURE(i);
+            CHECK(b.f.meshes[i].mesh == &arrays_of(b, mesh));
+            CHECK(b.f.meshes[i].material == table_get(b.d.material_table, materials[is_a ? 0 : 1]));
+            CHECK(first_number(b, i) == (i < 2 ? 1.0f : 0.25f)); // one look that differs for each material
+        }
+        CHECK(b.f.meshes[5].pen > b.f.meshes[4].pen);
+    }
+}
+
+TEST_CASE("letters of one material have meshes of their own")
+{
+    frame_bench b;
+    uint32_t red = 0;
+    add_material(b, &red);
+    const uint32_t meshes[2] = {add_mesh(b), add_mesh(b)};
+    const uint32_t font = add_font(b, meshes[0], red, red);
+    table_get(b.d.font_table, font)->glyphs[glyph_of_byte('b')].model = meshes[1];
+    advance(b, layers_of(b, {text_object(font, "ababba")}));
+    const uint32_t expected[6] = {0, 1, 0, 1, 1, 0};
+    REQUIRE(b.f.meshes.size() == 6);
+    for (size_t i = 0; i < 6; ++i)
+        CHECK(b.f.meshes[i].mesh == &arrays_of(b, meshes[expected[i]]));
+}

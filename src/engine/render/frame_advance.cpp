@@ -246,6 +246,17 @@ static void advance_genmesh_object(const advancing& a, const scene_record& scene
     add_mesh(a, effect->mesh, table_get(d.material_table, object.material), placed, moved, 0.0f);
 }
 
+// A letter with the material of the one before, whose functions have been asked twice now: they would say what they
+// said then, and no picture would move again.
+static void add_letter_alike(frame& f, mesh_arrays& mesh, float pen)
+{
+    assert(!f.meshes.empty());
+    mesh_to_draw letter = f.meshes.back();
+    letter.mesh = &mesh;
+    letter.pen = pen;
+    f.meshes.push_back(letter);
+}
+
 static void advance_text_object(const advancing& a, const scene_record& scene, uint32_t number, uint32_t time)
 {
     const document& d = *a.context.d;
@@ -256,10 +267,21 @@ static void advance_text_object(const advancing& a, const scene_record& scene, u
     const placed_object placed = place_object(a, scene, number, time, nullptr);
     placed_glyph glyphs[max_placed_glyphs];
     const uint32_t count = layout_text(object.text, *font, glyphs);
+    uint32_t standing = 0; // the material of the letter before
+    uint32_t asked = 0;    // for how many letters in a row
     for (uint32_t i = 0; i < count; ++i) {
         const glyph_record& glyph = font->glyphs[glyphs[i].glyph];
-        if (mesh_record* mesh = table_get(d.mesh_table, glyph.model))
-            add_mesh(a, mesh->arrays, table_get(d.material_table, glyph.material), placed, no_index, glyphs[i].pen);
+        mesh_record* mesh = table_get(d.mesh_table, glyph.model);
+        if (mesh == nullptr)
+            continue;
+        asked = glyph.material == standing ? asked : 0;
+        standing = glyph.material;
+        if (asked == 2) {
+            add_letter_alike(a.f, mesh->arrays, glyphs[i].pen);
+            continue;
+        }
+        add_mesh(a, mesh->arrays, table_get(d.material_table, standing), placed, no_index, glyphs[i].pen);
+        ++asked;
     }
 }
 
