@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -571,6 +572,56 @@ TEST_CASE("programs have normal matrices")
     REQUIRE(b.f.copies.size() == 1);
     const float inverse[9] = {0.5f, 0, 0, 0, 0.25f, 0, 0, 0, 1};
     CHECK(std::equal(inverse, inverse + 9, b.f.copies[0].normal_matrix));
+}
+
+namespace {
+
+struct turned_object {
+    float angle;
+    float scale;
+    float x;
+    bool facing_camera;
+};
+
+} // namespace
+
+// Plans a layer of such objects, seen by a camera that turns, and takes the matrices of their copies.
+static std::vector<copy_transform> planned_copies(frame_bench& b, std::span<const turned_object> turned)
+{
+    std::vector<scene_object> objects;
+    uint8_t facing = 0;
+    for (size_t i = 0; i < turned.size(); ++i) {
+        scene_object object = pictured_triangle(b, 7);
+        give_program(*table_get(b.d.material_table, object.material), 50);
+        object.values[0].value = turned[i].x;
+        object.values[4].value = turned[i].angle;
+        object.values[7].value = turned[i].scale;
+        facing |= static_cast<uint8_t>(turned[i].facing_camera ? 128 >> i : 0);
+        objects.push_back(object);
+    }
+    const uint32_t scene = add_scene(b.content, objects);
+    table_get(b.d.scene_table, scene)->camera_facing[0] = facing;
+    layer_plan layer = layer_of(scene);
+    const float rotation[3] = {20, 50, 70};
+    std::copy_n(rotation, 3, layer.rotation);
+    advance_and_plan(b, layers_of({layer}));
+    return b.f.copies;
+}
+
+TEST_CASE("copies have the matrices that each has alone, whatever the one before shares with it")
+{
+    frame_bench b;
+    b.context.glsl = true;
+    const turned_object objects[] = {{30, 1, 0, false}, {30, 1, 5, false}, {30, 2, 5, false}, {40, 2, 5, false},
+        {40, 2, 5, true}, {40, 3, 5, true}, {40, 3, 5, false}, {30, 1, 0, false}};
+    const std::vector<copy_transform> together = planned_copies(b, objects);
+    REQUIRE(together.size() == std::size(objects));
+    for (size_t i = 0; i < together.size(); ++i) {
+        CAPTURE(i);
+        const std::vector<copy_transform> alone = planned_copies(b, std::span(objects).subspan(i, 1));
+        CHECK(std::equal(together[i].modelview, together[i].modelview + 16, alone[0].modelview));
+        CHECK(std::equal(together[i].normal_matrix, together[i].normal_matrix + 9, alone[0].normal_matrix));
+    }
 }
 
 // ---- arrays ----------------------------------------------------------------------------------------
