@@ -1,6 +1,7 @@
 #include "effects/plasma_kernels.h"
 
 #include "content/numbers.h"
+#include "content/vectors.h"
 #include "texgen/packed_pixels.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -205,19 +205,26 @@ FAST_INLINE static uint32_t least_certainty(int32_t beyond_p, int32_t beyond_q, 
     return std::min(of_parts, (static_cast<uint32_t>(value) & 0xFFFF) * as_parts);
 }
 
-template <typename vector> FAST_INLINE static vector load(const void* from)
+// What fixed_value makes of each product.
+template <typename words> FAST_INLINE static words fixed_values(eight_singles product)
 {
-    vector loaded;
-    std::memcpy(&loaded, from, sizeof loaded);
-    return loaded;
+    const words made = __builtin_convertvector(product * product + static_cast<float>(doubt), words);
+    const words sure = words{} + 2 * doubt;
+    return made > sure ? made : sure;
+}
+
+template <typename words> FAST_INLINE static words fixed_values(four_singles product)
+{
+    const four_singles value = product * product + static_cast<float>(doubt);
+    return __builtin_convertvector(larger_singles(value, four_singles{} + 2.0f * doubt), words);
 }
 
 // The half cosines of a wave: of the steps of both, or of one more.
 template <typename singles, typename words>
 FAST_INLINE static singles half_cosines(const wave_run& wave, const direction* row, uint32_t n, words beyond)
 {
-    return (beyond < 0 ? row[0].cosine : row[1].cosine) * load<singles>(wave.cosines + n)
-        - (beyond < 0 ? row[0].sine : row[1].sine) * load<singles>(wave.sines + n);
+    return (beyond < 0 ? row[0].cosine : row[1].cosine) * load_vector<singles>(wave.cosines + n)
+        - (beyond < 0 ? row[0].sine : row[1].sine) * load_vector<singles>(wave.sines + n);
 }
 
 // The values of a run of pixels whose steps are all below 0 or all not, for each wave: truncation takes the next whole
@@ -233,38 +240,20 @@ FAST_INLINE static bool values_of_one_sign(const wave_run& p, const wave_run& q,
     shorts least_value = ~shorts{};
 #pragma GCC unroll 1 // unrolled it has too few registers
     for (uint32_t n = 0; n < plasma_run; n += sizeof(words) / sizeof(int32_t)) {
-        const words beyond_p = load<words>(p.parts + n) - p.enough;
-        const words beyond_q = load<words>(q.parts + n) - q.enough;
+        const words beyond_p = load_vector<words>(p.parts + n) - p.enough;
+        const words beyond_q = load_vector<words>(q.parts + n) - q.enough;
         const singles product
             = half_cosines<singles>(p, row_p, n, beyond_p) * half_cosines<singles>(q, row_q, n, beyond_q);
-        const singles value = product * product + static_cast<float>(doubt);
-        const words cut = __builtin_convertvector(value, words);
-        const words sure = words{} + 2 * doubt;
-        const words made = cut > sure ? cut : sure;
+        const words made = fixed_values<words>(product);
         std::memcpy(values + n, &made, sizeof made);
-        const auto shorts_p = reinterpret_cast<shorts>(beyond_p);
-        const auto shorts_q = reinterpret_cast<shorts>(beyond_q);
-        const auto shorts_value = reinterpret_cast<shorts>(made);
-        least_beyond = shorts_p < least_beyond ? shorts_p : least_beyond;
-        least_beyond = shorts_q < least_beyond ? shorts_q : least_beyond;
-        least_value = shorts_value < least_value ? shorts_value : least_value;
+        least_beyond = lesser_shorts(reinterpret_cast<shorts>(beyond_p), least_beyond);
+        least_beyond = lesser_shorts(reinterpret_cast<shorts>(beyond_q), least_beyond);
+        least_value = lesser_shorts(reinterpret_cast<shorts>(made), least_value);
     }
     const words unsure = (reinterpret_cast<words>(least_beyond) >> 16 == 0)
         | ((reinterpret_cast<words>(least_value) & 0xFFFF) < 2 * doubt);
-    uint64_t halves[sizeof(words) / sizeof(uint64_t)];
-    std::memcpy(halves, &unsure, sizeof halves);
-    uint64_t any = 0;
-    for (const uint64_t half : halves)
-        any |= half;
-    return any == 0;
+    return !any_lane(unsure);
 }
-
-using four_singles = float __attribute__((vector_size(16)));
-using four_words = int32_t __attribute__((vector_size(16)));
-using eight_shorts = uint16_t __attribute__((vector_size(16)));
-using eight_singles = float __attribute__((vector_size(32)));
-using eight_words = int32_t __attribute__((vector_size(32)));
-using sixteen_shorts = uint16_t __attribute__((vector_size(32)));
 
 FAST_INLINE static bool values_of_one_sign(instruction_set set, const wave_run& p, const wave_run& q, int32_t* values)
 {
@@ -323,14 +312,14 @@ FAST_INLINE static void summed_channel_run(instruction_set set, const summed_pla
                 << 16;
 }
 
-FAST_INLINE static void store_run_of_3(
-    instruction_set set, const int32_t values[max_channels][plasma_run], uint8_t* out, uint32_t count)
+FAST_INLINE static void store_run_of_3(instruction_set set, const int32_t values[max_channels][plasma_run],
+    uint8_t* out, uint32_t count, uint32_t following)
 {
     uint32_t pixels[plasma_run];
     for (uint32_t n = 0; n < plasma_run; ++n)
         pixels[n]
             = static_cast<uint32_t>(values[0][n] >> 16 | (values[1][n] >> 8 & 0xFF00) | (values[2][n] & 0xFF0000));
-    store_packed_pixels(set, pixels, out, count);
+    store_packed_pixels(set, pixels, out, count, following);
 }
 
 FAST_INLINE static void store_run_of_1(const int32_t* values, uint8_t* out, uint32_t count)
@@ -357,7 +346,7 @@ FAST_INLINE static void summed_row_fast(instruction_set set, const summed_plasma
         for (uint32_t c = 0; c < channel_count; ++c)
             summed_channel_run(set, plasma, tables, row, c, begin, values[c]);
         if (channel_count == max_channels)
-            store_run_of_3(set, values, out + size_t{3} * begin, run);
+            store_run_of_3(set, values, out + size_t{3} * begin, run, count - begin - run);
         else
             store_run_of_1(values[0], out + begin, run);
     }
@@ -463,7 +452,7 @@ FAST_INLINE static __m128i doubtful_lanes(__m128i values)
 
 // Four pixels at a time; if a byte of them is in doubt, the four are computed from the table.
 FAST_INLINE static void turned_run_of_3(instruction_set set, const turned_plasma& plasma, const turned_tables& tables,
-    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
+    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count, uint32_t following)
 {
     uint32_t pixels[plasma_run];
     for (uint32_t n = 0; n < plasma_run; n += 4) {
@@ -480,18 +469,18 @@ FAST_INLINE static void turned_run_of_3(instruction_set set, const turned_plasma
             for (uint32_t k = n; k < n + 4; ++k)
                 pixels[k] = exact_pixel(plasma, p_entries[k], q_entries[k]);
     }
-    store_packed_pixels(set, pixels, out, count);
+    store_packed_pixels(set, pixels, out, count, following);
 }
 
 #else
 
 FAST_INLINE static void turned_run_of_3(instruction_set set, const turned_plasma& plasma, const turned_tables&,
-    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count)
+    const int32_t* p_entries, const int32_t* q_entries, uint8_t* out, uint32_t count, uint32_t following)
 {
     uint32_t pixels[plasma_run];
     for (uint32_t n = 0; n < plasma_run; ++n)
         pixels[n] = exact_pixel(plasma, p_entries[n], q_entries[n]);
-    store_packed_pixels(set, pixels, out, count);
+    store_packed_pixels(set, pixels, out, count, following);
 }
 
 #endif
@@ -506,7 +495,8 @@ FAST_INLINE static void turned_row_fast(instruction_set set, const turned_plasma
         turned_entries(plasma.p, p.columns + begin, p.row, p_entries);
         turned_entries(plasma.q, q.columns + begin, q.row, q_entries);
         if (plasma.channels.size() == max_channels)
-            turned_run_of_3(set, plasma, tables, p_entries, q_entries, out + size_t{3} * begin, run);
+            turned_run_of_3(
+                set, plasma, tables, p_entries, q_entries, out + size_t{3} * begin, run, count - begin - run);
         else
             turned_run_of_1(plasma, tables, p_entries, q_entries, out + begin, run);
     }

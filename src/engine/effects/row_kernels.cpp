@@ -27,7 +27,7 @@ FAST_INLINE static void interleave_fast(
             pixels[n] = red | uint32_t{green[n]} << 8 | uint32_t{blue[n]} << 16;
         green += effect_run;
         blue += effect_run;
-        store_packed_pixels(set, pixels, out + size_t{3} * begin, run);
+        store_packed_pixels(set, pixels, out + size_t{3} * begin, run, count - begin - run);
     }
 }
 
@@ -104,7 +104,8 @@ FAST_INLINE static void normal_map_fast(
     for (uint32_t begin = 0; begin < count; begin += effect_run) {
         uint32_t pixels[effect_run];
         normal_map_run(red, green, begin, pixels);
-        store_packed_pixels(set, pixels, out + size_t{3} * begin, std::min(effect_run, count - begin));
+        const uint32_t run = std::min(effect_run, count - begin);
+        store_packed_pixels(set, pixels, out + size_t{3} * begin, run, count - begin - run);
     }
 }
 

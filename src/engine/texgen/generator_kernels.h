@@ -5,6 +5,8 @@
 #pragma once
 
 #include "content/instructions.h"
+#include "texgen/fixed_scales.h"
+#include "texgen/split_sums.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +20,12 @@ void store_words(instruction_set set, const uint32_t* words, uint8_t* out, uint3
 struct sine_rows {
     const double* across;    // -1..1, padded with such numbers; for the plain form also what is not a number
     const uint32_t* palette; // 256 words: the colours of 0..254, and of what is not a number
+    split_numbers values;    // room for 127 + 63.5 * across, split, padded
+    byte_scale scales[3];    // of the colour; where one does not exist or is above 1, the palette does
 };
+
+// Fills the split values of `count` (1..) columns; the plain form needs none.
+void prepare_sine_rows(instruction_set set, const sine_rows& rows, uint32_t count);
 
 void sine_row(instruction_set set, const sine_rows& rows, double down, uint8_t* out, uint32_t count);
 
@@ -37,7 +44,8 @@ bool radial_rings_fit(const radial_rings& rings);
 // Fills words 0..center of row `y`, those left of the centre and its own; the rest of a row mirrors them.
 void radial_half_row(instruction_set set, const radial_rings& rings, uint32_t y, uint32_t* words);
 
-// Whether the bytes of noise of this colour fit an integer, which the fast forms of it ask for.
+// Whether the fast forms may be asked for noise of this colour: none of it is negative, or so large that a byte with 16
+// bits behind it does not fit an integer.
 bool noise_color_fits(const float color[3]);
 
 // Writes `count` pixels of noise: draws of the linear congruential generator, times 255, times the colour, truncated.

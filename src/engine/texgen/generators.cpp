@@ -3,6 +3,7 @@
 #include "content/numbers.h"
 #include "texgen/generator_kernels.h"
 #include "texgen/maze_tables.h"
+#include "texgen/rounded_sine.h"
 
 #include <algorithm>
 #include <cassert>
@@ -48,14 +49,6 @@ static double clamp_to_unit(double value)
     if (!(value > 0.0))
         return 0.0;
     return std::min(value, 1.0);
-}
-
-// A sine that is rounded once, from extended precision: the C library's own double
-// sine differs in its last bit from one processor and word size to the next, and
-// where two sines cancel that bit decides between 126 and 127.
-static double sine(double angle)
-{
-    return static_cast<double>(std::sin(static_cast<long double>(angle)));
 }
 
 // ---- random numbers ---------------------------------------------------------------
@@ -116,11 +109,12 @@ static uint32_t word_of(const color_bytes& color)
 static void generate_sinus_plasma(const float* values, uint8_t* pixels, uint32_t size)
 {
     const std::unique_ptr<double[]> across(new (std::nothrow) double[padded(size)]{});
-    if (across == nullptr)
+    const std::unique_ptr<int16_t[]> split(new (std::nothrow) int16_t[2 * padded(size)]);
+    if (across == nullptr || split == nullptr)
         return;
     const double step = 2.0 * pi / size;
     for (uint32_t x = 0; x < size; ++x)
-        across[x] = sine(x * step * values[3]);
+        across[x] = rounded_sine(x * step * values[3]);
     uint32_t palette[256]; // a value carries the 255
     for (int32_t v = 0; v < 255; ++v)
         palette[v] = word_of(weighted_color(values, v));
@@ -128,8 +122,13 @@ static void generate_sinus_plasma(const float* values, uint8_t* pixels, uint32_t
 
     const bool finite = std::isfinite(values[3]) && std::isfinite(values[4]); // as are their sines
     const instruction_set set = finite ? best_instructions() : instructions_plain;
+    sine_rows rows = {.across = across.get(),
+        .palette = palette,
+        .values = {split.get(), split.get() + padded(size)},
+        .scales = {make_byte_scale(values[0]), make_byte_scale(values[1]), make_byte_scale(values[2])}};
+    prepare_sine_rows(set, rows, size);
     for (uint32_t y = 0; y < size; ++y, pixels += size_t{3} * size)
-        sine_row(set, {across.get(), palette}, sine(y * step * values[4]), pixels, size);
+        sine_row(set, rows, rounded_sine(y * step * values[4]), pixels, size);
 }
 
 // Rows and columns mirror each other around the centre.

@@ -204,7 +204,7 @@ FAST_INLINE static void ripple_row_fast(
         weigh_corners(u, v, last, corners);
         uint32_t pixels[ripple_run];
         mix_run(corners, pixels);
-        store_packed_pixels(set, pixels, out + size_t{3} * begin, run);
+        store_packed_pixels(set, pixels, out + size_t{3} * begin, run, source.size - begin - run);
     }
 }
 
