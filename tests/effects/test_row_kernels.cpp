@@ -6,6 +6,8 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 constexpr uint32_t room = 512; // columns that a row of the tests has room for
@@ -33,12 +35,13 @@ TEST_CASE("bytes lie side by side in the same way with all instructions, at any 
 static std::vector<uint8_t> normal_map(
     instruction_set set, const std::vector<double>& columns, double red, double green, uint32_t count)
 {
-    std::vector<float> scaled;
-    for (const double column : columns)
-        scaled.push_back(static_cast<float>(column * 255.0));
+    std::vector<int16_t> wholes(columns.size());
+    std::vector<int16_t> parts(columns.size());
+    const split_numbers scaled = {wholes.data(), parts.data()};
+    for (size_t x = 0; x < columns.size(); ++x)
+        split_into(scaled, x, columns[x] * 255.0);
     std::vector<uint8_t> out(room * 3, 7);
-    normal_map_row(
-        set, {columns.data(), scaled.data(), red}, {columns.data(), scaled.data(), green}, out.data(), count);
+    normal_map_row(set, {columns.data(), scaled, red}, {columns.data(), scaled, green}, out.data(), count);
     return out;
 }
 
@@ -75,4 +78,19 @@ TEST_CASE("a normal map's rows of any length have the same bytes with all instru
         for (uint32_t count = 1; count <= 200; ++count)
             REQUIRE(normal_map(set, columns, 0.5, -1.0, count)
                 == normal_map(instructions_plain, columns, 0.5, -1.0, count));
+}
+
+TEST_CASE("a normal map's rows have the same bytes with all instructions beside whole numbers on both sides of 0")
+{
+    const double misses[] = {0.0, 1e-16, 1e-12, 1e-8, 5e-8, 1e-7, 2e-7, 1e-4};
+    std::vector<double> columns;
+    for (uint32_t x = 0; x < room; ++x) {
+        const double miss = misses[x / 2 % std::size(misses)];
+        columns.push_back(std::clamp((x - 256.0) / 255.0 + (x % 2 == 0 ? miss : -miss), -1.0, 1.0));
+    }
+    for (const instruction_set set : faster_sets())
+        for (const double red : {0.0, 1.0, -1.0, 51.0 / 255.0, 1e-13, -1e-13, 0.25})
+            for (const double miss : misses)
+                REQUIRE(normal_map(set, columns, red, miss - red, room)
+                    == normal_map(instructions_plain, columns, red, miss - red, room));
 }

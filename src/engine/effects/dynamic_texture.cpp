@@ -120,7 +120,8 @@ namespace {
 
 struct cosine_columns {
     double cosines[max_effect_side];
-    float scaled[max_effect_side]; // times 255
+    int16_t wholes[max_effect_side]; // of 255 times the cosine
+    int16_t parts[max_effect_side];
 };
 
 } // namespace
@@ -128,7 +129,12 @@ struct cosine_columns {
 static void set_column(cosine_columns& columns, uint32_t x, double cosine)
 {
     columns.cosines[x] = cosine;
-    columns.scaled[x] = static_cast<float>(cosine * 255.0);
+    split_into({columns.wholes, columns.parts}, x, cosine * 255.0);
+}
+
+static column_sums sums_of(cosine_columns& columns, double row)
+{
+    return {columns.cosines, {columns.wholes, columns.parts}, row};
 }
 
 // Sums of two cosines times 255 pass the byte and wrap, on purpose. Steps are unsigned:
@@ -150,8 +156,7 @@ static void render_normal_map(const effect_picture& out, float time)
     for (uint32_t y = 0; y < out.height; ++y, row += size_t{3} * out.width) {
         const double row_red = table_entry(2 * ((5 * (t + y)) & 2047));
         const double row_green = table_entry((t + y + 1000) & 4095);
-        normal_map_row(best_instructions(), {red.cosines, red.scaled, row_red},
-            {green.cosines, green.scaled, row_green}, row, out.width);
+        normal_map_row(best_instructions(), sums_of(red, row_red), sums_of(green, row_green), row, out.width);
     }
 }
 

@@ -63,48 +63,58 @@ static void normal_map_plain(const column_sums& red, const column_sums& green, u
     }
 }
 
-FAST_INLINE static uint32_t normal_map_pixel(int32_t red, int32_t green)
+// Truncation is towards 0, and so one above the whole number below what is negative and not whole itself.
+FAST_INLINE static uint16_t truncated_sum(int16_t whole, int16_t part, const split_addend& row)
 {
-    return static_cast<uint32_t>((red & 0xFF) | (green & 0xFF) << 8 | 255 << 16);
+    const int16_t below = whole_of_sum(whole, part, row);
+    return static_cast<uint16_t>(below + (below < 0 ? 1 : 0));
 }
 
-static void normal_map_run_again(const column_sums& red, const column_sums& green, uint32_t begin, uint32_t* pixels)
+// The same in double.
+FAST_INLINE static void truncated_sums(const column_sums& sums, uint32_t begin, int32_t* made)
 {
-    for (uint32_t n = begin; n < begin + effect_run; ++n)
-        *pixels++ = normal_map_pixel(truncate_to_int((red.columns[n] + red.row) * 255.0),
-            truncate_to_int((green.columns[n] + green.row) * 255.0));
+    const double* columns = sums.columns + begin;
+    for (uint32_t n = 0; n < effect_run; ++n)
+        made[n] = static_cast<int32_t>((columns[n] + sums.row) * 255.0);
 }
 
-// In singles a sum is right to 3 * 10^-5. Where one is nearer than `doubt` to a whole number, the run is computed
-// again.
-constexpr float doubt = 5e-5f;
-
-FAST_INLINE static void normal_map_run(
-    const column_sums& red, const column_sums& green, uint32_t begin, uint32_t* pixels)
+FAST_INLINE static void normal_map_run(const column_sums& red, const split_addend& red_row, const column_sums& green,
+    const split_addend& green_row, uint32_t begin, uint32_t* pixels)
 {
-    const float* reds = red.scaled_columns + begin;
-    const float* greens = green.scaled_columns + begin;
-    const float row_red = static_cast<float>(red.row * 255.0);
-    const float row_green = static_cast<float>(green.row * 255.0);
-    int32_t different = 0;
+    const int16_t* red_wholes = red.scaled_columns.wholes + begin;
+    const int16_t* red_parts = red.scaled_columns.parts + begin;
+    const int16_t* green_wholes = green.scaled_columns.wholes + begin;
+    const int16_t* green_parts = green.scaled_columns.parts + begin;
+    uint16_t made[effect_run];
+    int16_t least = INT16_MAX;
     for (uint32_t n = 0; n < effect_run; ++n) {
-        const int32_t r = static_cast<int32_t>(reds[n] + (row_red - doubt));
-        const int32_t g = static_cast<int32_t>(greens[n] + (row_green - doubt));
-        different |= r ^ static_cast<int32_t>(reds[n] + (row_red + doubt));
-        different |= g ^ static_cast<int32_t>(greens[n] + (row_green + doubt));
-        pixels[n] = normal_map_pixel(r, g);
+        const uint16_t r = truncated_sum(red_wholes[n], red_parts[n], red_row);
+        const uint16_t g = truncated_sum(green_wholes[n], green_parts[n], green_row);
+        made[n] = static_cast<uint16_t>((r & 0xFF) | g << 8);
+        least = std::min(least, certainty_of_sum(red_parts[n], red_row));
+        least = std::min(least, certainty_of_sum(green_parts[n], green_row));
     }
-    if (different != 0)
-        normal_map_run_again(red, green, begin, pixels);
+    for (uint32_t n = 0; n < effect_run; ++n)
+        pixels[n] = made[n] | 255u << 16;
+    if (least >= doubtful_sum)
+        return;
+    int32_t reds[effect_run];
+    int32_t greens[effect_run];
+    truncated_sums(red, begin, reds);
+    truncated_sums(green, begin, greens);
+    for (uint32_t n = 0; n < effect_run; ++n)
+        pixels[n] = static_cast<uint32_t>((reds[n] & 0xFF) | (greens[n] & 0xFF) << 8 | 255 << 16);
 }
 
 FAST_INLINE static void normal_map_fast(
     instruction_set set, const column_sums& red, const column_sums& green, uint8_t* out, uint32_t count)
 {
+    const split_addend red_row = make_split_addend(red.row * 255.0);
+    const split_addend green_row = make_split_addend(green.row * 255.0);
     for (uint32_t begin = 0; begin < count; begin += effect_run) {
-        uint32_t pixels[effect_run];
-        normal_map_run(red, green, begin, pixels);
         const uint32_t run = std::min(effect_run, count - begin);
+        uint32_t pixels[effect_run];
+        normal_map_run(red, red_row, green, green_row, begin, pixels);
         store_packed_pixels(set, pixels, out + size_t{3} * begin, run, count - begin - run);
     }
 }

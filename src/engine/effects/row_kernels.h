@@ -5,6 +5,7 @@
 #pragma once
 
 #include "content/instructions.h"
+#include "texgen/split_sums.h"
 
 #include <cstdint>
 
@@ -17,7 +18,7 @@ void interleave_row(
 // Values of columns, to which a row adds its own; all within -1..1.
 struct column_sums {
     const double* columns;
-    const float* scaled_columns; // the same times 255
+    split_numbers scaled_columns; // the same times 255, split; padded, too
     double row;
 };
 
