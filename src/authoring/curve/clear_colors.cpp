@@ -103,15 +103,15 @@ static std::vector<clear_wish> wishes_of(const clear_planning& p, const std::vec
     return wishes;
 }
 
-static void add_wish(clear_planning& p, const clear_wish& wish, uint32_t tick)
+static void add_wish(clear_planning& p, const clear_wish& wish, uint32_t first, uint32_t last)
 {
     std::vector<color_run>& runs = p.runs[wish.carrier];
     if (wish.wisher != empty_clip)
         p.granted[static_cast<size_t>(wish.wisher)] = true;
     if (!runs.empty() && runs.back().color == wish.color && runs.back().wisher == wish.wisher)
-        runs.back().last = tick;
+        runs.back().last = last;
     else
-        runs.push_back({tick, tick, wish.color, wish.wisher});
+        runs.push_back({first, last, wish.color, wish.wisher});
 }
 
 // A wish of a single tick is that of clips that only meet there. The frame behind a change has the old colour anyhow.
@@ -131,10 +131,13 @@ static void collect_runs(clear_planning& p)
     }
     const shown_clips shown = show_plan(p.plan);
     std::vector<size_t> places;
-    for (uint32_t tick = 0; tick <= std::min(end, max_track_end - 1); ++tick) {
-        clips_at(shown, tick, places);
+    const uint32_t last = std::min(end, max_track_end - 1);
+    std::vector<uint32_t> changes = change_ticks(p.plan, last);
+    changes.push_back(last + 1);
+    for (size_t i = 0; i + 1 < changes.size(); ++i) {
+        clips_at(shown, changes[i], places);
         for (const clear_wish& wish : wishes_of(p, places))
-            add_wish(p, wish, tick);
+            add_wish(p, wish, changes[i], changes[i + 1] - 1);
     }
     for (std::vector<color_run>& runs : p.runs)
         drop_short_runs(runs);

@@ -354,7 +354,7 @@ static dark_moment find_dark_moment(const std::vector<timed_clip>& clips, const 
     dark_moment moment = {};
     bool was_dark = false;
     std::vector<size_t> places;
-    for (uint32_t tick = 0; tick <= end && !moment.found; ++tick) {
+    for (const uint32_t tick : change_ticks(plan, end)) {
         clips_at(shown, tick, places);
         const bool is_dark = std::none_of(
             places.begin(), places.end(), [&](size_t place) { return does_draw(clips, plan.clips[place]); });
@@ -362,6 +362,8 @@ static dark_moment find_dark_moment(const std::vector<timed_clip>& clips, const 
             moment.from = tick;
         moment.to = tick;
         moment.found = was_dark && !is_dark;
+        if (moment.found)
+            break;
         was_dark = is_dark;
     }
     return moment;
@@ -420,6 +422,21 @@ shown_clips show_plan(const track_plan& plan)
         ++count;
     }
     return shown;
+}
+
+// A clip begins, the one before it has ended, or the player looks into the next second.
+std::vector<uint32_t> change_ticks(const track_plan& plan, uint32_t last)
+{
+    std::vector<uint32_t> ticks;
+    for (uint32_t tick = 0; tick <= last; tick += ticks_per_second)
+        ticks.push_back(tick);
+    for (const placed_clip& c : plan.clips)
+        for (const uint32_t tick : {c.from, c.from + c.length + 1})
+            if (tick <= last)
+                ticks.push_back(tick);
+    std::sort(ticks.begin(), ticks.end());
+    ticks.erase(std::unique(ticks.begin(), ticks.end()), ticks.end());
+    return ticks;
 }
 
 void clips_at(const shown_clips& shown, uint32_t tick, std::vector<size_t>& places)

@@ -87,6 +87,10 @@ struct shown_clips {
 
 shown_clips show_plan(const track_plan& plan);
 
+// The ticks up to `last` from which on the tracks may show something else than before, ascending, 0 the first: between
+// two of them clips_at tells the same.
+std::vector<uint32_t> change_ticks(const track_plan& plan, uint32_t last);
+
 // What the tracks show at a tick, in drawing order: places in plan.clips. Nothing where track 1 is over.
 void clips_at(const shown_clips& shown, uint32_t tick, std::vector<size_t>& places);
 

@@ -254,20 +254,50 @@ static void check_tick(const played_plan& played, const std::vector<timed_clip>&
     }
 }
 
+static std::vector<timed_clip> any_clips(std::mt19937& random, uint32_t duration)
+{
+    std::vector<timed_clip> clips;
+    for (uint32_t count = 1 + random_below(random, 14); count > 0; --count) {
+        const uint32_t a = random_tick(random, duration + 1);
+        const uint32_t b
+            = random_below(random, 3) == 0 ? a + 1 + random_below(random, 120) : random_tick(random, duration + 1);
+        if (a != b && std::max(a, b) <= max_track_end)
+            clips.push_back({std::min(a, b), std::max(a, b)});
+    }
+    return clips;
+}
+
+TEST_CASE("Between two ticks of change the tracks show the same")
+{
+    std::mt19937 random(7);
+    for (uint32_t round = 0; round < 60; ++round) {
+        CAPTURE(round);
+        const uint32_t duration = round % 10 == 0 ? max_track_end : 300 + random_below(random, 2500);
+        const track_plan plan = plan_tracks(any_clips(random, duration), tracks_of_show);
+        const shown_clips shown = show_plan(plan);
+        const uint32_t last = std::min(duration + 200, max_track_end - 1);
+        const std::vector<uint32_t> changes = change_ticks(plan, last);
+        REQUIRE(changes.front() == 0);
+        REQUIRE(changes.back() <= last);
+        REQUIRE(std::is_sorted(changes.begin(), changes.end()));
+        std::vector<size_t> places;
+        std::vector<size_t> standing;
+        for (uint32_t tick = 0; tick <= last; ++tick) {
+            clips_at(shown, tick, places);
+            if (std::binary_search(changes.begin(), changes.end(), tick))
+                standing = places;
+            REQUIRE(places == standing);
+        }
+    }
+}
+
 TEST_CASE("What is planned of any clips is what the player shows at every tick")
 {
     std::mt19937 random(20090);
     for (uint32_t round = 0; round < 150; ++round) {
         CAPTURE(round);
         const uint32_t duration = round % 10 == 0 ? max_track_end : 300 + random_below(random, 2500);
-        std::vector<timed_clip> clips;
-        for (uint32_t count = 1 + random_below(random, 14); count > 0; --count) {
-            const uint32_t a = random_tick(random, duration + 1);
-            const uint32_t b
-                = random_below(random, 3) == 0 ? a + 1 + random_below(random, 120) : random_tick(random, duration + 1);
-            if (a != b && std::max(a, b) <= max_track_end)
-                clips.push_back({std::min(a, b), std::max(a, b)});
-        }
+        const std::vector<timed_clip> clips = any_clips(random, duration);
         const track_plan plan = plan_tracks(clips, tracks_of_show);
         for (const track_problem& problem : plan.problems)
             REQUIRE(problem.text.find("nothing is shown") != std::string::npos);
