@@ -149,6 +149,16 @@ static void append_u16(std::vector<uint8_t>& bytes, uint32_t value)
     bytes.push_back(static_cast<uint8_t>(value >> 8));
 }
 
+static void append_indices(std::vector<uint8_t>& bytes, const std::vector<uint32_t>& vertices)
+{
+    size_t at = bytes.size();
+    bytes.resize(at + 2 * vertices.size());
+    for (const uint32_t vertex : vertices) {
+        bytes[at++] = static_cast<uint8_t>(vertex & 0xFF);
+        bytes[at++] = static_cast<uint8_t>(vertex >> 8);
+    }
+}
+
 static void append_floats(std::vector<uint8_t>& bytes, const std::vector<float>& list)
 {
     const uint8_t* first = reinterpret_cast<const uint8_t*>(list.data());
@@ -178,8 +188,7 @@ std::vector<uint8_t> shape_bytes(const shape_data& shape)
     } else {
         append_floats(bytes, shape.normals);
     }
-    for (const uint32_t vertex : shape.triangles)
-        append_u16(bytes, vertex);
+    append_indices(bytes, shape.triangles);
     return bytes;
 }
 

@@ -375,16 +375,21 @@ static bool has_nearly(lua_State* L, int table, const std::vector<std::string>& 
 {
     const std::vector<std::string> of_placed = fields_of(kind_placed);
     bool has_near = false;
-    bool is_placed = lua_rawlen(L, table) > 0;
+    if (lua_rawlen(L, table) > 0)
+        return false;
     lua_pushnil(L);
     while (lua_next(L, table) != 0) {
         lua_pop(L, 1);
         const std::string name = lua_type(L, -1) == LUA_TSTRING ? lua_tostring(L, -1) : "";
-        is_placed = is_placed || std::find(of_placed.begin(), of_placed.end(), name) != of_placed.end()
+        const bool is_placed = std::find(of_placed.begin(), of_placed.end(), name) != of_placed.end()
             || !near_name(name, of_placed).empty();
+        if (is_placed) {
+            lua_pop(L, 1);
+            return false;
+        }
         has_near = has_near || !near_name(name, names).empty();
     }
-    return has_near && !is_placed;
+    return has_near;
 }
 
 bool configures_shape(lua_State* L, const thing& made)

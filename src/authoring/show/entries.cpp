@@ -188,16 +188,49 @@ static void add_entry(lowering& l, const std::string& name, std::vector<uint8_t>
     l.built.entries.push_back({name, std::move(bytes), file});
 }
 
-std::vector<uint8_t> enveloped(const show_description& show, const std::vector<uint8_t>& bytes)
+// A stream of zlib that packs nothing. (At level 0 zlib clears its tables for each stream and copies all twice.)
+static void append_stored(std::vector<uint8_t>& out, std::span<const uint8_t> bytes)
 {
+    constexpr size_t most = 65535; // bytes of a block
+    const auto append_number = [&out](size_t number, uint32_t count, bool highest_first) {
+        for (uint32_t byte = 0; byte < count; ++byte)
+            out.push_back(static_cast<uint8_t>(number >> 8 * (highest_first ? count - 1 - byte : byte)));
+    };
+    append_number(0x7801, 2, true);
+    for (size_t at = 0; at == 0 || at < bytes.size(); at += most) {
+        const size_t size = std::min(bytes.size() - at, most);
+        const bool is_last = at + size == bytes.size();
+        out.push_back(is_last ? 1 : 0);
+        append_number(size, 2, false);
+        append_number(~size & 0xFFFF, 2, false);
+        out.insert(
+            out.end(), bytes.begin() + static_cast<ptrdiff_t>(at), bytes.begin() + static_cast<ptrdiff_t>(at + size));
+    }
+    append_number(adler32_z(1, bytes.data(), bytes.size()), 4, true);
+}
+
+static void append_packed(std::vector<uint8_t>& out, std::span<const uint8_t> bytes, int compression)
+{
+    const size_t begin = out.size();
     uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-    std::vector<uint8_t> out(4 + size);
-    for (uint32_t byte = 0; byte < 4; ++byte)
-        out[byte] = static_cast<uint8_t>(bytes.size() >> (8 * byte));
-    const int status = compress2(out.data() + 4, &size, bytes.data(), static_cast<uLong>(bytes.size()), show.compression);
+    out.resize(begin + size);
+    const int status
+        = compress2(out.data() + begin, &size, bytes.data(), static_cast<uLong>(bytes.size()), compression);
     assert(status == Z_OK);
     static_cast<void>(status);
-    out.resize(4 + size);
+    out.resize(begin + size);
+}
+
+std::vector<uint8_t> enveloped(const show_description& show, const std::vector<uint8_t>& bytes)
+{
+    std::vector<uint8_t> out;
+    out.reserve(bytes.size() + bytes.size() / 4096 + 64);
+    for (uint32_t byte = 0; byte < 4; ++byte)
+        out.push_back(static_cast<uint8_t>(bytes.size() >> (8 * byte)));
+    if (show.compression == 0)
+        append_stored(out, bytes);
+    else
+        append_packed(out, bytes, show.compression);
     return out;
 }
 
@@ -220,11 +253,12 @@ std::string take_mesh(lowering& l, const std::vector<uint8_t>& content, const st
             add_entry(l, name, enveloped(l.show, content), "");
         return name;
     }
-    const std::string key = "mesh|" + std::string(content.begin(), content.end());
+    std::string key = "mesh|";
+    key.append(reinterpret_cast<const char*>(content.data()), content.size());
     if (const auto known = l.names.by_source.find(key); known != l.names.by_source.end())
         return known->second;
     const std::string name = free_name(l, wish + ".mesh");
-    l.names.by_source[key] = name;
+    l.names.by_source.emplace(std::move(key), name);
     add_entry(l, name, enveloped(l.show, content), "");
     return name;
 }
@@ -272,8 +306,8 @@ static const imported_picture* read_picture(
 static const imported_picture* read_level(lowering& l, const thing& made, const std::string& file, uint32_t level,
     const imported_picture& base, const std::string& path)
 {
-    const std::string wish = "level " + std::to_string(level) + " of " + std::to_string(base.width) + "x"
-        + std::to_string(base.height);
+    const std::string wish
+        = "level " + std::to_string(level) + " of " + std::to_string(base.width) + "x" + std::to_string(base.height);
     if (const imported_picture* kept = find_picture(work_of(l.show), path, wish))
         return kept;
     const read_stamp stamp = stamp_of(path);
@@ -378,7 +412,7 @@ taken_picture take_target(lowering& l, std::array<uint32_t, 2> size)
     std::string& name = l.names.by_source["target|" + wish];
     if (name.empty()) {
         name = free_name(l, wish);
-        add_entry(l, name, target_picture(size[0], size[1]), "");
+        add_entry(l, name, keep_target(work_of(l.show), size), "");
     }
     return {name, 3};
 }

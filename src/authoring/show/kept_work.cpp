@@ -80,6 +80,7 @@ void end_build(kept_work& work, bool broken)
     std::erase_if(work.fonts, is_unused);
     std::erase_if(work.pictures, is_unused);
     std::erase_if(work.music, is_unused);
+    std::erase_if(work.targets, [&work](const auto& target) { return target.second.looked != work.build; });
 }
 
 // ---- keys -----------------------------------------------------------------------------------
@@ -197,4 +198,13 @@ const imported_picture& keep_picture(
     kept_picture& kept = work.pictures[picture_key(from.path, wish)];
     kept = {{{from}, work.build}, std::move(picture)};
     return kept.picture;
+}
+
+const std::vector<uint8_t>& keep_target(kept_work& work, std::array<uint32_t, 2> size)
+{
+    kept_black_picture& kept = work.targets[size];
+    if (kept.bytes.empty())
+        kept.bytes = target_picture(size[0], size[1]);
+    kept.looked = work.build;
+    return kept.bytes;
 }

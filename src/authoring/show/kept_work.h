@@ -11,6 +11,7 @@
 #include "authoring/asset/music_check.h"
 #include "authoring/asset/picture_import.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -62,12 +63,19 @@ struct kept_music {
     music_file_facts facts;
 };
 
+// A black picture to be rendered to, which comes from no file.
+struct kept_black_picture {
+    std::vector<uint8_t> bytes;
+    uint64_t looked = 0; // the build that used it last
+};
+
 struct kept_work {
-    uint64_t build = 0;                           // number of the one under way
-    std::map<std::string, kept_model> models;     // by path
-    std::map<std::string, kept_font> fonts;       // by path, options and letters
-    std::map<std::string, kept_picture> pictures; // by path and what was asked for
-    std::map<std::string, kept_music> music;      // by path
+    uint64_t build = 0;                                     // number of the one under way
+    std::map<std::string, kept_model> models;               // by path
+    std::map<std::string, kept_font> fonts;                 // by path, options and letters
+    std::map<std::string, kept_picture> pictures;           // by path and what was asked for
+    std::map<std::string, kept_music> music;                // by path
+    std::map<std::array<uint32_t, 2>, kept_black_picture> targets; // by size
 };
 
 // References to what is kept stay good until the build ends.
@@ -90,3 +98,6 @@ const music_file_facts* keep_music(kept_work& work, const std::string& path, std
 const imported_picture* find_picture(kept_work& work, const std::string& path, const std::string& wish);
 const imported_picture& keep_picture(
     kept_work& work, const read_stamp& from, const std::string& wish, imported_picture picture);
+
+// target_picture, but for what is kept.
+const std::vector<uint8_t>& keep_target(kept_work& work, std::array<uint32_t, 2> size);

@@ -269,6 +269,10 @@ std::vector<uint8_t> pack_bytes(const std::vector<pack_entry>& entries)
 {
     std::vector<uint8_t> out(pack_magic, pack_magic + pack_index_offset);
     uint32_t start = pack_index_offset + pack_slot_size * static_cast<uint32_t>(entries.size()) + pack_name_size;
+    size_t size = start;
+    for (const pack_entry& entry : entries)
+        size += entry.bytes.size();
+    out.reserve(size);
     for (const pack_entry& entry : entries) {
         std::string name = entry.name;
         name.resize(pack_name_size, '\0');

@@ -6,6 +6,7 @@
 #include "content/xmlz.h"
 
 #include <doctest/doctest.h>
+#include <zlib.h>
 
 static std::string names_of(const built_source& b)
 {
@@ -209,4 +210,28 @@ TEST_CASE("a file is looked for once, however often and by whatever way it is na
     for (const char* file : {"b.png", "a.png", "./b.png", "a.png", "../a.png", "/a.png", "", "c/../b.png", "c.png"})
         want_file(show, file);
     CHECK(show.files_wanted.in_order == std::vector<std::string>{"b.png", "a.png", "c.png"});
+}
+
+TEST_CASE("An envelope that packs nothing is one that zlib reads, whatever its size")
+{
+    show_description show;
+    show.compression = 0;
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{65534}, size_t{65535}, size_t{65536}, size_t{131070},
+             size_t{131071}, size_t{200000}}) {
+        std::vector<uint8_t> bytes(size);
+        for (size_t i = 0; i < size; ++i)
+            bytes[i] = static_cast<uint8_t>(i * i >> 5);
+        const std::vector<uint8_t> envelope = enveloped(show, bytes);
+        CAPTURE(size);
+        REQUIRE(envelope.size() == 4 + 2 + 5 * std::max<size_t>(1, (size + 65534) / 65535) + size + 4);
+        uLongf got = size + 1;
+        uLong taken = envelope.size() - 4;
+        std::vector<uint8_t> read(size + 1);
+        REQUIRE(uncompress2(read.data(), &got, envelope.data() + 4, &taken) == Z_OK);
+        CHECK(taken == envelope.size() - 4);
+        read.resize(got);
+        CHECK(read == bytes);
+        const size_t told = size_t{envelope[0]} | size_t{envelope[1]} << 8 | size_t{envelope[2]} << 16;
+        CHECK(told == size);
+    }
 }

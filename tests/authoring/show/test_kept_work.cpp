@@ -232,3 +232,21 @@ TEST_CASE("what is kept of a file is told apart by what was asked for")
     check_with("image 'skin.png'", "image 'skin.png' { size = { 16, 16 } }");
     check_with("image 'skin.png'", "image 'skin.png' { size = { 16, 32 } }");
 }
+
+TEST_CASE("a target's black picture is made once for all builds that use it")
+{
+    kept_work work;
+    begin_build(work);
+    const uint8_t* bytes = keep_target(work, {64, 32}).data();
+    CHECK(keep_target(work, {64, 32}) == target_picture(64, 32));
+    CHECK(keep_target(work, {32, 64}) == target_picture(32, 64));
+    end_build(work, false);
+    begin_build(work);
+    CHECK(keep_target(work, {64, 32}).data() == bytes);
+    end_build(work, true);
+    CHECK(work.targets.size() == 2);
+    begin_build(work);
+    CHECK(keep_target(work, {64, 32}).data() == bytes);
+    end_build(work, false);
+    CHECK(work.targets.size() == 1);
+}
