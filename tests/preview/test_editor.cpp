@@ -124,7 +124,7 @@ struct editors {
     std::string folder;
     editors()
     {
-        folder = (std::filesystem::temp_directory_path() / "brimlow-editor-XXXXXX").string();
+        folder = "/tmp/brimlow-editor-XXXXXX"; // no blank, which $EDITOR would take for the end of its name
         REQUIRE(mkdtemp(folder.data()) != nullptr);
         for (const char* name : {"VISUAL", "EDITOR", "TERMINAL"})
             unsetenv(name);
@@ -150,7 +150,7 @@ struct editors {
     }
     std::string told() const
     {
-        for (int wait = 0; wait < 1000 && !std::filesystem::exists(folder + "/told"); ++wait)
+        for (int wait = 0; wait < 6000 && !std::filesystem::exists(folder + "/told"); ++wait)
             usleep(10000);
         std::ifstream file(folder + "/told");
         return {std::istreambuf_iterator<char>(file), {}};
