@@ -58,7 +58,7 @@ class Display:
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writing)
         text = b''
-        while b'\n' not in text and select.select([reading], [], [], 30)[0]:
+        while b'\n' not in text and select.select([reading], [], [], PATIENCE)[0]:
             got = os.read(reading, 64)
             if not got:
                 break
@@ -271,9 +271,13 @@ class Player:
             if wanted:
                 self.click(*place)
 
+    def load_on_one_core(self):
+        """Loading takes as long on machines of many cores. Before it begins."""
+        os.sched_setaffinity(self.process.pid, {min(os.sched_getaffinity(0))})
+
     # ---- playing
 
-    def press(self, key, seconds=5):
+    def press(self, key, seconds=PATIENCE):
         """Holds a key down in the player's window, for some seconds or until the player has ended.
 
         Keys are looked at once a frame, so a short press is easily missed.

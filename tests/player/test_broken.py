@@ -110,8 +110,8 @@ class ManyPlayers(unittest.TestCase):
                     player.start()
                     status = player.wait(4)
                     if status is None:  # it may have become a long show: that is none of our business
-                        player.press('Escape', 30)
-                        status = player.wait(5)
+                        player.press('Escape')
+                        status = player.wait()
                     return Result(status, player.lines, player.errors)
         finally:
             self.displays.put(display)

@@ -177,14 +177,15 @@ class ClockTest(PlayerTest):
         self.assertLess(seconds, 15)
 
     def test_the_timer_goes_on_at_its_own_speed_when_the_music_is_missing(self):
-        seconds, player = self.played_seconds(DRAWN, 120, 'tone.ogg', **sound_to('/dev/null'))
+        # Three seconds, or a blink on the audio clock; a line may be read late on a busy machine.
+        seconds, player = self.played_seconds(DRAWN, 300, 'tone.ogg', **sound_to('/dev/null'))
         self.assertGreater(seconds, 0.8)
         self.assertIn('Error: cannot open tone.ogg!', player.lines)
         self.assertEqual(player.errors, [])  # the device was not opened
 
     def test_the_show_goes_on_after_its_music_has_ended(self):
         self.put_tone()  # one second, on a device that takes it in time
-        seconds, player = self.played_seconds(AUDIO, 180, 'tone.ogg')
+        seconds, player = self.played_seconds(AUDIO, 400, 'tone.ogg')
         self.assertGreater(seconds, 1.4)
 
 
@@ -284,7 +285,7 @@ class LoadingTest(PlayerTest):
     def slow_show(self):
         show = colour_show(10000, None, BLUE)
         show.entries['large.png'] = png(1024, 1024, (9, 9, 9))
-        for _ in range(40):
+        for _ in range(80):
             show.add(IMAGES, Element('image', filename='large.png', texture_format=0, texture_filter=1))
         show.loading = self.loading_screen()
         return show
@@ -306,6 +307,7 @@ class LoadingTest(PlayerTest):
     def test_a_slow_show_has_its_loading_screen_which_follows_the_progress(self):
         self.slow_show().write(self.folder)
         with self.player() as player:
+            player.load_on_one_core()
             self.assertTrue(player.start(), player.lines)
             seen = self.colours(player, 'blue')
             self.assertEqual([name for name in seen if name != 'black'], ['red', 'green', 'blue'])
@@ -328,6 +330,7 @@ class LoadingTest(PlayerTest):
         show.write(self.folder)
         self.put_tone()
         with self.player() as player:
+            player.load_on_one_core()
             self.assertTrue(player.start(), player.lines)
             self.colours(player, 'red')
             player.close()

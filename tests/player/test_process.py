@@ -48,6 +48,7 @@ class InterruptTest(PlayerTest):
             show.add(IMAGES, Element('image', filename='large.png', texture_format=0, texture_filter=1))
         show.write(self.folder)
         self.put_tone()
+        player.load_on_one_core()
         player.start()
 
     def test_the_second_ends_it_at_once_while_it_loads(self):
