@@ -194,9 +194,9 @@ class Preview:
         if not ends:
             self.turns()
 
-    def drawn(self, windows, seconds=1):
+    def drawn(self, windows, seconds=5):
         """Waits until the window has been drawn twice since it was so often, once with what the hand did; it is drawn
-        only when something happens."""
+        only when something happens, and then the wait is in vain."""
         self.until(lambda status: status['windows'] >= windows + 2, seconds)
 
     def point(self, x, y):

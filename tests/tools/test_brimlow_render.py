@@ -992,7 +992,7 @@ class FileTest(RenderTest):
     def test_a_terminal_that_goes_away_ends_the_run_like_ctrl_c(self):
         two_colours(12000).write(self.folder)
         for begun, name in ((signal.SIG_DFL, 'a.mkv'), (signal.SIG_IGN, 'b.mkv')):
-            run = subprocess.Popen([RENDER, '-o', name, '--size', '320x240'], cwd=self.folder,
+            run = subprocess.Popen([RENDER, '-o', name, '--size', '320x240', '--fps', '240'], cwd=self.folder,
                                    env=self.environment(), stderr=subprocess.DEVNULL,
                                    preexec_fn=lambda to=begun: signal.signal(signal.SIGHUP, to))
             while not [n for n in self.names('.') if n.endswith('.part')]:
@@ -1263,18 +1263,32 @@ class VideoTest(RenderTest):
         self.fails(1, 'Error: cannot write "/proc/a.mp4": No such file or directory.', '-o', '/proc/a.mp4', *SMALL)
         self.assertEqual(self.names('.'), ['demo.dpk'])
 
+    @staticmethod
+    def told_until(terminal, pattern):
+        """What a program writes to its terminal, until it matches or the program is over."""
+        told = b''
+        while not re.search(pattern, told):
+            try:
+                told += os.read(terminal, 1000)
+            except OSError:  # nobody has it open any more
+                break
+        return told
+
     def test_ctrl_c_leaves_a_playable_file(self):
         show = two_colours(12000, 'tone.ogg')
         show.write(self.folder)
         shutil.copy(TONE, self.path('tone.ogg'))
         for name in ('cut.mp4', 'cut.mkv'):
+            ours, theirs = os.openpty()  # where the progress is told at once
             run = subprocess.Popen([RENDER, '-o', name, '--size', '640x480'], cwd=self.folder, env=self.environment(),
-                                   stderr=subprocess.PIPE, stdout=subprocess.PIPE)
-            time.sleep(2.5)
+                                   stderr=theirs, stdout=subprocess.DEVNULL)
+            os.close(theirs)
+            errors = self.told_until(ours, rb'\r(?:[5-9]\d|\d{3,}) of \d+ frames')
             run.send_signal(signal.SIGINT)
-            _, errors = run.communicate(timeout=120)
-            self.assertEqual(run.returncode, 130, errors)
-            self.assertRegex(errors.decode().splitlines()[-2], r'^Stopped after \d+ of \d+ pictures\.$')
+            errors += self.told_until(ours, b'$.')  # to its end
+            os.close(ours)
+            self.assertEqual(run.wait(60), 130, errors)
+            self.assertRegex(errors.decode().splitlines()[-2], r'Stopped after \d+ of \d+ pictures\.$')
             self.assertRegex(errors.decode().splitlines()[-1], r'^Wrote %s \(\d+ frames, .* from demo\.dpk\.$' % name)
             _, streams = self.probe(name)
             frames = int(streams['video']['nb_read_frames'])

@@ -70,11 +70,33 @@ class Sound(unittest.TestCase):
         preview.ask('play')
         self.pass_time(preview, seconds)
         preview.ask('pause')
-        time.sleep(0.15)  # a few buffers of silence
+        self.be_silent(preview)
         return start
 
+    def decoded(self, preview):
+        """Waits until all the music is there: the thread that decodes it computes, or waits for a processor, until then."""
+        def computes():
+            states = set()
+            for task in os.listdir('/proc/%d/task' % preview.process.pid):
+                try:
+                    with open('/proc/%d/task/%s/stat' % (preview.process.pid, task)) as file:
+                        states.add(file.read().rsplit(')', 1)[1].split()[0])
+                except OSError:  # it has ended
+                    continue
+            return bool(states & {'R', 'D'})
+        at_rest = 0  # looks in a row
+        while at_rest < 10:
+            time.sleep(0.05)
+            at_rest = 0 if computes() else at_rest + 1
+
+    def be_silent(self, preview):
+        for _ in range(2):  # the first may have waited since before the pause
+            self.pass_time(preview, 0)
+
     def same(self, sound, expected, what):
-        self.assertTrue(sound == expected, what)  # their bytes would fill pages
+        """What was recorded of the music may end earlier than a sound of which a busy machine made more."""
+        self.assertGreater(len(expected), 0.25 * RATE * PAIR, what)
+        self.assertTrue(sound[:len(expected)] == expected, what)  # their bytes would fill pages
 
     def pass_time(self, preview, seconds):
         """What sounds is counted by the device, which may be slow."""
@@ -87,7 +109,7 @@ class Sound(unittest.TestCase):
         starts = []
         with self.preview('disk', SDL_DISKAUDIOFILE=self.file) as preview:
             preview.settled()
-            time.sleep(1)  # for the music to be decoded so far
+            self.decoded(preview)
             self.play(preview, 4)                       # run 0: the music from its beginning
             preview.ask('go', time=1.5)
             starts.append(self.play(preview, 0.5))      # a jump
@@ -100,7 +122,7 @@ class Sound(unittest.TestCase):
             preview.ask('let_go')
             self.pass_time(preview, 0.3)
             preview.ask('pause')
-            time.sleep(0.15)
+            self.be_silent(preview)
             starts.append(0.5)
             preview.ask('loop', **{'from': 1, 'to': 1.31})
             preview.ask('go', time=1.2)
@@ -125,7 +147,7 @@ class Sound(unittest.TestCase):
             length = len(runs[number][1])
             self.same(runs[number][1], music[at:at + length], 'run %d, from %f s' % (number, start))
         turn = music[sample_at(1) * PAIR:sample_at(1.31) * PAIR]
-        looped = music[sample_at(starts[3]) * PAIR:sample_at(1.31) * PAIR] + 6 * turn
+        looped = music[sample_at(starts[3]) * PAIR:sample_at(1.31) * PAIR] + (len(runs[4][1]) // len(turn) + 1) * turn
         self.same(runs[4][1], looped[:len(runs[4][1])], 'the loop')
         self.assertGreater(len(runs[4][1]), 3 * len(turn))
         (first, before), (again, after) = runs[5:]
@@ -140,9 +162,11 @@ class Sound(unittest.TestCase):
             preview.ask('play')
             begun = preview.until(lambda status: status['time'] > 0.2)
             self.assertTrue(begun)
-            time.sleep(1)
-            later = preview.status()
-            self.assertAlmostEqual(later['time'] - begun['time'], later['now'] - begun['now'], delta=0.25)
+
+            def is_steady(later):  # a busy machine draws a frame late; a clock that is wrong departs further and further
+                shown, passed = (later[name] - begun[name] for name in ('time', 'now'))
+                return passed > 1 and abs(shown - passed) < 0.25
+            self.assertTrue(preview.until(is_steady, 6))
             self.assertEqual(preview.stop(), 0)
 
 
