@@ -4,8 +4,9 @@
     start.py --build FOLDER [--quick] [--table]
 
 FOLDER is build/native; the 32-bit player of build/x86 is measured with First Light on a virtual display, beside a bare
-program that opens the same windows (bare_window.c). Both have a few calls of theirs watched (start_times.c). "cold" is
-without what the driver has kept of programs that it built before, as at the very first start. Prints what benchmark
+program that opens the same windows (bare_window.c), and beside what of the same start went into the driver and into
+waiting for the sound device's first buffer ("driver"). Both have a few calls of theirs watched (start_times.c). "cold"
+is without what the driver has kept of programs that it built before, as at the very first start. Prints what benchmark
 programs print, for bench/run, or a table of medians.
 """
 import argparse
@@ -58,8 +59,15 @@ def first(lines, what, behind=None):
     return None
 
 
+def needed(lines, behind):
+    """Seconds in the driver and, where there is music, between the device's beginning and its first request."""
+    music, sound = first(lines, 'music'), first(lines, 'sound')
+    return first(lines, 'driver', behind) + (max(0.0, sound - music) if music and sound else 0.0)
+
+
 def one_start(display, exe, show, watch, cache, kind=None):
-    """(seconds from the command to the dialog, seconds from the button to the first frame of the show).
+    """Seconds: from the command to the dialog, from the button to the first frame of the show, of these in the driver and
+    waiting for sound.
 
     Without a kind it is the bare program, whose first frame is all of its show."""
     with tempfile.TemporaryDirectory() as folder:
@@ -74,10 +82,10 @@ def one_start(display, exe, show, watch, cache, kind=None):
             pressed = time.monotonic()
             display.client().button(False)
             behind = 'music' if kind else None
-            if not player.until(lambda: first(noted(log), 'swap', behind)):
+            if not player.until(lambda: first(noted(log), 'driver', behind)):
                 raise RuntimeError('no picture came: %r %r' % (player.lines, player.errors))
             lines = noted(log)
-    return first(lines, 'plain') - begin, first(lines, 'swap', behind) - pressed
+    return first(lines, 'plain') - begin, first(lines, 'swap', behind) - pressed, needed(lines, behind)
 
 
 def measure(build, repeats):
@@ -95,11 +103,12 @@ def measure(build, repeats):
         for kind in KINDS[:2] + (None,):   # what the driver keeps, and files in memory
             one_start(display, player if kind else bare, show, watch, cache, kind)
         for _ in range(repeats):
-            dialog, window = one_start(display, bare, show, watch, cache)
+            dialog, window, _ = one_start(display, bare, show, watch, cache)
             add('dialog after the command', 'bare sdl', dialog)
             for kind in KINDS:
-                ours, frame = one_start(display, player, show, watch, None if kind.endswith('cold') else cache, kind)
+                ours, frame, driver = one_start(display, player, show, watch, None if kind.endswith('cold') else cache, kind)
                 add('first frame after the button, ' + kind, 'ours', frame)
+                add('first frame after the button, ' + kind, 'driver', driver)
                 add('first frame after the button, ' + kind, 'bare sdl', window)
             add('dialog after the command', 'ours', ours)
     return times
