@@ -19,7 +19,7 @@ import tempfile
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 GOAL = 2.0        # slowest frame over the scene's median
-LEAST_FRAMES = 5  # of a scene: fewer have no median worth the name, and belong to the scene behind them
+LEAST_FRAMES = 4  # of a scene: fewer have no median worth the name, and belong to the scene behind them
 
 
 def play(options, path, cache):
