@@ -1,5 +1,6 @@
 #include "render/draw_gl.h"
 
+#include "content/instructions.h"
 #include "render/bindings_gl.h"
 #include "render/material_gl.h"
 
@@ -110,7 +111,8 @@ static void point_coordinates(const draw_command& draw, const material_state& ma
 
 // ---- attributes of programs -----------------------------------------------------------
 
-static void feed_attribute(int32_t location, int32_t components, const array_source& array, uint32_t& fed, gl_state& gl)
+FAST_INLINE void feed_attribute(
+    int32_t location, int32_t components, const array_source& array, uint32_t& fed, gl_state& gl)
 {
     if (location < 0 || location >= static_cast<int32_t>(max_known_attributes))
         return;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 
 uint32_t unit_limit(const gl_caps& caps, bool glsl)
 {
@@ -187,6 +188,21 @@ void apply_material_fixed(const material_record& material, const material_number
 
 // ---- the shader path ------------------------------------------------------------------
 
+// Four at a time: -1 where no function drives a uniform.
+static void set_driven_locations(const shader_program& program, int32_t locations[user_uniform_count])
+{
+    using four_numbers = int32_t __attribute__((vector_size(16)));
+    static_assert(user_uniform_count % 4 == 0);
+    for (uint32_t i = 0; i < user_uniform_count; i += 4) {
+        four_numbers functions;
+        four_numbers found;
+        std::memcpy(&functions, program.uniform_functions + i, sizeof functions);
+        std::memcpy(&found, program.uniform_locations + i, sizeof found);
+        found |= functions == 0;
+        std::memcpy(locations + i, &found, sizeof found);
+    }
+}
+
 // What to draw with. A program that did not build leaves none, and marks that nothing is
 // to be drawn.
 static void use_program(const material_record& material, program_state& state)
@@ -204,10 +220,7 @@ static void use_program(const material_record& material, program_state& state)
     state.normal_matrix = program->normal_matrix_location;
     state.texture_matrix_location = program->texture_matrix_location;
     std::copy_n(program->light_position_location, 2, state.light_location);
-    for (uint32_t i = 0; i < user_uniform_count; ++i) { // without a branch: four at a time
-        const int32_t undriven = program->uniform_functions[i] != 0 ? 0 : -1;
-        state.uniform_location[i] = program->uniform_locations[i] | undriven;
-    }
+    set_driven_locations(*program, state.uniform_location);
     state.position = program->position_location;
     state.normal = program->normal_location;
     std::copy_n(program->texcoord_location, texture_unit_count, state.texcoord);

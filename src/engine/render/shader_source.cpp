@@ -607,11 +607,12 @@ static void widen_fog_uniforms(const material_record& material, uint32_t uniform
 // Up to the last one that a function drives: of 24 most programs have none or a few.
 static uint32_t count_uniforms(const shader_program& program)
 {
-    uint32_t any = 0;
-    for (const uint32_t function : program.uniform_functions)
-        any |= function;
-    uint32_t count = any != 0 ? user_uniform_count : 0;
-    while (count > 0 && program.uniform_functions[count - 1] == 0)
+    const uint32_t* functions = program.uniform_functions;
+    uint32_t count = user_uniform_count;
+    while (
+        count > 3 && (functions[count - 1] | functions[count - 2] | functions[count - 3] | functions[count - 4]) == 0)
+        count -= 4;
+    while (count > 0 && functions[count - 1] == 0)
         --count;
     return count;
 }
