@@ -2,6 +2,7 @@
 
 #include "content/extended_trig.h"
 #include "content/instructions.h"
+#include "content/short_trig.h"
 
 #include <algorithm>
 #include <bit>
@@ -150,33 +151,10 @@ struct fast_turn {
 
 constexpr float max_fast_angle = 1.0e6f; // degrees; larger ones are left to extended precision
 
-// Radians of a degree, and a quarter turn, in two parts each. The first ones are short, so that
-// degrees in single precision, or quarter turns, times them are exact.
+// Radians of a degree in two parts, the first one short, so that degrees in single precision times it are exact.
 constexpr long double radians_per_degree = half_turns_per_degree * pi;
 constexpr double radians_high = static_cast<double>(static_cast<int32_t>(radians_per_degree * 0x1p34L)) * 0x1p-34;
 constexpr double radians_low = static_cast<double>(radians_per_degree - static_cast<long double>(radians_high));
-constexpr double quarter_high = static_cast<double>(quarter_turn_high);
-constexpr double quarter_low = static_cast<double>(quarter_turn_middle + quarter_turn_low);
-
-// Taylor's series within 45 degrees of 0; what is left out is below 2^-60. Sums of two and four terms side by side,
-// since each step of a long chain waits for the one before.
-static double short_sine(double x)
-{
-    const double q = x * x;
-    const double q2 = q * q;
-    const double first = (-1.0 / 6 + q * (1.0 / 120)) + q2 * (-1.0 / 5040 + q * (1.0 / 362880));
-    const double last = (-1.0 / 39916800 + q * (1.0 / 6227020800.0)) + q2 * (-1.0 / 1307674368000.0);
-    return x + x * q * (first + q2 * q2 * last);
-}
-
-static double short_cosine(double x)
-{
-    const double q = x * x;
-    const double q2 = q * q;
-    const double first = (1.0 / 24 - q * (1.0 / 720)) + q2 * (1.0 / 40320 - q * (1.0 / 3628800));
-    const double last = (1.0 / 479001600 - q * (1.0 / 87178291200.0)) + q2 * (1.0 / 20922789888000.0);
-    return 1.0 - q * (0.5 - q * (first + q2 * q2 * last));
-}
 
 // Extended precision has rounded the radians themselves, which tells where sine or cosine is small.
 static fast_turn with_errors(double sine, double cosine, double radians)
