@@ -7,6 +7,8 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <random>
+#include <vector>
 
 // The value at a time without the help of a cache.
 static float fresh_value(animation_function function, uint32_t time)
@@ -419,4 +421,177 @@ TEST_CASE("A sweep over all formulas has the hash of exact arithmetic")
         }
     }
     CHECK(hash == 0x826F214Eu);
+}
+
+// ---- double precision beside extended precision ---------------------------------------------
+
+namespace {
+
+struct long_point {
+    long double x;
+    long double y;
+};
+
+} // namespace
+
+// The spline's rule as it stands, all of it in extended precision; x lies behind the first point.
+static float long_spline(const float p[max_segment_params], long double x)
+{
+    std::vector<long_point> points = {{-999999.0L, p[1]}, {p[0] - 1.0L, p[1]}};
+    for (size_t k = 0; k < 24; k += 2) {
+        const long_point last = points.back();
+        points.push_back(last.x + 1.0L > p[k] ? long_point{last.x + 1.0L, last.y} : long_point{p[k], p[k + 1]});
+    }
+    points.push_back({points.back().x + 999999.0L, points.back().y});
+    points.push_back({9999999.0L, points.back().y});
+    size_t j = 2;
+    while (x > points[j].x)
+        ++j;
+    const long_point p0 = points[j - 2], p1 = points[j - 1], p2 = points[j], p3 = points[j + 1];
+    const long double w = p2.x - p1.x;
+    const long double y0 = (p1.y - p0.y) / (p0.x - p1.x) * w + p1.y;
+    const long double y3 = (p3.y - p2.y) / (p3.x - p2.x) * w + p2.y;
+    const long double u = (x - p1.x) / w;
+    return static_cast<float>(0.5L
+        * (2.0L * p1.y + (p2.y - y0) * u + (2.0L * y0 - 5.0L * p1.y + 4.0L * p2.y - y3) * (u * u)
+            + (-y0 + 3.0L * p1.y - 3.0L * p2.y + y3) * (u * u * u)));
+}
+
+static float long_sine(int32_t type, const float p[max_segment_params], long double x)
+{
+    const long double factor = type == segment_sine ? p[0] : x * p[0] + p[4];
+    return static_cast<float>(sinl(x * p[1] - p[2]) * factor + p[3]);
+}
+
+namespace {
+
+// Numbers of all sizes that documents have, round ones among them.
+struct number_source {
+    std::mt19937 generator;
+
+    uint32_t random()
+    {
+        return static_cast<uint32_t>(generator());
+    }
+    float next(float largest)
+    {
+        const double unit = static_cast<double>(random()) / 4294967296.0 * 2.0 - 1.0;
+        switch (random() % 4) {
+        case 0:
+            return 0.0f;
+        case 1:
+            return static_cast<float>(std::trunc(unit * static_cast<double>(largest)));
+        case 2:
+            return static_cast<float>(unit * static_cast<double>(largest));
+        }
+        return static_cast<float>(unit * std::exp2(-static_cast<double>(random() % 30)));
+    }
+};
+
+} // namespace
+
+static uint32_t bits_of(float value)
+{
+    return std::bit_cast<uint32_t>(value);
+}
+
+TEST_CASE("Sines have the bits of extended precision, whatever their parameters")
+{
+    number_source source = {std::mt19937(5)};
+    uint32_t wrong = 0;
+    for (uint32_t n = 0; n < 100000; ++n) {
+        const int32_t type = n % 2 != 0 ? segment_sine : segment_sine_linear;
+        const animation_function function = one_segment(type, 0xFFFFFFFE,
+            {source.next(100), source.next(2), source.next(1000), source.next(100), source.next(100)});
+        const uint32_t time = source.random() >> (source.random() % 32);
+        wrong += bits_of(fresh_value(function, time)) != bits_of(long_sine(type, function.segment_params[0], time));
+    }
+    CHECK(wrong == 0);
+}
+
+TEST_CASE("Splines have the bits of extended precision, whatever their points")
+{
+    number_source source = {std::mt19937(6)};
+    uint32_t wrong = 0;
+    for (uint32_t n = 0; n < 20000; ++n) {
+        animation_function function = one_segment(segment_spline, 0xFFFFFFFE, {});
+        float* params = function.segment_params[0];
+        float place = std::fabs(source.next(100)) * static_cast<float>(n % 2);
+        const uint32_t used = source.random() % 13;
+        for (uint32_t k = 0; k < used; ++k) {
+            params[2 * k] = place;
+            params[2 * k + 1] = source.next(100);
+            place += std::fabs(source.next(n % 3 == 0 ? 3.0f : 1000.0f));
+        }
+        for (uint32_t n_times = 0; n_times < 10; ++n_times) {
+            const uint32_t time = source.random() % (100u + static_cast<uint32_t>(place) * 5 / 4);
+            if (static_cast<float>(time) > params[0])
+                wrong += bits_of(fresh_value(function, time)) != bits_of(long_spline(params, time));
+        }
+    }
+    CHECK(wrong == 0);
+}
+
+// 1 + 2^-23, of which half a step more lies between two singles; a tie would go up.
+constexpr float odd_single = 1.00000012f;
+
+TEST_CASE("A sine that comes as near to the middle of two singles as double precision sees goes to the right one")
+{
+    const float nearly_quarter = 1.5707963f + 0x1p-16f;
+    const animation_function below = one_segment(segment_sine, 100, {0x1p-24f, 0.0f, -nearly_quarter, odd_single});
+    CHECK(fresh_value(below, 3) == odd_single);
+    const animation_function sloping
+        = one_segment(segment_sine_linear, 100, {0x1p-26f, 0.0f, -nearly_quarter, odd_single, 0.0f});
+    CHECK(fresh_value(sloping, 4) == odd_single);
+}
+
+TEST_CASE("A spline that comes as near to the middle of two singles as double precision sees goes to the right one")
+{
+    const float low = 1.0f - 0x1p-21f + 0x1p-23f; // the top between two odd singles is an eighth of this step higher
+    const animation_function top = one_segment(
+        segment_spline, 1000000, {-65536.5f, low, -0.5f, odd_single, 65535.5f, odd_single, 131071.5f, low});
+    CHECK(fresh_value(top, 32768) == odd_single);
+}
+
+TEST_CASE("Spline points that double precision cannot tell apart are told apart")
+{
+    const animation_function close = one_segment(segment_spline, 1000, {0x1p-60f, 2.0f, 1.0f, 9.0f, 5.0f, 1.0f});
+    CHECK(fresh_value(close, 1) == 2.0f); // the second point is less than a tick away and takes the first one's value
+    const animation_function first = one_segment(segment_spline, 1000, {-0x1p-60f, 0.0f, 0.0f, 1.0f, 3550.0f, 2.0f});
+    CHECK(fresh_value(first, 0) != 0.0f);
+    CHECK(bits_of(fresh_value(first, 0)) == bits_of(long_spline(first.segment_params[0], 0)));
+    const animation_function distant
+        = one_segment(segment_spline, 0xFFFFFFFE, {-0x1p56f, 2.0f, -0x1p56f, 1e6f, 0.0f, 1.0f, 0x1p32f, 5.0f});
+    const uint32_t middle = 0x80000000;
+    CHECK(bits_of(fresh_value(distant, middle)) == bits_of(long_spline(distant.segment_params[0], middle)));
+}
+
+TEST_CASE("A sine of an angle that no double holds is left to extended precision")
+{
+    const animation_function fast = one_segment(segment_sine, 0xFFFFFFFE, {1.0f, 77.7f, 0.0f, 0.0f});
+    for (const uint32_t time : {1u, 12000u, 13000u, 400000000u, 4000000000u})
+        CHECK(bits_of(fresh_value(fast, time)) == bits_of(long_sine(segment_sine, fast.segment_params[0], time)));
+}
+
+TEST_CASE("A value of nothing keeps the sign of its zero")
+{
+    for (const float factor : {0.0f, -0.0f})
+        for (const float added : {0.0f, -0.0f})
+            for (const int32_t type : {segment_sine, segment_sine_linear})
+                for (const uint32_t time : {1u, 9u}) { // a positive and a negative sine
+                    const animation_function function = one_segment(type, 100, {factor, 0.5f, 0.0f, added, factor});
+                    CAPTURE(factor);
+                    CAPTURE(added);
+                    CAPTURE(time);
+                    const float expected = long_sine(type, function.segment_params[0], time);
+                    CHECK(bits_of(fresh_value(function, time)) == bits_of(expected));
+                }
+    const animation_function still = one_segment(segment_sine, 100, {0.0f, -0.0f, 0.0f, -0.0f});
+    CHECK(bits_of(fresh_value(still, 7)) == bits_of(-0.0f)); // so does the sine of -0
+    for (const float value : {0.0f, -0.0f}) {
+        const animation_function function
+            = one_segment(segment_spline, 100, {0.0f, value, 10.0f, value, 20.0f, -value, 30.0f, value});
+        for (const uint32_t time : {5u, 10u, 15u, 25u, 60u})
+            CHECK(bits_of(fresh_value(function, time)) == bits_of(long_spline(function.segment_params[0], time)));
+    }
 }

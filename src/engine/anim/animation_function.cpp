@@ -2,9 +2,12 @@
 
 #include "content/extended_trig.h"
 #include "content/numbers.h"
+#include "content/short_trig.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
+#include <cmath>
 #include <iterator>
 
 // ---- time ---------------------------------------------------------------------
@@ -128,11 +131,150 @@ static long double spline_value(const float params[max_segment_params], long dou
             + (-y0 + 3.0L * p1.y - 3.0L * p2.y + y3) * (u * u * u));
 }
 
+// ---- in double precision --------------------------------------------------------
+
+// Values are carried in extended precision and rounded once to single precision. Double precision
+// leads to the same single one unless a boundary between two of those lies within its error: once
+// in some 100,000 times, and then extended precision decides. Errors below are how far a value may
+// be from the one in extended precision, with a factor of two and more to spare.
+
+constexpr double step = 0x1p-52; // of double precision, relative
+
+// False, and nothing written, where extended precision must decide, as for zeros whose sign is in
+// doubt and for what is endless or no number. Without an error the value is the same, zeros too.
+static bool settles(double value, double error, float& single)
+{
+    const float low = static_cast<float>(value - error);
+    const float high = static_cast<float>(-(-value - error)); // value + error, but for the sign of zeros
+    if (!std::isfinite(error) || std::bit_cast<uint32_t>(low) != std::bit_cast<uint32_t>(high))
+        return false;
+    single = low;
+    return true;
+}
+
+constexpr double max_short_angle = 1.0e6; // radians; larger ones are left to extended precision
+
+// `angle` within max_short_angle. Off by less than 4 steps, and as much as the angle is.
+static double sine_of(double angle)
+{
+    assert(std::fabs(angle) <= max_short_angle);
+    const double half = angle < 0.0 ? -0.5 : 0.5;
+    const int32_t quarters = static_cast<int32_t>(angle * 0.63661977236758134 + half);
+    const double rest = (angle - quarters * quarter_high) - quarters * quarter_low;
+    const double value = (quarters & 1) != 0 ? short_cosine(rest) : short_sine(rest);
+    return (quarters & 2) != 0 ? -value : value;
+}
+
+// factor * sin(x * p1 - p2) + p3; `factor_size` is the sum of what the factor is made of, without signs.
+static bool settles_sine(const float p[max_segment_params], double factor, double factor_size, double x, float& single)
+{
+    const double turned = x * static_cast<double>(p[1]);
+    const double angle = turned - static_cast<double>(p[2]);
+    if (!(std::fabs(angle) <= max_short_angle))
+        return false;
+    const double added = static_cast<double>(p[3]);
+    const double angle_size = std::fabs(turned) + std::fabs(static_cast<double>(p[2]));
+    const double error = (factor_size * (angle_size + 8.0) + std::fabs(added)) * (2.0 * step);
+    return error > 0.0 && settles(sine_of(angle) * factor + added, error, single);
+}
+
+namespace {
+
+struct near_point {
+    double x;
+    double y;
+};
+
+} // namespace
+
+// Whether adding ticks to a place is exact, so that comparing what they lead to cannot go wrong.
+static bool adds_exactly(double place)
+{
+    const double size = std::fabs(place);
+    return (size >= 0x1p-20 && size <= 0x1p28) || size == 0.0;
+}
+
+// The point behind `previous`, as pad_spline makes it; k counts from the first control point. False: the place
+// of the one behind it would not be exact.
+static bool next_point(const float params[max_segment_params], int k, const near_point& previous, near_point& point)
+{
+    if (k >= spline_points) {
+        point = {k == spline_points ? previous.x + 999999.0 : 9999999.0, previous.y};
+        return true;
+    }
+    point = {static_cast<double>(params[2 * k]), static_cast<double>(params[2 * k + 1])};
+    if (previous.x + 1.0 > point.x) {
+        point = {previous.x + 1.0, previous.y};
+        return true;
+    }
+    return adds_exactly(point.x);
+}
+
+// The same sum as in extended precision. Each of its terms is at most 24 times the largest of what
+// it is made of, and takes some ten steps.
+static bool settles_between(const near_point p[4], double x, float& single)
+{
+    const double width = p[2].x - p[1].x;
+    const double moved0 = (p[1].y - p[0].y) / (p[0].x - p[1].x) * width;
+    const double run3 = p[3].x - p[2].x;
+    const double moved3 = (run3 == 0.0 ? 0.0 : (p[3].y - p[2].y) / run3) * width;
+    const double y0 = moved0 + p[1].y;
+    const double y1 = p[1].y;
+    const double y2 = p[2].y;
+    const double y3 = moved3 + p[2].y;
+    const double u = (x - p[1].x) / width;
+    const double value = 0.5
+        * (2.0 * y1 + (y2 - y0) * u + (2.0 * y0 - 5.0 * y1 + 4.0 * y2 - y3) * (u * u)
+            + (-y0 + 3.0 * y1 - 3.0 * y2 + y3) * (u * u * u));
+    const double size = std::fabs(moved0) + std::fabs(y1) + std::fabs(moved3) + std::fabs(y2);
+    return settles(value, size * (256.0 * step), single);
+}
+
+// Looks at no more points than it needs. What lies outside all padded points is left to extended precision.
+static bool settles_spline(const float params[max_segment_params], double x, float& single)
+{
+    near_point points[last_spline_point + 3];
+    points[0] = {-999999.0, static_cast<double>(params[1])};
+    points[1] = {static_cast<double>(params[0]) - 1.0, points[0].y};
+    if (!(x > points[1].x) || !adds_exactly(static_cast<double>(params[0])))
+        return false;
+    int j = first_spline_point - 1;
+    do {
+        ++j;
+        if (j > last_spline_point + 1 || !next_point(params, j - first_spline_point, points[j - 1], points[j]))
+            return false;
+    } while (x > points[j].x);
+    return next_point(params, j + 1 - first_spline_point, points[j], points[j + 1])
+        && settles_between(points + j - 2, x, single);
+}
+
 // ---- evaluation ---------------------------------------------------------------
 
 static bool is_known_segment(int32_t type)
 {
     return type >= 0 && type < segment_kind_count;
+}
+
+// The value where double precision settles it. The shortest formulas are as fast in extended precision.
+static bool settles_segment(int32_t type, const float p[max_segment_params], double x, float& single)
+{
+    assert(is_known_segment(type));
+    const double first = static_cast<double>(p[0]);
+    const double begin = static_cast<double>(p[4]);
+    switch (static_cast<segment_kind>(type)) {
+    case segment_sine:
+        return settles_sine(p, first, std::fabs(first), x, single);
+    case segment_spline:
+        return settles_spline(p, x, single);
+    case segment_sine_linear:
+        return settles_sine(p, x * first + begin, std::fabs(x * first) + std::fabs(begin), x, single);
+    case segment_constant:
+    case segment_linear:
+    case segment_quadratic:
+    case segment_kind_count:
+        break;
+    }
+    return false;
 }
 
 // Extended precision throughout; the caller rounds once.
@@ -175,6 +317,8 @@ float evaluate_function(animation_function& function, uint32_t time)
     // once and then what was cached").
     if (!is_known_segment(type))
         return 1.0f;
-    function.cached_value = static_cast<float>(segment_value(type, function.segment_params[place.segment], place.time));
+    const float* params = function.segment_params[place.segment];
+    if (!settles_segment(type, params, place.time, function.cached_value))
+        function.cached_value = static_cast<float>(segment_value(type, params, place.time));
     return function.cached_value;
 }
