@@ -199,6 +199,25 @@ TEST_CASE("each program keeps its own uniforms: another one in between makes not
     CHECK(take_gl_calls() == "\nglUseProgram(50)\n" + drawing);
 }
 
+// Names 64 apart, and more of them than there was room for at first.
+TEST_CASE("programs are told apart by their names, which may be any number")
+{
+    record_bench b;
+    std::vector<material_record*> materials;
+    for (uint32_t i = 0; i < 40; ++i) {
+        material_record& m = b.add_material();
+        b.give_program(m, 0x80000001u + 64 * i);
+        m.program->uniform_functions[0] = add_function(b.content, constant_function(static_cast<float>(i)));
+        materials.push_back(&m);
+    }
+    for (material_record* m : materials)
+        b.apply_glsl(*m);
+    take_gl_calls();
+    for (material_record* m : materials)
+        b.apply_glsl(*m);
+    CHECK(take_gl_calls().find("glUniform1f") == std::string::npos); // each holds its own
+}
+
 TEST_CASE("each program is told the projection when it differs from what it was told before")
 {
     record_bench b;

@@ -51,6 +51,7 @@ struct known_light {
 
 // What the uniforms of one program hold.
 struct known_program {
+    uint32_t name = 0; // OpenGL's
     bool told = false; // `values` hold
     bool has_projection = false;
     bool has_modelview = false;
@@ -104,8 +105,8 @@ struct gl_state {
     uint32_t moved_normals = 0;
 
     uint32_t program = unknown_name;
-    std::vector<uint32_t> program_places;         // by name: 0, or one more than its place in `programs`
-    std::vector<known_program> programs;          // what is known of those that were met
+    std::vector<uint32_t> program_places; // at or behind its name's low bits: 0, or 1 more than its place in `programs`
+    std::vector<known_program> programs;  // what is known of those that were met
     known_array attributes[max_known_attributes]; // by location; `on` is not used
     uint32_t attributes_on = 0;                   // one bit each; a new context has none
     bool attribute_at_origin[max_known_attributes]

@@ -181,14 +181,35 @@ void set_material_glsl_gl(const material_state& material, gl_state& gl)
             bind_unit_gl(i, material.units[i], gl);
 }
 
+// Where a program's place is written, or will be: there is room. Most drivers count names from 1, so that the first
+// look finds it; others begin at 2^31, so that names cannot be places themselves.
+static uint32_t& place_of_program(uint32_t program, gl_state& gl)
+{
+    const size_t mask = gl.program_places.size() - 1; // their number is a power of two
+    size_t at = program & mask;
+    while (gl.program_places[at] != 0 && gl.programs[gl.program_places[at] - 1].name != program)
+        at = (at + 1) & mask;
+    return gl.program_places[at];
+}
+
+static void make_room_for_program(gl_state& gl)
+{
+    constexpr size_t first_places = 64;
+    if (gl.programs.size() * 2 < gl.program_places.size())
+        return;
+    gl.program_places.assign(std::max(first_places, gl.program_places.size() * 2), 0);
+    for (uint32_t place = 0; place < gl.programs.size(); ++place)
+        place_of_program(gl.programs[place].name, gl) = place + 1;
+}
+
 // A new record for a program that was not met yet. Most meshes change the program, and some shows have hundreds.
 static known_program& find_known_program(uint32_t program, gl_state& gl)
 {
-    if (program >= gl.program_places.size())
-        gl.program_places.resize(size_t{program} + 1, 0);
-    uint32_t& place = gl.program_places[program];
+    make_room_for_program(gl);
+    uint32_t& place = place_of_program(program, gl);
     if (place == 0) {
         gl.programs.emplace_back();
+        gl.programs.back().name = program;
         place = static_cast<uint32_t>(gl.programs.size());
     }
     assert(place <= gl.programs.size());
