@@ -34,6 +34,17 @@ TEST_CASE("What is out of range or no number becomes the least number")
     }
 }
 
+TEST_CASE("Numbers that the compiler knows are truncated as all others")
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const int32_t whole[] = {truncate_to_int(infinity), truncate_to_int(-infinity), truncate_to_int(1e300),
+        truncate_to_int(2147483648.0), truncate_to_int(-1e300)};
+    for (const int32_t value : whole)
+        CHECK(value == unrepresentable);
+    CHECK(truncate_to_int(2147483647.5) == 2147483647);
+    CHECK(truncate_to_int(-2147483648.5) == unrepresentable);
+}
+
 TEST_CASE("Bytes keep the low eight bits")
 {
     CHECK(low_byte(255) == 255);

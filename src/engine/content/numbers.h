@@ -24,10 +24,13 @@ inline int32_t truncate_to_int(long double value)
 }
 
 // The same for a double, for loops over pixels: the processor's own conversion where
-// there is one.
+// there is one. A number that the compiler knows it would convert itself, and what is
+// too large to the largest.
 inline int32_t truncate_to_int(double value)
 {
 #ifdef __SSE2__
+    if (__builtin_constant_p(value))
+        return truncate_to_int(static_cast<long double>(value));
     return _mm_cvttsd_si32(_mm_set_sd(value));
 #else
     return truncate_to_int(static_cast<long double>(value));
