@@ -250,7 +250,10 @@ TEST_CASE("what is no plain file, and what cannot be begun, is refused with the 
     CHECK(put("/dev/full", "x") == "it is a pipe or a device and no file");
     CHECK(put(directory.path + "none/x", "x") == "No such file or directory");
     CHECK(put(directory.path + "file/x", "x") == "Not a directory");
+    const std::filesystem::path here = std::filesystem::current_path();
+    std::filesystem::current_path(directory.path); // where something may be written
     CHECK(put("", "x") == "No such file or directory");
+    std::filesystem::current_path(here);
     CHECK(names_in(directory.path) == strings{"file", "folder", "pipe"});
 }
 
