@@ -4,6 +4,7 @@
 #include "content/instructions.h"
 #include "content/vectors.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -57,9 +58,14 @@ FAST_INLINE void store_packed_pixels([[maybe_unused]] instruction_set set, const
     assert(count > 0);
     size_t n = 0;
 #ifdef __SSE2__
-    if (set == instructions_avx2) // 32 bytes, of which the next pixels overwrite eight
-        for (; n + 8 <= count && n + 11 <= count + following; n += 8, out += 24)
-            store_eight_together(pixels + n, out);
+    if (set == instructions_avx2) { // 32 bytes, of which the next pixels overwrite eight
+        const size_t eights = (following >= 3 ? count : count - std::min<size_t>(count, 3 - following)) / 8;
+#pragma GCC unroll 4
+        for (size_t eight = 0; eight < eights; ++eight)
+            store_eight_together(pixels + 8 * eight, out + 24 * eight);
+        n = 8 * eights;
+        out += 24 * eights;
+    }
     for (; n + 4 <= count && n + 6 <= count + following; n += 4, out += 12) { // 16 bytes, of which they overwrite four
         const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + n));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), close_together(set, words));
