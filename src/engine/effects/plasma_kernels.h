@@ -6,7 +6,7 @@
 #pragma once
 
 #include "content/instructions.h"
-#include "effects/dynamic_texture_plasma.h"
+#include "effects/effect_picture.h"
 #include "texgen/cosine_table.h"
 
 #include <cstdint>
