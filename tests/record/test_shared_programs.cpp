@@ -121,6 +121,40 @@ TEST_CASE("a material's own program is not that of a generated one, even with it
     CHECK(found[2] == found[1]);
 }
 
+// A uniform that a material never tells has to be what it is in a new program.
+TEST_CASE("materials with the same program of their own, of which other uniforms are told, do not share it")
+{
+    record_bench b;
+    const auto own = [](int function, const std::string& more) {
+        std::string uniforms = " u1=\"" + std::to_string(function) + "\"";
+        for (uint32_t i = 2; i <= user_uniform_count; ++i)
+            uniforms += " u" + std::to_string(i) + "=\"0\"";
+        return "<enable_glsl value=\"1\"/><glsl_uniforms" + uniforms
+            + "/><vertex_shader>text</vertex_shader><fragment_shader>text</fragment_shader>" + more;
+    };
+    const auto pictured = [](int coordinates, int rotation) {
+        return "<texture1 value=\"1\" wrapmode=\"0\" cgenmode=\"" + std::to_string(coordinates) + "\" rotation=\""
+            + std::to_string(rotation) + "\" function=\"0\"/>";
+    };
+    const std::string second_light = setting("light1", 1) + setting("light2", 1);
+    std::vector<std::string> materials;
+    for (const int function : {1, 2}) {
+        materials.push_back(own(function, ""));
+        materials.push_back(own(0, ""));
+        for (const std::string& more :
+            {setting("light1", 1), second_light, pictured(0, 0), pictured(1, 0), pictured(0, 1)})
+            materials.push_back(own(function, more));
+    }
+    shared_document s(materials);
+    const names found = s.programs();
+    REQUIRE(found.size() == 14);
+    for (size_t i = 0; i < 7; ++i) {
+        CAPTURE(i);
+        CHECK(std::count(found.begin(), found.begin() + 7, found[i]) == 1);
+        CHECK(found[7 + i] == found[i]);
+    }
+}
+
 TEST_CASE("a program that does not build is built by every material, and each is told why")
 {
     record_bench b;
