@@ -38,6 +38,21 @@ TEST_CASE("a rounded sine has the bits of the library's extended one, between tw
     CHECK(count_different(0.0, 2.0 * 3.14159265358979323846 / 1024, 10000) == 0);
 }
 
+// Doubles next to half turns: their sines are down to 10^-18, for which the angle's last bits are not enough.
+TEST_CASE("a rounded sine has the library's bits where hardly anything of many half turns is left")
+{
+    for (const double angle : {28922353.340556759, 42511739.620260298, 57844706.681113519, 73177673.741966739,
+             85023479.240520597, 3.1415926535897931, 22.0, 355.0, 103993.0, 245850922.0 / 78256779.0})
+        for (const double sign : {1.0, -1.0}) {
+            CAPTURE(angle);
+            CHECK(is_same(sign * angle));
+        }
+    for (uint32_t half_turns = 1; half_turns < 31830000; half_turns += 4999) {
+        CAPTURE(half_turns);
+        REQUIRE(is_same(3.14159265358979323846 * half_turns));
+    }
+}
+
 TEST_CASE("a rounded sine has the library's bits for angles of any size, and what is no angle")
 {
     for (int exponent = -1074; exponent < 1024; ++exponent)

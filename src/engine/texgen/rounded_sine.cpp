@@ -80,12 +80,19 @@ static bool is_between_doubles(long double value)
     return ((mantissa - (1024 - doubt)) & 2047) <= 2 * doubt;
 }
 
+// Close to many half turns little of the angle is left, and the third part of a quarter turn is not long enough for it:
+// off by 2^-128 of the angle.
+static bool has_lost_digits(long double value, double angle)
+{
+    return std::fabs(value) < static_cast<long double>(std::fabs(angle)) * 0x1p-60L;
+}
+
 double rounded_sine(double angle)
 {
     constexpr double least = 1e-200; // smaller ones are near the end of the doubles
     if (std::fabs(angle) >= least && std::fabs(angle) <= largest_angle) {
         const long double value = near_sine(angle);
-        if (!is_between_doubles(value))
+        if (!has_lost_digits(value, angle) && !is_between_doubles(value))
             return static_cast<double>(value);
     }
     return static_cast<double>(std::sin(static_cast<long double>(angle)));
