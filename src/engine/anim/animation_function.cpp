@@ -166,7 +166,8 @@ static double sine_of(double angle)
 }
 
 // factor * sin(x * p1 - p2) + p3; `factor_size` is the sum of what the factor is made of, without signs.
-static bool settles_sine(const float p[max_segment_params], double factor, double factor_size, double x, float& single)
+static bool settles_product(
+    const float p[max_segment_params], double factor, double factor_size, double x, float& single)
 {
     const double turned = x * static_cast<double>(p[1]);
     const double angle = turned - static_cast<double>(p[2]);
@@ -176,6 +177,19 @@ static bool settles_sine(const float p[max_segment_params], double factor, doubl
     const double angle_size = std::fabs(turned) + std::fabs(static_cast<double>(p[2]));
     const double error = (factor_size * (angle_size + 8.0) + std::fabs(added)) * (2.0 * step);
     return error > 0.0 && settles(sine_of(angle) * factor + added, error, single);
+}
+
+static bool settles_sine(const float p[max_segment_params], double x, float& single)
+{
+    const double factor = static_cast<double>(p[0]);
+    return settles_product(p, factor, std::fabs(factor), x, single);
+}
+
+static bool settles_sine_linear(const float p[max_segment_params], double x, float& single)
+{
+    const double grown = x * static_cast<double>(p[0]);
+    const double begin = static_cast<double>(p[4]);
+    return settles_product(p, grown + begin, std::fabs(grown) + std::fabs(begin), x, single);
 }
 
 namespace {
@@ -255,49 +269,35 @@ static bool is_known_segment(int32_t type)
     return type >= 0 && type < segment_kind_count;
 }
 
-// The value where double precision settles it. The shortest formulas are as fast in extended precision.
-static bool settles_segment(int32_t type, const float p[max_segment_params], double x, float& single)
+// The shortest formulas are as fast in extended precision.
+static float segment_value(int32_t type, const float p[max_segment_params], uint32_t time)
 {
     assert(is_known_segment(type));
-    const double first = static_cast<double>(p[0]);
-    const double begin = static_cast<double>(p[4]);
-    switch (static_cast<segment_kind>(type)) {
-    case segment_sine:
-        return settles_sine(p, first, std::fabs(first), x, single);
-    case segment_spline:
-        return settles_spline(p, x, single);
-    case segment_sine_linear:
-        return settles_sine(p, x * first + begin, std::fabs(x * first) + std::fabs(begin), x, single);
-    case segment_constant:
-    case segment_linear:
-    case segment_quadratic:
-    case segment_kind_count:
-        break;
-    }
-    return false;
-}
-
-// Extended precision throughout; the caller rounds once.
-static long double segment_value(int32_t type, const float p[max_segment_params], long double x)
-{
-    assert(is_known_segment(type));
+    const long double x = time;
+    float single = 1.0f;
     switch (static_cast<segment_kind>(type)) {
     case segment_constant:
         return p[0];
     case segment_linear:
-        return x * p[0] + p[1];
+        return static_cast<float>(x * p[0] + p[1]);
     case segment_quadratic:
-        return (x - p[1]) * (x - p[1]) * p[0] + p[2];
+        return static_cast<float>((x - p[1]) * (x - p[1]) * p[0] + p[2]);
     case segment_sine:
-        return extended_sine(x * p[1] - p[2]) * p[0] + p[3];
+        if (!settles_sine(p, time, single))
+            single = static_cast<float>(extended_sine(x * p[1] - p[2]) * p[0] + p[3]);
+        return single;
     case segment_spline:
-        return spline_value(p, x);
+        if (!settles_spline(p, time, single))
+            single = static_cast<float>(spline_value(p, x));
+        return single;
     case segment_sine_linear:
-        return extended_sine(p[1] * x - p[2]) * (x * p[0] + p[4]) + p[3];
+        if (!settles_sine_linear(p, time, single))
+            single = static_cast<float>(extended_sine(p[1] * x - p[2]) * (x * p[0] + p[4]) + p[3]);
+        return single;
     case segment_kind_count:
         break;
     }
-    return 1.0L;
+    return single;
 }
 
 float evaluate_function(animation_function& function, uint32_t time)
@@ -317,8 +317,6 @@ float evaluate_function(animation_function& function, uint32_t time)
     // once and then what was cached").
     if (!is_known_segment(type))
         return 1.0f;
-    const float* params = function.segment_params[place.segment];
-    if (!settles_segment(type, params, place.time, function.cached_value))
-        function.cached_value = static_cast<float>(segment_value(type, params, place.time));
+    function.cached_value = segment_value(type, function.segment_params[place.segment], place.time);
     return function.cached_value;
 }
