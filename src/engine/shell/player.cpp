@@ -102,7 +102,8 @@ static bool load_production(player_show& show, player_display& display, player_c
     }
 }
 
-// What a loading frame leaves may be seen in the show. One that comes only because a driver compiles leaves nothing.
+// What a loading frame leaves may be seen in the show. One that comes only because a driver compiles leaves
+// nothing to draw with; only ripples and random numbers have gone on.
 static void show_warming_frame(document& loading, player_display& display, player_clock& clock, renderer& drawing)
 {
     const bool is_first = clock.loading_frames == 0;
