@@ -11,6 +11,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// What has been written is older then than what is told or written next. The clock of files has steps of up to 10 ms,
+// and the system may give a file a time that lies within one.
+void wait_for_files_clock()
+{
+    usleep(20 * 1000);
+}
+
 // A folder with a file in it that is watched.
 struct watched_show {
     scratch_folder folder;
@@ -275,7 +282,7 @@ TEST_CASE("nothing is told before it has been quiet, and what never is quiet is 
 TEST_CASE("a file that was saved between being read and being watched is told")
 {
     watched_show show;
-    usleep(20 * 1000); // the clock of files has steps of up to 10 ms
+    wait_for_files_clock();
     write_text(show.folder / "palette.lua", "saved after the build was asked for");
     CHECK(!show.told());
     show.take({"show.lua", "palette.lua"});
@@ -303,6 +310,7 @@ TEST_CASE("where inotify cannot be had, the times of files are looked at once a 
 {
     scratch_folder folder;
     write_text(folder / "show.lua", "x = 1");
+    wait_for_files_clock();
     rlimit before = {};
     REQUIRE(getrlimit(RLIMIT_NOFILE, &before) == 0);
     const rlimit none = {0, before.rlim_max};

@@ -49,7 +49,8 @@ static file_stamp stamp_of(const std::string& path)
         there.st_mtim.tv_sec * 1000000000ll + there.st_mtim.tv_nsec};
 }
 
-// The clock that files' times are taken from.
+// The clock that files' times are taken from. It goes in steps, and the system may give a file a time that lies up to a
+// step ahead of it: such a file counts as saved later than it was, and a show is built once more.
 static int64_t file_time_now()
 {
     timespec now = {};
